@@ -1,0 +1,16 @@
+# norvu_add_test(<name> SOURCES <file>... LIBRARIES <target>...)
+#
+# One Qt Test executable, run on the offscreen platform. A test that prints a failed signal/slot
+# connection fails, since Qt only warns about a signature that is spelt wrongly.
+function(norvu_add_test name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES" ${ARGN})
+
+    add_executable(${name} ${ARG_SOURCES})
+    target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} Qt5::Test norvu_warnings)
+    target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}/tests")
+    add_test(NAME ${name} COMMAND ${name})
+    set_tests_properties(${name} PROPERTIES
+        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8;TELLARIX_BIN=${CMAKE_RUNTIME_OUTPUT_DIRECTORY}"
+        FAIL_REGULAR_EXPRESSION "QObject::connect:"
+        TIMEOUT 300)
+endfunction()

@@ -1,0 +1,9 @@
+#pragma once
+
+#include <QtCore/qglobal.h>
+
+#ifdef NORVU_GUI_BUILD
+#define NORVU_GUI_API Q_DECL_EXPORT
+#else
+#define NORVU_GUI_API Q_DECL_IMPORT
+#endif

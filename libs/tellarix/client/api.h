@@ -1,0 +1,9 @@
+#pragma once
+
+#include <QtCore/qglobal.h>
+
+#ifdef TELLARIX_CLIENT_BUILD
+#define TELLARIX_CLIENT_API Q_DECL_EXPORT
+#else
+#define TELLARIX_CLIENT_API Q_DECL_IMPORT
+#endif

@@ -1,0 +1,81 @@
+#pragma once
+
+#include <tellarix/client/configuration.h>
+#include <tellarix/client/system/application.h>
+
+#include <QCommandLineParser>
+#include <QStringList>
+
+#include <memory>
+
+class QCoreApplication;
+
+namespace Tellarix {
+namespace Client {
+
+/**
+ * A program with a command line, configuration files and addresses of its data sources.
+ *
+ * init() runs these steps: createCommandLineDescription(), parsing, initConfiguration(),
+ * validateParameters(), initSubscriptions(). A usage error prints its reason on standard error and
+ * ends with status 2; --help and --version print to standard output and end with 0.
+ */
+class TELLARIX_CLIENT_API Application : public System::Application
+{
+public:
+    /** Steps of init(), as handleInitializationError() gets them. */
+    enum Stage
+    {
+        CommandLine = 1,
+        ConfigurationFiles = 2,
+        Parameters = 3,
+        Subscriptions = 4,
+    };
+
+    Application(int &argc, char **argv);
+    ~Application() override;
+
+    static Application *Instance();
+
+    Configuration &configuration() { return _configuration; }
+    const Configuration &configuration() const { return _configuration; }
+    QCommandLineParser &commandLine() { return _commandLine; }
+    const QCommandLineParser &commandLine() const { return _commandLine; }
+    /** Arguments that are no options. */
+    QStringList positionalArguments() const { return _commandLine.positionalArguments(); }
+
+    /** URL of the record stream, from --record-stream or the key "recordstream/url". */
+    std::string recordStreamURL() const;
+    /** URL of the event database, from --database or the key "database/url". */
+    std::string databaseURL() const;
+    /** Version text for --version; the framework's by default. */
+    void setVersion(const std::string &version) { _version = version; }
+    const std::string &version() const { return _version; }
+    /** The version of the framework as text. */
+    const char *frameworkVersion() const { return _frameworkVersion.c_str(); }
+
+    bool init() override;
+
+protected:
+    void createCommandLineDescription() override;
+    bool initConfiguration() override;
+    bool validateParameters() override;
+    void handleInitializationError(int stage) override;
+
+    /** Prints a usage error; validateParameters() calls it and returns the result, false. */
+    bool usageError(const QString &reason);
+    /** The names of the configuration files, least important first; missing ones are skipped. */
+    virtual QStringList configurationFiles() const;
+
+private:
+    bool parseCommandLine();
+
+    Configuration _configuration;
+    QCommandLineParser _commandLine;
+    std::string _version;
+    std::string _frameworkVersion;
+    bool _endsEarly{false};
+};
+
+} // namespace Client
+} // namespace Tellarix

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <tellarix/client/api.h>
+
+#include <QString>
+#include <QStringList>
+#include <QVariant>
+
+#include <map>
+#include <string>
+
+namespace Tellarix {
+namespace Client {
+
+/**
+ * Settings of a program from several layers: defaults, then files in the order in which they were
+ * read, then overrides from the command line. A later layer wins key by key.
+ *
+ * Files are INI files as QSettings writes them; the key "streams/url" is the entry "url" in the
+ * section "[streams]".
+ */
+class TELLARIX_CLIENT_API Configuration
+{
+public:
+    /** Sets the value that holds when nothing else does. */
+    void setDefault(const QString &key, const QVariant &value);
+    /** Sets a value that comes before all files. */
+    void setOverride(const QString &key, const QVariant &value);
+    /**
+     * Reads a file on top of what is there.
+     * @return false, with the reason in @p error, if it can't be read or is not well formed; then
+     *         nothing has changed. A missing file is an error too.
+     */
+    bool readFile(const QString &fileName, QString *error = nullptr);
+
+    bool contains(const QString &key) const;
+    /** The value of a key, an invalid QVariant if it is unknown. */
+    QVariant value(const QString &key) const;
+    QString string(const QString &key) const { return value(key).toString(); }
+    /** The value as a number; false, leaving @p result alone, if it isn't one. */
+    bool number(const QString &key, double &result) const;
+    bool integer(const QString &key, int &result) const;
+    bool boolean(const QString &key, bool &result) const;
+
+    /** All known keys in alphabetical order. */
+    QStringList keys() const;
+    /** The file or layer that a key's value comes from, for messages. */
+    QString origin(const QString &key) const;
+
+private:
+    struct Entry
+    {
+        QVariant value;
+        QString origin;
+    };
+
+    std::map<QString, Entry> _defaults;
+    std::map<QString, Entry> _files;
+    std::map<QString, Entry> _overrides;
+
+    const Entry *find(const QString &key) const;
+};
+
+} // namespace Client
+} // namespace Tellarix

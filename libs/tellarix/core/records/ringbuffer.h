@@ -1,0 +1,26 @@
+#pragma once
+
+#include <tellarix/core/records/recordsequence.h>
+
+namespace Tellarix {
+
+/** A sequence that keeps a fixed number of records, or all of them. */
+class TELLARIX_CORE_API RingBuffer : public RecordSequence
+{
+public:
+    /**
+     * @param capacity   number of records to keep, the oldest go first; 0 and below keeps all
+     * @param tolerance  in samples, as in RecordSequence
+     */
+    explicit RingBuffer(int capacity, double tolerance = 0.5);
+
+    int capacity() const { return _capacity; }
+
+    bool feed(const Record *record) override;
+    RecordSequence *clone() const override;
+
+private:
+    int _capacity;
+};
+
+} // namespace Tellarix

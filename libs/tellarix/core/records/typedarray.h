@@ -1,0 +1,80 @@
+#pragma once
+
+#include <tellarix/core/records/numericarray.h>
+
+#include <memory>
+
+namespace Tellarix {
+
+/**
+ * An array of samples of type @p T: `char`, `int`, `float` or `double`.
+ *
+ * Samples and pyramid lie in one allocation. Whoever asks for writable samples drops the pyramid.
+ * New samples are not initialised.
+ */
+template <typename T>
+class TELLARIX_CORE_API TypedArray : public NumericArray
+{
+public:
+    using ArrayType = TypedArray<T>;
+    using ElementType = T;
+
+    TypedArray() = default;
+    /** An array of @p size samples without a defined value. */
+    explicit TypedArray(int size);
+    TypedArray(int size, const T *samples);
+    TypedArray(const TypedArray &other);
+    TypedArray &operator=(const TypedArray &other);
+    ~TypedArray() override;
+
+    /** Converts the samples of @p other; NaN and values out of range become 0 or the limit of an
+     *  integer type. */
+    static Core::SmartPointer<TypedArray<T>> Convert(const NumericArray &other);
+    /** @p other itself if it is of this type, otherwise a converted copy. */
+    static Core::SmartPointer<const TypedArray<T>> From(const ArrayCPtr &other);
+
+    /** Replaces the content by a copy of @p n samples. */
+    void setData(int n, const T *samples);
+    /** Changes the size; samples that stay keep their value. */
+    void resize(int size);
+
+    const T *typedData() const { return _samples; }
+    /** Writable samples; drops the pyramid. */
+    T *typedData();
+    T operator[](int index) const { return _samples[index]; }
+    const T *begin() const { return _samples; }
+    const T *end() const { return _samples + _size; }
+
+    DataType dataType() const override;
+    int size() const override { return _size; }
+    const void *data() const override { return _samples; }
+    int elementSize() const override { return sizeof(T); }
+    size_t memorySize() const override;
+    double value(int index) const override { return static_cast<double>(_samples[index]); }
+    void buildPyramid() override;
+    SampleSummary summary(int first, int last) const override;
+    using NumericArray::summary;
+    bool extrema(int first, int last, double &minimum, double &maximum) const override;
+    void convert(int first, int last, float *target) const override;
+    void convert(int first, int last, double *target) const override;
+    void convert(int first, int last, int *target) const override;
+
+private:
+    struct Pyramid;
+
+    T *_samples{nullptr};
+    int _size{0};
+    std::unique_ptr<Pyramid> _pyramid;
+};
+
+using CharArray = TypedArray<char>;
+using IntArray = TypedArray<int>;
+using FloatArray = TypedArray<float>;
+using DoubleArray = TypedArray<double>;
+
+extern template class TypedArray<char>;
+extern template class TypedArray<int>;
+extern template class TypedArray<float>;
+extern template class TypedArray<double>;
+
+} // namespace Tellarix

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <tellarix/core/api.h>
+
+#include <string>
+
+namespace Tellarix {
+namespace Core {
+
+/** Version of the framework. */
+class TELLARIX_CORE_API FrameworkVersion
+{
+public:
+    constexpr FrameworkVersion(int major, int minor, int patch)
+        : _major(major), _minor(minor), _patch(patch)
+    {
+    }
+
+    constexpr int majorTag() const { return _major; }
+    constexpr int minorTag() const { return _minor; }
+    constexpr int patchTag() const { return _patch; }
+
+    /** "major.minor.patch" */
+    std::string toString() const;
+
+private:
+    int _major;
+    int _minor;
+    int _patch;
+};
+
+/** The version of the framework that the program runs with. */
+extern TELLARIX_CORE_API const FrameworkVersion CurrentVersion;
+
+} // namespace Core
+} // namespace Tellarix

@@ -1,0 +1,95 @@
+#pragma once
+
+#include <tellarix/client/application.h>
+#include <tellarix/qt/api.h>
+
+#include <QObject>
+
+#include <memory>
+
+class QCoreApplication;
+class QSplashScreen;
+class QWidget;
+
+namespace Tellarix {
+namespace Gui {
+
+class Scheme;
+
+/**
+ * A program with windows: a QObject around a QApplication, with a main widget and a scheme.
+ *
+ * Makes the QApplication unless one exists already, so that tests and plug-ins can bring their own.
+ */
+class TELLARIX_GUI_API Application : public QObject, public Client::Application
+{
+    Q_OBJECT
+
+public:
+    enum Type
+    {
+        Tty,       /**< QCoreApplication, no windows */
+        GuiClient, /**< QApplication */
+    };
+
+    /** Bits of the constructor's flags. */
+    enum Flag
+    {
+        ShowSplash = 0x01,       /**< shows the splash picture of splashImagePath() */
+        WantDatabase = 0x02,     /**< offers --database */
+        WantRecordStream = 0x04, /**< offers --record-stream */
+        DefaultFlags = ShowSplash | WantDatabase | WantRecordStream,
+    };
+
+    Application(int &argc, char **argv, int flags = DefaultFlags, Type type = GuiClient);
+    ~Application() override;
+
+    static Application *Instance();
+
+    int flags() const { return _flags; }
+    Type type() const { return _type; }
+    /** Colours, sizes and pens of all windows. */
+    Scheme &scheme();
+    const Scheme &scheme() const;
+    QWidget *mainWidget() const { return _mainWidget; }
+
+    void showMessage(const char *message) override;
+    void showWarning(const char *message) override;
+    bool init() override;
+    /** Shows the main widget and runs the event loop. */
+    bool run() override;
+    void done() override;
+    void exit(int returnCode) override;
+
+protected:
+    void createCommandLineDescription() override;
+    bool initConfiguration() override;
+    void handleInterrupt(int signal) override;
+
+public:
+    /** Picture of the framework's own splash. */
+    virtual QString splashImagePath() const;
+    /** Takes the main window, not its ownership; it is shown by run() and ends the program when
+     *  it is closed. Null takes it away. */
+    virtual void setMainWidget(QWidget *widget);
+
+signals:
+    /** SIGINT or SIGTERM arrived, before the event loop is asked to end. */
+    void interruptRequested(int signal);
+    /** The scheme follows another palette now; views read their colours again. */
+    void schemeChanged();
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    std::unique_ptr<QCoreApplication> _application;
+    std::unique_ptr<Scheme> _scheme;
+    std::unique_ptr<QSplashScreen> _splash;
+    QWidget *_mainWidget{nullptr};
+    int _flags;
+    Type _type;
+};
+
+} // namespace Gui
+} // namespace Tellarix

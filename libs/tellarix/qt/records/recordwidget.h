@@ -1,0 +1,323 @@
+#pragma once
+
+#include <tellarix/core/datamodel/waveformstreamid.h>
+#include <tellarix/core/math/filter.h>
+#include <tellarix/core/records/recordsequence.h>
+#include <tellarix/core/timewindow.h>
+#include <tellarix/qt/api.h>
+#include <tellarix/qt/records/recordpolyline.h>
+
+#include <QPair>
+#include <QPen>
+#include <QVector>
+#include <QWidget>
+
+#include <memory>
+#include <vector>
+
+namespace Tellarix {
+namespace Gui {
+
+class RecordMarker;
+
+/**
+ * Shows the records of one or more slots over a common time axis.
+ *
+ * Horizontally a pixel of the canvas stands for a time: seconds relative to alignment(), tmin() at
+ * its left edge, timeScale() pixels per second. Each slot has a raw sequence and, while a filter is
+ * set, a filtered one, which is filtered record by record as records are fed. The amplitude range
+ * of a slot follows its data (auto scale; over the normalization window if one is set) or is fixed.
+ *
+ * A repaint costs pixels, not samples: each slot's polyline is cached and built again from the
+ * sequences' levels when data, range or size change.
+ */
+class TELLARIX_GUI_API RecordWidget : public QWidget
+{
+    Q_OBJECT
+
+public:
+    /** How slots share the canvas. */
+    enum DrawMode
+    {
+        Single = 0,     /**< only the current slot */
+        InRows = 1,     /**< visible slots below each other */
+        SameOffset = 2, /**< visible slots on top of each other */
+    };
+
+    enum AxisPosition
+    {
+        AxisLeft = 0,
+        AxisRight = 1,
+    };
+
+    /** What the widget knows and caches of one slot, once for raw and once for filtered data. */
+    struct TraceInfo
+    {
+        bool dirty{true};    /**< the rest must be worked out again before it is drawn */
+        double amplMin{0};   /**< extrema of the samples that count for the range */
+        double amplMax{0};
+        double offset{0};    /**< mean of these samples */
+        double absMax{0};    /**< larger distance of the extrema from the offset */
+        double yMin{0};      /**< amplitude range that is shown, offset subtracted */
+        double yMax{0};
+        double fyMin{0};     /**< the same with the amplitude scale applied */
+        double fyMax{0};
+        double yOffset{0};   /**< what is subtracted of each sample */
+        int pos{0};          /**< position and extent in pixels, for views that lay out rows */
+        int height{0};
+        RecordPolylinePtr poly;
+    };
+
+    explicit RecordWidget(QWidget *parent = nullptr);
+    explicit RecordWidget(const DataModel::WaveformStreamID &streamID, QWidget *parent = nullptr);
+    ~RecordWidget() override;
+
+    const DataModel::WaveformStreamID &streamID() const { return _streamID; }
+
+    // Slots and records
+
+    int slotCount() const { return static_cast<int>(_slots.size()); }
+    /** Adds empty slots at the end or removes slots there with what they own. */
+    bool setSlotCount(int count);
+    int currentRecords() const { return _currentSlot; }
+    /**
+     * Installs a sequence; slots up to @p slot are made as needed. A sequence that was installed
+     * with @p owner true and is replaced is deleted. Null clears the slot.
+     * @return false for a negative slot or a number of slots that can't be meant (above 4096); the
+     *         sequence then stays the caller's
+     */
+    bool setRecords(int slot, RecordSequence *sequence, bool owner = true);
+    /** The raw sequence of a slot, null if there is none or no such slot. */
+    RecordSequence *records(int slot) const;
+    /** The filtered sequence of a slot; null without a filter, records or such a slot. */
+    RecordSequence *filteredRecords(int slot) const;
+    /** The filtered sequence if filtering is on and there is one, otherwise the raw one. */
+    RecordSequence *displayedRecords(int slot) const;
+    /** True if the widget deletes the raw sequence of the slot. */
+    bool ownsRecords(int slot) const;
+    void clearRecords();
+
+    /** Factor from samples to physical values; null without one. */
+    const double *recordScale(int slot) const;
+    void setRecordScale(int slot, double scale);
+    void removeRecordScale(int slot);
+    QString recordLabel(int slot) const;
+    void setRecordLabel(int slot, const QString &label);
+    QString recordID(int slot) const;
+    void setRecordID(int slot, const QString &id);
+    /** Unit of the (scaled) values, shown at the axis. */
+    QString recordUnit(int slot) const;
+    void setRecordUnit(int slot, const QString &unit);
+    QPen recordPen(int slot) const;
+    void setRecordPen(int slot, const QPen &pen);
+    bool isRecordVisible(int slot) const;
+    void setRecordVisible(int slot, bool visible);
+    /** State of a slot for raw or filtered data; null if there is no such slot. */
+    TraceInfo *traceInfo(int slot, bool filtered) const;
+
+    // Filtering
+
+    /** Sets the filter of all slots; the widget keeps a clone of it. Null removes it. */
+    void setFilter(const Math::Filtering::InPlaceFilter<double> *filter);
+    const Math::Filtering::InPlaceFilter<double> *filter() const { return _filter.get(); }
+    bool isFilteringEnabled() const { return _filtering; }
+
+    // Time axis
+
+    Core::Time alignment() const { return _alignment; }
+    double tmin() const { return _tmin; } /**< seconds relative to the alignment, left edge */
+    double tmax() const { return _tmax; } /**< right edge */
+    double timeScale() const { return _pixelsPerSecond; } /**< pixels per second */
+    Core::Time leftTime() const;
+    Core::Time rightTime() const;
+
+    /** Area of the traces, without axis and frame, in widget coordinates. */
+    QRect canvasRect() const { return _canvas; }
+    int canvasWidth() const { return _canvas.width(); }
+    /** Offset of the canvas from the left edge of the widget in pixels: mapTime(t) minus this is
+     *  a pixel of the canvas. */
+    int canvasOffset() const { return _canvas.left(); }
+    /** Pixel of a time in the widget; limited to what an int holds. */
+    int mapTime(const Core::Time &time) const;
+    int mapTime(double seconds) const;
+    /** Pixel of a time in the canvas. */
+    int mapCanvasTime(const Core::Time &time) const;
+    Core::Time unmapTime(int x) const;
+    Core::Time unmapCanvasTime(int x) const;
+
+    // Amplitude axis
+
+    /** Range in effect for a slot, in samples: fixed, or from the data. */
+    QPair<double, double> amplitudeRange(int slot) const;
+    /** The range given to setAmplRange(). */
+    QPair<double, double> amplRange() const { return {_amplMin, _amplMax}; }
+    bool isAmplAutoScaleEnabled() const { return _amplAutoScale; }
+    double amplScale() const { return _amplScale; }
+    const Core::TimeWindow &normalizationWindow() const { return _normalizationWindow; }
+    bool areScaledValuesShown() const { return _showScaledValues; }
+    /** Value of a slot at a y of the widget, in samples; and the y of a value. */
+    double unmapAmplitude(int slot, int y) const;
+    int mapAmplitude(int slot, double value) const;
+
+    bool isAxisDrawn() const { return _drawAxis; }
+    AxisPosition axisPosition() const { return _axisPosition; }
+    int axisWidth() const { return _axisWidth; }
+    int axisSpacing() const { return _axisSpacing; }
+
+    DrawMode drawMode() const { return _drawMode; }
+    /** Top of a slot in the widget, and its height; -1 and 0 for a slot that isn't drawn. */
+    int streamYPos(int slot) const;
+    int streamHeight(int slot) const;
+
+    // Markers
+
+    /** Adds a marker, which the widget owns from then on. */
+    bool addMarker(RecordMarker *marker);
+    /** Takes a marker out; the caller owns it. */
+    bool takeMarker(RecordMarker *marker);
+    bool removeMarker(int index);
+    void clearMarkers();
+    int markerCount() const { return static_cast<int>(_markers.size()); }
+    RecordMarker *marker(int index) const;
+    RecordMarker *marker(const QString &text) const;
+    RecordMarker *currentMarker() const { return _currentMarker; }
+    void setCurrentMarker(RecordMarker *marker);
+    /** The visible marker nearest to a pixel of the widget, at most @p tolerance away. */
+    RecordMarker *markerAt(const QPoint &position, int tolerance = 3) const;
+
+    // Selection and pointer
+
+    bool isSelectionEnabled() const { return _selectionEnabled; }
+    /** Lets the user drag out a time range with the left button; off at the start. */
+    void setSelectionEnabled(bool enable);
+    const Core::TimeWindow &selectedTimeWindow() const { return _selection; }
+    void setSelectedTimeWindow(const Core::TimeWindow &window);
+
+    /** Time of the hover cursor, invalid without one. */
+    Core::Time cursorTime() const { return _cursorTime; }
+    void setCursorTime(const Core::Time &time);
+    void setCursorShown(bool show);
+
+    /** Short text of the data under the pointer: time, value, unit. */
+    QString statusText(const QPoint &position) const;
+
+    /** Forgets everything cached; the next paint builds it again. */
+    void setDirty();
+
+    /** Tells the widget that a record was added to a slot's raw sequence: filters it, widens the
+     *  range, and repaints only the columns that it touches. */
+    virtual void fed(int slot, const Tellarix::Record *record);
+
+    QSize sizeHint() const override;
+
+public slots:
+    void setCurrentRecords(int slot);
+    void enableFiltering(bool enable);
+    void setAlignment(Tellarix::Core::Time alignment);
+    /** Pixels per second, about the left edge. */
+    bool setTimeScale(double pixelsPerSecond);
+    /** Shows from tmin; tmax is kept for asking, the scale stays. */
+    bool setTimeRange(double tmin, double tmax);
+    /** Shows exactly this range by choosing the scale for it. */
+    bool showTimeRange(double tmin, double tmax);
+    /** Vertical grid lines: distances of labelled and other ticks in seconds, and the offset added
+     *  to a time before ticks are placed. 0 draws none. */
+    void setGridSpacing(double major, double minor, double offset);
+    /** Horizontal grid lines at round values of this range of amplitudes. */
+    bool setGridVRange(double lower, double upper);
+
+    /** Fixes the amplitude range of all slots, used while auto scale is off. */
+    void setAmplRange(double minimum, double maximum);
+    void setAmplAutoScaleEnabled(bool enable);
+    /** Magnifies amplitudes about the offset; above 0, 1 shows the whole range. */
+    void setAmplScale(double scale);
+    /** Time window that counts for the automatic range; an invalid one means all data. */
+    void setNormalizationWindow(const Tellarix::Core::TimeWindow &window);
+    /** Whether axis and pointer show samples times recordScale(). */
+    void showScaledValues(bool show);
+
+    void setDrawMode(Tellarix::Gui::RecordWidget::DrawMode mode);
+    void setDrawAxis(bool draw);
+    void setAxisPosition(Tellarix::Gui::RecordWidget::AxisPosition position);
+    /** Width of the axis column in pixels, and the room between it and the canvas, which is part
+     *  of that width. */
+    void setAxisWidth(int width);
+    void setAxisSpacing(int spacing);
+
+    /** Builds polylines again after sequences grew. */
+    void updateRecords();
+
+signals:
+    /** Range, scale or data have changed and amplitudeRange() may be another. */
+    void traceUpdated(Tellarix::Gui::RecordWidget *widget);
+    void clickedOnTime(const Tellarix::Core::Time &time);
+    /** The selection while it is dragged, and when the button is released. */
+    void selectedTimeRangeChanged(Tellarix::Core::Time start, Tellarix::Core::Time end);
+    void selectedTimeRange(Tellarix::Core::Time start, Tellarix::Core::Time end);
+    /** The hover cursor has moved; an invalid time when the pointer left. */
+    void cursorUpdated(Tellarix::Gui::RecordWidget *widget, const Tellarix::Core::Time &time);
+    void currentMarkerChanged(Tellarix::Gui::RecordWidget *widget,
+                              Tellarix::Gui::RecordMarker *marker);
+    /** A marker is being dragged, and was released. */
+    void markerMoving(Tellarix::Gui::RecordWidget *widget, Tellarix::Gui::RecordMarker *marker);
+    void markerMoved(Tellarix::Gui::RecordWidget *widget, Tellarix::Gui::RecordMarker *marker);
+
+protected:
+    /** Called when a slot got another sequence, raw or filtered; the one displayed is given. */
+    virtual void changedRecords(int slot, Tellarix::RecordSequence *sequence);
+    /** Paint behind everything but the background colour. */
+    virtual void drawCustomBackground(QPainter &painter);
+    /** Paint between grid and traces, and above the traces. */
+    virtual void customPaintTracesBegin(QPainter &painter);
+    virtual void customPaintTracesEnd(QPainter &painter);
+
+    void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    void changeEvent(QEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void leaveEvent(QEvent *event) override;
+
+private:
+    struct Slot;
+    friend class RecordMarker;
+
+    // ... laid out by the sources
+
+    std::vector<std::unique_ptr<Slot>> _slots;
+    std::vector<std::unique_ptr<RecordMarker>> _markers;
+    std::unique_ptr<Math::Filtering::InPlaceFilter<double>> _filter;
+    DataModel::WaveformStreamID _streamID;
+    Core::Time _alignment;
+    Core::TimeWindow _normalizationWindow;
+    Core::TimeWindow _selection;
+    Core::Time _cursorTime;
+    QRect _canvas;
+    RecordMarker *_currentMarker{nullptr};
+    double _tmin{0};
+    double _tmax{0};
+    double _pixelsPerSecond{1};
+    double _gridMajor{0};
+    double _gridMinor{0};
+    double _gridOffset{0};
+    double _gridLower{0};
+    double _gridUpper{0};
+    double _amplMin{-1};
+    double _amplMax{1};
+    double _amplScale{1};
+    int _currentSlot{0};
+    int _axisWidth{0};
+    int _axisSpacing{0};
+    DrawMode _drawMode{Single};
+    AxisPosition _axisPosition{AxisLeft};
+    bool _filtering{false};
+    bool _amplAutoScale{true};
+    bool _showScaledValues{false};
+    bool _drawAxis{false};
+    bool _selectionEnabled{false};
+    bool _cursorShown{false};
+};
+
+} // namespace Gui
+} // namespace Tellarix

@@ -1,0 +1,174 @@
+#pragma once
+
+#include <tellarix/qt/api.h>
+
+#include <QPointF>
+#include <QString>
+#include <QVector>
+#include <QWidget>
+
+namespace Tellarix {
+namespace Gui {
+
+/**
+ * A scale along one edge of a view: ticks, their texts, a selected range, and the mouse gestures
+ * that change what the view shows.
+ *
+ * The ruler shows values from lower() to upper() at scale() pixels per unit. Ticks stand where
+ * value + offset() is a multiple of the tick distance. The wheel zooms about the pointer, dragging
+ * with the left button pans, a double click asks for nothing; the ruler itself does not change: it
+ * emits rangeChangeRequested() and its owner answers with setScale() and setRange().
+ */
+class TELLARIX_GUI_API Ruler : public QWidget
+{
+    Q_OBJECT
+
+public:
+    /** The edge of the view at which the ruler stands. */
+    enum Position
+    {
+        Bottom = 0,
+        Top = 1,
+        Left = 2,
+        Right = 3,
+    };
+
+    explicit Ruler(QWidget *parent = nullptr, Qt::WindowFlags flags = Qt::WindowFlags(),
+                   Position position = Bottom);
+    ~Ruler() override;
+
+    Position position() const { return _position; }
+    void setPosition(Position position);
+    bool isVertical() const { return _position == Left || _position == Right; }
+
+    double scale() const { return _scale; }   /**< pixels per unit */
+    double lower() const { return _lower; }   /**< value at the left or lower end */
+    double upper() const { return _upper; }   /**< value at the right or upper end */
+    double offset() const { return _offset; } /**< added to values before ticks are placed */
+    /** Distance of the labelled ticks; 0 as long as there is no room for any. */
+    double majorSpacing() const { return _majorSpacing; }
+    /** Distance of the unlabelled ticks. */
+    double minorSpacing() const { return _minorSpacing; }
+
+    /** With automatic scale the ruler spans its range over its length itself; off at the start. */
+    void setAutoScaleEnabled(bool enable);
+    bool isAutoScaleEnabled() const { return _autoScale; }
+    /** Narrowest and widest range that can be asked for, in units. */
+    void setRangeLimits(double narrowest, double widest);
+
+    /**
+     * Lets the user select a range with the middle button, or with the left one and Shift.
+     * @param handles  shows handles at its ends by which it can be changed
+     */
+    void setRangeSelectionEnabled(bool enable, bool handles = false);
+    bool isRangeSelectionEnabled() const { return _rangeSelection; }
+    bool hasSelection() const { return _selectionLower < _selectionUpper; }
+    double selectionLower() const { return _selectionLower; }
+    double selectionUpper() const { return _selectionUpper; }
+
+    /** Whether wheel and dragging change the range; on at the start. */
+    void setInteractive(bool enable) { _interactive = enable; }
+
+    /** Pixel of a value along the ruler, and its inverse; not clamped. */
+    double valueToPixel(double value) const;
+    double pixelToValue(double pixel) const;
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
+public slots:
+    /** Pixels per unit; limited by the range limits. */
+    bool setScale(double pixelsPerUnit);
+    /** Shows a range; with a scale of its own the upper end follows from scale and length. */
+    bool setRange(double lower, double upper);
+    /** Shows exactly this range by choosing the scale for it. */
+    bool showRange(double lower, double upper);
+    void setOffset(double offset);
+    /** Selects a range; an empty one selects nothing. Emits nothing. */
+    void setSelection(double lower, double upper);
+
+signals:
+    /** The user asks for another range. */
+    void rangeChangeRequested(double lower, double upper);
+    void rangeChanged(double lower, double upper);
+    void scaleChanged(double pixelsPerUnit);
+    /** Tick distances or offset have changed: labelled, unlabelled, offset. */
+    void changedInterval(double major, double minor, double offset);
+    /** The selection while it is dragged, and when the button is released. */
+    void selectionChanging(double lower, double upper);
+    void selectionChanged(double lower, double upper);
+
+protected:
+    /**
+     * Text of a labelled tick.
+     * @param value      value of the tick, offset included
+     * @param nextValue  value of the tick behind it
+     * @param line       line of text, counted from 0 at the ticks
+     * @return false if there is no such line
+     */
+    virtual bool getTickText(double value, double nextValue, int line, QString &text) const;
+    /** Chooses tick distances for ticks that stand at least @p minimumPixels apart. */
+    virtual void chooseSpacing(double minimumPixels, double &major, double &minor) const;
+    /** Number of lines of text. */
+    virtual int lineCount() const { return 1; }
+    /** Room that the text of a labelled tick needs along the ruler, in pixels. */
+    virtual double labelExtent() const;
+
+    void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    void changeEvent(QEvent *event) override;
+    void wheelEvent(QWheelEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void leaveEvent(QEvent *event) override;
+
+    /** Works tick distances out again and emits changedInterval() if they are others now. */
+    void updateSpacing();
+
+private:
+    enum class Drag
+    {
+        None,
+        Pan,
+        Select,
+        MoveLower,
+        MoveUpper,
+    };
+
+    int rulerLength() const;
+    double pixelAlong(const QPointF &position) const;
+    void drawSelection(QPainter &painter) const;
+    void drawTicks(QPainter &painter) const;
+    Drag handleAt(double pixel) const;
+
+    Position _position;
+    double _scale{1};
+    double _lower{0};
+    double _upper{1};
+    double _offset{0};
+    double _majorSpacing{0};
+    double _minorSpacing{0};
+    double _narrowest{1E-6};
+    double _widest{1E12};
+    double _selectionLower{0};
+    double _selectionUpper{0};
+    bool _autoScale{false};
+    bool _interactive{true};
+    bool _rangeSelection{false};
+    bool _selectionHandles{false};
+    Drag _drag{Drag::None};
+    double _dragAnchor{0};
+    double _dragLower{0};
+    double _dragUpper{0};
+};
+
+/** Smallest number of the form 1, 2 or 5 times a power of ten that is not below @p distance. */
+TELLARIX_GUI_API double roundTickDistance(double distance);
+
+/** Values of ticks in [lower, upper] at which value + offset is a multiple of @p spacing. */
+TELLARIX_GUI_API QVector<double> tickValues(double lower, double upper, double spacing,
+                                            double offset);
+
+} // namespace Gui
+} // namespace Tellarix
