@@ -1,0 +1,67 @@
+# What a host needs to build against the installed libraries: find_package(TellarixNorvu) with the
+# components Core, Client, Gui and Norvu, and one pkg-config file for each library.
+
+install(FILES "${PROJECT_SOURCE_DIR}/libs/norvu/api.h"
+    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/norvu COMPONENT development)
+
+set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/TellarixNorvu")
+foreach(component IN ITEMS Core Client Gui Norvu)
+    install(EXPORT TellarixNorvu${component}
+        FILE TellarixNorvu${component}Targets.cmake
+        NAMESPACE TellarixNorvu::
+        DESTINATION ${package_dir}
+        COMPONENT development)
+endforeach()
+configure_package_config_file(
+    "${PROJECT_SOURCE_DIR}/cmake/TellarixNorvuConfig.cmake.in"
+    "${PROJECT_BINARY_DIR}/TellarixNorvuConfig.cmake"
+    INSTALL_DESTINATION ${package_dir}
+    NO_SET_AND_CHECK_MACRO)
+write_basic_package_version_file(
+    "${PROJECT_BINARY_DIR}/TellarixNorvuConfigVersion.cmake" COMPATIBILITY SameMajorVersion)
+install(FILES
+    "${PROJECT_BINARY_DIR}/TellarixNorvuConfig.cmake"
+    "${PROJECT_BINARY_DIR}/TellarixNorvuConfigVersion.cmake"
+    DESTINATION ${package_dir} COMPONENT development)
+
+# norvu_install_pkgconfig(<name> <library> <description> <required packages>)
+function(norvu_install_pkgconfig name library description requires)
+    file(RELATIVE_PATH prefix_from_pc
+        "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
+    set(NAME ${name})
+    set(LIBRARY ${library})
+    set(DESCRIPTION "${description}")
+    set(REQUIRES "${requires}")
+    string(REGEX REPLACE "/$" "" PREFIX_FROM_PC "${prefix_from_pc}")
+    configure_file("${PROJECT_SOURCE_DIR}/cmake/library.pc.in" "${PROJECT_BINARY_DIR}/${name}.pc"
+        @ONLY)
+    install(FILES "${PROJECT_BINARY_DIR}/${name}.pc"
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+endfunction()
+
+norvu_install_pkgconfig(tellarix-core tellarix_core
+    "Tellarix: time, records, filters and data model" "Qt5Core")
+norvu_install_pkgconfig(tellarix-client tellarix_client
+    "Tellarix: application base and record streams" "tellarix-core")
+norvu_install_pkgconfig(tellarix-gui tellarix_qt
+    "Tellarix: record widget, rulers and scheme" "tellarix-client Qt5Gui Qt5Widgets")
+norvu_install_pkgconfig(tellarix-norvu tellarix_norvugui
+    "Norvu: widgets and signal tools for seismology" "tellarix-gui")
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME norvu)
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_PACKAGE_CONTACT "Norvu developers <norvu@example.org>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
+set(CPACK_RESOURCE_FILE_LICENSE "${PROJECT_SOURCE_DIR}/LICENSE")
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_COMPONENTS_ALL libraries development applications)
+set(CPACK_DEBIAN_LIBRARIES_PACKAGE_NAME libtellarix-norvu${PROJECT_VERSION_MAJOR})
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libtellarix-norvu-dev)
+set(CPACK_DEBIAN_APPLICATIONS_PACKAGE_NAME norvu-workbench)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
+    "libtellarix-norvu${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION}), qtbase5-dev, libboost-dev")
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${CMAKE_LIBRARY_OUTPUT_DIRECTORY}")
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+include(CPack)
