@@ -13,8 +13,9 @@ namespace Gui {
 /**
  * Colours, sizes, pens and precisions that all views share.
  *
- * A new scheme fits the palette that it is made for, light or dark. Every colour has a contrast to
- * the palette's base colour at which it can be read.
+ * A new scheme fits the palette that it is made for, light or dark. Colours of texts, traces and
+ * markers have a contrast of at least 4.5 to the palette's base; those of frames and cursors 3;
+ * grids and shades stay faint, but can be told from it.
  */
 class TELLARIX_GUI_API Scheme
 {
@@ -22,6 +23,12 @@ public:
     /** A scheme for the application's palette, or a light one without an application. */
     Scheme();
     explicit Scheme(const QPalette &palette);
+
+    /**
+     * The scheme of the application object, or one for the present palette when there is none: for
+     * widgets that also live in tests and in foreign hosts. For the GUI thread.
+     */
+    static const Scheme &Current();
 
     /** Takes the colours of another palette; sizes, flags and precisions stay. */
     void setPalette(const QPalette &palette);
@@ -65,24 +72,57 @@ public:
         QColor missing; /**< no data came */
     };
 
+    /** Colours of origins by the way in which they came about. */
+    struct Origins
+    {
+        QColor automatic;
+        QColor manual;
+    };
+
+    struct Legend
+    {
+        QColor background;
+        QColor border;
+        QColor header; /**< title */
+        QColor text;
+    };
+
+    struct Map
+    {
+        int originSymbolMinimumSize{9}; /**< in pixels */
+        int stationSymbolSize{12};      /**< in pixels */
+    };
+
     struct Precision
     {
-        int depth{0};        /**< decimals, in km */
-        int distance{1};     /**< decimals */
-        int location{2};     /**< decimals of latitude and longitude, in degrees */
-        int magnitude{1};    /**< decimals */
-        int originTime{0};   /**< decimals of seconds */
-        int cursorTime{3};   /**< decimals of seconds under the pointer */
+        int depth{0};      /**< decimals, in km */
+        int distance{1};   /**< decimals */
+        int location{2};   /**< decimals of latitude and longitude, in degrees */
+        int magnitude{1};  /**< decimals */
+        int originTime{0}; /**< decimals of seconds */
+        int cursorTime{3}; /**< decimals of seconds under the pointer */
     };
 
     Records records;
     Rulers rulers;
     Status status;
+    Origins origins;
+    Legend legend;
+    Map map;
     Precision precision;
 
 private:
+    void takeRecordColors(const QPalette &palette);
+    void takeOtherColors(const QPalette &palette);
+
     bool _dark{false};
 };
+
+/** Contrast ratio of two opaque colours, 1 to 21; WCAG 2.1, success criterion 1.4.3. */
+TELLARIX_GUI_API double contrastRatio(const QColor &a, const QColor &b);
+
+/** @p color with its lightness moved away from @p background's by as much as @p ratio asks for. */
+TELLARIX_GUI_API QColor readableColor(const QColor &color, const QColor &background, double ratio);
 
 } // namespace Gui
 } // namespace Tellarix
