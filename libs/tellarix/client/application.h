@@ -6,10 +6,6 @@
 #include <QCommandLineParser>
 #include <QStringList>
 
-#include <memory>
-
-class QCoreApplication;
-
 namespace Tellarix {
 namespace Client {
 
@@ -18,7 +14,11 @@ namespace Client {
  *
  * init() runs these steps: createCommandLineDescription(), parsing, initConfiguration(),
  * validateParameters(), initSubscriptions(). A usage error prints its reason on standard error and
- * ends with status 2; --help and --version print to standard output and end with 0.
+ * ends with status 2; --help and --version print to standard output and end with 0; whatever else
+ * fails ends with 1.
+ *
+ * Configuration files are "tellarix.ini" and "NAME.ini", first those of the system, then those of
+ * the user, then those that --config-file names. Files of the first two kinds may be missing.
  */
 class TELLARIX_CLIENT_API Application : public System::Application
 {
@@ -54,6 +54,11 @@ public:
     /** The version of the framework as text. */
     const char *frameworkVersion() const { return _frameworkVersion.c_str(); }
 
+    /** Whether --database and --record-stream are offered; they are unless this is called before
+     *  init(). */
+    void setDatabaseOffered(bool offered) { _offersDatabase = offered; }
+    void setRecordStreamOffered(bool offered) { _offersRecordStream = offered; }
+
     bool init() override;
 
 protected:
@@ -64,17 +69,22 @@ protected:
 
     /** Prints a usage error; validateParameters() calls it and returns the result, false. */
     bool usageError(const QString &reason);
+    /** Prints "NAME: REASON" on standard error; always returns false. */
+    bool failure(const QString &reason) const;
     /** The names of the configuration files, least important first; missing ones are skipped. */
     virtual QStringList configurationFiles() const;
 
 private:
     bool parseCommandLine();
+    void applyOptions();
+    QString helpText() const;
 
     Configuration _configuration;
     QCommandLineParser _commandLine;
     std::string _version;
     std::string _frameworkVersion;
-    bool _endsEarly{false};
+    bool _offersDatabase{true};
+    bool _offersRecordStream{true};
 };
 
 } // namespace Client

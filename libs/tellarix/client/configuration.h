@@ -7,7 +7,6 @@
 #include <QVariant>
 
 #include <map>
-#include <string>
 
 namespace Tellarix {
 namespace Client {
@@ -17,7 +16,7 @@ namespace Client {
  * read, then overrides from the command line. A later layer wins key by key.
  *
  * Files are INI files as QSettings writes them; the key "streams/url" is the entry "url" in the
- * section "[streams]".
+ * section "[streams]". Texts are UTF-8.
  */
 class TELLARIX_CLIENT_API Configuration
 {
@@ -36,7 +35,10 @@ public:
     bool contains(const QString &key) const;
     /** The value of a key, an invalid QVariant if it is unknown. */
     QVariant value(const QString &key) const;
-    QString string(const QString &key) const { return value(key).toString(); }
+    /** The value as one text, empty if the key is unknown. */
+    QString string(const QString &key) const;
+    /** The value as a list: a text with commas in a file has several entries. */
+    QStringList strings(const QString &key) const { return value(key).toStringList(); }
     /** The value as a number; false, leaving @p result alone, if it isn't one. */
     bool number(const QString &key, double &result) const;
     bool integer(const QString &key, int &result) const;
@@ -44,7 +46,8 @@ public:
 
     /** All known keys in alphabetical order. */
     QStringList keys() const;
-    /** The file or layer that a key's value comes from, for messages. */
+    /** What a key's value comes from, for messages: a file name, "command line" or "default"; empty
+     *  if the key is unknown. */
     QString origin(const QString &key) const;
 
 private:
@@ -54,11 +57,13 @@ private:
         QString origin;
     };
 
-    std::map<QString, Entry> _defaults;
-    std::map<QString, Entry> _files;
-    std::map<QString, Entry> _overrides;
+    using Layer = std::map<QString, Entry>;
 
     const Entry *find(const QString &key) const;
+
+    Layer _defaults;
+    Layer _files;
+    Layer _overrides;
 };
 
 } // namespace Client

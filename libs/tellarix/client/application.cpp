@@ -1,0 +1,215 @@
+#include <tellarix/client/application.h>
+
+#include <tellarix/core/environment.h>
+#include <tellarix/core/version.h>
+
+#include <QCoreApplication>
+#include <QFileInfo>
+#include <QLoggingCategory>
+
+#include <cstdio>
+
+namespace Tellarix {
+namespace Client {
+
+namespace {
+
+constexpr int UsageStatus = 2;
+
+const auto HelpOption = QStringLiteral("help");
+const auto VersionOption = QStringLiteral("version");
+const auto ConfigFileOption = QStringLiteral("config-file");
+const auto RecordStreamOption = QStringLiteral("record-stream");
+const auto DatabaseOption = QStringLiteral("database");
+const auto DebugOption = QStringLiteral("debug");
+
+const auto RecordStreamKey = QStringLiteral("recordstream/url");
+const auto DatabaseKey = QStringLiteral("database/url");
+
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("Tellarix::Client::Application", text);
+}
+
+void print(std::FILE *file, const QString &text)
+{
+    std::fputs(text.toLocal8Bit().constData(), file);
+    std::fflush(file);
+}
+
+QStringList toStringList(const std::vector<std::string> &arguments)
+{
+    QStringList result;
+    for (const std::string &argument : arguments)
+        result.append(QString::fromLocal8Bit(argument.c_str()));
+    return result;
+}
+
+} // namespace
+
+Application::Application(int &argc, char **argv)
+    : System::Application(argc, argv), _version(Core::CurrentVersion.toString()),
+      _frameworkVersion(_version)
+{}
+
+Application::~Application() = default;
+
+Application *Application::Instance()
+{
+    return dynamic_cast<Application *>(System::Application::Instance());
+}
+
+std::string Application::recordStreamURL() const
+{
+    return _configuration.string(RecordStreamKey).toStdString();
+}
+
+std::string Application::databaseURL() const
+{
+    return _configuration.string(DatabaseKey).toStdString();
+}
+
+bool Application::init()
+{
+    setInitializationStage(CommandLine);
+    if (!System::Application::init())
+        return false;
+    createCommandLineDescription();
+    if (!parseCommandLine())
+        return false;
+
+    setInitializationStage(ConfigurationFiles);
+    showMessage(qUtf8Printable(tr("Reading configuration")));
+    if (!initConfiguration())
+        return false;
+
+    setInitializationStage(Parameters);
+    if (!validateParameters())
+        return false;
+
+    setInitializationStage(Subscriptions);
+    return initSubscriptions();
+}
+
+void Application::createCommandLineDescription()
+{
+    _commandLine.addOptions({
+        {{QStringLiteral("h"), HelpOption}, tr("Show this help and end.")},
+        {{QStringLiteral("v"), VersionOption}, tr("Show the version and end.")},
+        {ConfigFileOption,
+         tr("Read settings from FILE, on top of the usual files. May be repeated."), tr("FILE")},
+        {DebugOption, tr("Write debug messages to the log.")},
+    });
+    if (_offersRecordStream) {
+        _commandLine.addOption(
+            {{QStringLiteral("I"), RecordStreamOption}, tr("Read records from URL."), tr("URL")});
+    }
+    if (_offersDatabase) {
+        _commandLine.addOption({{QStringLiteral("d"), DatabaseOption},
+                                tr("Use the event database at URL."),
+                                tr("URL")});
+    }
+}
+
+bool Application::initConfiguration()
+{
+    QString error;
+    for (const QString &fileName : configurationFiles()) {
+        if (QFileInfo::exists(fileName) && !_configuration.readFile(fileName, &error))
+            return failure(error);
+    }
+    for (const QString &fileName : _commandLine.values(ConfigFileOption)) {
+        if (!_configuration.readFile(fileName, &error))
+            return failure(error);
+    }
+    return true;
+}
+
+bool Application::validateParameters()
+{
+    return System::Application::validateParameters();
+}
+
+void Application::handleInitializationError(int stage)
+{
+    setReturnCode(stage == CommandLine || stage == Parameters ? UsageStatus : 1);
+}
+
+bool Application::usageError(const QString &reason)
+{
+    failure(reason);
+    print(stderr, tr("See \"%1 --help\".\n").arg(QString::fromStdString(name())));
+    setReturnCode(UsageStatus);
+    return false;
+}
+
+bool Application::failure(const QString &reason) const
+{
+    print(stderr, QStringLiteral("%1: %2\n").arg(QString::fromStdString(name()), reason));
+    return false;
+}
+
+QStringList Application::configurationFiles() const
+{
+    const Environment *environment = Environment::Instance();
+    const QString ownFile = QString::fromStdString(name()) + QStringLiteral(".ini");
+
+    QStringList files;
+    for (const char *folder : {environment->systemConfigDir(), environment->configDir()}) {
+        for (const QString &file : {QStringLiteral("tellarix.ini"), ownFile})
+            files.append(QString::fromLocal8Bit(folder) + QLatin1Char('/') + file);
+    }
+    files.removeDuplicates();
+    return files;
+}
+
+bool Application::parseCommandLine()
+{
+    readArguments();
+    const bool parsed = _commandLine.parse(toStringList(arguments()));
+    // Help is what a user needs whose other options are wrong.
+    if (_commandLine.isSet(HelpOption)) {
+        print(stdout, helpText());
+        endEarly(0);
+        return false;
+    }
+    if (!parsed)
+        return usageError(_commandLine.errorText());
+    if (_commandLine.isSet(VersionOption)) {
+        print(stdout, QString::fromStdString(name() + " " + _version + "\n"));
+        endEarly(0);
+        return false;
+    }
+
+    applyOptions();
+    return true;
+}
+
+void Application::applyOptions()
+{
+    if (_commandLine.isSet(DebugOption))
+        QLoggingCategory::setFilterRules(QStringLiteral("tellarix*.debug=true"));
+    if (_offersRecordStream && _commandLine.isSet(RecordStreamOption))
+        _configuration.setOverride(RecordStreamKey, _commandLine.value(RecordStreamOption));
+    if (_offersDatabase && _commandLine.isSet(DatabaseOption))
+        _configuration.setOverride(DatabaseKey, _commandLine.value(DatabaseOption));
+}
+
+QString Application::helpText() const
+{
+    // The parser takes the program's path from QCoreApplication; a name is easier to read.
+    int argc = 1;
+    QByteArray ownName = QByteArray::fromStdString(name());
+    char *argv[] = {ownName.data(), nullptr};
+    std::unique_ptr<QCoreApplication> temporary;
+    if (!QCoreApplication::instance())
+        temporary = std::make_unique<QCoreApplication>(argc, argv);
+
+    QString text = _commandLine.helpText();
+    const QString path = QCoreApplication::arguments().value(0);
+    const int position = text.indexOf(path);
+    return position < 0 ? text : text.replace(position, path.size(), QString::fromUtf8(ownName));
+}
+
+} // namespace Client
+} // namespace Tellarix

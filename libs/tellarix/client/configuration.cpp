@@ -1,0 +1,129 @@
+#include <tellarix/client/configuration.h>
+
+#include <tellarix/core/strings.h>
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QSettings>
+
+namespace Tellarix {
+namespace Client {
+
+namespace {
+
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("Tellarix::Client::Configuration", text);
+}
+
+bool failed(const QString &reason, QString *error)
+{
+    if (error)
+        *error = reason;
+    return false;
+}
+
+template <typename T>
+bool read(const Configuration &configuration, const QString &key, T &result)
+{
+    return configuration.contains(key) &&
+           Core::fromString(result, configuration.string(key).toStdString());
+}
+
+} // namespace
+
+void Configuration::setDefault(const QString &key, const QVariant &value)
+{
+    _defaults[key] = Entry{value, tr("default")};
+}
+
+void Configuration::setOverride(const QString &key, const QVariant &value)
+{
+    _overrides[key] = Entry{value, tr("command line")};
+}
+
+bool Configuration::readFile(const QString &fileName, QString *error)
+{
+    // QSettings takes a file that can't be opened for an empty one.
+    QFile file(fileName);
+    if (!file.open(QIODevice::ReadOnly))
+        return failed(QStringLiteral("%1: %2").arg(fileName, file.errorString()), error);
+    file.close();
+
+    QSettings settings(fileName, QSettings::IniFormat);
+    settings.setIniCodec("UTF-8");
+    const QStringList keys = settings.allKeys();
+    if (settings.status() == QSettings::FormatError)
+        return failed(tr("%1: not a well-formed INI file").arg(fileName), error);
+    if (settings.status() != QSettings::NoError)
+        return failed(tr("%1: could not be read").arg(fileName), error);
+
+    for (const QString &key : keys)
+        _files[key] = Entry{settings.value(key), fileName};
+    return true;
+}
+
+bool Configuration::contains(const QString &key) const
+{
+    return find(key) != nullptr;
+}
+
+QVariant Configuration::value(const QString &key) const
+{
+    const Entry *entry = find(key);
+    return entry ? entry->value : QVariant();
+}
+
+QString Configuration::string(const QString &key) const
+{
+    // A URL with commas arrives as a list.
+    const QVariant found = value(key);
+    return found.type() == QVariant::StringList ? found.toStringList().join(QLatin1Char(','))
+                                                : found.toString();
+}
+
+bool Configuration::number(const QString &key, double &result) const
+{
+    return read(*this, key, result);
+}
+
+bool Configuration::integer(const QString &key, int &result) const
+{
+    return read(*this, key, result);
+}
+
+bool Configuration::boolean(const QString &key, bool &result) const
+{
+    return read(*this, key, result);
+}
+
+QStringList Configuration::keys() const
+{
+    QStringList result;
+    for (const Layer *layer : {&_defaults, &_files, &_overrides}) {
+        for (const auto &item : *layer)
+            result.append(item.first);
+    }
+    result.sort();
+    result.removeDuplicates();
+    return result;
+}
+
+QString Configuration::origin(const QString &key) const
+{
+    const Entry *entry = find(key);
+    return entry ? entry->origin : QString();
+}
+
+const Configuration::Entry *Configuration::find(const QString &key) const
+{
+    for (const Layer *layer : {&_overrides, &_files, &_defaults}) {
+        const auto found = layer->find(key);
+        if (found != layer->end())
+            return &found->second;
+    }
+    return nullptr;
+}
+
+} // namespace Client
+} // namespace Tellarix
