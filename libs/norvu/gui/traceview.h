@@ -1,0 +1,371 @@
+#pragma once
+
+#include <norvu/api.h>
+
+#include <tellarix/core/math/filter.h>
+#include <tellarix/core/timewindow.h>
+
+#include <QAbstractItemView>
+#include <QActionGroup>
+#include <QFrame>
+#include <QList>
+#include <QMap>
+#include <QPair>
+#include <QPoint>
+
+#include <string>
+
+class QBoxLayout;
+class QScrollArea;
+class QToolBar;
+
+namespace Tellarix {
+namespace Gui {
+class RecordWidget;
+class TimeScale;
+} // namespace Gui
+} // namespace Tellarix
+
+namespace Norvu {
+namespace Gui {
+
+class Trace;
+
+/**
+ * A vertical, scrolling list of waveform rows above one time scale that all of them share.
+ *
+ * All rows show the same time window at the same scale: seconds relative to the alignment, from the
+ * left edge to the right edge of the time scale. The view owns its rows. Stream ids are bound to
+ * rows and slots, so that a record that arrives finds its place; rows that still wait for data are
+ * counted, and loadData() requests data for them. A view requests nothing by itself: a subclass
+ * overrides the three request operations, or the host answers loadDataRequested() with a loader.
+ */
+class NORVU_GUI_API TraceView : public QFrame
+{
+    Q_OBJECT
+
+public:
+    /** The text that addItem() gives to each slot of a row. */
+    enum RecordIDStrategy
+    {
+        NoRecordID = 0,        /**< none */
+        ComponentRecordID = 1, /**< last character of the stream's code */
+        ChannelRecordID = 2,   /**< the stream's whole code */
+    };
+
+    /** Where the amplitude range of the rows comes from. */
+    enum NormalizationMode
+    {
+        WindowNormalization = 1,    /**< from the visible time window, not from all data */
+        AllTracesNormalization = 2, /**< one range for all rows, in physical units */
+    };
+    Q_DECLARE_FLAGS(NormalizationModes, NormalizationMode)
+
+    /**
+     * @param timeScale    used instead of a time scale of the view's own; the view takes it over
+     * @param withToolBar  puts a tool bar above the rows
+     */
+    explicit TraceView(QWidget *parent = nullptr, Qt::WindowFlags f = Qt::WindowFlags(),
+                       Tellarix::Gui::TimeScale *timeScale = nullptr, bool withToolBar = false);
+    ~TraceView() override;
+
+    // Rows
+
+    /**
+     * Appends a row, which the view owns from then on, and gives it the view's time range, filter
+     * and normalization. A row without an alignment of its own takes over that of the view. Each
+     * stream in the row's meta data is bound to its slot and sets the slot's scale to 1 / gain.
+     * @return true
+     */
+    bool addItem(Trace *row, RecordIDStrategy strategy = NoRecordID);
+    /** Replaces all rows. */
+    void setItems(QList<Trace *> rows);
+    /** Deletes a row; one that isn't in the list is left alone. */
+    void removeItem(Trace *row);
+    /** Deletes all rows and bindings, without telling anyone but of the current row. */
+    void removeItems();
+    /** Deletes all rows and emits itemSelectionCleared() and layoutOrContentChanged(). */
+    void clear();
+
+    QList<Trace *> items() const { return _items; }
+    int count() const { return _items.count(); }
+    /** The row at a position of the list, null outside of it. */
+    Trace *itemAt(int index) const;
+    /** Position of a row, -1 if it isn't in the list. */
+    int indexOf(Trace *row) const;
+
+    /** Asks for distances by distanceValuesRequired() and puts the rows in ascending order. */
+    void sort(bool (*lessThan)(const Trace *, const Trace *));
+
+    // Layout
+
+    /** Height below which no row's record area shrinks, in pixels. */
+    void setMinimumRowHeight(int height);
+    int minimumRowHeight() const { return _minRowHeight; }
+    /** Shows a bar in each row's colour at its left edge; on at the start. */
+    void setColorIndicatorEnabled(bool enable);
+    bool isColorIndicatorEnabled() const { return _colorIndicator; }
+    /** Room left of the time scale, under the rows' amplitude axes, in pixels. */
+    int rulerSpacing() const;
+    /** Room right of the time scale in pixels; 0 at the start. */
+    void setExtraSpacing(int pixels);
+    int extraSpacing() const;
+
+    Tellarix::Gui::TimeScale *timeScale() const { return _timeScale; }
+    bool isCrosshairShown() const { return _showCrosshair; }
+
+    // Time window
+
+    Tellarix::Core::TimeWindow visibleTimeWindow() const;
+    /** From the earliest start to the latest end of the records of all slots, filtered ones not
+     *  counted; an empty window without data. */
+    Tellarix::Core::TimeWindow coveredTimeWindow() const;
+    /** Visible range in seconds relative to the alignment. */
+    double tmin() const { return _tmin; }
+    double tmax() const { return _tmax; }
+
+    /** Shows all data. */
+    void updateView();
+    /** Redraws the rows after records were added to their sequences. */
+    void updateRecords();
+
+    // Stream bindings and data
+
+    /** Binds a stream id to a row and slot, in place of what it was bound to. @return true */
+    bool bindItem(const std::string &id, Trace *row, int slot);
+    /** @return false if @p id isn't bound */
+    bool unbind(const std::string &id);
+    /**
+     * The row that a stream id is bound to, null if there is none.
+     * @param slot  set to the slot; left alone if null is returned; may be null
+     */
+    Trace *itemBoundTo(const std::string &id, int *slot = nullptr) const;
+    void removeItemBoundTo(const std::string &id);
+    /** Ids and slots bound to a row, in ascending order of the ids. */
+    QList<QPair<std::string, int>> bindingsFor(Trace *row) const;
+    void clearBindings(Trace *row);
+    /** Removes the records of a slot from every row; the rows still count as requested. */
+    void clearDataSlot(int slot);
+
+    /** Marks a row as requested. For subclasses and hosts that subscribe by themselves; once per
+     *  row, since it counts down each time. */
+    void subscribedToData(Trace *row);
+    /** Marks all rows as not requested; their records stay. */
+    void resetDataStateOfAllTraces();
+    /** Number of rows that wait for data to be requested. */
+    int emptyDataSlots() const { return _emptyDataSlots; }
+
+    /**
+     * Adds a copy of each row of @p other that has records. The sequences are shared and stay the
+     * property of the other view's rows, so @p other must live longer than the copies.
+     * @return false if nothing was copied
+     */
+    bool copyDataFrom(const TraceView *other);
+    /** As above with sequences of the copies' own, made of the records that overlap @p window. */
+    bool copyDataFrom(const TraceView *other, const Tellarix::Core::TimeWindow &window);
+
+    /** Enables the load action of the tool bar while rows wait for data. */
+    void updateToolbar();
+
+    // Normalization and filter
+
+    /** Sets both flags and applies them to the visible range. */
+    void setNormalizionMode(NormalizationModes mode);
+    NormalizationModes normalizationMode() const { return _normMode; }
+    /** Sets the filter of all rows, or none if null; the view takes it over. */
+    void setFilter(Tellarix::Math::Filtering::InPlaceFilter<double> *filter);
+    bool hasFilter() const { return _filter != nullptr; }
+    bool isFilterEnabled() const { return _filterEnabled; }
+
+    // Selection
+
+    QAbstractItemView::SelectionMode selectionMode() const { return _selectionMode; }
+    /** Sets the mode and clears the selection. */
+    void setSelectionMode(QAbstractItemView::SelectionMode mode);
+    /** Selected rows in the order of the list. */
+    QList<Trace *> selectedItems() const;
+    int numberOfSelectedItems() const;
+    /** True if no row is selected. */
+    bool emptySelection() const;
+    /** The row with the keyboard focus in the list, selected or not; null without one. */
+    Trace *currentItem() const { return _currentItem; }
+    /** Selects one row, makes it current and scrolls to it. Positions beyond either end wrap. */
+    void setSelectedTrace(int index);
+    /** As setSelectedTrace(); ignored below 0 and above count(). */
+    void setCurrentItem(int index);
+    void setCurrentItem(Trace *row);
+    /** Makes a row current without selecting it. */
+    void updateCurrentTrace(Trace *row);
+    /**
+     * Selects or deselects the rows whose whole label matches a pattern; the others and the current
+     * row stay as they are.
+     * @param pattern  with the wildcards `*`, `?` and `[...]`; case counts
+     */
+    void selectMatching(const QString &pattern, bool select);
+
+    // Actions
+
+    /** Actions that change what is shown, for menus of the host. */
+    QList<QAction *> controlActions() const { return _controlActions.actions(); }
+    /** Shows or hides an action of the tool bar, which must have it. */
+    void allowCleaning(bool allow);
+    void allowResetting(bool allow);
+    /** Takes loading, cleaning and resetting out of the tool bar. */
+    void removeLoadActions();
+
+signals:
+    /** The visible range in seconds relative to the alignment, and pixels per second. */
+    void displayChanged(double tmin, double tmax, double pps);
+    void alignmentChanged(const Tellarix::Core::Time &time);
+    void rulerSpacingChanged(int pixels);
+    void itemDoubleClicked(Trace *row);
+    void itemActivated(Trace *row);
+    void currentItemChanged(Trace *old, Trace *new_);
+    void itemSelectionChanged();
+    void itemSelectionCleared();
+    /** The user asks for data. */
+    void loadDataRequested();
+    /** Rows are about to be sorted: time to set their distances. */
+    void distanceValuesRequired();
+    void layoutOrContentChanged();
+    void viewReset();
+
+public slots:
+    /** Sets the time to which the visible range relates, for all rows and the time scale. */
+    void setAlignment(Tellarix::Core::Time time);
+    /** Shows a range in seconds relative to the alignment. */
+    void setTimeRange(double tmin, double tmax);
+    void setVisibleTimeWindow(Tellarix::Core::TimeWindow window);
+    /** Shows all data; from 0 to 1 without any. */
+    void setCoveredTimeRange();
+    void setTimeScaleVisible(bool visible);
+    /** Selects one row, whatever the mode. */
+    void select(Trace *row);
+    void selectAll();
+    void clearSelection();
+    /** Scrolls a row into sight. */
+    void ensureVisible(const Trace *row);
+    /** Moves the visible range, as little as possible, so that it shows the start of @p window.
+     *  @param center  puts the window in the middle */
+    void ensureVisible(Tellarix::Core::TimeWindow window, bool center);
+    void setWindowNormalization(bool enable);
+    void setAllTracesNormalization(bool enable);
+    /** Works the amplitude ranges out again, e.g. after new data. */
+    void updateTraceNormalization();
+    void showCrosshair(bool show);
+    /** Requests data for the rows that wait for it. */
+    void loadData();
+    /** Removes the rows without records in slot 0. */
+    virtual void cleanTraces();
+    /** Sorts by distance, then by label. */
+    void sortView();
+    void setFilterEnabled(bool enable);
+    void selectPreviousRow();
+    void selectNextRow();
+    /** Shows all data and tells so by viewReset(). */
+    void resetView();
+    /** Sets the vertical grid of all rows: distances of major and minor lines, offset. */
+    void changedTimeInterval(double dA, double dT, double ofs);
+    void verticalZoomIn();
+    void verticalZoomOut();
+    void horizontalZoomIn();
+    void horizontalZoomOut();
+    void scrollLeft();
+    void scrollRight();
+    /** Takes the data of the selected rows away, so that they can be loaded again. */
+    void resetSelectedTraces();
+
+protected:
+    /** Called before the first row is requested; false ends the request there and then. */
+    virtual bool beginDataRequest();
+    /** Subscribes a row to its data; called for each row that waits. */
+    virtual void requestData(Trace *row);
+    /** Called behind the last row, if there was any. */
+    virtual void endDataRequest();
+
+    bool eventFilter(QObject *watched, QEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void focusInEvent(QFocusEvent *event) override;
+    void focusOutEvent(QFocusEvent *event) override;
+    void enterEvent(QEvent *event) override;
+    void leaveEvent(QEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    void setupLayout();
+    void createActions();
+    void createToolBar();
+
+    QBoxLayout *rowLayout() const;
+    Tellarix::Core::TimeWindow windowOf(const Tellarix::Gui::RecordWidget *widget) const;
+    void applyViewTo(Tellarix::Gui::RecordWidget *widget);
+    void bindStreams(Trace *row, RecordIDStrategy strategy);
+    void forgetItem(Trace *row);
+    QList<Trace *>::iterator removeTraceItem(QList<Trace *>::iterator position);
+
+    void applyNormMode();
+    void applyCommonAmplitudeRange();
+
+    void markRequested(Trace *row);
+    void markNotRequested(Trace *row);
+    bool copyRows(const TraceView *other, const Tellarix::Core::TimeWindow *window);
+
+    bool setAllSelected(bool selected);
+    bool selectRange(int first, int last);
+    Trace *rowAt(const QPoint &contentsPosition) const;
+    void finishClick(QMouseEvent *event, const QPoint &contentsPosition);
+    void finishRangeClick(QMouseEvent *event, const QPoint &contentsPosition);
+    void selectByPattern(bool select);
+    void startRowDrag();
+    void moveDraggedRows(Trace *target);
+    void focusChanged();
+    void scrollContents(int pixels);
+    void trackCrosshair(QObject *recordWidget, const QPoint &position);
+    void hideCrosshair();
+    void paintCrosshair();
+    QString crosshairTimeText() const;
+    QString crosshairValueText() const;
+
+    QAbstractItemView::SelectionMode _selectionMode{QAbstractItemView::ExtendedSelection};
+    QActionGroup _controlActions;
+    QScrollArea *_scrollArea{nullptr};
+    QWidget *_contents{nullptr};
+    QWidget *_rulerSpacer{nullptr};
+    QWidget *_extraSpacer{nullptr};
+    QWidget *_crosshairOverlay{nullptr};
+    QPoint _crosshairPos{-1, -1};
+    Trace *_crosshairRow{nullptr};
+    QList<Trace *> _items;
+    QMap<std::string, QPair<Trace *, int>> _bindings;
+    Trace *_currentItem{nullptr};
+    Tellarix::Gui::TimeScale *_timeScale{nullptr};
+    int _minRowHeight{16};
+    double _tmin{0};
+    double _tmax{0};
+    bool _showCrosshair{false};
+    bool _colorIndicator{true};
+    QPoint _pressPos;
+    bool _dragging{false};
+    QList<Trace *> _dragItems;
+    NormalizationModes _normMode{WindowNormalization};
+    int _emptyDataSlots{0};
+    Tellarix::Math::Filtering::InPlaceFilter<double> *_filter{nullptr};
+    bool _filterEnabled{false};
+    QToolBar *_toolBar{nullptr};
+    QAction *_loadAction{nullptr};
+    QAction *_cleanAction{nullptr};
+    QAction *_resetAction{nullptr};
+    QAction *_loadSeparator{nullptr};
+    QAction *_normSeparator{nullptr};
+
+    friend class MultiTraceWidget;
+};
+
+Q_DECLARE_OPERATORS_FOR_FLAGS(TraceView::NormalizationModes)
+
+} // namespace Gui
+} // namespace Norvu
