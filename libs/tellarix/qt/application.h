@@ -56,7 +56,10 @@ public:
     void showMessage(const char *message) override;
     void showWarning(const char *message) override;
     bool init() override;
-    /** Shows the main widget and runs the event loop. */
+    /**
+     * Shows the main widget and runs the event loop until the widget is closed or exit() is
+     * called. Without a main widget only a Tty application has something to wait for.
+     */
     bool run() override;
     void done() override;
     void exit(int returnCode) override;
@@ -67,7 +70,7 @@ protected:
     void handleInterrupt(int signal) override;
 
 public:
-    /** Picture of the framework's own splash. */
+    /** Picture of the framework's own splash: "NAME/splash.png" in the share directory. */
     virtual QString splashImagePath() const;
     /** Takes the main window, not its ownership; it is shown by run() and ends the program when
      *  it is closed. Null takes it away. */
@@ -83,6 +86,9 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    void showSplash();
+    void quitBehindMainWidget();
+
     std::unique_ptr<QCoreApplication> _application;
     std::unique_ptr<Scheme> _scheme;
     std::unique_ptr<QSplashScreen> _splash;
