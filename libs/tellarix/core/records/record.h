@@ -47,12 +47,13 @@ public:
     const std::string &streamID() const { return _codes->id(); }
 
     Core::Time startTime() const { return _startTime; }
-    /** Start plus sample count / sampling frequency. Throws RecordError if hasEndTime() is false. */
+    /** Start plus sample count / sampling frequency. Throws RecordError if hasEndTime() is false.
+     */
     Core::Time endTime() const;
-    /** False for samples without a rate or an end that no time can hold. */
+    /** False for samples without a rate, an end that no time can hold or an invalid start. */
     bool hasEndTime() const { return _endTime.valid(); }
     /** Time of the last sample; the start time without samples or end. */
-    Core::Time lastSampleTime() const;
+    Core::Time lastSampleTime() const { return sampleTime(sampleCount() - 1); }
     /** Start and end; without an end both are the start. */
     Core::TimeWindow timeWindow() const;
 
@@ -66,17 +67,25 @@ public:
     /** Minimum, maximum and sum of all samples, known since the record was made. */
     const SampleSummary &summary() const { return _summary; }
 
-    /** A record of the same codes, start and rate with other samples. */
+    /** Time of a sample, rounded to microseconds; the start time without a usable rate. */
+    Core::Time sampleTime(int index) const;
+    /**
+     * Index of the first sample whose sampleTime() is not before @p time, from 0 to sampleCount();
+     * without a usable rate all samples stand at the start time.
+     */
+    int sampleIndex(Core::Time time) const;
+
+    /** A record of the same codes, start, rate and quality with other samples. */
     Core::SmartPointer<Record> withData(ArrayPtr data) const;
 
 private:
+    int _timingQuality;
     StreamCodesCPtr _codes;
     Core::Time _startTime;
     Core::Time _endTime;
     double _samplingFrequency;
     ArrayPtr _data;
     SampleSummary _summary;
-    int _timingQuality;
 };
 
 using RecordPtr = Core::SmartPointer<Record>;

@@ -3,6 +3,8 @@
 #include <tellarix/core/records/record.h>
 #include <tellarix/core/records/slidingvector.h>
 
+#include <cstdint>
+#include <functional>
 #include <utility>
 #include <vector>
 
@@ -13,7 +15,7 @@ struct RecordSpan
 {
     Core::Time start;
     Core::Time end; /**< the start for a record without an end */
-    double minimum; /**< above maximum if the record has no finite sample */
+    double minimum; /**< infinite and above maximum if the record has no finite sample */
     double maximum;
 
     bool hasSamples() const { return minimum <= maximum; }
@@ -23,13 +25,17 @@ struct RecordSpan
  * Records of one stream in ascending order of their start times.
  *
  * Records may overlap or leave gaps: both are facts that a view shows. A record is dropped on
- * arrival if the sequence already covers all of it, within the tolerance. Beside the records the
- * sequence keeps their spans in one array and coarser levels above it, each entry the extrema of
- * LevelRatio entries below, so that a view over many days reads a few hundred entries and no
- * record. All of it is kept up to date as records are fed and trimmed.
+ * arrival if records of the sequence already cover it together: from its start plus the tolerance
+ * to its end minus the tolerance, without a hole above the tolerance. A record without samples or
+ * without an end covers nothing, and is itself dropped if the sequence holds the same one.
  *
- * Access by index and the search by time cost O(1) and O(log n). Feeding at the end is amortised
- * O(1); a late record costs a shift of what lies behind it.
+ * Beside the records the sequence keeps their spans in one array and coarser levels above it, each
+ * entry the summary of LevelRatio entries below, so that a view over many days reads a few hundred
+ * entries and hardly a record. All of it is kept up to date as records are fed and trimmed.
+ *
+ * Access by index costs O(1) and the searches by time O(log n), overlaps or not. Feeding at the end
+ * is amortised O(1); a late record costs a shift of the records before or behind it, whichever are
+ * fewer.
  */
 class TELLARIX_CORE_API RecordSequence
 {
@@ -39,7 +45,7 @@ public:
 
     static constexpr int LevelRatio = 16;
 
-    /** @param tolerance  difference in samples up to which times count as equal */
+    /** @param tolerance  difference in samples up to which times count as equal, 0 or more */
     explicit RecordSequence(double tolerance = 0.5);
     virtual ~RecordSequence();
 
@@ -47,7 +53,8 @@ public:
     RecordSequence &operator=(const RecordSequence &) = delete;
 
     /**
-     * Adds a record and drops what the sequence then need not hold any more.
+     * Adds a record and drops what the sequence then need not hold any more. The sequence shares
+     * the record; one that is not taken and that nobody else holds is deleted.
      * @return false if the record was not taken: null, without a start time, already covered, or
      *         outside of what the sequence holds
      */
@@ -69,6 +76,8 @@ public:
 
     /** Spans of the records, in the order of the records. */
     const SlidingVector<RecordSpan> &spans() const { return _spans; }
+    /** Latest end of each record and all records before it; ascending. */
+    const SlidingVector<Core::Time> &reaches() const { return _reaches; }
 
     /** From the start of the first record to the latest end; an invalid window if empty. */
     Core::TimeWindow timeWindow() const;
@@ -79,7 +88,7 @@ public:
     int firstStartingFrom(Core::Time time) const;
 
     /**
-     * Smallest and largest finite sample in @p window, or in all records if it is null.
+     * Smallest and largest finite sample in @p window, or in all records if it is null or invalid.
      * @return (0, 0) if there is no such sample
      */
     std::pair<double, double> amplitudeRange(const Core::TimeWindow *window = nullptr) const;
@@ -93,9 +102,9 @@ public:
      */
     bool recordExtrema(int first, int last, double &minimum, double &maximum) const;
 
-    /** Stretches between neighbouring records that no sample covers. */
+    /** Stretches between neighbouring records, above the tolerance, that no sample covers. */
     std::vector<Core::TimeWindow> gaps() const;
-    /** Stretches that more than one record covers. */
+    /** Stretches above the tolerance that more than one record covers, disjoint and ascending. */
     std::vector<Core::TimeWindow> overlaps() const;
 
     /** Memory of the sequence's own arrays and its records in bytes, samples included. */
@@ -106,19 +115,47 @@ protected:
     bool insert(const Record *record);
     /** Removes the first @p count records. */
     void removeFront(int count);
+    /** Removes all records for which @p remove is true. */
+    void removeIf(const std::function<bool(const Record *)> &remove);
 
 private:
-    struct Level;
+    /** Summaries of LevelRatio entries each of the level below. */
+    struct Level
+    {
+        int64_t first{0}; /**< number of the first entry */
+        SlidingVector<SampleSummary> entries;
 
-    bool covers(const Core::TimeWindow &window, double samplingFrequency) const;
-    void insertAt(int index, const Record *record);
-    void updateLevels(int index);
+        int64_t end() const { return first + entries.size(); }
+        SampleSummary &at(int64_t number) { return entries[static_cast<int>(number - first)]; }
+        const SampleSummary &at(int64_t number) const
+        {
+            return entries[static_cast<int>(number - first)];
+        }
+    };
+
+    Core::TimeSpan toleranceOf(const Record *record) const;
+    bool covers(const Record *record) const;
+    bool holdsTwinOf(const Record *record) const;
+    void append(const RecordCPtr &record);
+    void insertAt(int index, const RecordCPtr &record);
+    void raiseReaches(int index);
+    void addToLevels(const SampleSummary &summary);
+    void addTopLevel();
+    void updateLevels(int first, int last);
+    void updateLevel(size_t level, int64_t first, int64_t last);
+    SampleSummary combinedEntry(size_t level, int64_t number) const;
+    template <typename OnRecords, typename OnEntries>
+    void walkLevels(int first, int last, OnRecords onRecords, OnEntries onEntries) const;
+    template <typename Inside, typename Partial>
+    void walkWindow(const Core::TimeWindow *window, Inside inside, Partial partial) const;
 
     double _tolerance;
     Records _records;
     SlidingVector<RecordSpan> _spans;
+    SlidingVector<Core::Time> _reaches;
+    /** Levels count records by numbers that stay when records leave or join at the front. */
     std::vector<Level> _levels;
-    Core::TimeSpan _longest;
+    int64_t _firstNumber{0};
 };
 
 } // namespace Tellarix

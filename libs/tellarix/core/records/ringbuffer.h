@@ -9,7 +9,8 @@ class TELLARIX_CORE_API RingBuffer : public RecordSequence
 {
 public:
     /**
-     * @param capacity   number of records to keep, the oldest go first; 0 and below keeps all
+     * @param capacity   number of records to keep; the oldest go first, and a full buffer takes no
+     * record that is older than all; 0 and below keeps all
      * @param tolerance  in samples, as in RecordSequence
      */
     explicit RingBuffer(int capacity, double tolerance = 0.5);

@@ -9,7 +9,8 @@ class TELLARIX_CORE_API TimeWindowBuffer : public RecordSequence
 {
 public:
     /**
-     * @param window     records that do not overlap it are not taken; an invalid one takes all
+     * @param window     records that do not overlap it are not taken, save records without
+     *                   an extent that lie in it; an invalid one takes all
      * @param tolerance  in samples, as in RecordSequence
      */
     explicit TimeWindowBuffer(const Core::TimeWindow &window, double tolerance = 0.5);

@@ -9,8 +9,9 @@ namespace Tellarix {
 /**
  * An array of samples of type @p T: `char`, `int`, `float` or `double`.
  *
- * Samples and pyramid lie in one allocation. Whoever asks for writable samples drops the pyramid.
- * New samples are not initialised.
+ * Samples and pyramid lie in one allocation, whose last 3 percent are kept for the pyramid from
+ * the start. Arrays below two blocks have no pyramid, nor has text. Whoever asks for writable
+ * samples drops the pyramid. New samples are not initialised. A negative size counts as 0.
  */
 template <typename T>
 class TELLARIX_CORE_API TypedArray : public NumericArray
@@ -30,12 +31,12 @@ public:
     /** Converts the samples of @p other; NaN and values out of range become 0 or the limit of an
      *  integer type. */
     static Core::SmartPointer<TypedArray<T>> Convert(const NumericArray &other);
-    /** @p other itself if it is of this type, otherwise a converted copy. */
+    /** @p other itself if it is of this type, otherwise a converted copy; null for null. */
     static Core::SmartPointer<const TypedArray<T>> From(const ArrayCPtr &other);
 
-    /** Replaces the content by a copy of @p n samples. */
+    /** Replaces the content by a copy of @p n samples, which may be samples of this array. */
     void setData(int n, const T *samples);
-    /** Changes the size; samples that stay keep their value. */
+    /** Changes the size; samples that stay keep their value. Drops the pyramid. */
     void resize(int size);
 
     const T *typedData() const { return _samples; }
@@ -62,9 +63,19 @@ public:
 private:
     struct Pyramid;
 
-    T *_samples{nullptr};
+    Pyramid pyramid() const;
+    void countFinite();
+    void dropPyramid();
+    template <typename Scan, typename Merge>
+    void walk(int first, int last, Scan scan, Merge merge) const;
+    template <typename Target>
+    void convertTo(int first, int last, Target *target) const;
+
     int _size{0};
-    std::unique_ptr<Pyramid> _pyramid;
+    T *_samples{nullptr};
+    /** Finite samples of each block, only where some sample is not finite. */
+    std::unique_ptr<int[]> _counts;
+    bool _hasPyramid{false};
 };
 
 using CharArray = TypedArray<char>;

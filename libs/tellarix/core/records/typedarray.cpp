@@ -1,0 +1,455 @@
+#include <tellarix/core/records/typedarray.h>
+
+#include <tellarix/core/math/extrema.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <new>
+#include <type_traits>
+
+namespace Tellarix {
+namespace {
+
+constexpr int BlockSize = NumericArray::BlockSize;
+constexpr int BlockRatio = NumericArray::BlockRatio;
+constexpr int Levels = NumericArray::Levels;
+
+template <typename T>
+constexpr bool HasSummary = !std::is_same_v<T, char>;
+
+/** Where the entries of each level begin; the last number is the count of all entries. */
+struct LevelOffsets
+{
+    explicit LevelOffsets(int samples)
+    {
+        int entries = samples / BlockSize + (samples % BlockSize != 0);
+        for (int level = 0; level < Levels; ++level) {
+            begin[level + 1] = begin[level] + entries;
+            entries = (entries + BlockRatio - 1) / BlockRatio;
+        }
+    }
+
+    int entries(int level) const { return begin[level + 1] - begin[level]; }
+    int total() const { return begin[Levels]; }
+
+    int begin[Levels + 1] = {0, 0, 0, 0};
+};
+
+/** Indices from first up to, but not including, last. */
+struct Run
+{
+    int first;
+    int last;
+
+    bool isEmpty() const { return first >= last; }
+    /** The parents that hold only children of this run, of @p count children in all. A last parent
+     *  that is short of children counts as full. */
+    Run parents(int count, int ratio) const
+    {
+        return {first / ratio + (first % ratio != 0),
+                last / ratio + (last == count && last % ratio != 0)};
+    }
+};
+
+template <typename T>
+bool canHavePyramid(int size)
+{
+    return HasSummary<T> && size >= 2 * BlockSize;
+}
+
+size_t alignedToDouble(size_t bytes)
+{
+    return (bytes + sizeof(double) - 1) / sizeof(double) * sizeof(double);
+}
+
+template <typename T>
+size_t allocationSize(int size)
+{
+    const size_t samples = static_cast<size_t>(size) * sizeof(T);
+    if (!canHavePyramid<T>(size))
+        return samples;
+    const size_t entries = static_cast<size_t>(LevelOffsets(size).total());
+    return alignedToDouble(samples) + entries * (sizeof(double) + 2 * sizeof(T));
+}
+
+template <typename T>
+T *allocate(int size)
+{
+    return size > 0 ? static_cast<T *>(::operator new(allocationSize<T>(size))) : nullptr;
+}
+
+template <typename Target, typename Source>
+Target convertSample(Source value)
+{
+    if constexpr (std::is_floating_point_v<Target> || std::is_same_v<Target, Source>) {
+        return static_cast<Target>(value);
+    } else {
+        using Limits = std::numeric_limits<Target>;
+        const double wide = static_cast<double>(value);
+        if (std::isnan(wide))
+            return 0;
+        if (wide <= Limits::lowest())
+            return Limits::lowest();
+        return wide >= Limits::max() ? Limits::max() : static_cast<Target>(wide);
+    }
+}
+
+/** Samples below an entry of a level, of @p size samples in all. */
+int64_t samplesOf(int level, int entry, int size)
+{
+    int64_t samples = BlockSize;
+    for (int i = 0; i < level; ++i)
+        samples *= BlockRatio;
+    return std::min(samples, size - entry * samples);
+}
+
+template <typename T>
+SampleSummary toSummary(const Math::Extrema<T> &extrema)
+{
+    SampleSummary summary;
+    if (!extrema.count)
+        return summary;
+    summary.minimum = static_cast<double>(extrema.minimum);
+    summary.maximum = static_cast<double>(extrema.maximum);
+    summary.sum = extrema.sum;
+    summary.count = static_cast<int64_t>(extrema.count);
+    return summary;
+}
+
+} // namespace
+
+/** Where the three columns of the pyramid lie, all levels of a column behind each other. */
+template <typename T>
+struct TypedArray<T>::Pyramid
+{
+    LevelOffsets offsets;
+    double *sums;
+    T *minima;
+    T *maxima;
+
+    /** Works out a level from the one below. */
+    void combine(int level) const
+    {
+        const int below = offsets.begin[level - 1];
+        const int count = offsets.entries(level - 1);
+        for (int i = 0; i < offsets.entries(level); ++i) {
+            const int first = below + i * BlockRatio;
+            const int last = below + std::min(count, (i + 1) * BlockRatio);
+            const int entry = offsets.begin[level] + i;
+            minima[entry] = *std::min_element(minima + first, minima + last);
+            maxima[entry] = *std::max_element(maxima + first, maxima + last);
+            sums[entry] = 0;
+            for (int k = first; k < last; ++k)
+                sums[entry] += sums[k];
+        }
+    }
+};
+
+template <typename T>
+TypedArray<T>::TypedArray(int size) : _size(std::max(0, size)), _samples(allocate<T>(_size))
+{}
+
+template <typename T>
+TypedArray<T>::TypedArray(int size, const T *samples) : TypedArray(size)
+{
+    if (_size)
+        std::memcpy(_samples, samples, static_cast<size_t>(_size) * sizeof(T));
+}
+
+template <typename T>
+TypedArray<T>::TypedArray(const TypedArray &other)
+    : NumericArray(other), _size(other._size), _samples(allocate<T>(_size)),
+      _hasPyramid(other._hasPyramid)
+{
+    if (!_size)
+        return;
+    const size_t bytes = static_cast<size_t>(_size) * sizeof(T);
+    std::memcpy(_samples, other._samples, _hasPyramid ? allocationSize<T>(_size) : bytes);
+    if (other._counts) {
+        const int entries = LevelOffsets(_size).total();
+        _counts.reset(new int[static_cast<size_t>(entries)]);
+        std::copy_n(other._counts.get(), entries, _counts.get());
+    }
+}
+
+template <typename T>
+TypedArray<T> &TypedArray<T>::operator=(const TypedArray &other)
+{
+    if (this == &other)
+        return *this;
+    TypedArray copy(other);
+    std::swap(_size, copy._size);
+    std::swap(_samples, copy._samples);
+    std::swap(_counts, copy._counts);
+    std::swap(_hasPyramid, copy._hasPyramid);
+    return *this;
+}
+
+template <typename T>
+TypedArray<T>::~TypedArray()
+{
+    ::operator delete(_samples);
+}
+
+template <typename T>
+Core::SmartPointer<TypedArray<T>> TypedArray<T>::Convert(const NumericArray &other)
+{
+    const int n = other.size();
+    Core::SmartPointer<TypedArray<T>> result(new TypedArray<T>(n));
+    if constexpr (std::is_same_v<T, char>) {
+        for (int i = 0; i < n; ++i)
+            result->_samples[i] = convertSample<T>(other.value(i));
+    } else {
+        other.convert(0, n, result->_samples);
+    }
+    return result;
+}
+
+template <typename T>
+Core::SmartPointer<const TypedArray<T>> TypedArray<T>::From(const ArrayCPtr &other)
+{
+    if (!other)
+        return nullptr;
+    if (const auto *same = dynamic_cast<const TypedArray<T> *>(other.get()))
+        return same;
+    return Convert(*other);
+}
+
+template <typename T>
+void TypedArray<T>::setData(int n, const T *samples)
+{
+    *this = TypedArray<T>(n, samples);
+}
+
+template <typename T>
+void TypedArray<T>::resize(int size)
+{
+    if (size == _size) {
+        dropPyramid();
+        return;
+    }
+    TypedArray<T> resized(size);
+    const size_t kept = static_cast<size_t>(std::min(_size, resized._size));
+    if (kept)
+        std::memcpy(resized._samples, _samples, kept * sizeof(T));
+    std::swap(_size, resized._size);
+    std::swap(_samples, resized._samples);
+    dropPyramid();
+}
+
+template <typename T>
+T *TypedArray<T>::typedData()
+{
+    dropPyramid();
+    return _samples;
+}
+
+template <typename T>
+DataType TypedArray<T>::dataType() const
+{
+    if constexpr (std::is_same_v<T, char>)
+        return DataType::Char;
+    else if constexpr (std::is_same_v<T, int>)
+        return DataType::Int;
+    else if constexpr (std::is_same_v<T, float>)
+        return DataType::Float;
+    else
+        return DataType::Double;
+}
+
+template <typename T>
+size_t TypedArray<T>::memorySize() const
+{
+    size_t bytes = sizeof(*this) + allocationSize<T>(_size);
+    if (_counts)
+        bytes += static_cast<size_t>(LevelOffsets(_size).total()) * sizeof(int);
+    return bytes;
+}
+
+template <typename T>
+typename TypedArray<T>::Pyramid TypedArray<T>::pyramid() const
+{
+    const LevelOffsets offsets(_size);
+    char *base = reinterpret_cast<char *>(_samples) +
+                 alignedToDouble(static_cast<size_t>(_size) * sizeof(T));
+    auto *sums = reinterpret_cast<double *>(base);
+    auto *minima = reinterpret_cast<T *>(sums + offsets.total());
+    return {offsets, sums, minima, minima + offsets.total()};
+}
+
+template <typename T>
+void TypedArray<T>::dropPyramid()
+{
+    _hasPyramid = false;
+    _counts.reset();
+}
+
+template <typename T>
+void TypedArray<T>::buildPyramid()
+{
+    if (_hasPyramid || !canHavePyramid<T>(_size))
+        return;
+
+    if constexpr (HasSummary<T>) {
+        const Pyramid to = pyramid();
+        const bool allFinite =
+            Math::summarizeBlocks(_samples, static_cast<size_t>(_size),
+                                  static_cast<size_t>(BlockSize), to.minima, to.maxima, to.sums);
+        for (int level = 1; level < Levels; ++level)
+            to.combine(level);
+        if (!allFinite)
+            countFinite();
+        _hasPyramid = true;
+    }
+}
+
+template <typename T>
+void TypedArray<T>::countFinite()
+{
+    if constexpr (std::is_floating_point_v<T>) {
+        const LevelOffsets offsets(_size);
+        _counts.reset(new int[static_cast<size_t>(offsets.total())]());
+        for (int i = 0; i < _size; ++i) {
+            if (!std::isfinite(_samples[i]))
+                continue;
+            for (int level = 0, entry = i / BlockSize; level < Levels; ++level) {
+                ++_counts[static_cast<size_t>(offsets.begin[level] + entry)];
+                entry /= BlockRatio;
+            }
+        }
+    }
+}
+
+/**
+ * Splits a range into runs of samples, for which it calls @p scan(first, last), and runs of pyramid
+ * entries, for which it calls @p merge(level, first, last).
+ */
+template <typename T>
+template <typename Scan, typename Merge>
+void TypedArray<T>::walk(int first, int last, Scan scan, Merge merge) const
+{
+    Run run = Run{first, last}.parents(_size, BlockSize);
+    if (!_hasPyramid || run.isEmpty()) {
+        scan(first, last);
+        return;
+    }
+    if (first < run.first * BlockSize)
+        scan(first, run.first * BlockSize);
+    if (last != _size && run.last * BlockSize < last)
+        scan(run.last * BlockSize, last);
+
+    const LevelOffsets offsets(_size);
+    for (int level = 0;; ++level) {
+        const int entries = offsets.entries(level);
+        const Run above = level + 1 < Levels ? run.parents(entries, BlockRatio) : Run{0, 0};
+        if (above.isEmpty()) {
+            merge(level, run.first, run.last);
+            return;
+        }
+        if (run.first < above.first * BlockRatio)
+            merge(level, run.first, above.first * BlockRatio);
+        if (run.last != entries && above.last * BlockRatio < run.last)
+            merge(level, above.last * BlockRatio, run.last);
+        run = above;
+    }
+}
+
+template <typename T>
+SampleSummary TypedArray<T>::summary(int first, int last) const
+{
+    first = std::max(0, first);
+    last = std::min(_size, last);
+    SampleSummary result;
+    if (first >= last)
+        return result;
+
+    if constexpr (HasSummary<T>) {
+        const auto scan = [&](int from, int to) {
+            const auto n = static_cast<size_t>(to - from);
+            result.add(toSummary(Math::summarize(_samples + from, n)));
+        };
+        const auto merge = [&](int level, int from, int to) {
+            const Pyramid p = pyramid();
+            for (int i = from; i < to; ++i) {
+                const int entry = p.offsets.begin[level] + i;
+                const auto count =
+                    _counts ? _counts[static_cast<size_t>(entry)] : samplesOf(level, i, _size);
+                result.add({static_cast<double>(p.minima[entry]),
+                            static_cast<double>(p.maxima[entry]), p.sums[entry], count});
+            }
+        };
+        walk(first, last, scan, merge);
+    }
+    return result;
+}
+
+template <typename T>
+bool TypedArray<T>::extrema(int first, int last, double &minimum, double &maximum) const
+{
+    first = std::max(0, first);
+    last = std::min(_size, last);
+    if (first >= last)
+        return false;
+
+    if constexpr (HasSummary<T>) {
+        Math::Extrema<T> found;
+        const auto scan = [&](int from, int to) {
+            T low, high;
+            Math::findExtrema(_samples + from, static_cast<size_t>(to - from), low, high);
+            found.minimum = std::min(found.minimum, low);
+            found.maximum = std::max(found.maximum, high);
+        };
+        const auto merge = [&](int level, int from, int to) {
+            const Pyramid p = pyramid();
+            const int offset = p.offsets.begin[level];
+            for (int i = offset + from; i < offset + to; ++i) {
+                found.minimum = std::min(found.minimum, p.minima[i]);
+                found.maximum = std::max(found.maximum, p.maxima[i]);
+            }
+        };
+        walk(first, last, scan, merge);
+        if (found.minimum > found.maximum)
+            return false;
+        minimum = static_cast<double>(found.minimum);
+        maximum = static_cast<double>(found.maximum);
+        return true;
+    }
+    return false;
+}
+
+template <typename T>
+template <typename Target>
+void TypedArray<T>::convertTo(int first, int last, Target *target) const
+{
+    first = std::max(0, first);
+    last = std::min(_size, last);
+    for (int i = first; i < last; ++i)
+        target[i - first] = convertSample<Target>(_samples[i]);
+}
+
+template <typename T>
+void TypedArray<T>::convert(int first, int last, float *target) const
+{
+    convertTo(first, last, target);
+}
+
+template <typename T>
+void TypedArray<T>::convert(int first, int last, double *target) const
+{
+    convertTo(first, last, target);
+}
+
+template <typename T>
+void TypedArray<T>::convert(int first, int last, int *target) const
+{
+    convertTo(first, last, target);
+}
+
+template class TypedArray<char>;
+template class TypedArray<int>;
+template class TypedArray<float>;
+template class TypedArray<double>;
+
+} // namespace Tellarix
