@@ -1,0 +1,39 @@
+#include "station.h"
+
+#include <tellarix/core/datamodel/sensorlocation.h>
+
+#include <utility>
+
+namespace Tellarix {
+namespace DataModel {
+
+Station::Station(std::string code) : _code(std::move(code))
+{}
+
+Station::~Station()
+{
+    for (const SensorLocationPtr &location : _locations)
+        location->_station = nullptr;
+}
+
+bool Station::add(SensorLocation *location)
+{
+    if (!location || location->_station)
+        return false;
+
+    location->_station = this;
+    _locations.emplace_back(location);
+    return true;
+}
+
+SensorLocation *Station::findSensorLocation(const std::string &code) const
+{
+    for (const SensorLocationPtr &location : _locations) {
+        if (location->code() == code)
+            return location.get();
+    }
+    return nullptr;
+}
+
+} // namespace DataModel
+} // namespace Tellarix

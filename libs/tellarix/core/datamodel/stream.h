@@ -1,0 +1,68 @@
+#pragma once
+
+#include <tellarix/core/api.h>
+#include <tellarix/core/baseobject.h>
+#include <tellarix/core/timewindow.h>
+
+#include <string>
+
+namespace Tellarix {
+namespace DataModel {
+
+class SensorLocation;
+
+/** A stream of waveforms: one component of a sensor, for some time. */
+class TELLARIX_CORE_API Stream : public Core::BaseObject
+{
+public:
+    /** @param code  channel code such as "BHZ" */
+    explicit Stream(std::string code = std::string());
+    ~Stream() override;
+
+    Stream(const Stream &) = delete;
+    Stream &operator=(const Stream &) = delete;
+
+    const std::string &code() const { return _code; }
+    void setCode(const std::string &code) { _code = code; }
+    /** Counts per gainUnit(); 0 if unknown. */
+    double gain() const { return _gain; }
+    void setGain(double gain) { _gain = gain; }
+    /** Unit of the ground motion, such as "M/S". */
+    const std::string &gainUnit() const { return _gainUnit; }
+    void setGainUnit(const std::string &unit) { _gainUnit = unit; }
+    /** In Hz; 0 if unknown. */
+    double samplingFrequency() const { return _samplingFrequency; }
+    void setSamplingFrequency(double frequency) { _samplingFrequency = frequency; }
+    /** Metres below the surface. */
+    double depth() const { return _depth; }
+    void setDepth(double depth) { _depth = depth; }
+    /** Degrees clockwise from north, and degrees down from the horizontal. */
+    double azimuth() const { return _azimuth; }
+    void setAzimuth(double azimuth) { _azimuth = azimuth; }
+    double dip() const { return _dip; }
+    void setDip(double dip) { _dip = dip; }
+    /** When the stream is in operation; an invalid end means until further notice. */
+    const Core::TimeWindow &epoch() const { return _epoch; }
+    void setEpoch(const Core::TimeWindow &epoch) { _epoch = epoch; }
+
+    /** The sensor location that the stream was added to, null if there is none. */
+    SensorLocation *sensorLocation() const { return _location; }
+
+private:
+    friend class SensorLocation;
+
+    std::string _code;
+    std::string _gainUnit;
+    double _gain{0};
+    double _samplingFrequency{0};
+    double _depth{0};
+    double _azimuth{0};
+    double _dip{0};
+    Core::TimeWindow _epoch;
+    SensorLocation *_location{nullptr};
+};
+
+using StreamPtr = Core::SmartPointer<Stream>;
+
+} // namespace DataModel
+} // namespace Tellarix
