@@ -1,0 +1,522 @@
+#include "trace.h"
+
+#include <tellarix/core/datamodel/utils.h>
+#include <tellarix/core/records/ringbuffer.h>
+#include <tellarix/qt/records/recordwidget.h>
+#include <tellarix/qt/records/timescale.h>
+
+#include <QApplication>
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QStyleOptionFrame>
+#include <QStyleOptionViewItem>
+
+#include <algorithm>
+#include <memory>
+
+namespace Norvu {
+namespace Gui {
+
+namespace {
+
+constexpr int MinimumRecordWidth = 10;
+constexpr int ColorBarInset = 2;
+
+/** Cells of the grid: bar, axis column, traces and extra widget from left to right. */
+enum Column
+{
+    BarColumn,
+    AxisColumn,
+    TraceColumn,
+    ExtraColumn,
+};
+
+enum Row
+{
+    HeaderRow,
+    RecordRow,
+    TimeAxisRow,
+};
+
+/** Room for the widest text of the amplitude axis. */
+int axisTextWidth()
+{
+    const QFontMetrics metrics = QApplication::fontMetrics();
+    return metrics.horizontalAdvance(QStringLiteral(" -1.00E-999")) + metrics.height();
+}
+
+QString boldLabel(const QString &label)
+{
+    return QStringLiteral("<b>%1</b>").arg(label);
+}
+
+/** Records have no height of their own: rows ask for two lines of text. */
+class PrivateRecordWidget : public Tellarix::Gui::RecordWidget
+{
+public:
+    using RecordWidget::RecordWidget;
+
+    QSize sizeHint() const override
+    {
+        const int lineHeight = fontMetrics().height();
+        return QSize(10 * lineHeight, 2 * lineHeight);
+    }
+};
+
+/** Sets a range about the mean; @p T is the type of the samples, in which it is worked out. */
+template <typename T>
+void setSymmetricRange(Tellarix::Gui::RecordWidget *widget, const Tellarix::SampleSummary &summary)
+{
+    if (summary.isEmpty())
+        return;
+
+    const T mean = static_cast<T>(summary.mean());
+    const T half =
+        std::max(static_cast<T>(summary.maximum) - mean, mean - static_cast<T>(summary.minimum));
+    widget->setAmplRange(mean - half, mean + half);
+}
+
+void setAutomaticRange(Tellarix::Gui::RecordWidget *widget, const Tellarix::Record &record)
+{
+    switch (record.dataType()) {
+    case Tellarix::DataType::Float:
+        setSymmetricRange<float>(widget, record.summary());
+        break;
+    case Tellarix::DataType::Double:
+        setSymmetricRange<double>(widget, record.summary());
+        break;
+    default:
+        break;
+    }
+}
+
+} // namespace
+
+/** The status bar: a stripe of colour with room on both sides. */
+class Trace::ColoredWidget : public QWidget
+{
+public:
+    ColoredWidget(const QColor &color, QWidget *parent) : QWidget(parent), _color(color) {}
+
+    const QColor &color() const { return _color; }
+
+    void setColor(const QColor &color)
+    {
+        _color = color;
+        update();
+    }
+
+protected:
+    void paintEvent(QPaintEvent *event) override
+    {
+        const int right = width() - 1 - ColorBarInset;
+        if (right < ColorBarInset || height() < 0)
+            return;
+
+        QPainter painter(this);
+        painter.fillRect(QRect(QPoint(ColorBarInset, 0), QPoint(right, height() - 1)), _color);
+        painter.end();
+        QWidget::paintEvent(event);
+    }
+
+private:
+    QColor _color;
+};
+
+Trace::Trace(const QString &label, QColor color, QWidget *parent, Qt::WindowFlags f)
+    : Trace(label, new PrivateRecordWidget, color, parent, f)
+{}
+
+Trace::Trace(const QString &label, Tellarix::Gui::RecordWidget *widget, QColor color,
+             QWidget *parent, Qt::WindowFlags f)
+    : QWidget(parent, f), _recordWidget(widget), _label(label)
+{
+    init(color);
+}
+
+Trace::~Trace() = default;
+
+void Trace::init(const QColor &color)
+{
+    setMouseTracking(true);
+    initRecordWidget();
+
+    _axisSpacer = new QWidget(this);
+    _axisSpacer->setFixedWidth(axisTextWidth() + Padding());
+
+    _header = new QWidget(this);
+    _labelWidget = new QLabel(_header);
+    _labelWidget->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
+    _labelWidget->setTextInteractionFlags(Qt::NoTextInteraction);
+    if (!_label.isEmpty())
+        _labelWidget->setText(boldLabel(_label));
+
+    _colorBar = new ColoredWidget(color, this);
+    _colorBar->setFixedWidth(0);
+
+    initLayout();
+    setColorBarWidth(0);
+}
+
+void Trace::initRecordWidget()
+{
+    _recordWidget->setParent(this);
+    _recordWidget->setMinimumWidth(MinimumRecordWidth);
+    _recordWidget->showScaledValues(true);
+    _recordWidget->setAutoFillBackground(false);
+    _recordWidget->setDrawAxis(true);
+    _recordWidget->setAxisPosition(Tellarix::Gui::RecordWidget::AxisLeft);
+    _recordWidget->setAxisWidth(axisTextWidth() + Padding() + Spacing());
+    _recordWidget->setAxisSpacing(Spacing());
+}
+
+void Trace::initLayout()
+{
+    auto *headerLayout = new QHBoxLayout(_header);
+    headerLayout->setContentsMargins(0, 0, 0, 0);
+    headerLayout->addWidget(_labelWidget);
+    headerLayout->addStretch();
+
+    QSizePolicy policy = _recordWidget->sizePolicy();
+    policy.setVerticalPolicy(QSizePolicy::MinimumExpanding);
+    _recordWidget->setSizePolicy(policy);
+
+    auto *layout = new QGridLayout(this);
+    layout->setSpacing(Spacing());
+    layout->setContentsMargins(Padding(), Padding(), Padding(), Padding());
+    layout->addWidget(_colorBar, HeaderRow, BarColumn, 2, 1);
+    layout->addWidget(_header, HeaderRow, AxisColumn, 1, 3);
+    layout->addWidget(_recordWidget, RecordRow, AxisColumn, 1, 2);
+    layout->addWidget(_axisSpacer, TimeAxisRow, AxisColumn);
+    layout->setColumnStretch(TraceColumn, 1);
+    if (_extraWidget)
+        layout->addWidget(_extraWidget, RecordRow, ExtraColumn);
+    if (_timeAxis)
+        addTimeAxis();
+}
+
+QGridLayout *Trace::grid() const
+{
+    return static_cast<QGridLayout *>(layout());
+}
+
+void Trace::addTimeAxis()
+{
+    QSizePolicy policy = _timeAxis->sizePolicy();
+    policy.setVerticalPolicy(QSizePolicy::Maximum);
+    _timeAxis->setSizePolicy(policy);
+    grid()->addWidget(_timeAxis, TimeAxisRow, TraceColumn, 1, 2);
+}
+
+int Trace::FixedLabelWidth(int extra)
+{
+    const int width = axisTextWidth() + Padding() + Spacing();
+    return extra > 0 ? width + Spacing() + extra : width;
+}
+
+void Trace::setLabel(const QString &label)
+{
+    _label = label;
+    _labelWidget->setText(boldLabel(_label));
+}
+
+void Trace::setDescription(const QString &description)
+{
+    if (_label.isEmpty())
+        _labelWidget->setText(description);
+    else
+        _labelWidget->setText(QStringLiteral("<b>%1</b> %2").arg(_label, description));
+}
+
+QString Trace::labelText() const
+{
+    return _labelWidget->text();
+}
+
+void Trace::setColor(const QColor &color)
+{
+    _colorBar->setColor(color);
+}
+
+const QColor &Trace::color() const
+{
+    return _colorBar->color();
+}
+
+void Trace::setColorBarWidth(int width)
+{
+    _colorBar->setVisible(width >= 1);
+    _colorBar->setFixedWidth(std::max(width, 0));
+}
+
+void Trace::setStatic(bool isStatic)
+{
+    _static = isStatic;
+    setMouseTracking(!_static);
+}
+
+void Trace::setData(int key, const QVariant &value)
+{
+    for (TraceItemData &entry : _itemData) {
+        if (entry.key != key)
+            continue;
+        if (entry.value != value)
+            entry.value = value;
+        return;
+    }
+    _itemData.append({key, value});
+}
+
+QVariant Trace::data(int key) const
+{
+    for (const TraceItemData &entry : _itemData) {
+        if (entry.key == key)
+            return entry.value;
+    }
+    return QVariant();
+}
+
+bool Trace::setMetaData(int slot, Tellarix::DataModel::Stream *stream)
+{
+    if (slot < 0)
+        return false;
+
+    if (slot >= _metaData.size())
+        _metaData.resize(slot + 1);
+    _metaData[slot] = stream;
+    return true;
+}
+
+Tellarix::DataModel::Stream *Trace::metaData(int slot) const
+{
+    return _metaData.value(slot, nullptr);
+}
+
+Tellarix::DataModel::WaveformStreamID Trace::waveformID(int slot) const
+{
+    if (const Tellarix::DataModel::Stream *stream = metaData(slot))
+        return Tellarix::DataModel::waveformStreamID(stream);
+
+    const auto code = [this](TraceDataKey key) { return data(key).toString().toStdString(); };
+    return {code(TraceNetworkCode), code(TraceStationCode), code(TraceLocationCode),
+            code(TraceChannelCode)};
+}
+
+void Trace::showSlot(int slot)
+{
+    _recordWidget->setCurrentRecords(slot);
+}
+
+void Trace::addHeaderWidget(QWidget *widget)
+{
+    _header->layout()->addWidget(widget);
+}
+
+void Trace::setHeaderVisible(bool visible)
+{
+    _header->setVisible(visible);
+}
+
+void Trace::setExtraWidget(QWidget *widget)
+{
+    if (widget == _extraWidget)
+        return;
+
+    delete _extraWidget;
+    _extraWidget = widget;
+    if (_extraWidget)
+        grid()->addWidget(_extraWidget, RecordRow, ExtraColumn);
+}
+
+void Trace::clearVerticalSpacing()
+{
+    grid()->setVerticalSpacing(0);
+    grid()->setContentsMargins(0, 0, 0, 0);
+}
+
+void Trace::restoreVerticalSpacing()
+{
+    grid()->setVerticalSpacing(Spacing());
+    grid()->setContentsMargins(Padding(), Padding(), Padding(), Padding());
+}
+
+void Trace::setRecord(const Tellarix::Record *record, bool fit, bool autoAmplitude, int slot)
+{
+    _fitToRecord = fit;
+    if (!record) {
+        _recordWidget->setRecords(slot, nullptr, true);
+        return;
+    }
+
+    auto sequence = std::make_unique<Tellarix::RingBuffer>(0, 0.5);
+    sequence->feed(record);
+    if (!_recordWidget->setRecords(slot, sequence.get(), true))
+        return;
+    sequence.release();
+
+    const Tellarix::Core::TimeWindow window = record->timeWindow();
+    showWindow(window.startTime(), window.endTime());
+    if (autoAmplitude)
+        setAutomaticRange(_recordWidget, *record);
+}
+
+void Trace::showWindow(Tellarix::Core::Time start, Tellarix::Core::Time end)
+{
+    const Tellarix::Core::Time alignment = _recordWidget->alignment();
+    _recordWidget->showTimeRange((start - alignment).length(), (end - alignment).length());
+    if (_timeAxis)
+        _timeAxis->showRange(_recordWidget->tmin(), _recordWidget->tmax());
+}
+
+Trace *Trace::clone() const
+{
+    return new Trace(_label, Qt::black);
+}
+
+void Trace::setTimeAxisEnabled(bool enable, bool interactive)
+{
+    if (enable == (_timeAxis != nullptr))
+        return;
+
+    if (!enable) {
+        delete _timeAxis;
+        _timeAxis = nullptr;
+        return;
+    }
+
+    _timeAxis = new Tellarix::Gui::TimeScale;
+    _timeAxis->setAlignment(_recordWidget->alignment());
+    _timeAxis->showRange(_recordWidget->tmin(), _recordWidget->tmax());
+    addTimeAxis();
+
+    connect(_timeAxis, SIGNAL(changedInterval(double, double, double)), _recordWidget,
+            SLOT(setGridSpacing(double, double, double)));
+    if (interactive) {
+        connect(_timeAxis, SIGNAL(rangeChangeRequested(double, double)), this,
+                SLOT(setTimeRange(double, double)));
+    }
+    // The ticks may already be those of the final width, and then no signal follows.
+    _recordWidget->setGridSpacing(_timeAxis->majorSpacing(), _timeAxis->minorSpacing(),
+                                  _timeAxis->offset());
+}
+
+bool Trace::setSelected(bool selected)
+{
+    if (selected == _selected)
+        return false;
+
+    _selected = selected;
+    setForegroundRole(_selected ? QPalette::HighlightedText : QPalette::NoRole);
+    setBackgroundRole(_selected ? QPalette::Highlight : QPalette::NoRole);
+    update();
+    return true;
+}
+
+void Trace::reset()
+{
+    _recordWidget->setSlotCount(0);
+    _metaData.clear();
+}
+
+void Trace::setDisplay(double tmin, double tmax, double pps)
+{
+    _recordWidget->setTimeScale(pps);
+    _recordWidget->setTimeRange(tmin, tmax);
+    if (_timeAxis) {
+        _timeAxis->setScale(pps);
+        _timeAxis->setRange(tmin, tmax);
+    }
+}
+
+void Trace::setAlignment(Tellarix::Core::Time time)
+{
+    _recordWidget->setAlignment(time);
+    if (_timeAxis) {
+        _timeAxis->setAlignment(time);
+        _timeAxis->update();
+    }
+}
+
+void Trace::setSpacing(int pixels)
+{
+    _recordWidget->setAxisWidth(pixels);
+    _axisSpacer->setFixedWidth(std::max(pixels - Spacing(), 0));
+}
+
+void Trace::setTimeRange(double tmin, double tmax)
+{
+    _timeAxis->showRange(tmin, tmax);
+    _recordWidget->setTimeScale(_timeAxis->scale());
+    _recordWidget->setTimeRange(_timeAxis->lower(), _timeAxis->upper());
+}
+
+void Trace::mouseReleaseEvent(QMouseEvent *event)
+{
+    QWidget::mouseReleaseEvent(event);
+    emit clicked(event);
+}
+
+void Trace::enterEvent(QEvent *)
+{
+    update();
+}
+
+void Trace::leaveEvent(QEvent *)
+{
+    update();
+}
+
+void Trace::paintEvent(QPaintEvent *event)
+{
+    {
+        QPainter painter(this);
+        if (!_static)
+            drawItem(painter);
+        else if (hasFocus())
+            drawPanel(painter);
+    }
+    QWidget::paintEvent(event);
+}
+
+void Trace::drawPanel(QPainter &painter)
+{
+    QStyleOptionFrame option;
+    option.initFrom(this);
+    option.rect = contentsRect();
+    option.lineWidth = style()->pixelMetric(QStyle::PM_DefaultFrameWidth, &option, this);
+    option.midLineWidth = 0;
+    option.state |= QStyle::State_Sunken;
+    style()->drawPrimitive(QStyle::PE_PanelLineEdit, &option, &painter, this);
+}
+
+void Trace::drawItem(QPainter &painter)
+{
+    QStyleOptionViewItem option;
+    option.rect = rect();
+    option.palette = palette();
+    option.showDecorationSelected = true;
+    option.state.setFlag(QStyle::State_MouseOver, hasMouseTracking() && underMouse());
+    option.state.setFlag(QStyle::State_Active, isActiveWindow());
+    option.state.setFlag(QStyle::State_Enabled, isEnabled());
+    option.state.setFlag(QStyle::State_Selected, _selected);
+    style()->drawPrimitive(QStyle::PE_PanelItemViewRow, &option, &painter, this);
+    style()->drawPrimitive(QStyle::PE_PanelItemViewItem, &option, &painter, this);
+}
+
+void Trace::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+
+    const Tellarix::RecordSequence *sequence = _fitToRecord ? _recordWidget->records(0) : nullptr;
+    if (!sequence || sequence->isEmpty())
+        return;
+
+    const Tellarix::Core::TimeWindow window = sequence->timeWindow();
+    showWindow(window.startTime(), window.endTime());
+}
+
+} // namespace Gui
+} // namespace Norvu
