@@ -90,6 +90,8 @@ public:
     void setStatic(bool isStatic);
     bool isStatic() const { return _static; }
     bool isSelected() const { return _selected; }
+    /** True once the row's view was told that its data were requested. */
+    bool isDataRequested() const { return _dataRequested; }
 
     void setData(int key, const QVariant &value);
     /** Value of a key, invalid if there is none. */

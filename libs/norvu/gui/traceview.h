@@ -1,6 +1,7 @@
 #pragma once
 
 #include <norvu/api.h>
+#include <norvu/gui/trace.h>
 
 #include <tellarix/core/math/filter.h>
 #include <tellarix/core/timewindow.h>
@@ -28,8 +29,6 @@ class TimeScale;
 
 namespace Norvu {
 namespace Gui {
-
-class Trace;
 
 /**
  * A vertical, scrolling list of waveform rows above one time scale that all of them share.
@@ -207,7 +206,7 @@ public:
 
     /** Actions that change what is shown, for menus of the host. */
     QList<QAction *> controlActions() const { return _controlActions.actions(); }
-    /** Shows or hides an action of the tool bar, which must have it. */
+    /** Show or hide an action of the tool bar; without that action they do nothing. */
     void allowCleaning(bool allow);
     void allowResetting(bool allow);
     /** Takes loading, cleaning and resetting out of the tool bar. */
@@ -296,9 +295,14 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
+    static constexpr int ColorBarWidth = 6;
+
+    void createScrollArea();
+    void createTimeScale(Tellarix::Gui::TimeScale *timeScale);
+    void createWrapper();
     void setupLayout();
+    void createCrosshairOverlay();
     void createActions();
-    void createToolBar();
 
     QBoxLayout *rowLayout() const;
     Tellarix::Core::TimeWindow windowOf(const Tellarix::Gui::RecordWidget *widget) const;
@@ -313,18 +317,30 @@ private:
     void markRequested(Trace *row);
     void markNotRequested(Trace *row);
     bool copyRows(const TraceView *other, const Tellarix::Core::TimeWindow *window);
+    Trace *copyRow(const Trace *source, const Tellarix::Core::TimeWindow *window) const;
+    static Trace *copyWithoutRecords(const Trace *source);
 
-    bool setAllSelected(bool selected);
-    bool selectRange(int first, int last);
-    Trace *rowAt(const QPoint &contentsPosition) const;
-    void finishClick(QMouseEvent *event, const QPoint &contentsPosition);
-    void finishRangeClick(QMouseEvent *event, const QPoint &contentsPosition);
-    void selectByPattern(bool select);
-    void startRowDrag();
-    void moveDraggedRows(Trace *target);
-    void focusChanged();
+    bool allowsMultipleSelection() const
+    {
+        return _selectionMode > QAbstractItemView::SingleSelection;
+    }
+    bool setOnlySelected(const Trace *target);
+    void selectNeighbour(int step);
     void scrollContents(int pixels);
-    void trackCrosshair(QObject *recordWidget, const QPoint &position);
+
+    void activateCurrentRow();
+    bool mapToContents(const QPoint &position, QPoint &contentsPosition) const;
+    Trace *rowAt(const QPoint &contentsPosition) const;
+    QList<Trace *> rowsInLayoutOrder(int first, int last) const;
+    void selectUpTo(Trace *row, QMouseEvent *event);
+    void toggleRow(Trace *row, QMouseEvent *event);
+    void selectOnly(Trace *row, QMouseEvent *event);
+    void takeDragItems();
+    void moveDragItemsTo(Trace *target);
+    void focusChanged();
+
+    void placeCrosshairOverlay();
+    void trackCrosshair(const QWidget *widget, const QPoint &position);
     void hideCrosshair();
     void paintCrosshair();
     QString crosshairTimeText() const;

@@ -1,0 +1,123 @@
+#include "abstracttraceloader.h"
+
+#include <norvu/gui/trace.h>
+#include <norvu/gui/traceview.h>
+
+#include <tellarix/core/records/record.h>
+#include <tellarix/core/records/recordsequence.h>
+#include <tellarix/qt/records/recordstreamthread.h>
+#include <tellarix/qt/records/recordwidget.h>
+
+#include <QMessageBox>
+#include <QProgressDialog>
+
+#include <exception>
+
+namespace Norvu {
+namespace Gui {
+
+namespace {
+
+constexpr int RefreshInterval = 1000;
+
+} // namespace
+
+AbstractTraceLoader::AbstractTraceLoader(QObject *parent) : QObject(parent)
+{
+    connect(&_timer, SIGNAL(timeout()), this, SLOT(timeout()));
+}
+
+AbstractTraceLoader::~AbstractTraceLoader() = default;
+
+QStringList AbstractTraceLoader::messages() const
+{
+    return _stream ? _stream->messages() : QStringList();
+}
+
+void AbstractTraceLoader::setStream(Tellarix::Gui::RecordStreamThread *stream)
+{
+    _stream = stream;
+    _stream->setParent(this);
+    connect(_stream, SIGNAL(receivedRecord(Tellarix::Record *)), this,
+            SLOT(receivedRecord(Tellarix::Record *)));
+}
+
+bool AbstractTraceLoader::connectStream(const QString &text)
+{
+    _stream->stop(true);
+    if (_stream->connect())
+        return true;
+
+    QMessageBox::critical(nullptr, tr("Error"), text.arg(_stream->recordStreamURL().c_str()),
+                          QMessageBox::Ok);
+    return false;
+}
+
+void AbstractTraceLoader::load(TraceView *view)
+{
+    _view = view;
+    _dirty = false;
+
+    QProgressDialog dialog;
+    dialog.setWindowModality(Qt::ApplicationModal);
+    dialog.setRange(0, 0);
+    dialog.setLabelText(tr("Loading waveforms"));
+    connect(_stream, SIGNAL(finished()), &dialog, SLOT(accept()));
+
+    _stream->start(QThread::InheritPriority);
+    _timer.start(RefreshInterval);
+    dialog.exec();
+
+    _wasCancelled = dialog.wasCanceled();
+    if (_wasCancelled)
+        _stream->stop(true);
+    acquisitionFinished();
+    _view = nullptr;
+}
+
+void AbstractTraceLoader::timeout()
+{
+    if (!_dirty || !_view)
+        return;
+
+    _view->updateRecords();
+    _dirty = false;
+}
+
+void AbstractTraceLoader::acquisitionFinished()
+{
+    _dirty = false;
+    _timer.stop();
+    if (!_view)
+        return;
+
+    for (int i = 0; i < _view->count(); ++i) {
+        Trace *row = _view->itemAt(i);
+        const Tellarix::RecordSequence *records = row->recordWidget()->records(_targetSlot);
+        row->setColor(records && !records->isEmpty() ? Qt::green : Qt::red);
+    }
+    _view->updateRecords();
+}
+
+bool AbstractTraceLoader::hasEndTime(const Tellarix::Record &record)
+{
+    try {
+        record.endTime();
+        return true;
+    } catch (const std::exception &) {
+        return false;
+    }
+}
+
+void AbstractTraceLoader::feed(Trace *row, int slot, const Tellarix::Record *record)
+{
+    Tellarix::RecordSequence *records = row->recordWidget()->records(slot);
+    if (!records || !records->feed(record))
+        return;
+
+    row->recordWidget()->fed(slot, record);
+    _dirty = true;
+}
+
+} // namespace Gui
+} // namespace Norvu

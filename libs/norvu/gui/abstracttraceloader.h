@@ -1,0 +1,78 @@
+#pragma once
+
+#include <norvu/api.h>
+
+#include <QObject>
+#include <QStringList>
+#include <QTimer>
+
+namespace Tellarix {
+class Record;
+namespace Gui {
+class RecordStreamThread;
+}
+} // namespace Tellarix
+
+namespace Norvu {
+namespace Gui {
+
+class Trace;
+class TraceView;
+
+/**
+ * Fills a trace view with records in one modal step.
+ *
+ * A derived class makes the stream thread, sets it up and calls load(), which shows a progress
+ * dialog until the stream has ended or the user cancels. Records arrive one by one in
+ * receivedRecord(), in the thread of the user interface; the rows are redrawn once a second.
+ */
+class NORVU_GUI_API AbstractTraceLoader : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit AbstractTraceLoader(QObject *parent = nullptr);
+    ~AbstractTraceLoader() override;
+
+    /** Sets the slot that takes all records; 0 at the start. With a negative one each record goes
+     *  to the slot that its stream is bound to. */
+    void setTargetSlot(int slot) { _targetSlot = slot; }
+    int targetSlot() const { return _targetSlot; }
+
+    /** What the stream of the last load told, such as damage in a file; empty if all was well. */
+    QStringList messages() const;
+    /** True if the user cancelled the last load. */
+    bool wasCancelled() const { return _wasCancelled; }
+
+protected slots:
+    virtual void receivedRecord(Tellarix::Record *record) = 0;
+    /** Redraws the rows if records have arrived since the last time. */
+    void timeout();
+    /** Colours each row: green with records in the target slot, red without. */
+    void acquisitionFinished();
+
+protected:
+    /** Runs the stream under a modal dialog and returns when it has ended or was cancelled. */
+    void load(TraceView *view);
+
+    /** Takes over a stream thread and receives its records. */
+    void setStream(Tellarix::Gui::RecordStreamThread *stream);
+    /** Connects the stream; if that fails, shows @p text with "%1" replaced by its URL. */
+    bool connectStream(const QString &text);
+    /** True for a record that can be placed in time. */
+    static bool hasEndTime(const Tellarix::Record &record);
+    /** Adds a record to a slot of a row; one without a sequence there is dropped. */
+    void feed(Trace *row, int slot, const Tellarix::Record *record);
+
+    Tellarix::Gui::RecordStreamThread *_stream{nullptr};
+    TraceView *_view{nullptr};
+    QTimer _timer;
+    bool _dirty{false};
+    int _targetSlot{0};
+
+private:
+    bool _wasCancelled{false};
+};
+
+} // namespace Gui
+} // namespace Norvu

@@ -1,0 +1,66 @@
+#include "tracefileloader.h"
+
+#include <norvu/gui/trace.h>
+#include <norvu/gui/traceview.h>
+
+#include <tellarix/core/records/record.h>
+#include <tellarix/core/records/ringbuffer.h>
+#include <tellarix/qt/records/recordstreamthread.h>
+#include <tellarix/qt/records/recordwidget.h>
+
+#include <memory>
+
+namespace Norvu {
+namespace Gui {
+
+TraceFileLoader::TraceFileLoader(const std::string &file, QObject *) : AbstractTraceLoader(nullptr)
+{
+    setStream(new Tellarix::Gui::RecordStreamThread("file://" + file));
+}
+
+bool TraceFileLoader::load(TraceView *view, const Tellarix::Core::TimeWindow &window)
+{
+    if (!connectStream(tr("Could not open %1")))
+        return false;
+
+    _stream->setTimeWindow(window);
+    AbstractTraceLoader::load(view);
+    return true;
+}
+
+void TraceFileLoader::receivedRecord(Tellarix::Record *record)
+{
+    const Tellarix::RecordPtr reference(record, false);
+    if (!record || !_view || !hasEndTime(*record))
+        return;
+
+    int slot = 0;
+    Trace *row = _view->itemBoundTo(record->streamID(), &slot);
+    if (_targetSlot >= 0)
+        slot = _targetSlot;
+    if (!row && _targetSlot >= 0)
+        row = addRowFor(*record);
+    if (row)
+        feed(row, slot, record);
+}
+
+Trace *TraceFileLoader::addRowFor(const Tellarix::Record &record)
+{
+    const QString codes[] = {record.networkCode().c_str(), record.stationCode().c_str(),
+                             record.locationCode().c_str(), record.channelCode().c_str()};
+    auto *row = new Trace(record.streamID().c_str(), Qt::black);
+    for (int key = 0; key < 4; ++key)
+        row->setData(key, codes[key]);
+    _view->addItem(row, TraceView::NoRecordID);
+    _view->bindItem(record.streamID(), row, _targetSlot);
+
+    auto records = std::make_unique<Tellarix::RingBuffer>(-1, 0.5);
+    if (row->recordWidget()->setRecords(_targetSlot, records.get(), true))
+        records.release();
+    else
+        qWarning("Failed to allocate trace");
+    return row;
+}
+
+} // namespace Gui
+} // namespace Norvu

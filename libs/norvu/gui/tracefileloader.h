@@ -1,0 +1,36 @@
+#pragma once
+
+#include <norvu/gui/abstracttraceloader.h>
+
+#include <tellarix/core/timewindow.h>
+
+#include <string>
+
+namespace Norvu {
+namespace Gui {
+
+/** Loads all streams of a file into a view, with a new row for each stream that has none. */
+class NORVU_GUI_API TraceFileLoader : public AbstractTraceLoader
+{
+    Q_OBJECT
+
+public:
+    /** @param parent  not used: a file loader belongs to whoever made it */
+    explicit TraceFileLoader(const std::string &file, QObject *parent = nullptr);
+
+    /**
+     * Loads the records that overlap @p window, all of them if it is invalid. Rows are made only
+     * with a target slot that isn't negative; their sequences keep all records.
+     * @return false if the file can't be opened, which the user is told
+     */
+    bool load(TraceView *view, const Tellarix::Core::TimeWindow &window);
+
+protected slots:
+    void receivedRecord(Tellarix::Record *record) override;
+
+private:
+    Trace *addRowFor(const Tellarix::Record &record);
+};
+
+} // namespace Gui
+} // namespace Norvu

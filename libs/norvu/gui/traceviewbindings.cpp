@@ -1,0 +1,253 @@
+#include "traceview.h"
+
+#include <norvu/gui/trace.h>
+
+#include <tellarix/core/records/ringbuffer.h>
+#include <tellarix/qt/records/recordwidget.h>
+
+#include <QAction>
+#include <QLabel>
+
+#include <memory>
+
+namespace Norvu {
+namespace Gui {
+
+using Tellarix::RecordSequence;
+using Tellarix::Core::TimeWindow;
+using Tellarix::Gui::RecordWidget;
+
+namespace {
+
+/** Records of @p source that overlap @p window; null if there are none. */
+std::unique_ptr<RecordSequence> recordsWithin(const RecordSequence &source,
+                                              const TimeWindow &window)
+{
+    std::unique_ptr<RecordSequence> target;
+    for (const Tellarix::RecordCPtr &record : source) {
+        if (!record->timeWindow().overlaps(window))
+            continue;
+        if (!target)
+            target = std::make_unique<Tellarix::RingBuffer>(0, 0.5);
+        target->feed(record.get());
+    }
+    return target;
+}
+
+void copySlotSettings(const RecordWidget *source, RecordWidget *target, int slot)
+{
+    if (const double *scale = source->recordScale(slot))
+        target->setRecordScale(slot, *scale);
+    target->setRecordLabel(slot, source->recordLabel(slot));
+}
+
+} // namespace
+
+bool TraceView::bindItem(const std::string &id, Trace *row, int slot)
+{
+    _bindings.insert(id, qMakePair(row, slot));
+    return true;
+}
+
+bool TraceView::unbind(const std::string &id)
+{
+    return _bindings.remove(id) > 0;
+}
+
+Trace *TraceView::itemBoundTo(const std::string &id, int *slot) const
+{
+    const auto binding = _bindings.constFind(id);
+    if (binding == _bindings.constEnd())
+        return nullptr;
+
+    if (slot)
+        *slot = binding->second;
+    return binding->first;
+}
+
+void TraceView::removeItemBoundTo(const std::string &id)
+{
+    if (Trace *row = itemBoundTo(id))
+        removeItem(row);
+}
+
+QList<QPair<std::string, int>> TraceView::bindingsFor(Trace *row) const
+{
+    QList<QPair<std::string, int>> bindings;
+    for (auto binding = _bindings.constBegin(); binding != _bindings.constEnd(); ++binding) {
+        if (binding->first == row)
+            bindings.append(qMakePair(binding.key(), binding->second));
+    }
+    return bindings;
+}
+
+void TraceView::clearBindings(Trace *row)
+{
+    for (auto binding = _bindings.begin(); binding != _bindings.end();) {
+        if (binding->first == row)
+            binding = _bindings.erase(binding);
+        else
+            ++binding;
+    }
+}
+
+void TraceView::clearDataSlot(int slot)
+{
+    for (Trace *row : std::as_const(_items))
+        row->recordWidget()->setRecords(slot, nullptr, true);
+}
+
+void TraceView::markRequested(Trace *row)
+{
+    row->_dataRequested = true;
+    --_emptyDataSlots;
+}
+
+void TraceView::markNotRequested(Trace *row)
+{
+    if (!row->_dataRequested)
+        return;
+
+    row->_dataRequested = false;
+    ++_emptyDataSlots;
+}
+
+void TraceView::subscribedToData(Trace *row)
+{
+    markRequested(row);
+}
+
+bool TraceView::beginDataRequest()
+{
+    return false;
+}
+
+void TraceView::requestData(Trace *)
+{}
+
+void TraceView::endDataRequest()
+{}
+
+void TraceView::loadData()
+{
+    emit loadDataRequested();
+
+    bool isRequesting = false;
+    const QList<Trace *> rows = _items;
+    for (Trace *row : rows) {
+        // An answer to an earlier row may have removed this one.
+        if (!_items.contains(row) || row->_dataRequested)
+            continue;
+        if (!isRequesting && !beginDataRequest())
+            return;
+
+        isRequesting = true;
+        markRequested(row);
+        requestData(row);
+    }
+
+    if (isRequesting)
+        endDataRequest();
+    updateToolbar();
+}
+
+void TraceView::updateToolbar()
+{
+    if (!_loadAction)
+        return;
+
+    _loadAction->setEnabled(_emptyDataSlots >= 1);
+    if (_emptyDataSlots < 0)
+        qWarning("[TRACEVIEW] Semaphore error: empty data slots < 0: %d", _emptyDataSlots);
+}
+
+void TraceView::resetSelectedTraces()
+{
+    for (Trace *row : std::as_const(_items)) {
+        if (!row->isSelected())
+            continue;
+        row->reset();
+        markNotRequested(row);
+    }
+    updateToolbar();
+}
+
+void TraceView::resetDataStateOfAllTraces()
+{
+    for (Trace *row : std::as_const(_items))
+        markNotRequested(row);
+    updateToolbar();
+}
+
+void TraceView::cleanTraces()
+{
+    for (auto position = _items.begin(); position != _items.end();) {
+        const RecordSequence *records = (*position)->recordWidget()->records(0);
+        if (!records || records->isEmpty())
+            position = removeTraceItem(position);
+        else
+            ++position;
+    }
+}
+
+bool TraceView::copyDataFrom(const TraceView *other)
+{
+    return copyRows(other, nullptr);
+}
+
+bool TraceView::copyDataFrom(const TraceView *other, const TimeWindow &window)
+{
+    return copyRows(other, &window);
+}
+
+bool TraceView::copyRows(const TraceView *other, const TimeWindow *window)
+{
+    bool hasCopied = false;
+    const QList<Trace *> sources = other->items();
+    for (const Trace *source : sources) {
+        Trace *copy = copyRow(source, window);
+        if (!copy)
+            continue;
+        addItem(copy, NoRecordID);
+        hasCopied = true;
+    }
+    return hasCopied;
+}
+
+Trace *TraceView::copyRow(const Trace *source, const TimeWindow *window) const
+{
+    Trace *copy = nullptr;
+    const RecordWidget *widget = source->recordWidget();
+    for (int slot = 0; slot < widget->slotCount(); ++slot) {
+        RecordSequence *records = widget->records(slot);
+        if (!records || records->isEmpty())
+            continue;
+
+        std::unique_ptr<RecordSequence> selection;
+        if (window) {
+            selection = recordsWithin(*records, *window);
+            records = selection.get();
+        }
+        if (!records)
+            continue;
+
+        if (!copy)
+            copy = copyWithoutRecords(source);
+        if (copy->recordWidget()->setRecords(slot, records, selection != nullptr))
+            selection.release();
+        copySlotSettings(widget, copy->recordWidget(), slot);
+    }
+    return copy;
+}
+
+Trace *TraceView::copyWithoutRecords(const Trace *source)
+{
+    Trace *copy = source->clone();
+    for (int slot = 0; slot < source->metaDataCount(); ++slot)
+        copy->setMetaData(slot, source->metaData(slot));
+    copy->_labelWidget->setText(source->labelText());
+    return copy;
+}
+
+} // namespace Gui
+} // namespace Norvu

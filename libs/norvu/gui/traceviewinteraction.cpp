@@ -1,0 +1,312 @@
+#include "traceview.h"
+
+#include <norvu/gui/trace.h>
+
+#include <QApplication>
+#include <QBoxLayout>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QScrollArea>
+#include <QScrollBar>
+
+#include <algorithm>
+#include <utility>
+
+namespace Norvu {
+namespace Gui {
+
+namespace {
+
+constexpr int SmallestRowHeight = 16;
+
+} // namespace
+
+void TraceView::keyPressEvent(QKeyEvent *event)
+{
+    QScrollBar *bar = _scrollArea->verticalScrollBar();
+    switch (event->key()) {
+    case Qt::Key_Space:
+        activateCurrentRow();
+        break;
+    case Qt::Key_Plus:
+    case Qt::Key_Minus:
+        // Kept from the parent: the view's own keys for selection by pattern.
+        break;
+    case Qt::Key_A:
+        if (event->modifiers() == Qt::ControlModifier)
+            selectAll();
+        break;
+    case Qt::Key_Home:
+        _currentItem ? setSelectedTrace(0) : bar->setValue(0);
+        break;
+    case Qt::Key_End:
+        _currentItem ? setSelectedTrace(-1) : bar->setValue(bar->maximum());
+        break;
+    case Qt::Key_Up:
+        selectPreviousRow();
+        break;
+    case Qt::Key_Down:
+        selectNextRow();
+        break;
+    default:
+        event->ignore();
+    }
+}
+
+void TraceView::activateCurrentRow()
+{
+    if (!_currentItem)
+        return;
+
+    setSelectedTrace(indexOf(_currentItem));
+    if (_currentItem)
+        emit itemActivated(_currentItem);
+}
+
+bool TraceView::mapToContents(const QPoint &position, QPoint &contentsPosition) const
+{
+    // Another widget may stand in for the rows.
+    if (!isAncestorOf(_contents))
+        return false;
+
+    contentsPosition = _contents->mapFrom(this, position);
+    return _contents->rect().contains(contentsPosition);
+}
+
+Trace *TraceView::rowAt(const QPoint &contentsPosition) const
+{
+    const auto row = std::find_if(_items.begin(), _items.end(), [&](const Trace *candidate) {
+        return !candidate->isHidden() && candidate->geometry().contains(contentsPosition);
+    });
+    return row == _items.end() ? nullptr : *row;
+}
+
+QList<Trace *> TraceView::rowsInLayoutOrder(int first, int last) const
+{
+    QList<Trace *> rows;
+    for (int i = first; i <= last; ++i) {
+        QLayoutItem *item = rowLayout()->itemAt(i);
+        if (auto *row = item ? qobject_cast<Trace *>(item->widget()) : nullptr)
+            rows.append(row);
+    }
+    return rows;
+}
+
+void TraceView::mousePressEvent(QMouseEvent *event)
+{
+    if (event->button() != Qt::LeftButton)
+        return;
+
+    _pressPos = event->pos();
+    _dragging = false;
+    _dragItems.clear();
+}
+
+void TraceView::mouseReleaseEvent(QMouseEvent *event)
+{
+    event->ignore();
+    if (_dragging) {
+        _dragging = false;
+        _dragItems.clear();
+        return;
+    }
+    if (event->button() != Qt::LeftButton) {
+        QFrame::mouseReleaseEvent(event);
+        return;
+    }
+
+    QPoint position;
+    if (_selectionMode == QAbstractItemView::NoSelection || !mapToContents(event->pos(), position))
+        return;
+
+    const bool isMultiple = allowsMultipleSelection();
+    if (isMultiple && event->modifiers().testFlag(Qt::ShiftModifier) && _currentItem)
+        selectUpTo(rowAt(position), event);
+    else if (isMultiple && event->modifiers().testFlag(Qt::ControlModifier))
+        toggleRow(rowAt(position), event);
+    else
+        selectOnly(rowAt(position), event);
+
+    if (!event->isAccepted())
+        QFrame::mouseReleaseEvent(event);
+}
+
+void TraceView::selectUpTo(Trace *row, QMouseEvent *event)
+{
+    const int from = rowLayout()->indexOf(_currentItem);
+    const int to = row ? rowLayout()->indexOf(row) : -1;
+    if (row)
+        updateCurrentTrace(row);
+    if (from < 0 || to < 0)
+        return;
+
+    event->accept();
+    bool hasChanged = false;
+    const QList<Trace *> rows = rowsInLayoutOrder(std::min(from, to), std::max(from, to));
+    for (Trace *selected : rows)
+        hasChanged |= selected->setSelected(true);
+    if (hasChanged)
+        emit itemSelectionChanged();
+}
+
+void TraceView::toggleRow(Trace *row, QMouseEvent *event)
+{
+    if (!row)
+        return;
+
+    updateCurrentTrace(row);
+    event->accept();
+    if (row->setSelected(!row->isSelected()))
+        emit itemSelectionChanged();
+}
+
+void TraceView::selectOnly(Trace *row, QMouseEvent *event)
+{
+    if (row)
+        updateCurrentTrace(row);
+    event->setAccepted(!_items.isEmpty());
+    if (setOnlySelected(row))
+        emit itemSelectionChanged();
+}
+
+void TraceView::mouseDoubleClickEvent(QMouseEvent *event)
+{
+    event->ignore();
+    QPoint position;
+    if (event->button() != Qt::LeftButton || !mapToContents(event->pos(), position) ||
+        !_currentItem)
+        return;
+
+    emit itemDoubleClicked(_currentItem);
+    if (_currentItem)
+        emit itemActivated(_currentItem);
+    event->accept();
+}
+
+void TraceView::mouseMoveEvent(QMouseEvent *event)
+{
+    if (!event->buttons().testFlag(Qt::LeftButton) ||
+        _selectionMode == QAbstractItemView::NoSelection)
+        return;
+
+    if (!_dragging) {
+        // The first small step starts a drag; a pointer that leaps starts none.
+        const int distance = (event->pos() - _pressPos).manhattanLength();
+        if (distance >= QApplication::startDragDistance())
+            return;
+        _dragging = true;
+    }
+    if (_dragItems.isEmpty())
+        takeDragItems();
+
+    QPoint position;
+    if (mapToContents(event->pos(), position))
+        moveDragItemsTo(rowAt(position));
+}
+
+void TraceView::takeDragItems()
+{
+    QPoint position;
+    Trace *row = mapToContents(_pressPos, position) ? rowAt(position) : nullptr;
+    if (!row)
+        return;
+
+    updateCurrentTrace(row);
+    if (!row->isSelected() && setOnlySelected(row))
+        emit itemSelectionChanged();
+
+    const QList<Trace *> rows = rowsInLayoutOrder(0, rowLayout()->count() - 1);
+    std::copy_if(rows.begin(), rows.end(), std::back_inserter(_dragItems),
+                 [](const Trace *candidate) { return candidate->isSelected(); });
+}
+
+void TraceView::moveDragItemsTo(Trace *target)
+{
+    if (!target || _dragItems == QList<Trace *>{target})
+        return;
+
+    int layoutIndex = rowLayout()->indexOf(target);
+    int itemIndex = _items.indexOf(target);
+    for (Trace *row : std::as_const(_dragItems)) {
+        rowLayout()->removeWidget(row);
+        _items.removeOne(row);
+    }
+    for (Trace *row : std::as_const(_dragItems)) {
+        rowLayout()->insertWidget(std::min(layoutIndex++, rowLayout()->count()), row);
+        _items.insert(std::min(itemIndex++, _items.count()), row);
+    }
+}
+
+void TraceView::focusChanged()
+{
+    update();
+    for (Trace *row : std::as_const(_items)) {
+        if (row->isSelected())
+            row->update();
+    }
+}
+
+void TraceView::focusInEvent(QFocusEvent *)
+{
+    focusChanged();
+}
+
+void TraceView::focusOutEvent(QFocusEvent *)
+{
+    focusChanged();
+}
+
+void TraceView::enterEvent(QEvent *)
+{
+    update();
+}
+
+void TraceView::leaveEvent(QEvent *)
+{
+    update();
+}
+
+void TraceView::paintEvent(QPaintEvent *event)
+{
+    QFrame::paintEvent(event);
+}
+
+void TraceView::horizontalZoomIn()
+{
+    const double center = (_tmin + _tmax) / 2;
+    const double quarter = (_tmax - _tmin) / 4;
+    setTimeRange(center - quarter, center + quarter);
+}
+
+void TraceView::horizontalZoomOut()
+{
+    const double center = (_tmin + _tmax) / 2;
+    const double range = _tmax - _tmin;
+    setTimeRange(center - range, center + range);
+}
+
+void TraceView::scrollLeft()
+{
+    const double step = (_tmax - _tmin) * 0.125;
+    setTimeRange(_tmin - step, _tmax - step);
+}
+
+void TraceView::scrollRight()
+{
+    const double step = (_tmax - _tmin) * 0.125;
+    setTimeRange(_tmin + step, _tmax + step);
+}
+
+void TraceView::verticalZoomIn()
+{
+    setMinimumRowHeight(2 * std::min(_minRowHeight, height()));
+}
+
+void TraceView::verticalZoomOut()
+{
+    setMinimumRowHeight(_minRowHeight < 2 * SmallestRowHeight ? SmallestRowHeight
+                                                              : _minRowHeight >> 1);
+}
+
+} // namespace Gui
+} // namespace Norvu

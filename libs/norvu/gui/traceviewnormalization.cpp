@@ -1,0 +1,133 @@
+#include "traceview.h"
+
+#include <norvu/gui/trace.h>
+
+#include <tellarix/core/records/recordsequence.h>
+#include <tellarix/qt/records/recordwidget.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace Norvu {
+namespace Gui {
+
+using Tellarix::Gui::RecordWidget;
+
+namespace {
+
+using Range = std::pair<double, double>;
+
+/** Scales of reversed polarity swap the ends of a range. */
+Range inOrder(double a, double b)
+{
+    return std::minmax({a, b});
+}
+
+/** Factor of the displayed slot from samples to physical values, 1 if there is no usable one. */
+double displayedScale(const RecordWidget *widget)
+{
+    const double *scale = widget->recordScale(widget->currentRecords());
+    return scale && *scale != 0.0 ? *scale : 1.0;
+}
+
+const Tellarix::RecordSequence *normalizedRecords(const RecordWidget *widget)
+{
+    const int slot = widget->currentRecords();
+    return widget->isFilteringEnabled() ? widget->filteredRecords(slot) : widget->records(slot);
+}
+
+} // namespace
+
+void TraceView::setNormalizionMode(NormalizationModes mode)
+{
+    if (mode == _normMode)
+        return;
+
+    _normMode = mode;
+    updateTraceNormalization();
+}
+
+void TraceView::setWindowNormalization(bool enable)
+{
+    NormalizationModes mode = _normMode;
+    setNormalizionMode(mode.setFlag(WindowNormalization, enable));
+}
+
+void TraceView::setAllTracesNormalization(bool enable)
+{
+    NormalizationModes mode = _normMode;
+    setNormalizionMode(mode.setFlag(AllTracesNormalization, enable));
+}
+
+void TraceView::updateTraceNormalization()
+{
+    setTimeRange(_tmin, _tmax);
+}
+
+void TraceView::setFilter(Tellarix::Math::Filtering::InPlaceFilter<double> *filter)
+{
+    if (filter != _filter)
+        delete std::exchange(_filter, filter);
+
+    for (Trace *row : std::as_const(_items))
+        row->recordWidget()->setFilter(_filter);
+    applyNormMode();
+    emit layoutOrContentChanged();
+}
+
+void TraceView::setFilterEnabled(bool enable)
+{
+    if (enable == _filterEnabled)
+        return;
+
+    _filterEnabled = enable;
+    for (Trace *row : std::as_const(_items))
+        row->recordWidget()->enableFiltering(enable);
+    applyNormMode();
+    emit layoutOrContentChanged();
+}
+
+void TraceView::applyNormMode()
+{
+    const bool byWindow = _normMode.testFlag(WindowNormalization);
+    const bool common = _normMode.testFlag(AllTracesNormalization);
+    if (common)
+        applyCommonAmplitudeRange();
+
+    for (Trace *row : std::as_const(_items)) {
+        RecordWidget *widget = row->recordWidget();
+        widget->setAmplAutoScaleEnabled(!common);
+        widget->setNormalizationWindow(byWindow ? windowOf(widget) : Tellarix::Core::TimeWindow());
+    }
+}
+
+void TraceView::applyCommonAmplitudeRange()
+{
+    const bool byWindow = _normMode.testFlag(WindowNormalization);
+    bool isFirst = true;
+    Range common{0.0, 0.0};
+    for (Trace *row : std::as_const(_items)) {
+        const RecordWidget *widget = row->recordWidget();
+        const Tellarix::RecordSequence *records = normalizedRecords(widget);
+        if (!records)
+            continue;
+
+        const Tellarix::Core::TimeWindow window = windowOf(widget);
+        const Range samples = records->amplitudeRange(byWindow ? &window : nullptr);
+        const double scale = displayedScale(widget);
+        const Range range = inOrder(samples.first * scale, samples.second * scale);
+        common.first = isFirst ? range.first : std::min(common.first, range.first);
+        common.second = isFirst ? range.second : std::max(common.second, range.second);
+        isFirst = false;
+    }
+
+    for (Trace *row : std::as_const(_items)) {
+        RecordWidget *widget = row->recordWidget();
+        const double scale = displayedScale(widget);
+        const Range range = inOrder(common.first / scale, common.second / scale);
+        widget->setAmplRange(range.first, range.second);
+    }
+}
+
+} // namespace Gui
+} // namespace Norvu

@@ -1,0 +1,157 @@
+#include "traceview.h"
+
+#include <norvu/gui/trace.h>
+
+#include <QRegExp>
+#include <QScrollArea>
+#include <QScrollBar>
+
+#include <algorithm>
+#include <utility>
+
+namespace Norvu {
+namespace Gui {
+
+void TraceView::setSelectionMode(QAbstractItemView::SelectionMode mode)
+{
+    _selectionMode = mode;
+    clearSelection();
+}
+
+QList<Trace *> TraceView::selectedItems() const
+{
+    QList<Trace *> rows;
+    std::copy_if(_items.begin(), _items.end(), std::back_inserter(rows),
+                 [](const Trace *row) { return row->isSelected(); });
+    return rows;
+}
+
+int TraceView::numberOfSelectedItems() const
+{
+    return static_cast<int>(std::count_if(_items.begin(), _items.end(),
+                                          [](const Trace *row) { return row->isSelected(); }));
+}
+
+bool TraceView::emptySelection() const
+{
+    return std::none_of(_items.begin(), _items.end(),
+                        [](const Trace *row) { return row->isSelected(); });
+}
+
+bool TraceView::setOnlySelected(const Trace *target)
+{
+    bool hasChanged = false;
+    for (Trace *row : std::as_const(_items))
+        hasChanged |= row->setSelected(row == target);
+    return hasChanged;
+}
+
+void TraceView::updateCurrentTrace(Trace *row)
+{
+    if (row == _currentItem)
+        return;
+
+    Trace *old = std::exchange(_currentItem, row);
+    emit currentItemChanged(old, row);
+}
+
+void TraceView::select(Trace *row)
+{
+    if (_items.contains(row))
+        updateCurrentTrace(row);
+    if (setOnlySelected(row))
+        emit itemSelectionChanged();
+}
+
+void TraceView::selectAll()
+{
+    if (!allowsMultipleSelection())
+        return;
+
+    bool hasChanged = false;
+    for (Trace *row : std::as_const(_items))
+        hasChanged |= row->setSelected(true);
+    if (hasChanged)
+        emit itemSelectionChanged();
+}
+
+void TraceView::clearSelection()
+{
+    const bool hasChanged = setOnlySelected(nullptr);
+    updateCurrentTrace(nullptr);
+    emit itemSelectionCleared();
+    if (hasChanged)
+        emit itemSelectionChanged();
+}
+
+void TraceView::selectMatching(const QString &pattern, bool select)
+{
+    const QRegExp expression(pattern, Qt::CaseSensitive, QRegExp::Wildcard);
+    bool hasChanged = false;
+    for (Trace *row : std::as_const(_items)) {
+        if (expression.exactMatch(row->label()))
+            hasChanged |= row->setSelected(select);
+    }
+    if (hasChanged)
+        emit itemSelectionChanged();
+}
+
+void TraceView::setSelectedTrace(int index)
+{
+    const int rowCount = count();
+    if (rowCount == 0) {
+        updateCurrentTrace(nullptr);
+        return;
+    }
+
+    Trace *old = _currentItem;
+    Trace *row = _items[(index % rowCount + rowCount) % rowCount];
+    _currentItem = row;
+    const bool hasChanged = setOnlySelected(row);
+    _scrollArea->ensureVisible(0, row->y(), 0, row->height());
+
+    if (old != row)
+        emit currentItemChanged(old, row);
+    if (hasChanged)
+        emit itemSelectionChanged();
+}
+
+void TraceView::setCurrentItem(int index)
+{
+    if (index < 0 || index > count())
+        return;
+
+    setSelectedTrace(index);
+}
+
+void TraceView::setCurrentItem(Trace *row)
+{
+    setCurrentItem(indexOf(row));
+}
+
+void TraceView::selectPreviousRow()
+{
+    selectNeighbour(-1);
+}
+
+void TraceView::selectNextRow()
+{
+    selectNeighbour(1);
+}
+
+void TraceView::selectNeighbour(int step)
+{
+    if (_currentItem)
+        setSelectedTrace(indexOf(_currentItem) + step);
+    else if (!_items.isEmpty())
+        scrollContents(step * _items.first()->height());
+}
+
+void TraceView::scrollContents(int pixels)
+{
+    QScrollBar *bar = _scrollArea->verticalScrollBar();
+    bar->setSliderPosition(bar->sliderPosition() + pixels);
+}
+
+} // namespace Gui
+} // namespace Norvu
