@@ -10,14 +10,33 @@
 namespace Tellarix {
 namespace Gui {
 
+/** A text along a ruler, in pixels from its start. */
+struct RulerLabel
+{
+    QString text;
+    double position{0}; /**< where its centre should be */
+    double extent{0};   /**< room that it takes */
+    double start{0};    /**< where it begins; set by layoutLabels() */
+};
+
+/**
+ * Finds room for labels within 0 to @p length: about their positions, moved inwards at the ends.
+ * Those that fit without being moved come first, otherwise the order of @p labels decides; what
+ * would come nearer than @p gap to another is left out.
+ */
+TELLARIX_GUI_API QVector<RulerLabel> layoutLabels(const QVector<RulerLabel> &labels, double length,
+                                                  double gap);
+
 /**
  * A scale along one edge of a view: ticks, their texts, a selected range, and the mouse gestures
  * that change what the view shows.
  *
  * The ruler shows values from lower() to upper() at scale() pixels per unit. Ticks stand where
- * value + offset() is a multiple of the tick distance. The wheel zooms about the pointer, dragging
- * with the left button pans, a double click asks for nothing; the ruler itself does not change: it
- * emits rangeChangeRequested() and its owner answers with setScale() and setRange().
+ * value + offset() is a multiple of the tick distance. The wheel zooms about the pointer, a wheel
+ * along the ruler and dragging with the left button pan; the ruler itself does not change: it emits
+ * rangeChangeRequested() and its owner answers with setScale() and setRange(), or showRange().
+ *
+ * A vertical ruler has its lower value at the bottom.
  */
 class TELLARIX_GUI_API Ruler : public QWidget
 {
@@ -50,14 +69,17 @@ public:
     /** Distance of the unlabelled ticks. */
     double minorSpacing() const { return _minorSpacing; }
 
-    /** With automatic scale the ruler spans its range over its length itself; off at the start. */
+    /** With automatic scale the ruler spans its range over its length itself, without limits, and
+     *  setScale() does nothing; off at the start. */
     void setAutoScaleEnabled(bool enable);
     bool isAutoScaleEnabled() const { return _autoScale; }
-    /** Narrowest and widest range that can be asked for, in units. */
+    /** Narrowest and widest range that can be asked for, in units; 1E-6 and 1E12 at the start. A
+     *  range beyond them is widened or narrowed about its centre. */
     void setRangeLimits(double narrowest, double widest);
 
     /**
-     * Lets the user select a range with the middle button, or with the left one and Shift.
+     * Lets the user select a range with the middle button, or with the left one and Shift; a click
+     * clears the selection.
      * @param handles  shows handles at its ends by which it can be changed
      */
     void setRangeSelectionEnabled(bool enable, bool handles = false);
@@ -67,7 +89,8 @@ public:
     double selectionUpper() const { return _selectionUpper; }
 
     /** Whether wheel and dragging change the range; on at the start. */
-    void setInteractive(bool enable) { _interactive = enable; }
+    void setInteractive(bool enable);
+    bool isInteractive() const { return _interactive; }
 
     /** Pixel of a value along the ruler, and its inverse; not clamped. */
     double valueToPixel(double value) const;
@@ -77,12 +100,16 @@ public:
     QSize minimumSizeHint() const override;
 
 public slots:
-    /** Pixels per unit; limited by the range limits. */
+    /** Pixels per unit about the lower end, limited by the range limits. Nothing happens for what
+     *  is not above 0 or not finite. @return true if the scale is another one now */
     bool setScale(double pixelsPerUnit);
-    /** Shows a range; with a scale of its own the upper end follows from scale and length. */
+    /** Shows a range: with automatic scale exactly this one, otherwise from @p lower as far as the
+     *  scale reaches. @return true if the range is another one now */
     bool setRange(double lower, double upper);
-    /** Shows exactly this range by choosing the scale for it. */
+    /** Shows exactly this range, within the limits, by choosing the scale for it. Nothing happens
+     *  for an empty one. @return true if range or scale are others now */
     bool showRange(double lower, double upper);
+    /** Moves ticks; TimeScale works its offset out itself. */
     void setOffset(double offset);
     /** Selects a range; an empty one selects nothing. Emits nothing. */
     void setSelection(double lower, double upper);
@@ -111,8 +138,15 @@ protected:
     virtual void chooseSpacing(double minimumPixels, double &major, double &minor) const;
     /** Number of lines of text. */
     virtual int lineCount() const { return 1; }
-    /** Room that the text of a labelled tick needs along the ruler, in pixels. */
-    virtual double labelExtent() const;
+    /** Room that the text of a labelled tick needs along the ruler, in pixels, if ticks stand
+     *  @p major apart. */
+    virtual double labelExtent(double major) const;
+    /** The offset to use with a tick distance; offset() unless a derived class knows better. */
+    virtual double alignedOffset(double major) const;
+    /** The labels of a line, as they want to stand; those of the ticks by getTickText(). */
+    virtual QVector<RulerLabel> labels(int line) const;
+    /** Pixels along the ruler. */
+    int rulerLength() const;
 
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
@@ -132,15 +166,43 @@ private:
         None,
         Pan,
         Select,
-        MoveLower,
-        MoveUpper,
+        MoveHandle,
+    };
+    enum class Handle
+    {
+        None,
+        Lower,
+        Upper,
     };
 
-    int rulerLength() const;
-    double pixelAlong(const QPointF &position) const;
+    // State
+    void applySpacing(double major, double minor, double offset);
+    bool applyRange(double lower, double upper, double scale);
+    double limitedWidth(double width) const;
+    void limitRange(double &lower, double &upper) const;
+
+    // Painting
+    void drawBaseline(QPainter &painter) const;
     void drawSelection(QPainter &painter) const;
-    void drawTicks(QPainter &painter) const;
-    Drag handleAt(double pixel) const;
+    void drawTicks(QPainter &painter, double spacing, int length) const;
+    void drawLabels(QPainter &painter, int line) const;
+    QRectF bandRect(double from, double to) const;
+    QRectF tickRect(double pixel, int length) const;
+    QRectF labelRect(const RulerLabel &label, int line) const;
+    double textDistance() const;
+    QSize sizeWithLength(int length) const;
+
+    // Interaction
+    double pixelAlong(const QPointF &position) const;
+    Handle handleAt(double pixel) const;
+    void beginDrag(Drag drag, double pixel, double anchorValue);
+    void panTo(double pixel);
+    void panBy(double pixels);
+    void selectTo(double pixel);
+    void finishSelection(double pixel);
+    void setHovered(Handle handle);
+    void updateCursor();
+    void requestRange(double lower, double upper);
 
     Position _position;
     double _scale{1};
@@ -157,16 +219,23 @@ private:
     bool _interactive{true};
     bool _rangeSelection{false};
     bool _selectionHandles{false};
+    Handle _hovered{Handle::None};
     Drag _drag{Drag::None};
-    double _dragAnchor{0};
-    double _dragLower{0};
+    double _dragPixel{0};  /**< where the button was pressed */
+    double _dragAnchor{0}; /**< end of the selection that stays */
+    double _dragLower{0};  /**< range when the button was pressed */
     double _dragUpper{0};
 };
 
-/** Smallest number of the form 1, 2 or 5 times a power of ten that is not below @p distance. */
+/** Smallest number of the form 1, 2 or 5 times a power of ten that is not below @p distance, save
+ *  for rounding; 0 for what is not above 0, not finite or out of reach. */
 TELLARIX_GUI_API double roundTickDistance(double distance);
 
-/** Values of ticks in [lower, upper] at which value + offset is a multiple of @p spacing. */
+/**
+ * Values of ticks in [lower, upper] at which value + offset is a multiple of @p spacing.
+ * @return in ascending order; empty for arguments that are not finite, a spacing that is not above
+ *         0 or lost in rounding, and for more than 4096 ticks, which no ruler has room for
+ */
 TELLARIX_GUI_API QVector<double> tickValues(double lower, double upper, double spacing,
                                             double offset);
 

@@ -43,11 +43,16 @@ protected:
     bool getTickText(double value, double nextValue, int line, QString &text) const override;
     void chooseSpacing(double minimumPixels, double &major, double &minor) const override;
     int lineCount() const override;
-    double labelExtent() const override;
-    void paintEvent(QPaintEvent *event) override;
+    double labelExtent(double major) const override;
+    /** A time offset that puts ticks at round UTC times: multiples of the day's parts, or of days
+     *  counted from 1970-01-01, exact to the microsecond. */
+    double alignedOffset(double major) const override;
+    QVector<RulerLabel> labels(int line) const override;
 
 private:
-    void updateOffset();
+    int dateLine() const;
+    int localTimeLine() const;
+    bool absoluteText(Core::Time time, double spacing, int line, QString &text) const;
 
     Core::Time _alignment;
     bool _absoluteTime{false};
