@@ -1,0 +1,131 @@
+#pragma once
+
+#include <tellarix/core/records/record.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+namespace Tellarix {
+namespace Formats {
+
+/** Encodings of samples in miniSEED that can be read; the numbers are those of the format. */
+enum class MiniSeedEncoding
+{
+    Text = 0,
+    Int16 = 1,
+    Int32 = 3,
+    Float32 = 4,
+    Float64 = 5,
+    Steim1 = 10,
+    Steim2 = 11,
+};
+
+/** What the bytes at some place turn out to be. */
+enum class Finding
+{
+    Record,     /**< a data record */
+    Filler,     /**< control header or noise record of a full volume: nothing to read in it */
+    Incomplete, /**< more bytes are needed to tell */
+    Damaged,    /**< begins like a record, but can't be one */
+    Foreign,    /**< nothing of this format */
+};
+
+/** Header of a miniSEED record of either version. */
+struct TELLARIX_CORE_API MiniSeedHeader
+{
+    int version{2};
+    int64_t length{0}; /**< bytes of the whole record; 0 if the header doesn't tell */
+    int64_t dataOffset{0};
+    int64_t dataLength{0}; /**< bytes of the payload; 0 as long as the length is not known */
+    int encoding{0};       /**< a MiniSeedEncoding, or a number that can't be read */
+    bool bigEndianData{true};
+    int64_t sampleCount{0};
+    Core::Time startTime; /**< with microseconds and the clock correction */
+    double samplingFrequency{0};
+    int timingQuality{-1};
+    uint32_t checksum{0}; /**< CRC-32C that a version 3 header gives */
+    /** The code fields of version 2, the source identifier of version 3; lies in the parsed bytes
+     *  and holds as long as these do. */
+    std::string_view identifier;
+    size_t needed{0};  /**< bytes needed from the start of the record if Incomplete */
+    std::string cause; /**< why the header is damaged; otherwise a part that can't be read */
+
+    /** First sample to the end of the last one; both the start if there is no rate. */
+    Core::TimeWindow timeWindow() const;
+    /** Sets the length of a record whose header doesn't tell it. */
+    void setLength(int64_t recordLength);
+};
+
+constexpr int64_t MiniSeedMinLength = 128;
+constexpr int64_t MiniSeed2MaxLength = 1 << 20;
+constexpr int64_t MiniSeed3MaxLength = 128 << 20;
+
+/** True if @p bytes begin like a record, control header or noise record; 48 bytes are enough to
+ *  be sure, with fewer than 8 the answer is false. */
+TELLARIX_CORE_API bool beginsLikeMiniSeed(std::string_view bytes);
+
+/**
+ * Reads the header of a miniSEED 2 or 3 record.
+ *
+ * @param bytes     from the beginning of the record on; need not hold all of it
+ * @param complete  no further bytes will come, so that nothing is Incomplete
+ * @param header    result, also in part for what is Damaged
+ */
+TELLARIX_CORE_API Finding parseMiniSeedHeader(std::string_view bytes, bool complete,
+                                              MiniSeedHeader &header);
+
+/**
+ * Length of a record that does not tell it itself, from the beginning of the next header.
+ * @return 0 if more bytes are needed, -1 if it can't be told
+ */
+TELLARIX_CORE_API int64_t guessMiniSeedLength(std::string_view bytes, bool complete);
+
+/** CRC-32C of a version 3 record, its own field counted as zero. */
+TELLARIX_CORE_API uint32_t miniSeed3Checksum(std::string_view record);
+
+/**
+ * Codes of a version 3 source identifier.
+ *
+ * "FDSN:NET_STA_LOC_B_S_SS" gives the four codes, the channel being "BSSS" if band, source and
+ * subsource are single characters and "B_S_SS" otherwise. Any other identifier becomes the station
+ * code of a stream without network, dots replaced by underscores.
+ */
+TELLARIX_CORE_API StreamCodesCPtr codesFromSourceIdentifier(const std::string &identifier);
+
+/** Turns records in memory into Record objects; records of a stream share their codes. Not to be
+ *  used by two threads at once. */
+class TELLARIX_CORE_API MiniSeedDecoder
+{
+public:
+    MiniSeedDecoder();
+    ~MiniSeedDecoder();
+
+    MiniSeedDecoder(const MiniSeedDecoder &) = delete;
+    MiniSeedDecoder &operator=(const MiniSeedDecoder &) = delete;
+
+    /** The shared codes of a header's stream. */
+    const StreamCodesCPtr &codes(const MiniSeedHeader &header);
+
+    /**
+     * Decodes the samples of a record.
+     *
+     * @param record  all bytes of the record
+     * @param cause   why null is returned; with a result, what is doubtful about it or empty
+     */
+    RecordPtr decode(const MiniSeedHeader &header, std::string_view record, std::string &cause);
+
+private:
+    class Steim;
+
+    ArrayPtr decodeSamples(const MiniSeedHeader &header, std::string_view record,
+                           std::string &cause);
+
+    std::unordered_map<std::string, StreamCodesCPtr> _codes;
+    std::unique_ptr<Steim> _steim;
+};
+
+} // namespace Formats
+} // namespace Tellarix

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <tellarix/core/records/record.h>
+
+#include <memory>
+#include <string>
+
+class QIODevice;
+
+namespace Tellarix {
+namespace Formats {
+
+/**
+ * Writes records as big-endian miniSEED 2.
+ *
+ * Integers are compressed by Steim2, or stored as 32-bit integers where a step between two samples
+ * is too wide for it; single and double precision and text are stored as they are. Each Record
+ * becomes one or more miniSEED records of a fixed length, the last of them filled up. Times are
+ * exact to the microsecond.
+ */
+class TELLARIX_CORE_API MiniSeedWriter
+{
+public:
+    /**
+     * @param device        open for writing; not owned, and has to outlive the writer's use
+     * @param recordLength  in bytes: a power of two from 128 to 1048576
+     */
+    explicit MiniSeedWriter(QIODevice *device, int recordLength = 512);
+    ~MiniSeedWriter();
+
+    MiniSeedWriter(const MiniSeedWriter &) = delete;
+    MiniSeedWriter &operator=(const MiniSeedWriter &) = delete;
+
+    /** Steim2 for integers if true, which is the default; 32-bit integers otherwise. */
+    void setCompressed(bool compressed) { _compressed = compressed; }
+
+    /**
+     * Writes all samples of @p record.
+     * @return false with an errorString() if codes are too long for the format, the record has no
+     *         samples or start time, or the device does not take the bytes
+     */
+    bool write(const Record &record);
+
+    /** miniSEED records written so far. */
+    int64_t recordCount() const { return _recordCount; }
+    const std::string &errorString() const { return _errorString; }
+
+private:
+    class Template;
+
+    bool setCodes(const Record &record);
+    bool setSamples(const Record &record);
+    bool pack(const Record &record);
+    bool fail(const Record &record, const std::string &cause);
+    static void writeRecord(char *record, int length, void *writer);
+
+    QIODevice *_device;
+    int _recordLength;
+    bool _compressed{true};
+    bool _deviceFailed{false};
+    int64_t _recordCount{0};
+    std::string _errorString;
+    std::unique_ptr<Template> _template;
+};
+
+} // namespace Formats
+} // namespace Tellarix

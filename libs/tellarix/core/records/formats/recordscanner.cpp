@@ -1,0 +1,280 @@
+#include <tellarix/core/records/formats/recordscanner.h>
+
+#include <algorithm>
+#include <cstring>
+
+namespace Tellarix {
+namespace Formats {
+
+namespace {
+
+// With so many bytes it is certain whether a record begins somewhere.
+constexpr size_t SignatureSize = 48;
+constexpr size_t MinFillerSize = 256;
+constexpr size_t MaxFillerSize = 32768;
+
+bool isBlank(std::string_view bytes)
+{
+    return std::all_of(bytes.begin(), bytes.end(), [](char c) { return c == '\0' || c == ' '; });
+}
+
+/** The first place from @p position on at which a data record might begin; the end if none. */
+size_t nextCandidate(std::string_view bytes, size_t position)
+{
+    for (; position + 8 <= bytes.size(); ++position) {
+        const char *at = bytes.data() + position;
+        const bool version2 = (at[7] == ' ' || at[7] == '\0') &&
+                              (at[6] == 'D' || at[6] == 'R' || at[6] == 'Q' || at[6] == 'M');
+        const bool version3 = at[0] == 'M' && at[1] == 'S' && at[2] == 3;
+        if ((version2 || version3) && beginsLikeMiniSeed(bytes.substr(position)))
+            return position;
+    }
+    return bytes.size();
+}
+
+std::string cutOff(int64_t length, size_t rest)
+{
+    return "record of " + std::to_string(length) + " bytes is cut off after " +
+           std::to_string(rest) + " bytes";
+}
+
+} // namespace
+
+RecordScanner::RecordScanner(bool lookAhead) : _lookAhead(lookAhead)
+{}
+
+char *RecordScanner::reserve(size_t size)
+{
+    consume(_used);
+    _used = 0;
+    if (_end + size > _buffer.size()) {
+        std::memmove(_buffer.data(), _buffer.data() + _begin, _end - _begin);
+        _end -= _begin;
+        _begin = 0;
+    }
+    if (_end + size > _buffer.size())
+        _buffer.resize(_end + size);
+    return _buffer.data() + _end;
+}
+
+void RecordScanner::commit(size_t size)
+{
+    Q_ASSERT(_end + size <= _buffer.size());
+    _end += size;
+}
+
+void RecordScanner::append(std::string_view bytes)
+{
+    if (bytes.empty())
+        return;
+    std::memcpy(reserve(bytes.size()), bytes.data(), bytes.size());
+    commit(bytes.size());
+}
+
+void RecordScanner::reset()
+{
+    _complete = false;
+    _begin = _end = _used = 0;
+    _baseOffset = 0;
+    _skipping = false;
+}
+
+std::string_view RecordScanner::pending() const
+{
+    return std::string_view(_buffer.data() + _begin, _end - _begin);
+}
+
+RecordScanner::Step RecordScanner::next()
+{
+    consume(_used);
+    _used = 0;
+    for (;;) {
+        if (const OptionalStep step = _skipping ? stepSkip() : stepRecord())
+            return *step;
+    }
+}
+
+RecordScanner::OptionalStep RecordScanner::stepRecord()
+{
+    if (pending().empty())
+        return _complete ? Step::End : needs(1);
+
+    switch (findRecord(0, _header)) {
+    case Finding::Record:
+        return stepFoundRecord();
+    case Finding::Filler:
+        return stepFiller();
+    case Finding::Incomplete:
+        return needs(_header.needed);
+    case Finding::Damaged:
+    case Finding::Foreign:
+        beginSkip(_header.cause);
+        break;
+    }
+    return {};
+}
+
+RecordScanner::OptionalStep RecordScanner::stepFoundRecord()
+{
+    const size_t length = static_cast<size_t>(_header.length);
+    if (_lookAhead && !_complete && pending().size() < length + SignatureSize)
+        return needs(length + SignatureSize);
+
+    // The check sum vouches for version 3.
+    if (_header.version == 2 && !isFollowed(length)) {
+        size_t position = 0;
+        MiniSeedHeader inside;
+        const Finding finding = findInside(length, position, inside);
+        if (finding == Finding::Incomplete)
+            return needs(position + inside.needed);
+        if (finding == Finding::Record) {
+            const int64_t offset = _baseOffset;
+            consume(position);
+            return tell(Step::Fault, offset, cutOff(_header.length, position));
+        }
+    }
+    _record = pending().substr(0, length);
+    _used = length;
+    return tell(Step::Record, _baseOffset, _header.cause);
+}
+
+/** Control headers don't tell their length: it is a power of two, and something follows them. */
+RecordScanner::OptionalStep RecordScanner::stepFiller()
+{
+    for (size_t size = MinFillerSize; size <= MaxFillerSize; size *= 2) {
+        if (pending().size() < size + SignatureSize && !_complete)
+            return needs(size + SignatureSize);
+        if (size < pending().size() && beginsLikeMiniSeed(pending().substr(size))) {
+            consume(size);
+            return {};
+        }
+    }
+    beginSkip(std::string(), true);
+    return {};
+}
+
+RecordScanner::OptionalStep RecordScanner::stepSkip()
+{
+    for (;;) {
+        const size_t position = nextCandidate(pending(), 0);
+        if (position == pending().size())
+            break;
+        skip(position);
+        MiniSeedHeader candidate;
+        const Finding finding = findRecord(0, candidate);
+        if (finding == Finding::Record)
+            return endSkip();
+        if (finding == Finding::Incomplete)
+            return needs(candidate.needed);
+        skip(1);
+    }
+    if (_complete) {
+        skip(pending().size());
+        return endSkip();
+    }
+    // The beginning of a record may stand at the end of what is there.
+    skip(pending().size() - std::min(pending().size(), SignatureSize));
+    return needs(2 * SignatureSize);
+}
+
+RecordScanner::Step RecordScanner::needs(size_t size)
+{
+    _wanted = size > pending().size() ? size - pending().size() : 1;
+    return Step::NeedsBytes;
+}
+
+RecordScanner::Step RecordScanner::tell(Step step, int64_t offset, const std::string &cause)
+{
+    _stepOffset = offset;
+    _cause = cause;
+    return step;
+}
+
+void RecordScanner::beginSkip(const std::string &cause, bool quiet)
+{
+    _skipping = true;
+    _skipOffset = _baseOffset;
+    _skipCause = cause;
+    _skipQuiet = quiet;
+    _skipBlank = cause.empty();
+    skip(1);
+}
+
+RecordScanner::OptionalStep RecordScanner::endSkip()
+{
+    _skipping = false;
+    if (_skipQuiet)
+        return {};
+
+    const std::string size = std::to_string(_baseOffset - _skipOffset);
+    if (_skipBlank)
+        return tell(Step::Note, _skipOffset, size + " empty bytes");
+    return tell(Step::Fault, _skipOffset,
+                _skipCause.empty() ? size + " bytes that are no record" : _skipCause);
+}
+
+void RecordScanner::skip(size_t size)
+{
+    _skipBlank = _skipBlank && isBlank(pending().substr(0, size));
+    consume(size);
+}
+
+void RecordScanner::consume(size_t size)
+{
+    _begin += size;
+    _baseOffset += static_cast<int64_t>(size);
+}
+
+/** A record that is there with all its bytes at @p position of the pending ones. */
+Finding RecordScanner::findRecord(size_t position, MiniSeedHeader &header) const
+{
+    const std::string_view bytes = pending().substr(position);
+    const Finding finding = parseMiniSeedHeader(bytes, _complete, header);
+    if (finding != Finding::Record)
+        return finding;
+
+    if (header.length == 0) {
+        const int64_t length = guessMiniSeedLength(bytes, _complete);
+        header.needed = bytes.size() + 1;
+        if (length == 0)
+            return Finding::Incomplete;
+        header.cause = "record does not tell its length, and no other record follows it";
+        if (length < 0)
+            return Finding::Damaged;
+        header.cause.clear();
+        header.setLength(length);
+    }
+    if (bytes.size() < static_cast<size_t>(header.length)) {
+        header.needed = static_cast<size_t>(header.length);
+        header.cause = cutOff(header.length, bytes.size());
+        return _complete ? Finding::Damaged : Finding::Incomplete;
+    }
+    if (header.version == 3 &&
+        miniSeed3Checksum(bytes.substr(0, static_cast<size_t>(header.length))) != header.checksum) {
+        header.cause = "check sum of the record is wrong";
+        return Finding::Damaged;
+    }
+    return Finding::Record;
+}
+
+bool RecordScanner::isFollowed(size_t length) const
+{
+    const std::string_view rest = pending().substr(length);
+    return rest.size() < SignatureSize || beginsLikeMiniSeed(rest);
+}
+
+/** Looks for a record that begins before the end of the first @p length pending bytes. */
+Finding RecordScanner::findInside(size_t length, size_t &position, MiniSeedHeader &header) const
+{
+    const std::string_view bytes = pending();
+    for (position = nextCandidate(bytes, SignatureSize); position < length;
+         position = nextCandidate(bytes, position + 1)) {
+        const Finding finding = findRecord(position, header);
+        if (finding == Finding::Record || finding == Finding::Incomplete)
+            return finding;
+    }
+    return Finding::Foreign;
+}
+
+} // namespace Formats
+} // namespace Tellarix
