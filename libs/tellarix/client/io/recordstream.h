@@ -9,6 +9,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace Tellarix {
@@ -18,7 +19,7 @@ class RecordStream;
 using RecordStreamPtr = Core::SmartPointer<RecordStream>;
 
 /** Something that a stream could not read, or that its reader ought to know. */
-struct StreamMessage
+struct TELLARIX_CLIENT_API StreamMessage
 {
     enum class Severity
     {
@@ -76,7 +77,8 @@ public:
     /** Ends the stream; a next() that is blocked in another thread returns null soon. */
     virtual void close() = 0;
 
-    /** Where the record that next() gave last came from: file and byte; -1 if that has no meaning. */
+    /** Where the record that next() gave last came from: file and byte; -1 if that has no meaning.
+     */
     virtual std::string originName() const { return std::string(); }
     virtual int64_t originOffset() const { return -1; }
 
@@ -108,7 +110,11 @@ protected:
     bool fail(const std::string &reason);
 
 private:
+    const std::vector<size_t> &requestsFor(const StreamCodes &codes) const;
+
     std::vector<Request> _requests;
+    /** Indices of the requests that a stream matches, by its id. */
+    mutable std::unordered_map<std::string, std::vector<size_t>> _requestsOfStreams;
     Core::TimeWindow _timeWindow;
     MessageHandler _messageHandler;
     std::string _errorString;

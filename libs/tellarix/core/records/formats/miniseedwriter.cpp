@@ -6,6 +6,8 @@
 #include <QIODevice>
 
 #include <algorithm>
+#include <cmath>
+#include <cstdlib>
 #include <cstring>
 
 namespace Tellarix {
@@ -106,12 +108,15 @@ bool MiniSeedWriter::write(const Record &record)
     if (record.sampleCount() == 0 || !record.startTime().valid())
         return fail(record, "record has no samples or start time");
 
-    MiniSeedWriter::Template &pack = *_template;
+    Template &pack = *_template;
     pack.clear();
     pack->reclen = _recordLength;
     pack->starttime = record.startTime().usecs();
     pack->samprate = std::max(0.0, record.samplingFrequency());
-    return setCodes(record) && setSamples(record) && this->pack(record);
+    if (!setCodes(record))
+        return false;
+    setSamples(record);
+    return this->pack(record);
 }
 
 bool MiniSeedWriter::setCodes(const Record &record)
@@ -139,7 +144,7 @@ bool MiniSeedWriter::setCodes(const Record &record)
     return true;
 }
 
-bool MiniSeedWriter::setSamples(const Record &record)
+void MiniSeedWriter::setSamples(const Record &record)
 {
     Template &pack = *_template;
     // libmseed takes the samples by a pointer to non-const, but only reads them.
@@ -166,7 +171,6 @@ bool MiniSeedWriter::setSamples(const Record &record)
         pack->encoding = DE_FLOAT64;
         break;
     }
-    return true;
 }
 
 bool MiniSeedWriter::pack(const Record &record)

@@ -49,7 +49,7 @@ private:
     class Template;
 
     bool setCodes(const Record &record);
-    bool setSamples(const Record &record);
+    void setSamples(const Record &record);
     bool pack(const Record &record);
     bool fail(const Record &record, const std::string &cause);
     static void writeRecord(char *record, int length, void *writer);

@@ -30,11 +30,13 @@ public:
         End,        /**< all bytes are used up */
     };
 
+    RecordScanner() = default;
+
     /**
-     * @param lookAhead  ask for the bytes behind a record before it is given out, so that one that
-     *                   was cut off in the middle of a file is found; false where bytes come slowly
+     * Whether bytes behind a record are asked for before it is given out, so that one that was cut
+     * off in the middle of a file is found. On at first; off where bytes come slowly.
      */
-    explicit RecordScanner(bool lookAhead = true);
+    void setLookAhead(bool on) { _lookAhead = on; }
 
     /** Room for @p size further bytes; what next() gave out before is gone. */
     char *reserve(size_t size);
@@ -81,7 +83,7 @@ private:
     bool isFollowed(size_t length) const;
     Finding findInside(size_t length, size_t &position, MiniSeedHeader &header) const;
 
-    bool _lookAhead;
+    bool _lookAhead{true};
     bool _complete{false};
     std::vector<char> _buffer;
     size_t _begin{0};

@@ -1,0 +1,180 @@
+#include <tellarix/client/io/recordstream.h>
+
+#include <tellarix/core/logging.h>
+#include <tellarix/core/strings.h>
+
+#include <algorithm>
+#include <map>
+#include <mutex>
+
+namespace Tellarix {
+namespace IO {
+
+namespace {
+
+struct Registry
+{
+    std::mutex mutex;
+    std::map<std::string, RecordStreamScheme::Maker> makers;
+};
+
+// Static objects of other sources register themselves: it has to exist before them.
+Registry &registry()
+{
+    static Registry instance;
+    return instance;
+}
+
+RecordStreamPtr makeStream(const std::string &scheme)
+{
+    Registry &schemes = registry();
+    const std::lock_guard<std::mutex> lock(schemes.mutex);
+    const auto maker = schemes.makers.find(scheme);
+    return maker != schemes.makers.end() ? maker->second() : RecordStreamPtr();
+}
+
+std::string unknownScheme(const std::string &scheme)
+{
+    std::string known;
+    for (const std::string &name : RecordStream::Schemes())
+        known += (known.empty() ? "" : ", ") + name;
+    return "Unknown record stream scheme \"" + scheme + "\" (known: " + known + ")";
+}
+
+/** True if the window of a record, which may have no length, meets one with open ends. */
+bool meets(const Core::TimeWindow &record, const Core::TimeWindow &window)
+{
+    if (window.endTime().valid() && record.startTime() >= window.endTime())
+        return false;
+    if (!window.startTime().valid())
+        return true;
+    return record.endTime() > window.startTime() || record.startTime() >= window.startTime();
+}
+
+bool isSet(const Core::TimeWindow &window)
+{
+    return window.startTime().valid() || window.endTime().valid();
+}
+
+} // namespace
+
+std::string StreamMessage::text() const
+{
+    if (offset < 0)
+        return source + ": " + cause;
+    return source + ": byte " + std::to_string(offset) + ": " + cause;
+}
+
+RecordStreamPtr RecordStream::Create(const std::string &url, std::string *error)
+{
+    std::string reason;
+    if (!error)
+        error = &reason;
+
+    const size_t separator = url.find("://");
+    const bool hasScheme = separator != std::string::npos;
+    const std::string scheme = hasScheme ? url.substr(0, separator) : "file";
+    const RecordStreamPtr stream = makeStream(scheme);
+    if (!stream) {
+        *error = unknownScheme(scheme);
+        return RecordStreamPtr();
+    }
+    if (!stream->setSource(hasScheme ? url.substr(separator + 3) : url)) {
+        *error = stream->errorString();
+        return RecordStreamPtr();
+    }
+    return stream;
+}
+
+std::vector<std::string> RecordStream::Schemes()
+{
+    Registry &schemes = registry();
+    const std::lock_guard<std::mutex> lock(schemes.mutex);
+    std::vector<std::string> names;
+    for (const auto &entry : schemes.makers)
+        names.push_back(entry.first);
+    return names;
+}
+
+bool RecordStream::addStream(const std::string &network, const std::string &station,
+                             const std::string &location, const std::string &channel,
+                             const Core::TimeWindow &window)
+{
+    _requests.push_back({network, station, location == "--" ? "" : location, channel, window});
+    _requestsOfStreams.clear();
+    return true;
+}
+
+bool RecordStream::setTimeWindow(const Core::TimeWindow &window)
+{
+    _timeWindow = window;
+    return true;
+}
+
+bool RecordStream::isRequested(const StreamCodes &codes, const Core::TimeWindow &recordWindow) const
+{
+    if (_requests.empty())
+        return meets(recordWindow, _timeWindow);
+
+    const std::vector<size_t> &matching = requestsFor(codes);
+    return std::any_of(matching.begin(), matching.end(), [&](size_t index) {
+        const Core::TimeWindow &window = _requests[index].window;
+        return meets(recordWindow, isSet(window) ? window : _timeWindow);
+    });
+}
+
+void RecordStream::report(StreamMessage message) const
+{
+    if (_messageHandler)
+        _messageHandler(message);
+    else if (message.severity == StreamMessage::Severity::Note)
+        qCInfo(Log::io, "%s", message.text().c_str());
+    else
+        qCWarning(Log::io, "%s", message.text().c_str());
+}
+
+bool RecordStream::fail(const std::string &reason)
+{
+    _errorString = reason;
+    return false;
+}
+
+const std::vector<size_t> &RecordStream::requestsFor(const StreamCodes &codes) const
+{
+    // Damaged input may hold any number of streams.
+    constexpr size_t MaxStreams = 100000;
+
+    const auto known = _requestsOfStreams.find(codes.id());
+    if (known != _requestsOfStreams.end())
+        return known->second;
+    if (_requestsOfStreams.size() >= MaxStreams)
+        _requestsOfStreams.clear();
+
+    std::vector<size_t> matching;
+    for (size_t i = 0; i < _requests.size(); ++i) {
+        const Request &request = _requests[i];
+        if (Core::wildcardMatch(request.network, codes.network()) &&
+            Core::wildcardMatch(request.station, codes.station()) &&
+            Core::wildcardMatch(request.location, codes.location()) &&
+            Core::wildcardMatch(request.channel, codes.channel()))
+            matching.push_back(i);
+    }
+    return _requestsOfStreams.emplace(codes.id(), std::move(matching)).first->second;
+}
+
+RecordStreamScheme::RecordStreamScheme(const std::string &scheme, Maker maker) : _scheme(scheme)
+{
+    Registry &schemes = registry();
+    const std::lock_guard<std::mutex> lock(schemes.mutex);
+    schemes.makers[scheme] = std::move(maker);
+}
+
+RecordStreamScheme::~RecordStreamScheme()
+{
+    Registry &schemes = registry();
+    const std::lock_guard<std::mutex> lock(schemes.mutex);
+    schemes.makers.erase(_scheme);
+}
+
+} // namespace IO
+} // namespace Tellarix
