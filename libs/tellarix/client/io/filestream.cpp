@@ -211,7 +211,9 @@ bool FileStream::readMore(size_t size)
     ssize_t count;
     do {
         count = ::read(_file, target, room);
-    } while (count < 0 && errno == EINTR);
+    } while (count < 0 && (errno == EINTR || (errno == EAGAIN && waitForBytes())));
+    if (_closed)
+        return false;
     if (count < 0)
         reportAt(StreamMessage::Severity::Fault, _position, "reading failed: " + systemError());
     if (count <= 0) {

@@ -40,9 +40,6 @@ std::string cutOff(int64_t length, size_t rest)
 
 } // namespace
 
-RecordScanner::RecordScanner(bool lookAhead) : _lookAhead(lookAhead)
-{}
-
 char *RecordScanner::reserve(size_t size)
 {
     consume(_used);
