@@ -29,7 +29,7 @@ public:
     ~RecordLabel() override;
 
     int itemCount() const { return _items.size(); }
-    /** Sets one item; the label grows to hold it. */
+    /** Sets one item; the label grows to hold it, and a negative index does nothing. */
     void setText(const QString &text, int item = 0);
     void setFont(const QFont &font, int item);
     void setColor(const QColor &color, int item);
@@ -48,6 +48,9 @@ protected:
     const QVector<Item> &labelItems() const { return _items; }
 
 private:
+    void resizeItems(int count);
+    Item *itemToChange(int item);
+
     QVector<Item> _items;
     bool _labelEnabled{true};
 };

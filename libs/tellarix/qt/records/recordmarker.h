@@ -24,8 +24,10 @@ class TELLARIX_GUI_API RecordMarker
 {
 public:
     explicit RecordMarker(const Core::Time &time = Core::Time(), const QString &text = QString());
-    RecordMarker(const RecordMarker &) = default;
-    RecordMarker &operator=(const RecordMarker &) = default;
+    /** A copy belongs to no widget; a marker that is assigned to stays with its own. */
+    RecordMarker(const RecordMarker &other);
+    RecordMarker &operator=(const RecordMarker &other);
+    /** Leaves its widget, if it has one. */
     virtual ~RecordMarker();
 
     /** A copy without a widget. */
@@ -51,7 +53,8 @@ public:
     const QString &description() const { return _description; }
     void setDescription(const QString &description) { _description = description; }
 
-    QColor color() const { return _color; }
+    /** Colour that was set, otherwise the scheme's colour of markers. */
+    QColor color() const;
     void setColor(const QColor &color);
     /** Colour of a moved marker; color() unless it was set. */
     QColor modifiedColor() const;
@@ -77,13 +80,15 @@ public:
 private:
     friend class RecordWidget;
     void update();
+    template <typename T>
+    void change(T &member, const T &value);
 
     RecordWidget *_parent{nullptr};
     Core::Time _time;
     Core::Time _correctedTime;
     QString _text;
     QString _description;
-    QColor _color{Qt::red};
+    QColor _color;
     QColor _modifiedColor;
     Qt::Alignment _alignment;
     bool _movable{false};

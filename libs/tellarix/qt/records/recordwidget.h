@@ -19,6 +19,7 @@ namespace Tellarix {
 namespace Gui {
 
 class RecordMarker;
+struct AmplitudeTick;
 
 /**
  * Shows the records of one or more slots over a common time axis.
@@ -27,9 +28,16 @@ class RecordMarker;
  * its left edge, timeScale() pixels per second. Each slot has a raw sequence and, while a filter is
  * set, a filtered one, which is filtered record by record as records are fed. The amplitude range
  * of a slot follows its data (auto scale; over the normalization window if one is set) or is fixed.
+ * The automatic range spans the extrema exactly, with a margin of 5 % of half of it on both sides;
+ * without any finite sample it is (0, 0). Overlaid slots share one range.
  *
  * A repaint costs pixels, not samples: each slot's polyline is cached and built again from the
- * sequences' levels when data, range or size change.
+ * sequences' levels when data, range or size change. Stretches without data and stretches that
+ * more than one record covers are shaded as soon as they are a pixel wide.
+ *
+ * The widget paints no background of its own unless autoFillBackground is on, so a parent can show
+ * a selection behind it; texts, and traces without a pen of their own on a highlighted background,
+ * follow the foreground role. Mouse events that it has no use for are ignored and reach the parent.
  */
 class TELLARIX_GUI_API RecordWidget : public QWidget
 {
@@ -53,17 +61,17 @@ public:
     /** What the widget knows and caches of one slot, once for raw and once for filtered data. */
     struct TraceInfo
     {
-        bool dirty{true};    /**< the rest must be worked out again before it is drawn */
-        double amplMin{0};   /**< extrema of the samples that count for the range */
+        bool dirty{true};  /**< the rest must be worked out again before it is drawn */
+        double amplMin{0}; /**< extrema of the samples that count for the range */
         double amplMax{0};
-        double offset{0};    /**< mean of these samples */
-        double absMax{0};    /**< larger distance of the extrema from the offset */
-        double yMin{0};      /**< amplitude range that is shown, offset subtracted */
+        double offset{0}; /**< mean of these samples, about which amplitudes are magnified */
+        double absMax{0}; /**< larger distance of the extrema from the offset */
+        double yMin{0};   /**< amplitude range that is shown, offset subtracted */
         double yMax{0};
-        double fyMin{0};     /**< the same with the amplitude scale applied */
+        double fyMin{0}; /**< the same with the amplitude scale applied */
         double fyMax{0};
-        double yOffset{0};   /**< what is subtracted of each sample */
-        int pos{0};          /**< position and extent in pixels, for views that lay out rows */
+        double yOffset{0}; /**< what is subtracted of each sample */
+        int pos{0};        /**< position and extent in pixels, for views that lay out rows */
         int height{0};
         RecordPolylinePtr poly;
     };
@@ -97,6 +105,8 @@ public:
     bool ownsRecords(int slot) const;
     void clearRecords();
 
+    // What is set for a slot below makes the slot, so that it can be set before there are records.
+
     /** Factor from samples to physical values; null without one. */
     const double *recordScale(int slot) const;
     void setRecordScale(int slot, double scale);
@@ -108,6 +118,7 @@ public:
     /** Unit of the (scaled) values, shown at the axis. */
     QString recordUnit(int slot) const;
     void setRecordUnit(int slot, const QString &unit);
+    /** The pen set for a slot, otherwise one of the scheme's colour and line width. */
     QPen recordPen(int slot) const;
     void setRecordPen(int slot, const QPen &pen);
     bool isRecordVisible(int slot) const;
@@ -131,12 +142,12 @@ public:
     Core::Time leftTime() const;
     Core::Time rightTime() const;
 
-    /** Area of the traces, without axis and frame, in widget coordinates. */
-    QRect canvasRect() const { return _canvas; }
-    int canvasWidth() const { return _canvas.width(); }
+    /** Area of the traces, without the axis column, in widget coordinates. */
+    QRect canvasRect() const;
+    int canvasWidth() const { return canvasRect().width(); }
     /** Offset of the canvas from the left edge of the widget in pixels: mapTime(t) minus this is
      *  a pixel of the canvas. */
-    int canvasOffset() const { return _canvas.left(); }
+    int canvasOffset() const { return canvasRect().left(); }
     /** Pixel of a time in the widget; limited to what an int holds. */
     int mapTime(const Core::Time &time) const;
     int mapTime(double seconds) const;
@@ -147,7 +158,8 @@ public:
 
     // Amplitude axis
 
-    /** Range in effect for a slot, in samples: fixed, or from the data. */
+    /** Range in effect for a slot, in samples: fixed, or from the data. Its upper end stands at
+     *  the top row of pixels of the slot, its lower end at the bottom one. */
     QPair<double, double> amplitudeRange(int slot) const;
     /** The range given to setAmplRange(). */
     QPair<double, double> amplRange() const { return {_amplMin, _amplMax}; }
@@ -191,11 +203,15 @@ public:
     /** Lets the user drag out a time range with the left button; off at the start. */
     void setSelectionEnabled(bool enable);
     const Core::TimeWindow &selectedTimeWindow() const { return _selection; }
+    /** Shows a band over a time range. Dragging does not set it: whoever wants the dragged range
+     *  to stay connects selectedTimeRange(). */
     void setSelectedTimeWindow(const Core::TimeWindow &window);
 
     /** Time of the hover cursor, invalid without one. */
     Core::Time cursorTime() const { return _cursorTime; }
+    /** Moves the cursor, for widgets that share one; emits nothing. */
     void setCursorTime(const Core::Time &time);
+    /** Shows a line at the pointer's time while the pointer is over the canvas. */
     void setCursorShown(bool show);
 
     /** Short text of the data under the pointer: time, value, unit. */
@@ -218,12 +234,14 @@ public slots:
     bool setTimeScale(double pixelsPerSecond);
     /** Shows from tmin; tmax is kept for asking, the scale stays. */
     bool setTimeRange(double tmin, double tmax);
-    /** Shows exactly this range by choosing the scale for it. */
+    /** Shows exactly this range by choosing the scale for it. The scale stays when the widget is
+     *  resized later; before it was laid out for the first time, it is chosen again then. */
     bool showTimeRange(double tmin, double tmax);
     /** Vertical grid lines: distances of labelled and other ticks in seconds, and the offset added
      *  to a time before ticks are placed. 0 draws none. */
     void setGridSpacing(double major, double minor, double offset);
-    /** Horizontal grid lines at round values of this range of amplitudes. */
+    /** Horizontal grid lines at round values of this range, which spans the canvas; a range that
+     *  is not ascending draws none. */
     bool setGridVRange(double lower, double upper);
 
     /** Fixes the amplitude range of all slots, used while auto scale is off. */
@@ -250,8 +268,10 @@ public slots:
 signals:
     /** Range, scale or data have changed and amplitudeRange() may be another. */
     void traceUpdated(Tellarix::Gui::RecordWidget *widget);
+    /** The left button was pressed and released at the same place of the canvas. */
     void clickedOnTime(const Tellarix::Core::Time &time);
-    /** The selection while it is dragged, and when the button is released. */
+    /** The selection while it is dragged, from where the button was pressed to the pointer, in
+     *  that order; and when the button is released, in ascending order. */
     void selectedTimeRangeChanged(Tellarix::Core::Time start, Tellarix::Core::Time end);
     void selectedTimeRange(Tellarix::Core::Time start, Tellarix::Core::Time end);
     /** The hover cursor has moved; an invalid time when the pointer left. */
@@ -265,9 +285,12 @@ signals:
 protected:
     /** Called when a slot got another sequence, raw or filtered; the one displayed is given. */
     virtual void changedRecords(int slot, Tellarix::RecordSequence *sequence);
-    /** Paint behind everything but the background colour. */
+    /** Paint behind everything but the background colour. The painter's origin is the top left of
+     *  the canvas: x is mapCanvasTime(). */
     virtual void drawCustomBackground(QPainter &painter);
-    /** Paint between grid and traces, and above the traces. */
+    /** Paint between grid and traces, and above the traces. The painter's origin is that of the
+     *  widget: x is mapTime(). All three are clipped to the canvas and may leave the painter in
+     *  any state. */
     virtual void customPaintTracesBegin(QPainter &painter);
     virtual void customPaintTracesEnd(QPainter &painter);
 
@@ -281,9 +304,70 @@ protected:
 
 private:
     struct Slot;
+    struct Extrema;
+    struct ShownRange;
+    struct Look;
     friend class RecordMarker;
 
-    // ... laid out by the sources
+    enum class Drag
+    {
+        None,
+        Press, /**< a button is down, but nothing has been moved yet */
+        Select,
+        Marker,
+    };
+
+    Slot *slotAt(int slot) const;
+    Slot *makeSlot(int slot);
+    bool isFiltered(const Slot &slot) const;
+    bool isSlotDrawn(int slot) const;
+    QVector<int> drawnSlots() const;
+    QRect slotRect(int slot) const;
+    int slotAtY(int y) const;
+    double shownFactor(int slot) const;
+    int mapCanvasSeconds(double seconds) const;
+
+    void updateFiltered(Slot &slot) const;
+    void notifyRecords(int slot);
+    void displayedRecordsChanged();
+    const Extrema &extremaOf(Slot &slot) const;
+    Extrema commonExtrema() const;
+    ShownRange shownRange(int slot) const;
+    void forgetExtrema();
+    void forgetPolylines();
+    void updateAll();
+    void updateCanvas();
+    void updateColumns(const QRect &area, int left, int right);
+    Core::TimeWindow touchedWindow(const Slot &slot, const Record *record) const;
+
+    Look look() const;
+    void prepareTraces();
+    void buildTrace(int slot);
+    void drawBackground(QPainter &painter) const;
+    void drawStretches(QPainter &painter) const;
+    void drawGrid(QPainter &painter, const Look &colors) const;
+    void drawTimeGrid(QPainter &painter, const QPen &pen, double spacing) const;
+    void drawAmplitudeGrid(QPainter &painter, const Look &colors) const;
+    void drawTraces(QPainter &painter, const Look &colors);
+    void drawMarkers(QPainter &painter);
+    void drawMarker(QPainter &painter, RecordMarker &marker, int textSize);
+    void drawSlotTexts(QPainter &painter, const Look &colors) const;
+    void drawSelection(QPainter &painter) const;
+    void drawCursor(QPainter &painter) const;
+    void drawFrame(QPainter &painter, const Look &colors) const;
+    QVector<AmplitudeTick> axisTicks(double lower, double upper, int height,
+                                     const QFont &textFont) const;
+    QVector<AmplitudeTick> slotTicks(int slot, const QFont &textFont) const;
+    void drawAxes(QPainter &painter, const Look &colors) const;
+    void drawAxis(QPainter &painter, const Look &colors, int slot) const;
+
+    void updateMarker(const RecordMarker &marker);
+    void updateCursor();
+    void detachMarker(RecordMarker *marker);
+    bool grabMarker(const QPoint &position);
+    void dragTo(const QPoint &position);
+    void hover(const QPoint &position);
+    int clampedToCanvas(int x) const;
 
     std::vector<std::unique_ptr<Slot>> _slots;
     std::vector<std::unique_ptr<RecordMarker>> _markers;
@@ -293,7 +377,6 @@ private:
     Core::TimeWindow _normalizationWindow;
     Core::TimeWindow _selection;
     Core::Time _cursorTime;
-    QRect _canvas;
     RecordMarker *_currentMarker{nullptr};
     double _tmin{0};
     double _tmax{0};
@@ -317,6 +400,13 @@ private:
     bool _drawAxis{false};
     bool _selectionEnabled{false};
     bool _cursorShown{false};
+    bool _laidOut{false};         /**< got its first size from a layout or a window */
+    bool _rangeAwaitsSize{false}; /**< showTimeRange() came before that */
+    bool _pointerShape{false};    /**< the pointer shows that a marker can be moved */
+    Drag _drag{Drag::None};
+    QPoint _dragStart;
+    int _dragGrip{0}; /**< distance of the pointer from the line of the marker it drags */
+    RecordMarker *_dragMarker{nullptr};
 };
 
 } // namespace Gui

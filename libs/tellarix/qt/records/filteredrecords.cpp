@@ -1,0 +1,211 @@
+#include <tellarix/qt/records/filteredrecords_p.h>
+
+#include <tellarix/core/records/typedarray.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+
+namespace Tellarix {
+namespace Gui {
+
+namespace {
+
+bool canFilter(const Record &record)
+{
+    return record.sampleCount() > 0 && record.dataType() != DataType::Char &&
+           record.samplingFrequency() > 0 && record.hasEndTime();
+}
+
+bool continues(const Record &record, const Record &next)
+{
+    if (!canFilter(record) || !canFilter(next))
+        return false;
+    if (record.samplingFrequency() != next.samplingFrequency())
+        return false;
+    const double distance = (next.startTime() - record.endTime()).length();
+    return std::abs(distance) * record.samplingFrequency() <= 0.5;
+}
+
+/** Index of @p record in @p sequence, -1 if it isn't there. */
+int indexOf(const RecordSequence &sequence, const Record *record)
+{
+    const Core::Time start = record->startTime();
+    for (int i = sequence.firstStartingFrom(start); i < sequence.size(); ++i) {
+        if (sequence.at(i) == record)
+            return i;
+        if (sequence.at(i)->startTime() != start)
+            break;
+    }
+    return -1;
+}
+
+bool isFinite(double sample)
+{
+    return std::isfinite(sample);
+}
+
+} // namespace
+
+/** Holds just what the raw sequence holds: it takes what it is given and trims on demand. */
+class FilteredRecords::Sequence : public RecordSequence
+{
+public:
+    using RecordSequence::RecordSequence;
+    using RecordSequence::removeFront;
+
+    bool feed(const Record *record) override { return insert(record); }
+    RecordSequence *clone() const override { return new Sequence(tolerance()); }
+};
+
+FilteredRecords::FilteredRecords(const Filter &prototype, double tolerance)
+    : _prototype(prototype), _sequence(std::make_unique<Sequence>(tolerance))
+{}
+
+FilteredRecords::~FilteredRecords() = default;
+
+RecordSequence *FilteredRecords::sequence() const
+{
+    return _sequence.get();
+}
+
+Core::TimeWindow FilteredRecords::update(const RecordSequence &raw, const Record *fed)
+{
+    dropFront(raw);
+    const int size = _entries.size();
+    if (raw.size() == size && (size == 0 || raw.back() == _entries[size - 1].raw.get()))
+        return {};
+
+    if (raw.size() == size + 1) {
+        const bool atEnd = size == 0 || raw.at(size - 1) == _entries[size - 1].raw.get();
+        const int index = atEnd ? size : (fed != nullptr ? indexOf(raw, fed) : -1);
+        if (index >= 0)
+            return insertAt(index, raw.at(index));
+    }
+
+    for (int i = 0; i < size; ++i) {
+        // Records taken out of the middle change the history of those behind them.
+        if (indexOf(raw, _entries[i].raw.get()) < 0) {
+            _entries.clear();
+            _sequence->clear();
+            break;
+        }
+    }
+    Core::TimeWindow changed;
+    for (int i = 0; i < raw.size(); ++i) {
+        if (i >= _entries.size() || _entries[i].raw.get() != raw.at(i))
+            changed = changed.united(insertAt(i, raw.at(i)));
+    }
+    return changed;
+}
+
+void FilteredRecords::dropFront(const RecordSequence &raw)
+{
+    int dropped = 0;
+    int taken = 0;
+    while (dropped < _entries.size() && indexOf(raw, _entries[dropped].raw.get()) < 0)
+        taken += _entries[dropped++].taken ? 1 : 0;
+    if (dropped == 0)
+        return;
+    _entries.removeFront(dropped);
+    _sequence->removeFront(taken);
+}
+
+Core::TimeWindow FilteredRecords::insertAt(int index, const Record *record)
+{
+    Entry entry;
+    entry.raw = record;
+    _entries.insert(index, std::move(entry));
+
+    const bool splitsRun = index > 0 && _entries[index - 1].continued;
+    int begin = index;
+    while (begin > 0 && _entries[begin - 1].continued)
+        --begin;
+
+    const int last = filterFrom(begin, index, splitsRun);
+    if (begin == last) {
+        Entry &single = _entries[index];
+        single.taken = single.filtered != nullptr && _sequence->feed(single.filtered.get());
+    } else {
+        rebuildSequence();
+    }
+    return Core::TimeWindow(_entries[begin].raw->timeWindow())
+        .united(_entries[last].raw->timeWindow());
+}
+
+/**
+ * Filters again from entry @p begin, where a run begins or goes on, up to the end of the last run
+ * that the new entry at @p inserted changes. Returns the index of the last entry filtered.
+ */
+int FilteredRecords::filterFrom(int begin, int inserted, bool splitsRun)
+{
+    std::unique_ptr<Filter> filter;
+    if (begin > 0 && continues(*_entries[begin - 1].raw, *_entries[begin].raw)) {
+        filter = std::move(_entries[begin - 1].tail);
+        _entries[begin - 1].continued = true;
+    }
+
+    for (int i = begin;; ++i) {
+        Entry &entry = _entries[i];
+        const bool nextHadHistory = i == inserted ? splitsRun : entry.continued;
+        if (!filter && canFilter(*entry.raw))
+            filter = freshFilter(*entry.raw, 0);
+        entry.filtered = filter ? filtered(filter, *entry.raw) : RecordCPtr();
+
+        const bool last = i + 1 == _entries.size();
+        entry.continued = !last && continues(*entry.raw, *_entries[i + 1].raw);
+        if (entry.continued) {
+            entry.tail.reset();
+            continue;
+        }
+        entry.tail = std::move(filter);
+        if (last || (i >= inserted && !nextHadHistory))
+            return i;
+    }
+}
+
+void FilteredRecords::rebuildSequence()
+{
+    _sequence->clear();
+    for (int i = 0; i < _entries.size(); ++i) {
+        Entry &entry = _entries[i];
+        entry.taken = entry.filtered != nullptr && _sequence->feed(entry.filtered.get());
+    }
+}
+
+std::unique_ptr<FilteredRecords::Filter> FilteredRecords::freshFilter(const Record &record,
+                                                                      int firstSample) const
+{
+    std::unique_ptr<Filter> filter(_prototype.clone());
+    filter->setStreamID(record.networkCode(), record.stationCode(), record.locationCode(),
+                        record.channelCode());
+    filter->setStartTime(record.startTime() +
+                         Core::TimeSpan(firstSample / record.samplingFrequency()));
+    filter->setSamplingFrequency(record.samplingFrequency());
+    return filter;
+}
+
+RecordCPtr FilteredRecords::filtered(std::unique_ptr<Filter> &filter, const Record &record)
+{
+    const int count = record.sampleCount();
+    _samples.resize(static_cast<size_t>(count));
+    record.data()->convert(0, count, _samples.data());
+
+    // One sample that is not finite would stay in a recursive filter for good.
+    auto it = _samples.begin();
+    while (it != _samples.end()) {
+        const auto stop = std::find_if_not(it, _samples.end(), isFinite);
+        filter->apply(static_cast<int>(stop - it), &*it);
+        it = std::find_if(stop, _samples.end(), isFinite);
+        if (it != stop)
+            filter = freshFilter(record, static_cast<int>(it - _samples.begin()));
+    }
+
+    Core::SmartPointer<FloatArray> result(new FloatArray(count));
+    std::transform(_samples.begin(), _samples.end(), result->typedData(),
+                   [](double sample) { return static_cast<float>(sample); });
+    return record.withData(result);
+}
+
+} // namespace Gui
+} // namespace Tellarix

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <tellarix/core/math/filter.h>
+#include <tellarix/core/records/recordsequence.h>
+
+#include <memory>
+#include <vector>
+
+namespace Tellarix {
+namespace Gui {
+
+/**
+ * Keeps a filtered twin of a record sequence in step with it.
+ *
+ * Records that continue each other within half a sample at the same rate form a run, which is
+ * filtered as one signal: the filter's state at the end of each run is kept, so a record that
+ * continues a run is filtered alone. A gap, an overlap, another rate and samples that are not
+ * finite begin with a fresh filter. A record that arrives late is filtered together with the part
+ * of its run that it changes, so the result never depends on the order of arrival.
+ */
+class FilteredRecords
+{
+public:
+    using Filter = Math::Filtering::InPlaceFilter<double>;
+
+    /** @param prototype  is cloned for each run; has to outlive this object */
+    FilteredRecords(const Filter &prototype, double tolerance);
+    ~FilteredRecords();
+
+    RecordSequence *sequence() const;
+
+    /**
+     * Takes in what @p raw got since the last call and drops what it dropped.
+     * @param fed  the record that was fed, if known; saves a walk over all records
+     * @return the window of the records that were filtered; invalid if there were none
+     */
+    Core::TimeWindow update(const RecordSequence &raw, const Record *fed = nullptr);
+
+private:
+    class Sequence;
+
+    struct Entry
+    {
+        RecordCPtr raw;
+        RecordCPtr filtered;          /**< null for a record that can't be filtered */
+        bool taken{false};            /**< the filtered record is part of the sequence */
+        bool continued{false};        /**< the next record belongs to the same run */
+        std::unique_ptr<Filter> tail; /**< state behind the last record of a run */
+    };
+
+    void dropFront(const RecordSequence &raw);
+    Core::TimeWindow insertAt(int index, const Record *record);
+    int filterFrom(int begin, int inserted, bool splitsRun);
+    void rebuildSequence();
+    std::unique_ptr<Filter> freshFilter(const Record &record, int firstSample) const;
+    RecordCPtr filtered(std::unique_ptr<Filter> &filter, const Record &record);
+
+    const Filter &_prototype;
+    std::unique_ptr<Sequence> _sequence;
+    SlidingVector<Entry> _entries;
+    std::vector<double> _samples;
+};
+
+} // namespace Gui
+} // namespace Tellarix
