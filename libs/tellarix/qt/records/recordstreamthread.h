@@ -17,9 +17,13 @@ namespace Gui {
  * object, by its event loop.
  *
  * Every slot that is connected to receivedRecord() gets a reference of its own, which it adopts
- * with `RecordPtr record(pointer, false)`. At most a bounded number of records waits at a time: the
- * reader pauses when the owner is slow. finished() comes behind the last record. A thread that was
- * stopped may be connected and started again.
+ * with `RecordPtr record(pointer, false)`. At most 4096 records or 64 MB of samples wait at a time:
+ * the reader pauses when the owner is slow. The owner takes them in slices of a few milliseconds,
+ * so that it stays responsive. finished() comes behind the last record.
+ *
+ * The order of calls is connect(), then setTimeWindow() and addStream() as needed, then start();
+ * a thread that has ended or was stopped begins with connect() again. Use stop(true) to wait for
+ * the thread: plain wait() would keep the owner from taking the records that the thread waits for.
  */
 class TELLARIX_GUI_API RecordStreamThread : public QThread
 {
@@ -32,13 +36,15 @@ public:
 
     const std::string &recordStreamURL() const { return _url; }
 
-    /** Makes and sets up the stream; false with an errorString() if the URL can't be used or its
-     *  source can't be opened. Forgets streams and window that were asked for before. */
+    /** Makes the stream; false with an errorString() if the URL can't be used. Stops a running one
+     *  first; forgets streams, window and messages of before. A source that turns out to be
+     * unusable when it is read ends the thread with a message. */
     bool connect();
     const QString &errorString() const { return _errorString; }
-    /** Limits the records to a window; before start(). */
+    /** Limits the records to a window; between connect() and start(). */
     void setTimeWindow(const Core::TimeWindow &window);
-    /** Asks for a stream; before start(). */
+    /** Asks for a stream; between connect() and start(). False with an errorString() if the stream
+     *  can't be had from such a source. */
     bool addStream(const std::string &network, const std::string &station,
                    const std::string &location, const std::string &channel);
     bool addStream(const std::string &network, const std::string &station,
@@ -51,7 +57,8 @@ public:
 
     /** Share of the source that has been read, 0 to 1; negative if unknown. */
     double progress() const;
-    /** Messages of the stream so far, faults and notes. */
+    /** Messages of the stream so far, faults and notes; the first 1000, then a line that counts the
+     *  others. */
     QStringList messages() const;
 
     // The signal of QObject keeps its name beside connect() above.
@@ -60,7 +67,7 @@ public:
 signals:
     /** A record, with a reference for the receiver. */
     void receivedRecord(Tellarix::Record *record);
-    /** The stream reported damage or a note. */
+    /** The stream reported damage or a note; for the first 1000. */
     void messageReceived(const QString &text, bool isFault);
 
 protected:
@@ -69,14 +76,18 @@ protected:
     void timerEvent(QTimerEvent *event) override;
 
 private:
-    struct Queue;
+    class Queue;
 
+    void readRecords(Queue &queue, IO::RecordStream &stream);
+    void report(Queue &queue, const QString &text, bool isFault);
     void deliver();
+    void continueLater(bool later);
 
     std::string _url;
     QString _errorString;
     IO::RecordStreamPtr _stream;
-    std::unique_ptr<Queue> _queue;
+    std::shared_ptr<Queue> _queue; // of one run, from connect() on
+    int _timer{0};
 };
 
 } // namespace Gui

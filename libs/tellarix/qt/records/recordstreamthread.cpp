@@ -1,0 +1,337 @@
+#include <tellarix/qt/records/recordstreamthread.h>
+
+#include <tellarix/core/records/record.h>
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QEvent>
+#include <QMutex>
+#include <QMutexLocker>
+#include <QPointer>
+#include <QTimerEvent>
+#include <QWaitCondition>
+
+#include <deque>
+#include <exception>
+
+namespace Tellarix {
+namespace Gui {
+
+namespace {
+
+constexpr size_t MostRecords = 4096;
+constexpr size_t MostBytes = 64 * 1024 * 1024;
+constexpr int MostMessages = 1000;
+constexpr qint64 SliceMSecs = 8;
+
+const auto RecordsWaiting = static_cast<QEvent::Type>(QEvent::registerEventType());
+
+size_t byteCount(const Record &record)
+{
+    return record.data() ? record.data()->memorySize() : 0;
+}
+
+} // namespace
+
+/** Records between the reader and the owner, and what was said about them. */
+class RecordStreamThread::Queue
+{
+public:
+    /**
+     * Appends a record as soon as there is room.
+     * @param wake  set if the owner has to be told
+     * @return false if the queue was stopped
+     */
+    bool push(RecordPtr record, bool &wake)
+    {
+        QMutexLocker lock(&_mutex);
+        while (!_stopped && (isFull() || (_readerWaits && !hasMuchRoom()))) {
+            _readerWaits = true;
+            _changed.wait(&_mutex);
+        }
+        _readerWaits = false;
+        if (_stopped)
+            return false;
+
+        _bytes += byteCount(*record);
+        _records.push_back(std::move(record));
+        wake = !_ownerAwake;
+        _ownerAwake = true;
+        return true;
+    }
+
+    /** The next record, which counts as delivered at the call of delivered(); null if there is
+     *  none, and then the owner has to be woken for the next one. */
+    RecordPtr take()
+    {
+        QMutexLocker lock(&_mutex);
+        if (_records.empty()) {
+            _ownerAwake = false;
+            return nullptr;
+        }
+
+        RecordPtr record = std::move(_records.front());
+        _records.pop_front();
+        _bytes -= byteCount(*record);
+        ++_inDelivery;
+        if (_readerWaits && hasMuchRoom())
+            _changed.wakeAll();
+        return record;
+    }
+
+    void delivered()
+    {
+        QMutexLocker lock(&_mutex);
+        --_inDelivery;
+        if (_records.empty() && _inDelivery == 0)
+            _changed.wakeAll();
+    }
+
+    /** Waits until the owner has got all records. */
+    void waitUntilDelivered()
+    {
+        QMutexLocker lock(&_mutex);
+        while (!_stopped && (!_records.empty() || _inDelivery > 0))
+            _changed.wait(&_mutex);
+    }
+
+    void stop()
+    {
+        std::deque<RecordPtr> dropped; // freed without the lock
+        QMutexLocker lock(&_mutex);
+        _stopped = true;
+        dropped.swap(_records);
+        _bytes = 0;
+        _changed.wakeAll();
+    }
+
+    bool isStopped() const
+    {
+        QMutexLocker lock(&_mutex);
+        return _stopped;
+    }
+
+    /** False if there are too many messages already; then it is only counted. */
+    bool addMessage(const QString &text)
+    {
+        QMutexLocker lock(&_mutex);
+        if (_messages.size() >= MostMessages) {
+            ++_furtherMessages;
+            return false;
+        }
+        _messages.append(text);
+        return true;
+    }
+
+    QStringList messages() const
+    {
+        QMutexLocker lock(&_mutex);
+        QStringList result = _messages;
+        if (_furtherMessages > 0)
+            result.append(tr("... and %n more", nullptr, _furtherMessages));
+        return result;
+    }
+
+private:
+    bool isFull() const { return _records.size() >= MostRecords || _bytes >= MostBytes; }
+    // A reader that had to wait goes on when there is room for many, and so changes less often.
+    bool hasMuchRoom() const
+    {
+        return _records.size() <= MostRecords / 2 && _bytes <= MostBytes / 2;
+    }
+
+    mutable QMutex _mutex;
+    QWaitCondition _changed;
+    std::deque<RecordPtr> _records;
+    size_t _bytes{0};
+    int _inDelivery{0};
+    bool _ownerAwake{false};
+    bool _readerWaits{false};
+    bool _stopped{false};
+    QStringList _messages;
+    int _furtherMessages{0};
+};
+
+RecordStreamThread::RecordStreamThread(const std::string &recordStreamURL)
+    : _url(recordStreamURL), _queue(std::make_shared<Queue>())
+{
+    qRegisterMetaType<Tellarix::Record *>("Tellarix::Record*");
+}
+
+RecordStreamThread::~RecordStreamThread()
+{
+    stop(true);
+}
+
+bool RecordStreamThread::connect()
+{
+    stop(true);
+    continueLater(false);
+
+    std::string error;
+    _queue = std::make_shared<Queue>();
+    _stream = IO::RecordStream::Create(_url, &error);
+    _errorString = QString::fromStdString(error);
+    if (!_stream)
+        return false;
+
+    _errorString.clear();
+    // The stream may outlive its turn in this thread, but its queue then is another one.
+    _stream->setMessageHandler([this, queue = _queue](const IO::StreamMessage &message) {
+        report(*queue, QString::fromStdString(message.text()),
+               message.severity == IO::StreamMessage::Severity::Fault);
+    });
+    return true;
+}
+
+void RecordStreamThread::setTimeWindow(const Core::TimeWindow &window)
+{
+    if (_stream && !isRunning())
+        _stream->setTimeWindow(window);
+}
+
+bool RecordStreamThread::addStream(const std::string &network, const std::string &station,
+                                   const std::string &location, const std::string &channel)
+{
+    return addStream(network, station, location, channel, Core::TimeWindow());
+}
+
+bool RecordStreamThread::addStream(const std::string &network, const std::string &station,
+                                   const std::string &location, const std::string &channel,
+                                   const Core::TimeWindow &window)
+{
+    if (!_stream || isRunning()) {
+        _errorString = _stream ? tr("Streams can't be added while %1 is being read")
+                                     .arg(QString::fromStdString(_url))
+                               : tr("%1 is not connected").arg(QString::fromStdString(_url));
+        return false;
+    }
+    if (_stream->addStream(network, station, location, channel, window))
+        return true;
+    _errorString = QString::fromStdString(_stream->errorString());
+    return false;
+}
+
+void RecordStreamThread::stop(bool waitForTermination)
+{
+    // In this order, so that a reader that is just opening the stream sees that it has to end.
+    _queue->stop();
+    if (_stream && isRunning())
+        _stream->close();
+    if (waitForTermination && QThread::currentThread() != this)
+        wait();
+}
+
+double RecordStreamThread::progress() const
+{
+    return _stream ? _stream->progress() : -1;
+}
+
+QStringList RecordStreamThread::messages() const
+{
+    return _queue->messages();
+}
+
+void RecordStreamThread::run()
+{
+    const std::shared_ptr<Queue> queue = _queue;
+    const IO::RecordStreamPtr stream = _stream;
+    if (!stream) {
+        report(*queue, tr("%1 is not connected").arg(QString::fromStdString(_url)), true);
+        return;
+    }
+
+    // Streams are open to be added by others, and an exception must not end the program.
+    try {
+        readRecords(*queue, *stream);
+    } catch (const std::exception &exception) {
+        report(*queue,
+               QStringLiteral("%1: %2").arg(QString::fromStdString(_url),
+                                            QString::fromLocal8Bit(exception.what())),
+               true);
+    }
+    stream->close();
+    queue->waitUntilDelivered();
+}
+
+void RecordStreamThread::readRecords(Queue &queue, IO::RecordStream &stream)
+{
+    if (queue.isStopped())
+        return;
+    if (!stream.open()) {
+        const QString reason = QString::fromStdString(stream.errorString());
+        const QString text = tr("%1 can't be opened").arg(QString::fromStdString(_url));
+        if (!queue.isStopped())
+            report(queue, reason.isEmpty() ? text : reason, true);
+        return;
+    }
+
+    while (!queue.isStopped()) {
+        RecordPtr record = stream.next();
+        bool wake = false;
+        if (!record || !queue.push(std::move(record), wake))
+            return;
+        if (wake)
+            QCoreApplication::postEvent(this, new QEvent(RecordsWaiting));
+    }
+}
+
+void RecordStreamThread::report(Queue &queue, const QString &text, bool isFault)
+{
+    if (queue.addMessage(text))
+        emit messageReceived(text, isFault);
+}
+
+bool RecordStreamThread::event(QEvent *event)
+{
+    if (event->type() != RecordsWaiting)
+        return QThread::event(event);
+    deliver();
+    return true;
+}
+
+void RecordStreamThread::timerEvent(QTimerEvent *event)
+{
+    if (event->timerId() == _timer)
+        deliver();
+    else
+        QThread::timerEvent(event);
+}
+
+void RecordStreamThread::deliver()
+{
+    const QPointer<RecordStreamThread> self(this);
+    const std::shared_ptr<Queue> queue = _queue;
+
+    QElapsedTimer elapsed;
+    elapsed.start();
+    while (RecordPtr record = queue->take()) {
+        const int count = receivers(SIGNAL(receivedRecord(Tellarix::Record *)));
+        for (int i = 0; i < count; ++i)
+            intrusive_ptr_add_ref(record.get());
+        emit receivedRecord(record.get());
+        queue->delivered();
+
+        // A receiver may have deleted this object or connected it again.
+        if (!self || queue != _queue)
+            return;
+        if (elapsed.elapsed() >= SliceMSecs) {
+            continueLater(true);
+            return;
+        }
+    }
+    continueLater(false);
+}
+
+void RecordStreamThread::continueLater(bool later)
+{
+    if (later && _timer == 0) {
+        _timer = startTimer(0);
+    } else if (!later && _timer != 0) {
+        killTimer(_timer);
+        _timer = 0;
+    }
+}
+
+} // namespace Gui
+} // namespace Tellarix
