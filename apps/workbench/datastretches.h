@@ -1,0 +1,31 @@
+#pragma once
+
+#include <tellarix/core/timewindow.h>
+
+#include <QVector>
+
+namespace Workbench {
+
+/**
+ * Groups the windows of records into stretches that are worth looking at one by one.
+ *
+ * Recordings of single events may lie years apart, so that a view of all of them shows nothing but
+ * thin lines. A new stretch begins where no window covers a time longer than half of all that is
+ * covered, and longer than a minute.
+ *
+ * @param windows  windows in any order, which may overlap; empty ones don't count
+ * @return stretches in ascending order, disjoint
+ */
+QVector<Tellarix::Core::TimeWindow> dataStretches(QVector<Tellarix::Core::TimeWindow> windows);
+
+/**
+ * Index of the stretch that follows (@p step = 1) or precedes (@p step = -1) what is visible.
+ * @return -1 if there is none
+ */
+int neighbouringStretch(const QVector<Tellarix::Core::TimeWindow> &stretches,
+                        const Tellarix::Core::TimeWindow &visible, int step);
+
+/** @p window with 1 percent of its length, at least a second, added on either side. */
+Tellarix::Core::TimeWindow withMargins(const Tellarix::Core::TimeWindow &window);
+
+} // namespace Workbench

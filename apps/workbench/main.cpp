@@ -1,0 +1,35 @@
+#include "workbenchapplication.h"
+
+#include <QtGlobal>
+
+#include <cstring>
+
+namespace {
+
+/** Pictures need no display, and no splash either. */
+bool wantsPictures(int argc, char **argv)
+{
+    for (int i = 1; i < argc; ++i) {
+        if (std::strncmp(argv[i], "--snapshot", std::strlen("--snapshot")) == 0)
+            return true;
+    }
+    return false;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    using Workbench::WorkbenchApplication;
+
+    int flags = WorkbenchApplication::WantRecordStream | WorkbenchApplication::ShowSplash;
+    if (wantsPictures(argc, argv)) {
+        flags &= ~WorkbenchApplication::ShowSplash;
+        if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")
+            && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+            qputenv("QT_QPA_PLATFORM", "offscreen");
+    }
+    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+    WorkbenchApplication application(argc, argv, flags);
+    return application();
+}

@@ -1,0 +1,242 @@
+#include "mainwindow.h"
+
+#include "waveformpanel.h"
+
+#include <norvu/gui/traceview.h>
+#include <tellarix/client/demo/demonstration.h>
+#include <tellarix/core/environment.h>
+
+#include <QAction>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDir>
+#include <QDockWidget>
+#include <QDragEnterEvent>
+#include <QFileDialog>
+#include <QFontDatabase>
+#include <QInputDialog>
+#include <QLabel>
+#include <QMenuBar>
+#include <QMimeData>
+#include <QPlainTextEdit>
+#include <QSettings>
+#include <QStandardPaths>
+#include <QStatusBar>
+
+#include <cstdio>
+
+using namespace Tellarix;
+
+namespace Workbench {
+
+namespace {
+
+constexpr auto SettingsGroup = "Workbench";
+
+QStringList localFiles(const QMimeData *data)
+{
+    QStringList files;
+    for (const QUrl &url : data->urls()) {
+        if (url.isLocalFile())
+            files.append(url.toLocalFile());
+    }
+    return files;
+}
+
+QString demonstrationFolder()
+{
+    return QDir(QString::fromUtf8(Environment::Instance()->dataDir())).filePath("demonstration");
+}
+
+} // namespace
+
+MainWindow::MainWindow(QWidget *parent) : QMainWindow(parent), _waveforms(new WaveformPanel(this))
+{
+    setWindowTitle(tr("Norvu workbench"));
+    setCentralWidget(_waveforms);
+    setAcceptDrops(true);
+    resize(1200, 800);
+
+    createMessageDock();
+    createStatusBar();
+    createFileMenu();
+    createViewMenu();
+    _waveforms->view()->setFocus();
+}
+
+void MainWindow::createFileMenu()
+{
+    QMenu *menu = menuBar()->addMenu(tr("&File"));
+    menu->addAction(tr("&Open files…"), this, SLOT(askForFiles()), QKeySequence::Open);
+    menu->addAction(tr("Open &URL…"), this, SLOT(askForUrl()), tr("Ctrl+L"));
+    menu->addAction(tr("Open the &demonstration"), this, SLOT(openDemonstration()));
+    menu->addSeparator();
+    menu->addAction(tr("&Close all"), this, SLOT(closeAll()), QKeySequence::Close);
+    menu->addAction(tr("&Quit"), this, SLOT(close()), QKeySequence::Quit);
+}
+
+void MainWindow::createViewMenu()
+{
+    QMenu *menu = menuBar()->addMenu(tr("&View"));
+    menu->addAction(tr("Show &all data"), _waveforms, SLOT(showAllData()), tr("Ctrl+0"));
+    menu->addAction(tr("&Next stretch of data"), _waveforms, SLOT(showNextStretch()),
+                    QKeySequence::MoveToNextPage);
+    menu->addAction(tr("&Previous stretch of data"), _waveforms, SLOT(showPreviousStretch()),
+                    QKeySequence::MoveToPreviousPage);
+    menu->addSeparator();
+    menu->addActions(_waveforms->view()->controlActions());
+    menu->addSeparator();
+
+    QAction *compact = menu->addAction(tr("&Compact rows"));
+    compact->setCheckable(true);
+    compact->setShortcut(tr("Ctrl+K"));
+    connect(compact, &QAction::toggled, _waveforms, &WaveformPanel::setCompact);
+    connect(_waveforms, SIGNAL(compactChanged(bool)), compact, SLOT(setChecked(bool)));
+
+    menu->addAction(_messageDock->toggleViewAction());
+}
+
+void MainWindow::createMessageDock()
+{
+    _messages = new QPlainTextEdit(this);
+    _messages->setReadOnly(true);
+    _messages->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    _messages->setLineWrapMode(QPlainTextEdit::NoWrap);
+
+    _messageDock = new QDockWidget(tr("Messages"), this);
+    _messageDock->setObjectName("messages");
+    _messageDock->setWidget(_messages);
+    addDockWidget(Qt::BottomDockWidgetArea, _messageDock);
+    _messageDock->hide();
+}
+
+void MainWindow::createStatusBar()
+{
+    _pointerLabel = new QLabel(this);
+    _rangeLabel = new QLabel(this);
+    statusBar()->addWidget(_pointerLabel, 1);
+    statusBar()->addPermanentWidget(_rangeLabel);
+    connect(_waveforms, SIGNAL(pointerText(QString)), _pointerLabel, SLOT(setText(QString)));
+    connect(_waveforms, SIGNAL(rangeText(QString)), _rangeLabel, SLOT(setText(QString)));
+}
+
+void MainWindow::setTimeWindow(const Core::TimeWindow &window)
+{
+    _waveforms->setTimeWindow(window);
+}
+
+bool MainWindow::open(const QStringList &sources)
+{
+    const WaveformPanel::Outcome outcome = _waveforms->open(sources);
+    tell(outcome.messages);
+    return outcome.ok;
+}
+
+bool MainWindow::openDemonstration()
+{
+    const QString folder = demonstrationFolder();
+    if (!Demo::demonstrationIsComplete(folder)) {
+        statusBar()->showMessage(tr("Writing the demonstration recordings…"));
+        QString error;
+        const bool written = Demo::writeDemonstration(folder, &error);
+        statusBar()->clearMessage();
+        if (!written) {
+            tell({error});
+            return false;
+        }
+    }
+
+    QHash<QString, double> distances;
+    for (const Demo::DemoStation &station : Demo::demonstrationStations())
+        distances.insert(station.network + '.' + station.code, station.distanceKm);
+    _waveforms->setDistances(distances);
+    const bool opened = open(Demo::demonstrationFiles(folder));
+    _waveforms->view()->sortView();
+    return opened;
+}
+
+void MainWindow::closeAll()
+{
+    _waveforms->clear();
+    _messages->clear();
+}
+
+void MainWindow::askForFiles()
+{
+    QSettings settings;
+    settings.beginGroup(SettingsGroup);
+    const QStringList files = QFileDialog::getOpenFileNames(
+        this, tr("Open waveform files"), settings.value("folder").toString(),
+        tr("Waveforms (*.mseed *.msd *.mseed3 *.ms3 *.sac *.SAC);;All files (*)"));
+    if (files.isEmpty())
+        return;
+    settings.setValue("folder", QFileInfo(files.first()).absolutePath());
+    open(files);
+}
+
+void MainWindow::askForUrl()
+{
+    const QString url = QInputDialog::getText(this, tr("Open URL"),
+                                              tr("URL of a record stream, for instance "
+                                                 "archive:///data/archive"));
+    if (!url.trimmed().isEmpty())
+        open({url.trimmed()});
+}
+
+void MainWindow::tell(const QStringList &problems)
+{
+    if (problems.isEmpty())
+        return;
+    if (!_interactive) {
+        for (const QString &problem : problems)
+            std::fprintf(stderr, "%s\n", qUtf8Printable(problem));
+        return;
+    }
+    for (const QString &problem : problems)
+        _messages->appendPlainText(problem);
+    _messageDock->show();
+}
+
+QVector<MainWindow::Snapshot> MainWindow::snapshots()
+{
+    QCoreApplication::processEvents();
+    return {{"waveforms.png", grab()}};
+}
+
+void MainWindow::restoreSettings()
+{
+    QSettings settings;
+    settings.beginGroup(SettingsGroup);
+    restoreGeometry(settings.value("geometry").toByteArray());
+    restoreState(settings.value("state").toByteArray());
+    _messageDock->hide();
+}
+
+void MainWindow::saveSettings() const
+{
+    QSettings settings;
+    settings.beginGroup(SettingsGroup);
+    settings.setValue("geometry", saveGeometry());
+    settings.setValue("state", saveState());
+}
+
+void MainWindow::closeEvent(QCloseEvent *event)
+{
+    if (_interactive)
+        saveSettings();
+    QMainWindow::closeEvent(event);
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent *event)
+{
+    if (!localFiles(event->mimeData()).isEmpty())
+        event->acceptProposedAction();
+}
+
+void MainWindow::dropEvent(QDropEvent *event)
+{
+    event->acceptProposedAction();
+    open(localFiles(event->mimeData()));
+}
+
+} // namespace Workbench

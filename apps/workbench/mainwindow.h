@@ -1,0 +1,79 @@
+#pragma once
+
+#include <tellarix/core/timewindow.h>
+
+#include <QMainWindow>
+#include <QPixmap>
+#include <QStringList>
+#include <QVector>
+
+class QDockWidget;
+class QLabel;
+class QPlainTextEdit;
+
+namespace Workbench {
+
+class WaveformPanel;
+
+/** The workbench's window: menus, panels, status line and a list of problems. */
+class MainWindow : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    struct Snapshot
+    {
+        QString fileName;
+        QPixmap picture;
+    };
+
+    explicit MainWindow(QWidget *parent = nullptr);
+
+    /** Without interaction problems go to standard error instead of the list and its boxes. */
+    void setInteractive(bool interactive) { _interactive = interactive; }
+
+    /** Limits what is loaded to a window; an invalid one loads everything. */
+    void setTimeWindow(const Tellarix::Core::TimeWindow &window);
+
+    /**
+     * Opens files and URLs of record streams beside what is open already.
+     * @return false if one of them could not be opened or gave nothing
+     */
+    bool open(const QStringList &sources);
+
+    /** A picture of each panel, at the size of the window. */
+    QVector<Snapshot> snapshots();
+
+    void restoreSettings();
+
+public slots:
+    /** Opens the demonstration recordings, which are written first if they aren't there. */
+    bool openDemonstration();
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
+
+private slots:
+    void askForFiles();
+    void askForUrl();
+    void closeAll();
+
+private:
+    void createFileMenu();
+    void createViewMenu();
+    void createMessageDock();
+    void createStatusBar();
+    void saveSettings() const;
+    void tell(const QStringList &problems);
+
+    WaveformPanel *_waveforms;
+    QDockWidget *_messageDock{nullptr};
+    QPlainTextEdit *_messages{nullptr};
+    QLabel *_pointerLabel{nullptr};
+    QLabel *_rangeLabel{nullptr};
+    bool _interactive{true};
+};
+
+} // namespace Workbench

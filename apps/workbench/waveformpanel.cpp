@@ -1,0 +1,187 @@
+#include "waveformpanel.h"
+
+#include "datastretches.h"
+#include "sourceloader.h"
+
+#include <norvu/gui/trace.h>
+#include <norvu/gui/traceview.h>
+#include <tellarix/qt/records/recordwidget.h>
+
+#include <QEvent>
+#include <QMouseEvent>
+#include <QVBoxLayout>
+
+using namespace Tellarix;
+using Norvu::Gui::Trace;
+using Norvu::Gui::TraceView;
+
+namespace Workbench {
+
+namespace {
+
+/** From so many rows on, header lines would take more room than traces. */
+constexpr int ManyRows = 12;
+constexpr int DistanceKey = 4;
+
+QString stationOf(const Trace *row)
+{
+    return row->data(0).toString() + '.' + row->data(1).toString();
+}
+
+QString timeText(const Core::Time &time)
+{
+    return QString::fromStdString(time.toString("%Y-%m-%d %H:%M:%S"));
+}
+
+} // namespace
+
+WaveformPanel::WaveformPanel(QWidget *parent)
+    : QWidget(parent), _view(new TraceView(this, Qt::WindowFlags(), nullptr, true))
+{
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(_view);
+
+    connect(_view, SIGNAL(displayChanged(double, double, double)), this, SLOT(updateRangeText()));
+}
+
+WaveformPanel::Outcome WaveformPanel::open(const QStringList &sources)
+{
+    Outcome outcome;
+    const int before = _view->count();
+    for (const QString &source : sources)
+        load(source, outcome);
+
+    for (int i = before; i < _view->count(); ++i)
+        dress(_view->itemAt(i));
+    if (before == 0 && _view->count() >= ManyRows)
+        setCompact(true);
+    _view->sortView();
+
+    collectStretches();
+    if (!_stretches.isEmpty())
+        _view->setVisibleTimeWindow(withMargins(_stretches.first()));
+    updateRangeText();
+    return outcome;
+}
+
+void WaveformPanel::load(const QString &source, Outcome &outcome)
+{
+    SourceLoader loader(source.toStdString());
+    QString error;
+    if (!loader.isUsable(&error)) {
+        outcome.ok = false;
+        outcome.messages.append(error);
+        return;
+    }
+    if (!loader.load(_view, _window))
+        outcome.ok = false;
+    outcome.messages += loader.messages();
+    if (loader.recordCount() == 0) {
+        outcome.ok = false;
+        outcome.messages.append(tr("%1: no waveforms in it").arg(source));
+    }
+}
+
+void WaveformPanel::clear()
+{
+    _view->clear();
+    _stretches.clear();
+    _distancesKm.clear();
+    updateRangeText();
+}
+
+void WaveformPanel::dress(Trace *row)
+{
+    Gui::RecordWidget *widget = row->recordWidget();
+    widget->installEventFilter(this);
+    widget->setRecordLabel(0, _compact ? row->label() : QString());
+    row->setHeaderVisible(!_compact);
+
+    const auto distance = _distancesKm.constFind(stationOf(row));
+    if (distance != _distancesKm.constEnd()) {
+        row->setData(DistanceKey, *distance);
+        row->setDescription(tr("%1 km").arg(*distance, 0, 'f', 1));
+    }
+}
+
+void WaveformPanel::setCompact(bool compact)
+{
+    if (compact == _compact)
+        return;
+
+    _compact = compact;
+    for (Trace *row : _view->items())
+        dress(row);
+    emit compactChanged(compact);
+}
+
+void WaveformPanel::collectStretches()
+{
+    QVector<Core::TimeWindow> windows;
+    for (const Trace *row : _view->items()) {
+        const Gui::RecordWidget *widget = row->recordWidget();
+        for (int slot = 0; slot < widget->slotCount(); ++slot) {
+            if (!widget->records(slot))
+                continue;
+            for (const RecordSpan &span : widget->records(slot)->spans())
+                windows.append(Core::TimeWindow(span.start, span.end));
+        }
+    }
+    _stretches = dataStretches(windows);
+}
+
+void WaveformPanel::showAllData()
+{
+    _view->setCoveredTimeRange();
+}
+
+void WaveformPanel::showNextStretch()
+{
+    showNeighbour(1);
+}
+
+void WaveformPanel::showPreviousStretch()
+{
+    showNeighbour(-1);
+}
+
+void WaveformPanel::showNeighbour(int step)
+{
+    const int index = neighbouringStretch(_stretches, _view->visibleTimeWindow(), step);
+    if (index >= 0)
+        _view->setVisibleTimeWindow(withMargins(_stretches[index]));
+}
+
+void WaveformPanel::updateRangeText()
+{
+    if (_view->count() == 0) {
+        emit rangeText(QString());
+        return;
+    }
+    const Core::TimeWindow visible = _view->visibleTimeWindow();
+    QString text = tr("%1 to %2 UTC").arg(timeText(visible.startTime()), timeText(visible.endTime()));
+    if (_stretches.size() > 1) {
+        for (int i = 0; i < _stretches.size(); ++i) {
+            if (_stretches[i].overlaps(visible)) {
+                text += tr("  ·  stretch %1 of %2").arg(i + 1).arg(_stretches.size());
+                break;
+            }
+        }
+    }
+    emit rangeText(text);
+}
+
+bool WaveformPanel::eventFilter(QObject *watched, QEvent *event)
+{
+    auto *widget = qobject_cast<Gui::RecordWidget *>(watched);
+    if (widget && event->type() == QEvent::MouseMove) {
+        const QPoint position = static_cast<QMouseEvent *>(event)->pos();
+        emit pointerText(widget->statusText(position));
+    } else if (widget && event->type() == QEvent::Leave) {
+        emit pointerText(QString());
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+} // namespace Workbench

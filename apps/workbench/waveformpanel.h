@@ -1,0 +1,87 @@
+#pragma once
+
+#include <tellarix/core/timewindow.h>
+
+#include <QHash>
+#include <QStringList>
+#include <QVector>
+#include <QWidget>
+
+namespace Norvu {
+namespace Gui {
+class Trace;
+class TraceView;
+} // namespace Gui
+} // namespace Norvu
+
+namespace Workbench {
+
+/** The waveforms: a trace view, what has been opened into it, and ways through its data. */
+class WaveformPanel : public QWidget
+{
+    Q_OBJECT
+
+public:
+    /** What came of opening something. */
+    struct Outcome
+    {
+        bool ok{true};        /**< everything could be opened and gave data */
+        QStringList messages; /**< problems, one text each */
+    };
+
+    explicit WaveformPanel(QWidget *parent = nullptr);
+
+    Norvu::Gui::TraceView *view() const { return _view; }
+
+    /** Limits what is loaded to a window; an invalid one loads everything. */
+    void setTimeWindow(const Tellarix::Core::TimeWindow &window) { _window = window; }
+    /**
+     * Loads files and record streams into the rows, beside what is there, and shows the first
+     * stretch of their data. Whatever can be read is shown, also where there were problems.
+     */
+    Outcome open(const QStringList &sources);
+    /** Takes all rows away. */
+    void clear();
+
+    /** Rows without a header line, their names inside the traces; for many rows at once. */
+    bool isCompact() const { return _compact; }
+
+    /** Epicentral distances in km by "NET.STA", shown beside the names and used for sorting. */
+    void setDistances(const QHash<QString, double> &distancesKm) { _distancesKm = distancesKm; }
+
+    /** Stretches of data in time order. */
+    const QVector<Tellarix::Core::TimeWindow> &stretches() const { return _stretches; }
+
+public slots:
+    void setCompact(bool compact);
+    void showAllData();
+    void showNextStretch();
+    void showPreviousStretch();
+
+signals:
+    /** What is under the pointer, or nothing. */
+    void pointerText(const QString &text);
+    /** Which time is shown. */
+    void rangeText(const QString &text);
+    void compactChanged(bool compact);
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private slots:
+    void updateRangeText();
+
+private:
+    void load(const QString &source, Outcome &outcome);
+    void dress(Norvu::Gui::Trace *row);
+    void collectStretches();
+    void showNeighbour(int step);
+
+    Norvu::Gui::TraceView *_view;
+    Tellarix::Core::TimeWindow _window;
+    QVector<Tellarix::Core::TimeWindow> _stretches;
+    QHash<QString, double> _distancesKm;
+    bool _compact{false};
+};
+
+} // namespace Workbench

@@ -1,0 +1,122 @@
+#include "workbenchapplication.h"
+
+#include "mainwindow.h"
+#include "waveformpanel.h"
+
+#include <norvu/gui/splashscreen.h>
+#include <tellarix/client/demo/demonstration.h>
+#include <tellarix/core/environment.h>
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <cstdio>
+
+using namespace Tellarix;
+
+namespace Workbench {
+
+namespace {
+
+constexpr auto SplashImage = ":/norvu/gui/icons/splash.png";
+constexpr auto IconFile = ":/norvu/gui/icons/norvu.svg";
+constexpr auto SnapshotSize = QSize(1600, 900);
+
+void printError(const QString &text)
+{
+    std::fprintf(stderr, "%s\n", qUtf8Printable(text));
+}
+
+} // namespace
+
+WorkbenchApplication::WorkbenchApplication(int &argc, char **argv, int flags)
+    : Norvu::Gui::Application(argc, argv, flags, GuiClient, SplashImage, IconFile, "Norvu",
+                              "Waveforms, spectrograms, events and maps on one desk",
+                              Core::CurrentVersion.toString().c_str())
+{
+    setName("norvu-workbench");
+    setVersion(Core::CurrentVersion.toString());
+}
+
+void WorkbenchApplication::createCommandLineDescription()
+{
+    Norvu::Gui::Application::createCommandLineDescription();
+    commandLine().setApplicationDescription(
+        tr("Shows waveforms of files, day-file archives and record streams. Without an argument it "
+           "opens its built-in demonstration."));
+    commandLine().addPositionalArgument("URL|FILE", tr("What to open."), "[URL|FILE...]");
+    commandLine().addOption({"snapshot",
+                             tr("Writes a picture of each panel to DIR and ends; works without a "
+                                "display too."),
+                             "DIR"});
+}
+
+bool WorkbenchApplication::validateParameters()
+{
+    if (!Norvu::Gui::Application::validateParameters())
+        return false;
+    if (isSnapshot() && commandLine().value("snapshot").isEmpty())
+        return usageError(tr("--snapshot needs the name of a folder"));
+    return true;
+}
+
+bool WorkbenchApplication::isSnapshot() const
+{
+    return commandLine().isSet("snapshot");
+}
+
+QStringList WorkbenchApplication::sources()
+{
+    QStringList sources = positionalArguments();
+    const QString stream = QString::fromStdString(recordStreamURL());
+    if (sources.isEmpty() && !stream.isEmpty())
+        sources.append(stream);
+    return sources;
+}
+
+bool WorkbenchApplication::run()
+{
+    MainWindow window;
+    if (isSnapshot())
+        window.resize(SnapshotSize);
+    else
+        window.restoreSettings();
+    setMainWidget(&window);
+    window.show();
+    if (splashScreen())
+        splashScreen()->close();
+
+    window.setInteractive(!isSnapshot());
+    const QStringList wanted = sources();
+    const bool opened = wanted.isEmpty() ? window.openDemonstration() : window.open(wanted);
+
+    bool ok = true;
+    if (isSnapshot())
+        ok = writeSnapshots(window) && opened;
+    else
+        ok = Norvu::Gui::Application::run();
+    setMainWidget(nullptr);
+    return ok;
+}
+
+bool WorkbenchApplication::writeSnapshots(MainWindow &window)
+{
+    const QDir folder(commandLine().value("snapshot"));
+    if (!QDir().mkpath(folder.path())) {
+        printError(tr("%1: the folder can't be made").arg(folder.path()));
+        return false;
+    }
+    bool ok = true;
+    for (const MainWindow::Snapshot &snapshot : window.snapshots()) {
+        const QString file = folder.filePath(snapshot.fileName);
+        if (snapshot.picture.save(file, "PNG"))
+            std::printf("%s\n", qUtf8Printable(file));
+        else {
+            printError(tr("%1: the picture can't be written").arg(file));
+            ok = false;
+        }
+    }
+    return ok;
+}
+
+} // namespace Workbench

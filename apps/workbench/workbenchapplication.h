@@ -1,0 +1,32 @@
+#pragma once
+
+#include <norvu/gui/application.h>
+
+#include <QStringList>
+
+namespace Workbench {
+
+class MainWindow;
+
+/** The workbench's application object: its command line, and what a start shows. */
+class WorkbenchApplication : public Norvu::Gui::Application
+{
+    Q_OBJECT
+
+public:
+    /** @param flags  bit 0 shows the splash */
+    WorkbenchApplication(int &argc, char **argv, int flags);
+
+    bool run() override;
+
+protected:
+    void createCommandLineDescription() override;
+    bool validateParameters() override;
+
+private:
+    QStringList sources();
+    bool isSnapshot() const;
+    bool writeSnapshots(MainWindow &window);
+};
+
+} // namespace Workbench
