@@ -13,9 +13,15 @@
 namespace Norvu {
 namespace Gui {
 
-TraceFileLoader::TraceFileLoader(const std::string &file, QObject *) : AbstractTraceLoader(nullptr)
+TraceFileLoader::TraceFileLoader(const std::string &file, QObject *)
+    : TraceFileLoader(new Tellarix::Gui::RecordStreamThread("file://" + file))
 {
-    setStream(new Tellarix::Gui::RecordStreamThread("file://" + file));
+}
+
+TraceFileLoader::TraceFileLoader(Tellarix::Gui::RecordStreamThread *stream)
+    : AbstractTraceLoader(nullptr)
+{
+    setStream(stream);
 }
 
 bool TraceFileLoader::load(TraceView *view, const Tellarix::Core::TimeWindow &window)

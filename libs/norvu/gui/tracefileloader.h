@@ -28,6 +28,11 @@ public:
 protected slots:
     void receivedRecord(Tellarix::Record *record) override;
 
+protected:
+    /** A loader that makes rows for the streams of another source than a file; takes over
+     *  @p stream. */
+    explicit TraceFileLoader(Tellarix::Gui::RecordStreamThread *stream);
+
 private:
     Trace *addRowFor(const Tellarix::Record &record);
 };

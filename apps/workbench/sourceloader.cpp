@@ -1,0 +1,28 @@
+#include "sourceloader.h"
+
+#include <tellarix/client/io/recordstream.h>
+#include <tellarix/qt/records/recordstreamthread.h>
+
+namespace Workbench {
+
+SourceLoader::SourceLoader(const std::string &source)
+    : TraceFileLoader(new Tellarix::Gui::RecordStreamThread(source)), _source(source)
+{
+}
+
+bool SourceLoader::isUsable(QString *error) const
+{
+    std::string reason;
+    if (Tellarix::IO::RecordStream::Create(_source, &reason))
+        return true;
+    *error = QString::fromStdString(reason);
+    return false;
+}
+
+void SourceLoader::receivedRecord(Tellarix::Record *record)
+{
+    ++_recordCount;
+    TraceFileLoader::receivedRecord(record);
+}
+
+} // namespace Workbench

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <norvu/gui/tracefileloader.h>
+
+#include <string>
+
+namespace Workbench {
+
+/** Loads all streams of a file or record stream URL, with a row for each stream. */
+class SourceLoader : public Norvu::Gui::TraceFileLoader
+{
+    Q_OBJECT
+
+public:
+    /** @param source  URL, or name of a file */
+    explicit SourceLoader(const std::string &source);
+
+    /** False, with the reason, if the source can't be opened; nobody is told otherwise. */
+    bool isUsable(QString *error) const;
+    /** Records that arrived so far. */
+    int recordCount() const { return _recordCount; }
+
+protected slots:
+    void receivedRecord(Tellarix::Record *record) override;
+
+private:
+    std::string _source;
+    int _recordCount{0};
+};
+
+} // namespace Workbench
