@@ -26,8 +26,8 @@ TELLARIX_CORE_API std::vector<std::string> split(const std::string &text, const 
 
 /**
  * Reads a whole text as a number in C notation; white space around it is allowed.
- * @return false, leaving @p value alone, if the text is empty, no number, has something behind it
- *         or is out of range
+ * @return false, leaving @p value alone, if the text is empty, no (finite) number, has something
+ *         behind it or is out of range
  */
 template <typename T>
 bool fromString(T &value, const std::string &text);

@@ -38,7 +38,13 @@ public:
     constexpr double length() const { return static_cast<double>(_usecs) * 1E-6; }
     constexpr explicit operator double() const { return length(); }
 
-    constexpr TimeSpan operator-() const { return FromUSecs(-_usecs); }
+    /** The opposite span; that of the lowest value is the highest. */
+    constexpr TimeSpan operator-() const
+    {
+        return FromUSecs(_usecs == std::numeric_limits<int64_t>::min()
+                             ? std::numeric_limits<int64_t>::max()
+                             : -_usecs);
+    }
     TimeSpan operator+(TimeSpan other) const;
     TimeSpan operator-(TimeSpan other) const;
     TimeSpan operator*(double factor) const { return TimeSpan(length() * factor); }
@@ -100,11 +106,16 @@ public:
     static Time GMT();
     /**
      * Reads an ISO 8601 text in UTC: "2024-01-05", "2024-01-05T10:11:12.345678Z", with a blank in
-     * place of the T, with a day of the year ("2024-005T..."), with fewer fields or digits.
+     * place of the T, with a day of the year ("2024-005T..."), with fewer fields or digits. Digits
+     * of the fraction beyond the sixth are dropped; an offset ("+02:00") in place of the Z counts.
      * @return an invalid time if @p text is anything else
      */
     static Time FromString(const std::string &text);
-    /** Reads @p text by a strptime format, in which %f stands for a fraction of up to 6 digits. */
+    /**
+     * Reads the whole of @p text by a strptime format, in which %f stands for a fraction of up to 6
+     * digits and %s for seconds since 1970-01-01; English names. Fields that the format leaves out
+     * are those of 1970-01-01T00:00:00.
+     */
     static Time FromString(const std::string &text, const char *format);
     /** Sets this time from a text as FromString does; false leaves it as it was. */
     bool fromString(const std::string &text);
@@ -121,7 +132,7 @@ public:
     constexpr int64_t usecs() const { return valid() ? _usecs : 0; }
     /** Seconds since 1970-01-01 as a double; about 0.2 microseconds are lost today. */
     constexpr double toDouble() const { return static_cast<double>(usecs()) * 1E-6; }
-    /** Replaces the fraction of the second by @p usecs (0 to 999999). */
+    /** Replaces the fraction of the second, as fields() has it, by @p usecs (0 to 999999). */
     Time &setUSecs(int usecs);
     /** The time that has passed since this one. */
     TimeSpan elapsedTime() const;

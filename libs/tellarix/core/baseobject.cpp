@@ -1,0 +1,10 @@
+#include <tellarix/core/baseobject.h>
+
+namespace Tellarix {
+namespace Core {
+
+// Stands here so that there is one virtual table and dynamic casts work across libraries.
+BaseObject::~BaseObject() = default;
+
+} // namespace Core
+} // namespace Tellarix
