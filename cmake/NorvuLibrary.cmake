@@ -13,6 +13,9 @@ function(norvu_add_library target)
     target_include_directories(${target} PUBLIC
         "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/libs>"
         "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>")
+    # Classes hold their forms by value, so that their headers name what uic makes of the forms.
+    set(forms_dir "${CMAKE_CURRENT_BINARY_DIR}/${target}_autogen/include")
+    target_include_directories(${target} PUBLIC "$<BUILD_INTERFACE:${forms_dir}>")
     target_compile_definitions(${target} PRIVATE ${ARG_EXPORT_MACRO}_BUILD)
     target_compile_features(${target} PUBLIC cxx_std_17)
     target_link_libraries(${target}
@@ -28,12 +31,17 @@ function(norvu_add_library target)
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT libraries
             NAMELINK_COMPONENT development)
     foreach(source IN LISTS ARG_SOURCES)
-        if(source MATCHES "\\.h$" AND NOT source MATCHES "_p\\.h$")
+        set(header "${source}")
+        if(source MATCHES "\\.ui$")
+            cmake_path(GET source STEM form)
+            set(header "${forms_dir}/ui_${form}.h")
+        endif()
+        if(header MATCHES "\\.h$" AND NOT header MATCHES "_p\\.h$")
             cmake_path(GET source PARENT_PATH folder)
             cmake_path(ABSOLUTE_PATH folder BASE_DIRECTORY "${CMAKE_CURRENT_SOURCE_DIR}"
                 OUTPUT_VARIABLE folder)
             cmake_path(RELATIVE_PATH folder BASE_DIRECTORY "${PROJECT_SOURCE_DIR}/libs")
-            install(FILES ${source} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${folder}
+            install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${folder}
                 COMPONENT development)
         endif()
     endforeach()
