@@ -122,7 +122,7 @@ bool Application::initConfiguration()
         if (!_configuration.readFile(fileName, &error))
             return failure(error);
     }
-    return true;
+    return checkSchemas();
 }
 
 bool Application::validateParameters()
@@ -161,6 +161,22 @@ QStringList Application::configurationFiles() const
     }
     files.removeDuplicates();
     return files;
+}
+
+bool Application::checkSchemas()
+{
+    std::vector<std::string> names;
+    schemaValidationNames(names);
+    for (const std::string &schemaName : names) {
+        const std::string fileName =
+            Environment::Instance()->shareDir() + ("/schemas/" + schemaName + ".ini");
+        Configuration schema;
+        QString error;
+        if (!schema.readFile(QString::fromStdString(fileName), &error) ||
+            !_configuration.conformsTo(schema, &error))
+            return failure(error);
+    }
+    return true;
 }
 
 bool Application::parseCommandLine()

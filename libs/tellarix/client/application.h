@@ -18,7 +18,9 @@ namespace Client {
  * fails ends with 1.
  *
  * Configuration files are "tellarix.ini" and "NAME.ini", first those of the system, then those of
- * the user, then those that --config-file names. Files of the first two kinds may be missing.
+ * the user, then those that --config-file names. Files of the first two kinds may be missing. What
+ * they set is checked against "schemas/SCHEMA.ini" below the share directory for each schema that
+ * schemaValidationNames() names: the types of keys, see Configuration::conformsTo().
  */
 class TELLARIX_CLIENT_API Application : public System::Application
 {
@@ -76,6 +78,7 @@ protected:
 
 private:
     bool parseCommandLine();
+    bool checkSchemas();
     void applyOptions();
     QString helpText() const;
 

@@ -30,6 +30,24 @@ bool read(const Configuration &configuration, const QString &key, T &result)
            Core::fromString(result, configuration.string(key).toStdString());
 }
 
+template <typename T>
+bool isReadable(const Configuration &configuration, const QString &key)
+{
+    T value;
+    return read(configuration, key, value);
+}
+
+bool isOfType(const Configuration &configuration, const QString &key, const QString &type)
+{
+    if (type == QLatin1String("number"))
+        return isReadable<double>(configuration, key);
+    if (type == QLatin1String("integer"))
+        return isReadable<int>(configuration, key);
+    if (type == QLatin1String("boolean"))
+        return isReadable<bool>(configuration, key);
+    return true;
+}
+
 } // namespace
 
 void Configuration::setDefault(const QString &key, const QVariant &value)
@@ -95,6 +113,19 @@ bool Configuration::integer(const QString &key, int &result) const
 bool Configuration::boolean(const QString &key, bool &result) const
 {
     return read(*this, key, result);
+}
+
+bool Configuration::conformsTo(const Configuration &schema, QString *error) const
+{
+    for (const QString &key : schema.keys()) {
+        const QString type = schema.string(key);
+        if (contains(key) && !isOfType(*this, key, type)) {
+            return failed(
+                tr("%1: %2: \"%3\" is not of the type %4").arg(origin(key), key, string(key), type),
+                error);
+        }
+    }
+    return true;
 }
 
 QStringList Configuration::keys() const

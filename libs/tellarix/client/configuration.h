@@ -44,6 +44,13 @@ public:
     bool integer(const QString &key, int &result) const;
     bool boolean(const QString &key, bool &result) const;
 
+    /**
+     * Checks the values of the keys that @p schema knows; its values are types: "text", "number",
+     * "integer" or "boolean".
+     * @return false, with the key, its value and its origin in @p error, if one is of another type
+     */
+    bool conformsTo(const Configuration &schema, QString *error = nullptr) const;
+
     /** All known keys in alphabetical order. */
     QStringList keys() const;
     /** What a key's value comes from, for messages: a file name, "command line" or "default"; empty

@@ -1,0 +1,297 @@
+#include <tellarix/client/application.h>
+#include <tellarix/core/environment.h>
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QThread>
+#include <QTimer>
+#include <QtTest>
+
+#include <csignal>
+#include <functional>
+
+using namespace Tellarix;
+
+namespace {
+
+/** Arguments as main() gets them. */
+class Arguments
+{
+public:
+    explicit Arguments(const QStringList &arguments)
+    {
+        for (const QString &argument : QStringList("/opt/bin/prog") + arguments)
+            _bytes.append(argument.toLocal8Bit());
+        for (QByteArray &argument : _bytes)
+            _pointers.append(argument.data());
+        argc = _pointers.size();
+        _pointers.append(nullptr);
+    }
+
+    char **argv() { return _pointers.data(); }
+    int argc;
+
+private:
+    QVector<QByteArray> _bytes;
+    QVector<char *> _pointers;
+};
+
+/** Writes down what the run sequence calls; fails in the step that it is told. */
+class Program : public Client::Application
+{
+public:
+    explicit Program(Arguments &arguments) : Client::Application(arguments.argc, arguments.argv())
+    {}
+
+    bool run() override
+    {
+        if (work)
+            work();
+        return step("run", Client::Application::run());
+    }
+    void done() override { step("done", true); }
+
+    QStringList calls;
+    QString failingStep;
+    std::function<void()> work;
+
+protected:
+    void createCommandLineDescription() override
+    {
+        step("describe", true);
+        Client::Application::createCommandLineDescription();
+    }
+    bool initConfiguration() override
+    {
+        return step("configuration", Client::Application::initConfiguration());
+    }
+    bool validateParameters() override
+    {
+        return step("parameters", Client::Application::validateParameters());
+    }
+    bool initSubscriptions() override
+    {
+        return step("subscriptions", Client::Application::initSubscriptions());
+    }
+    void handleInitializationError(int stage) override
+    {
+        step(QString("error%1").arg(stage), true);
+        Client::Application::handleInitializationError(stage);
+    }
+    void handleInterrupt(int signal) override
+    {
+        step(QThread::currentThread() == qApp->thread() ? "interrupt" : "interrupt elsewhere",
+             true);
+        Client::Application::handleInterrupt(signal);
+    }
+
+private:
+    bool step(const QString &name, bool result)
+    {
+        calls.append(name);
+        return result && name != failingStep;
+    }
+};
+
+const QStringList Setup{"describe", "configuration", "parameters", "subscriptions"};
+
+} // namespace
+
+class TestApplication : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void runsStepsInOrder_data();
+    void runsStepsInOrder();
+    void usageEndsBeforeConfiguration_data();
+    void usageEndsBeforeConfiguration();
+    void filesAndFlagsSetURLs();
+    void brokenConfigurationFileStops_data();
+    void brokenConfigurationFileStops();
+    void exitStatusOfRunIsKept();
+    void signalEndsEventLoop();
+    void signalIsSeenWithoutEventLoop();
+    void readsArgumentsLessThoseOfQt();
+
+private:
+    void write(const QString &name, const QByteArray &content);
+
+    QScopedPointer<QTemporaryDir> _folder;
+};
+
+void TestApplication::init()
+{
+    _folder.reset(new QTemporaryDir);
+    qputenv("XDG_CONFIG_HOME", _folder->filePath("user").toLocal8Bit());
+    qputenv("TELLARIX_SHARE_DIR", _folder->filePath("share").toLocal8Bit());
+    Environment::Instance()->refresh();
+}
+
+void TestApplication::write(const QString &name, const QByteArray &content)
+{
+    QFile file(name);
+    QVERIFY(QDir().mkpath(QFileInfo(name).path()));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(content), content.size());
+}
+
+void TestApplication::runsStepsInOrder_data()
+{
+    QTest::addColumn<QString>("failingStep");
+    QTest::addColumn<QStringList>("calls");
+    QTest::addColumn<int>("status");
+
+    QTest::newRow("all goes well") << "" << Setup + QStringList{"run", "done"} << 0;
+    QTest::newRow("configuration fails")
+        << "configuration" << Setup.mid(0, 2) + QStringList{"error2", "done"} << 1;
+    QTest::newRow("parameters are wrong")
+        << "parameters" << Setup.mid(0, 3) + QStringList{"error3", "done"} << 2;
+    QTest::newRow("subscriptions fail")
+        << "subscriptions" << Setup + QStringList{"error4", "done"} << 1;
+    QTest::newRow("run fails") << "run" << Setup + QStringList{"run", "done"} << 1;
+}
+
+void TestApplication::runsStepsInOrder()
+{
+    QFETCH(QString, failingStep);
+
+    Arguments arguments({});
+    Program program(arguments);
+    program.failingStep = failingStep;
+    System::Application &base = program;
+    QTEST(base.exec(), "status");
+    QTEST(program.calls, "calls");
+}
+
+void TestApplication::usageEndsBeforeConfiguration_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QStringList>("calls");
+    QTest::addColumn<int>("status");
+
+    const QStringList quiet{"describe", "done"};
+    QTest::newRow("help") << QStringList{"--help"} << quiet << 0;
+    QTest::newRow("version") << QStringList{"--version"} << quiet << 0;
+    QTest::newRow("help beside nonsense") << QStringList{"--nonsense", "-h"} << quiet << 0;
+    const QStringList wrong{"describe", "error1", "done"};
+    QTest::newRow("unknown option") << QStringList{"--nonsense"} << wrong << 2;
+    QTest::newRow("value is missing") << QStringList{"--database"} << wrong << 2;
+}
+
+void TestApplication::usageEndsBeforeConfiguration()
+{
+    QFETCH(QStringList, arguments);
+
+    Arguments ofMain(arguments);
+    Program program(ofMain);
+    QTEST(program.exec(), "status");
+    QTEST(program.calls, "calls");
+}
+
+void TestApplication::filesAndFlagsSetURLs()
+{
+    const Environment *environment = Environment::Instance();
+    const QString system = QString::fromLocal8Bit(environment->systemConfigDir());
+    const QString user = QString::fromLocal8Bit(environment->configDir());
+    write(system + "/prog.ini", "[a]\n1=system prog\n2=system prog\n3=system prog\n");
+    write(system + "/tellarix.ini", "[a]\n1=system\n[database]\nurl=sqlite:///system\n");
+    write(user + "/tellarix.ini", "[a]\n2=user\n3=user\n");
+    write(user + "/prog.ini", "[a]\n3=user prog\n[recordstream]\nurl=file:///user\n");
+    const QString named = _folder->filePath("named.ini");
+    write(named, "[database]\nurl=sqlite:///named\n");
+
+    Arguments arguments({"--config-file", named, "-I", "file:///flag", "one", "two"});
+    Program program(arguments);
+    QCOMPARE(program.exec(), 0);
+    QCOMPARE(program.configuration().string("a/1"), QString("system prog"));
+    QCOMPARE(program.configuration().string("a/2"), QString("user"));
+    QCOMPARE(program.configuration().string("a/3"), QString("user prog"));
+    QCOMPARE(program.recordStreamURL(), std::string("file:///flag"));
+    QCOMPARE(program.databaseURL(), std::string("sqlite:///named"));
+    QCOMPARE(program.positionalArguments(), QStringList({"one", "two"}));
+}
+
+void TestApplication::brokenConfigurationFileStops_data()
+{
+    QTest::addColumn<QString>("place");
+    QTest::addColumn<bool>("exists");
+    QTest::addColumn<int>("status");
+
+    QTest::newRow("named one is missing") << "named" << false << 1;
+    QTest::newRow("named one is broken") << "named" << true << 1;
+    QTest::newRow("user's is missing") << "user" << false << 0;
+    QTest::newRow("user's is broken") << "user" << true << 1;
+}
+
+void TestApplication::brokenConfigurationFileStops()
+{
+    QFETCH(QString, place);
+    QFETCH(bool, exists);
+
+    const bool isNamed = place == "named";
+    const QString name =
+        isNamed ? _folder->filePath("x.ini")
+                : QString::fromLocal8Bit(Environment::Instance()->configDir()) + "/prog.ini";
+    if (exists)
+        write(name, "no entry\n");
+
+    Arguments arguments(isNamed ? QStringList{"--config-file", name} : QStringList());
+    Program program(arguments);
+    QTEST(program.exec(), "status");
+}
+
+void TestApplication::exitStatusOfRunIsKept()
+{
+    Arguments arguments({});
+    Program program(arguments);
+    program.work = [&]() { program.exit(7); };
+    QCOMPARE(program.exec(), 7);
+}
+
+void TestApplication::signalEndsEventLoop()
+{
+    Arguments arguments({});
+    Program program(arguments);
+    program.work = []() {
+        QTimer::singleShot(0, []() { ::raise(SIGINT); });
+        QTimer::singleShot(20000, []() { QCoreApplication::exit(); });
+        QCoreApplication::exec();
+    };
+    QCOMPARE(program.exec(), 128 + SIGINT);
+    QCOMPARE(program.calls, Setup + QStringList({"interrupt", "run", "done"}));
+}
+
+void TestApplication::signalIsSeenWithoutEventLoop()
+{
+    Arguments arguments({});
+    Program program(arguments);
+    bool before = true;
+    bool after = false;
+    program.work = [&]() {
+        before = program.isExitRequested();
+        ::raise(SIGTERM);
+        after = program.isExitRequested();
+    };
+    QCOMPARE(program.exec(), 128 + SIGTERM);
+    QVERIFY(!before);
+    QVERIFY(after);
+    QCOMPARE(program.calls, Setup + QStringList({"run", "interrupt", "done"}));
+}
+
+void TestApplication::readsArgumentsLessThoseOfQt()
+{
+    Arguments arguments({"-platform", "offscreen", "rest"});
+    Program program(arguments);
+    QCOMPARE(program.name(), std::string("prog"));
+    // As QGuiApplication does, which is made behind the application object.
+    arguments.argv()[1] = arguments.argv()[3];
+    arguments.argc = 2;
+    QCOMPARE(program.exec(), 0);
+    QCOMPARE(program.positionalArguments(), QStringList("rest"));
+}
+
+QTEST_GUILESS_MAIN(TestApplication)
+#include "tst_application.moc"
