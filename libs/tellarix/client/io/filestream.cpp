@@ -122,6 +122,7 @@ double FileStream::progress() const
 
 bool FileStream::failAt(const std::string &cause)
 {
+    _failureCause = cause;
     return fail(_name + ": " + cause);
 }
 

@@ -34,6 +34,9 @@ public:
     int64_t originOffset() const override { return _originOffset; }
     double progress() const override;
 
+    /** The errorString() without the name of the file in front. */
+    const std::string &failureCause() const { return _failureCause; }
+
 private:
     enum class Format
     {
@@ -60,6 +63,7 @@ private:
     void reportAt(StreamMessage::Severity severity, int64_t offset, const std::string &cause);
 
     std::string _path;
+    std::string _failureCause;
     std::string _name; /**< the path as messages give it */
     bool _regular{true};
     int _file{-1};

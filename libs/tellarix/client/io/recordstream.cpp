@@ -41,21 +41,6 @@ std::string unknownScheme(const std::string &scheme)
     return "Unknown record stream scheme \"" + scheme + "\" (known: " + known + ")";
 }
 
-/** True if the window of a record, which may have no length, meets one with open ends. */
-bool meets(const Core::TimeWindow &record, const Core::TimeWindow &window)
-{
-    if (window.endTime().valid() && record.startTime() >= window.endTime())
-        return false;
-    if (!window.startTime().valid())
-        return true;
-    return record.endTime() > window.startTime() || record.startTime() >= window.startTime();
-}
-
-bool isSet(const Core::TimeWindow &window)
-{
-    return window.startTime().valid() || window.endTime().valid();
-}
-
 } // namespace
 
 std::string StreamMessage::text() const
@@ -118,9 +103,31 @@ bool RecordStream::isRequested(const StreamCodes &codes, const Core::TimeWindow 
 
     const std::vector<size_t> &matching = requestsFor(codes);
     return std::any_of(matching.begin(), matching.end(), [&](size_t index) {
-        const Core::TimeWindow &window = _requests[index].window;
-        return meets(recordWindow, isSet(window) ? window : _timeWindow);
+        return meets(recordWindow, windowOf(_requests[index]));
     });
+}
+
+bool RecordStream::matches(const Request &request, const StreamCodes &codes)
+{
+    return Core::wildcardMatch(request.network, codes.network()) &&
+           Core::wildcardMatch(request.station, codes.station()) &&
+           Core::wildcardMatch(request.location, codes.location()) &&
+           Core::wildcardMatch(request.channel, codes.channel());
+}
+
+bool RecordStream::meets(const Core::TimeWindow &recordWindow, const Core::TimeWindow &window)
+{
+    const Core::Time start = recordWindow.startTime();
+    if (window.endTime().valid() && start >= window.endTime())
+        return false;
+    return !window.startTime().valid() || start >= window.startTime() ||
+           recordWindow.endTime() > window.startTime();
+}
+
+const Core::TimeWindow &RecordStream::windowOf(const Request &request) const
+{
+    const bool ownWindow = request.window.startTime().valid() || request.window.endTime().valid();
+    return ownWindow ? request.window : _timeWindow;
 }
 
 void RecordStream::report(StreamMessage message) const
@@ -152,11 +159,7 @@ const std::vector<size_t> &RecordStream::requestsFor(const StreamCodes &codes) c
 
     std::vector<size_t> matching;
     for (size_t i = 0; i < _requests.size(); ++i) {
-        const Request &request = _requests[i];
-        if (Core::wildcardMatch(request.network, codes.network()) &&
-            Core::wildcardMatch(request.station, codes.station()) &&
-            Core::wildcardMatch(request.location, codes.location()) &&
-            Core::wildcardMatch(request.channel, codes.channel()))
+        if (matches(_requests[i], codes))
             matching.push_back(i);
     }
     return _requestsOfStreams.emplace(codes.id(), std::move(matching)).first->second;

@@ -103,6 +103,12 @@ protected:
     /** True if the requests and time windows let a record with these codes and times through. */
     bool isRequested(const StreamCodes &codes, const Core::TimeWindow &recordWindow) const;
     const std::vector<Request> &requests() const { return _requests; }
+    /** True if the codes of a stream match the patterns of a request. */
+    static bool matches(const Request &request, const StreamCodes &codes);
+    /** True if a record, which may have no length, meets a window of which any end may be unset. */
+    static bool meets(const Core::TimeWindow &recordWindow, const Core::TimeWindow &window);
+    /** The window of a request, or the common one if it has none of its own. */
+    const Core::TimeWindow &windowOf(const Request &request) const;
     const Core::TimeWindow &requestedWindow() const { return _timeWindow; }
 
     void report(StreamMessage message) const;
