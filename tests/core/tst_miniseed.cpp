@@ -531,11 +531,20 @@ void TestMiniSeed::tellsDamagedPayloads_data()
     QTest::newRow("last sample of Steim2") << last << 100 << "integrity check of the compressed";
     QByteArray more = steim;
     more[30] = 1;
-    QTest::newRow("fewer samples than announced") << more << 100 << "holds 100 of 356 samples";
-    QByteArray flags = steim;
-    flags.replace(128, 4, QByteArray::fromHex("aaaaaaaa"));
-    flags.replace(132, 60, QByteArray(60, '\0'));
-    QTest::newRow("code of differences") << flags << 0 << "compressed samples ";
+    QTest::newRow("fewer samples than announced")
+        << more << 100 << "record holds 100 of 356 samples";
+    // Steps of 3000 take half a word each: the first frame holds 26 of them.
+    std::vector<int> ramp(100);
+    for (int i = 0; i < 100; ++i)
+        ramp[size_t(i)] = 3000 * i;
+    QByteArray flags = written(*makeRecord(ramp));
+    flags.replace(128, 64, QByteArray::fromHex("aaaaaaaa").leftJustified(64, '\0'));
+    QTest::newRow("code of differences in the second frame")
+        << flags << 26 << "record holds 26 of 100 samples";
+    flags.replace(64, 12, flags.mid(128, 12));
+    flags.replace(76, 4, QByteArray(4, '\0'));
+    QTest::newRow("code of differences in the first frame")
+        << flags << 0 << "compressed samples are damaged";
 }
 
 void TestMiniSeed::tellsDamagedPayloads()
