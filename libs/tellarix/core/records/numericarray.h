@@ -83,6 +83,12 @@ public:
      */
     virtual bool extrema(int first, int last, double &minimum, double &maximum) const = 0;
 
+    /** Index of the first sample from @p first up to @p last that is not finite; the end of the
+     *  range, cut to the array, if all are. Skips whole blocks with the pyramid. */
+    virtual int firstNonFinite(int first, int last) const = 0;
+    /** Index of the last such sample, -1 if all are finite. */
+    virtual int lastNonFinite(int first, int last) const = 0;
+
     /** Copies the samples from @p first up to @p last, converted, to @p target. */
     virtual void convert(int first, int last, float *target) const = 0;
     virtual void convert(int first, int last, double *target) const = 0;

@@ -11,22 +11,38 @@ namespace {
 constexpr int LevelShift = 4;
 static_assert(1 << LevelShift == RecordSequence::LevelRatio);
 
+float rounded(double value)
+{
+    constexpr double Limit = std::numeric_limits<float>::max();
+    return static_cast<float>(std::clamp(value, -Limit, Limit));
+}
+
 RecordSpan spanOf(const Record *record)
 {
     constexpr double Infinity = std::numeric_limits<double>::infinity();
     const SampleSummary &summary = record->summary();
     const Core::TimeWindow window = record->timeWindow();
+    RecordSpan span{window.startTime(), window.endTime(), Infinity, -Infinity, 0, 0, 0, false};
     if (summary.isEmpty())
-        return {window.startTime(), window.endTime(), Infinity, -Infinity};
-    return {window.startTime(), window.endTime(), summary.minimum, summary.maximum};
+        return span;
+
+    const int n = record->sampleCount();
+    span.minimum = summary.minimum;
+    span.maximum = summary.maximum;
+    span.isWhole = record->hasEndTime() && summary.count == n;
+    span.first = rounded(record->data()->value(0));
+    span.last = rounded(record->data()->value(n - 1));
+    if (record->hasEndTime())
+        span.sampleInterval = rounded(1 / record->samplingFrequency());
+    return span;
 }
 
 bool isSame(const Record *a, const Record *b)
 {
+    if (a->sampleCount() == 0 && b->sampleCount() == 0)
+        return true;
     if (a->sampleCount() != b->sampleCount() || a->dataType() != b->dataType())
         return false;
-    if (a->sampleCount() == 0)
-        return true;
     const auto bytes =
         static_cast<size_t>(a->sampleCount()) * static_cast<size_t>(a->data()->elementSize());
     return std::memcmp(a->data()->data(), b->data()->data(), bytes) == 0;
@@ -148,7 +164,7 @@ SampleSummary RecordSequence::summary(const Core::TimeWindow *window) const
                 },
                 [&](const Level &level, int64_t from, int64_t to) {
                     for (int64_t i = from; i < to; ++i)
-                        result.add(level.at(i));
+                        result.add(level.at(i).summary);
                 });
         },
         [&](const Record *record, int first, int last) {
@@ -170,7 +186,7 @@ bool RecordSequence::recordExtrema(int first, int last, double &minimum, double 
         },
         [&](const Level &level, int64_t from, int64_t to) {
             for (int64_t i = from; i < to; ++i) {
-                const SampleSummary &entry = level.at(i);
+                const SampleSummary &entry = level.at(i).summary;
                 if (!entry.isEmpty())
                     widen(range, entry.minimum, entry.maximum);
             }
@@ -213,6 +229,28 @@ void RecordSequence::walkLevels(int first, int last, OnRecords onRecords, OnEntr
         from = parents.first;
         to = parents.second;
     }
+}
+
+const RecordSpan &RecordSequence::widestSpan(int index, int last, Core::TimeSpan longest,
+                                             int &next) const
+{
+    const RecordSpan *widest = &_spans[index];
+    next = index + 1;
+
+    int64_t number = _firstNumber + index;
+    int64_t records = 1;
+    for (const Level &level : _levels) {
+        records *= LevelRatio;
+        if (number % LevelRatio || index + records > last)
+            break;
+        number >>= LevelShift;
+        const RecordSpan &span = level.at(number).span;
+        if (!span.isWhole || span.end - span.start > longest)
+            break;
+        widest = &span;
+        next = static_cast<int>(index + records);
+    }
+    return *widest;
 }
 
 std::vector<Core::TimeWindow> RecordSequence::gaps() const
@@ -326,7 +364,7 @@ void RecordSequence::append(const RecordCPtr &record)
     _reaches.append(isEmpty() ? span.end : std::max(_reaches[size() - 1], span.end));
     _records.append(record);
     _spans.append(span);
-    addToLevels(record->summary());
+    addToLevels({span, record->summary()});
 }
 
 void RecordSequence::insertAt(int index, const RecordCPtr &record)
@@ -398,15 +436,25 @@ void RecordSequence::removeIf(const std::function<bool(const Record *)> &remove)
         append(record);
 }
 
-void RecordSequence::addToLevels(const SampleSummary &summary)
+void RecordSequence::Entry::add(const Entry &next)
+{
+    span.isWhole = span.isWhole && next.span.isWhole && next.span.continues(span.end);
+    span.end = next.span.end;
+    span.minimum = std::min(span.minimum, next.span.minimum);
+    span.maximum = std::max(span.maximum, next.span.maximum);
+    span.last = next.span.last;
+    summary.add(next.summary);
+}
+
+void RecordSequence::addToLevels(const Entry &last)
 {
     int64_t entry = _firstNumber + size() - 1;
     for (Level &level : _levels) {
         entry >>= LevelShift;
         if (entry == level.end())
-            level.entries.append(summary);
+            level.entries.append(last);
         else
-            level.at(entry).add(summary);
+            level.at(entry).add(last);
     }
     addTopLevel();
 }
@@ -441,27 +489,29 @@ void RecordSequence::updateLevel(size_t index, int64_t first, int64_t last)
 {
     Level &level = _levels[index];
     for (; first < level.first; --level.first)
-        level.entries.insert(0, SampleSummary());
+        level.entries.insert(0, Entry());
     if (level.end() < last)
         level.entries.resize(static_cast<int>(last - level.first));
     for (int64_t number = first; number < last; ++number)
         level.at(number) = combinedEntry(index, number);
 }
 
-SampleSummary RecordSequence::combinedEntry(size_t level, int64_t number) const
+RecordSequence::Entry RecordSequence::combinedEntry(size_t level, int64_t number) const
 {
-    SampleSummary result;
     const int64_t begin = number << LevelShift;
     const int64_t end = begin + LevelRatio;
     if (level == 0) {
         const int first = static_cast<int>(std::max(begin, _firstNumber) - _firstNumber);
         const int last = static_cast<int>(std::min(end - _firstNumber, int64_t(size())));
-        for (int i = first; i < last; ++i)
-            result.add(at(i)->summary());
+        Entry result{_spans[first], at(first)->summary()};
+        for (int i = first + 1; i < last; ++i)
+            result.add({_spans[i], at(i)->summary()});
         return result;
     }
     const Level &below = _levels[level - 1];
-    for (int64_t i = std::max(begin, below.first); i < std::min(end, below.end()); ++i)
+    const int64_t first = std::max(begin, below.first);
+    Entry result = below.at(first);
+    for (int64_t i = first + 1; i < std::min(end, below.end()); ++i)
         result.add(below.at(i));
     return result;
 }

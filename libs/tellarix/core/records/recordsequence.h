@@ -3,22 +3,38 @@
 #include <tellarix/core/records/record.h>
 #include <tellarix/core/records/slidingvector.h>
 
+#include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <functional>
 #include <utility>
 #include <vector>
 
 namespace Tellarix {
 
-/** Where a record stands in time and between which values, kept side by side in a sequence. */
+/**
+ * Where a record, or a run of neighbouring records, stands in time and between which values; kept
+ * side by side in a sequence, so that a view need not look at the records themselves.
+ */
 struct RecordSpan
 {
     Core::Time start;
     Core::Time end; /**< the start for a record without an end */
-    double minimum; /**< infinite and above maximum if the record has no finite sample */
+    double minimum; /**< infinite and above maximum if there is no finite sample */
     double maximum;
+    float first; /**< first and last sample, rounded: hold them to minimum and maximum */
+    float last;
+    float sampleInterval; /**< of the first record in seconds; 0 without a usable rate */
+    bool isWhole; /**< all samples are finite and follow each other without gap or overlap */
 
     bool hasSamples() const { return minimum <= maximum; }
+    double firstValue() const { return std::clamp<double>(first, minimum, maximum); }
+    double lastValue() const { return std::clamp<double>(last, minimum, maximum); }
+    /** True if this span goes on where @p time is, to within half a sample. */
+    bool continues(Core::Time time) const
+    {
+        return std::abs(start.usecs() - time.usecs()) <= 0.5E6 * sampleInterval;
+    }
 };
 
 /**
@@ -102,6 +118,13 @@ public:
      */
     bool recordExtrema(int first, int last, double &minimum, double &maximum) const;
 
+    /**
+     * The span of the most records from index @p index on, before index @p last, that is whole and
+     * not longer than @p longest; the span of the one record if there is no such run.
+     * @param next  set to the index behind the span
+     */
+    const RecordSpan &widestSpan(int index, int last, Core::TimeSpan longest, int &next) const;
+
     /** Stretches between neighbouring records, above the tolerance, that no sample covers. */
     std::vector<Core::TimeWindow> gaps() const;
     /** Stretches above the tolerance that more than one record covers, disjoint and ascending. */
@@ -119,18 +142,23 @@ protected:
     void removeIf(const std::function<bool(const Record *)> &remove);
 
 private:
-    /** Summaries of LevelRatio entries each of the level below. */
+    struct Entry
+    {
+        RecordSpan span;
+        SampleSummary summary;
+
+        void add(const Entry &next);
+    };
+
+    /** Entries that stand for LevelRatio entries each of the level below. */
     struct Level
     {
         int64_t first{0}; /**< number of the first entry */
-        SlidingVector<SampleSummary> entries;
+        SlidingVector<Entry> entries;
 
         int64_t end() const { return first + entries.size(); }
-        SampleSummary &at(int64_t number) { return entries[static_cast<int>(number - first)]; }
-        const SampleSummary &at(int64_t number) const
-        {
-            return entries[static_cast<int>(number - first)];
-        }
+        Entry &at(int64_t number) { return entries[static_cast<int>(number - first)]; }
+        const Entry &at(int64_t number) const { return entries[static_cast<int>(number - first)]; }
     };
 
     Core::TimeSpan toleranceOf(const Record *record) const;
@@ -139,11 +167,11 @@ private:
     void append(const RecordCPtr &record);
     void insertAt(int index, const RecordCPtr &record);
     void raiseReaches(int index);
-    void addToLevels(const SampleSummary &summary);
+    void addToLevels(const Entry &last);
     void addTopLevel();
     void updateLevels(int first, int last);
     void updateLevel(size_t level, int64_t first, int64_t last);
-    SampleSummary combinedEntry(size_t level, int64_t number) const;
+    Entry combinedEntry(size_t level, int64_t number) const;
     template <typename OnRecords, typename OnEntries>
     void walkLevels(int first, int last, OnRecords onRecords, OnEntries onEntries) const;
     template <typename Inside, typename Partial>

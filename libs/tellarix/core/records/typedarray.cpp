@@ -19,7 +19,8 @@ constexpr int Levels = NumericArray::Levels;
 template <typename T>
 constexpr bool HasSummary = !std::is_same_v<T, char>;
 
-/** Where the entries of each level begin; the last number is the count of all entries. */
+/** Where the entries of each level begin; the last number is the count of all entries. A level that
+ *  would have a single entry is left out. */
 struct LevelOffsets
 {
     explicit LevelOffsets(int samples)
@@ -27,7 +28,7 @@ struct LevelOffsets
         int entries = samples / BlockSize + (samples % BlockSize != 0);
         for (int level = 0; level < Levels; ++level) {
             begin[level + 1] = begin[level] + entries;
-            entries = (entries + BlockRatio - 1) / BlockRatio;
+            entries = entries > BlockRatio ? (entries + BlockRatio - 1) / BlockRatio : 0;
         }
     }
 
@@ -311,13 +312,15 @@ void TypedArray<T>::countFinite()
     if constexpr (std::is_floating_point_v<T>) {
         const LevelOffsets offsets(_size);
         _counts.reset(new int[static_cast<size_t>(offsets.total())]());
-        for (int i = 0; i < _size; ++i) {
-            if (!std::isfinite(_samples[i]))
-                continue;
-            for (int level = 0, entry = i / BlockSize; level < Levels; ++level) {
-                ++_counts[static_cast<size_t>(offsets.begin[level] + entry)];
-                entry /= BlockRatio;
-            }
+        for (int level = 0; level < Levels; ++level) {
+            int *counts = _counts.get() + offsets.begin[level];
+            const int *below = level ? _counts.get() + offsets.begin[level - 1] : nullptr;
+            const int children = level ? offsets.entries(level - 1) : _size;
+            const int ratio = level ? BlockRatio : BlockSize;
+            if (offsets.entries(level) == 0)
+                return;
+            for (int i = 0; i < children; ++i)
+                counts[i / ratio] += level ? below[i] : int(std::isfinite(_samples[i]));
         }
     }
 }
@@ -343,7 +346,8 @@ void TypedArray<T>::walk(int first, int last, Scan scan, Merge merge) const
     const LevelOffsets offsets(_size);
     for (int level = 0;; ++level) {
         const int entries = offsets.entries(level);
-        const Run above = level + 1 < Levels ? run.parents(entries, BlockRatio) : Run{0, 0};
+        const bool top = level + 1 == Levels || offsets.entries(level + 1) == 0;
+        const Run above = top ? Run{0, 0} : run.parents(entries, BlockRatio);
         if (above.isEmpty()) {
             merge(level, run.first, run.last);
             return;
@@ -417,6 +421,52 @@ bool TypedArray<T>::extrema(int first, int last, double &minimum, double &maximu
         return true;
     }
     return false;
+}
+
+template <typename T>
+int TypedArray<T>::firstNonFinite(int first, int last) const
+{
+    first = std::max(0, first);
+    last = std::max(first, std::min(_size, last));
+    if constexpr (std::is_floating_point_v<T>) {
+        if (_hasPyramid && !_counts)
+            return last;
+        while (first < last) {
+            const int block = first / BlockSize;
+            if (_counts && first % BlockSize == 0 &&
+                _counts[static_cast<size_t>(block)] == samplesOf(0, block, _size)) {
+                first = std::min<int64_t>(last, (block + 1) * int64_t(BlockSize));
+                continue;
+            }
+            if (!std::isfinite(_samples[first]))
+                return first;
+            ++first;
+        }
+    }
+    return last;
+}
+
+template <typename T>
+int TypedArray<T>::lastNonFinite(int first, int last) const
+{
+    first = std::max(0, first);
+    last = std::max(first, std::min(_size, last));
+    if constexpr (std::is_floating_point_v<T>) {
+        if (_hasPyramid && !_counts)
+            return -1;
+        for (int i = last - 1; i >= first; --i) {
+            const int block = i / BlockSize;
+            const bool atEnd = i + 1 == _size || (i + 1) % BlockSize == 0;
+            if (_counts && atEnd &&
+                _counts[static_cast<size_t>(block)] == samplesOf(0, block, _size)) {
+                i = block * BlockSize;
+                continue;
+            }
+            if (!std::isfinite(_samples[i]))
+                return i;
+        }
+    }
+    return -1;
 }
 
 template <typename T>

@@ -56,6 +56,8 @@ public:
     SampleSummary summary(int first, int last) const override;
     using NumericArray::summary;
     bool extrema(int first, int last, double &minimum, double &maximum) const override;
+    int firstNonFinite(int first, int last) const override;
+    int lastNonFinite(int first, int last) const override;
     void convert(int first, int last, float *target) const override;
     void convert(int first, int last, double *target) const override;
     void convert(int first, int last, int *target) const override;

@@ -1,0 +1,365 @@
+#include "recordtesting.h"
+
+#include <tellarix/core/records/ringbuffer.h>
+#include <tellarix/core/records/timewindowbuffer.h>
+
+#include <QtTest>
+
+#include <algorithm>
+#include <memory>
+
+using namespace RecordTesting;
+using Windows = std::vector<Core::TimeWindow>;
+
+/** Start, samples and rate of a record that arrives. */
+struct Feed
+{
+    double start;
+    int samples;
+    double rate;
+};
+using Feeds = std::vector<Feed>;
+Q_DECLARE_METATYPE(Feed)
+
+namespace {
+
+std::string takenBy(RecordSequence &sequence, const Feeds &feeds)
+{
+    std::string taken;
+    for (const Feed &feed : feeds)
+        taken += sequence.feed(ramp(feed.start, feed.samples, feed.rate).get()) ? '+' : '-';
+    return taken;
+}
+
+QString text(const Windows &windows)
+{
+    QString result;
+    for (const Core::TimeWindow &window : windows) {
+        result += QStringLiteral("%1..%2 ")
+                      .arg((window.startTime() - at(0)).length())
+                      .arg((window.endTime() - at(0)).length());
+    }
+    return result.trimmed();
+}
+
+/** The plain form of RecordSequence: a list that is searched from end to end. */
+class PlainSequence
+{
+public:
+    bool feed(const RecordCPtr &record, double tolerance)
+    {
+        if (covers(*record, tolerance))
+            return false;
+        const auto later = [&](const RecordCPtr &r) {
+            return r->startTime() > record->startTime();
+        };
+        _records.insert(std::find_if(_records.begin(), _records.end(), later), record);
+        return true;
+    }
+
+    SampleSummary summary(const Core::TimeWindow &window) const
+    {
+        SampleSummary result;
+        for (const RecordCPtr &record : _records) {
+            for (int i = 0; i < record->sampleCount(); ++i) {
+                if (window.contains(record->sampleTime(i)))
+                    result.add(plainSummary(*record->data(), i, i + 1));
+            }
+        }
+        return result;
+    }
+
+    int firstEndingAfter(Core::Time time) const
+    {
+        size_t i = 0;
+        while (i < _records.size() && _records[i]->timeWindow().endTime() <= time)
+            ++i;
+        return static_cast<int>(i);
+    }
+
+    std::vector<RecordCPtr> &records() { return _records; }
+
+private:
+    bool covers(const Record &record, double tolerance) const
+    {
+        if (!record.sampleCount())
+            return holdsEmpty(record.startTime());
+        const Core::TimeSpan span(tolerance / record.samplingFrequency());
+        const Core::TimeSpan half =
+            Core::TimeSpan::FromUSecs(record.timeWindow().length().usecs() / 2);
+        const Core::Time first = record.startTime() + std::min(span, half);
+        const Core::Time last = record.endTime() - std::min(span, half);
+        Core::Time reach;
+        for (bool grown = true; grown && reach < last;) {
+            grown = false;
+            for (const RecordCPtr &other : _records) {
+                const Core::TimeWindow window = other->timeWindow();
+                const bool joins =
+                    reach.valid() ? window.startTime() <= reach + span : window.contains(first);
+                if (other->sampleCount() && joins && window.endTime() > reach) {
+                    reach = window.endTime();
+                    grown = true;
+                }
+            }
+        }
+        return reach.valid() && reach >= last;
+    }
+
+    bool holdsEmpty(Core::Time start) const
+    {
+        return std::any_of(_records.begin(), _records.end(), [start](const RecordCPtr &r) {
+            return !r->sampleCount() && r->startTime() == start;
+        });
+    }
+
+    std::vector<RecordCPtr> _records;
+};
+
+RecordCPtr randomRecord(std::mt19937 &random)
+{
+    const double rates[] = {1.0, 2.0, 0.7};
+    const int lengths[] = {0, 1, 5, 30, 30, 30, 30, 400};
+    const double rate = rates[random() % 3];
+    const int n = lengths[random() % 8];
+    const double start = random() % 12000 + (random() % 4 ? 0.0 : 0.4);
+    if (random() % 2)
+        return makeRecord(at(start), rate, arrayOf(randomSamples<int>(random, n, 0)));
+    return makeRecord(at(start), rate, arrayOf(randomSamples<double>(random, n, 10)));
+}
+
+void compareWindows(const RecordSequence &sequence, PlainSequence &plain, std::mt19937 &random)
+{
+    for (int i = 0; i < 25; ++i) {
+        const double start = random() % 12500 - 100.0 + (random() % 3) * 0.25;
+        const double length = std::pow(10.0, random() % 5) * 1.3;
+        const Core::TimeWindow where = window(start, start + length);
+        const SampleSummary expected = plain.summary(where);
+        const SampleSummary found = sequence.summary(&where);
+        const auto range = sequence.amplitudeRange(&where);
+        QCOMPARE(found.count, expected.count);
+        QCOMPARE(found.sum, expected.sum);
+        QCOMPARE(range.first, expected.minimum);
+        QCOMPARE(range.second, expected.maximum);
+        QCOMPARE(sequence.firstEndingAfter(at(start)), plain.firstEndingAfter(at(start)));
+    }
+}
+
+void compareRecords(const RecordSequence &sequence, PlainSequence &plain)
+{
+    QCOMPARE(static_cast<size_t>(sequence.size()), plain.records().size());
+    QVERIFY(std::equal(sequence.begin(), sequence.end(), plain.records().begin()));
+}
+
+} // namespace
+
+class RecordsTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void keepsWhatIsNew_data();
+    void keepsWhatIsNew();
+    void equalsPlainSequence_data();
+    void equalsPlainSequence();
+    void ringBufferKeepsTheNewest();
+    void timeWindowBufferKeepsWhatOverlaps();
+    void emptySequencesAnswer();
+    void keepsEventsAtTheSameTime();
+    void dayOfRecordsTakesLittleMemory();
+};
+
+void RecordsTest::keepsWhatIsNew_data()
+{
+    QTest::addColumn<Feeds>("feeds");
+    QTest::addColumn<double>("tolerance");
+    QTest::addColumn<QString>("taken");
+    QTest::addColumn<QString>("gaps");
+    QTest::addColumn<QString>("overlaps");
+    QTest::newRow("in order") << Feeds{{0, 10, 1}, {10, 10, 1}} << 0.5 << "++"
+                              << ""
+                              << "";
+    QTest::newRow("in reverse") << Feeds{{10, 10, 1}, {0, 10, 1}} << 0.5 << "++"
+                                << ""
+                                << "";
+    QTest::newRow("same") << Feeds{{0, 10, 1}, {0, 10, 1}} << 0.5 << "+-"
+                          << ""
+                          << "";
+    QTest::newRow("jitter") << Feeds{{0, 10, 1}, {10.4, 10, 1}, {0.3, 10, 1}} << 0.5 << "++-"
+                            << ""
+                            << "";
+    QTest::newRow("gap") << Feeds{{0, 10, 1}, {10.6, 10, 1}} << 0.5 << "++"
+                         << "10..10.6"
+                         << "";
+    QTest::newRow("overlap") << Feeds{{0, 10, 1}, {9, 10, 1}} << 0.5 << "++"
+                             << ""
+                             << "9..10";
+    QTest::newRow("inside a longer one")
+        << Feeds{{0, 100, 1}, {20, 10, 1}, {100, 5, 1}, {98, 5, 1}} << 0.5 << "+-+-"
+        << ""
+        << "";
+    QTest::newRow("covered by two") << Feeds{{0, 10, 1}, {10, 10, 1}, {5, 10, 1}} << 0.5 << "++-"
+                                    << ""
+                                    << "";
+    QTest::newRow("covered save a hole")
+        << Feeds{{0, 10, 1}, {11, 10, 1}, {5, 10, 1}} << 0.5 << "+++"
+        << ""
+        << "5..10 11..15";
+    QTest::newRow("covered by a later long one")
+        << Feeds{{0, 2, 1}, {1, 50, 1}, {10, 2, 1}, {30, 5, 1}} << 0.5 << "++--"
+        << ""
+        << "1..2";
+    QTest::newRow("half samples of its own rate")
+        << Feeds{{0, 10, 1}, {0, 1000, 100}, {0.5, 1000, 100}} << 0.5 << "+-+"
+        << ""
+        << "0.5..10";
+    QTest::newRow("no tolerance") << Feeds{{0, 10, 1}, {0.1, 10, 1}, {10.2, 1, 1}} << 0.0 << "+++"
+                                  << "10.1..10.2"
+                                  << "0.1..10";
+    QTest::newRow("more tolerance than samples")
+        << Feeds{{0, 2, 1}, {2, 2, 1}, {9, 2, 1}} << 100.0 << "+++"
+        << ""
+        << "";
+    QTest::newRow("tolerance not a number") << Feeds{{0, 5, 1}, {5, 5, 1}} << NaN << "++"
+                                            << ""
+                                            << "";
+    QTest::newRow("no samples between")
+        << Feeds{{0, 10, 1}, {12, 0, 1}, {12, 0, 1}, {20, 10, 1}} << 0.5 << "++-+"
+        << "10..20"
+        << "";
+}
+
+void RecordsTest::keepsWhatIsNew()
+{
+    QFETCH(Feeds, feeds);
+    QFETCH(double, tolerance);
+    QFETCH(QString, taken);
+    RingBuffer sequence(0, tolerance);
+    QCOMPARE(QString::fromStdString(takenBy(sequence, feeds)), taken);
+    QTEST(text(sequence.gaps()), "gaps");
+    QTEST(text(sequence.overlaps()), "overlaps");
+}
+
+void RecordsTest::equalsPlainSequence_data()
+{
+    QTest::addColumn<int>("order"); // of records: random, ascending, descending
+    QTest::addColumn<int>("capacity");
+    for (int i = 0; i < 9; ++i) {
+        QTest::addRow("order %d, capacity %d", i % 3, i < 3 ? 0 : i * 30)
+            << i % 3 << (i < 3 ? 0 : i * 30);
+    }
+}
+
+void RecordsTest::equalsPlainSequence()
+{
+    QFETCH(int, order);
+    QFETCH(int, capacity);
+    const unsigned seed = std::random_device()();
+    qInfo("seed %u", seed);
+    std::mt19937 random(seed);
+
+    std::vector<RecordCPtr> records;
+    for (int i = 0; i < 900; ++i)
+        records.push_back(randomRecord(random));
+    const auto earlier = [](const RecordCPtr &a, const RecordCPtr &b) {
+        return a->startTime() < b->startTime();
+    };
+    if (order)
+        std::sort(records.begin(), records.end(), earlier);
+    if (order == 2)
+        std::reverse(records.begin(), records.end());
+
+    RingBuffer sequence(capacity);
+    PlainSequence plain;
+    std::vector<RecordCPtr> &kept = plain.records();
+    for (size_t i = 0; i < records.size(); ++i) {
+        const bool full = capacity && static_cast<int>(kept.size()) == capacity;
+        const bool late = full && earlier(records[i], kept.front());
+        QCOMPARE(sequence.feed(records[i].get()), !late && plain.feed(records[i], 0.5));
+        if (capacity && static_cast<int>(kept.size()) > capacity)
+            kept.erase(kept.begin());
+        if (i % 100 == 17 || i + 1 == records.size()) {
+            compareRecords(sequence, plain);
+            compareWindows(sequence, plain, random);
+        }
+        if (QTest::currentTestFailed())
+            return;
+    }
+}
+
+void RecordsTest::ringBufferKeepsTheNewest()
+{
+    RingBuffer buffer(3);
+    QCOMPARE(takenBy(buffer, {{50, 10, 1}, {60, 10, 1}, {70, 10, 1}, {20, 10, 1}}),
+             std::string("+++-"));
+    QCOMPARE(takenBy(buffer, {{90, 10, 1}, {80, 10, 1}}), std::string("++"));
+    QCOMPARE(buffer.size(), 3);
+    QCOMPARE(buffer.timeWindow(), window(70, 100));
+
+    const std::unique_ptr<RecordSequence> other(buffer.clone());
+    QVERIFY(other->isEmpty());
+    for (int i = 0; i < 5; ++i)
+        other->feed(ramp(i * 10, 10).get());
+    QCOMPARE(other->size(), 3);
+}
+
+void RecordsTest::timeWindowBufferKeepsWhatOverlaps()
+{
+    TimeWindowBuffer buffer(window(100, 200));
+    const Feeds feeds{{90, 10, 1}, {90, 11, 1},  {0, 300, 1},
+                      {150, 0, 1}, {200, 10, 1}, {199, 150, 1}};
+    QCOMPARE(takenBy(buffer, feeds), std::string("-+++-+"));
+
+    buffer.setTimeWindowToStore(window(160, 250));
+    QCOMPARE(buffer.size(), 2);
+    QCOMPARE(buffer.timeWindow(), window(0, 349));
+    QCOMPARE(buffer.firstEndingAfter(at(299)), 0);
+
+    TimeWindowBuffer all{Core::TimeWindow()};
+    QVERIFY(all.feed(ramp(-1E6, 5).get()));
+}
+
+void RecordsTest::emptySequencesAnswer()
+{
+    RingBuffer buffer(0);
+    QVERIFY(!buffer.feed(nullptr));
+    QVERIFY(!buffer.feed(makeRecord(Core::Time(), 1, arrayOf(std::vector<int>{1})).get()));
+    QVERIFY(!buffer.timeWindow().valid());
+    QCOMPARE(buffer.amplitudeRange(), std::make_pair(0.0, 0.0));
+    QCOMPARE(buffer.firstEndingAfter(at(0)), 0);
+
+    buffer.feed(makeRecord(at(0), 1, arrayOf(std::vector<double>(300, NaN))).get());
+    buffer.feed(makeRecord(at(300), 1, nullptr).get());
+    QCOMPARE(buffer.amplitudeRange(), std::make_pair(0.0, 0.0));
+    QVERIFY(buffer.summary().isEmpty());
+    double low, high;
+    QVERIFY(!buffer.recordExtrema(0, 2, low, high));
+}
+
+void RecordsTest::keepsEventsAtTheSameTime()
+{
+    const auto message = [](const std::string &text) {
+        return makeRecord(at(0), 0, new CharArray(static_cast<int>(text.size()), text.data()));
+    };
+    RingBuffer buffer(0);
+    buffer.feed(ramp(-50, 100).get());
+    QVERIFY(buffer.feed(message("clock locked").get()));
+    QVERIFY(buffer.feed(message("clock drifts").get()));
+    QVERIFY(!buffer.feed(message("clock locked").get()));
+    QCOMPARE(buffer.amplitudeRange(), std::make_pair(0.0, 99.0));
+}
+
+void RecordsTest::dayOfRecordsTakesLittleMemory()
+{
+    RingBuffer day(0);
+    size_t samples = 0;
+    for (int i = 0; i < 17280; ++i) {
+        day.feed(ramp(i * 5.0, 500, 100).get());
+        samples += 500 * sizeof(int);
+    }
+    QCOMPARE(day.size(), 17280);
+    QVERIFY(day.memorySize() > samples);
+    QVERIFY(day.memorySize() < samples * 1.2);
+}
+
+QTEST_GUILESS_MAIN(RecordsTest)
+#include "tst_records.moc"

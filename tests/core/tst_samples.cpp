@@ -1,0 +1,269 @@
+#include "recordtesting.h"
+
+#include <QtTest>
+
+using namespace RecordTesting;
+
+namespace {
+
+const char *difference(const SampleSummary &found, const SampleSummary &expected)
+{
+    if (found.count != expected.count)
+        return "count";
+    if (expected.isEmpty())
+        return nullptr;
+    if (found.minimum != expected.minimum || found.maximum != expected.maximum)
+        return "extrema";
+    // Samples are whole numbers, so that sums in double are exact in any order.
+    return found.sum == expected.sum ? nullptr : "sum";
+}
+
+template <typename T>
+void compareRandomRanges(std::mt19937 &random, int n, int rarity, bool pyramid)
+{
+    ArrayPtr array = arrayOf(randomSamples<T>(random, n, rarity));
+    if (pyramid)
+        array->buildPyramid();
+    std::uniform_int_distribution<int> index(-10, n + 10);
+    for (int i = 0; i < 60; ++i) {
+        const int first = i == 0 ? 0 : index(random);
+        const int last = i <= 1 ? n : index(random);
+        const SampleSummary expected = plainSummary(*array, first, last);
+        const char *what = difference(array->summary(first, last), expected);
+        QVERIFY2(!what, qPrintable(QStringLiteral("%1 of samples %2 to %3 of %4")
+                                       .arg(what)
+                                       .arg(first)
+                                       .arg(last)
+                                       .arg(n)));
+        double low = 7, high = -7;
+        QCOMPARE(array->extrema(first, last, low, high), !expected.isEmpty());
+        QCOMPARE(low, expected.isEmpty() ? 7 : expected.minimum);
+        QCOMPARE(high, expected.isEmpty() ? -7 : expected.maximum);
+    }
+}
+
+} // namespace
+
+class SamplesTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void summariesEqualPlainLoops_data();
+    void summariesEqualPlainLoops();
+    void extremesOfTheTypesAreKept();
+    void writableSamplesDropThePyramid();
+    void copiesAreIndependent();
+    void conversionsSaturate();
+    void sampleArraysOfText();
+    void splitsStreamIDs_data();
+    void splitsStreamIDs();
+    void endTimes_data();
+    void endTimes();
+    void sampleIndexInvertsSampleTime();
+};
+
+void SamplesTest::summariesEqualPlainLoops_data()
+{
+    QTest::addColumn<int>("size");
+    QTest::addColumn<int>("rarity");
+    const int sizes[] = {0, 1, 3, 127, 255, 256, 257, 2048, 2049, 5000, 32768, 40001, 300000};
+    for (const int size : sizes) {
+        for (const int rarity : {0, 1, 40, 5000})
+            QTest::addRow("%d samples, odd ones 1 in %d", size, rarity) << size << rarity;
+    }
+}
+
+void SamplesTest::summariesEqualPlainLoops()
+{
+    QFETCH(int, size);
+    QFETCH(int, rarity);
+    std::mt19937 random(static_cast<unsigned>(size * 7 + rarity));
+    for (const bool pyramid : {false, true}) {
+        compareRandomRanges<int>(random, size, rarity, pyramid);
+        compareRandomRanges<float>(random, size, rarity, pyramid);
+        compareRandomRanges<double>(random, size, rarity, pyramid);
+    }
+}
+
+void SamplesTest::extremesOfTheTypesAreKept()
+{
+    std::vector<int> samples(1000, std::numeric_limits<int>::max());
+    std::fill(samples.begin() + 600, samples.end(), std::numeric_limits<int>::min());
+    ArrayPtr array = arrayOf(samples);
+    array->buildPyramid();
+    const SampleSummary summary = array->summary();
+    QCOMPARE(summary.minimum, -2147483648.0);
+    QCOMPARE(summary.maximum, 2147483647.0);
+    QCOMPARE(summary.sum, 600 * 2147483647.0 - 400 * 2147483648.0);
+
+    ArrayPtr odd = arrayOf(std::vector<float>(1000, static_cast<float>(NaN)));
+    odd->buildPyramid();
+    QVERIFY(odd->summary().isEmpty());
+    QCOMPARE(odd->mean(), 0.0);
+}
+
+void SamplesTest::writableSamplesDropThePyramid()
+{
+    IntArray array(1000, std::vector<int>(1000, 5).data());
+    array.buildPyramid();
+    array.typedData()[500] = 9;
+    QCOMPARE(array.maximum(), 9.0);
+    array.buildPyramid();
+    QCOMPARE(array.maximum(), 9.0);
+
+    array.resize(400);
+    QCOMPARE(array.maximum(), 5.0);
+    array.resize(-3);
+    QCOMPARE(array.size(), 0);
+    QVERIFY(array.summary().isEmpty());
+}
+
+void SamplesTest::copiesAreIndependent()
+{
+    std::mt19937 random(3);
+    DoubleArray original(5000, randomSamples<double>(random, 5000, 50).data());
+    original.buildPyramid();
+    DoubleArray copy(original);
+    QVERIFY(!difference(copy.summary(), plainSummary(copy, 0, 5000)));
+
+    copy.typedData()[0] = 5E6;
+    QVERIFY(original.maximum() < 5E6);
+    copy = original;
+    QVERIFY(!difference(copy.summary(), original.summary()));
+    copy.setData(100, copy.begin() + 200);
+    QCOMPARE(copy.size(), 100);
+    QVERIFY(copy[0] == original[200] || std::isnan(original[200]));
+}
+
+void SamplesTest::conversionsSaturate()
+{
+    const std::vector<double> samples{0.0, -1.9, 1.9, 1E300, -1E300, Infinity, -Infinity, NaN};
+    const auto ints = IntArray::Convert(*arrayOf(samples));
+    const int limit = std::numeric_limits<int>::max();
+    const int expected[] = {0, -1, 1, limit, -limit - 1, limit, -limit - 1, 0};
+    QVERIFY(std::equal(ints->begin(), ints->end(), expected, expected + 8));
+    const auto text = CharArray::Convert(*arrayOf(std::vector<int>{-1000, 65, 1000}));
+    QCOMPARE(std::string(text->begin(), text->end()), std::string("\x80"
+                                                                  "A"
+                                                                  "\x7f"));
+
+    const ArrayCPtr array = arrayOf(samples);
+    QCOMPARE(DoubleArray::From(array).get(), array.get());
+    QVERIFY(std::isnan(FloatArray::From(array)->value(7)));
+    QVERIFY(!FloatArray::From(nullptr));
+    double two[2] = {-1, -1};
+    array->convert(1, 3, two);
+    QCOMPARE(two[0], -1.9);
+    QCOMPARE(two[1], 1.9);
+}
+
+void SamplesTest::sampleArraysOfText()
+{
+    ArrayPtr text(new CharArray(600, std::string(600, 'x').data()));
+    const RecordCPtr record = makeRecord(at(0), 0, text);
+    QVERIFY(record->summary().isEmpty());
+    double low, high;
+    QVERIFY(!text->extrema(0, 600, low, high));
+    QVERIFY(!record->hasEndTime());
+}
+
+void SamplesTest::splitsStreamIDs_data()
+{
+    QTest::addColumn<QString>("id");
+    QTest::addColumn<QString>("codes");
+    QTest::newRow("four") << "GE.APE.00.BHZ"
+                          << "GE|APE|00|BHZ";
+    QTest::newRow("empty location") << "GE.APE..BHZ"
+                                    << "GE|APE||BHZ";
+    QTest::newRow("all empty") << "..."
+                               << "|||";
+    QTest::newRow("three") << "GE.APE.BHZ" << QString();
+    QTest::newRow("five") << "GE.APE.00.BHZ.D" << QString();
+    QTest::newRow("none") << "" << QString();
+}
+
+void SamplesTest::splitsStreamIDs()
+{
+    QFETCH(QString, id);
+    QFETCH(QString, codes);
+    const StreamCodesCPtr found = StreamCodes::FromID(id.toStdString());
+    QCOMPARE(bool(found), !codes.isNull());
+    if (!found)
+        return;
+    QCOMPARE(QString::fromStdString(found->network() + '|' + found->station() + '|' +
+                                    found->location() + '|' + found->channel()),
+             codes);
+    QCOMPARE(QString::fromStdString(found->id()), id);
+}
+
+void SamplesTest::endTimes_data()
+{
+    QTest::addColumn<qint64>("start");
+    QTest::addColumn<int>("samples");
+    QTest::addColumn<double>("rate");
+    QTest::addColumn<bool>("hasEnd");
+    QTest::addColumn<qint64>("span");
+    const qint64 start = 1704448800000001;
+    const qint64 latest = std::numeric_limits<qint64>::max();
+    QTest::newRow("plain") << start << 500 << 100.0 << true << qint64(5000000);
+    QTest::newRow("thirds of microseconds") << start << 1 << 30.0 << true << qint64(33333);
+    QTest::newRow("rounded up") << start << 2 << 30.0 << true << qint64(66667);
+    QTest::newRow("200 days at 500 Hz")
+        << start << 2000000011 << 500.0 << true << qint64(4000000022000);
+    QTest::newRow("slow") << start << 3 << 1 / 86400.0 << true << qint64(259200000000);
+    QTest::newRow("before 1970") << -start << 5 << 10.0 << true << qint64(500000);
+    QTest::newRow("no samples") << start << 0 << 0.0 << true << qint64(0);
+    QTest::newRow("no rate") << start << 5 << 0.0 << false << qint64(0);
+    QTest::newRow("negative rate") << start << 5 << -1.0 << false << qint64(0);
+    QTest::newRow("rate not a number") << start << 5 << NaN << false << qint64(0);
+    QTest::newRow("infinite rate") << start << 5 << Infinity << false << qint64(0);
+    QTest::newRow("behind all time") << start << 5 << 1E-15 << false << qint64(0);
+    QTest::newRow("at the end of time") << latest - 5 << 5 << 1E6 << true << qint64(5);
+    QTest::newRow("past the end of time") << latest - 4 << 5 << 1E6 << false << qint64(0);
+}
+
+void SamplesTest::endTimes()
+{
+    QFETCH(qint64, start);
+    QFETCH(int, samples);
+    QFETCH(double, rate);
+    QFETCH(bool, hasEnd);
+    QFETCH(qint64, span);
+    /** Claims a size without holding the samples. */
+    struct Sized : CharArray
+    {
+        int n;
+        explicit Sized(int count) : n(count) {}
+        int size() const override { return n; }
+    };
+    const RecordCPtr record = makeRecord(Core::Time::FromUSecs(start), rate, new Sized(samples));
+    QCOMPARE(record->hasEndTime(), hasEnd);
+    if (hasEnd)
+        QCOMPARE(qint64(record->endTime().usecs()), start + span);
+    else
+        QVERIFY_EXCEPTION_THROWN(record->endTime(), RecordError);
+    QCOMPARE(qint64(record->timeWindow().length().usecs()), span);
+}
+
+void SamplesTest::sampleIndexInvertsSampleTime()
+{
+    for (const double rate : {0.01, 0.3, 1.0, 30.0, 40.000001, 100.0, 125.0, 4096.0, 3E6}) {
+        const RecordCPtr record = ramp(0.123457, 3000, rate);
+        for (int i = 1; i < 3000; ++i) {
+            const Core::Time time = record->sampleTime(i);
+            const int index = record->sampleIndex(time);
+            QVERIFY(index <= i && record->sampleTime(index) == time);
+            QVERIFY(index == 0 || record->sampleTime(index - 1) < time);
+            QVERIFY(record->sampleIndex(time + Core::TimeSpan::FromUSecs(1)) > i);
+        }
+        QCOMPARE(record->sampleIndex(at(-5)), 0);
+        QCOMPARE(record->sampleIndex(record->endTime() + Core::TimeSpan::FromUSecs(1)), 3000);
+        QCOMPARE(record->sampleIndex(at(1E7)), 3000);
+    }
+    QCOMPARE(ramp(0, 5, 0.0)->sampleIndex(at(1)), 5);
+    QCOMPARE(makeRecord(at(0), 1, nullptr)->sampleIndex(at(1)), 0);
+}
+
+QTEST_GUILESS_MAIN(SamplesTest)
+#include "tst_samples.moc"
