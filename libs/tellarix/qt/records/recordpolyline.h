@@ -23,7 +23,8 @@ public:
     virtual bool isEmpty() const = 0;
     /**
      * Draws the trace with the painter's pen. Where columns hold more than one value a vertical
-     * span stands for the zigzag between them: the same ink for a fraction of the time.
+     * span stands for the zigzag between them: the same ink for a fraction of the time. Spans are
+     * not antialiased. The points may have been turned by 90 degrees, so that y ascends in time.
      */
     virtual void draw(QPainter &painter) = 0;
     /** Moves all points. */
@@ -36,7 +37,8 @@ public:
  * create() fills the object with the samples from @p start to @p end at @p pixelsPerSecond, x = 0
  * at @p start. Of each sample @p amplOffset is subtracted; then @p amplMin is drawn at
  * y = @p height - 1 and @p amplMax at y = 0. Values outside leave that range. A gap of more than
- * half a sample between records begins a new polygon, and so does a sample that is not finite.
+ * half a sample between records begins a new polygon, and so does a sample that is not finite or a
+ * record that starts before the samples before it end.
  * The point before and the point behind the window are part of the trace, so that lines reach the
  * edges; x stays within one pixel beside the area where the true point lies far away.
  *
@@ -44,7 +46,10 @@ public:
  *                                      before the offset
  * @param optimize  at two samples a pixel and more, a column keeps its first, smallest, largest
  *                  and last value instead of all samples
- * A null or empty sequence, a range that is not ascending and a height below 1 give no polygons.
+ * With @p amplMin equal to @p amplMax, as of a constant trace, all values are drawn at half height.
+ * A null or empty sequence, a descending or not finite range, an empty window, a scale that is not
+ * above 0 and a height below 1 give no polygons; the results are then left alone, as they are if
+ * no sample is found.
  */
 class TELLARIX_GUI_API RecordPolyline : public AbstractRecordPolyline, public QVector<QPolygon>
 {

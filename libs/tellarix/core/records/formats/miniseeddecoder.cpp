@@ -65,33 +65,6 @@ int64_t mostSteimSamples(const MiniSeedHeader &header)
     return header.dataLength / SteimFrameSize * SteimWordsPerFrame * perWord;
 }
 
-/** Differences in a word of Steim 2, by the two bits in front of the word and its own first two;
- *  0 where there are none, -1 for what the format does not know. */
-constexpr int Steim2Differences[4][4] = {{0, 0, 0, 0}, {4, 4, 4, 4}, {-1, 1, 2, 3}, {5, 6, 7, -1}};
-constexpr int Steim1Differences[4] = {0, 4, 2, 1};
-
-/** Samples that a Steim payload holds, up to a word that makes no sense. */
-int64_t countSteimSamples(const MiniSeedHeader &header, std::string_view record)
-{
-    const NumberReader numbers(record, header.bigEndianData);
-    const bool steim1 = header.encoding == static_cast<int>(MiniSeedEncoding::Steim1);
-    int64_t count = 0;
-    for (int64_t frame = 0; frame < header.dataLength / SteimFrameSize; ++frame) {
-        const size_t offset = static_cast<size_t>(header.dataOffset + frame * SteimFrameSize);
-        const uint32_t codes = numbers.at<uint32_t>(offset);
-        // The first frame begins with the first and the last sample.
-        for (int word = frame == 0 ? 3 : 1; word <= SteimWordsPerFrame; ++word) {
-            const uint32_t code = codes >> (30 - 2 * word) & 3;
-            const uint32_t subcode = numbers.at<uint32_t>(offset + 4 * word) >> 30;
-            const int here = steim1 ? Steim1Differences[code] : Steim2Differences[code][subcode];
-            if (here < 0)
-                return count;
-            count += here;
-        }
-    }
-    return count;
-}
-
 bool samplesFit(const MiniSeedHeader &header)
 {
     if (isSteim(header.encoding))
@@ -165,23 +138,18 @@ ArrayPtr MiniSeedDecoder::Steim::decode(const MiniSeedHeader &header, std::strin
     _record->encoding = static_cast<int8_t>(header.encoding);
     _record->samplecnt = header.sampleCount;
     const bool swap = header.bigEndianData != (ms_bigendianhost() != 0);
-    int count = msr_unpack_data(_record, swap, 0);
+    const int count = msr_unpack_data(_record, swap, 0);
     if (count <= 0) {
-        // libmseed gives all samples that were announced or none.
-        _record->samplecnt = std::min(header.sampleCount, countSteimSamples(header, record));
-        if (_record->samplecnt > 0)
-            count = msr_unpack_data(_record, swap, 0);
-    }
-    if (count <= 0) {
-        cause = "compressed samples are damaged";
+        cause = count == MS_STBADCOMPFLAG ? "compressed samples are damaged"
+                                          : "compressed samples can't be unpacked";
         return ArrayPtr();
     }
 
     const int *samples = static_cast<const int *>(_record->datasamples);
     const int last = NumberReader(record, header.bigEndianData).at<int32_t>(header.dataOffset + 8);
     if (count < header.sampleCount)
-        cause = "record holds " + std::to_string(count) + " of " +
-                std::to_string(header.sampleCount) + " samples";
+        cause = "holds " + std::to_string(count) + " of " + std::to_string(header.sampleCount) +
+                " samples";
     else if (samples[count - 1] != last)
         cause = "integrity check of the compressed samples failed: the last one is " +
                 std::to_string(samples[count - 1]) + " and should be " + std::to_string(last);

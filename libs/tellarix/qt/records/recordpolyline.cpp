@@ -1,0 +1,156 @@
+#include <tellarix/qt/records/recordpolyline.h>
+
+#include <tellarix/core/records/envelope.h>
+#include <tellarix/qt/records/tracespans.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace Tellarix {
+namespace Gui {
+namespace {
+
+/** Farthest pixel at which a point is kept. */
+constexpr double CoordinateLimit = 1 << 20;
+
+/** Maps amplitudes to pixels. */
+class AmplitudeScale
+{
+public:
+    AmplitudeScale(double amplMin, double amplMax, double offset, int height)
+        : _top(0.5 * amplMax), _offset(offset), _middle(0.5 * (height - 1))
+    {
+        // Halves, since the difference of two doubles need not fit into one.
+        const double range = 0.5 * amplMax - 0.5 * amplMin;
+        _isValid = std::isfinite(range) && range >= 0 && std::isfinite(offset) && height >= 1;
+        _isFlat = !(range > 0);
+        _pixels = _isFlat ? 0 : (height - 1) / range;
+    }
+
+    bool isValid() const { return _isValid; }
+
+    double y(double value) const
+    {
+        if (_isFlat)
+            return _middle;
+        const double y = (_top - 0.5 * (value - _offset)) * _pixels;
+        return std::isnan(y) ? _middle : std::clamp(y, -CoordinateLimit, CoordinateLimit);
+    }
+
+private:
+    double _top;
+    double _offset;
+    double _middle;
+    double _pixels;
+    bool _isValid;
+    bool _isFlat;
+};
+
+QPoint makePoint(const EnvelopeColumn &column, double, double y, QPoint *)
+{
+    return {column.column, qRound(y)};
+}
+
+QPointF makePoint(const EnvelopeColumn &, double x, double y, QPointF *)
+{
+    return {x, y};
+}
+
+template <typename Point, typename Polygon>
+void appendColumn(Polygon &polygon, const EnvelopeColumn &column, const AmplitudeScale &scale)
+{
+    const auto append = [&](double x, double value) {
+        const Point point = makePoint(column, x, scale.y(value), static_cast<Point *>(nullptr));
+        if (polygon.isEmpty() || polygon.last() != point)
+            polygon.append(point);
+    };
+    append(column.firstX, column.first);
+    if (column.minimum < column.maximum) {
+        // The extreme that is nearer to the first value comes first, which makes the shorter way.
+        const bool rises = column.first - column.minimum < column.maximum - column.first;
+        const double middle = 0.5 * (column.firstX + column.lastX);
+        append(middle, rises ? column.minimum : column.maximum);
+        append(middle, rises ? column.maximum : column.minimum);
+    }
+    append(column.lastX, column.last);
+}
+
+template <typename Point, typename Polygon>
+void createPolygons(QVector<Polygon> &polygons, const RecordSequence *sequence,
+                    const Core::TimeWindow &window, double pixelsPerSecond,
+                    const AmplitudeScale &scale, double *minimumResult, double *maximumResult,
+                    bool optimize)
+{
+    polygons.clear();
+    if (!sequence || !scale.isValid())
+        return;
+
+    const Envelope envelope =
+        makeEnvelope(*sequence, window, pixelsPerSecond,
+                     optimize ? EnvelopeDetail::Columns : EnvelopeDetail::EverySample);
+    polygons.reserve(static_cast<int>(envelope.stretches.size()));
+    for (const EnvelopeStretch &stretch : envelope.stretches) {
+        Polygon polygon;
+        const size_t columns = stretch.end - stretch.begin;
+        polygon.reserve(static_cast<int>(optimize ? 4 * columns : columns));
+        for (size_t i = stretch.begin; i < stretch.end; ++i)
+            appendColumn<Point>(polygon, envelope.columns[i], scale);
+        polygons.append(polygon);
+    }
+
+    if (envelope.minimum > envelope.maximum)
+        return;
+    if (minimumResult)
+        *minimumResult = envelope.minimum;
+    if (maximumResult)
+        *maximumResult = envelope.maximum;
+}
+
+} // namespace
+
+AbstractRecordPolyline::~AbstractRecordPolyline() = default;
+
+void RecordPolyline::create(const RecordSequence *sequence, const Core::Time &start,
+                            const Core::Time &end, double pixelsPerSecond, double amplMin,
+                            double amplMax, double amplOffset, int height, double *minimumResult,
+                            double *maximumResult, bool optimize)
+{
+    createPolygons<QPoint>(*this, sequence, {start, end}, pixelsPerSecond,
+                           AmplitudeScale(amplMin, amplMax, amplOffset, height), minimumResult,
+                           maximumResult, optimize);
+}
+
+void RecordPolyline::draw(QPainter &painter)
+{
+    drawTrace(painter, *this);
+}
+
+void RecordPolyline::translate(const QPointF &offset)
+{
+    for (QPolygon &polygon : *this)
+        polygon.translate(offset.toPoint());
+}
+
+void RecordPolylineF::create(const RecordSequence *sequence, const Core::Time &start,
+                             const Core::Time &end, double pixelsPerSecond, double amplMin,
+                             double amplMax, double amplOffset, int height, double *minimumResult,
+                             double *maximumResult, bool optimize)
+{
+    createPolygons<QPointF>(*this, sequence, {start, end}, pixelsPerSecond,
+                            AmplitudeScale(amplMin, amplMax, amplOffset, height), minimumResult,
+                            maximumResult, optimize);
+}
+
+void RecordPolylineF::draw(QPainter &painter)
+{
+    drawTrace(painter, *this);
+}
+
+void RecordPolylineF::translate(const QPointF &offset)
+{
+    for (QPolygonF &polygon : *this)
+        polygon.translate(offset);
+}
+
+} // namespace Gui
+} // namespace Tellarix
