@@ -1,0 +1,15 @@
+#pragma once
+
+#include <tellarix/core/math/runningmean.h>
+
+namespace Tellarix {
+namespace Math {
+namespace Filtering {
+
+/** A moving average: the name under which chains of filters know the running mean. */
+template <typename T>
+using Average = RunningMean<T>;
+
+} // namespace Filtering
+} // namespace Math
+} // namespace Tellarix

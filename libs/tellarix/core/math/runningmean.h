@@ -1,0 +1,108 @@
+#pragma once
+
+#include <tellarix/core/math/filter.h>
+
+#include <vector>
+
+namespace Tellarix {
+namespace Math {
+namespace Filtering {
+
+/**
+ * The mean of the samples that lie at most a given time back, the present one included.
+ *
+ * As long as fewer samples have been seen, it is the mean of these. The sum is made afresh in each
+ * round of the window, so that rounding errors don't grow. A sample that is not finite doesn't
+ * enter the window.
+ */
+class TELLARIX_CORE_API MeanWindow
+{
+public:
+    /** Window of @p length samples, at least one; forgets all samples. */
+    void resize(int length);
+    int length() const { return static_cast<int>(_samples.size()); }
+    /** Takes a finite sample in and gives the mean. */
+    double push(double sample)
+    {
+        const size_t length = _samples.size();
+        if (_count == length)
+            _sum -= _samples[_next];
+        else
+            ++_count;
+        _samples[_next] = sample;
+        _sum += sample;
+        _freshSum += sample;
+        if (++_next == length) {
+            _next = 0;
+            _sum = _freshSum;
+            _freshSum = 0;
+        }
+        return _sum / static_cast<double>(_count);
+    }
+
+private:
+    std::vector<double> _samples;
+    size_t _next{0};
+    size_t _count{0};
+    double _sum{0};
+    double _freshSum{0};
+};
+
+/** Base of the filters that work with the mean of a window of fixed length in seconds. */
+template <typename T>
+class TELLARIX_CORE_API WindowFilter : public InPlaceFilter<T>
+{
+public:
+    /** @param length  in seconds; a window below one sample holds one */
+    explicit WindowFilter(double length, double samplingFrequency = 0);
+    ~WindowFilter() override;
+
+    double length() const { return _length; }
+
+    void setSamplingFrequency(double samplingFrequency) override;
+    /** One parameter: the length in seconds, above 0. */
+    int setParameters(int n, const double *parameters) override;
+
+protected:
+    /** False without a usable sampling frequency: samples then stay as they are. */
+    bool isReady() const { return _window.length() > 0; }
+    MeanWindow &window() { return _window; }
+
+private:
+    double _length;
+    double _samplingFrequency{0};
+    MeanWindow _window;
+};
+
+/** Replaces each sample by the running mean. */
+template <typename T>
+class TELLARIX_CORE_API RunningMean : public WindowFilter<T>
+{
+public:
+    using WindowFilter<T>::WindowFilter;
+    ~RunningMean() override;
+    void apply(int n, T *samples) override;
+    InPlaceFilter<T> *clone() const override;
+};
+
+/** Subtracts the running mean from each sample. */
+template <typename T>
+class TELLARIX_CORE_API RunningMeanHighPass : public WindowFilter<T>
+{
+public:
+    using WindowFilter<T>::WindowFilter;
+    ~RunningMeanHighPass() override;
+    void apply(int n, T *samples) override;
+    InPlaceFilter<T> *clone() const override;
+};
+
+extern template class WindowFilter<float>;
+extern template class WindowFilter<double>;
+extern template class RunningMean<float>;
+extern template class RunningMean<double>;
+extern template class RunningMeanHighPass<float>;
+extern template class RunningMeanHighPass<double>;
+
+} // namespace Filtering
+} // namespace Math
+} // namespace Tellarix
