@@ -348,6 +348,8 @@ private:
     void drawGrid(QPainter &painter, const Look &colors) const;
     void drawTimeGrid(QPainter &painter, const QPen &pen, double spacing) const;
     void drawAmplitudeGrid(QPainter &painter, const Look &colors) const;
+    QVector<int> rangeGridLines(int height) const;
+    QVector<int> tickLines(int slot) const;
     void drawTraces(QPainter &painter, const Look &colors);
     void drawMarkers(QPainter &painter);
     void drawMarker(QPainter &painter, RecordMarker &marker, int textSize);

@@ -294,25 +294,45 @@ void RecordWidget::drawAmplitudeGrid(QPainter &painter, const Look &colors) cons
     if (colors.gridMinor.color().alpha() == 0)
         return;
 
-    painter.setPen(colors.gridMinor);
+    QVector<QLine> lines;
     const bool isSet = _gridLower < _gridUpper;
     for (const int slot : drawnSlots()) {
         const QRect area = slotRect(slot);
-        const bool mayHaveGrid = isSet ? _drawMode != InRows || slot == _currentSlot
-                                       : _drawAxis && area.height() >= SmallestGridRow;
-        if (!mayHaveGrid)
+        const bool hasGrid = isSet ? _drawMode != InRows || slot == _currentSlot
+                                   : _drawAxis && area.height() >= SmallestGridRow;
+        if (!hasGrid)
             continue;
 
-        QVector<QLine> lines;
-        const auto ticks = isSet ? axisTicks(_gridLower, _gridUpper, area.height(), font())
-                                 : slotTicks(slot, font());
-        for (const AmplitudeTick &tick : ticks)
-            lines.append(
-                QLine(area.left(), area.top() + tick.y, area.right(), area.top() + tick.y));
-        painter.drawLines(lines);
+        for (const int y : isSet ? rangeGridLines(area.height()) : tickLines(slot))
+            lines.append(QLine(area.left(), area.top() + y, area.right(), area.top() + y));
         if (_drawMode == SameOffset)
-            return;
+            break;
     }
+    painter.setPen(colors.gridMinor);
+    painter.drawLines(lines);
+}
+
+/** Lines of the range that was set, at the distances of a ruler's ticks. */
+QVector<int> RecordWidget::rangeGridLines(int height) const
+{
+    if (height < 2)
+        return {};
+
+    const double range = _gridUpper - _gridLower;
+    const double pixels = fontMetrics().height() + fontMetrics().averageCharWidth();
+    QVector<int> result;
+    for (const double value :
+         tickValues(_gridLower, _gridUpper, roundTickDistance(pixels * range / height), 0))
+        result.append(static_cast<int>(std::lround((_gridUpper - value) / range * (height - 1))));
+    return result;
+}
+
+QVector<int> RecordWidget::tickLines(int slot) const
+{
+    QVector<int> result;
+    for (const AmplitudeTick &tick : slotTicks(slot, font()))
+        result.append(tick.y);
+    return result;
 }
 
 // What lies above the traces
