@@ -50,21 +50,31 @@ Samples referenceSums(Records records)
     double sum = 0;
     const Record *previous = nullptr;
     for (const RecordPtr &item : records) {
-        const bool isContinued =
-            previous != nullptr && previous->samplingFrequency() == item->samplingFrequency() &&
-            std::abs((item->startTime() - previous->endTime()).length()) *
-                    item->samplingFrequency() <=
-                0.5;
+        const bool isContinued = previous != nullptr &&
+                                 previous->samplingFrequency() == item->samplingFrequency() &&
+                                 std::abs((item->startTime() - previous->endTime()).length()) *
+                                         item->samplingFrequency() <=
+                                     0.5;
         if (!isContinued)
             sum = 0;
         for (int i = 0; i < item->sampleCount(); ++i) {
             const double sample = item->data()->value(i);
             sum = std::isfinite(sample) ? sum + sample : 0;
-            result.push_back(std::isfinite(sample) ? sum : NaN);
+            result.push_back(std::isfinite(sample) ? sum : sample);
         }
         previous = item.get();
     }
     return result;
+}
+
+/** Shows the widget and waits until nothing is left to paint. */
+void showAndSettle(TestWidget &widget)
+{
+    widget.show();
+    QRegion painted;
+    QTRY_COMPARE((painted += widget.takePainted()).boundingRect(), widget.rect());
+    QCoreApplication::processEvents();
+    widget.takePainted();
 }
 
 bool isSame(const Samples &a, const Samples &b)
@@ -193,8 +203,8 @@ void TestRecordWidgetRecords::filtersAsInOnePass_data()
         << Records{record(4, {5, 6}), record(6, {7}), record(2, {3, 4})};
     QTest::newRow("late record apart")
         << Records{record(9, {5, 6}), record(1, {3, 4}), record(11, {1, 1})};
-    QTest::newRow("overlap within a run")
-        << Records{record(0, {1, 2}), record(2, {3, 4}), record(4, {5, 6}), record(1, {9, 9, 9, 9})};
+    QTest::newRow("overlap within a run") << Records{
+        record(0, {1, 2}), record(2, {3, 4}), record(4, {5, 6}), record(1, {9, 9, 9, 9, 9, 9, 9})};
     QTest::newRow("not finite") << Records{
         record(0, {1, NaN, 2, 3, std::numeric_limits<double>::infinity()}), record(5, {4, NaN})};
     QTest::newRow("no samples") << Records{record(0, {1, 2}), record(2, {}), record(2, {3})};
@@ -304,11 +314,7 @@ void TestRecordWidgetRecords::repaintsOnlyTouchedColumns()
 {
     TestWidget widget;
     widget.install({record(0, zigzag(20, -10, 10))});
-    widget.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&widget));
-    QTRY_VERIFY(!widget.takePainted().isEmpty());
-    QCoreApplication::processEvents();
-    widget.takePainted();
+    showAndSettle(widget);
 
     widget.feed(record(20, zigzag(10, -9, 9)));
     QRegion painted;
@@ -324,20 +330,20 @@ void TestRecordWidgetRecords::repaintsOnlyTouchedColumns()
     QVERIFY(painted.contains(QRect(60, 0, 80, 100)));
     QVERIFY(painted.boundingRect().left() >= 56);
 
-    // Not in view.
+    // The gap before the first of these reaches into the view, the second lies behind it.
     widget.feed(record(500, zigzag(10, -9, 9)));
+    QCoreApplication::processEvents();
+    widget.takePainted();
     widget.feed(record(510, zigzag(10, -9, 9)));
     QCoreApplication::processEvents();
-    QVERIFY(widget.takePainted().boundingRect().left() >= 138);
+    QVERIFY(widget.takePainted().isEmpty());
 }
 
 void TestRecordWidgetRecords::repaintsAllWhenTheRangeGrows()
 {
     TestWidget widget;
     widget.install({record(0, zigzag(20, -10, 10))});
-    widget.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&widget));
-    QTRY_VERIFY(!widget.takePainted().isEmpty());
+    showAndSettle(widget);
     QSignalSpy updated(&widget, SIGNAL(traceUpdated(Tellarix::Gui::RecordWidget *)));
     QVERIFY(updated.isValid());
 

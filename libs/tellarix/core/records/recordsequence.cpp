@@ -347,15 +347,20 @@ bool RecordSequence::insert(const Record *record)
     if (!held || !held->startTime().valid() || covers(record))
         return false;
 
-    if (isEmpty() || _spans[size() - 1].start <= record->startTime()) {
-        append(held);
-    } else {
-        const auto after = [](Core::Time t, const RecordSpan &span) { return t < span.start; };
-        const auto place =
-            std::upper_bound(_spans.begin(), _spans.end(), record->startTime(), after);
-        insertAt(static_cast<int>(place - _spans.begin()), held);
-    }
+    place(held);
     return true;
+}
+
+void RecordSequence::place(const RecordCPtr &record)
+{
+    if (isEmpty() || _spans[size() - 1].start <= record->startTime()) {
+        append(record);
+        return;
+    }
+    const auto after = [](Core::Time t, const RecordSpan &span) { return t < span.start; };
+    const auto position =
+        std::upper_bound(_spans.begin(), _spans.end(), record->startTime(), after);
+    insertAt(static_cast<int>(position - _spans.begin()), record);
 }
 
 void RecordSequence::append(const RecordCPtr &record)

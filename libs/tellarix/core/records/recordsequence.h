@@ -136,6 +136,8 @@ public:
 protected:
     /** Puts a record at its place; false if it is null, has no start time or is covered already. */
     bool insert(const Record *record);
+    /** Puts a record with a start time at its place, whether it is covered already or not. */
+    void place(const RecordCPtr &record);
     /** Removes the first @p count records. */
     void removeFront(int count);
     /** Removes all records for which @p remove is true. */

@@ -13,8 +13,8 @@ namespace {
 
 bool canFilter(const Record &record)
 {
-    return record.sampleCount() > 0 && record.dataType() != DataType::Char &&
-           record.samplingFrequency() > 0 && record.hasEndTime();
+    return record.dataType() != DataType::Char && record.samplingFrequency() > 0 &&
+           record.hasEndTime();
 }
 
 bool continues(const Record &record, const Record &next)
@@ -47,10 +47,11 @@ bool isFinite(double sample)
 
 } // namespace
 
-/** Holds just what the raw sequence holds: it takes what it is given and trims on demand. */
+/** Holds just what the raw sequence holds: what that took is not judged again. */
 class FilteredRecords::Sequence : public RecordSequence
 {
 public:
+    using RecordSequence::place;
     using RecordSequence::RecordSequence;
     using RecordSequence::removeFront;
 
@@ -102,13 +103,13 @@ Core::TimeWindow FilteredRecords::update(const RecordSequence &raw, const Record
 void FilteredRecords::dropFront(const RecordSequence &raw)
 {
     int dropped = 0;
-    int taken = 0;
+    int filtered = 0;
     while (dropped < _entries.size() && indexOf(raw, _entries[dropped].raw.get()) < 0)
-        taken += _entries[dropped++].taken ? 1 : 0;
+        filtered += _entries[dropped++].filtered != nullptr ? 1 : 0;
     if (dropped == 0)
         return;
     _entries.removeFront(dropped);
-    _sequence->removeFront(taken);
+    _sequence->removeFront(filtered);
 }
 
 Core::TimeWindow FilteredRecords::insertAt(int index, const Record *record)
@@ -123,12 +124,10 @@ Core::TimeWindow FilteredRecords::insertAt(int index, const Record *record)
         --begin;
 
     const int last = filterFrom(begin, index, splitsRun);
-    if (begin == last) {
-        Entry &single = _entries[index];
-        single.taken = single.filtered != nullptr && _sequence->feed(single.filtered.get());
-    } else {
+    if (begin != last)
         rebuildSequence();
-    }
+    else if (_entries[index].filtered)
+        _sequence->place(_entries[index].filtered);
     return Core::TimeWindow(_entries[begin].raw->timeWindow())
         .united(_entries[last].raw->timeWindow());
 }
@@ -168,8 +167,8 @@ void FilteredRecords::rebuildSequence()
 {
     _sequence->clear();
     for (int i = 0; i < _entries.size(); ++i) {
-        Entry &entry = _entries[i];
-        entry.taken = entry.filtered != nullptr && _sequence->feed(entry.filtered.get());
+        if (_entries[i].filtered)
+            _sequence->place(_entries[i].filtered);
     }
 }
 
@@ -189,7 +188,8 @@ RecordCPtr FilteredRecords::filtered(std::unique_ptr<Filter> &filter, const Reco
 {
     const int count = record.sampleCount();
     _samples.resize(static_cast<size_t>(count));
-    record.data()->convert(0, count, _samples.data());
+    if (count > 0)
+        record.data()->convert(0, count, _samples.data());
 
     // One sample that is not finite would stay in a recursive filter for good.
     auto it = _samples.begin();

@@ -43,7 +43,6 @@ private:
     {
         RecordCPtr raw;
         RecordCPtr filtered;          /**< null for a record that can't be filtered */
-        bool taken{false};            /**< the filtered record is part of the sequence */
         bool continued{false};        /**< the next record belongs to the same run */
         std::unique_ptr<Filter> tail; /**< state behind the last record of a run */
     };
