@@ -1,0 +1,232 @@
+#include "traces.h"
+
+using namespace Norvu::Gui;
+using namespace Traces;
+using Tellarix::Gui::RecordWidget;
+
+namespace {
+
+/** Requests data for its rows and writes down how. */
+class RequestingView : public TraceView
+{
+public:
+    QStringList requests;
+    bool isReady{true};
+
+protected:
+    bool beginDataRequest() override
+    {
+        requests << "begin";
+        return isReady;
+    }
+    void requestData(Trace *row) override { requests << row->label(); }
+    void endDataRequest() override { requests << "end"; }
+};
+
+} // namespace
+
+class TraceViewBindingsTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void bindsOneRowAndSlotToAnId();
+    void leavesSlotAloneForUnknownId();
+    void baseViewRequestsNothing();
+    void requestsRowsThatWait();
+    void refusedRequestChangesNothing();
+    void resetRowsAreRequestedAgain();
+    void countsRowsThatWait();
+    void cleansRowsWithoutRecordsInFirstSlot();
+    void clearedSlotIsNotRequestedAgain();
+    void copySharesRecords();
+    void copyOfWindowOwnsRecords();
+    void copiesNothingOutsideOfWindow();
+};
+
+void TraceViewBindingsTest::bindsOneRowAndSlotToAnId()
+{
+    using Bindings = QList<QPair<std::string, int>>;
+    TraceView view;
+    view.setItems({makeRow("A"), makeRow("B")});
+    Trace *first = view.itemAt(0);
+    Trace *second = view.itemAt(1);
+    QVERIFY(view.bindItem("XX.A..BHZ", first, 2));
+    QVERIFY(view.bindItem("XX.A..BHE", first, 0));
+    QVERIFY(view.bindItem("XX.A..BHN", first, 1));
+    QCOMPARE(view.bindingsFor(first),
+             Bindings({{"XX.A..BHE", 0}, {"XX.A..BHN", 1}, {"XX.A..BHZ", 2}}));
+    QCOMPARE(view.bindingsFor(second), Bindings());
+
+    QVERIFY(view.bindItem("XX.A..BHE", second, 5));
+    QCOMPARE(view.bindingsFor(second), Bindings({{"XX.A..BHE", 5}}));
+    QVERIFY(view.unbind("XX.A..BHZ"));
+    QVERIFY(!view.unbind("XX.A..BHZ"));
+    QCOMPARE(view.bindingsFor(first), Bindings({{"XX.A..BHN", 1}}));
+    view.clearBindings(first);
+    QCOMPARE(view.bindingsFor(first), Bindings());
+    QVERIFY(view.itemBoundTo("XX.A..BHE") == second);
+}
+
+void TraceViewBindingsTest::leavesSlotAloneForUnknownId()
+{
+    const TraceView view;
+    int slot = 42;
+    QVERIFY(view.itemBoundTo("XX.A..BHZ", &slot) == nullptr);
+    QCOMPARE(slot, 42);
+}
+
+void TraceViewBindingsTest::baseViewRequestsNothing()
+{
+    TraceView view;
+    view.addItem(makeRow("A"));
+    SignalLog log(&view);
+    view.loadData();
+    QCOMPARE(log.take(), QStringList("load"));
+    QCOMPARE(view.emptyDataSlots(), 1);
+}
+
+void TraceViewBindingsTest::requestsRowsThatWait()
+{
+    RequestingView view;
+    view.setItems({makeRow("A"), makeRow("B"), makeRow("C")});
+    view.subscribedToData(view.itemAt(1));
+    view.loadData();
+    QCOMPARE(view.requests, QStringList({"begin", "A", "C", "end"}));
+    QCOMPARE(view.emptyDataSlots(), 0);
+    view.loadData();
+    QCOMPARE(view.requests.size(), 4);
+}
+
+void TraceViewBindingsTest::refusedRequestChangesNothing()
+{
+    RequestingView view;
+    view.isReady = false;
+    view.setItems({makeRow("A"), makeRow("B")});
+    view.loadData();
+    QCOMPARE(view.requests, QStringList("begin"));
+    QCOMPARE(view.emptyDataSlots(), 2);
+    QVERIFY(!view.itemAt(0)->isDataRequested());
+}
+
+void TraceViewBindingsTest::resetRowsAreRequestedAgain()
+{
+    RequestingView view;
+    view.setItems({makeRow("A", makeRecord("XX.A..BHZ", 0, 10)), makeRow("B")});
+    view.bindItem("XX.A..BHZ", view.itemAt(0), 0);
+    view.loadData();
+    view.requests.clear();
+    view.select(view.itemAt(0));
+    view.resetSelectedTraces();
+    QCOMPARE(view.emptyDataSlots(), 1);
+    QCOMPARE(view.itemAt(0)->recordWidget()->slotCount(), 0);
+    QVERIFY(view.itemBoundTo("XX.A..BHZ") == view.itemAt(0));
+    view.loadData();
+    QCOMPARE(view.requests, QStringList({"begin", "A", "end"}));
+
+    view.resetDataStateOfAllTraces();
+    QCOMPARE(view.emptyDataSlots(), 2);
+}
+
+void TraceViewBindingsTest::countsRowsThatWait()
+{
+    TraceView view;
+    view.setItems({makeRow("A"), makeRow("B"), makeRow("C")});
+    QCOMPARE(view.emptyDataSlots(), 3);
+    view.subscribedToData(view.itemAt(0));
+    QCOMPARE(view.emptyDataSlots(), 2);
+    view.removeItem(view.itemAt(0));
+    QCOMPARE(view.emptyDataSlots(), 2);
+    view.removeItem(view.itemAt(0));
+    QCOMPARE(view.emptyDataSlots(), 1);
+    view.subscribedToData(view.itemAt(0));
+    view.subscribedToData(view.itemAt(0));
+    QCOMPARE(view.emptyDataSlots(), -1);
+    view.removeItems();
+    QCOMPARE(view.emptyDataSlots(), 0);
+}
+
+void TraceViewBindingsTest::cleansRowsWithoutRecordsInFirstSlot()
+{
+    TraceView view;
+    Trace *other = makeRow("other slot");
+    feed(other, 1, makeRecord("XX.A..BHZ", 0, 10));
+    Trace *empty = makeRow("empty sequence");
+    empty->recordWidget()->setRecords(0, new Tellarix::RingBuffer(0), true);
+    view.setItems({makeRow("none"), makeRow("kept", makeRecord("XX.B..BHZ", 0, 10)), other, empty});
+    view.subscribedToData(other);
+    view.bindItem("XX.A..BHZ", other, 1);
+    SignalLog log(&view);
+
+    view.cleanTraces();
+    QCOMPARE(labels(view.items()), QStringList("kept"));
+    QCOMPARE(view.emptyDataSlots(), 1);
+    QVERIFY(view.itemBoundTo("XX.A..BHZ") == nullptr);
+    QCOMPARE(log.take(), QStringList());
+}
+
+void TraceViewBindingsTest::clearedSlotIsNotRequestedAgain()
+{
+    RequestingView view;
+    view.addItem(makeRow("A", makeRecord("XX.A..BHZ", 0, 10)));
+    view.loadData();
+    view.requests.clear();
+    view.clearDataSlot(0);
+    QVERIFY(view.itemAt(0)->recordWidget()->records(0) == nullptr);
+    view.loadData();
+    QCOMPARE(view.requests, QStringList());
+}
+
+void TraceViewBindingsTest::copySharesRecords()
+{
+    TraceView source;
+    Trace *row = makeRow("A", makeRecord("XX.A..BHZ", 0, 10));
+    feed(row, 2, makeRecord("XX.A..BHE", 0, 10));
+    row->recordWidget()->setRecordScale(2, 0.25);
+    row->recordWidget()->setRecordLabel(2, "east");
+    row->setDescription("on the island");
+    source.setItems({makeRow("empty"), row});
+    row->setMetaData(4, nullptr);
+
+    TraceView view;
+    view.addItem(makeRow("before"));
+    QVERIFY(view.copyDataFrom(&source));
+    QCOMPARE(labels(view.items()), QStringList({"before", "A"}));
+    const RecordWidget *copy = view.itemAt(1)->recordWidget();
+    QVERIFY(copy->records(0) == row->recordWidget()->records(0));
+    QVERIFY(!copy->ownsRecords(0));
+    QVERIFY(copy->records(1) == nullptr);
+    QVERIFY(copy->recordScale(0) == nullptr);
+    QCOMPARE(*copy->recordScale(2), 0.25);
+    QCOMPARE(copy->recordLabel(2), QString("east"));
+    QCOMPARE(view.itemAt(1)->labelText(), row->labelText());
+    QCOMPARE(view.itemAt(1)->metaDataCount(), 5);
+}
+
+void TraceViewBindingsTest::copyOfWindowOwnsRecords()
+{
+    TraceView view;
+    {
+        TraceView source;
+        Trace *row = makeRow("A");
+        for (int i = 0; i < 10; ++i)
+            feed(row, 0, makeRecord("XX.A..BHZ", 10 * i, 10 * i + 10));
+        source.addItem(row);
+        QVERIFY(view.copyDataFrom(&source, window(25, 50)));
+    }
+    const RecordWidget *copy = view.itemAt(0)->recordWidget();
+    QVERIFY(copy->ownsRecords(0));
+    QVERIFY(copy->records(0)->timeWindow() == window(20, 50));
+}
+
+void TraceViewBindingsTest::copiesNothingOutsideOfWindow()
+{
+    TraceView source;
+    source.addItem(makeRow("A", makeRecord("XX.A..BHZ", 0, 10)));
+    TraceView view;
+    QVERIFY(!view.copyDataFrom(&source, window(10, 20)));
+    QCOMPARE(view.count(), 0);
+}
+
+QTEST_MAIN(TraceViewBindingsTest)
+#include "tst_traceviewbindings.moc"
