@@ -17,14 +17,14 @@ namespace Traces {
 
 constexpr double SamplingFrequency = 20.0;
 
-inline Tellarix::Core::Time time(double seconds)
+inline Tellarix::Core::Time timeAt(double seconds)
 {
     return Tellarix::Core::Time(seconds);
 }
 
 inline Tellarix::Core::TimeWindow window(double start, double end)
 {
-    return Tellarix::Core::TimeWindow(time(start), time(end));
+    return Tellarix::Core::TimeWindow(timeAt(start), timeAt(end));
 }
 
 /** A record whose samples alternate between both ends of the range. */
@@ -35,7 +35,7 @@ inline Tellarix::RecordPtr makeRecord(const std::string &id, double start, doubl
     Tellarix::Core::SmartPointer<Tellarix::DoubleArray> samples(new Tellarix::DoubleArray(count));
     for (int i = 0; i < count; ++i)
         samples->typedData()[i] = i % 2 ? upper : lower;
-    return new Tellarix::Record(Tellarix::StreamCodes::FromID(id), time(start), SamplingFrequency,
+    return new Tellarix::Record(Tellarix::StreamCodes::FromID(id), timeAt(start), SamplingFrequency,
                                 samples);
 }
 

@@ -298,8 +298,8 @@ void TraceLoaderTest::dropsRecordsWithoutEnd()
     view.addItem(makeRow("A"));
     view.bindItem("XX.A..BHZ", view.itemAt(0), 0);
     Tellarix::Core::SmartPointer<Tellarix::IntArray> samples(new Tellarix::IntArray(5));
-    FakeStream::records = {
-        new Tellarix::Record(Tellarix::StreamCodes::FromID("XX.A..BHZ"), time(0), 0, samples)};
+    FakeStream::records = {RecordPtr(
+        new Tellarix::Record(Tellarix::StreamCodes::FromID("XX.A..BHZ"), timeAt(0), 0, samples))};
     QVERIFY(!FakeStream::records[0]->hasEndTime());
 
     TraceLoader loader("fake://");
@@ -335,7 +335,7 @@ void TraceLoaderTest::readsFileIntoNewRows()
     file.close();
 
     TraceView view;
-    view.setAlignment(time(1000));
+    view.setAlignment(timeAt(1000));
     TraceFileLoader loader(name.toStdString());
     QVERIFY(loader.parent() == nullptr);
     QVERIFY(loader.load(&view, Tellarix::Core::TimeWindow()));
@@ -345,7 +345,7 @@ void TraceLoaderTest::readsFileIntoNewRows()
     QVERIFY(view.coveredTimeWindow() == window(1000, 1200));
     QVERIFY(view.itemBoundTo("XX.B..BHN") == view.itemAt(1));
     QCOMPARE(colors(view), QList<QColor>({Qt::green, Qt::green}));
-    QVERIFY(view.itemAt(0)->recordWidget()->alignment() == time(1000));
+    QVERIFY(view.itemAt(0)->recordWidget()->alignment() == timeAt(1000));
     QCOMPARE(loader.messages().size(), 1);
 }
 

@@ -1,5 +1,6 @@
 #include "traces.h"
 
+#include <QBoxLayout>
 #include <QScrollArea>
 #include <QScrollBar>
 
@@ -29,6 +30,13 @@ void move(TraceView &view, const QPoint &position)
 {
     QMouseEvent event(QEvent::MouseMove, position, Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
     QApplication::sendEvent(&view, &event);
+}
+
+/** Moves the pointer over the record widget of a row. */
+void hover(TraceView &view, int row, const QPoint &position)
+{
+    QMouseEvent event(QEvent::MouseMove, position, Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+    QApplication::sendEvent(view.itemAt(row)->recordWidget(), &event);
 }
 
 QScrollBar *scrollBar(TraceView &view)
@@ -405,7 +413,6 @@ void TraceViewInteractionTest::removedRowLeavesDrag()
 
 void TraceViewInteractionTest::zoomsAndScrolls_data()
 {
-    using Slot = void (TraceView::*)();
     QTest::addColumn<QString>("action");
     QTest::addColumn<double>("tmin");
     QTest::addColumn<double>("tmax");
@@ -482,7 +489,7 @@ void TraceViewInteractionTest::crosshairFollowsPointer()
     const QRect column(position.x(), position.y() + 40, 1, 10);
     const QRect row(position.x() + 100, position.y(), 10, 1);
 
-    QTest::mouseMove(widget, pointer);
+    hover(view, 2, pointer);
     const QImage before = view.grab().toImage();
     view.showCrosshair(true);
     const QImage shown = view.grab().toImage();
@@ -502,7 +509,7 @@ void TraceViewInteractionTest::crosshairForgetsRemovedRow()
     if (QTest::currentTestFailed())
         return;
     view.showCrosshair(true);
-    QTest::mouseMove(view.itemAt(0)->recordWidget());
+    hover(view, 0, QPoint(200, 10));
     view.removeItem(view.itemAt(0));
     view.grab();
     QCOMPARE(view.count(), 4);
