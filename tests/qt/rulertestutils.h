@@ -1,0 +1,82 @@
+#pragma once
+
+#include <tellarix/qt/records/ruler.h>
+
+#include <QApplication>
+#include <QImage>
+#include <QMouseEvent>
+#include <QWheelEvent>
+
+namespace TestUtils {
+
+inline void sendMouse(QWidget &widget, QEvent::Type type, const QPointF &position,
+                      Qt::MouseButton button, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+{
+    const bool isDown = type != QEvent::MouseButtonRelease;
+    QMouseEvent event(type, position, type == QEvent::MouseMove ? Qt::NoButton : button,
+                      isDown ? button : Qt::NoButton, modifiers);
+    QApplication::sendEvent(&widget, &event);
+}
+
+/** Presses at the first position, moves through all others and releases at the last. */
+inline void drag(QWidget &widget, const QVector<QPointF> &positions, Qt::MouseButton button,
+                 Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+{
+    sendMouse(widget, QEvent::MouseButtonPress, positions.first(), button, modifiers);
+    for (int i = 1; i < positions.size(); ++i)
+        sendMouse(widget, QEvent::MouseMove, positions[i], button, modifiers);
+    sendMouse(widget, QEvent::MouseButtonRelease, positions.last(), button, modifiers);
+}
+
+/** Turns the wheel; 120 units are one notch of 15 degrees. */
+inline void turnWheel(QWidget &widget, const QPointF &position, const QPoint &units)
+{
+    QWheelEvent event(position, widget.mapToGlobal(position.toPoint()), QPoint(), units,
+                      Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(&widget, &event);
+}
+
+inline QImage picture(QWidget &widget)
+{
+    QImage image(widget.size(), QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::white);
+    widget.render(&image, QPoint(), QRegion(), QWidget::DrawChildren);
+    return image;
+}
+
+/** Opens up the labels of a ruler. */
+template <class Base>
+class Probe : public Base
+{
+public:
+    using Base::Base;
+    using Base::labels;
+    using Base::lineCount;
+
+    QVector<Tellarix::Gui::RulerLabel> placedLabels(int line) const
+    {
+        return Tellarix::Gui::layoutLabels(labels(line), Base::rulerLength(), 1);
+    }
+    QStringList texts(int line) const
+    {
+        QStringList result;
+        for (const Tellarix::Gui::RulerLabel &label : placedLabels(line))
+            result.append(label.text);
+        return result;
+    }
+    /** Number of labels in a line that fit where they want to stand, but were left out. */
+    int droppedInside(int line) const
+    {
+        int fitting = 0;
+        for (const Tellarix::Gui::RulerLabel &label : labels(line)) {
+            const double start = label.position - 0.5 * label.extent;
+            fitting += start >= 0 && start + label.extent <= Base::rulerLength() ? 1 : 0;
+        }
+        int placed = 0;
+        for (const Tellarix::Gui::RulerLabel &label : placedLabels(line))
+            placed += label.start == label.position - 0.5 * label.extent ? 1 : 0;
+        return fitting - placed;
+    }
+};
+
+} // namespace TestUtils

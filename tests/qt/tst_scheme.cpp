@@ -1,0 +1,103 @@
+#include <tellarix/qt/scheme.h>
+
+#include <QApplication>
+#include <QtTest>
+
+using namespace Tellarix::Gui;
+
+namespace {
+
+QPalette palette(const QColor &base, const QColor &text)
+{
+    QPalette result(text, base.darker(105), base.lighter(120), base.darker(200), base.darker(150),
+                    text, text, base, base.darker(105));
+    result.setColor(QPalette::Highlight, QColor(48, 120, 200));
+    return result;
+}
+
+} // namespace
+
+class SchemeTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void knowsPublishedContrasts_data()
+    {
+        QTest::addColumn<QColor>("color");
+        QTest::addColumn<double>("ratioToWhite");
+        QTest::newRow("black") << QColor(Qt::black) << 21.0;
+        QTest::newRow("itself") << QColor(Qt::white) << 1.0;
+        QTest::newRow("grey that just passes") << QColor(0x76, 0x76, 0x76) << 4.54;
+        QTest::newRow("grey that just fails") << QColor(0x77, 0x77, 0x77) << 4.48;
+        QTest::newRow("red") << QColor(Qt::red) << 4.0;
+        QTest::newRow("blue") << QColor(Qt::blue) << 8.59;
+    }
+    void knowsPublishedContrasts()
+    {
+        QFETCH(QColor, color);
+        QFETCH(double, ratioToWhite);
+        QVERIFY(std::abs(contrastRatio(color, Qt::white) - ratioToWhite) < 0.01);
+        QCOMPARE(contrastRatio(color, Qt::white), contrastRatio(Qt::white, color));
+    }
+
+    void canBeReadOnAnyPalette_data()
+    {
+        QTest::addColumn<QColor>("base");
+        QTest::addColumn<QColor>("text");
+        QTest::addColumn<bool>("dark");
+        QTest::newRow("light") << QColor(Qt::white) << QColor(Qt::black) << false;
+        QTest::newRow("dark") << QColor(30, 30, 34) << QColor(230, 230, 230) << true;
+        QTest::newRow("black") << QColor(Qt::black) << QColor(Qt::white) << true;
+        QTest::newRow("sepia") << QColor(244, 232, 208) << QColor(60, 40, 20) << false;
+        QTest::newRow("middle grey") << QColor(119, 119, 119) << QColor(Qt::black) << false;
+        QTest::newRow("dark blue") << QColor(0, 20, 90) << QColor(200, 220, 255) << true;
+    }
+    void canBeReadOnAnyPalette()
+    {
+        QFETCH(QColor, base);
+        QFETCH(QColor, text);
+        const Scheme scheme(palette(base, text));
+        QTEST(scheme.isDark(), "dark");
+
+        for (const QColor &color :
+             {scheme.records.foreground, scheme.records.alternateForeground, scheme.records.marker,
+              scheme.origins.automatic, scheme.origins.manual, scheme.legend.text})
+            QVERIFY2(contrastRatio(color, base) >= 4.49, qPrintable(color.name()));
+        for (const QColor &color : {scheme.records.alignment, scheme.records.cursor,
+                                    scheme.records.frame.color(), scheme.legend.border})
+            QVERIFY2(contrastRatio(color, base) >= 3, qPrintable(color.name()));
+
+        const double major = contrastRatio(scheme.records.gridMajor.color(), base);
+        const double minor = contrastRatio(scheme.records.gridMinor.color(), base);
+        QVERIFY(minor > 1.05 && minor < major && major < 3);
+    }
+
+    void keepsSizesWhenPaletteChanges()
+    {
+        Scheme scheme(palette(Qt::white, Qt::black));
+        scheme.records.lineWidth = 3;
+        scheme.records.antiAliasing = true;
+        scheme.precision.depth = 2;
+
+        scheme.setPalette(palette(Qt::black, Qt::white));
+        QVERIFY(scheme.isDark());
+        QCOMPARE(scheme.records.background, QColor(Qt::black));
+        QCOMPARE(scheme.records.lineWidth, 3);
+        QVERIFY(scheme.records.antiAliasing);
+        QCOMPARE(scheme.precision.depth, 2);
+    }
+
+    void followsPaletteWithoutApplicationObject()
+    {
+        const QPalette before = QApplication::palette();
+        QApplication::setPalette(palette(Qt::black, Qt::white));
+        QVERIFY(Scheme::Current().isDark());
+        QApplication::setPalette(palette(Qt::white, Qt::black));
+        QVERIFY(!Scheme::Current().isDark());
+        QApplication::setPalette(before);
+    }
+};
+
+QTEST_MAIN(SchemeTest)
+#include "tst_scheme.moc"
