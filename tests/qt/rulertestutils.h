@@ -5,9 +5,19 @@
 #include <QApplication>
 #include <QImage>
 #include <QMouseEvent>
+#include <QResizeEvent>
 #include <QWheelEvent>
 
 namespace TestUtils {
+
+/** Resizes a widget that isn't shown, so that it learns of it at once. */
+inline void resizeTo(QWidget &widget, int width, int height)
+{
+    const QSize before = widget.size();
+    widget.resize(width, height);
+    QResizeEvent event(widget.size(), before);
+    QApplication::sendEvent(&widget, &event);
+}
 
 inline void sendMouse(QWidget &widget, QEvent::Type type, const QPointF &position,
                       Qt::MouseButton button, Qt::KeyboardModifiers modifiers = Qt::NoModifier)

@@ -79,7 +79,8 @@ private slots:
         QTest::newRow("across zero") << -1.5 << 1.5 << 1.0 << 0.0 << Values{-1, 0, 1};
         QTest::newRow("offset") << 0.0 << 10.0 << 5.0 << 2.0 << Values{3, 8};
         QTest::newRow("negative offset") << 0.0 << 10.0 << 5.0 << -2.0 << Values{2, 7};
-        QTest::newRow("offset of many spacings") << 0.0 << 2.0 << 1.0 << 86399.25 << Values{0.75, 1.75};
+        QTest::newRow("offset of many spacings")
+            << 0.0 << 2.0 << 1.0 << 86399.25 << Values{0.75, 1.75};
         QTest::newRow("no tick in it") << 1.1 << 1.9 << 1.0 << 0.0 << Values{};
         QTest::newRow("point on a tick") << 3.0 << 3.0 << 1.0 << 0.0 << Values{3};
         QTest::newRow("reversed") << 10.0 << 0.0 << 1.0 << 0.0 << Values{};
@@ -137,7 +138,7 @@ private slots:
         ruler.setRange(10, upper);
         QVERIFY(ruler.upper() == upper);
 
-        ruler.resize(600, 40);
+        resizeTo(ruler, 600, 40);
         QVERIFY(qFuzzyCompare(ruler.upper() - ruler.lower(), 2.0 / 3));
 
         for (const double bad : {0.0, -1.0, NaN, Infinity})
@@ -175,7 +176,7 @@ private slots:
         QCOMPARE(ruler.valueToPixel(2E-9), 0.0);
         QVERIFY(ruler.majorSpacing() > 0);
 
-        ruler.resize(60, 400);
+        resizeTo(ruler, 60, 400);
         QCOMPARE(ruler.upper(), 2E-9);
         QCOMPARE(ruler.valueToPixel(-2E-9), 400.0);
 
@@ -297,18 +298,18 @@ private slots:
         Ruler ruler;
         ruler.resize(1000, 40);
         QSignalSpy intervals(&ruler, &Ruler::changedInterval);
-        ruler.showRange(0, 1000);
-        QVERIFY(!intervals.isEmpty());
+        ruler.showRange(0, 10000);
+        QCOMPARE(intervals.size(), 1);
         QCOMPARE(intervals.last()[0].toDouble(), ruler.majorSpacing());
         QCOMPARE(intervals.last()[1].toDouble(), ruler.minorSpacing());
 
         intervals.clear();
-        ruler.showRange(100, 1100);
+        ruler.showRange(1000, 11000);
         QVERIFY(intervals.isEmpty());
 
         const double before = ruler.majorSpacing();
         ruler.setAutoScaleEnabled(true);
-        ruler.resize(100, 40);
+        resizeTo(ruler, 100, 40);
         QVERIFY(ruler.majorSpacing() > before);
         QCOMPARE(intervals.size(), 1);
 
@@ -316,7 +317,7 @@ private slots:
         QCOMPARE(intervals.size(), 2);
         QCOMPARE(intervals.last()[2].toDouble(), 3.0);
 
-        ruler.resize(0, 0);
+        resizeTo(ruler, 0, 0);
         QCOMPARE(ruler.majorSpacing(), 0.0);
     }
 
@@ -334,11 +335,15 @@ private slots:
             ruler.resize(length(random), 40);
             ruler.showRange(lower, lower + width);
             const QByteArray what = QStringLiteral("seed %1: %2 from %3 on %4 pixels")
-                                        .arg(seed).arg(width).arg(lower).arg(ruler.width())
+                                        .arg(seed)
+                                        .arg(width)
+                                        .arg(lower)
+                                        .arg(ruler.width())
                                         .toLatin1();
             QVERIFY2(ruler.droppedInside(0) == 0, what);
             const QStringList texts = ruler.texts(0);
-            QVERIFY2(texts.toSet().size() == texts.size(), what + texts.join(' ').toLatin1());
+            QVERIFY2(QSet<QString>(texts.begin(), texts.end()).size() == texts.size(),
+                     what + texts.join(' ').toLatin1());
             QVERIFY2(ruler.majorSpacing() * ruler.scale() >= 10, what);
             const double ratio = ruler.majorSpacing() / ruler.minorSpacing();
             QVERIFY2(std::abs(ratio - std::round(ratio)) < 1E-6, what);
@@ -364,8 +369,7 @@ private slots:
             }
         }
         QVector<int> expected;
-        for (const double value :
-             tickValues(ruler.lower(), ruler.upper(), ruler.majorSpacing(), 0))
+        for (const double value : tickValues(ruler.lower(), ruler.upper(), ruler.majorSpacing(), 0))
             expected.append(static_cast<int>(ruler.valueToPixel(value) + 1E-6));
         QVERIFY(expected.size() > 3);
         QCOMPARE(inked, expected);

@@ -69,8 +69,9 @@ double roundTickDistance(double distance)
         return 0;
 
     const int exponent = static_cast<int>(std::floor(std::log10(distance)));
-    for (const double digit : {1.0, 2.0, 5.0, 10.0, 20.0}) {
-        const double candidate = decimal(digit, exponent);
+    for (int i = 0; i < 5; ++i) {
+        constexpr double Digits[] = {1, 2, 5};
+        const double candidate = decimal(Digits[i % 3], exponent + i / 3);
         if (candidate >= distance * (1 - RelativeRounding))
             return std::isfinite(candidate) ? candidate : 0;
     }

@@ -97,7 +97,9 @@ QString localTimeText(Core::Time time, double spacing)
     const QString format = spacing >= Day      ? QStringLiteral("yyyy-MM-dd HH:mm")
                            : spacing >= Minute ? QStringLiteral("HH:mm")
                                                : QStringLiteral("HH:mm:ss");
-    return local.toString(format) + QLatin1Char(' ') + local.timeZoneAbbreviation();
+    const QString fraction =
+        fractionText(floorModulo(time.usecs(), USecsPerSecond), decimalsOf(spacing));
+    return local.toString(format) + fraction + QLatin1Char(' ') + local.timeZoneAbbreviation();
 }
 
 /** The text with each digit replaced by the widest one, so that its width does not depend on
