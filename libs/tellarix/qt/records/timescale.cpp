@@ -331,14 +331,25 @@ double TimeScale::alignedOffset(double major) const
 QVector<RulerLabel> TimeScale::labels(int line) const
 {
     QVector<RulerLabel> result = Ruler::labels(line);
-    if (line != dateLine() || isVertical() || majorSpacing() <= 0 || majorSpacing() >= Day)
+    if (line != dateLine() || majorSpacing() <= 0 || majorSpacing() >= Day)
         return result;
 
-    // Behind the dates at midnights, which go before it where room is scarce.
     RulerLabel label;
     label.text = dateText(timeAt(lower()).fields());
-    label.extent = QFontMetricsF(font()).horizontalAdvance(label.text);
-    result.append(label);
+    if (!isVertical()) {
+        // Behind the dates at midnights, which go before it where room is scarce.
+        label.extent = QFontMetricsF(font()).horizontalAdvance(label.text);
+        result.append(label);
+        return result;
+    }
+
+    const QVector<double> ticks = tickValues(lower(), upper(), majorSpacing(), offset());
+    if (result.isEmpty() && !ticks.isEmpty()) {
+        // Below the lowest tick itself there is seldom room.
+        label.extent = QFontMetricsF(font()).height();
+        label.position = valueToPixel(ticks[ticks.size() > 1 ? 1 : 0]) + label.extent;
+        result.append(label);
+    }
     return result;
 }
 
