@@ -52,7 +52,8 @@ Application::Application(int &argc, char **argv, int flags, Tellarix::Gui::Appli
     : Tellarix::Gui::Application(argc, argv, flags & ~ShowSplash, type), _iconFile(iconFile),
       _title(title), _subtitle(subtitle), _version(version)
 {
-    if (flags & ShowSplash)
+    // Pictures need a window system, which terminal programs do without.
+    if ((flags & ShowSplash) && type != Tty)
         showSplash(splashImage, iconFile, title, subtitle, version);
 }
 

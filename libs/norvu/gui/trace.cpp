@@ -66,6 +66,31 @@ public:
     }
 };
 
+/** An axis whose ticks stand below the samples also when it is wider than the traces. */
+class RowTimeScale : public Tellarix::Gui::TimeScale
+{
+public:
+    explicit RowTimeScale(const Tellarix::Gui::RecordWidget *widget) : _widget(widget) {}
+
+    /** Takes over what the record widget shows. */
+    void follow()
+    {
+        setScale(_widget->timeScale());
+        setRange(_widget->tmin(), _widget->tmax());
+    }
+
+protected:
+    void resizeEvent(QResizeEvent *event) override
+    {
+        TimeScale::resizeEvent(event);
+        // The record widget only finds its scale when it gets its size, just before this axis.
+        follow();
+    }
+
+private:
+    const Tellarix::Gui::RecordWidget *_widget;
+};
+
 /** Sets a range about the mean; @p T is the type of the samples, in which it is worked out. */
 template <typename T>
 void setSymmetricRange(Tellarix::Gui::RecordWidget *widget, const Tellarix::SampleSummary &summary)
@@ -188,7 +213,8 @@ void Trace::initLayout()
     layout->setSpacing(Spacing());
     layout->setContentsMargins(Padding(), Padding(), Padding(), Padding());
     layout->addWidget(_colorBar, HeaderRow, BarColumn, 2, 1);
-    layout->addWidget(_header, HeaderRow, AxisColumn, 1, 3);
+    // Spans go to the last column: the one of the extra widget takes no room unless there is one.
+    layout->addWidget(_header, HeaderRow, AxisColumn, 1, -1);
     layout->addWidget(_recordWidget, RecordRow, AxisColumn, 1, 2);
     layout->addWidget(_axisSpacer, TimeAxisRow, AxisColumn);
     layout->setColumnStretch(TraceColumn, 1);
@@ -208,7 +234,7 @@ void Trace::addTimeAxis()
     QSizePolicy policy = _timeAxis->sizePolicy();
     policy.setVerticalPolicy(QSizePolicy::Maximum);
     _timeAxis->setSizePolicy(policy);
-    grid()->addWidget(_timeAxis, TimeAxisRow, TraceColumn, 1, 2);
+    grid()->addWidget(_timeAxis, TimeAxisRow, TraceColumn, 1, -1);
 }
 
 int Trace::FixedLabelWidth(int extra)
@@ -368,7 +394,7 @@ void Trace::showWindow(Tellarix::Core::Time start, Tellarix::Core::Time end)
     const Tellarix::Core::Time alignment = _recordWidget->alignment();
     _recordWidget->showTimeRange((start - alignment).length(), (end - alignment).length());
     if (_timeAxis)
-        _timeAxis->showRange(_recordWidget->tmin(), _recordWidget->tmax());
+        static_cast<RowTimeScale *>(_timeAxis)->follow();
 }
 
 Trace *Trace::clone() const
@@ -387,9 +413,10 @@ void Trace::setTimeAxisEnabled(bool enable, bool interactive)
         return;
     }
 
-    _timeAxis = new Tellarix::Gui::TimeScale;
-    _timeAxis->setAlignment(_recordWidget->alignment());
-    _timeAxis->showRange(_recordWidget->tmin(), _recordWidget->tmax());
+    auto *axis = new RowTimeScale(_recordWidget);
+    axis->setAlignment(_recordWidget->alignment());
+    axis->follow();
+    _timeAxis = axis;
     addTimeAxis();
 
     connect(_timeAxis, SIGNAL(changedInterval(double, double, double)), _recordWidget,
