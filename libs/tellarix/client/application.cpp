@@ -48,8 +48,9 @@ QStringList toStringList(const std::vector<std::string> &arguments)
 } // namespace
 
 Application::Application(int &argc, char **argv)
-    : System::Application(argc, argv), _version(Core::CurrentVersion.toString()),
-      _frameworkVersion(_version)
+    : System::Application(argc, argv),
+      _helpCommand(QString::fromStdString(name()) + QStringLiteral(" --help")),
+      _version(Core::CurrentVersion.toString()), _frameworkVersion(_version)
 {}
 
 Application::~Application() = default;
@@ -138,7 +139,7 @@ void Application::handleInitializationError(int stage)
 bool Application::usageError(const QString &reason)
 {
     failure(reason);
-    print(stderr, tr("See \"%1 --help\".\n").arg(QString::fromStdString(name())));
+    print(stderr, tr("See \"%1\".\n").arg(_helpCommand));
     setReturnCode(UsageStatus);
     return false;
 }

@@ -69,6 +69,8 @@ protected:
     bool validateParameters() override;
     void handleInitializationError(int stage) override;
 
+    /** The command that usage errors point at; "NAME --help" by default. */
+    void setHelpCommand(const QString &command) { _helpCommand = command; }
     /** Prints a usage error; validateParameters() calls it and returns the result, false. */
     bool usageError(const QString &reason);
     /** Prints "NAME: REASON" on standard error; always returns false. */
@@ -84,6 +86,7 @@ private:
 
     Configuration _configuration;
     QCommandLineParser _commandLine;
+    QString _helpCommand;
     std::string _version;
     std::string _frameworkVersion;
     bool _offersDatabase{true};

@@ -37,11 +37,21 @@ double toSeconds(int64_t usecs)
 
 } // namespace
 
-bool StreamSummarizer::Entry::isSameAs(const Entry &other) const
+bool StreamSummarizer::Entry::repeats(const Entry &other) const
 {
-    return samples > 0 && std::tie(start, end, samples, samplingFrequency, contentHash) ==
-                              std::tie(other.start, other.end, other.samples,
-                                       other.samplingFrequency, other.contentHash);
+    if (samples == 0 ||
+        std::tie(start, end, samples) != std::tie(other.start, other.end, other.samples))
+        return false;
+    // Any number of messages can bear the same time.
+    return isSpan() || contentHash == other.contentHash;
+}
+
+bool StreamSummarizer::Entry::hasValuesOf(const Entry &other) const
+{
+    // The same numbers may be stored as integers here and as floating point numbers there.
+    return contentHash == other.contentHash ||
+           std::tie(finiteSamples, minimum, maximum, sum) ==
+               std::tie(other.finiteSamples, other.minimum, other.maximum, other.sum);
 }
 
 void StreamSummarizer::add(const Record &record, const std::string &originName,
@@ -56,9 +66,6 @@ void StreamSummarizer::add(const Record &record, const std::string &originName,
         stream.firstSampleTime = record.startTime();
     stream.lastSampleTime = std::max(stream.lastSampleTime, record.lastSampleTime());
     stream.entries.push_back(entry);
-
-    if (entry.finiteSamples > 0)
-        stream.values.add(record.summary());
 }
 
 StreamSummaries StreamSummarizer::result() const
@@ -94,7 +101,11 @@ StreamSummarizer::Entry StreamSummarizer::entryOf(const Record &record)
     entry.end = record.hasEndTime() && !isText ? record.endTime().usecs() : entry.start;
     entry.samples = record.sampleCount();
     entry.finiteSamples = isText ? 0 : static_cast<int32_t>(summary.count);
-    entry.sum = entry.finiteSamples > 0 ? summary.sum : 0;
+    if (entry.finiteSamples > 0) {
+        entry.sum = summary.sum;
+        entry.minimum = summary.minimum;
+        entry.maximum = summary.maximum;
+    }
     entry.contentHash = record.sampleCount() > 0 ? hashOf(*record.data()) : 0;
     return entry;
 }
@@ -109,10 +120,6 @@ StreamSummary StreamSummarizer::summarize(const std::string &id, const Stream &s
     const size_t firstNote = notes.size();
     const Order kept = withoutDuplicates(stream, notes);
     addTotals(kept, summary);
-    if (!stream.values.isEmpty()) {
-        summary.values.minimum = stream.values.minimum;
-        summary.values.maximum = stream.values.maximum;
-    }
     noteDisorder(kept, notes);
     countGaps(kept, summary, notes);
     for (size_t i = firstNote; i < notes.size(); ++i)
@@ -123,17 +130,22 @@ StreamSummary StreamSummarizer::summarize(const std::string &id, const Stream &s
 StreamSummarizer::Order StreamSummarizer::withoutDuplicates(const Stream &stream, Notes &notes)
 {
     Order kept;
-    std::unordered_multimap<uint64_t, const Entry *> seen;
+    std::unordered_multimap<int64_t, const Entry *> seen;
     seen.reserve(stream.entries.size());
     for (const Entry &entry : stream.entries) {
-        const auto alike = seen.equal_range(entry.contentHash);
-        if (std::any_of(alike.first, alike.second,
-                        [&](const auto &item) { return entry.isSameAs(*item.second); })) {
-            notes.push_back({&entry, "duplicate of an earlier record, not counted"});
+        const auto alike = seen.equal_range(entry.start);
+        const auto original = std::find_if(alike.first, alike.second, [&](const auto &item) {
+            return entry.repeats(*item.second);
+        });
+        if (original == alike.second) {
+            seen.emplace(entry.start, &entry);
+            kept.push_back(&entry);
             continue;
         }
-        seen.emplace(entry.contentHash, &entry);
-        kept.push_back(&entry);
+        notes.push_back({&entry, entry.hasValuesOf(*original->second)
+                                     ? "duplicate of an earlier record, not counted"
+                                     : "same times as an earlier record, but other samples; "
+                                       "not counted"});
     }
     return kept;
 }
@@ -144,7 +156,7 @@ void StreamSummarizer::addTotals(const Order &records, StreamSummary &summary)
     long double sum = 0;
     for (const Entry *record : records) {
         summary.samples += record->samples;
-        summary.values.count += record->finiteSamples;
+        summary.values.add({record->minimum, record->maximum, record->sum, record->finiteSamples});
         sum += static_cast<long double>(record->sum);
     }
     summary.records = static_cast<int64_t>(records.size());
