@@ -1,0 +1,367 @@
+#include <tellarix/client/demo/seismogram_p.h>
+
+#include <tellarix/client/demo/regionalmodel_p.h>
+
+#include <algorithm>
+#include <cmath>
+#include <random>
+
+namespace Tellarix {
+namespace Client {
+
+namespace {
+
+constexpr double Pi = 3.14159265358979323846;
+constexpr int SampleCount = static_cast<int>(DemoSeconds * DemoSamplingFrequency);
+constexpr double SampleInterval = 1 / DemoSamplingFrequency;
+constexpr int DigitizerLimit = (1 << 23) - 1;
+
+using Trace = std::vector<double>;
+/** Vertical, radial and transverse, or vertical, north and east. */
+using Components = std::array<Trace, 3>;
+
+double radians(double degrees)
+{
+    return degrees * Pi / 180;
+}
+
+/** Normal noise of unit variance; the standard library's distribution differs by platform. */
+class Gaussian
+{
+public:
+    explicit Gaussian(uint64_t seed) : _engine(seed) {}
+
+    /** Sum of four uniform numbers: exact enough for noise that is filtered afterwards. */
+    double operator()()
+    {
+        const uint64_t bits = _engine();
+        const auto sum = static_cast<int64_t>((bits & 0xFFFF) + (bits >> 16 & 0xFFFF) +
+                                              (bits >> 32 & 0xFFFF) + (bits >> 48));
+        return static_cast<double>(sum - 131070) * (1 / 37837.2);
+    }
+
+    /** Evenly distributed between @p low and @p high. */
+    double uniform(double low, double high)
+    {
+        return low + (high - low) * static_cast<double>(_engine() >> 11) * 0x1p-53;
+    }
+
+private:
+    std::mt19937_64 _engine;
+};
+
+/** Low pass of 6 dB per octave. */
+class LowPass
+{
+public:
+    explicit LowPass(double cornerFrequency)
+        : _share(1 - std::exp(-2 * Pi * cornerFrequency * SampleInterval))
+    {}
+
+    double operator()(double sample) { return _state += _share * (sample - _state); }
+
+private:
+    double _share;
+    double _state{0};
+};
+
+/** A piece of the rupture that breaks some time behind its beginning. */
+struct SubEvent
+{
+    double delay;
+    double momentShare;
+};
+
+/** A source at the hypocentre of the demonstration. */
+struct Source
+{
+    double seconds; /**< behind the origin time */
+    double magnitude;
+    std::vector<SubEvent> rupture;
+
+    /** Scalar moment in N m; Hanks and Kanamori (1979). */
+    double moment() const { return std::pow(10, 1.5 * magnitude + 9.1); }
+    /** Of S waves, in Hz, for a stress drop of 6 MPa; Brune (1970). */
+    double cornerFrequency() const { return 0.49 * 3460 * std::cbrt(6E6 / moment()); }
+};
+
+const Source MainShock{0, 5.5, {{0, 0.3}, {0.35, 0.38}, {0.8, 0.2}, {1.25, 0.12}}};
+const Source Aftershock{497, 3.4, {{0, 1}}};
+
+/** What P and S waves differ in. */
+struct WaveParameters
+{
+    bool isShear;
+    double velocity; /**< in m/s */
+    double quality;
+    double cornerFactor;
+    double averageRadiation;
+    std::array<double, 3> coda; /**< share of the scattered waves by component */
+};
+
+constexpr WaveParameters Waves[] = {
+    {false, 6000, 550, 1.4, 0.52, {1.0, 0.65, 0.5}},
+    {true, 3460, 400, 1.0, 0.63, {0.7, 1.0, 1.0}},
+};
+
+double displacementFactor(const Source &source, const WaveParameters &wave)
+{
+    constexpr double Density = 2700;
+    constexpr double FreeSurface = 2;
+    constexpr double MetersPerKm = 1000;
+    return FreeSurface * source.moment() /
+           (4 * Pi * Density * std::pow(wave.velocity, 3) * MetersPerKm);
+}
+
+std::array<double, 3> polarization(const RegionalArrival &arrival, double azimuth)
+{
+    const DemoOrigin origin = demonstrationOrigin();
+    const RadiationPattern pattern =
+        radiationPattern(radians(origin.strike), radians(origin.dip), radians(origin.rake),
+                         arrival.takeOffAngle, radians(azimuth));
+    const double vertical = std::cos(arrival.incidenceAngle);
+    const double horizontal = std::sin(arrival.incidenceAngle);
+    if (!arrival.isShear)
+        return {pattern.p * vertical, pattern.p * horizontal, 0};
+    return {-pattern.sv * horizontal, pattern.sv * vertical, pattern.sh};
+}
+
+/** Adds an impulse of unit area times @p amplitude at a time between two samples. */
+void addImpulse(Trace &trace, double seconds, double amplitude)
+{
+    const double position = seconds * DemoSamplingFrequency;
+    const auto index = static_cast<size_t>(position);
+    if (position < 0 || index + 1 >= trace.size())
+        return;
+
+    const double fraction = position - std::floor(position);
+    trace[index] += amplitude * (1 - fraction) * DemoSamplingFrequency;
+    trace[index + 1] += amplitude * fraction * DemoSamplingFrequency;
+}
+
+/** Amplitudes of scattered waves over time, for long and for short periods. */
+struct CodaEnvelope
+{
+    Trace slow{Trace(SampleCount, 0.0)};
+    Trace fast{Trace(SampleCount, 0.0)};
+
+    void add(double seconds, double amplitude, double duration);
+};
+
+void addDecay(Trace &trace, double seconds, double amplitude, double decaySeconds)
+{
+    const int first = std::max(0, static_cast<int>(std::ceil(seconds * DemoSamplingFrequency)));
+    const double factor = std::exp(-SampleInterval / decaySeconds);
+    const double end = amplitude * 1E-6;
+    for (int i = first; i < SampleCount && amplitude > end; ++i, amplitude *= factor)
+        trace[static_cast<size_t>(i)] += amplitude;
+}
+
+void CodaEnvelope::add(double seconds, double amplitude, double duration)
+{
+    addDecay(slow, seconds, 0.75 * amplitude, duration);
+    addDecay(slow, seconds, 0.25 * amplitude, 4 * duration);
+    addDecay(fast, seconds, 0.85 * amplitude, 0.6 * duration);
+    addDecay(fast, seconds, 0.15 * amplitude, 2 * duration);
+}
+
+void addScattered(Trace &trace, const CodaEnvelope &envelope, double share, Gaussian &gaussian)
+{
+    constexpr double SplitFrequency = 1.5;
+    LowPass longPeriods(SplitFrequency);
+    for (size_t i = 0; i < trace.size(); ++i) {
+        if (envelope.slow[i] <= 0)
+            continue;
+        const double noise = gaussian();
+        const double slow = longPeriods(noise);
+        trace[i] += share * (slow * envelope.slow[i] + (noise - slow) * envelope.fast[i]);
+    }
+}
+
+/** Displacement impulses to velocity pulses of the source, less what the path takes away. */
+void shapePulses(Trace &trace, double cornerFrequency, double attenuation)
+{
+    const double pathFrequency = 0.8 / (Pi * attenuation);
+    LowPass first(cornerFrequency);
+    LowPass second(cornerFrequency);
+    LowPass third(pathFrequency);
+    LowPass fourth(pathFrequency);
+    double previous = 0;
+    for (double &sample : trace) {
+        const double displacement = fourth(third(second(first(sample))));
+        sample = (displacement - previous) * DemoSamplingFrequency;
+        previous = displacement;
+    }
+}
+
+void addBodyWaves(Components &components, const DemoStation &station, const Source &source,
+                  const WaveParameters &wave, Gaussian &gaussian)
+{
+    constexpr double SiteAttenuation = 0.025;
+    const double factor = displacementFactor(source, wave);
+    const double scattering = 0.03 + 0.04 * std::min(1.5, station.distanceKm / 200);
+    const double codaSeconds =
+        (wave.isShear ? 9 : 3) + station.distanceKm / (wave.isShear ? 30 : 25);
+
+    Components impulses;
+    impulses.fill(Trace(SampleCount, 0.0));
+    CodaEnvelope envelope;
+    double firstTravelTime = 0;
+    for (const RegionalArrival &arrival :
+         regionalArrivals(station.distanceKm, demonstrationOrigin().depthKm)) {
+        if (arrival.isShear != wave.isShear)
+            continue;
+        if (firstTravelTime <= 0)
+            firstTravelTime = arrival.travelTime;
+        const double onset = DemoSecondsBeforeOrigin + source.seconds + arrival.travelTime;
+        const double amplitude = factor * arrival.spreading;
+        const std::array<double, 3> direction = polarization(arrival, station.azimuth);
+        for (const SubEvent &part : source.rupture) {
+            for (size_t i = 0; i < impulses.size(); ++i)
+                addImpulse(impulses[i], onset + part.delay,
+                           amplitude * direction[i] * part.momentShare);
+        }
+        envelope.add(onset, scattering * amplitude * wave.averageRadiation * DemoSamplingFrequency,
+                     codaSeconds);
+    }
+
+    const double attenuation = SiteAttenuation + firstTravelTime / wave.quality;
+    for (size_t i = 0; i < impulses.size(); ++i) {
+        addScattered(impulses[i], envelope, wave.coda[i], gaussian);
+        shapePulses(impulses[i], source.cornerFrequency() * wave.cornerFactor, attenuation);
+        std::transform(impulses[i].begin(), impulses[i].end(), components[i].begin(),
+                       components[i].begin(), std::plus<>());
+    }
+}
+
+/**
+ * Adds Rayleigh waves (vertical and radial) and Love waves (transverse) whose long periods travel
+ * faster, between 3.4 km/s at 20 s and 2.5 km/s at 3 s.
+ */
+void addSurfaceWaves(Components &components, const DemoStation &station, const Source &source)
+{
+    constexpr double Fastest = 3.4;
+    constexpr double Slowest = 2.5;
+    constexpr double LongestPeriod = 20;
+    constexpr double ShortestPeriod = 3;
+    constexpr double VelocityAt100Km = 1.6E-3; // of a shock of magnitude 5.5, in m/s
+    // Near the source the waves have not parted from the body waves yet.
+    const double amplitude = VelocityAt100Km * source.moment() / MainShock.moment() * 100 /
+                             station.distanceKm * std::min(1.0, station.distanceKm / 150);
+    const double begin = DemoSecondsBeforeOrigin + source.seconds;
+    const auto first =
+        static_cast<size_t>((begin + station.distanceKm / Fastest) * DemoSamplingFrequency);
+    const auto last =
+        static_cast<size_t>((begin + station.distanceKm / Slowest) * DemoSamplingFrequency);
+
+    double phase = 0;
+    for (size_t i = first; i < std::min<size_t>(last, SampleCount); ++i) {
+        const double seconds = static_cast<double>(i) * SampleInterval - begin;
+        const double share = (station.distanceKm / seconds - Slowest) / (Fastest - Slowest);
+        const double period = ShortestPeriod + (LongestPeriod - ShortestPeriod) * share;
+        phase += 2 * Pi / period * SampleInterval;
+        const double envelope =
+            amplitude * std::pow(std::sin(Pi * std::sqrt(std::max(share, 0.0))), 2);
+        components[0][i] += envelope * std::sin(phase);
+        components[1][i] += 0.7 * envelope * std::cos(phase);
+        components[2][i] += 0.9 * envelope * std::sin(1.06 * phase + 0.8);
+    }
+}
+
+/** Turns radial and transverse into north and east. */
+void rotate(Components &components, double backAzimuth)
+{
+    const double direction = radians(backAzimuth + 180);
+    const double cosine = std::cos(direction);
+    const double sine = std::sin(direction);
+    for (size_t i = 0; i < SampleCount; ++i) {
+        const double radial = components[1][i];
+        const double transverse = components[2][i];
+        components[1][i] = radial * cosine - transverse * sine;
+        components[2][i] = radial * sine + transverse * cosine;
+    }
+}
+
+/** Adds noise between two corner frequencies whose root mean square is @p level. */
+void addNoise(Trace &trace, double lowFrequency, double highFrequency, double level,
+              Gaussian &gaussian)
+{
+    LowPass first(highFrequency);
+    LowPass second(highFrequency);
+    LowPass third(lowFrequency);
+    LowPass fourth(lowFrequency);
+    Trace noise(trace.size());
+    double energy = 0;
+    for (double &sample : noise) {
+        const double bounded = second(first(gaussian()));
+        const double rising = bounded - third(bounded);
+        sample = rising - fourth(rising);
+        energy += sample * sample;
+    }
+    const double scale = level / std::sqrt(energy / static_cast<double>(noise.size()));
+    for (size_t i = 0; i < trace.size(); ++i)
+        trace[i] += scale * noise[i];
+}
+
+/** A machine near the station: a hum that swells and shakes of the ground around it. */
+void addMachine(Trace &trace, double phase, Gaussian &gaussian)
+{
+    constexpr double Level = 4E-6;
+    addNoise(trace, 3, 12, Level, gaussian);
+    for (size_t i = 0; i < trace.size(); ++i) {
+        const double seconds = static_cast<double>(i) * SampleInterval;
+        const double swell = 1 + 0.6 * std::sin(2 * Pi * seconds / 41 + phase);
+        trace[i] += Level * swell * std::sin(2 * Pi * 8.33 * seconds + phase);
+    }
+}
+
+/** Ground noise in m/s: swell of the seas, wind and traffic, and slow tilt of the horizontals. */
+void addGroundNoise(Components &components, const DemoStation &station, Gaussian &gaussian)
+{
+    const double microseism = gaussian.uniform(0.5E-6, 1.1E-6);
+    const double traffic = 1E-8 * std::pow(10, gaussian.uniform(0, 1.3));
+    for (size_t i = 0; i < components.size(); ++i) {
+        const bool isVertical = i == 0;
+        addNoise(components[i], 0.12, 0.22, microseism * (isVertical ? 1 : 0.85), gaussian);
+        addNoise(components[i], 1.5, 14, traffic * (isVertical ? 1 : 1.3), gaussian);
+        addNoise(components[i], 0.004, 0.02, isVertical ? 3E-8 : 2.5E-7, gaussian);
+        if (station.flaw == DemoStation::Flaw::Noise)
+            addMachine(components[i], static_cast<double>(i), gaussian);
+    }
+}
+
+std::vector<int> digitize(const Trace &trace, double gain, double offset)
+{
+    std::vector<int> counts(trace.size());
+    std::transform(trace.begin(), trace.end(), counts.begin(), [=](double sample) {
+        const double count = std::round(sample * gain + offset);
+        return static_cast<int>(std::clamp<double>(count, -DigitizerLimit, DigitizerLimit));
+    });
+    return counts;
+}
+
+} // namespace
+
+DemoSeismogram synthesizeSeismogram(const DemoStation &station, uint64_t seed)
+{
+    Gaussian gaussian(seed);
+    Components components;
+    components.fill(Trace(SampleCount, 0.0));
+    for (const Source &source : {MainShock, Aftershock}) {
+        for (const WaveParameters &wave : Waves)
+            addBodyWaves(components, station, source, wave, gaussian);
+        addSurfaceWaves(components, station, source);
+    }
+    rotate(components, station.backAzimuth);
+    addGroundNoise(components, station, gaussian);
+
+    DemoSeismogram seismogram;
+    for (size_t i = 0; i < components.size(); ++i) {
+        const double offset = gaussian.uniform(-900, 900);
+        seismogram[i] = digitize(components[i], station.gain, offset);
+    }
+    return seismogram;
+}
+
+} // namespace Client
+} // namespace Tellarix

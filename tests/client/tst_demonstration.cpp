@@ -1,0 +1,262 @@
+#include <tellarix/client/demo/demonstration.h>
+#include <tellarix/client/io/recordstream.h>
+#include <tellarix/client/io/streamsummary.h>
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <cmath>
+#include <map>
+
+using namespace Tellarix;
+using Client::DemoArrival;
+using Client::DemoStation;
+
+namespace {
+
+/** The samples of one channel beside each other; gaps and overlaps are not put right. */
+struct Recording
+{
+    Core::Time start;
+    double samplingFrequency{0};
+    std::vector<double> samples;
+
+    /** Root mean square in a window less its mean. */
+    double level(Core::Time begin, double seconds) const
+    {
+        const auto first = static_cast<size_t>((begin - start).length() * samplingFrequency);
+        const auto count = static_cast<size_t>(seconds * samplingFrequency);
+        double sum = 0;
+        double squares = 0;
+        for (size_t i = first; i < first + count; ++i) {
+            sum += samples.at(i);
+            squares += samples.at(i) * samples.at(i);
+        }
+        const double n = static_cast<double>(count);
+        return std::sqrt(squares / n - sum / n * (sum / n));
+    }
+};
+
+std::vector<RecordPtr> recordsOf(const QString &fileName)
+{
+    const IO::RecordStreamPtr stream = IO::RecordStream::Create(fileName.toStdString());
+    std::vector<RecordPtr> records;
+    if (!stream || !stream->open())
+        return records;
+    while (const RecordPtr record = stream->next())
+        records.push_back(record);
+    return records;
+}
+
+Recording recording(const std::vector<RecordPtr> &records, const QString &channel)
+{
+    Recording result;
+    for (const RecordPtr &record : records) {
+        if (record->channelCode() != channel.toStdString())
+            continue;
+        if (result.samples.empty())
+            result.start = record->startTime();
+        result.samplingFrequency = record->samplingFrequency();
+        for (int i = 0; i < record->sampleCount(); ++i)
+            result.samples.push_back(record->data()->value(i));
+    }
+    return result;
+}
+
+Core::Time onset(const DemoStation &station, char wave)
+{
+    for (const DemoArrival &arrival : Client::demonstrationArrivals(station)) {
+        if (arrival.phase.startsWith(wave) && arrival.phase.endsWith('g'))
+            return arrival.time;
+    }
+    return Core::Time();
+}
+
+QByteArray content(const QString &fileName)
+{
+    QFile file(fileName);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+} // namespace
+
+class TestDemonstration : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void stationsSurroundEpicentre();
+    void travelTimesFollowCrustAndMantle();
+    void wavesArriveWhenComputed();
+    void amplitudesFallWithDistance();
+    void flawsAreInTheRecordings();
+    void sameBytesEveryTime();
+    void incompleteFoldersAreNoticed();
+    void unwritableFolderIsNamed();
+
+private:
+    QString file(int station) const
+    {
+        return _folder.filePath(Client::demonstrationFiles().at(station));
+    }
+
+    QTemporaryDir _folder;
+    QVector<DemoStation> _stations;
+};
+
+void TestDemonstration::initTestCase()
+{
+    QString error;
+    QVERIFY2(Client::writeDemonstration(_folder.path(), &error), qPrintable(error));
+    _stations = Client::demonstrationStations();
+}
+
+void TestDemonstration::stationsSurroundEpicentre()
+{
+    QCOMPARE(_stations.size(), 20);
+    QVERIFY(_stations.first().distanceKm > 28 && _stations.first().distanceKm < 35);
+    QVERIFY(_stations.last().distanceKm > 380 && _stations.last().distanceKm < 400);
+    QVector<double> azimuths;
+    for (const DemoStation &station : _stations)
+        azimuths.append(station.azimuth);
+    std::sort(azimuths.begin(), azimuths.end());
+    for (int i = 1; i < azimuths.size(); ++i)
+        QVERIFY2(azimuths[i] - azimuths[i - 1] < 45, qPrintable(QString::number(azimuths[i])));
+}
+
+void TestDemonstration::travelTimesFollowCrustAndMantle()
+{
+    DemoStation station = _stations.first();
+    const auto travelTimes = [&](double distanceKm) {
+        station.distanceKm = distanceKm;
+        std::map<QString, double> result;
+        for (const DemoArrival &arrival : Client::demonstrationArrivals(station))
+            result[arrival.phase] = (arrival.time - Client::demonstrationOrigin().time).length();
+        return result;
+    };
+
+    auto near = travelTimes(40);
+    QVERIFY(near.count("Pn") == 0);
+    auto far = travelTimes(300);
+    const double depth = Client::demonstrationOrigin().depthKm;
+    QVERIFY(std::abs(far["Pg"] - std::hypot(300, depth) / 6.0) < 1E-5);
+    QVERIFY(std::abs(far["SmS"] - std::hypot(300, 60 - depth) / 3.46) < 1E-5);
+    QVERIFY(far["Pn"] < far["Pg"] && far["Pg"] < far["PmP"] && far["PmP"] < far["Sn"]);
+    // Along the mantle a further 8 km take a second.
+    QVERIFY(std::abs(travelTimes(308)["Pn"] - far["Pn"] - 1) < 1E-5);
+    QCOMPARE(Client::demonstrationArrivals(station).first().phase, QString("Pn"));
+}
+
+void TestDemonstration::wavesArriveWhenComputed()
+{
+    for (int i = 0; i < _stations.size(); ++i) {
+        const DemoStation &station = _stations[i];
+        const std::vector<RecordPtr> records = recordsOf(file(i));
+        const Core::Time p = onset(station, 'P');
+        const Core::Time s = onset(station, 'S');
+        const Core::Time first = Client::demonstrationArrivals(station).first().time;
+        for (const QString &channel : DemoStation::Channels()) {
+            const Recording trace = recording(records, channel);
+            QVERIFY(trace.start == Client::demonstrationOrigin().time - Core::TimeSpan(120));
+            QCOMPARE(trace.samplingFrequency, 100.0);
+
+            const double quiet = trace.level(first - Core::TimeSpan(20), 19.9);
+            const double before = trace.level(first - Core::TimeSpan(1.5), 1.5);
+            const QByteArray name = (station.station + ' ' + channel).toLatin1();
+            QVERIFY2(before < 3 * quiet, name);
+            QVERIFY2(trace.level(p, 3) > 5 * quiet, name);
+            QVERIFY2(trace.level(s, 4) > 1.5 * trace.level(s - Core::TimeSpan(2.2), 2), name);
+        }
+    }
+}
+
+void TestDemonstration::amplitudesFallWithDistance()
+{
+    QVector<double> velocities;
+    for (const int i : {0, 6, 13, 19}) {
+        const Recording trace = recording(recordsOf(file(i)), "HHN");
+        velocities.append(trace.level(onset(_stations[i], 'S'), 20) / _stations[i].gain);
+        for (const double sample : trace.samples)
+            QVERIFY(std::abs(sample) < 8388607);
+    }
+    for (int i = 1; i < velocities.size(); ++i)
+        QVERIFY(velocities[i] < 0.8 * velocities[i - 1]);
+}
+
+void TestDemonstration::flawsAreInTheRecordings()
+{
+    std::map<DemoStation::Flaw, int> stations;
+    for (int i = 0; i < _stations.size(); ++i) {
+        const DemoStation::Flaw flaw = _stations[i].flaw;
+        ++stations[flaw];
+        IO::StreamSummarizer summarizer;
+        for (const RecordPtr &record : recordsOf(file(i)))
+            summarizer.add(*record);
+        const IO::StreamSummaries summaries = summarizer.result();
+        QCOMPARE(summaries.streams.size(), size_t(3));
+        for (const IO::StreamSummary &stream : summaries.streams) {
+            QCOMPARE(static_cast<int>(stream.gaps), flaw == DemoStation::Flaw::Gap ? 1 : 0);
+            QCOMPARE(stream.overlaps > 0, flaw == DemoStation::Flaw::Overlap);
+            if (flaw == DemoStation::Flaw::Gap)
+                QCOMPARE(static_cast<int>(stream.samples), 90000 - 1450);
+        }
+        const bool hasDuplicates =
+            std::any_of(summaries.notes.begin(), summaries.notes.end(), [](const auto &note) {
+                return note.cause.find("duplicate") != std::string::npos;
+            });
+        QCOMPARE(hasDuplicates, flaw == DemoStation::Flaw::Overlap);
+    }
+    QCOMPARE(stations[DemoStation::Flaw::Gap], 1);
+    QCOMPARE(stations[DemoStation::Flaw::Overlap], 1);
+    QCOMPARE(stations[DemoStation::Flaw::Noise], 1);
+}
+
+void TestDemonstration::sameBytesEveryTime()
+{
+    const QTemporaryDir second;
+    QVERIFY(Client::writeDemonstration(second.path()));
+    qint64 size = 0;
+    for (const QString &name : Client::demonstrationFiles()) {
+        const QByteArray bytes = content(_folder.filePath(name));
+        QVERIFY2(bytes == content(second.filePath(name)), qPrintable(name));
+        size += bytes.size();
+    }
+    QVERIFY2(size > 5000000 && size < 15000000, qPrintable(QString::number(size)));
+    QVERIFY(content(file(0)) != content(file(1)));
+}
+
+void TestDemonstration::incompleteFoldersAreNoticed()
+{
+    const QTemporaryDir folder;
+    QVERIFY(!Client::demonstrationIsComplete(folder.path()));
+    QVERIFY(Client::writeDemonstration(folder.path()));
+    QVERIFY(Client::demonstrationIsComplete(folder.path()));
+
+    QFile cut(folder.filePath(Client::demonstrationFiles().at(7)));
+    QVERIFY(cut.resize(cut.size() / 2));
+    QVERIFY(!Client::demonstrationIsComplete(folder.path()));
+    QVERIFY(Client::writeDemonstration(folder.path()));
+    QVERIFY(Client::demonstrationIsComplete(folder.path()));
+    QVERIFY(QFile::remove(folder.filePath(Client::demonstrationFiles().at(0))));
+    QVERIFY(!Client::demonstrationIsComplete(folder.path()));
+}
+
+void TestDemonstration::unwritableFolderIsNamed()
+{
+    QString error;
+    const QString folder = file(0) + "/below";
+    QVERIFY(!Client::writeDemonstration(folder, &error));
+    QVERIFY2(error.startsWith(folder + ": "), qPrintable(error));
+
+    const QTemporaryDir blocked;
+    const QString name = Client::demonstrationFiles().at(3);
+    QVERIFY(QDir(blocked.path()).mkdir(name));
+    QVERIFY(!Client::writeDemonstration(blocked.path(), &error));
+    QVERIFY2(error.contains(name), qPrintable(error));
+}
+
+QTEST_GUILESS_MAIN(TestDemonstration)
+#include "tst_demonstration.moc"
