@@ -1,0 +1,377 @@
+#include <tellarix/core/records/formats/miniseedwriter.h>
+#include <tellarix/core/records/typedarray.h>
+
+#include <QDir>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <csignal>
+
+using namespace Tellarix;
+
+namespace {
+
+const Core::Time Begin(2024, 5, 17, 10);
+
+struct Run
+{
+    int status{-1};
+    QString output;
+    QString errors;
+
+    QJsonArray json() const { return QJsonDocument::fromJson(output.toUtf8()).array(); }
+};
+
+QString program()
+{
+    return QString::fromLocal8Bit(qgetenv("TELLARIX_BIN")) + "/tellarix";
+}
+
+Run run(const QStringList &arguments)
+{
+    QProcess process;
+    process.start(program(), arguments);
+    if (!process.waitForFinished() || process.exitStatus() != QProcess::NormalExit)
+        return {};
+    return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
+            QString::fromUtf8(process.readAllStandardError())};
+}
+
+/** A stream of README.md of the recordings, as `--json` tells it. */
+QJsonObject figures(const QRegularExpressionMatch &match, double rate)
+{
+    const auto number = [&](const char *name) -> QJsonValue {
+        const QString text = match.captured(name);
+        return text == "-" ? QJsonValue(QJsonValue::Null) : QJsonValue(text.toDouble());
+    };
+    return {
+        {"id", match.captured("id")},
+        {"records", number("records")},
+        {"samples", number("samples")},
+        {"rate", rate},
+        {"start", match.captured("start")},
+        {"end", match.captured("end")},
+        {"gaps", std::max(0, match.captured("segments").toInt() - 1)},
+        {"overlaps", 0},
+        {"min", number("min")},
+        {"max", number("max")},
+        {"mean", number("mean")},
+    };
+}
+
+} // namespace
+
+class TestTellarix : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void rejectsWrongUsage_data();
+    void rejectsWrongUsage();
+    void showsHelp();
+    void tellsStreamsAsJson();
+    void tellsStreamsAsAlignedTable();
+    void limitsStreamsAndTimes_data();
+    void limitsStreamsAndTimes();
+    void readsOnBehindFaults_data();
+    void readsOnBehindFaults();
+    void countsDuplicatesOnce();
+    void interruptEndsReading();
+    void agreesWithPublishedFigures();
+    void writesDemonstration();
+    void refusesFolderThatCannotBeMade();
+
+private:
+    QString path(const QString &name) const { return _folder.filePath(name); }
+
+    QTemporaryDir _folder;
+};
+
+void TestTellarix::initTestCase()
+{
+    QVERIFY2(QFile::exists(program()), qPrintable(program()));
+
+    QFile file(path("two.mseed"));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    Formats::MiniSeedWriter writer(&file);
+    const auto write = [&](const char *id, double start, std::vector<int> samples) {
+        const RecordPtr record =
+            new Record(StreamCodes::FromID(id), Begin + Core::TimeSpan(start), 2,
+                       new IntArray(static_cast<int>(samples.size()), samples.data()));
+        QVERIFY(writer.write(*record));
+    };
+    write("XD.ZEL..HHZ", 0, {-3, 4, 8, 2});
+    write("XD.ALB.00.HHN", 0, {1, 2});
+    write("XD.ZEL..HHZ", 10, {0, 1});
+}
+
+void TestTellarix::rejectsWrongUsage_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("named");
+
+    const QString file = path("two.mseed");
+    QTest::newRow("no command") << QStringList{} << "no command";
+    QTest::newRow("unknown command") << QStringList{"recrods"} << "recrods";
+    QTest::newRow("unknown option") << QStringList{"records", "--jsn", file} << "jsn";
+    QTest::newRow("no file") << QStringList{"records"} << "no file";
+    QTest::newRow("three codes") << QStringList{"records", "--streams", "XD.ALB..HHZ,A.B.C", file}
+                                 << "A.B.C";
+    QTest::newRow("no time") << QStringList{"records", "--from", "yesterday", file} << "yesterday";
+    QTest::newRow("empty time") << QStringList{"records", "--to", "", file} << "--to";
+    QTest::newRow("empty window") << QStringList{"records", "--from",     "2024-05-17",
+                                                 "--to",    "2024-05-17", file}
+                                  << "2024-05-17";
+    QTest::newRow("no folder") << QStringList{"demo"} << "no folder";
+}
+
+void TestTellarix::rejectsWrongUsage()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QString, named);
+
+    const Run result = run(arguments);
+    QCOMPARE(result.status, 2);
+    QVERIFY2(result.errors.contains(named), qPrintable(result.errors));
+    QCOMPARE(result.output, QString());
+}
+
+void TestTellarix::showsHelp()
+{
+    const Run general = run({"--help"});
+    QCOMPARE(general.status, 0);
+    QVERIFY(general.output.startsWith("Usage: tellarix "));
+    for (const char *command : {"records", "demo"})
+        QVERIFY(general.output.contains(command));
+
+    const Run ofCommand = run({"records", "--help"});
+    QCOMPARE(ofCommand.status, 0);
+    QVERIFY(ofCommand.output.contains("--streams"));
+    QCOMPARE(ofCommand.errors, QString());
+}
+
+void TestTellarix::tellsStreamsAsJson()
+{
+    const Run result = run({"records", "--json", path("two.mseed")});
+    QCOMPARE(result.status, 0);
+    QCOMPARE(result.errors, QString());
+    const QJsonArray expected{
+        QJsonObject{{"id", "XD.ALB.00.HHN"},
+                    {"records", 1},
+                    {"samples", 2},
+                    {"rate", 2},
+                    {"start", "2024-05-17T10:00:00.000000Z"},
+                    {"end", "2024-05-17T10:00:00.500000Z"},
+                    {"gaps", 0},
+                    {"overlaps", 0},
+                    {"min", 1},
+                    {"max", 2},
+                    {"mean", 1.5}},
+        QJsonObject{{"id", "XD.ZEL..HHZ"},
+                    {"records", 2},
+                    {"samples", 6},
+                    {"rate", 2},
+                    {"start", "2024-05-17T10:00:00.000000Z"},
+                    {"end", "2024-05-17T10:00:10.500000Z"},
+                    {"gaps", 1},
+                    {"overlaps", 0},
+                    {"min", -3},
+                    {"max", 8},
+                    {"mean", 2}},
+    };
+    QCOMPARE(result.json(), expected);
+    QVERIFY2(result.output.contains("\"min\": -3,"), qPrintable(result.output));
+}
+
+void TestTellarix::tellsStreamsAsAlignedTable()
+{
+    const Run result = run({"records", "file://" + path("two.mseed")});
+    QCOMPARE(result.status, 0);
+    const QStringList lines = result.output.trimmed().split('\n');
+    QCOMPARE(lines.size(), 3);
+    for (const QString &line : lines)
+        QCOMPARE(line.size(), lines.first().size());
+    QCOMPARE(lines[1].split(' ', Qt::SkipEmptyParts),
+             QString("XD.ALB.00.HHN 1 2 2 2024-05-17T10:00:00.000000Z 2024-05-17T10:00:00.500000Z "
+                     "0 0 1 2 1.5")
+                 .split(' '));
+}
+
+void TestTellarix::limitsStreamsAndTimes_data()
+{
+    QTest::addColumn<QStringList>("options");
+    QTest::addColumn<QStringList>("ids");
+    QTest::addColumn<int>("samples");
+
+    QTest::newRow("stream") << QStringList{"--streams", "XD.ZEL..HHZ"} << QStringList{"XD.ZEL..HHZ"}
+                            << 6;
+    QTest::newRow("either of two, with wildcards")
+        << QStringList{"--streams", "XX.*.*.*, XD.A*.0?.*"} << QStringList{"XD.ALB.00.HHN"} << 2;
+    QTest::newRow("none") << QStringList{"--streams", "XD.ZEL.00.HHZ"} << QStringList{} << 0;
+    QTest::newRow("from") << QStringList{"--from", "2024-05-17T10:00:05"}
+                          << QStringList{"XD.ZEL..HHZ"} << 2;
+    QTest::newRow("to") << QStringList{"--to", "2024-05-17T10:00:05"}
+                        << QStringList{"XD.ALB.00.HHN", "XD.ZEL..HHZ"} << 6;
+}
+
+void TestTellarix::limitsStreamsAndTimes()
+{
+    QFETCH(QStringList, options);
+
+    const Run result =
+        run(QStringList{"records", "--json"} + options + QStringList(path("two.mseed")));
+    QCOMPARE(result.status, 0);
+    QStringList ids;
+    int samples = 0;
+    for (const QJsonValue &stream : result.json()) {
+        ids.append(stream["id"].toString());
+        samples += stream["samples"].toInt();
+    }
+    QTEST(ids, "ids");
+    QTEST(samples, "samples");
+}
+
+void TestTellarix::readsOnBehindFaults_data()
+{
+    QTest::addColumn<QString>("source");
+    QTest::addColumn<QString>("named");
+    QTest::addColumn<int>("records");
+
+    QFile file(path("two.mseed"));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QByteArray bytes = file.readAll();
+    QFile cut(path("cut.mseed"));
+    QVERIFY(cut.open(QIODevice::WriteOnly));
+    cut.write(bytes.left(1100));
+    cut.close();
+
+    QTest::newRow("missing file") << path("missing.mseed") << "missing.mseed: " << 3;
+    QTest::newRow("unknown scheme") << "gopher://host/x"
+                                    << "gopher" << 3;
+    QTest::newRow("cut record") << path("cut.mseed") << "cut.mseed: byte 1024: " << 3;
+}
+
+void TestTellarix::readsOnBehindFaults()
+{
+    QFETCH(QString, source);
+    QFETCH(QString, named);
+
+    const Run result = run({"records", "--json", source, path("two.mseed")});
+    QCOMPARE(result.status, 1);
+    QVERIFY2(result.errors.contains(named), qPrintable(result.errors));
+    int records = 0;
+    for (const QJsonValue &stream : result.json())
+        records += stream["records"].toInt();
+    QTEST(records, "records");
+}
+
+void TestTellarix::countsDuplicatesOnce()
+{
+    const QString file = path("two.mseed");
+    const QString copy = path("copy.mseed");
+    QVERIFY(QFile::copy(file, copy));
+
+    const Run once = run({"records", "--json", file});
+    const Run twice = run({"records", "--json", file, copy});
+    QCOMPARE(twice.status, 0);
+    QCOMPARE(twice.output, once.output);
+    for (const int offset : {0, 512, 1024}) {
+        const QString place = QString("%1: byte %2: ").arg(copy).arg(offset);
+        QVERIFY2(twice.errors.contains(place), qPrintable(twice.errors));
+    }
+    QCOMPARE(twice.errors.count("duplicate"), 3);
+}
+
+void TestTellarix::interruptEndsReading()
+{
+    QProcess writer;
+    QProcess process;
+    writer.setStandardOutputProcess(&process);
+    writer.start("sh", {"-c", QString("cat '%1'; exec sleep 60").arg(path("two.mseed"))});
+    process.start(program(), {"records", "--json", "file://-"});
+    QVERIFY(process.waitForStarted());
+    QVERIFY(!process.waitForFinished(500));
+
+    QCOMPARE(::kill(static_cast<pid_t>(process.processId()), SIGINT), 0);
+    QVERIFY(process.waitForFinished(10000));
+    QCOMPARE(process.exitCode(), 128 + SIGINT);
+    const QByteArray output = process.readAllStandardOutput();
+    QCOMPARE(QJsonDocument::fromJson(output).array().size(), 2);
+    writer.kill();
+    writer.waitForFinished();
+}
+
+void TestTellarix::agreesWithPublishedFigures()
+{
+    const QString data = QString::fromLocal8Bit(qgetenv("NORVU_TEST_DATA"));
+    QFile readme(data + "/README.md");
+    if (data.isEmpty() || !readme.open(QIODevice::ReadOnly))
+        QSKIP("NORVU_TEST_DATA names no folder of recordings");
+
+    const QRegularExpression fileLine("^- \\*\\*(mseed/\\S+)\\*\\*");
+    const QRegularExpression streamLine(
+        "`(?<id>[^`]+)`: (?<records>\\d+) rec, (?<samples>\\d+) samples, (?:(?<rate>\\d+) Hz.*, )?"
+        "(?<start>\\S+Z) to (?<end>\\S+Z), min (?<min>\\S+), max (?<max>\\S+), mean "
+        "(?<mean>[^\\s,]+)"
+        "(?:, (?<segments>\\d+) segments)?");
+    QMap<QString, QMap<QString, QJsonObject>> expected;
+    QString file;
+    while (!readme.atEnd()) {
+        const QString line = QString::fromUtf8(readme.readLine());
+        if (fileLine.match(line).hasMatch())
+            file = fileLine.match(line).captured(1);
+        const QRegularExpressionMatch match = streamLine.match(line);
+        if (!match.hasMatch() || !file.startsWith("mseed/"))
+            continue;
+        const QJsonObject stream = figures(match, match.captured("rate").toDouble());
+        expected[file][stream["id"].toString()] = stream;
+    }
+    QVERIFY(expected.size() >= 9);
+
+    for (auto item = expected.cbegin(); item != expected.cend(); ++item) {
+        const QJsonArray found = run({"records", "--json", data + '/' + item.key()}).json();
+        QCOMPARE(found.size(), item->size());
+        for (const QJsonValue &value : found) {
+            QJsonObject stream = value.toObject();
+            QJsonObject figure = item->value(stream["id"].toString());
+            if (!figure["mean"].isNull()) {
+                const double mean = figure["mean"].toDouble();
+                QVERIFY(std::abs(stream["mean"].toDouble() - mean) <= 5E-9 * std::abs(mean));
+                stream.remove("mean");
+                figure.remove("mean");
+            }
+            if (figure["rate"].toDouble() == 0 && !figure["min"].isNull())
+                figure["rate"] = stream["rate"];
+            QCOMPARE(stream, figure);
+        }
+    }
+}
+
+void TestTellarix::writesDemonstration()
+{
+    const QString folder = path("new/demo");
+    const Run result = run({"demo", folder});
+    QVERIFY2(result.status == 0, qPrintable(result.errors));
+    const QStringList files = QDir(folder).entryList({"*.mseed"});
+    QCOMPARE(files.size(), 20);
+    for (const QString &file : files)
+        QVERIFY(result.output.contains(folder + '/' + file));
+}
+
+void TestTellarix::refusesFolderThatCannotBeMade()
+{
+    const QString folder = path("two.mseed") + "/demo";
+    const Run result = run({"demo", folder});
+    QCOMPARE(result.status, 1);
+    QVERIFY2(result.errors.contains(folder), qPrintable(result.errors));
+}
+
+QTEST_GUILESS_MAIN(TestTellarix)
+#include "tst_tellarix.moc"

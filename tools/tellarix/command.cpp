@@ -1,0 +1,31 @@
+#include "command.h"
+
+#include <QCoreApplication>
+
+#include <cerrno>
+#include <cstdio>
+
+namespace Tellarix {
+namespace Tool {
+
+Command::~Command() = default;
+
+bool printOutput(const QString &text)
+{
+    const QByteArray bytes = text.toUtf8();
+    const auto size = static_cast<size_t>(bytes.size());
+    if (std::fwrite(bytes.constData(), 1, size, stdout) == size && std::fflush(stdout) == 0)
+        return true;
+
+    printError(QCoreApplication::translate("Tellarix::Tool", "standard output: %1")
+                   .arg(qt_error_string(errno)));
+    return false;
+}
+
+void printError(const QString &message)
+{
+    std::fprintf(stderr, "tellarix: %s\n", qPrintable(message));
+}
+
+} // namespace Tool
+} // namespace Tellarix

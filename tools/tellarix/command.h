@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QString>
+
+class QCommandLineParser;
+
+namespace Tellarix {
+namespace Tool {
+
+/** A subcommand of the command-line tool: its options and its work. */
+class Command
+{
+public:
+    virtual ~Command();
+
+    /** The word that calls it. */
+    virtual QString name() const = 0;
+    /** What it does, in one line for the list of commands. */
+    virtual QString summary() const = 0;
+    /** Adds its options and arguments, and what a user ought to know beside them. */
+    virtual void describe(QCommandLineParser &parser) const = 0;
+    /** Takes its options and @p arguments; false with the reason in @p error if they are wrong. */
+    virtual bool readArguments(const QCommandLineParser &parser, const QStringList &arguments,
+                               QString *error) = 0;
+    /** Does the work, in a thread of its own; the result is the exit status. */
+    virtual int run() = 0;
+    /** Makes run() end soon; called from another thread. */
+    virtual void interrupt() {}
+};
+
+/** Writes to standard output; false, with a message on standard error, if that fails. */
+bool printOutput(const QString &text);
+/** Writes "tellarix: MESSAGE" to standard error. */
+void printError(const QString &message);
+
+} // namespace Tool
+} // namespace Tellarix
