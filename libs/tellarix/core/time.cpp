@@ -5,83 +5,47 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
-#include <cstdio>
-#include <cstring>
-#include <ctime>
-#include <locale.h>
-#include <time.h>
 
 namespace Tellarix {
 namespace Core {
-
 namespace {
 
 constexpr int64_t UsecsPerSecond = 1000000;
 constexpr int64_t SecondsPerDay = 86400;
-constexpr int64_t Lowest = std::numeric_limits<int64_t>::min();
+constexpr int64_t UsecsPerDay = SecondsPerDay * UsecsPerSecond;
 constexpr int64_t Highest = std::numeric_limits<int64_t>::max();
-/** The lowest value that a time may have; the one below it marks an invalid time. */
-constexpr int64_t LowestTime = Lowest + 1;
+/** The lowest value is left to the invalid time; spans keep to the same range, which is symmetric.
+ */
+constexpr int64_t Lowest = -Highest;
+constexpr int64_t HighestDay = Highest / UsecsPerDay - 1;
 
 int64_t saturatedSum(int64_t a, int64_t b)
 {
-    int64_t sum = 0;
-    if (!__builtin_add_overflow(a, b, &sum))
-        return sum;
-    return a < 0 ? Lowest : Highest;
+    if (b > 0 && a > Highest - b)
+        return Highest;
+    if (b < 0 && a < Lowest - b)
+        return Lowest;
+    return std::max(a + b, Lowest);
 }
 
 int64_t saturatedDifference(int64_t a, int64_t b)
 {
-    int64_t difference = 0;
-    if (!__builtin_sub_overflow(a, b, &difference))
-        return difference;
-    return a < 0 ? Lowest : Highest;
+    return saturatedSum(a, -std::max(b, Lowest));
 }
 
 int64_t usecsOf(double seconds)
 {
-    // 2^63 is exact in double, and the first value that does not fit.
-    constexpr double Limit = 9223372036854775808.0;
-    const double usecs = std::nearbyint(seconds * 1E6);
-    if (usecs >= Limit)
+    const double usecs = std::round(seconds * UsecsPerSecond);
+    if (usecs >= static_cast<double>(Highest))
         return Highest;
-    if (usecs < -Limit)
+    if (usecs <= static_cast<double>(Lowest))
         return Lowest;
     return static_cast<int64_t>(usecs);
 }
 
-int64_t floorDivide(int64_t value, int64_t divisor)
+int64_t floorDivide(int64_t dividend, int64_t divisor)
 {
-    const int64_t quotient = value / divisor;
-    return value % divisor < 0 ? quotient - 1 : quotient;
-}
-
-/** Days since 1970-01-01 of a proleptic Gregorian date; H. Hinnant, chrono-compatible low-level
- *  date algorithms (2013): years begin in March, eras have 400 years. */
-int64_t daysFromCivil(int64_t year, int month, int day)
-{
-    year -= month <= 2;
-    const int64_t era = floorDivide(year, 400);
-    const int64_t yearOfEra = year - era * 400;
-    const int64_t dayOfYear = (153 * (month + (month > 2 ? -3 : 9)) + 2) / 5 + day - 1;
-    const int64_t dayOfEra = yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear;
-    return era * 146097 + dayOfEra - 719468;
-}
-
-/** The inverse of daysFromCivil(). */
-void civilFromDays(int64_t days, int64_t &year, int &month, int &day)
-{
-    days += 719468;
-    const int64_t era = floorDivide(days, 146097);
-    const int64_t dayOfEra = days - era * 146097;
-    const int64_t yearOfEra =
-        (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
-    const int64_t dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
-    const int64_t monthFromMarch = (5 * dayOfYear + 2) / 153;
-    day = static_cast<int>(dayOfYear - (153 * monthFromMarch + 2) / 5 + 1);
-    month = static_cast<int>(monthFromMarch < 10 ? monthFromMarch + 3 : monthFromMarch - 9);
-    year = yearOfEra + era * 400 + (month <= 2);
+    return dividend / divisor - (dividend % divisor < 0 ? 1 : 0);
 }
 
 bool isLeapYear(int64_t year)
@@ -95,250 +59,74 @@ int daysInMonth(int64_t year, int month)
     return month == 2 && isLeapYear(year) ? 29 : Days[month - 1];
 }
 
-bool isInRange(int value, int lowest, int highest)
+// Years are counted from March, so that the leap day is the last of its year, within eras of 400
+// years, which have 146097 days each. Day 0 of era 0, 0000-03-01, lies 719468 days before
+// 1970-01-01.
+constexpr int64_t DaysPerEra = 146097;
+constexpr int64_t EraToEpoch = 719468;
+
+/**
+ * Days from 1970-01-01 to a date of the proleptic Gregorian calendar; Hinnant (2013), "chrono-
+ * compatible low-level date algorithms".
+ */
+int64_t daysFromCivil(int64_t year, int month, int day)
 {
-    return value >= lowest && value <= highest;
+    const int64_t marchYear = month > 2 ? year : year - 1;
+    const int64_t era = floorDivide(marchYear, 400);
+    const int64_t yearOfEra = marchYear - era * 400;
+    const int64_t dayOfYear = (153 * ((month + 9) % 12) + 2) / 5 + day - 1;
+    const int64_t dayOfEra = yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear;
+    return era * DaysPerEra + dayOfEra - EraToEpoch;
 }
 
-bool isClockTime(int hour, int minute, int second, int usec)
+/** The inverse of daysFromCivil(), by the same source; the time of day is left alone. */
+void setCivilFromDays(TimeFields &fields, int64_t days)
 {
-    return isInRange(hour, 0, 23) && isInRange(minute, 0, 59) && isInRange(second, 0, 60) &&
-           isInRange(usec, 0, 999999);
+    const int64_t shifted = days + EraToEpoch;
+    const int64_t era = floorDivide(shifted, DaysPerEra);
+    const int64_t dayOfEra = shifted - era * DaysPerEra;
+    const int64_t yearOfEra =
+        (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / (DaysPerEra - 1)) / 365;
+    const int64_t dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
+    const int64_t month = (5 * dayOfYear + 2) / 153;
+    fields.day = static_cast<int>(dayOfYear - (153 * month + 2) / 5 + 1);
+    fields.month = static_cast<int>(month < 10 ? month + 3 : month - 9);
+    fields.year = static_cast<int>(yearOfEra + era * 400 + (fields.month <= 2 ? 1 : 0));
+    fields.dayOfYear = static_cast<int>(days - daysFromCivil(fields.year, 1, 1) + 1);
 }
 
-Time timeOf(int64_t days, int hour, int minute, int second, int usec)
+bool isTimeOfDay(const TimeFields &fields)
 {
-    const int64_t seconds = days * SecondsPerDay + hour * 3600 + minute * 60 + second;
-    int64_t usecs = 0;
-    if (__builtin_mul_overflow(seconds, UsecsPerSecond, &usecs))
-        return Time();
-    usecs = saturatedSum(usecs, usec);
-    return Time::FromUSecs(std::max(usecs, LowestTime));
+    return fields.hour >= 0 && fields.hour < 24 && fields.minute >= 0 && fields.minute < 60 &&
+           fields.second >= 0 && fields.second <= 60 && fields.usec >= 0 &&
+           fields.usec < UsecsPerSecond;
 }
 
-/** Reads up to @p most digits; the number of digits read, 0 if there is none. */
-int readDigits(const char *&text, int most, int &value)
+bool isDate(const TimeFields &fields)
 {
-    int digits = 0;
-    value = 0;
-    while (digits < most && *text >= '0' && *text <= '9') {
-        value = value * 10 + (*text++ - '0');
-        ++digits;
-    }
-    return digits;
+    return fields.month >= 1 && fields.month <= 12 && fields.day >= 1 &&
+           fields.day <= daysInMonth(fields.year, fields.month);
 }
 
-/** Reads digits of a fraction of a second; those beyond the sixth are dropped. */
-bool readFraction(const char *&text, int &usec)
+/** The time of a day since 1970-01-01 and a time of day; not valid if it leaves the range. */
+Time timeOfDay(int64_t days, const TimeFields &fields)
 {
-    const int digits = readDigits(text, 6, usec);
-    for (int i = digits; i < 6; ++i)
-        usec *= 10;
-    while (*text >= '0' && *text <= '9')
-        ++text;
-    return digits > 0;
+    if (!isTimeOfDay(fields) || days > HighestDay || days < -HighestDay)
+        return {};
+
+    const int64_t seconds =
+        days * SecondsPerDay + fields.hour * 3600 + fields.minute * 60 + fields.second;
+    return Time::FromUSecs(seconds * UsecsPerSecond + fields.usec);
 }
 
-bool readChar(const char *&text, char wanted)
+TimeFields timeFields(int hour, int minute, int second, int usec)
 {
-    if (*text != wanted)
-        return false;
-    ++text;
-    return true;
-}
-
-/** Reads "Z", an offset such as "+02:00" or nothing; the offset in seconds. */
-bool readZone(const char *&text, int &offset)
-{
-    offset = 0;
-    if (readChar(text, 'Z') || *text == '\0')
-        return true;
-    if (*text != '+' && *text != '-')
-        return false;
-
-    const int sign = *text++ == '-' ? -1 : 1;
-    int hours = 0;
-    int minutes = 0;
-    if (readDigits(text, 2, hours) != 2)
-        return false;
-    readChar(text, ':');
-    if (readDigits(text, 2, minutes) == 1)
-        return false;
-    offset = sign * (hours * 3600 + minutes * 60);
-    return hours < 24 && minutes < 60;
-}
-
-/** Reads "-MM-DD", "-DDD", "-MM" or nothing behind a year. */
-bool readDate(const char *&text, int year, int64_t &days)
-{
-    int month = 1;
-    int day = 1;
-    if (readChar(text, '-')) {
-        const int digits = readDigits(text, 3, month);
-        if (digits == 3) {
-            days = daysFromCivil(year, 1, 1) + month - 1;
-            return isInRange(month, 1, isLeapYear(year) ? 366 : 365);
-        }
-        if (digits != 2 || !isInRange(month, 1, 12))
-            return false;
-        if (readChar(text, '-') && readDigits(text, 2, day) != 2)
-            return false;
-    }
-    days = daysFromCivil(year, month, day);
-    return isInRange(day, 1, daysInMonth(year, month));
-}
-
-/** Reads "HH[:MM[:SS[.f]]]". */
-bool readClock(const char *&text, TimeFields &fields)
-{
-    if (readDigits(text, 2, fields.hour) != 2)
-        return false;
-    if (!readChar(text, ':'))
-        return true;
-    if (readDigits(text, 2, fields.minute) != 2)
-        return false;
-    if (!readChar(text, ':'))
-        return true;
-    if (readDigits(text, 2, fields.second) != 2)
-        return false;
-    return !readChar(text, '.') || readFraction(text, fields.usec);
-}
-
-Time parseIso(const std::string &source)
-{
-    const size_t first = source.find_first_not_of(" \t\r\n");
-    if (first == std::string::npos)
-        return Time();
-    const size_t last = source.find_last_not_of(" \t\r\n");
-    const std::string trimmed = source.substr(first, last - first + 1);
-    const char *text = trimmed.c_str();
-
-    const bool isNegative = readChar(text, '-');
-    int year = 0;
-    if (readDigits(text, 6, year) < 4)
-        return Time();
-
-    int64_t days = 0;
-    if (!readDate(text, isNegative ? -year : year, days))
-        return Time();
-
     TimeFields fields;
-    int offset = 0;
-    if (*text == 'T' || *text == ' ') {
-        ++text;
-        if (!readClock(text, fields) || !readZone(text, offset))
-            return Time();
-    } else {
-        readChar(text, 'Z');
-    }
-    if (text != trimmed.c_str() + trimmed.size() ||
-        !isClockTime(fields.hour, fields.minute, fields.second, fields.usec))
-        return Time();
-    return timeOf(days, fields.hour, fields.minute, fields.second, fields.usec) -
-           TimeSpan::FromUSecs(offset * UsecsPerSecond);
-}
-
-/** Names of days and months are English, whatever the program's locale is. */
-locale_t englishLocale()
-{
-    static const locale_t locale = newlocale(LC_ALL_MASK, "C", nullptr);
-    return locale;
-}
-
-/** State of reading a text by a format. */
-struct FormatReader
-{
-    std::tm fields{};
-    int usec{0};
-    bool hasSeconds{false};
-    long long seconds{0};
-
-    /** Reads one conversion, "%c" or a literal run without %f and %s. */
-    const char *read(const char *text, const std::string &format)
-    {
-        return strptime_l(text, format.c_str(), &fields, englishLocale());
-    }
-};
-
-/** The format's next piece: "%f", "%s", or all up to the next of these. */
-std::string nextPiece(const char *&format)
-{
-    const char *begin = format;
-    while (*format) {
-        const bool isConversion = format[0] == '%' && format[1];
-        if (isConversion && (format[1] == 'f' || format[1] == 's')) {
-            if (format == begin)
-                format += 2;
-            break;
-        }
-        format += isConversion ? 2 : 1;
-    }
-    return std::string(begin, format);
-}
-
-const char *readSeconds(const char *text, FormatReader &reader)
-{
-    char *end = nullptr;
-    reader.seconds = std::strtoll(text, &end, 10);
-    reader.hasSeconds = true;
-    return end == text ? nullptr : end;
-}
-
-const char *readPiece(const char *text, const std::string &piece, FormatReader &reader)
-{
-    if (piece == "%f")
-        return readFraction(text, reader.usec) ? text : nullptr;
-    if (piece == "%s")
-        return readSeconds(text, reader);
-    return reader.read(text, piece);
-}
-
-/** True if the format asks for a day of the year. */
-bool usesDayOfYear(const char *format)
-{
-    return std::strstr(format, "%j") != nullptr;
-}
-
-/** The digits of a "%f" or "%1f" to "%6f" at @p format, 0 if it is anything else. */
-int fractionDigits(const char *format, int &length)
-{
-    if (format[0] != '%')
-        return 0;
-    if (format[1] == 'f') {
-        length = 2;
-        return 6;
-    }
-    if (format[1] >= '1' && format[1] <= '6' && format[2] == 'f') {
-        length = 3;
-        return format[1] - '0';
-    }
-    return 0;
-}
-
-/** The format with the fraction conversions replaced by digits and %s by the seconds, so that
- *  strftime, which knows neither, can do the rest. */
-std::string withFraction(const char *format, int usec, int64_t seconds)
-{
-    char digits[8];
-    std::snprintf(digits, sizeof(digits), "%06d", usec);
-
-    std::string result;
-    for (const char *at = format; *at;) {
-        int length = 0;
-        if (const int count = fractionDigits(at, length)) {
-            result.append(digits, static_cast<size_t>(count));
-            at += length;
-        } else if (at[0] == '%' && at[1] == 's') {
-            result += std::to_string(seconds);
-            at += 2;
-        } else if (at[0] == '%' && at[1]) {
-            result.append(at, 2);
-            at += 2;
-        } else {
-            result += *at++;
-        }
-    }
-    return result;
+    fields.hour = hour;
+    fields.minute = minute;
+    fields.second = second;
+    fields.usec = usec;
+    return fields;
 }
 
 } // namespace
@@ -356,93 +144,47 @@ TimeSpan TimeSpan::operator-(TimeSpan other) const
     return FromUSecs(saturatedDifference(_usecs, other._usecs));
 }
 
-Time::Time(double seconds)
-{
-    if (!std::isnan(seconds))
-        _usecs = std::max(usecsOf(seconds), LowestTime);
-}
+Time::Time(double seconds) : _usecs(std::isnan(seconds) ? Invalid : usecsOf(seconds))
+{}
 
 Time::Time(int year, int month, int day, int hour, int minute, int second, int usec)
 {
-    if (!isInRange(month, 1, 12) || !isInRange(day, 1, daysInMonth(year, month)) ||
-        !isClockTime(hour, minute, second, usec))
-        return;
-    *this = timeOf(daysFromCivil(year, month, day), hour, minute, second, usec);
+    TimeFields fields = timeFields(hour, minute, second, usec);
+    fields.year = year;
+    fields.month = month;
+    fields.day = day;
+    *this = Time(fields);
 }
 
 Time::Time(const TimeFields &fields)
-    : Time(fields.year, fields.month, fields.day, fields.hour, fields.minute, fields.second,
-           fields.usec)
-{}
+{
+    if (isDate(fields))
+        *this = timeOfDay(daysFromCivil(fields.year, fields.month, fields.day), fields);
+}
 
 Time Time::FromDayOfYear(int year, int dayOfYear, int hour, int minute, int second, int usec)
 {
-    if (!isInRange(dayOfYear, 1, isLeapYear(year) ? 366 : 365) ||
-        !isClockTime(hour, minute, second, usec))
-        return Time();
-    return timeOf(daysFromCivil(year, 1, 1) + dayOfYear - 1, hour, minute, second, usec);
+    if (dayOfYear < 1 || dayOfYear > (isLeapYear(year) ? 366 : 365))
+        return {};
+
+    return timeOfDay(daysFromCivil(year, 1, 1) + dayOfYear - 1,
+                     timeFields(hour, minute, second, usec));
 }
 
 Time Time::GMT()
 {
-    namespace chrono = std::chrono;
-    return FromUSecs(
-        chrono::duration_cast<chrono::microseconds>(chrono::system_clock::now().time_since_epoch())
-            .count());
-}
-
-Time Time::FromString(const std::string &text)
-{
-    return parseIso(text);
-}
-
-Time Time::FromString(const std::string &text, const char *format)
-{
-    FormatReader reader;
-    reader.fields.tm_year = 70;
-    reader.fields.tm_mday = 1;
-
-    const char *at = text.c_str();
-    const char *rest = format;
-    while (at && *rest)
-        at = readPiece(at, nextPiece(rest), reader);
-    if (!at || at != text.c_str() + text.size())
-        return Time();
-
-    const std::tm &fields = reader.fields;
-    const int year = fields.tm_year + 1900;
-    if (reader.hasSeconds)
-        return timeOf(0, 0, 0, 0, reader.usec) +
-               TimeSpan::FromUSecs(reader.seconds * UsecsPerSecond);
-    if (usesDayOfYear(format))
-        return FromDayOfYear(year, fields.tm_yday + 1, fields.tm_hour, fields.tm_min, fields.tm_sec,
-                             reader.usec);
-    return Time(year, fields.tm_mon + 1, fields.tm_mday, fields.tm_hour, fields.tm_min,
-                fields.tm_sec, reader.usec);
-}
-
-bool Time::fromString(const std::string &text)
-{
-    const Time time = FromString(text);
-    if (!time.valid())
-        return false;
-    *this = time;
-    return true;
-}
-
-bool Time::fromString(const std::string &text, const char *format)
-{
-    const Time time = FromString(text, format);
-    if (!time.valid())
-        return false;
-    *this = time;
-    return true;
+    using namespace std::chrono;
+    const auto sinceEpoch = system_clock::now().time_since_epoch();
+    return FromUSecs(duration_cast<std::chrono::microseconds>(sinceEpoch).count());
 }
 
 Time &Time::setUSecs(int usecs)
 {
-    const int64_t whole = floorDivide(this->usecs(), UsecsPerSecond) * UsecsPerSecond;
-    _usecs = std::max(saturatedSum(whole, usecs), LowestTime);
+    const int64_t second = floorDivide(this->usecs(), UsecsPerSecond);
+    const int64_t fraction = std::clamp<int64_t>(usecs, 0, UsecsPerSecond - 1);
+    // Clamped first: at the ends of the range a second is cut in two.
+    const int64_t start = std::max(second, Lowest / UsecsPerSecond) * UsecsPerSecond;
+    _usecs = saturatedSum(start, fraction);
     return *this;
 }
 
@@ -453,70 +195,23 @@ TimeSpan Time::elapsedTime() const
 
 TimeFields Time::fields() const
 {
-    const int64_t seconds = floorDivide(usecs(), UsecsPerSecond);
-    const int64_t days = floorDivide(seconds, SecondsPerDay);
-    const int secondOfDay = static_cast<int>(seconds - days * SecondsPerDay);
-
-    TimeFields fields;
-    int64_t year = 0;
-    civilFromDays(days, year, fields.month, fields.day);
-    fields.year = static_cast<int>(year);
-    fields.hour = secondOfDay / 3600;
-    fields.minute = secondOfDay / 60 % 60;
-    fields.second = secondOfDay % 60;
-    fields.usec = static_cast<int>(usecs() - seconds * UsecsPerSecond);
-    fields.dayOfYear = static_cast<int>(days - daysFromCivil(year, 1, 1)) + 1;
+    const int64_t days = floorDivide(usecs(), UsecsPerDay);
+    const int64_t usecOfDay = usecs() - days * UsecsPerDay;
+    const int secondOfDay = static_cast<int>(usecOfDay / UsecsPerSecond);
+    TimeFields fields = timeFields(secondOfDay / 3600, secondOfDay / 60 % 60, secondOfDay % 60,
+                                   static_cast<int>(usecOfDay % UsecsPerSecond));
+    setCivilFromDays(fields, days);
     return fields;
-}
-
-std::string Time::iso() const
-{
-    if (!valid())
-        return std::string();
-
-    const TimeFields at = fields();
-    char text[48];
-    std::snprintf(text, sizeof(text), "%04d-%02d-%02dT%02d:%02d:%02d.%06dZ", at.year, at.month,
-                  at.day, at.hour, at.minute, at.second, at.usec);
-    return text;
-}
-
-std::string Time::toString(const char *format) const
-{
-    if (!valid() || !*format)
-        return std::string();
-
-    const TimeFields at = fields();
-    std::tm tm{};
-    tm.tm_year = at.year - 1900;
-    tm.tm_mon = at.month - 1;
-    tm.tm_mday = at.day;
-    tm.tm_hour = at.hour;
-    tm.tm_min = at.minute;
-    tm.tm_sec = at.second;
-    tm.tm_yday = at.dayOfYear - 1;
-    const int64_t days = floorDivide(usecs(), UsecsPerSecond * SecondsPerDay);
-    tm.tm_wday = static_cast<int>((days % 7 + 11) % 7); // 1970-01-01 was a Thursday
-
-    // strftime gives 0 both for an empty text and for a buffer that is too small.
-    const std::string pattern =
-        withFraction(format, at.usec, floorDivide(usecs(), UsecsPerSecond)) + ".";
-    std::string text(pattern.size() + 64, '\0');
-    size_t length = 0;
-    while ((length = strftime_l(&text[0], text.size(), pattern.c_str(), &tm, englishLocale())) == 0)
-        text.resize(2 * text.size());
-    text.resize(length - 1);
-    return text;
 }
 
 Time Time::operator+(TimeSpan span) const
 {
-    return FromUSecs(std::max(saturatedSum(usecs(), span.usecs()), LowestTime));
+    return FromUSecs(saturatedSum(usecs(), span.usecs()));
 }
 
 Time Time::operator-(TimeSpan span) const
 {
-    return FromUSecs(std::max(saturatedDifference(usecs(), span.usecs()), LowestTime));
+    return FromUSecs(saturatedDifference(usecs(), span.usecs()));
 }
 
 TimeSpan Time::operator-(Time other) const
@@ -526,12 +221,13 @@ TimeSpan Time::operator-(Time other) const
 
 uint qHash(const TimeSpan &span, uint seed)
 {
-    return ::qHash(static_cast<qint64>(span.usecs()), seed);
+    return ::qHash(static_cast<quint64>(span.usecs()), seed);
 }
 
 uint qHash(const Time &time, uint seed)
 {
-    return ::qHash(static_cast<qint64>(time.usecs()), seed) ^ (time.valid() ? 0U : 1U);
+    // An invalid time and the one at 1970-01-01 differ in order, so they differ here, too.
+    return ::qHash(static_cast<quint64>(time.usecs()), time.valid() ? seed : ~seed);
 }
 
 } // namespace Core

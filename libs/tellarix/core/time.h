@@ -108,6 +108,7 @@ public:
      * Reads an ISO 8601 text in UTC: "2024-01-05", "2024-01-05T10:11:12.345678Z", with a blank in
      * place of the T, with a day of the year ("2024-005T..."), with fewer fields or digits. Digits
      * of the fraction beyond the sixth are dropped; an offset ("+02:00") in place of the Z counts.
+     * White space around the text is allowed.
      * @return an invalid time if @p text is anything else
      */
     static Time FromString(const std::string &text);
