@@ -66,7 +66,7 @@ private:
 
     void join(const RecordSpan &span);
     void leaveTail(Core::Time end);
-    void add(const EnvelopeColumn &column, bool merge);
+    void add(EnvelopeColumn column, bool merge);
     void breakStretch(EnvelopeStretch::Cause cause);
     void closeStretch();
     void cutStretch(EnvelopeStretch &stretch);
@@ -91,7 +91,8 @@ EnvelopeBuilder::EnvelopeBuilder(const RecordSequence &records, const Core::Time
     : _records(records), _window(window), _pixelsPerSecond(pixelsPerSecond), _detail(detail)
 {
     constexpr double MostColumns = 1 << 24;
-    const double width = std::ceil(_window.length().length() * _pixelsPerSecond);
+    constexpr double Rounding = 1E-6;
+    const double width = std::ceil(_window.length().length() * _pixelsPerSecond - Rounding);
     _columnCount = static_cast<int>(std::clamp(width, 1.0, MostColumns));
 }
 
@@ -134,8 +135,8 @@ void EnvelopeBuilder::addSpan(const RecordSpan &span)
     const double begin = xOf(span.start);
     const double end = xOf(span.end);
     const int column = columnAt(0.5 * (begin + end));
-    add({column, begin, end - span.sampleInterval * _pixelsPerSecond, span.firstValue(),
-         span.minimum, span.maximum, span.lastValue()},
+    const double last = std::max(begin, end - span.sampleInterval * _pixelsPerSecond);
+    add({column, begin, last, span.firstValue(), span.minimum, span.maximum, span.lastValue()},
         true);
     leaveTail(span.end);
 }
@@ -264,8 +265,14 @@ void EnvelopeBuilder::leaveTail(Core::Time end)
     _tail.value = _envelope.columns.back().last;
 }
 
-void EnvelopeBuilder::add(const EnvelopeColumn &column, bool merge)
+void EnvelopeBuilder::add(EnvelopeColumn column, bool merge)
 {
+    std::vector<EnvelopeColumn> &columns = _envelope.columns;
+    const bool begins = columns.size() == _open.begin;
+    // Whole records and blocks may count to a column before the one where they begin.
+    if (!begins)
+        column.column = std::max(column.column, columns.back().column);
+
     if (column.column >= 0 && column.column < _columnCount) {
         if (_envelope.minimum > _envelope.maximum) {
             _envelope.minimum = column.minimum;
@@ -276,10 +283,9 @@ void EnvelopeBuilder::add(const EnvelopeColumn &column, bool merge)
         }
     }
 
-    std::vector<EnvelopeColumn> &columns = _envelope.columns;
-    if (columns.size() == _open.begin)
+    if (begins)
         _openIsDense = merge;
-    if (!merge || columns.size() == _open.begin || columns.back().column != column.column) {
+    if (begins || !merge || columns.back().column != column.column) {
         columns.push_back(column);
         return;
     }
@@ -347,10 +353,11 @@ void EnvelopeBuilder::cutStretch(EnvelopeStretch &stretch)
         ++first;
     while (last != first && (last - 1)->column >= _columnCount)
         --last;
-    if (first != last && first->lastX < -1)
+    const double right = _columnCount;
+    if (first != last && first->lastX < -1 && (first + 1)->firstX > -1)
         *first = crossing(*first, *(first + 1), -1);
-    if (first != last && last->firstX > _columnCount)
-        *last = crossing(*(last - 1), *last, _columnCount);
+    if (first != last && last->firstX > right && (last - 1)->lastX < right)
+        *last = crossing(*(last - 1), *last, right);
     columns.erase(last + 1, columns.end());
     columns.erase(begin, first);
     stretch.end = columns.size();
