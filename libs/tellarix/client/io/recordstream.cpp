@@ -25,12 +25,12 @@ Registry &registry()
     return instance;
 }
 
-RecordStreamPtr makeStream(const std::string &scheme)
+RecordStreamScheme::Maker makerOf(const std::string &scheme)
 {
     Registry &schemes = registry();
     const std::lock_guard<std::mutex> lock(schemes.mutex);
     const auto maker = schemes.makers.find(scheme);
-    return maker != schemes.makers.end() ? maker->second() : RecordStreamPtr();
+    return maker != schemes.makers.end() ? maker->second : RecordStreamScheme::Maker();
 }
 
 std::string unknownScheme(const std::string &scheme)
@@ -59,11 +59,13 @@ RecordStreamPtr RecordStream::Create(const std::string &url, std::string *error)
     const size_t separator = url.find("://");
     const bool hasScheme = separator != std::string::npos;
     const std::string scheme = hasScheme ? url.substr(0, separator) : "file";
-    const RecordStreamPtr stream = makeStream(scheme);
-    if (!stream) {
+    // Called without the lock, since a stream may be made of other streams.
+    const RecordStreamScheme::Maker maker = makerOf(scheme);
+    if (!maker) {
         *error = unknownScheme(scheme);
         return RecordStreamPtr();
     }
+    const RecordStreamPtr stream = maker();
     if (!stream->setSource(hasScheme ? url.substr(separator + 3) : url)) {
         *error = stream->errorString();
         return RecordStreamPtr();
