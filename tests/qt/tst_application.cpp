@@ -140,16 +140,6 @@ private slots:
         QVERIFY(!Gui::Application::Instance());
     }
 
-    void namesTheProgram()
-    {
-        Arguments arguments;
-        TestApplication application(arguments);
-        application.setVersion("7.8.9");
-        QVERIFY(application.init());
-        QCOMPARE(QCoreApplication::applicationName(), QStringLiteral("seismotest"));
-        QCOMPARE(QCoreApplication::applicationVersion(), QStringLiteral("7.8.9"));
-    }
-
     void usesApplicationOfHost()
     {
         Arguments arguments;
@@ -265,6 +255,19 @@ private slots:
         QCOMPARE(application.mainWidget() == nullptr, isDeleted);
         delete window;
         QVERIFY(!application.mainWidget());
+    }
+
+    void survivesWindowsThatCloseBeforeIt()
+    {
+        Arguments arguments;
+        TestApplication application(arguments);
+        QWidget window;
+        application.setMainWidget(&window);
+        QWidget early;
+        early.show();
+        early.close();
+        QTimer::singleShot(100, &application, [&] { application.exit(5); });
+        QCOMPARE(application.exec(), 5);
     }
 
     void failedStartRunsNothing()

@@ -156,6 +156,10 @@ void Application::setMainWidget(QWidget *widget)
     }
 
     _mainWidget = widget;
+    // With a main widget its end is what counts: a splash or dialog that closes before it is shown
+    // must not end the program.
+    if (hasWindows())
+        QGuiApplication::setQuitOnLastWindowClosed(widget == nullptr);
     if (widget == nullptr)
         return;
 
