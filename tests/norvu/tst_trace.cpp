@@ -5,7 +5,6 @@
 #include <tellarix/core/datamodel/sensorlocation.h>
 #include <tellarix/core/datamodel/station.h>
 #include <tellarix/core/datamodel/stream.h>
-#include <tellarix/core/datamodel/utils.h>
 #include <tellarix/core/records/record.h>
 #include <tellarix/core/records/typedarray.h>
 #include <tellarix/qt/records/recordwidget.h>
@@ -70,7 +69,6 @@ private slots:
     void keepsDataByKey();
     void keepsStreamsBySlot();
     void namesStreams();
-    void namesStreamsOfBrokenTrees();
     void alignsTracesWithLabelWidth_data();
     void alignsTracesWithLabelWidth();
     void replacesExtraWidget();
@@ -175,23 +173,6 @@ void TraceTest::namesStreams()
     QCOMPARE(trace.waveformID(0).id(), std::string("XX.\xC3\x84"
                                                    "B..HHN"));
     QCOMPARE(trace.waveformID(-1).id(), trace.waveformID(7).id());
-}
-
-void TraceTest::namesStreamsOfBrokenTrees()
-{
-    auto *stream = new DataModel::Stream("BHZ");
-    const DataModel::StreamPtr keep(stream);
-    {
-        const DataModel::NetworkPtr tree = network(stream);
-        QCOMPARE(DataModel::id(stream), std::string("GE.APE.00.BHZ"));
-        QVERIFY(!DataModel::SensorLocationPtr(new DataModel::SensorLocation)->add(stream));
-        stream->sensorLocation()->setCode("");
-        QCOMPARE(DataModel::id(stream, "", true), std::string("GE.APE..BHZ"));
-        QCOMPARE(DataModel::id(stream, "", false), std::string("GE.APE.BHZ"));
-        QCOMPARE(DataModel::id(stream, "--", false), std::string("GE.APE.--.BHZ"));
-    }
-    QCOMPARE(DataModel::id(stream), std::string("...BHZ"));
-    QCOMPARE(DataModel::id(nullptr), std::string());
 }
 
 void TraceTest::alignsTracesWithLabelWidth_data()

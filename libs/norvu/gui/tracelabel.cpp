@@ -56,8 +56,9 @@ void TraceLabel::paintEvent(QPaintEvent *)
         font.setPixelSize(fontSize);
         painter.setFont(font);
         painter.setPen(isLabelEnabled() ? effectiveColor(i) : QColor(DisabledColor));
-        painter.drawText(QRect(x, y, width(), fontSize), Qt::AlignLeft | Qt::AlignVCenter,
-                         item(i).text);
+        // Descenders reach out of a rectangle as high as the letters.
+        painter.drawText(QRect(x, y, width(), fontSize),
+                         Qt::AlignLeft | Qt::AlignVCenter | Qt::TextDontClip, item(i).text);
 
         if (endsRow(i)) {
             x = 0;
