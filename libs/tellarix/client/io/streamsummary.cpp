@@ -4,9 +4,9 @@
 #include <cmath>
 #include <cstdio>
 #include <functional>
+#include <set>
 #include <string_view>
 #include <tuple>
-#include <unordered_map>
 
 namespace Tellarix {
 namespace IO {
@@ -37,21 +37,22 @@ double toSeconds(int64_t usecs)
 
 } // namespace
 
-bool StreamSummarizer::Entry::repeats(const Entry &other) const
-{
-    if (samples == 0 ||
-        std::tie(start, end, samples) != std::tie(other.start, other.end, other.samples))
-        return false;
-    // Any number of messages can bear the same time.
-    return isSpan() || contentHash == other.contentHash;
-}
-
 bool StreamSummarizer::Entry::hasValuesOf(const Entry &other) const
 {
     // The same numbers may be stored as integers here and as floating point numbers there.
     return contentHash == other.contentHash ||
            std::tie(finiteSamples, minimum, maximum, sum) ==
                std::tie(other.finiteSamples, other.minimum, other.maximum, other.sum);
+}
+
+bool StreamSummarizer::Differs::operator()(const Entry *a, const Entry *b) const
+{
+    // Any number of messages can bear the same time.
+    const auto content = [](const Entry *entry) {
+        return entry->isSpan() ? uint64_t(0) : entry->contentHash;
+    };
+    return std::make_tuple(a->start, a->end, a->samples, content(a)) <
+           std::make_tuple(b->start, b->end, b->samples, content(b));
 }
 
 void StreamSummarizer::add(const Record &record, const std::string &originName,
@@ -130,19 +131,14 @@ StreamSummary StreamSummarizer::summarize(const std::string &id, const Stream &s
 StreamSummarizer::Order StreamSummarizer::withoutDuplicates(const Stream &stream, Notes &notes)
 {
     Order kept;
-    std::unordered_multimap<int64_t, const Entry *> seen;
-    seen.reserve(stream.entries.size());
+    std::set<const Entry *, Differs> seen;
     for (const Entry &entry : stream.entries) {
-        const auto alike = seen.equal_range(entry.start);
-        const auto original = std::find_if(alike.first, alike.second, [&](const auto &item) {
-            return entry.repeats(*item.second);
-        });
-        if (original == alike.second) {
-            seen.emplace(entry.start, &entry);
+        const auto [original, isNew] = seen.insert(&entry);
+        if (isNew || entry.samples == 0) {
             kept.push_back(&entry);
             continue;
         }
-        notes.push_back({&entry, entry.hasValuesOf(*original->second)
+        notes.push_back({&entry, entry.hasValuesOf(**original)
                                      ? "duplicate of an earlier record, not counted"
                                      : "same times as an earlier record, but other samples; "
                                        "not counted"});

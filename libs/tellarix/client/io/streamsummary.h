@@ -72,11 +72,15 @@ private:
         int32_t finiteSamples;
 
         bool isSpan() const { return end > start; }
-        /** True if one of the two is enough: same bounds, or same text. */
-        bool repeats(const Entry &other) const;
         bool hasValuesOf(const Entry &other) const;
     };
     using Order = std::vector<const Entry *>;
+
+    /** Neither of two entries comes first if one of them is enough: same bounds, or same text. */
+    struct Differs
+    {
+        bool operator()(const Entry *a, const Entry *b) const;
+    };
 
     struct Stream
     {
