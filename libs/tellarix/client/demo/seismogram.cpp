@@ -12,6 +12,7 @@ namespace Client {
 namespace {
 
 constexpr double Pi = 3.14159265358979323846;
+constexpr double MetersPerKm = 1000;
 constexpr int SampleCount = static_cast<int>(DemoSeconds * DemoSamplingFrequency);
 constexpr double SampleInterval = 1 / DemoSamplingFrequency;
 constexpr int DigitizerLimit = (1 << 23) - 1;
@@ -86,7 +87,7 @@ struct Source
 };
 
 const Source MainShock{0, 5.5, {{0, 0.3}, {0.35, 0.38}, {0.8, 0.2}, {1.25, 0.12}}};
-const Source Aftershock{497, 3.4, {{0, 1}}};
+const Source Aftershock{497, 3.4, {{0, 0.4}, {0.05, 0.27}, {0.12, 0.2}, {0.23, 0.13}}};
 
 /** What P and S waves differ in. */
 struct WaveParameters
@@ -108,7 +109,6 @@ double displacementFactor(const Source &source, const WaveParameters &wave)
 {
     constexpr double Density = 2700;
     constexpr double FreeSurface = 2;
-    constexpr double MetersPerKm = 1000;
     return FreeSurface * source.moment() /
            (4 * Pi * Density * std::pow(wave.velocity, 3) * MetersPerKm);
 }
@@ -178,14 +178,28 @@ void addScattered(Trace &trace, const CodaEnvelope &envelope, double share, Gaus
     }
 }
 
-/** Displacement impulses to velocity pulses of the source, less what the path takes away. */
-void shapePulses(Trace &trace, double cornerFrequency, double attenuation)
+/** Where the spectrum of a wave at a station falls off: by the source, and on the way. */
+struct CornerFrequencies
 {
-    const double pathFrequency = 0.8 / (Pi * attenuation);
-    LowPass first(cornerFrequency);
-    LowPass second(cornerFrequency);
-    LowPass third(pathFrequency);
-    LowPass fourth(pathFrequency);
+    double source;
+    double path;
+
+    CornerFrequencies(const Source &from, const WaveParameters &wave, double distanceKm)
+        : source(from.cornerFrequency() * wave.cornerFactor)
+    {
+        constexpr double SiteAttenuation = 0.025; // in s
+        const double travelTime = distanceKm * MetersPerKm / wave.velocity;
+        path = 0.8 / (Pi * (SiteAttenuation + travelTime / wave.quality));
+    }
+};
+
+/** Displacement impulses to velocity pulses of the source, less what the path takes away. */
+void shapePulses(Trace &trace, const CornerFrequencies &corners)
+{
+    LowPass first(corners.source);
+    LowPass second(corners.source);
+    LowPass third(corners.path);
+    LowPass fourth(corners.path);
     double previous = 0;
     for (double &sample : trace) {
         const double displacement = fourth(third(second(first(sample))));
@@ -194,41 +208,43 @@ void shapePulses(Trace &trace, double cornerFrequency, double attenuation)
     }
 }
 
+/** Amplitude of a sample of scattered waves against the impulse of the wave that they come from. */
+double scattering(const CornerFrequencies &corners, double distanceKm)
+{
+    // A low pass leaves the less of noise, beside an impulse, the higher it goes.
+    const double bandwidth = std::max(1.0, std::min(corners.source, corners.path) / 0.6);
+    return (0.03 + 0.04 * std::min(1.5, distanceKm / 200)) * std::sqrt(bandwidth);
+}
+
 void addBodyWaves(Components &components, const DemoStation &station, const Source &source,
                   const WaveParameters &wave, Gaussian &gaussian)
 {
-    constexpr double SiteAttenuation = 0.025;
-    const double factor = displacementFactor(source, wave);
-    const double scattering = 0.03 + 0.04 * std::min(1.5, station.distanceKm / 200);
-    const double codaSeconds =
-        (wave.isShear ? 9 : 3) + station.distanceKm / (wave.isShear ? 30 : 25);
+    const double distance = station.distanceKm;
+    const CornerFrequencies corners(source, wave, distance);
+    const double codaShare = scattering(corners, distance) * wave.averageRadiation;
+    const double codaSeconds = (wave.isShear ? 9 : 3) + distance / (wave.isShear ? 30 : 25);
 
     Components impulses;
     impulses.fill(Trace(SampleCount, 0.0));
     CodaEnvelope envelope;
-    double firstTravelTime = 0;
     for (const RegionalArrival &arrival :
-         regionalArrivals(station.distanceKm, demonstrationOrigin().depthKm)) {
+         regionalArrivals(distance, demonstrationOrigin().depthKm)) {
         if (arrival.isShear != wave.isShear)
             continue;
-        if (firstTravelTime <= 0)
-            firstTravelTime = arrival.travelTime;
         const double onset = DemoSecondsBeforeOrigin + source.seconds + arrival.travelTime;
-        const double amplitude = factor * arrival.spreading;
+        const double amplitude = displacementFactor(source, wave) * arrival.spreading;
         const std::array<double, 3> direction = polarization(arrival, station.azimuth);
         for (const SubEvent &part : source.rupture) {
             for (size_t i = 0; i < impulses.size(); ++i)
                 addImpulse(impulses[i], onset + part.delay,
                            amplitude * direction[i] * part.momentShare);
         }
-        envelope.add(onset, scattering * amplitude * wave.averageRadiation * DemoSamplingFrequency,
-                     codaSeconds);
+        envelope.add(onset, codaShare * amplitude * DemoSamplingFrequency, codaSeconds);
     }
 
-    const double attenuation = SiteAttenuation + firstTravelTime / wave.quality;
     for (size_t i = 0; i < impulses.size(); ++i) {
         addScattered(impulses[i], envelope, wave.coda[i], gaussian);
-        shapePulses(impulses[i], source.cornerFrequency() * wave.cornerFactor, attenuation);
+        shapePulses(impulses[i], corners);
         std::transform(impulses[i].begin(), impulses[i].end(), components[i].begin(),
                        components[i].begin(), std::plus<>());
     }
