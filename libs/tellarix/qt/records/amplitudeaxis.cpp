@@ -14,7 +14,7 @@ constexpr double LargestPlain = 1E5;
 constexpr double SmallestPlain = 1E-3;
 constexpr int MaximumDigits = 6;
 // Lines of text per distance of ticks: denser ticks would read as a block of text.
-constexpr double LinesPerTick = 1.6;
+constexpr double LinesPerTick = 1.2;
 
 /** Decimals that tell numbers apart that are multiples of @p spacing. */
 int decimalsFor(double spacing)
@@ -63,7 +63,7 @@ QVector<AmplitudeTick> endTicks(double lower, double upper, const AmplitudeAxisS
     const double largest = std::max(std::abs(lower), std::abs(upper));
     const int half = space.lineHeight / 2;
     QVector<AmplitudeTick> ticks{{0, half, upper, QString()},
-                                 {space.height - 1, space.height - 1 - half, lower, QString()}};
+                                 {space.height - 1, space.height - space.lineHeight + half, lower, QString()}};
     for (const double steps : {100.0, 10.0, 2.0}) {
         for (AmplitudeTick &tick : ticks)
             tick.text = amplitudeText(tick.value, (upper - lower) / steps, largest);

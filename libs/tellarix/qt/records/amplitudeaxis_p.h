@@ -1,5 +1,7 @@
 #pragma once
 
+#include <tellarix/qt/api.h>
+
 #include <QString>
 #include <QVector>
 
@@ -33,14 +35,15 @@ struct AmplitudeAxisSpace
  * room the ends of the range are labelled instead. Texts neither touch each other nor leave the
  * space; an axis lower than two lines has no ticks.
  */
-QVector<AmplitudeTick> amplitudeTicks(double lower, double upper, const AmplitudeAxisSpace &space);
+TELLARIX_GUI_API QVector<AmplitudeTick> amplitudeTicks(double lower, double upper,
+                                                       const AmplitudeAxisSpace &space);
 
 /**
  * Compact text of an amplitude, to be told from one that is @p spacing away: "0", "-12.5",
  * "1.5e+06".
  * @param largest  largest amplitude of the axis, which decides between the two forms for all
  */
-QString amplitudeText(double value, double spacing, double largest);
+TELLARIX_GUI_API QString amplitudeText(double value, double spacing, double largest);
 
 } // namespace Gui
 } // namespace Tellarix

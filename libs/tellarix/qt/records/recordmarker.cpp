@@ -118,7 +118,7 @@ void RecordMarker::setHidden(bool hidden)
 void RecordMarker::draw(QPainter &painter, RecordWidget *, int x, int top, int bottom,
                         const QColor &color, qreal lineWidth)
 {
-    painter.setPen(QPen(color, lineWidth, Qt::SolidLine, Qt::FlatCap));
+    painter.setPen(QPen(color, lineWidth));
     painter.drawLine(x, top, x, bottom);
 }
 

@@ -22,6 +22,7 @@ constexpr int TickLength = 4;
 constexpr int TextGap = 2;
 constexpr int SmallestAxis = 20;
 constexpr int SmallestFont = 7;
+constexpr double AxisFontScale = 0.85;
 // Height over pixel size of common fonts.
 constexpr double FontLeading = 1.25;
 // Rows below this height get no horizontal lines: they would only clutter the trace.
@@ -86,14 +87,15 @@ AbstractRecordPolyline *makePolyline(bool smooth, const RecordSequence &sequence
     return fill(new RecordPolyline);
 }
 
-/** The font, made smaller if two lines of it don't fit into @p height. */
+/** A font for axis texts: a bit smaller than @p font, and so small that two lines of it fit into
+ *  @p height. */
 QFont axisFont(const QFont &font, int height)
 {
-    if (2 * QFontMetrics(font).height() <= height)
-        return font;
-    QFont small = font;
-    small.setPixelSize(std::max(SmallestFont, static_cast<int>(height / 2 / FontLeading)));
-    return small;
+    const int largest = qRound(AxisFontScale * QFontInfo(font).pixelSize());
+    QFont result = font;
+    result.setPixelSize(
+        std::max(SmallestFont, std::min(largest, static_cast<int>(height / 2 / FontLeading))));
+    return result;
 }
 
 } // namespace
@@ -330,7 +332,8 @@ QVector<int> RecordWidget::rangeGridLines(int height) const
 QVector<int> RecordWidget::tickLines(int slot) const
 {
     QVector<int> result;
-    for (const AmplitudeTick &tick : slotTicks(slot, font()))
+    const QFont textFont = axisFont(font(), slotRect(slot).height());
+    for (const AmplitudeTick &tick : slotTicks(slot, textFont))
         result.append(tick.y);
     return result;
 }
@@ -444,9 +447,17 @@ void RecordWidget::drawCursor(QPainter &painter) const
 
 void RecordWidget::drawFrame(QPainter &painter, const Look &colors) const
 {
+    const QRect canvas = canvasRect();
+    painter.setPen(colors.gridMajor);
+    if (_drawMode == InRows) {
+        for (const int slot : drawnSlots()) {
+            const int top = slotRect(slot).top();
+            painter.drawLine(canvas.left(), top, canvas.right(), top);
+        }
+    }
     painter.setPen(colors.frame);
     painter.setBrush(Qt::NoBrush);
-    painter.drawRect(canvasRect().adjusted(0, 0, -1, -1));
+    painter.drawRect(canvas.adjusted(0, 0, -1, -1));
 }
 
 // Amplitude axis
