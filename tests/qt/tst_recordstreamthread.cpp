@@ -8,6 +8,7 @@
 #include <QtTest>
 
 #include <atomic>
+#include <memory>
 #include <stdexcept>
 
 using namespace Tellarix;
@@ -28,30 +29,26 @@ int numberOf(const Record *record)
     return static_cast<int>(record->startTime().seconds());
 }
 
-/** A source "test://COUNT" that delivers numbered records, and does what a test tells it to. */
+/** What the next stream does, and what became of it. */
+struct Behaviour
+{
+    int samples{4};
+    int faults{0};
+    bool blocksBehindLast{false};
+    bool failsToOpen{false};
+    bool throws{false};
+    bool keepsRecords{false};
+    std::vector<RecordPtr> kept;
+    std::atomic<int> produced{0};
+    Core::TimeWindow window;
+    int streams{0};
+};
+std::unique_ptr<Behaviour> behaviour;
+
+/** A source "test://COUNT" of numbered records. */
 class TestStream : public IO::RecordStream
 {
 public:
-    static std::atomic<int> produced;
-    static int samples;
-    static bool blocksBehindLast;
-    static bool failsToOpen;
-    static bool throws;
-    static int faults;
-    static std::vector<RecordPtr> kept; // set up to look at reference counts
-    static bool keeps;
-    static Core::TimeWindow lastWindow;
-    static int lastStreams;
-
-    static void reset()
-    {
-        produced = 0;
-        samples = 4;
-        blocksBehindLast = failsToOpen = throws = keeps = false;
-        faults = 0;
-        kept.clear();
-    }
-
     bool setSource(const std::string &source) override
     {
         _left = std::atoi(source.c_str());
@@ -60,11 +57,11 @@ public:
 
     bool open() override
     {
-        lastWindow = requestedWindow();
-        lastStreams = static_cast<int>(requests().size());
-        if (failsToOpen)
+        behaviour->window = requestedWindow();
+        behaviour->streams = static_cast<int>(requests().size());
+        if (behaviour->failsToOpen)
             return fail("test: closed on Sundays");
-        for (int i = 0; i < faults; ++i)
+        for (int i = 0; i < behaviour->faults; ++i)
             report({IO::StreamMessage::Severity::Fault, "test", i, "broken"});
         return true;
     }
@@ -72,16 +69,16 @@ public:
     RecordPtr next() override
     {
         QMutexLocker lock(&_mutex);
-        if (throws)
+        if (behaviour->throws)
             throw std::runtime_error("out of paper");
-        while (_left == 0 && blocksBehindLast && !_closed)
+        while (_left == 0 && behaviour->blocksBehindLast && !_closed)
             _wake.wait(&_mutex);
         if (_left == 0 || _closed)
             return nullptr;
         --_left;
-        const RecordPtr record = makeRecord(produced++, samples);
-        if (keeps)
-            kept.push_back(record);
+        const RecordPtr record = makeRecord(behaviour->produced++, behaviour->samples);
+        if (behaviour->keepsRecords)
+            behaviour->kept.push_back(record);
         return record;
     }
 
@@ -100,17 +97,6 @@ private:
     int _left{0};
     bool _closed{false};
 };
-
-std::atomic<int> TestStream::produced{0};
-int TestStream::samples = 4;
-bool TestStream::blocksBehindLast = false;
-bool TestStream::failsToOpen = false;
-bool TestStream::throws = false;
-int TestStream::faults = 0;
-std::vector<RecordPtr> TestStream::kept;
-bool TestStream::keeps = false;
-Core::TimeWindow TestStream::lastWindow;
-int TestStream::lastStreams = 0;
 
 const IO::RecordStreamScheme TestScheme("test", [] { return IO::RecordStreamPtr(new TestStream); });
 
@@ -154,7 +140,7 @@ private:
     }
 
 private slots:
-    void init() { TestStream::reset(); }
+    void init() { behaviour = std::make_unique<Behaviour>(); }
 
     void deliversInOrderAndFinishesBehindTheLast_data()
     {
@@ -192,7 +178,7 @@ private slots:
     void countsReferencesExactly()
     {
         QFETCH(int, receivers);
-        TestStream::keeps = true;
+        behaviour->keepsRecords = true;
         RecordStreamThread thread("test://20");
         QVector<RecordPtr> adopted;
         for (int i = 0; i < receivers; ++i)
@@ -203,11 +189,11 @@ private slots:
         thread.start();
         QTRY_VERIFY(thread.isFinished());
         QCOMPARE(adopted.size(), 20 * receivers);
-        QCOMPARE(TestStream::kept.size(), size_t(20));
-        for (const RecordPtr &record : TestStream::kept)
+        QCOMPARE(behaviour->kept.size(), size_t(20));
+        for (const RecordPtr &record : behaviour->kept)
             QCOMPARE(int(record->use_count()), 1 + receivers);
         adopted.clear();
-        for (const RecordPtr &record : TestStream::kept)
+        for (const RecordPtr &record : behaviour->kept)
             QCOMPARE(int(record->use_count()), 1);
     }
 
@@ -224,15 +210,15 @@ private slots:
         QFETCH(int, samples);
         QFETCH(int, least);
         QFETCH(int, most);
-        TestStream::samples = samples;
+        behaviour->samples = samples;
         RecordStreamThread thread("test://10000");
         QVERIFY(thread.connect());
         thread.start();
 
         // Without an event loop nobody takes anything: the reader fills the queue and pauses.
         int before = -1;
-        while (before != TestStream::produced || before < least) {
-            before = TestStream::produced;
+        while (before != behaviour->produced || before < least) {
+            before = behaviour->produced;
             QThread::msleep(50);
         }
         QVERIFY2(before >= least && before <= most, QByteArray::number(before));
@@ -265,7 +251,7 @@ private slots:
     void stopsAtOnce()
     {
         QFETCH(bool, blocked);
-        TestStream::blocksBehindLast = true;
+        behaviour->blocksBehindLast = true;
         const int count = blocked ? 10 : 5000;
         RecordStreamThread thread("test://" + std::to_string(count));
         Receiver receiver;
@@ -325,7 +311,7 @@ private slots:
         attach(thread, receiver);
         const Core::TimeWindow window(Core::Time(2024, 1, 1), Core::Time(2024, 1, 2));
         for (int round = 1; round <= 3; ++round) {
-            TestStream::produced = 0;
+            behaviour->produced = 0;
             receiver.numbers.clear();
             QVERIFY(thread.connect());
             if (round == 1) {
@@ -335,8 +321,8 @@ private slots:
             thread.start();
             QTRY_VERIFY(thread.isFinished());
             QCOMPARE(receiver.numbers, firstNumbers(100));
-            QCOMPARE(TestStream::lastStreams, round == 1 ? 1 : 0);
-            QCOMPARE(TestStream::lastWindow, round == 1 ? window : Core::TimeWindow());
+            QCOMPARE(behaviour->streams, round == 1 ? 1 : 0);
+            QCOMPARE(behaviour->window, round == 1 ? window : Core::TimeWindow());
             thread.stop(true);
         }
     }
@@ -379,8 +365,8 @@ private slots:
     {
         QFETCH(bool, opens);
         QFETCH(QString, message);
-        TestStream::failsToOpen = !opens;
-        TestStream::throws = true;
+        behaviour->failsToOpen = !opens;
+        behaviour->throws = true;
         RecordStreamThread thread("test://5");
         QSignalSpy messages(&thread, &RecordStreamThread::messageReceived);
         QVERIFY(thread.connect());
@@ -393,7 +379,7 @@ private slots:
 
     void boundsMessages()
     {
-        TestStream::faults = 5000;
+        behaviour->faults = 5000;
         RecordStreamThread thread("test://1");
         QVERIFY(thread.connect());
         thread.start();

@@ -67,7 +67,8 @@ public:
 signals:
     /** A record, with a reference for the receiver. */
     void receivedRecord(Tellarix::Record *record);
-    /** The stream reported damage or a note; for the first 1000. */
+    /** The stream reported damage or a note; for the first 1000. Emitted by the reader: connected
+     *  objects of the owner's thread get it queued. */
     void messageReceived(const QString &text, bool isFault);
 
 protected:
