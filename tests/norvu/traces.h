@@ -122,7 +122,8 @@ inline void show(Norvu::Gui::TraceView &view, const QStringList &rowLabels)
         view.addItem(makeRow(label));
     view.resize(600, 60 * rowLabels.size() + 60);
     view.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&view));
+    if (!QTest::qWaitForWindowExposed(&view))
+        qFatal("The window of the view does not come up");
 }
 
 } // namespace Traces

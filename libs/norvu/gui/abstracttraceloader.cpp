@@ -34,6 +34,11 @@ QStringList AbstractTraceLoader::messages() const
     return _stream ? _stream->messages() : QStringList();
 }
 
+QString AbstractTraceLoader::errorString() const
+{
+    return _stream ? _stream->errorString() : QString();
+}
+
 void AbstractTraceLoader::setStream(Tellarix::Gui::RecordStreamThread *stream)
 {
     _stream = stream;
@@ -66,9 +71,7 @@ void AbstractTraceLoader::load(TraceView *view)
 
     _stream->start(QThread::InheritPriority);
     _timer.start(RefreshInterval);
-    dialog.exec();
-
-    _wasCancelled = dialog.wasCanceled();
+    _wasCancelled = dialog.exec() != QDialog::Accepted;
     if (_wasCancelled)
         _stream->stop(true);
     acquisitionFinished();

@@ -41,6 +41,8 @@ public:
 
     /** What the stream of the last load told, such as damage in a file; empty if all was well. */
     QStringList messages() const;
+    /** Why the last load() that failed could not use its source. */
+    QString errorString() const;
     /** True if the user cancelled the last load. */
     bool wasCancelled() const { return _wasCancelled; }
 

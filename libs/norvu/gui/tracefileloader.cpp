@@ -15,8 +15,7 @@ namespace Gui {
 
 TraceFileLoader::TraceFileLoader(const std::string &file, QObject *)
     : TraceFileLoader(new Tellarix::Gui::RecordStreamThread("file://" + file))
-{
-}
+{}
 
 TraceFileLoader::TraceFileLoader(Tellarix::Gui::RecordStreamThread *stream)
     : AbstractTraceLoader(nullptr)

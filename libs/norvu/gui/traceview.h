@@ -340,6 +340,7 @@ private:
     void focusChanged();
 
     void placeCrosshairOverlay();
+    void alignTimeScale();
     void trackCrosshair(const QWidget *widget, const QPoint &position);
     void hideCrosshair();
     void paintCrosshair();

@@ -60,8 +60,10 @@ bool TraceView::eventFilter(QObject *watched, QEvent *event)
         return true;
     }
     if (watched == _scrollArea->viewport()) {
-        if (event->type() == QEvent::Resize)
+        if (event->type() == QEvent::Resize) {
             placeCrosshairOverlay();
+            alignTimeScale();
+        }
         return false;
     }
     if (watched == _timeScale) {

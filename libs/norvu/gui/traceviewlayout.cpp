@@ -6,6 +6,7 @@
 #include <tellarix/qt/records/recordwidget.h>
 #include <tellarix/qt/records/timescale.h>
 
+#include <QLayout>
 #include <QScrollArea>
 
 #include <algorithm>
@@ -99,6 +100,16 @@ int TraceView::extraSpacing() const
 void TraceView::setTimeScaleVisible(bool visible)
 {
     _timeScale->parentWidget()->setVisible(visible);
+}
+
+void TraceView::alignTimeScale()
+{
+    // A scroll bar takes room from the rows: the time scale must end where they do.
+    const int scrollBarWidth = _scrollArea->width() - _scrollArea->viewport()->width();
+    QLayout *layout = _timeScale->parentWidget()->layout();
+    QMargins margins = layout->contentsMargins();
+    margins.setRight(Trace::Padding() + std::max(scrollBarWidth, 0));
+    layout->setContentsMargins(margins);
 }
 
 void TraceView::setAlignment(Tellarix::Core::Time time)
