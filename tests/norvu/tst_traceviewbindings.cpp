@@ -31,8 +31,6 @@ class TraceViewBindingsTest : public QObject
 
 private slots:
     void bindsOneRowAndSlotToAnId();
-    void leavesSlotAloneForUnknownId();
-    void baseViewRequestsNothing();
     void requestsRowsThatWait();
     void refusedRequestChangesNothing();
     void resetRowsAreRequestedAgain();
@@ -41,7 +39,6 @@ private slots:
     void clearedSlotIsNotRequestedAgain();
     void copySharesRecords();
     void copyOfWindowOwnsRecords();
-    void copiesNothingOutsideOfWindow();
 };
 
 void TraceViewBindingsTest::bindsOneRowAndSlotToAnId()
@@ -65,25 +62,12 @@ void TraceViewBindingsTest::bindsOneRowAndSlotToAnId()
     QCOMPARE(view.bindingsFor(first), Bindings({{"XX.A..BHN", 1}}));
     view.clearBindings(first);
     QCOMPARE(view.bindingsFor(first), Bindings());
-    QVERIFY(view.itemBoundTo("XX.A..BHE") == second);
-}
 
-void TraceViewBindingsTest::leavesSlotAloneForUnknownId()
-{
-    const TraceView view;
     int slot = 42;
     QVERIFY(view.itemBoundTo("XX.A..BHZ", &slot) == nullptr);
     QCOMPARE(slot, 42);
-}
-
-void TraceViewBindingsTest::baseViewRequestsNothing()
-{
-    TraceView view;
-    view.addItem(makeRow("A"));
-    SignalLog log(&view);
-    view.loadData();
-    QCOMPARE(log.take(), QStringList("load"));
-    QCOMPARE(view.emptyDataSlots(), 1);
+    QVERIFY(view.itemBoundTo("XX.A..BHE", &slot) == second);
+    QCOMPARE(slot, 5);
 }
 
 void TraceViewBindingsTest::requestsRowsThatWait()
@@ -103,8 +87,10 @@ void TraceViewBindingsTest::refusedRequestChangesNothing()
     RequestingView view;
     view.isReady = false;
     view.setItems({makeRow("A"), makeRow("B")});
+    SignalLog log(&view);
     view.loadData();
     QCOMPARE(view.requests, QStringList("begin"));
+    QCOMPARE(log.take(), QStringList("load"));
     QCOMPARE(view.emptyDataSlots(), 2);
     QVERIFY(!view.itemAt(0)->isDataRequested());
 }
@@ -212,20 +198,13 @@ void TraceViewBindingsTest::copyOfWindowOwnsRecords()
         for (int i = 0; i < 10; ++i)
             feed(row, 0, makeRecord("XX.A..BHZ", 10 * i, 10 * i + 10));
         source.addItem(row);
+        QVERIFY(!view.copyDataFrom(&source, window(100, 200)));
+        QCOMPARE(view.count(), 0);
         QVERIFY(view.copyDataFrom(&source, window(25, 50)));
     }
     const RecordWidget *copy = view.itemAt(0)->recordWidget();
     QVERIFY(copy->ownsRecords(0));
     QVERIFY(copy->records(0)->timeWindow() == window(20, 50));
-}
-
-void TraceViewBindingsTest::copiesNothingOutsideOfWindow()
-{
-    TraceView source;
-    source.addItem(makeRow("A", makeRecord("XX.A..BHZ", 0, 10)));
-    TraceView view;
-    QVERIFY(!view.copyDataFrom(&source, window(10, 20)));
-    QCOMPARE(view.count(), 0);
 }
 
 QTEST_MAIN(TraceViewBindingsTest)

@@ -126,8 +126,6 @@ void TraceViewInteractionTest::clicksSelect()
     QFETCH(QStringList, signalled);
     TraceView view;
     show(view, Rows);
-    if (QTest::currentTestFailed())
-        return;
     view.setSelectionMode(mode);
     view.select(view.itemAt(1));
     SignalLog log(&view);
@@ -165,8 +163,6 @@ void TraceViewInteractionTest::clickOutsideOfContentsChangesNothing()
 {
     TraceView view;
     show(view, Rows);
-    if (QTest::currentTestFailed())
-        return;
     view.selectAll();
     SignalLog log(&view);
     QTest::mouseClick(&view, Qt::LeftButton, Qt::NoModifier, QPoint(20, view.height() - 2));
@@ -207,8 +203,6 @@ void TraceViewInteractionTest::keysSelect()
     QFETCH(QStringList, signalled);
     TraceView view;
     show(view, Rows);
-    if (QTest::currentTestFailed())
-        return;
     view.setCurrentItem(current);
     SignalLog log(&view);
     QTest::keyClick(&view, Qt::Key(key), Qt::KeyboardModifiers(modifiers));
@@ -233,8 +227,6 @@ void TraceViewInteractionTest::keysScrollWithoutCurrentRow()
 {
     TraceView view;
     show(view, Rows);
-    if (QTest::currentTestFailed())
-        return;
     view.setMinimumRowHeight(100);
     view.resize(600, 250);
     QTRY_VERIFY(scrollBar(view)->maximum() > 250);
@@ -334,8 +326,6 @@ void TraceViewInteractionTest::doubleClickActivatesCurrentRow()
 {
     TraceView view;
     show(view, Rows);
-    if (QTest::currentTestFailed())
-        return;
     click(view, 2);
     SignalLog log(&view);
     QTest::mouseDClick(&view, Qt::RightButton, Qt::NoModifier, centerOf(view, 2));
@@ -348,8 +338,6 @@ void TraceViewInteractionTest::dragMovesSelectedRows()
 {
     TraceView view;
     show(view, Rows);
-    if (QTest::currentTestFailed())
-        return;
     click(view, 0);
     click(view, 2, Qt::ControlModifier);
     SignalLog log(&view);
@@ -372,8 +360,6 @@ void TraceViewInteractionTest::dragTakesUnselectedRowAlone()
 {
     TraceView view;
     show(view, Rows);
-    if (QTest::currentTestFailed())
-        return;
     click(view, 0);
     SignalLog log(&view);
     const QPoint start = centerOf(view, 3);
@@ -388,8 +374,6 @@ void TraceViewInteractionTest::leapStartsNoDrag()
 {
     TraceView view;
     show(view, Rows);
-    if (QTest::currentTestFailed())
-        return;
     QTest::mousePress(&view, Qt::LeftButton, Qt::NoModifier, centerOf(view, 0));
     move(view, centerOf(view, 3));
     QCOMPARE(labels(view.items()), Rows);
@@ -401,8 +385,6 @@ void TraceViewInteractionTest::removedRowLeavesDrag()
 {
     TraceView view;
     show(view, Rows);
-    if (QTest::currentTestFailed())
-        return;
     const QPoint start = centerOf(view, 0);
     QTest::mousePress(&view, Qt::LeftButton, Qt::NoModifier, start);
     move(view, start);
@@ -460,8 +442,6 @@ void TraceViewInteractionTest::shortcutsReachTheView()
 {
     TraceView view;
     show(view, Rows);
-    if (QTest::currentTestFailed())
-        return;
     view.setFocus();
     view.activateWindow();
     QVERIFY(QTest::qWaitForWindowActive(&view));
@@ -480,8 +460,6 @@ void TraceViewInteractionTest::crosshairFollowsPointer()
 {
     TraceView view;
     show(view, Rows);
-    if (QTest::currentTestFailed())
-        return;
     QApplication::processEvents();
     RecordWidget *widget = view.itemAt(2)->recordWidget();
     const QPoint pointer(widget->canvasRect().center());
@@ -506,8 +484,6 @@ void TraceViewInteractionTest::crosshairForgetsRemovedRow()
 {
     TraceView view;
     show(view, Rows);
-    if (QTest::currentTestFailed())
-        return;
     view.showCrosshair(true);
     hover(view, 0, QPoint(200, 10));
     view.removeItem(view.itemAt(0));
