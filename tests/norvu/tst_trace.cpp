@@ -80,6 +80,7 @@ private slots:
     void followsTimeAxis();
     void keepsAxisAndTracesTogether();
     void looksSelected();
+    void framesFocusedStaticRow();
     void reportsClicks();
     void clonesLabelOnly();
     void resetsSlots();
@@ -360,23 +361,46 @@ void TraceTest::looksSelected()
     trace.setPalette(palette);
     trace.resize(300, 100);
     const auto highlighted = [&] {
-        return Ink::rectOfColor(Ink::picture(trace), QColor(20, 60, 220)).isEmpty();
+        return !Ink::rectOfColor(Ink::picture(trace), QColor(20, 60, 220)).isEmpty();
     };
 
-    QVERIFY(highlighted());
+    QVERIFY(!highlighted());
     QVERIFY(!trace.setSelected(false));
     QVERIFY(trace.setSelected(true));
     QVERIFY(!trace.setSelected(true));
     QVERIFY(trace.isSelected());
     QCOMPARE(trace.backgroundRole(), QPalette::Highlight);
     QCOMPARE(trace.foregroundRole(), QPalette::HighlightedText);
-    QVERIFY(!highlighted());
+    QVERIFY(highlighted());
 
     trace.setStatic(true);
     QVERIFY(!trace.hasMouseTracking());
-    QVERIFY(highlighted());
+    QVERIFY(!highlighted());
     QVERIFY(trace.setSelected(false));
     QCOMPARE(trace.backgroundRole(), QPalette::Window);
+}
+
+void TraceTest::framesFocusedStaticRow()
+{
+    Trace trace(QStringLiteral("A"), Qt::red);
+    trace.setStatic(true);
+    trace.setFocusPolicy(Qt::StrongFocus);
+    trace.setAutoFillBackground(true);
+    QPalette palette = trace.palette();
+    palette.setColor(QPalette::Window, QColor(10, 20, 30));
+    palette.setColor(QPalette::Base, QColor(200, 210, 220));
+    trace.setPalette(palette);
+    trace.resize(300, 100);
+    trace.show();
+    trace.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&trace));
+    const auto cornerColor = [&] { return Ink::picture(trace).pixelColor(150, 97); };
+
+    trace.clearFocus();
+    QCOMPARE(cornerColor(), QColor(10, 20, 30));
+    trace.setFocus();
+    QVERIFY(trace.hasFocus());
+    QCOMPARE(cornerColor(), QColor(200, 210, 220));
 }
 
 void TraceTest::reportsClicks()
