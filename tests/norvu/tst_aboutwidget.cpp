@@ -30,6 +30,7 @@ private slots:
     void choosesTab();
     void closesWithButton();
     void showsPictures();
+    void carriesIconsForHosts();
 };
 
 void AboutWidgetTest::namesVersionInMailSubject_data()
@@ -126,6 +127,37 @@ void AboutWidgetTest::showsPictures()
     QVERIFY(logo.contains(QStringLiteral("src=\":/norvu/gui/icons/norvu.png\"")));
     QVERIFY(!QPixmap(QStringLiteral(":/norvu/gui/icons/norvu.png")).isNull());
     QVERIFY(dialog.findChild<QLabel *>(QStringLiteral("labelLogo"))->openExternalLinks());
+}
+
+void AboutWidgetTest::carriesIconsForHosts()
+{
+    const QString folder = QStringLiteral(":/norvu/gui/icons/");
+    for (const char *name : {"epicenter",
+                             "depth",
+                             "magnitude",
+                             "fault",
+                             "gps",
+                             "tidegauge",
+                             "play",
+                             "view-filter",
+                             "view-calendar-day",
+                             "filesaveas",
+                             "fileclose",
+                             "64x64/play",
+                             "64x64/pause",
+                             "64x64/stop",
+                             "64x64/fastforward",
+                             "64x64/reload",
+                             "64x64/rss",
+                             "64x64/spinner",
+                             "64x64/play-history",
+                             "64x64/pause-history",
+                             "64x64/stop-history"}) {
+        const QImage icon(folder + QLatin1String(name) + QStringLiteral(".png"));
+        const int size = QByteArray(name).startsWith("64x64") ? 64 : 32;
+        QVERIFY2(icon.size() == QSize(size, size), name);
+        QVERIFY2(icon.hasAlphaChannel(), name);
+    }
 }
 
 QTEST_MAIN(AboutWidgetTest)
