@@ -25,8 +25,9 @@ int main(int argc, char **argv)
     int flags = WorkbenchApplication::WantRecordStream | WorkbenchApplication::ShowSplash;
     if (wantsPictures(argc, argv)) {
         flags &= ~WorkbenchApplication::ShowSplash;
-        if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")
-            && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        if (qEnvironmentVariableIsEmpty("DISPLAY") &&
+            qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") &&
+            qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
             qputenv("QT_QPA_PLATFORM", "offscreen");
     }
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);

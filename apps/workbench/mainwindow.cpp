@@ -13,15 +13,17 @@
 #include <QDockWidget>
 #include <QDragEnterEvent>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QFontDatabase>
 #include <QInputDialog>
 #include <QLabel>
+#include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
 #include <QPlainTextEdit>
 #include <QSettings>
-#include <QStandardPaths>
 #include <QStatusBar>
+#include <QUrl>
 
 #include <cstdio>
 
@@ -135,10 +137,10 @@ bool MainWindow::open(const QStringList &sources)
 bool MainWindow::openDemonstration()
 {
     const QString folder = demonstrationFolder();
-    if (!Demo::demonstrationIsComplete(folder)) {
+    if (!Client::demonstrationIsComplete(folder)) {
         statusBar()->showMessage(tr("Writing the demonstration recordings…"));
         QString error;
-        const bool written = Demo::writeDemonstration(folder, &error);
+        const bool written = Client::writeDemonstration(folder, &error);
         statusBar()->clearMessage();
         if (!written) {
             tell({error});
@@ -147,12 +149,14 @@ bool MainWindow::openDemonstration()
     }
 
     QHash<QString, double> distances;
-    for (const Demo::DemoStation &station : Demo::demonstrationStations())
-        distances.insert(station.network + '.' + station.code, station.distanceKm);
+    for (const Client::DemoStation &station : Client::demonstrationStations())
+        distances.insert(station.network + '.' + station.station, station.distanceKm);
     _waveforms->setDistances(distances);
-    const bool opened = open(Demo::demonstrationFiles(folder));
-    _waveforms->view()->sortView();
-    return opened;
+
+    QStringList files;
+    for (const QString &file : Client::demonstrationFiles())
+        files.append(QDir(folder).filePath(file));
+    return open(files);
 }
 
 void MainWindow::closeAll()

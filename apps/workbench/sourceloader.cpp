@@ -7,8 +7,7 @@ namespace Workbench {
 
 SourceLoader::SourceLoader(const std::string &source)
     : TraceFileLoader(new Tellarix::Gui::RecordStreamThread(source)), _source(source)
-{
-}
+{}
 
 bool SourceLoader::isUsable(QString *error) const
 {

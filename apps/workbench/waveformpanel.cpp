@@ -160,7 +160,8 @@ void WaveformPanel::updateRangeText()
         return;
     }
     const Core::TimeWindow visible = _view->visibleTimeWindow();
-    QString text = tr("%1 to %2 UTC").arg(timeText(visible.startTime()), timeText(visible.endTime()));
+    QString text =
+        tr("%1 to %2 UTC").arg(timeText(visible.startTime()), timeText(visible.endTime()));
     if (_stretches.size() > 1) {
         for (int i = 0; i < _stretches.size(); ++i) {
             if (_stretches[i].overlaps(visible)) {

@@ -4,11 +4,10 @@
 #include "waveformpanel.h"
 
 #include <norvu/gui/splashscreen.h>
-#include <tellarix/client/demo/demonstration.h>
-#include <tellarix/core/environment.h>
+#include <tellarix/core/version.h>
 
 #include <QDir>
-#include <QFileInfo>
+#include <QPixmap>
 
 #include <cstdio>
 
@@ -18,9 +17,9 @@ namespace Workbench {
 
 namespace {
 
-constexpr auto SplashImage = ":/norvu/gui/icons/splash.png";
+constexpr auto SplashImage = ":/norvu/gui/splash.png";
 constexpr auto IconFile = ":/norvu/gui/icons/norvu.svg";
-constexpr auto SnapshotSize = QSize(1600, 900);
+constexpr QSize SnapshotSize(1600, 900);
 
 void printError(const QString &text)
 {
