@@ -143,12 +143,12 @@ bool writeStations(const QDir &folder, QString *error)
         }
     };
 
-    std::vector<std::thread> helpers(std::clamp(std::thread::hardware_concurrency(), 1U, 4U) - 1);
-    for (std::thread &helper : helpers)
-        helper = std::thread(work);
+    std::vector<std::thread> workers(std::clamp(std::thread::hardware_concurrency(), 1U, 4U) - 1);
+    for (std::thread &worker : workers)
+        worker = std::thread(work);
     work();
-    for (std::thread &helper : helpers)
-        helper.join();
+    for (std::thread &worker : workers)
+        worker.join();
     return complete;
 }
 
