@@ -11,7 +11,6 @@ namespace {
 
 constexpr int LargestGap = 4;
 constexpr int FirstSingleItem = 4;
-constexpr QRgb DisabledColor = qRgb(160, 160, 160);
 
 bool endsRow(int item)
 {
@@ -55,7 +54,7 @@ void TraceLabel::paintEvent(QPaintEvent *)
         QFont font = item(i).font;
         font.setPixelSize(fontSize);
         painter.setFont(font);
-        painter.setPen(isLabelEnabled() ? effectiveColor(i) : QColor(DisabledColor));
+        painter.setPen(effectiveColor(i));
         // Descenders reach out of a rectangle as high as the letters.
         painter.drawText(QRect(x, y, width(), fontSize),
                          Qt::AlignLeft | Qt::AlignVCenter | Qt::TextDontClip, item(i).text);
