@@ -51,7 +51,8 @@ QString recordIDText(const Tellarix::DataModel::Stream *stream,
 
 } // namespace
 
-TraceView::TraceView(QWidget *parent, Qt::WindowFlags f, Tellarix::Gui::TimeScale *timeScale, bool)
+TraceView::TraceView(QWidget *parent, Qt::WindowFlags f, Tellarix::Gui::TimeScale *timeScale,
+                     bool withToolBar)
     : QFrame(parent, f), _controlActions(this)
 {
     setFocusPolicy(Qt::WheelFocus);
@@ -61,6 +62,8 @@ TraceView::TraceView(QWidget *parent, Qt::WindowFlags f, Tellarix::Gui::TimeScal
 
     createScrollArea();
     createTimeScale(timeScale);
+    if (withToolBar)
+        createToolBar();
     createWrapper();
     setupLayout();
     createActions();

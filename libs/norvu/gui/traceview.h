@@ -303,6 +303,14 @@ private:
     void setupLayout();
     void createCrosshairOverlay();
     void createActions();
+    void createToolBar();
+    void addLoadTools();
+    void addViewTools();
+    void addNormalizationTools();
+    QAction *addTool(const QIcon &icon, const QString &text, const QString &toolTip,
+                     const char *slot);
+    QAction *addToggle(const QIcon &icon, const QString &text, const QString &toolTip, bool checked,
+                       const char *slot);
 
     QBoxLayout *rowLayout() const;
     Tellarix::Core::TimeWindow windowOf(const Tellarix::Gui::RecordWidget *widget) const;
