@@ -1,5 +1,8 @@
 #include "traces.h"
 
+#include <QAction>
+#include <QToolBar>
+
 using namespace Norvu::Gui;
 using namespace Traces;
 using Tellarix::Gui::RecordWidget;
@@ -10,6 +13,8 @@ namespace {
 class RequestingView : public TraceView
 {
 public:
+    using TraceView::TraceView;
+
     QStringList requests;
     bool isReady{true};
 
@@ -35,6 +40,7 @@ private slots:
     void refusedRequestChangesNothing();
     void resetRowsAreRequestedAgain();
     void countsRowsThatWait();
+    void loadActionFollowsRowsThatWait();
     void cleansRowsWithoutRecordsInFirstSlot();
     void clearedSlotIsNotRequestedAgain();
     void copySharesRecords();
@@ -130,6 +136,31 @@ void TraceViewBindingsTest::countsRowsThatWait()
     QCOMPARE(view.emptyDataSlots(), -1);
     view.removeItems();
     QCOMPARE(view.emptyDataSlots(), 0);
+}
+
+void TraceViewBindingsTest::loadActionFollowsRowsThatWait()
+{
+    RequestingView view(nullptr, Qt::WindowFlags(), nullptr, true);
+    QAction *load = view.findChild<QToolBar *>()->actions().value(0);
+    QCOMPARE(load->text(), QString("Load data"));
+    QVERIFY(!load->isEnabled());
+    view.setItems({makeRow("A"), makeRow("B")});
+    QVERIFY(load->isEnabled());
+    load->trigger();
+    QCOMPARE(view.requests, QStringList({"begin", "A", "B", "end"}));
+    QVERIFY(!load->isEnabled());
+    view.select(view.itemAt(0));
+    view.resetSelectedTraces();
+    QVERIFY(load->isEnabled());
+
+    view.subscribedToData(view.itemAt(0));
+    view.subscribedToData(view.itemAt(0));
+    QTest::ignoreMessage(QtWarningMsg, "[TRACEVIEW] Semaphore error: empty data slots < 0: -1");
+    view.updateToolbar();
+    view.removeLoadActions();
+    view.removeLoadActions();
+    view.allowCleaning(true);
+    view.updateToolbar();
 }
 
 void TraceViewBindingsTest::cleansRowsWithoutRecordsInFirstSlot()
