@@ -1,0 +1,658 @@
+#include "seedbytes.h"
+
+#include <tellarix/core/records/formats/miniseed.h>
+#include <tellarix/core/records/formats/miniseedwriter.h>
+#include <tellarix/core/records/formats/recordscanner.h>
+#include <tellarix/core/records/typedarray.h>
+
+#include <QBuffer>
+#include <QtTest>
+
+#include <cmath>
+#include <limits>
+#include <random>
+
+using namespace Tellarix;
+using namespace Tellarix::Formats;
+
+namespace {
+
+std::string_view view(const QByteArray &bytes)
+{
+    return std::string_view(bytes.constData(), static_cast<size_t>(bytes.size()));
+}
+
+template <typename T>
+RecordPtr makeRecord(const std::vector<T> &samples, double rate = 20,
+                     const char *start = "2024-02-29T23:59:58.123456Z")
+{
+    return new Record(StreamCodes::FromID("XX.ABC.00.HHZ"), Core::Time::FromString(start), rate,
+                      new TypedArray<T>(static_cast<int>(samples.size()), samples.data()), 87);
+}
+
+std::vector<int> noise(int count, int amplitude, unsigned seed)
+{
+    std::mt19937 random(seed);
+    std::uniform_int_distribution<int> step(-amplitude, amplitude);
+    std::vector<int> samples(static_cast<size_t>(count));
+    int value = 0;
+    for (int &sample : samples)
+        sample = value += step(random);
+    return samples;
+}
+
+QByteArray written(const Record &record, int recordLength = 512)
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    MiniSeedWriter writer(&buffer, recordLength);
+    if (!writer.write(record))
+        qWarning("%s", writer.errorString().c_str());
+    return bytes;
+}
+
+/** What a scanner tells of @p bytes that come in pieces: "R 0" a record at byte 0, "F 512 cause"
+ *  a fault, "N" a note. */
+QStringList scan(const QByteArray &bytes, int pieceSize = 1 << 20, bool lookAhead = true)
+{
+    QStringList told;
+    RecordScanner scanner;
+    scanner.setLookAhead(lookAhead);
+    int position = 0;
+    for (;;) {
+        const RecordScanner::Step step = scanner.next();
+        const QString offset = QString::number(scanner.offset());
+        const QString cause = QString::fromStdString(scanner.cause());
+        switch (step) {
+        case RecordScanner::Step::Record:
+            told << "R " + offset;
+            break;
+        case RecordScanner::Step::Fault:
+            told << "F " + offset + ' ' + cause;
+            break;
+        case RecordScanner::Step::Note:
+            told << "N " + offset + ' ' + cause;
+            break;
+        case RecordScanner::Step::NeedsBytes:
+            if (position == bytes.size())
+                scanner.finish();
+            else
+                scanner.append(view(bytes.mid(position, pieceSize)));
+            position = std::min(bytes.size(), position + pieceSize);
+            break;
+        case RecordScanner::Step::End:
+            return told;
+        }
+    }
+}
+
+std::vector<RecordPtr> decodeAll(const QByteArray &bytes, std::string *cause = nullptr)
+{
+    std::vector<RecordPtr> records;
+    RecordScanner scanner;
+    MiniSeedDecoder decoder;
+    scanner.append(view(bytes));
+    scanner.finish();
+    std::string ignored;
+    for (;;) {
+        const RecordScanner::Step step = scanner.next();
+        if (step == RecordScanner::Step::End)
+            return records;
+        if (step != RecordScanner::Step::Record)
+            continue;
+        if (RecordPtr record =
+                decoder.decode(scanner.header(), scanner.record(), cause ? *cause : ignored))
+            records.push_back(record);
+    }
+}
+
+template <typename T>
+std::vector<T> samplesOf(const std::vector<RecordPtr> &records)
+{
+    std::vector<T> samples;
+    for (const RecordPtr &record : records) {
+        const auto *array = dynamic_cast<const TypedArray<T> *>(record->data());
+        if (array)
+            samples.insert(samples.end(), array->begin(), array->end());
+    }
+    return samples;
+}
+
+QByteArray controlHeader(char type, int size)
+{
+    return (QByteArray("000001") + type + " 0100095 12").leftJustified(size, ' ');
+}
+
+} // namespace
+
+class TestMiniSeed : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void keepsIntegers_data();
+    void keepsIntegers();
+    void keepsOtherTypes();
+    void keepsRatesAndTimes_data();
+    void keepsRatesAndTimes();
+    void refusesWhatTheFormatCannotHold();
+
+    void readsVersion2_data();
+    void readsVersion2();
+    void readsVersion3_data();
+    void readsVersion3();
+    void namesStreamsOfSourceIdentifiers_data();
+    void namesStreamsOfSourceIdentifiers();
+    void tellsDamagedHeaders_data();
+    void tellsDamagedHeaders();
+    void tellsDamagedPayloads_data();
+    void tellsDamagedPayloads();
+
+    void findsRecords_data();
+    void findsRecords();
+    void deliversEverythingAroundDamage();
+};
+
+void TestMiniSeed::keepsIntegers_data()
+{
+    QTest::addColumn<std::vector<int>>("samples");
+    QTest::addColumn<int>("recordLength");
+
+    constexpr int Max = std::numeric_limits<int>::max();
+    constexpr int Min = std::numeric_limits<int>::min();
+    QTest::newRow("one sample") << std::vector<int>{-5} << 512;
+    QTest::newRow("small steps") << noise(5000, 3, 1) << 512;
+    QTest::newRow("large steps, long records") << noise(5000, 100000, 2) << 4096;
+    QTest::newRow("widest step of compression")
+        << std::vector<int>{0, (1 << 29) - 1, 0, 1, 1 - (1 << 29), 7} << 512;
+    QTest::newRow("steps too wide for compression") << std::vector<int>{Max, Min, 0, Max} << 512;
+    QTest::newRow("shortest records") << noise(300, 50, 3) << 128;
+}
+
+void TestMiniSeed::keepsIntegers()
+{
+    QFETCH(std::vector<int>, samples);
+    QFETCH(int, recordLength);
+    const RecordPtr original = makeRecord(samples);
+
+    const QByteArray bytes = written(*original, recordLength);
+    const std::vector<RecordPtr> records = decodeAll(bytes);
+
+    QCOMPARE(bytes.size() % recordLength, 0);
+    QCOMPARE(samplesOf<int>(records), samples);
+    QCOMPARE(samplesOf<int>({original}), samples);
+    int before = 0;
+    for (const RecordPtr &record : records) {
+        QCOMPARE(record->streamID(), std::string("XX.ABC.00.HHZ"));
+        QCOMPARE(record->startTime().iso(),
+                 (original->startTime() + Core::TimeSpan(before / 20.0)).iso());
+        QCOMPARE(record->timingQuality(), 87);
+        QCOMPARE(record->codes(), records.front()->codes());
+        before += record->sampleCount();
+    }
+}
+
+void TestMiniSeed::keepsOtherTypes()
+{
+    const std::vector<float> floats{0.5f, -1e30f, 3.25f, 1e-30f};
+    std::vector<double> doubles(500);
+    for (size_t i = 0; i < doubles.size(); ++i)
+        doubles[i] = std::sin(double(i)) * 1e100;
+    const std::string text = "clock locked\r\n";
+
+    QCOMPARE(samplesOf<float>(decodeAll(written(*makeRecord(floats)))), floats);
+    QCOMPARE(samplesOf<double>(decodeAll(written(*makeRecord(doubles)))), doubles);
+    const auto letters =
+        decodeAll(written(*makeRecord(std::vector<char>(text.begin(), text.end()), 0)));
+    QCOMPARE(letters.size(), size_t(1));
+    QCOMPARE(letters[0]->sampleCount(), int(text.size()));
+    QCOMPARE(std::string(static_cast<const char *>(letters[0]->data()->data()), text.size()), text);
+    QVERIFY(!letters[0]->hasEndTime());
+}
+
+void TestMiniSeed::keepsRatesAndTimes_data()
+{
+    QTest::addColumn<double>("rate");
+    QTest::addColumn<QByteArray>("start");
+
+    QTest::newRow("whole") << 100.0 << QByteArray("2024-01-01T00:00:00.000000Z");
+    QTest::newRow("period") << 1.0 / 300 << QByteArray("2024-12-31T23:59:59.999999Z");
+    QTest::newRow("decimal") << 62.5 << QByteArray("1969-12-31T23:59:59.000001Z");
+    QTest::newRow("tenth") << 0.1 << QByteArray("2000-02-29T12:00:00.000050Z");
+    QTest::newRow("odd") << 99.9 << QByteArray("2024-06-30T23:59:59.123449Z");
+}
+
+void TestMiniSeed::keepsRatesAndTimes()
+{
+    QFETCH(double, rate);
+    QFETCH(QByteArray, start);
+
+    const auto records = decodeAll(written(*makeRecord(noise(10, 9, 4), rate, start.constData())));
+
+    QCOMPARE(records.size(), size_t(1));
+    QCOMPARE(records[0]->samplingFrequency(), rate);
+    QCOMPARE(records[0]->startTime().iso(), start.toStdString());
+}
+
+void TestMiniSeed::refusesWhatTheFormatCannotHold()
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    MiniSeedWriter writer(&buffer);
+
+    const StreamCodesCPtr longCodes(new StreamCodes("XX", "STATION", "", "HHZ"));
+    const ArrayPtr samples(new IntArray(3, std::vector<int>{1, 2, 3}.data()));
+    QVERIFY(!writer.write(Record(longCodes, Core::Time(0.0), 20, samples)));
+    QCOMPARE(writer.errorString(),
+             std::string("XX.STATION..HHZ: station code \"STATION\" is longer than 5 characters"));
+    QVERIFY(!writer.write(*makeRecord(std::vector<int>())));
+    QVERIFY(bytes.isEmpty());
+
+    MiniSeedWriter oddLength(&buffer, 1000);
+    QVERIFY(!oddLength.write(*makeRecord(noise(3, 1, 5))));
+    buffer.close();
+    buffer.open(QIODevice::ReadOnly);
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression("QIODevice::write.*"));
+    QVERIFY(!writer.write(*makeRecord(noise(3, 1, 5))));
+}
+
+void TestMiniSeed::readsVersion2_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("start");
+    QTest::addColumn<double>("rate");
+    QTest::addColumn<QString>("id");
+
+    const QString start = "2024-02-29T12:00:30.000000Z";
+    const QString id = "XX.ABC.00.HHZ";
+    Seed2 plain;
+    QTest::newRow("big endian") << plain.bytes() << start << 20.0 << id;
+    Seed2 little;
+    little.bigEndian = false;
+    QTest::newRow("little endian") << little.bytes() << start << 20.0 << id;
+    // Year and day make sense both ways round.
+    Seed2 ambiguous;
+    ambiguous.bigEndian = false;
+    ambiguous.year = 2056;
+    ambiguous.day = 256;
+    QTest::newRow("little endian, ambiguous date")
+        << ambiguous.bytes() << "2056-09-12T12:00:30.000000Z" << 20.0 << id;
+    Seed2 microseconds;
+    microseconds.usecs = -37;
+    microseconds.fraction = 1;
+    QTest::newRow("microseconds below zero")
+        << microseconds.bytes() << "2024-02-29T12:00:30.000063Z" << 20.0 << id;
+    Seed2 correction;
+    correction.correction = -15000;
+    QTest::newRow("clock correction to be applied")
+        << correction.bytes() << "2024-02-29T12:00:28.500000Z" << 20.0 << id;
+    correction.activity = 2;
+    QTest::newRow("clock correction applied already") << correction.bytes() << start << 20.0 << id;
+    Seed2 leapSecond;
+    leapSecond.second = 60;
+    QTest::newRow("leap second") << leapSecond.bytes() << "2024-02-29T12:01:00.000000Z" << 20.0
+                                 << id;
+    Seed2 codes;
+    codes.codes = QByteArray("A\0\0\0\0  LHZ  ", 12);
+    QTest::newRow("null bytes in codes, no network") << codes.bytes() << start << 20.0 << ".A..LHZ";
+
+    const struct
+    {
+        const char *name;
+        int factor;
+        int multiplier;
+        double rate;
+    } rates[] = {{"factor / -multiplier", 1000, -3, 1000.0 / 3},
+                 {"period times multiplier", -10, 4, 0.4},
+                 {"period over multiplier", -10, -6, 1.0 / 60},
+                 {"multiplier of zero", 50, 0, 50},
+                 {"no rate", 0, 1, 0}};
+    for (const auto &entry : rates) {
+        Seed2 record;
+        record.factor = entry.factor;
+        record.multiplier = entry.multiplier;
+        QTest::newRow(entry.name) << record.bytes() << start << entry.rate << id;
+    }
+    Seed2 actual;
+    actual.usecs = 0;
+    actual.actualRate = 99.9f;
+    QTest::newRow("blockette 100") << actual.bytes() << start << 99.9 << id;
+    actual.factor = -3;
+    actual.actualRate = 1.0f / 3;
+    QTest::newRow("blockette 100 of less precision") << actual.bytes() << start << 1.0 / 3 << id;
+}
+
+void TestMiniSeed::readsVersion2()
+{
+    QFETCH(QByteArray, bytes);
+
+    const auto records = decodeAll(bytes);
+
+    QCOMPARE(records.size(), size_t(1));
+    QTEST(QString::fromStdString(records[0]->startTime().iso()), "start");
+    QTEST(records[0]->samplingFrequency(), "rate");
+    QTEST(QString::fromStdString(records[0]->streamID()), "id");
+    QCOMPARE(samplesOf<int>(records), (std::vector<int>{1, 2, 3}));
+}
+
+void TestMiniSeed::readsVersion3_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("start");
+    QTest::addColumn<double>("rate");
+    QTest::addColumn<int>("type");
+    QTest::addColumn<QVector<double>>("samples");
+
+    const QString start = "2024-02-29T12:00:30.000000Z";
+    const QVector<double> counting{1, 2, 3};
+    const int integers = int(DataType::Int);
+    Seed3 plain;
+    plain.extra = "{\"FDSN\":{}}";
+    plain.nanoseconds = 123456789;
+    QTest::newRow("extra headers, nanoseconds")
+        << plain.bytes() << "2024-02-29T12:00:30.123457Z" << 20.0 << integers << counting;
+    Seed3 carried;
+    carried.nanoseconds = 999999999;
+    QTest::newRow("nanoseconds rounded up to the next second")
+        << carried.bytes() << "2024-02-29T12:00:31.000000Z" << 20.0 << integers << counting;
+    Seed3 period;
+    period.rate = -60;
+    QTest::newRow("period") << period.bytes() << start << 1.0 / 60 << integers << counting;
+
+    const struct
+    {
+        const char *name;
+        int encoding;
+        const char *payload;
+        DataType type;
+    } encodings[] = {
+        {"int16", 1, "010002000300", DataType::Int},
+        {"float32", 4, "0000803f0000004000004040", DataType::Float},
+        {"float64", 5, "000000000000f03f00000000000000400000000000000840", DataType::Double},
+        {"text", 0, "010203", DataType::Char},
+    };
+    for (const auto &entry : encodings) {
+        Seed3 record;
+        record.encoding = entry.encoding;
+        record.payload = QByteArray::fromHex(entry.payload);
+        QTest::newRow(entry.name) << record.bytes() << start << 20.0 << int(entry.type) << counting;
+    }
+
+    // Steim is big endian here as well: one frame with the differences x, 1, 1 in 8 bits each
+    // plus a zero, and a record too short for libmseed.
+    Seed3 steim;
+    steim.encoding = 10;
+    steim.payload = QByteArray::fromHex("01000000"
+                                        "00000001"
+                                        "00000003"
+                                        "00010100")
+                        .leftJustified(64, '\0');
+    QTest::newRow("Steim1, one frame") << steim.bytes() << start << 20.0 << integers << counting;
+    steim.identifier = "X";
+    QTest::newRow("Steim1, shortest header")
+        << steim.bytes() << start << 20.0 << integers << counting;
+    steim.extra = QByteArray(65535, ' ');
+    QTest::newRow("Steim1, long extra headers")
+        << steim.bytes() << start << 20.0 << integers << counting;
+}
+
+void TestMiniSeed::readsVersion3()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(QVector<double>, samples);
+
+    std::string cause;
+    const auto records = decodeAll(bytes, &cause);
+
+    QCOMPARE(cause, std::string());
+    QCOMPARE(records.size(), size_t(1));
+    QTEST(QString::fromStdString(records[0]->startTime().iso()), "start");
+    QTEST(records[0]->samplingFrequency(), "rate");
+    QTEST(int(records[0]->dataType()), "type");
+    QVector<double> values(records[0]->sampleCount());
+    records[0]->data()->convert(0, values.size(), values.data());
+    QCOMPARE(values, samples);
+}
+
+void TestMiniSeed::namesStreamsOfSourceIdentifiers_data()
+{
+    QTest::addColumn<QString>("id");
+
+    QTest::newRow("FDSN:XX_ABC_00_H_H_Z") << "XX.ABC.00.HHZ";
+    QTest::newRow("FDSN:XX_ABC__L_O_G") << "XX.ABC..LOG";
+    QTest::newRow("FDSN:XX2024_LONGNAME_10_H_RAW_Z") << "XX2024.LONGNAME.10.H_RAW_Z";
+    QTest::newRow("FDSN:XX_ABC__V__1") << "XX.ABC..V1";
+    QTest::newRow("FDSN:XX_ABC") << ".FDSN:XX_ABC..";
+    QTest::newRow("urn:lab.7") << ".urn:lab_7..";
+}
+
+void TestMiniSeed::namesStreamsOfSourceIdentifiers()
+{
+    QTEST(QString::fromStdString(codesFromSourceIdentifier(QTest::currentDataTag())->id()), "id");
+}
+
+void TestMiniSeed::tellsDamagedHeaders_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("cause");
+
+    const auto row = [](const char *name, const Seed2 &record, const QString &cause) {
+        QTest::newRow(name) << record.bytes() << cause;
+    };
+    Seed2 day;
+    day.day = 400;
+    row("day 400", day, "start time is out of range: year 2024, day 400, 12:00:30");
+    Seed2 noLeapYear;
+    noLeapYear.year = 2023;
+    noLeapYear.hour = 25;
+    row("hour 25", noLeapYear, "start time is out of range: year 2023, day 60, 25:00:30");
+    Seed2 year;
+    year.year = 1899;
+    row("year 1899", year, "start time is out of range: year 1899, day 60, 12:00:30");
+    Seed2 length;
+    length.lengthExponent = 200;
+    row("length exponent", length, "blockette 1000 gives a record length that is out of range");
+    length.lengthExponent = 0;
+    row("length of one byte", length, "blockette 1000 gives a record length that is out of range");
+    Seed2 data;
+    data.dataOffset = 256;
+    row("data behind the record", data, "data begin at byte 256 of a record of 256 bytes");
+    data.dataOffset = 64;
+    data.lengthExponent = 9;
+    row("longer than the file", data, "record of 512 bytes is cut off after 256 bytes");
+    Seed2 chain;
+    chain.firstBlockette = 65000;
+    row("first blockette behind the data", chain,
+        "blockette chain points to byte 65000 of the record, behind the beginning of the data");
+    Seed2 rate;
+    rate.actualRate = std::numeric_limits<float>::quiet_NaN();
+    row("not a number as rate", rate, "sampling frequency of nan Hz is out of range");
+    rate.actualRate = -20.0f;
+    row("negative rate", rate, "sampling frequency of -20 Hz is out of range");
+    Seed2 codes;
+    codes.codes[1] = '\x07';
+    row("unprintable code", codes, "codes of the stream are not readable");
+
+    QByteArray wrongSum = Seed3().bytes();
+    wrongSum[wrongSum.size() - 1] = '\x55';
+    QTest::newRow("check sum") << wrongSum << "check sum of the record is wrong";
+    Seed3 infinite;
+    infinite.rate = std::numeric_limits<double>::infinity();
+    QTest::newRow("infinite rate")
+        << infinite.bytes() << "sampling frequency of inf Hz is out of range";
+    QTest::newRow("header of version 3 cut off")
+        << Seed3().bytes().left(50) << "header is cut off after 50 bytes";
+    QTest::newRow("header of version 2 cut off")
+        << Seed2().bytes().left(40) << "header is cut off after 40 bytes";
+}
+
+void TestMiniSeed::tellsDamagedHeaders()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(QString, cause);
+    const QByteArray sound = Seed2().bytes();
+
+    // What follows is found only if the damaged record does not swallow it.
+    if (!cause.contains("cut off"))
+        QCOMPARE(scan(sound + bytes + sound),
+                 QStringList(
+                     {"R 0", "F 256 " + cause, QString("R %1").arg(sound.size() + bytes.size())}));
+    QCOMPARE(scan(sound + bytes), QStringList({"R 0", "F 256 " + cause}));
+}
+
+void TestMiniSeed::tellsDamagedPayloads_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<int>("samples");
+    QTest::addColumn<QString>("cause");
+
+    Seed2 encoding;
+    encoding.encoding = 30;
+    QTest::newRow("encoding") << encoding.bytes() << 0 << "unsupported encoding 30";
+    Seed2 count;
+    count.sampleCount = 33;
+    QTest::newRow("one sample too many")
+        << count.bytes() << 0 << "33 samples don't fit into 128 bytes of data";
+    Seed2 none;
+    none.sampleCount = 0;
+    QTest::newRow("no samples") << none.bytes() << 0 << "record has no samples";
+    Seed3 huge;
+    huge.encoding = 11;
+    huge.sampleCount = 0xFFFFFFFF;
+    huge.payload = QByteArray(64, '\0');
+    QTest::newRow("4294967295 samples")
+        << huge.bytes() << 0 << "4294967295 samples don't fit into 64 bytes of data";
+
+    QByteArray steim = written(*makeRecord(noise(100, 50, 6)));
+    QByteArray last = steim;
+    last[64 + 11] = char(last[64 + 11] ^ 1);
+    QTest::newRow("last sample of Steim2") << last << 100 << "integrity check of the compressed";
+    QByteArray more = steim;
+    more[30] = 1;
+    QTest::newRow("fewer samples than announced")
+        << more << 100 << "record holds 100 of 356 samples";
+    // Steps of 3000 take half a word each: the first frame holds 26 of them.
+    std::vector<int> ramp(100);
+    for (int i = 0; i < 100; ++i)
+        ramp[size_t(i)] = 3000 * i;
+    QByteArray flags = written(*makeRecord(ramp));
+    flags.replace(128, 64, QByteArray::fromHex("aaaaaaaa").leftJustified(64, '\0'));
+    QTest::newRow("code of differences in the second frame")
+        << flags << 26 << "record holds 26 of 100 samples";
+    flags.replace(64, 12, flags.mid(128, 12));
+    flags.replace(76, 4, QByteArray(4, '\0'));
+    QTest::newRow("code of differences in the first frame")
+        << flags << 0 << "compressed samples are damaged";
+}
+
+void TestMiniSeed::tellsDamagedPayloads()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(QString, cause);
+
+    std::string told;
+    const auto records = decodeAll(bytes, &told);
+
+    QVERIFY2(QString::fromStdString(told).startsWith(cause), told.c_str());
+    QTEST(records.empty() ? 0 : records[0]->sampleCount(), "samples");
+}
+
+void TestMiniSeed::findsRecords_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QStringList>("told");
+
+    const QByteArray two = Seed2().bytes();
+    const QByteArray three = Seed3().bytes();
+    Seed2 without;
+    without.has1000 = false;
+    const QByteArray unknownLength = without.bytes();
+    const QString end3 = QString("R %1").arg(256 + three.size());
+    Seed2 broken;
+    broken.afterBlockette1000 = 50;
+
+    QTest::newRow("nothing") << QByteArray() << QStringList();
+    QTest::newRow("both versions") << two + three + two << QStringList({"R 0", "R 256", end3});
+    QTest::newRow("no blockette 1000")
+        << unknownLength + unknownLength + two << QStringList({"R 0", "R 256", "R 512"});
+    QTest::newRow("no blockette 1000, last")
+        << two + unknownLength << QStringList({"R 0", "R 256"});
+    QTest::newRow("no blockette 1000, alone and too long")
+        << unknownLength + QByteArray(20, 'x')
+        << QStringList("F 0 record does not tell its length, and no other record follows it");
+    QTest::newRow("chain broken behind blockette 1000")
+        << broken.bytes() + two << QStringList({"R 0", "R 256"});
+    QTest::newRow("garbage in front")
+        << QByteArray(100, 'x') + two << QStringList({"F 0 100 bytes that are no record", "R 100"});
+    QTest::newRow("garbage between")
+        << two + QByteArray(77, 'x') + three + QByteArray(300, 'y') + two
+        << QStringList({"R 0", "F 256 77 bytes that are no record", "R 333",
+                        QString("F %1 300 bytes that are no record").arg(333 + three.size()),
+                        QString("R %1").arg(633 + three.size())});
+    QTest::newRow("garbage behind")
+        << two + QByteArray(3, 'x') << QStringList({"R 0", "F 256 3 bytes that are no record"});
+    QTest::newRow("empty bytes") << two + QByteArray(1024, '\0') + two + QByteArray(64, ' ')
+                                 << QStringList({"R 0", "N 256 1024 empty bytes", "R 1280",
+                                                 "N 1536 64 empty bytes"});
+    QTest::newRow("cut off at the end")
+        << two + two.left(100)
+        << QStringList({"R 0", "F 256 record of 256 bytes is cut off after 100 bytes"});
+    QTest::newRow("cut off in the middle")
+        << two + two.left(200) + two + two
+        << QStringList(
+               {"R 0", "F 256 record of 256 bytes is cut off after 200 bytes", "R 456", "R 712"});
+    QTest::newRow("cut off before version 3")
+        << two.left(130) + three + two
+        << QStringList({"F 0 record of 256 bytes is cut off after 130 bytes", "R 130",
+                        QString("R %1").arg(130 + three.size())});
+    QTest::newRow("control headers and noise")
+        << controlHeader('V', 4096) + controlHeader('A', 4096) + two +
+               QByteArray("000009").leftJustified(256, ' ') + two
+        << QStringList({"R 8192", "R 8704"});
+    QTest::newRow("control header alone") << controlHeader('S', 300) << QStringList();
+}
+
+void TestMiniSeed::findsRecords()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(QStringList, told);
+
+    for (const int pieceSize : {1, 7, 100, 256, 1 << 20})
+        QCOMPARE(scan(bytes, pieceSize), told);
+}
+
+void TestMiniSeed::deliversEverythingAroundDamage()
+{
+    constexpr int Length = 512;
+    const QByteArray sound = written(*makeRecord(noise(20000, 1000, 7)), Length);
+    const int count = sound.size() / Length;
+    QVERIFY(count > 20);
+    const auto seed = std::random_device()();
+    std::mt19937 random(seed);
+
+    for (int run = 0; run < 300; ++run) {
+        QByteArray bytes = sound;
+        const int from = int(random() % unsigned(sound.size()));
+        const int length = std::min<int>(1 + int(random() % 1500), sound.size() - from);
+        for (int i = from; i < from + length; ++i)
+            bytes[i] = char(random());
+
+        const QStringList told = scan(bytes, 4000);
+        for (int record = 0; record < count; ++record) {
+            const int offset = record * Length;
+            const bool hit = offset + Length > from && offset < from + length;
+            if (!hit && !told.contains(QString("R %1").arg(offset)))
+                QFAIL(qPrintable(QString("seed %1, run %2: record at byte %3 is lost")
+                                     .arg(seed)
+                                     .arg(run)
+                                     .arg(offset)));
+        }
+        decodeAll(bytes);
+    }
+}
+
+QTEST_GUILESS_MAIN(TestMiniSeed)
+
+#include "tst_miniseed.moc"
