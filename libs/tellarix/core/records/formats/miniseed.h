@@ -3,7 +3,6 @@
 #include <tellarix/core/records/record.h>
 
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -100,12 +99,6 @@ TELLARIX_CORE_API StreamCodesCPtr codesFromSourceIdentifier(const std::string &i
 class TELLARIX_CORE_API MiniSeedDecoder
 {
 public:
-    MiniSeedDecoder();
-    ~MiniSeedDecoder();
-
-    MiniSeedDecoder(const MiniSeedDecoder &) = delete;
-    MiniSeedDecoder &operator=(const MiniSeedDecoder &) = delete;
-
     /** The shared codes of a header's stream. */
     const StreamCodesCPtr &codes(const MiniSeedHeader &header);
 
@@ -118,13 +111,10 @@ public:
     RecordPtr decode(const MiniSeedHeader &header, std::string_view record, std::string &cause);
 
 private:
-    class Steim;
-
     ArrayPtr decodeSamples(const MiniSeedHeader &header, std::string_view record,
-                           std::string &cause);
+                           std::string &cause) const;
 
     std::unordered_map<std::string, StreamCodesCPtr> _codes;
-    std::unique_ptr<Steim> _steim;
 };
 
 } // namespace Formats

@@ -1,7 +1,7 @@
 #include <tellarix/core/records/formats/miniseed.h>
 
 #include <tellarix/core/records/formats/bytes_p.h>
-#include <tellarix/core/records/formats/libmseed_p.h>
+#include <tellarix/core/records/formats/steim_p.h>
 #include <tellarix/core/records/typedarray.h>
 #include <tellarix/core/strings.h>
 
@@ -12,11 +12,6 @@ namespace Tellarix {
 namespace Formats {
 
 namespace {
-
-constexpr int64_t SteimFrameSize = 64;
-constexpr int64_t SteimWordsPerFrame = 15;
-// libmseed takes records of this layout and nothing shorter than its smallest record.
-constexpr int64_t LibmseedHeaderSize = 48;
 
 template <typename T>
 ArrayPtr decodePlain(const char *payload, bool bigEndian, int64_t count)
@@ -59,16 +54,20 @@ bool isSteim(int encoding)
            encoding == static_cast<int>(MiniSeedEncoding::Steim2);
 }
 
-int64_t mostSteimSamples(const MiniSeedHeader &header)
+SteimPayload steimPayload(const MiniSeedHeader &header, std::string_view record)
 {
-    const int64_t perWord = header.encoding == static_cast<int>(MiniSeedEncoding::Steim1) ? 4 : 7;
-    return header.dataLength / SteimFrameSize * SteimWordsPerFrame * perWord;
+    SteimPayload payload;
+    payload.data = record.data() + header.dataOffset;
+    payload.size = static_cast<size_t>(header.dataLength);
+    payload.version = header.encoding == static_cast<int>(MiniSeedEncoding::Steim1) ? 1 : 2;
+    payload.bigEndian = header.bigEndianData;
+    return payload;
 }
 
-bool samplesFit(const MiniSeedHeader &header)
+bool samplesFit(const MiniSeedHeader &header, std::string_view record)
 {
     if (isSteim(header.encoding))
-        return header.sampleCount <= mostSteimSamples(header);
+        return header.sampleCount <= steimPayload(header, record).capacity();
     return header.sampleCount <= header.dataLength / plainSampleSize(header.encoding);
 }
 
@@ -79,85 +78,32 @@ StreamCodesCPtr codesFromFields(std::string_view fields)
                         trimmedField(fields.substr(5, 2)), trimmedField(fields.substr(7, 3))));
 }
 
-} // namespace
-
-/** Steim decompression by libmseed, with an MSRecord and a sample buffer that are used again. */
-class MiniSeedDecoder::Steim
+ArrayPtr decodeCompressed(const MiniSeedHeader &header, std::string_view record, std::string &cause)
 {
-public:
-    Steim();
-    ~Steim();
-
-    Steim(const Steim &) = delete;
-    Steim &operator=(const Steim &) = delete;
-
-    /** Decoded samples, at most the header's count; null with a cause if there are none. */
-    ArrayPtr decode(const MiniSeedHeader &header, std::string_view record, std::string &cause);
-
-private:
-    void setPayload(const MiniSeedHeader &header, std::string_view record);
-
-    MSRecord *_record;
-    fsdh_s _fixedHeader{};
-    char _short[MINRECLEN]{};
-};
-
-MiniSeedDecoder::Steim::Steim() : _record(msr_init(nullptr))
-{
-    silenceLibmseed();
-    _record->fsdh = &_fixedHeader;
-}
-
-MiniSeedDecoder::Steim::~Steim()
-{
-    _record->fsdh = nullptr;
-    msr_free(&_record);
-}
-
-void MiniSeedDecoder::Steim::setPayload(const MiniSeedHeader &header, std::string_view record)
-{
-    const int64_t offset = std::min<int64_t>(header.dataOffset, UINT16_MAX);
-    const char *payload = record.data() + header.dataOffset;
-    if (offset >= LibmseedHeaderSize && offset + header.dataLength >= MINRECLEN) {
-        _record->record = const_cast<char *>(payload - offset);
-        _record->reclen = static_cast<int32_t>(offset + header.dataLength);
-        _fixedHeader.data_offset = static_cast<uint16_t>(offset);
-        return;
-    }
-    const int64_t start = MINRECLEN - header.dataLength;
-    std::copy(payload, payload + header.dataLength, _short + start);
-    _record->record = _short;
-    _record->reclen = MINRECLEN;
-    _fixedHeader.data_offset = static_cast<uint16_t>(start);
-}
-
-ArrayPtr MiniSeedDecoder::Steim::decode(const MiniSeedHeader &header, std::string_view record,
-                                        std::string &cause)
-{
-    setPayload(header, record);
-    _record->encoding = static_cast<int8_t>(header.encoding);
-    _record->samplecnt = header.sampleCount;
-    const bool swap = header.bigEndianData != (ms_bigendianhost() != 0);
-    const int count = msr_unpack_data(_record, swap, 0);
-    if (count <= 0) {
-        cause = count == MS_STBADCOMPFLAG ? "compressed samples are damaged"
-                                          : "compressed samples can't be unpacked";
+    const SteimPayload payload = steimPayload(header, record);
+    const int wanted = static_cast<int>(header.sampleCount);
+    Core::SmartPointer<IntArray> samples(new IntArray(wanted));
+    const int count = static_cast<int>(decodeSteim(payload, wanted, samples->typedData()));
+    if (count == 0) {
+        cause = "compressed samples are damaged";
         return ArrayPtr();
     }
+    if (count < wanted) {
+        cause =
+            "record holds " + std::to_string(count) + " of " + std::to_string(wanted) + " samples";
+        samples->resize(count);
+        return samples;
+    }
 
-    const int *samples = static_cast<const int *>(_record->datasamples);
-    const int last = NumberReader(record, header.bigEndianData).at<int32_t>(header.dataOffset + 8);
-    if (count < header.sampleCount)
-        cause = "holds " + std::to_string(count) + " of " + std::to_string(header.sampleCount) +
-                " samples";
-    else if (samples[count - 1] != last)
+    const int last = (*samples)[count - 1];
+    const int expected = steimLastSample(payload);
+    if (last != expected)
         cause = "integrity check of the compressed samples failed: the last one is " +
-                std::to_string(samples[count - 1]) + " and should be " + std::to_string(last);
-    return ArrayPtr(new IntArray(count, samples));
+                std::to_string(last) + " and should be " + std::to_string(expected);
+    return samples;
 }
 
-MiniSeedDecoder::MiniSeedDecoder() = default;
-MiniSeedDecoder::~MiniSeedDecoder() = default;
+} // namespace
 
 const StreamCodesCPtr &MiniSeedDecoder::codes(const MiniSeedHeader &header)
 {
@@ -188,7 +134,7 @@ RecordPtr MiniSeedDecoder::decode(const MiniSeedHeader &header, std::string_view
 }
 
 ArrayPtr MiniSeedDecoder::decodeSamples(const MiniSeedHeader &header, std::string_view record,
-                                        std::string &cause)
+                                        std::string &cause) const
 {
     const bool supported = isSteim(header.encoding) || plainSampleSize(header.encoding) > 0;
     if (!supported) {
@@ -201,16 +147,11 @@ ArrayPtr MiniSeedDecoder::decodeSamples(const MiniSeedHeader &header, std::strin
     }
     if (header.dataOffset < 0 || header.dataLength < 0 ||
         header.dataOffset + header.dataLength > static_cast<int64_t>(record.size()) ||
-        !samplesFit(header)) {
+        !samplesFit(header, record)) {
         cause = std::to_string(header.sampleCount) + " samples don't fit into " +
                 std::to_string(header.dataLength) + " bytes of data";
         return ArrayPtr();
     }
-    if (isSteim(header.encoding) && header.dataLength > MAXRECLEN - UINT16_MAX) {
-        cause = "compressed data of " + std::to_string(header.dataLength) + " bytes are too long";
-        return ArrayPtr();
-    }
-
     const char *payload = record.data() + header.dataOffset;
     switch (static_cast<MiniSeedEncoding>(header.encoding)) {
     case MiniSeedEncoding::Text:
@@ -226,9 +167,7 @@ ArrayPtr MiniSeedDecoder::decodeSamples(const MiniSeedHeader &header, std::strin
     default:
         break;
     }
-    if (!_steim)
-        _steim = std::make_unique<Steim>();
-    return _steim->decode(header, record, cause);
+    return decodeCompressed(header, record, cause);
 }
 
 StreamCodesCPtr codesFromSourceIdentifier(const std::string &identifier)
