@@ -21,11 +21,13 @@ namespace {
 
 /** From so many rows on, header lines would take more room than traces. */
 constexpr int ManyRows = 12;
-constexpr int DistanceKey = 4;
+constexpr int CompactPadding = 1;
+constexpr int NormalRowHeight = 48;
 
 QString stationOf(const Trace *row)
 {
-    return row->data(0).toString() + '.' + row->data(1).toString();
+    return row->data(Norvu::Gui::TraceNetworkCode).toString() + '.'
+           + row->data(Norvu::Gui::TraceStationCode).toString();
 }
 
 QString timeText(const Core::Time &time)
@@ -95,14 +97,22 @@ void WaveformPanel::dress(Trace *row)
 {
     Gui::RecordWidget *widget = row->recordWidget();
     widget->installEventFilter(this);
-    widget->setRecordLabel(0, _compact ? row->label() : QString());
-    row->setHeaderVisible(!_compact);
 
+    QString name = row->label();
     const auto distance = _distancesKm.constFind(stationOf(row));
     if (distance != _distancesKm.constEnd()) {
-        row->setData(DistanceKey, *distance);
-        row->setDescription(tr("%1 km").arg(*distance, 0, 'f', 1));
+        const QString text = tr("%1 km").arg(*distance, 0, 'f', 1);
+        row->setData(Norvu::Gui::TraceDistance, *distance);
+        row->setDescription(text);
+        name += "  " + text;
     }
+
+    widget->setRecordLabel(0, _compact ? name : QString());
+    row->setHeaderVisible(!_compact);
+    if (_compact)
+        row->setVerticalPadding(CompactPadding, 0);
+    else
+        row->restoreVerticalSpacing();
 }
 
 void WaveformPanel::setCompact(bool compact)
@@ -111,6 +121,8 @@ void WaveformPanel::setCompact(bool compact)
         return;
 
     _compact = compact;
+    _view->setMinimumRowHeight(compact ? fontMetrics().height() + 2 * Trace::Padding()
+                                       : NormalRowHeight);
     for (Trace *row : _view->items())
         dress(row);
     emit compactChanged(compact);

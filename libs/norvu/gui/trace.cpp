@@ -357,6 +357,12 @@ void Trace::setExtraWidget(QWidget *widget)
         grid()->addWidget(_extraWidget, RecordRow, ExtraColumn);
 }
 
+void Trace::setVerticalPadding(int margin, int spacing)
+{
+    grid()->setVerticalSpacing(spacing);
+    grid()->setContentsMargins(Padding(), margin, Padding(), margin);
+}
+
 void Trace::clearVerticalSpacing()
 {
     grid()->setVerticalSpacing(0);

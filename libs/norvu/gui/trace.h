@@ -120,6 +120,9 @@ public:
     void setExtraWidget(QWidget *widget);
     QWidget *extraWidget() const { return _extraWidget; }
 
+    /** Room above and below the row and between its parts in pixels; the sides stay as they are, so
+     *  that the traces keep standing over a shared time scale. */
+    void setVerticalPadding(int margin, int spacing);
     /** Lets rows stand without any room between them, and gives them their room again. */
     void clearVerticalSpacing();
     void restoreVerticalSpacing();
