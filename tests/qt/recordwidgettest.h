@@ -123,6 +123,8 @@ public:
         fed(slot, record.get());
     }
 
+    int paintCount{0};
+
     /** What was painted since the last call. */
     QRegion takePainted() { return std::exchange(_painted, QRegion()); }
 
@@ -130,6 +132,7 @@ protected:
     void paintEvent(QPaintEvent *event) override
     {
         _painted += event->region();
+        ++paintCount;
         RecordWidget::paintEvent(event);
     }
 

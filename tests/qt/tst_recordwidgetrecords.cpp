@@ -75,6 +75,7 @@ void showAndSettle(TestWidget &widget)
     QTRY_COMPARE((painted += widget.takePainted()).boundingRect(), widget.rect());
     QCoreApplication::processEvents();
     widget.takePainted();
+    widget.paintCount = 0;
 }
 
 bool isSame(const Samples &a, const Samples &b)
@@ -104,6 +105,8 @@ private slots:
     void filteredRecordsCatchUp();
     void copesWithRecordsForNobody();
     void repaintsOnlyTouchedColumns();
+    void paintsNothingForRecordsOutOfView();
+    void paintsManyRecordsTogether();
     void repaintsAllWhenTheRangeGrows();
 };
 
@@ -183,6 +186,8 @@ void TestRecordWidgetRecords::announcesDisplayedRecords()
     QCOMPARE(widget.announced.last().second, raw);
     QVERIFY(!widget.filteredRecords(1));
     QVERIFY(widget.displayedRecords(1) == raw);
+    widget.setSlotCount(1);
+    QCOMPARE(widget.announced.last(), (QPair<int, RecordSequence *>(1, nullptr)));
 }
 
 void TestRecordWidgetRecords::filtersAsInOnePass_data()
@@ -329,14 +334,31 @@ void TestRecordWidgetRecords::repaintsOnlyTouchedColumns()
     QTRY_VERIFY(!(painted += widget.takePainted()).isEmpty());
     QVERIFY(painted.contains(QRect(60, 0, 80, 100)));
     QVERIFY(painted.boundingRect().left() >= 56);
+}
 
-    // The gap before the first of these reaches into the view, the second lies behind it.
-    widget.feed(record(500, zigzag(10, -9, 9)));
-    QCoreApplication::processEvents();
-    widget.takePainted();
+void TestRecordWidgetRecords::paintsNothingForRecordsOutOfView()
+{
+    TestWidget widget;
+    widget.install({record(0, zigzag(20, -10, 10)), record(500, zigzag(10, -9, 9))});
+    showAndSettle(widget);
     widget.feed(record(510, zigzag(10, -9, 9)));
     QCoreApplication::processEvents();
     QVERIFY(widget.takePainted().isEmpty());
+}
+
+void TestRecordWidgetRecords::paintsManyRecordsTogether()
+{
+    TestWidget widget;
+    widget.install({record(0, zigzag(20, -10, 10))});
+    showAndSettle(widget);
+    for (int i = 0; i < 60; ++i) {
+        widget.feed(record(20 + i, {0}));
+        QCoreApplication::processEvents();
+    }
+    QVERIFY(widget.paintCount < 10);
+    QRegion painted;
+    QTRY_VERIFY((painted += widget.takePainted()).contains(QRect(40, 0, 120, 100)));
+    QVERIFY(painted.boundingRect().left() >= 36);
 }
 
 void TestRecordWidgetRecords::repaintsAllWhenTheRangeGrows()

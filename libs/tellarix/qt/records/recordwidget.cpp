@@ -60,6 +60,8 @@ bool RecordWidget::setSlotCount(int count)
         return true;
 
     const int present = slotCount();
+    for (int i = count; i < present; ++i)
+        setRecords(i, nullptr);
     _slots.resize(static_cast<size_t>(count));
     for (int i = present; i < count; ++i)
         _slots[static_cast<size_t>(i)] = std::make_unique<Slot>();

@@ -7,8 +7,10 @@
 #include <tellarix/qt/api.h>
 #include <tellarix/qt/records/recordpolyline.h>
 
+#include <QBasicTimer>
 #include <QPair>
 #include <QPen>
+#include <QRegion>
 #include <QVector>
 #include <QWidget>
 
@@ -221,7 +223,8 @@ public:
     void setDirty();
 
     /** Tells the widget that a record was added to a slot's raw sequence: filters it, widens the
-     *  range, and repaints only the columns that it touches. */
+     *  range, and repaints only the columns that it touches; those of further records follow
+     *  together, a few times a second. */
     virtual void fed(int slot, const Tellarix::Record *record);
 
     QSize sizeHint() const override;
@@ -301,6 +304,7 @@ protected:
     void mouseMoveEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
     void leaveEvent(QEvent *event) override;
+    void timerEvent(QTimerEvent *event) override;
 
 private:
     struct Slot;
@@ -337,7 +341,9 @@ private:
     void forgetPolylines();
     void updateAll();
     void updateCanvas();
-    void updateColumns(const QRect &area, int left, int right);
+    QRect columnsOf(int slot, const Core::TimeWindow &window) const;
+    void updateFed(const QRect &area);
+    void paintFed();
     Core::TimeWindow touchedWindow(const Slot &slot, const Record *record) const;
 
     Look look() const;
@@ -379,6 +385,8 @@ private:
     Core::TimeWindow _normalizationWindow;
     Core::TimeWindow _selection;
     Core::Time _cursorTime;
+    QBasicTimer _feedTimer;
+    QRegion _fedArea; /**< to be painted when the timer ends */
     RecordMarker *_currentMarker{nullptr};
     double _tmin{0};
     double _tmax{0};

@@ -3,6 +3,7 @@
 #include <tellarix/qt/records/filteredrecords_p.h>
 #include <tellarix/qt/records/recordwidget.h>
 
+#include <cmath>
 #include <optional>
 
 namespace Tellarix {
@@ -25,6 +26,12 @@ struct RecordWidget::ShownRange
     double lower{-1};
     double upper{1};
     double offset{0};
+
+    /** Pixel of the offset below the top of a slot. */
+    int offsetY(int height) const
+    {
+        return static_cast<int>(std::lround((upper - offset) / (upper - lower) * (height - 1)));
+    }
 };
 
 struct RecordWidget::Slot

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <utility>
 
 namespace Tellarix {
 namespace Gui {
@@ -180,8 +181,10 @@ void RecordWidget::updateCursor()
 {
     if (!_cursorTime.valid())
         return;
-    const int x = mapTime(_cursorTime);
-    updateColumns(canvasRect(), x, x);
+    // Columns of one picture must not show different amplitude ranges.
+    update(std::exchange(_fedArea, QRegion()));
+    const QRect canvas = canvasRect();
+    update(QRect(mapTime(_cursorTime), canvas.top(), 1, canvas.height()) & canvas);
 }
 
 QString RecordWidget::statusText(const QPoint &position) const

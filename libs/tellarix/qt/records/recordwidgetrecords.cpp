@@ -2,8 +2,11 @@
 
 #include <tellarix/qt/records/recordwidget_p.h>
 
+#include <QTimerEvent>
+
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace Tellarix {
 namespace Gui {
@@ -15,6 +18,9 @@ constexpr double Margin = 0.05;
 // Sums and differences of amplitudes within these limits stay finite.
 constexpr double AmplitudeLimit = 1E250;
 constexpr double LargestAmplScale = 1E9;
+// Least distance of repaints for fed records in ms: while a day is loaded, painting each of its
+// records would take longer than reading it.
+constexpr int FeedInterval = 200;
 
 } // namespace
 
@@ -114,16 +120,56 @@ void RecordWidget::fed(int slot, const Record *record)
         return;
 
     const ShownRange after = shownRange(slot);
+    // The mean moves with every record, but hardly ever by a pixel.
+    const int height = slotRect(slot).height();
     if (after.empty != before.empty || after.lower != before.lower || after.upper != before.upper ||
-        after.offset != before.offset) {
-        updateAll();
+        after.offsetY(height) != before.offsetY(height)) {
+        forgetPolylines();
+        updateFed(rect());
+        emit traceUpdated(this);
         return;
     }
 
-    updateColumns(slotRect(slot), mapTime(changed.startTime()) - 1, mapTime(changed.endTime()) + 1);
+    updateFed(columnsOf(slot, changed));
     const Core::Time start = item->raw->timeWindow().startTime();
     if (item->drawnStart.valid() && start > item->drawnStart)
-        updateColumns(slotRect(slot), mapTime(item->drawnStart) - 1, mapTime(start) + 1);
+        updateFed(columnsOf(slot, Core::TimeWindow(item->drawnStart, start)));
+}
+
+QRect RecordWidget::columnsOf(int slot, const Core::TimeWindow &window) const
+{
+    const QRect area = slotRect(slot);
+    return area & QRect(QPoint(mapTime(window.startTime()) - 1, area.top()),
+                        QPoint(mapTime(window.endTime()) + 1, area.bottom()));
+}
+
+/** Repaints an area at once, or a bit later if fed records were painted just before. */
+void RecordWidget::updateFed(const QRect &area)
+{
+    if (area.isEmpty())
+        return;
+
+    _fedArea += area;
+    if (!_feedTimer.isActive())
+        paintFed();
+}
+
+void RecordWidget::paintFed()
+{
+    if (_fedArea.isEmpty()) {
+        _feedTimer.stop();
+        return;
+    }
+    update(std::exchange(_fedArea, QRegion()));
+    _feedTimer.start(FeedInterval, this);
+}
+
+void RecordWidget::timerEvent(QTimerEvent *event)
+{
+    if (event->timerId() == _feedTimer.timerId())
+        paintFed();
+    else
+        QWidget::timerEvent(event);
 }
 
 /**
@@ -148,13 +194,6 @@ Core::TimeWindow RecordWidget::touchedWindow(const Slot &slot, const Record *rec
         break;
     }
     return window;
-}
-
-void RecordWidget::updateColumns(const QRect &area, int left, int right)
-{
-    const QRect columns = QRect(QPoint(left, area.top()), QPoint(right, area.bottom())) & area;
-    if (!columns.isEmpty())
-        update(columns);
 }
 
 void RecordWidget::updateRecords()
