@@ -20,7 +20,10 @@ struct Extrema
     size_t count{0}; /**< finite samples; with 0 the minimum lies above the maximum */
 };
 
-/** Extrema and sum of @p n samples of type int, float or double; sums are kept in double. */
+// All of them are there for samples of type int, float and double and use the vector instructions
+// that the machine has.
+
+/** Extrema and sum of @p n samples; sums are kept in double. */
 template <typename T>
 Extrema<T> summarize(const T *samples, size_t n);
 
@@ -30,6 +33,14 @@ Extrema<T> summarize(const T *samples, size_t n);
  */
 template <typename T>
 bool findExtrema(const T *samples, size_t n, T &minimum, T &maximum);
+
+/**
+ * Extrema of @p runs neighbouring runs of samples: cheaper than findExtrema() for each.
+ * @param edges  ascending indices, one more than there are runs: a run takes the samples from its
+ *               edge up to the next one
+ */
+template <typename T>
+void findRunExtrema(const T *samples, const int *edges, size_t runs, T *minima, T *maxima);
 
 /**
  * Extrema and sums of consecutive blocks of @p blockSize samples, the last of which may be short.
@@ -46,15 +57,25 @@ bool summarizeBlocks(const T *samples, size_t n, size_t blockSize, T *minima, T 
 extern template TELLARIX_CORE_API Extrema<int> summarize(const int *, size_t);
 extern template TELLARIX_CORE_API Extrema<float> summarize(const float *, size_t);
 extern template TELLARIX_CORE_API Extrema<double> summarize(const double *, size_t);
-extern template TELLARIX_CORE_API bool findExtrema(const int *, size_t, int &, int &);
-extern template TELLARIX_CORE_API bool findExtrema(const float *, size_t, float &, float &);
-extern template TELLARIX_CORE_API bool findExtrema(const double *, size_t, double &, double &);
-extern template TELLARIX_CORE_API bool summarizeBlocks(const int *, size_t, size_t, int *, int *,
-                                                       double *);
-extern template TELLARIX_CORE_API bool summarizeBlocks(const float *, size_t, size_t, float *,
-                                                       float *, double *);
-extern template TELLARIX_CORE_API bool summarizeBlocks(const double *, size_t, size_t, double *,
-                                                       double *, double *);
+template <>
+TELLARIX_CORE_API bool findExtrema(const int *, size_t, int &, int &);
+template <>
+TELLARIX_CORE_API bool findExtrema(const float *, size_t, float &, float &);
+template <>
+TELLARIX_CORE_API bool findExtrema(const double *, size_t, double &, double &);
+template <>
+TELLARIX_CORE_API void findRunExtrema(const int *, const int *, size_t, int *, int *);
+template <>
+TELLARIX_CORE_API void findRunExtrema(const float *, const int *, size_t, float *, float *);
+template <>
+TELLARIX_CORE_API void findRunExtrema(const double *, const int *, size_t, double *, double *);
+template <>
+TELLARIX_CORE_API bool summarizeBlocks(const int *, size_t, size_t, int *, int *, double *);
+template <>
+TELLARIX_CORE_API bool summarizeBlocks(const float *, size_t, size_t, float *, float *, double *);
+template <>
+TELLARIX_CORE_API bool summarizeBlocks(const double *, size_t, size_t, double *, double *,
+                                       double *);
 
 } // namespace Math
 } // namespace Tellarix

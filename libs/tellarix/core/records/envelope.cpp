@@ -15,14 +15,13 @@ constexpr double SnappedRecord = 0.5;
 constexpr double SnappedBlocks = 8;
 /** Ends of stretches that are remembered while others are drawn over them. */
 constexpr size_t RememberedTails = 4;
-/** Samples converted at a time. */
-constexpr int ChunkSize = 1024;
+/** Samples converted, or columns worked out, at a time. */
+constexpr int ChunkSize = 256;
 
-/** The last sample of a record that is part of the envelope. */
+/** Where a stretch was left for another one. */
 struct Tail
 {
     Core::Time end;
-    bool isFinite{false};
     double x{0};
     double value{0};
 };
@@ -30,7 +29,9 @@ struct Tail
 int columnAt(double x)
 {
     constexpr double Limit = 1 << 30;
-    return static_cast<int>(std::floor(std::clamp(x, -Limit, Limit)));
+    const double limited = std::clamp(x, -Limit, Limit);
+    const int truncated = static_cast<int>(limited);
+    return truncated - (limited < truncated);
 }
 
 EnvelopeColumn pointAt(double x, double value)
@@ -60,35 +61,41 @@ private:
     void addRecord(const Record *record, const RecordSpan &span);
     void addSamples(const NumericArray &data, int first, int last, double x, double step);
     void addColumns(const NumericArray &data, int first, int last, double x, double step);
-    void addRun(const NumericArray &data, int column, int first, int last, double x, double step);
+    void addRuns(const NumericArray &data, const int *columns, const int *edges, int count,
+                 double x, double step);
     void addTornRun(const NumericArray &data, int column, int first, int last, double x,
                     double step);
 
     void join(const RecordSpan &span);
-    void leaveTail(Core::Time end);
+    bool isOpenEmpty() const { return _envelope.columns.size() == _open.begin; }
     void add(EnvelopeColumn column, bool merge);
     void breakStretch(EnvelopeStretch::Cause cause);
     void closeStretch();
+    void widenRange(const EnvelopeStretch &stretch);
     void cutStretch(EnvelopeStretch &stretch);
     bool mergesIntoPrevious(const EnvelopeStretch &stretch) const;
 
     const RecordSequence &_records;
     Core::TimeWindow _window;
     double _pixelsPerSecond;
+    double _startUSecs;
+    double _pixelsPerUSec;
     EnvelopeDetail _detail;
     int _columnCount;
     Envelope _envelope;
     EnvelopeStretch _open{0, 0, EnvelopeStretch::Begin};
     bool _openIsDense{false};
     bool _previousIsDense{false};
-    Tail _tail;
+    Core::Time _end;
     std::array<Tail, RememberedTails> _tails;
     size_t _nextTail{0};
 };
 
 EnvelopeBuilder::EnvelopeBuilder(const RecordSequence &records, const Core::TimeWindow &window,
                                  double pixelsPerSecond, EnvelopeDetail detail)
-    : _records(records), _window(window), _pixelsPerSecond(pixelsPerSecond), _detail(detail)
+    : _records(records), _window(window), _pixelsPerSecond(pixelsPerSecond),
+      _startUSecs(static_cast<double>(window.startTime().usecs())),
+      _pixelsPerUSec(pixelsPerSecond * 1E-6), _detail(detail)
 {
     constexpr double MostColumns = 1 << 24;
     constexpr double Rounding = 1E-6;
@@ -98,7 +105,7 @@ EnvelopeBuilder::EnvelopeBuilder(const RecordSequence &records, const Core::Time
 
 double EnvelopeBuilder::xOf(Core::Time time) const
 {
-    return (time - _window.startTime()).length() * _pixelsPerSecond;
+    return (static_cast<double>(time.usecs()) - _startUSecs) * _pixelsPerUSec;
 }
 
 Envelope EnvelopeBuilder::build()
@@ -118,8 +125,8 @@ Envelope EnvelopeBuilder::build()
         const bool dense = span.sampleInterval * _pixelsPerSecond * DenseSamples <= 1;
         const double begin = xOf(span.start);
         const double end = xOf(span.end);
-        const bool inOneColumn = end - begin <= SnappedRecord ||
-                                 (end - begin <= 1 && std::floor(begin) == std::floor(end));
+        const bool inOneColumn =
+            end - begin <= SnappedRecord || (end - begin <= 1 && columnAt(begin) == columnAt(end));
         if (!sparse && dense && span.isWhole && inOneColumn)
             addSpan(span);
         else
@@ -138,7 +145,6 @@ void EnvelopeBuilder::addSpan(const RecordSpan &span)
     const double last = std::max(begin, end - span.sampleInterval * _pixelsPerSecond);
     add({column, begin, last, span.firstValue(), span.minimum, span.maximum, span.lastValue()},
         true);
-    leaveTail(span.end);
 }
 
 void EnvelopeBuilder::addRecord(const Record *record, const RecordSpan &span)
@@ -159,7 +165,6 @@ void EnvelopeBuilder::addRecord(const Record *record, const RecordSpan &span)
         addSamples(data, first, last, x, step);
     else
         addColumns(data, first, last, x, step);
-    leaveTail(span.end);
 }
 
 void EnvelopeBuilder::addSamples(const NumericArray &data, int first, int last, double x,
@@ -187,43 +192,60 @@ void EnvelopeBuilder::addColumns(const NumericArray &data, int first, int last, 
          block *= NumericArray::BlockRatio)
         alignment = block;
 
+    int columns[ChunkSize];
+    int edges[ChunkSize + 1];
     int column = columnAt(x + first * step);
-    for (int from = first; from < last; ++column) {
-        const double edge = std::ceil((column + 1 - x) / step);
-        int64_t to = static_cast<int64_t>(edge);
-        if (alignment > 1)
-            to = (to + alignment / 2) / alignment * alignment;
-        to = std::min<int64_t>(to, last);
-        if (to <= from)
-            continue;
-        addRun(data, column, from, static_cast<int>(to), x, step);
-        from = static_cast<int>(to);
+    for (int from = first; from < last;) {
+        int count = 0;
+        edges[0] = from;
+        for (; count < ChunkSize && from < last; ++column) {
+            auto to = static_cast<int64_t>(std::ceil((column + 1 - x) / step));
+            if (alignment > 1)
+                to = (to + alignment / 2) / alignment * alignment;
+            if (to <= from)
+                continue;
+            from = static_cast<int>(std::min<int64_t>(to, last));
+            columns[count] = column;
+            edges[++count] = from;
+        }
+        addRuns(data, columns, edges, count, x, step);
     }
 }
 
-void EnvelopeBuilder::addRun(const NumericArray &data, int column, int first, int last, double x,
-                             double step)
+void EnvelopeBuilder::addRuns(const NumericArray &data, const int *columns, const int *edges,
+                              int count, double x, double step)
 {
-    double minimum, maximum;
-    if (data.firstNonFinite(first, last) < last) {
-        addTornRun(data, column, first, last, x, step);
+    if (data.firstNonFinite(edges[0], edges[count]) < edges[count]) {
+        for (int i = 0; i < count; ++i)
+            addTornRun(data, columns[i], edges[i], edges[i + 1], x, step);
         return;
     }
-    data.extrema(first, last, minimum, maximum);
-    add({column, x + first * step, x + (last - 1) * step, data.value(first), minimum, maximum,
-         data.value(last - 1)},
-        true);
+
+    SampleRun runs[ChunkSize];
+    data.summarizeRuns(edges, count, runs);
+    for (int i = 0; i < count; ++i) {
+        add({columns[i], x + edges[i] * step, x + (edges[i + 1] - 1) * step, runs[i].first,
+             runs[i].minimum, runs[i].maximum, runs[i].last},
+            true);
+    }
 }
 
 /** Keeps what joins the columns at both sides and takes all between holes as one stretch. */
 void EnvelopeBuilder::addTornRun(const NumericArray &data, int column, int first, int last,
                                  double x, double step)
 {
+    const auto addFinite = [&](int from, int to) {
+        const int edges[] = {from, to};
+        if (from < to)
+            addRuns(data, &column, edges, 1, x, step);
+    };
     const int hole = data.firstNonFinite(first, last);
-    const int lastHole = data.lastNonFinite(first, last);
-    if (first < hole)
-        addRun(data, column, first, hole, x, step);
+    addFinite(first, hole);
+    if (hole == last)
+        return;
+
     breakStretch(EnvelopeStretch::NotFinite);
+    const int lastHole = data.lastNonFinite(hole, last);
 
     double minimum, maximum;
     if (data.extrema(hole, lastHole, minimum, maximum)) {
@@ -231,57 +253,38 @@ void EnvelopeBuilder::addTornRun(const NumericArray &data, int column, int first
             true);
         breakStretch(EnvelopeStretch::NotFinite);
     }
-    if (lastHole + 1 < last)
-        addRun(data, column, lastHole + 1, last, x, step);
+    addFinite(lastHole + 1, last);
 }
 
 /** Begins a new stretch unless @p span goes on where the last record ended. */
 void EnvelopeBuilder::join(const RecordSpan &span)
 {
-    if (_tail.end.valid() && span.continues(_tail.end))
+    const Core::Time end = _end;
+    _end = span.end;
+    if (!end.valid() || span.continues(end))
         return;
 
-    if (_tail.end.valid())
-        _tails[_nextTail++ % RememberedTails] = _tail;
-    const bool overlaps = _tail.end.valid() && span.start < _tail.end;
-    if (_tail.end.valid())
-        breakStretch(overlaps ? EnvelopeStretch::Overlap : EnvelopeStretch::Gap);
+    if (!isOpenEmpty()) {
+        const EnvelopeColumn &tail = _envelope.columns.back();
+        _tails[_nextTail++ % RememberedTails] = {end, tail.lastX, tail.last};
+    }
+    breakStretch(span.start < end ? EnvelopeStretch::Overlap : EnvelopeStretch::Gap);
 
     // A record that goes on behind another one than the last is joined to that by a point of it.
     const auto left = std::find_if(_tails.begin(), _tails.end(), [&](const Tail &tail) {
-        return tail.isFinite && span.continues(tail.end);
+        return tail.end.valid() && span.continues(tail.end);
     });
     if (left != _tails.end())
         add(pointAt(left->x, left->value), false);
 }
 
-void EnvelopeBuilder::leaveTail(Core::Time end)
-{
-    _tail.end = end;
-    _tail.isFinite = _open.begin < _envelope.columns.size();
-    if (!_tail.isFinite)
-        return;
-    _tail.x = _envelope.columns.back().lastX;
-    _tail.value = _envelope.columns.back().last;
-}
-
 void EnvelopeBuilder::add(EnvelopeColumn column, bool merge)
 {
     std::vector<EnvelopeColumn> &columns = _envelope.columns;
-    const bool begins = columns.size() == _open.begin;
+    const bool begins = isOpenEmpty();
     // Whole records and blocks may count to a column before the one where they begin.
     if (!begins)
         column.column = std::max(column.column, columns.back().column);
-
-    if (column.column >= 0 && column.column < _columnCount) {
-        if (_envelope.minimum > _envelope.maximum) {
-            _envelope.minimum = column.minimum;
-            _envelope.maximum = column.maximum;
-        } else {
-            _envelope.minimum = std::min(_envelope.minimum, column.minimum);
-            _envelope.maximum = std::max(_envelope.maximum, column.maximum);
-        }
-    }
 
     if (begins)
         _openIsDense = merge;
@@ -317,14 +320,31 @@ void EnvelopeBuilder::closeStretch()
         previous.lastX = std::max(previous.lastX, column.lastX);
         previous.last = column.last;
         _envelope.columns.pop_back();
+        widenRange(_envelope.stretches.back());
     } else {
         cutStretch(closed);
         if (closed.begin < closed.end) {
+            widenRange(closed);
             _envelope.stretches.push_back(closed);
             _previousIsDense = _openIsDense;
         }
     }
     _open.begin = _envelope.columns.size();
+}
+
+void EnvelopeBuilder::widenRange(const EnvelopeStretch &stretch)
+{
+    for (size_t i = stretch.begin; i < stretch.end; ++i) {
+        const EnvelopeColumn &column = _envelope.columns[i];
+        if (column.column < 0 || column.column >= _columnCount)
+            continue;
+        if (_envelope.minimum > _envelope.maximum) {
+            _envelope.minimum = column.minimum;
+            _envelope.maximum = column.maximum;
+        }
+        _envelope.minimum = std::min(_envelope.minimum, column.minimum);
+        _envelope.maximum = std::max(_envelope.maximum, column.maximum);
+    }
 }
 
 bool EnvelopeBuilder::mergesIntoPrevious(const EnvelopeStretch &stretch) const

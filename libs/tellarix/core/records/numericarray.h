@@ -42,6 +42,15 @@ struct SampleSummary
     }
 };
 
+/** What a run of samples shows in a pixel column. */
+struct SampleRun
+{
+    double first;
+    double minimum;
+    double maximum;
+    double last;
+};
+
 /**
  * A contiguous array of samples of one numeric type, behind a common interface.
  *
@@ -82,6 +91,14 @@ public:
      * @return false, leaving the results alone, if the range holds no finite sample
      */
     virtual bool extrema(int first, int last, double &minimum, double &maximum) const = 0;
+
+    /**
+     * Summarises @p count neighbouring runs of samples, all of which must be finite: run i takes
+     * the samples from index @p edges[i] up to, but not including, @p edges[i + 1]. Much cheaper
+     * than extrema() for each. Text gives no values.
+     * @param edges  strictly ascending indices in the array, one more than there are runs
+     */
+    virtual void summarizeRuns(const int *edges, int count, SampleRun *runs) const = 0;
 
     /** Index of the first sample from @p first up to @p last that is not finite; the end of the
      *  range, cut to the array, if all are. Skips whole blocks with the pyramid. */

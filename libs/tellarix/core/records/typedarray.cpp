@@ -2,6 +2,8 @@
 
 #include <tellarix/core/math/extrema.h>
 
+#include <hwy/cache_control.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -390,37 +392,72 @@ SampleSummary TypedArray<T>::summary(int first, int last) const
 }
 
 template <typename T>
-bool TypedArray<T>::extrema(int first, int last, double &minimum, double &maximum) const
+bool TypedArray<T>::findExtrema(int first, int last, T &minimum, T &maximum) const
 {
-    first = std::max(0, first);
-    last = std::min(_size, last);
-    if (first >= last)
-        return false;
-
+    minimum = Math::Extrema<T>().minimum;
+    maximum = Math::Extrema<T>().maximum;
     if constexpr (HasSummary<T>) {
-        Math::Extrema<T> found;
         const auto scan = [&](int from, int to) {
             T low, high;
             Math::findExtrema(_samples + from, static_cast<size_t>(to - from), low, high);
-            found.minimum = std::min(found.minimum, low);
-            found.maximum = std::max(found.maximum, high);
+            minimum = std::min(minimum, low);
+            maximum = std::max(maximum, high);
         };
         const auto merge = [&](int level, int from, int to) {
             const Pyramid p = pyramid();
             const int offset = p.offsets.begin[level];
             for (int i = offset + from; i < offset + to; ++i) {
-                found.minimum = std::min(found.minimum, p.minima[i]);
-                found.maximum = std::max(found.maximum, p.maxima[i]);
+                minimum = std::min(minimum, p.minima[i]);
+                maximum = std::max(maximum, p.maxima[i]);
             }
         };
         walk(first, last, scan, merge);
-        if (found.minimum > found.maximum)
-            return false;
-        minimum = static_cast<double>(found.minimum);
-        maximum = static_cast<double>(found.maximum);
-        return true;
     }
-    return false;
+    return minimum <= maximum;
+}
+
+template <typename T>
+bool TypedArray<T>::extrema(int first, int last, double &minimum, double &maximum) const
+{
+    first = std::max(0, first);
+    last = std::min(_size, last);
+    T low, high;
+    if (first >= last || !findExtrema(first, last, low, high))
+        return false;
+    minimum = static_cast<double>(low);
+    maximum = static_cast<double>(high);
+    return true;
+}
+
+template <typename T>
+void TypedArray<T>::summarizeRuns(const int *edges, int count, SampleRun *runs) const
+{
+    if constexpr (HasSummary<T>) {
+        constexpr int Chunk = 64;
+        /** Shorter runs are scanned faster than they are split into blocks. */
+        constexpr int ScannedRun = 8 * BlockSize;
+        T minima[Chunk];
+        T maxima[Chunk];
+        while (count > 0) {
+            const int n = std::min(Chunk, count);
+            for (int i = 0; i < n; ++i)
+                hwy::Prefetch(_samples + edges[i]);
+            if (!_hasPyramid || edges[n] - edges[0] < n * ScannedRun) {
+                Math::findRunExtrema(_samples, edges, static_cast<size_t>(n), minima, maxima);
+            } else {
+                for (int i = 0; i < n; ++i)
+                    findExtrema(edges[i], edges[i + 1], minima[i], maxima[i]);
+            }
+            for (int i = 0; i < n; ++i) {
+                runs[i] = {static_cast<double>(_samples[edges[i]]), static_cast<double>(minima[i]),
+                           static_cast<double>(maxima[i]),
+                           static_cast<double>(_samples[edges[i + 1] - 1])};
+            }
+            edges += n;
+            runs += n;
+            count -= n;
+        }
+    }
 }
 
 template <typename T>

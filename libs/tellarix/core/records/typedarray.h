@@ -56,6 +56,7 @@ public:
     SampleSummary summary(int first, int last) const override;
     using NumericArray::summary;
     bool extrema(int first, int last, double &minimum, double &maximum) const override;
+    void summarizeRuns(const int *edges, int count, SampleRun *runs) const override;
     int firstNonFinite(int first, int last) const override;
     int lastNonFinite(int first, int last) const override;
     void convert(int first, int last, float *target) const override;
@@ -67,6 +68,7 @@ private:
 
     Pyramid pyramid() const;
     void countFinite();
+    bool findExtrema(int first, int last, T &minimum, T &maximum) const;
     void dropPyramid();
     template <typename Scan, typename Merge>
     void walk(int first, int last, Scan scan, Merge merge) const;

@@ -56,13 +56,15 @@ QPointF makePoint(const EnvelopeColumn &, double x, double y, QPointF *)
     return {x, y};
 }
 
-template <typename Point, typename Polygon>
-void appendColumn(Polygon &polygon, const EnvelopeColumn &column, const AmplitudeScale &scale)
+/** Writes up to four points of a column behind @p begin and returns the new end. */
+template <typename Point>
+Point *appendColumn(Point *begin, Point *end, const EnvelopeColumn &column,
+                    const AmplitudeScale &scale)
 {
     const auto append = [&](double x, double value) {
-        const Point point = makePoint(column, x, scale.y(value), static_cast<Point *>(nullptr));
-        if (polygon.isEmpty() || polygon.last() != point)
-            polygon.append(point);
+        *end = makePoint(column, x, scale.y(value), end);
+        if (end == begin || *end != *(end - 1))
+            ++end;
     };
     append(column.firstX, column.first);
     if (column.minimum < column.maximum) {
@@ -71,8 +73,9 @@ void appendColumn(Polygon &polygon, const EnvelopeColumn &column, const Amplitud
         const double middle = 0.5 * (column.firstX + column.lastX);
         append(middle, rises ? column.minimum : column.maximum);
         append(middle, rises ? column.maximum : column.minimum);
+        append(column.lastX, column.last);
     }
-    append(column.lastX, column.last);
+    return end;
 }
 
 template <typename Point, typename Polygon>
@@ -90,11 +93,13 @@ void createPolygons(QVector<Polygon> &polygons, const RecordSequence *sequence,
                      optimize ? EnvelopeDetail::Columns : EnvelopeDetail::EverySample);
     polygons.reserve(static_cast<int>(envelope.stretches.size()));
     for (const EnvelopeStretch &stretch : envelope.stretches) {
-        Polygon polygon;
-        const size_t columns = stretch.end - stretch.begin;
-        polygon.reserve(static_cast<int>(optimize ? 4 * columns : columns));
+        const int pointsPerColumn = optimize ? 4 : 1;
+        Polygon polygon(pointsPerColumn * static_cast<int>(stretch.end - stretch.begin));
+        Point *begin = polygon.data();
+        Point *end = begin;
         for (size_t i = stretch.begin; i < stretch.end; ++i)
-            appendColumn<Point>(polygon, envelope.columns[i], scale);
+            end = appendColumn(begin, end, envelope.columns[i], scale);
+        polygon.resize(static_cast<int>(end - begin));
         polygons.append(polygon);
     }
 
