@@ -11,7 +11,7 @@ namespace {
 
 constexpr double ShortestBreak = 60;
 constexpr double MarginShare = 0.01;
-constexpr double ShortestMargin = 1;
+constexpr double ShortestMargin = 0.01;
 
 /** Merges ascending windows that are no further apart than @p longestGap. */
 QVector<TimeWindow> merged(const QVector<TimeWindow> &ascending, TimeSpan longestGap)

@@ -25,7 +25,7 @@ QVector<Tellarix::Core::TimeWindow> dataStretches(QVector<Tellarix::Core::TimeWi
 int neighbouringStretch(const QVector<Tellarix::Core::TimeWindow> &stretches,
                         const Tellarix::Core::TimeWindow &visible, int step);
 
-/** @p window with 1 percent of its length, at least a second, added on either side. */
+/** @p window with 1 percent of its length, at least 10 ms, added on either side. */
 Tellarix::Core::TimeWindow withMargins(const Tellarix::Core::TimeWindow &window);
 
 } // namespace Workbench

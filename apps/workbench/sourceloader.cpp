@@ -1,6 +1,7 @@
 #include "sourceloader.h"
 
 #include <tellarix/client/io/recordstream.h>
+#include <tellarix/core/records/record.h>
 #include <tellarix/qt/records/recordstreamthread.h>
 
 namespace Workbench {
@@ -20,7 +21,10 @@ bool SourceLoader::isUsable(QString *error) const
 
 void SourceLoader::receivedRecord(Tellarix::Record *record)
 {
-    ++_recordCount;
+    if (record && record->dataType() == Tellarix::DataType::Char)
+        ++_textCount;
+    else if (record)
+        ++_waveformCount;
     TraceFileLoader::receivedRecord(record);
 }
 

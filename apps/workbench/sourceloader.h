@@ -17,15 +17,18 @@ public:
 
     /** False, with the reason, if the source can't be opened; nobody is told otherwise. */
     bool isUsable(QString *error) const;
-    /** Records that arrived so far. */
-    int recordCount() const { return _recordCount; }
+    /** Records with samples that arrived so far. */
+    int waveformCount() const { return _waveformCount; }
+    /** Records of text, which no row can show. */
+    int textCount() const { return _textCount; }
 
 protected slots:
     void receivedRecord(Tellarix::Record *record) override;
 
 private:
     std::string _source;
-    int _recordCount{0};
+    int _waveformCount{0};
+    int _textCount{0};
 };
 
 } // namespace Workbench

@@ -26,8 +26,8 @@ constexpr int NormalRowHeight = 48;
 
 QString stationOf(const Trace *row)
 {
-    return row->data(Norvu::Gui::TraceNetworkCode).toString() + '.'
-           + row->data(Norvu::Gui::TraceStationCode).toString();
+    return row->data(Norvu::Gui::TraceNetworkCode).toString() + '.' +
+           row->data(Norvu::Gui::TraceStationCode).toString();
 }
 
 QString timeText(const Core::Time &time)
@@ -79,7 +79,11 @@ void WaveformPanel::load(const QString &source, Outcome &outcome)
     if (!loader.load(_view, _window))
         outcome.ok = false;
     outcome.messages += loader.messages();
-    if (loader.recordCount() == 0) {
+    if (loader.textCount() > 0)
+        outcome.messages.append(tr("%1: records of text (%2), which can't be drawn")
+                                    .arg(source)
+                                    .arg(loader.textCount()));
+    if (loader.waveformCount() == 0) {
         outcome.ok = false;
         outcome.messages.append(tr("%1: no waveforms in it").arg(source));
     }

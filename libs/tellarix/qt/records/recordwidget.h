@@ -359,6 +359,7 @@ private:
     void drawTraces(QPainter &painter, const Look &colors);
     void drawMarkers(QPainter &painter);
     void drawMarker(QPainter &painter, RecordMarker &marker, int textSize);
+    QColor textPlate() const;
     void drawSlotTexts(QPainter &painter, const Look &colors) const;
     void drawSelection(QPainter &painter) const;
     void drawCursor(QPainter &painter) const;

@@ -401,6 +401,13 @@ void RecordWidget::drawMarker(QPainter &painter, RecordMarker &marker, int textS
                 &marker == _currentMarker ? lineWidth + 1 : lineWidth);
 }
 
+/** What lies behind a text on a trace shines through, without striking the text out. */
+QColor RecordWidget::textPlate() const
+{
+    const bool selected = foregroundRole() == QPalette::HighlightedText;
+    return withAlpha(palette().color(selected ? QPalette::Highlight : QPalette::Base), 0.75);
+}
+
 void RecordWidget::drawSlotTexts(QPainter &painter, const Look &colors) const
 {
     const QFontMetrics metrics = fontMetrics();
@@ -416,9 +423,13 @@ void RecordWidget::drawSlotTexts(QPainter &painter, const Look &colors) const
         const bool overlaid = _drawMode == SameOffset;
         painter.setClipRect(area);
         painter.setPen(overlaid && !colors.highlighted ? recordPen(slot).color() : colors.text);
+        const int width = metrics.horizontalAdvance(text);
+        const QRect plate(area.left() + indent - TextGap, area.top(), width + 2 * TextGap,
+                          metrics.height() + TextGap);
+        painter.fillRect(plate, textPlate());
         painter.drawText(area.left() + indent, area.top() + TextGap + metrics.ascent(), text);
         if (overlaid)
-            indent += metrics.horizontalAdvance(text) + 2 * TickLength;
+            indent += width + 2 * TickLength;
     }
     painter.restore();
 }
