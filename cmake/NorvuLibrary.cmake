@@ -21,7 +21,10 @@ function(norvu_add_library target)
     target_link_libraries(${target}
         PUBLIC ${ARG_PUBLIC}
         PRIVATE ${ARG_PRIVATE} $<BUILD_INTERFACE:norvu_warnings>)
-    target_link_options(${target} PRIVATE "LINKER:--no-undefined")
+    # The run-time of clang's sanitizers is in the program, not in the libraries.
+    if(NOT NORVU_BUILD_FUZZERS)
+        target_link_options(${target} PRIVATE "LINKER:--no-undefined")
+    endif()
     set_target_properties(${target} PROPERTIES
         VERSION ${PROJECT_VERSION}
         SOVERSION ${PROJECT_VERSION_MAJOR}

@@ -577,11 +577,19 @@ void TestMiniSeed::findsRecords_data()
     QTest::newRow("both versions") << two + three + two << QStringList({"R 0", "R 256", end3});
     QTest::newRow("no blockette 1000")
         << unknownLength + unknownLength + two << QStringList({"R 0", "R 256", "R 512"});
+    QTest::newRow("no blockette 1000, the next record at an odd place")
+        << unknownLength + QByteArray(128, 'x') + two + two
+        << QStringList(
+               {"F 0 record does not tell its length, nor does what follows it", "R 384", "R 640"});
     QTest::newRow("no blockette 1000, last")
         << two + unknownLength << QStringList({"R 0", "R 256"});
+    without.dataOffset = 0;
+    QTest::newRow("no blockette 1000, data in the header")
+        << without.bytes() + two
+        << QStringList({"F 0 data begin at byte 0 of a record of 256 bytes", "R 256"});
     QTest::newRow("no blockette 1000, alone and too long")
         << unknownLength + QByteArray(20, 'x')
-        << QStringList("F 0 record does not tell its length, and no other record follows it");
+        << QStringList("F 0 record does not tell its length, nor does what follows it");
     QTest::newRow("chain broken behind blockette 1000")
         << broken.bytes() + two << QStringList({"R 0", "R 256"});
     QTest::newRow("garbage in front")

@@ -21,11 +21,12 @@ public:
     T at(size_t offset) const
     {
         Q_ASSERT(offset + sizeof(T) <= _bytes.size());
+        using Bits = typename QIntegerForSizeof<T>::Unsigned;
+        const char *source = _bytes.data() + offset;
+        const Bits bits =
+            _bigEndian ? qFromBigEndian<Bits>(source) : qFromLittleEndian<Bits>(source);
         T value;
-        if (_bigEndian)
-            qFromBigEndian<T>(_bytes.data() + offset, 1, &value);
-        else
-            qFromLittleEndian<T>(_bytes.data() + offset, 1, &value);
+        std::memcpy(&value, &bits, sizeof value);
         return value;
     }
 

@@ -247,18 +247,11 @@ int64_t clockCorrectionUSecs(const NumberReader &numbers)
 
 bool checkLength2(MiniSeedHeader &header)
 {
-    if (header.length < MiniSeedMinLength || header.length > MiniSeed2MaxLength) {
-        header.cause = "blockette 1000 gives a record length that is out of range";
-        header.length = 0;
-        return false;
-    }
-    if (header.sampleCount > 0 &&
-        (header.dataOffset < int64_t(FixedHeaderSize2) || header.dataOffset >= header.length)) {
-        header.cause = "data begin at byte " + std::to_string(header.dataOffset) +
-                       " of a record of " + std::to_string(header.length) + " bytes";
-        return false;
-    }
-    return true;
+    if (header.length >= MiniSeedMinLength && header.length <= MiniSeed2MaxLength)
+        return header.setLength(header.length);
+    header.cause = "blockette 1000 gives a record length that is out of range";
+    header.length = 0;
+    return false;
 }
 
 Finding parseHeader2(std::string_view bytes, bool complete, MiniSeedHeader &header)
@@ -281,7 +274,6 @@ Finding parseHeader2(std::string_view bytes, bool complete, MiniSeedHeader &head
         return Finding::Damaged;
     if (blockettes.has1000 && !checkLength2(header))
         return Finding::Damaged;
-    header.setLength(header.length);
     if (!isPrintable(header.identifier))
         return damaged(header, "codes of the stream are not readable");
 
@@ -352,10 +344,15 @@ Core::TimeWindow MiniSeedHeader::timeWindow() const
     return Core::TimeWindow(startTime, Core::TimeSpan(sampleCount / samplingFrequency));
 }
 
-void MiniSeedHeader::setLength(int64_t recordLength)
+bool MiniSeedHeader::setLength(int64_t recordLength)
 {
     length = recordLength;
     dataLength = std::max<int64_t>(0, length - dataOffset);
+    if (sampleCount == 0 || (dataOffset >= int64_t(FixedHeaderSize2) && dataOffset < length))
+        return true;
+    cause = "data begin at byte " + std::to_string(dataOffset) + " of a record of " +
+            std::to_string(length) + " bytes";
+    return false;
 }
 
 bool beginsLikeMiniSeed(std::string_view bytes)
@@ -388,14 +385,17 @@ Finding parseMiniSeedHeader(std::string_view bytes, bool complete, MiniSeedHeade
 
 int64_t guessMiniSeedLength(std::string_view bytes, bool complete)
 {
-    for (int64_t length = MiniSeedMinLength; length <= MiniSeed2MaxLength; length *= 2) {
-        const size_t size = static_cast<size_t>(length);
+    const auto asLength = [](size_t size) {
+        return (size & (size - 1)) == 0 ? static_cast<int64_t>(size) : -1;
+    };
+    // A header at another place belongs to a record that must not be swallowed.
+    for (size_t size = MiniSeedMinLength; size <= MiniSeed2MaxLength; size += MiniSeedMinLength) {
         if (complete && size == bytes.size())
-            return length;
+            return asLength(size);
         if (bytes.size() < size + FixedHeaderSize2)
             return complete ? -1 : 0;
         if (beginsLikeMiniSeed(bytes.substr(size)))
-            return length;
+            return asLength(size);
     }
     return -1;
 }

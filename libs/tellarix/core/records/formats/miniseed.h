@@ -54,8 +54,8 @@ struct TELLARIX_CORE_API MiniSeedHeader
 
     /** First sample to the end of the last one; both the start if there is no rate. */
     Core::TimeWindow timeWindow() const;
-    /** Sets the length of a record whose header doesn't tell it. */
-    void setLength(int64_t recordLength);
+    /** Sets the length of a version 2 record; false with a cause if its data can't lie in it. */
+    bool setLength(int64_t recordLength);
 };
 
 constexpr int64_t MiniSeedMinLength = 128;
@@ -115,6 +115,8 @@ private:
                            std::string &cause) const;
 
     std::unordered_map<std::string, StreamCodesCPtr> _codes;
+    std::string _lastIdentifier;
+    StreamCodesCPtr _lastCodes;
 };
 
 } // namespace Formats

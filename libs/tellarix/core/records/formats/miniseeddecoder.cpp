@@ -107,19 +107,21 @@ ArrayPtr decodeCompressed(const MiniSeedHeader &header, std::string_view record,
 
 const StreamCodesCPtr &MiniSeedDecoder::codes(const MiniSeedHeader &header)
 {
+    // Neighbouring records are often of one stream.
+    if (_lastCodes && header.identifier == _lastIdentifier)
+        return _lastCodes;
+
     // Damaged input may hold any number of streams.
     constexpr size_t MaxStreams = 100000;
-
-    const auto known = _codes.find(std::string(header.identifier));
-    if (known != _codes.end())
-        return known->second;
     if (_codes.size() >= MaxStreams)
         _codes.clear();
-    const std::string identifier(header.identifier);
-    return _codes
-        .emplace(identifier, header.version == 2 ? codesFromFields(identifier)
-                                                 : codesFromSourceIdentifier(identifier))
-        .first->second;
+    _lastIdentifier = header.identifier;
+    StreamCodesCPtr &codes = _codes[_lastIdentifier];
+    if (!codes)
+        codes = header.version == 2 ? codesFromFields(_lastIdentifier)
+                                    : codesFromSourceIdentifier(_lastIdentifier);
+    _lastCodes = codes;
+    return _lastCodes;
 }
 
 RecordPtr MiniSeedDecoder::decode(const MiniSeedHeader &header, std::string_view record,

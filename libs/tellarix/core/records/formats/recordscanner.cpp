@@ -235,11 +235,12 @@ Finding RecordScanner::findRecord(size_t position, MiniSeedHeader &header) const
         header.needed = bytes.size() + 1;
         if (length == 0)
             return Finding::Incomplete;
-        header.cause = "record does not tell its length, and no other record follows it";
+        header.cause = "record does not tell its length, nor does what follows it";
         if (length < 0)
             return Finding::Damaged;
         header.cause.clear();
-        header.setLength(length);
+        if (!header.setLength(length))
+            return Finding::Damaged;
     }
     if (bytes.size() < static_cast<size_t>(header.length)) {
         header.needed = static_cast<size_t>(header.length);
