@@ -19,8 +19,7 @@ public:
     Host(int &argc, char **argv)
         : Norvu::Gui::Application(argc, argv, 0, Tellarix::Gui::Application::GuiClient, nullptr,
                                   nullptr, "Minimal host", "An example", "1.0")
-    {
-    }
+    {}
 
     bool run() override
     {

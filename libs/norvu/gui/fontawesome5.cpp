@@ -63,8 +63,7 @@ public:
     IconEngine(QChar on, QChar off, const QColor &colorForOn, const QColor &colorForOff,
                const QFont &face)
         : charOn(on), charOff(off), colorOn(colorForOn), colorOff(colorForOff), font(face)
-    {
-    }
+    {}
 
     void paint(QPainter *painter, const QRect &rect, QIcon::Mode mode, QIcon::State state) override
     {

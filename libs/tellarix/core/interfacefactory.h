@@ -33,7 +33,8 @@ public:
 
     const std::string &serviceName() const { return _serviceName; }
 
-    /** A new object made by the factory of that name, owned by the caller; null if there is none. */
+    /** A new object made by the factory of that name, owned by the caller; null if there is none.
+     */
     static T *Create(const char *serviceName)
     {
         InterfaceFactoryInterface *factory = Find(serviceName);

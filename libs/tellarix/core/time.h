@@ -87,7 +87,8 @@ class TELLARIX_CORE_API Time
 {
 public:
     constexpr Time() = default;
-    /** A time of @p seconds since 1970-01-01, rounded to microseconds; NaN gives an invalid time. */
+    /** A time of @p seconds since 1970-01-01, rounded to microseconds; NaN gives an invalid time.
+     */
     explicit Time(double seconds);
     /** A time from calendar fields; fields out of range give an invalid time. */
     Time(int year, int month, int day, int hour = 0, int minute = 0, int second = 0, int usec = 0);

@@ -13,8 +13,7 @@ class TELLARIX_CORE_API FrameworkVersion
 public:
     constexpr FrameworkVersion(int major, int minor, int patch)
         : _major(major), _minor(minor), _patch(patch)
-    {
-    }
+    {}
 
     constexpr int majorTag() const { return _major; }
     constexpr int minorTag() const { return _minor; }

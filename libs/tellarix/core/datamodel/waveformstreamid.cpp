@@ -11,8 +11,7 @@ WaveformStreamID::WaveformStreamID(std::string networkCode, std::string stationC
     : _networkCode(std::move(networkCode)), _stationCode(std::move(stationCode)),
       _locationCode(std::move(locationCode)), _channelCode(std::move(channelCode)),
       _resourceURI(std::move(resourceURI))
-{
-}
+{}
 
 std::string WaveformStreamID::id() const
 {

@@ -28,8 +28,7 @@ public:
     /** Tells the codes of the stream that is going to be filtered. */
     virtual void setStreamID(const std::string & /*network*/, const std::string & /*station*/,
                              const std::string & /*location*/, const std::string & /*channel*/)
-    {
-    }
+    {}
     /** Sampling frequency in Hz; computes the coefficients and resets the state. */
     virtual void setSamplingFrequency(double samplingFrequency) = 0;
     /**

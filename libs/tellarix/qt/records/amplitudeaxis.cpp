@@ -62,8 +62,9 @@ QVector<AmplitudeTick> endTicks(double lower, double upper, const AmplitudeAxisS
 {
     const double largest = std::max(std::abs(lower), std::abs(upper));
     const int half = space.lineHeight / 2;
-    QVector<AmplitudeTick> ticks{{0, half, upper, QString()},
-                                 {space.height - 1, space.height - space.lineHeight + half, lower, QString()}};
+    QVector<AmplitudeTick> ticks{
+        {0, half, upper, QString()},
+        {space.height - 1, space.height - space.lineHeight + half, lower, QString()}};
     for (const double steps : {100.0, 10.0, 2.0}) {
         for (AmplitudeTick &tick : ticks)
             tick.text = amplitudeText(tick.value, (upper - lower) / steps, largest);
