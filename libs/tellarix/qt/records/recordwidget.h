@@ -357,9 +357,8 @@ private:
     QVector<int> rangeGridLines(int height) const;
     QVector<int> tickLines(int slot) const;
     void drawTraces(QPainter &painter, const Look &colors);
-    void drawMarkers(QPainter &painter);
-    void drawMarker(QPainter &painter, RecordMarker &marker, int textSize);
-    QColor textPlate() const;
+    void drawMarkers(QPainter &painter, const Look &colors);
+    void drawMarker(QPainter &painter, RecordMarker &marker, int textSize, const Look &colors);
     void drawSlotTexts(QPainter &painter, const Look &colors) const;
     void drawSelection(QPainter &painter) const;
     void drawCursor(QPainter &painter) const;

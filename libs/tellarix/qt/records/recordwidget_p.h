@@ -76,6 +76,7 @@ struct RecordWidget::Look
 {
     bool highlighted;
     QColor text;
+    QColor background; /**< what is behind the traces, as far as the widget can know */
     QPen frame;
     QPen gridMajor;
     QPen gridMinor;

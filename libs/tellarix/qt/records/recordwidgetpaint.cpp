@@ -28,6 +28,8 @@ constexpr double FontLeading = 1.25;
 // Rows below this height get no horizontal lines: they would only clutter the trace.
 constexpr int SmallestGridRow = 60;
 constexpr double SmallestGridPixels = 3;
+constexpr double TextBackgroundAlpha = 0.75;
+constexpr double HighlightContrast = 3;
 constexpr QRgb DisabledColor = 0xffa0a0a0;
 
 QColor withAlpha(QColor color, double alpha)
@@ -87,6 +89,17 @@ AbstractRecordPolyline *makePolyline(bool smooth, const RecordSequence &sequence
     return fill(new RecordPolyline);
 }
 
+/** Draws text so that it can be read where a trace runs below it. */
+void drawTextOnTrace(QPainter &painter, const QPoint &baseline, const QString &text,
+                     const QColor &background)
+{
+    if (text.isEmpty())
+        return;
+    const QRect area = painter.fontMetrics().tightBoundingRect(text).translated(baseline);
+    painter.fillRect(area.adjusted(-1, -1, 1, 1), withAlpha(background, TextBackgroundAlpha));
+    painter.drawText(baseline, text);
+}
+
 /** A font for axis texts: a bit smaller than @p font, and so small that two lines of it fit into
  *  @p height. */
 QFont axisFont(const QFont &font, int height)
@@ -122,7 +135,7 @@ void RecordWidget::paintEvent(QPaintEvent *)
     paintHook(&RecordWidget::customPaintTracesBegin, QPoint());
     drawTraces(painter, colors);
     paintHook(&RecordWidget::customPaintTracesEnd, QPoint());
-    drawMarkers(painter);
+    drawMarkers(painter, colors);
     drawSlotTexts(painter, colors);
     drawSelection(painter);
     drawCursor(painter);
@@ -145,6 +158,8 @@ RecordWidget::Look RecordWidget::look() const
     Look result;
     result.highlighted = foregroundRole() == QPalette::HighlightedText;
     result.text = palette().color(foregroundRole());
+    result.background =
+        autoFillBackground() ? scheme.background : palette().color(backgroundRole());
     result.frame = result.highlighted ? hairline(withAlpha(result.text, 0.5)) : scheme.frame;
     result.gridMajor =
         result.highlighted ? hairline(withAlpha(result.text, 0.3)) : scheme.gridMajor;
@@ -340,7 +355,7 @@ QVector<int> RecordWidget::tickLines(int slot) const
 
 // What lies above the traces
 
-void RecordWidget::drawMarkers(QPainter &painter)
+void RecordWidget::drawMarkers(QPainter &painter, const Look &colors)
 {
     const QRect canvas = canvasRect();
     const int textSize = std::min(QFontInfo(font()).pixelSize(), canvas.height() / 2);
@@ -353,12 +368,13 @@ void RecordWidget::drawMarkers(QPainter &painter)
     }
     for (const auto &marker : _markers) {
         if (!marker->isHidden())
-            drawMarker(painter, *marker, textSize);
+            drawMarker(painter, *marker, textSize, colors);
     }
     painter.restore();
 }
 
-void RecordWidget::drawMarker(QPainter &painter, RecordMarker &marker, int textSize)
+void RecordWidget::drawMarker(QPainter &painter, RecordMarker &marker, int textSize,
+                              const Look &colors)
 {
     const int height = this->height();
     const int half = height / 2;
@@ -373,14 +389,19 @@ void RecordWidget::drawMarker(QPainter &painter, RecordMarker &marker, int textS
     }
     const auto drawText = [&](int x) {
         if (textSize > 0)
-            painter.drawText(x + 2, textY, marker.renderText());
+            drawTextOnTrace(painter, QPoint(x + 2, textY), marker.renderText(), colors.background);
+    };
+    const auto colorFor = [&](const QColor &color) {
+        if (!isEnabled())
+            return QColor(DisabledColor);
+        if (!marker.isEnabled())
+            return colors.text;
+        return colors.highlighted ? readableColor(color, colors.background, HighlightContrast)
+                                  : color;
     };
 
-    const bool enabled = isEnabled() && marker.isEnabled();
-    const QColor disabledColor =
-        isEnabled() ? palette().color(foregroundRole()) : QColor(DisabledColor);
     const int lineWidth = Scheme::Current().records.lineWidth;
-    QColor color = enabled ? marker.color() : disabledColor;
+    QColor color = colorFor(marker.color());
     if (marker.isMoveCopyEnabled()) {
         QColor faint = color;
         faint.setAlpha(0x40);
@@ -390,7 +411,7 @@ void RecordWidget::drawMarker(QPainter &painter, RecordMarker &marker, int textS
         drawText(x);
     }
     if (marker.isMovable() && marker.isModified()) {
-        color = enabled ? marker.modifiedColor() : disabledColor;
+        color = colorFor(marker.modifiedColor());
         top = 0;
         bottom = height;
     }
@@ -399,13 +420,6 @@ void RecordWidget::drawMarker(QPainter &painter, RecordMarker &marker, int textS
     drawText(x);
     marker.draw(painter, this, x, top, bottom, color,
                 &marker == _currentMarker ? lineWidth + 1 : lineWidth);
-}
-
-/** What lies behind a text on a trace shines through, without striking the text out. */
-QColor RecordWidget::textPlate() const
-{
-    const bool selected = foregroundRole() == QPalette::HighlightedText;
-    return withAlpha(palette().color(selected ? QPalette::Highlight : QPalette::Base), 0.75);
 }
 
 void RecordWidget::drawSlotTexts(QPainter &painter, const Look &colors) const
@@ -423,13 +437,11 @@ void RecordWidget::drawSlotTexts(QPainter &painter, const Look &colors) const
         const bool overlaid = _drawMode == SameOffset;
         painter.setClipRect(area);
         painter.setPen(overlaid && !colors.highlighted ? recordPen(slot).color() : colors.text);
-        const int width = metrics.horizontalAdvance(text);
-        const QRect plate(area.left() + indent - TextGap, area.top(), width + 2 * TextGap,
-                          metrics.height() + TextGap);
-        painter.fillRect(plate, textPlate());
-        painter.drawText(area.left() + indent, area.top() + TextGap + metrics.ascent(), text);
+        drawTextOnTrace(painter,
+                        QPoint(area.left() + indent, area.top() + TextGap + metrics.ascent()), text,
+                        colors.background);
         if (overlaid)
-            indent += width + 2 * TickLength;
+            indent += metrics.horizontalAdvance(text) + 2 * TickLength;
     }
     painter.restore();
 }
