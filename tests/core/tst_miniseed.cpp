@@ -615,6 +615,12 @@ void TestMiniSeed::findsRecords_data()
         << two.left(130) + three + two
         << QStringList({"F 0 record of 256 bytes is cut off after 130 bytes", "R 130",
                         QString("R %1").arg(130 + three.size())});
+    Seed2 swallowing;
+    swallowing.lengthExponent = 10;
+    QTest::newRow("length that swallows whole records")
+        << two + swallowing.bytes() + two + two + two + two
+        << QStringList({"R 0", "F 256 record of 1024 bytes is cut off after 256 bytes", "R 512",
+                        "R 768", "R 1024", "R 1280"});
     QTest::newRow("control headers and noise")
         << controlHeader('V', 4096) + controlHeader('A', 4096) + two +
                QByteArray("000009").leftJustified(256, ' ') + two

@@ -73,6 +73,7 @@ void RecordScanner::reset()
     _complete = false;
     _begin = _end = _used = 0;
     _baseOffset = 0;
+    _lastLength = 0;
     _skipping = false;
 }
 
@@ -117,8 +118,9 @@ RecordScanner::OptionalStep RecordScanner::stepFoundRecord()
     if (_lookAhead && !_complete && pending().size() < length + SignatureSize)
         return needs(length + SignatureSize);
 
-    // The check sum vouches for version 3.
-    if (_header.version == 2 && !isFollowed(length)) {
+    // The check sum vouches for version 3. A damaged length may also swallow the next records, in
+    // which case something does follow it.
+    if (_header.version == 2 && (_header.length != _lastLength || !isFollowed(length))) {
         size_t position = 0;
         MiniSeedHeader inside;
         const Finding finding = findInside(length, position, inside);
@@ -132,6 +134,7 @@ RecordScanner::OptionalStep RecordScanner::stepFoundRecord()
     }
     _record = pending().substr(0, length);
     _used = length;
+    _lastLength = _header.length;
     return tell(Step::Record, _baseOffset, _header.cause);
 }
 

@@ -91,6 +91,7 @@ private:
     int64_t _baseOffset{0};
     size_t _used{0};
     size_t _wanted{0};
+    int64_t _lastLength{0}; /**< of the record before */
 
     bool _skipping{false};
     int64_t _skipOffset{0};
