@@ -1,0 +1,18 @@
+#include <norvu/gui/menu.h>
+
+#include <QButtonGroup>
+#include <QLayout>
+
+namespace Norvu {
+namespace Gui {
+
+Menu::Menu(QWidget *parent) : QMenu(parent), _buttonGroup(new QButtonGroup(this))
+{}
+
+QSize Menu::sizeHint() const
+{
+    return layout() ? layout()->sizeHint() : QMenu::sizeHint();
+}
+
+} // namespace Gui
+} // namespace Norvu

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <norvu/api.h>
+
+#include <QDialog>
+
+namespace Norvu {
+namespace Gui {
+
+/** A dialog around one widget, with the buttons "OK" and "Cancel" below it. */
+class NORVU_GUI_API SimpleDialog : public QDialog
+{
+    Q_OBJECT
+
+public:
+    /** @param content  shown in the dialog, which takes it over */
+    explicit SimpleDialog(QWidget *content, QWidget *parent = nullptr,
+                          Qt::WindowFlags flags = Qt::WindowFlags());
+};
+
+} // namespace Gui
+} // namespace Norvu
