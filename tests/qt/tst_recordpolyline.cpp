@@ -5,6 +5,7 @@
 
 #include <QImage>
 #include <QPainter>
+#include <QWidget>
 #include <QtTest>
 
 #include <functional>
@@ -112,6 +113,7 @@ private slots:
     void gapsStayEmptyAndIslandsShow();
     void penIsHonoured_data();
     void penIsHonoured();
+    void drawsWhereTheWidgetLies();
     void translates();
 };
 
@@ -337,6 +339,37 @@ void RecordPolylineTest::penIsHonoured()
     const int across = lying ? ink.width() : ink.height();
     QCOMPARE(along, 200 + std::max(width, 1) - 1);
     QCOMPARE(across, 60 + std::max(width, 1) - 1);
+}
+
+void RecordPolylineTest::drawsWhereTheWidgetLies()
+{
+    struct Canvas : QWidget
+    {
+        using QWidget::QWidget;
+        RecordPolyline line;
+
+        void paintEvent(QPaintEvent *) override
+        {
+            QPainter painter(this);
+            painter.translate(0, 20);
+            line.draw(painter);
+        }
+    };
+    RingBuffer records(0);
+    records.feed(record(0, 30000, 100, [](int i) { return i % 2 ? 1000 : -1000; }).get());
+    QWidget window;
+    window.setPalette(QPalette(Qt::white));
+    window.resize(400, 400);
+    auto *canvas = new Canvas(&window);
+    canvas->setGeometry(60, 200, 250, 100);
+    canvas->line = polyline<RecordPolyline>(records, 0, 1);
+    const QImage image = window.grab().toImage();
+    const QRgb background = image.pixel(0, 0);
+    for (const QPoint &inside : {QPoint(60, 220), QPoint(309, 299), QPoint(150, 250)})
+        QCOMPARE(image.pixelColor(inside), window.palette().color(QPalette::WindowText));
+    for (const QPoint &outside :
+         {QPoint(59, 250), QPoint(310, 250), QPoint(150, 219), QPoint(150, 300)})
+        QCOMPARE(image.pixel(outside), background);
 }
 
 void RecordPolylineTest::translates()

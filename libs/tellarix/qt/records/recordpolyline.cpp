@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace Tellarix {
 namespace Gui {
@@ -24,7 +25,7 @@ public:
         const double range = 0.5 * amplMax - 0.5 * amplMin;
         _isValid = std::isfinite(range) && range >= 0 && std::isfinite(offset) && height >= 1;
         _isFlat = !(range > 0);
-        _pixels = _isFlat ? 0 : (height - 1) / range;
+        _pixels = _isFlat ? 0 : std::min((height - 1) / range, std::numeric_limits<double>::max());
     }
 
     bool isValid() const { return _isValid; }
@@ -34,7 +35,7 @@ public:
         if (_isFlat)
             return _middle;
         const double y = (_top - 0.5 * (value - _offset)) * _pixels;
-        return std::isnan(y) ? _middle : std::clamp(y, -CoordinateLimit, CoordinateLimit);
+        return std::min(std::max(y, -CoordinateLimit), CoordinateLimit);
     }
 
 private:
@@ -48,7 +49,8 @@ private:
 
 QPoint makePoint(const EnvelopeColumn &column, double, double y, QPoint *)
 {
-    return {column.column, qRound(y)};
+    return {column.column,
+            static_cast<int>(y + (CoordinateLimit + 0.5)) - static_cast<int>(CoordinateLimit)};
 }
 
 QPointF makePoint(const EnvelopeColumn &, double x, double y, QPointF *)
