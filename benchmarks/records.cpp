@@ -15,6 +15,9 @@
 #include <map>
 #include <memory>
 #include <random>
+#include <string>
+#include <unordered_map>
+#include <vector>
 
 using namespace Tellarix;
 
@@ -78,6 +81,9 @@ const std::string &file(int recordLength)
     return name = target.fileName().toStdString();
 }
 
+/** Sequences by the id of their streams. */
+using Sequences = std::unordered_map<std::string, std::unique_ptr<RingBuffer>>;
+
 /** What libmseed takes for reading and unpacking alone, its records dropped at once. */
 int64_t readPlain(const std::string &name)
 {
@@ -92,9 +98,8 @@ int64_t readPlain(const std::string &name)
 }
 
 /** The same as records with pyramids, kept in a sequence for each stream. */
-int64_t readStream(const std::string &name)
+int64_t readStream(const std::string &name, Sequences &sequences)
 {
-    std::map<std::string, std::unique_ptr<RingBuffer>> sequences;
     const IO::RecordStreamPtr stream = IO::RecordStream::Create("file://" + name);
     int64_t samples = 0;
     if (!stream || !stream->open())
@@ -109,10 +114,11 @@ int64_t readStream(const std::string &name)
     return samples;
 }
 
-double secondsOf(int64_t (*read)(const std::string &), const std::string &name, int64_t &samples)
+template <typename Read>
+double secondsOf(Read read)
 {
     const auto start = std::chrono::steady_clock::now();
-    samples = read(name);
+    read();
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
@@ -126,8 +132,9 @@ void readMiniSeed(benchmark::State &state)
     int64_t samples = readPlain(name);
     for (auto _ : state) {
         int64_t plainSamples = 0;
-        plain += secondsOf(readPlain, name, plainSamples);
-        const double seconds = secondsOf(readStream, name, samples);
+        Sequences sequences;
+        plain += secondsOf([&] { plainSamples = readPlain(name); });
+        const double seconds = secondsOf([&] { samples = readStream(name, sequences); });
         ours += seconds;
         state.SetIterationTime(seconds);
         if (samples != plainSamples)

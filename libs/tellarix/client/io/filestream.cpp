@@ -139,7 +139,7 @@ bool FileStream::openFile()
     if (_file < 0 || ::fstat(_file, &status) != 0)
         return failAt(systemError());
     _regular = S_ISREG(status.st_mode);
-    _size = _regular ? status.st_size : -1;
+    _size = _regular ? static_cast<int64_t>(status.st_size) : -1;
     if (_regular)
         ::posix_fadvise(_file, 0, 0, POSIX_FADV_SEQUENTIAL);
     return true;

@@ -68,7 +68,7 @@ private:
     bool _regular{true};
     int _file{-1};
     const int _wakeUp; /**< event descriptor that close() makes readable */
-    int64_t _size{-1};
+    std::atomic<int64_t> _size{-1};
     std::atomic<int64_t> _position{0};
     std::atomic<bool> _closed{true};
     Format _format{Format::Unknown};

@@ -1,14 +1,16 @@
 #include <tellarix/core/records/formats/miniseedwriter.h>
 
-#include <tellarix/core/records/formats/libmseed_p.h>
 #include <tellarix/core/records/typedarray.h>
 
 #include <QIODevice>
+
+#include <libmseed.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <mutex>
 
 namespace Tellarix {
 namespace Formats {
@@ -16,6 +18,16 @@ namespace Formats {
 namespace {
 
 constexpr int64_t SmallestUnit = 100; // of a start time without blockette 1001, in microseconds
+
+/** Keeps libmseed from printing: what goes wrong is told by this library's own messages. */
+void silenceLibmseed()
+{
+    static std::once_flag once;
+    std::call_once(once, [] {
+        const auto ignore = [](char *) {};
+        ms_loginit(ignore, nullptr, ignore, nullptr);
+    });
+}
 
 /** True if no step between neighbouring samples needs more than the 30 bits of Steim2. */
 bool fitsSteim2(const int *samples, int count)
