@@ -1,5 +1,6 @@
 #include "mainwindow.h"
 
+#include "darkpalette.h"
 #include "waveformpanel.h"
 
 #include <norvu/gui/traceview.h>
@@ -94,6 +95,11 @@ void MainWindow::createViewMenu()
     compact->setShortcut(tr("Ctrl+K"));
     connect(compact, &QAction::toggled, _waveforms, &WaveformPanel::setCompact);
     connect(_waveforms, SIGNAL(compactChanged(bool)), compact, SLOT(setChecked(bool)));
+
+    QAction *dark = menu->addAction(tr("&Dark colours"));
+    dark->setCheckable(true);
+    dark->setChecked(hasDarkColors());
+    connect(dark, &QAction::toggled, dark, [](bool on) { setDarkColors(on); });
 
     menu->addAction(_messageDock->toggleViewAction());
 }

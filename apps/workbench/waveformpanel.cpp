@@ -61,8 +61,12 @@ WaveformPanel::Outcome WaveformPanel::open(const QStringList &sources)
     _view->sortView();
 
     collectStretches();
-    if (!_stretches.isEmpty())
+    if (!_stretches.isEmpty()) {
+        // Near their data times keep all their digits, however far it is zoomed in.
+        if (before == 0)
+            _view->setAlignment(_stretches.first().startTime());
         _view->setVisibleTimeWindow(withMargins(_stretches.first()));
+    }
     updateRangeText();
     return outcome;
 }

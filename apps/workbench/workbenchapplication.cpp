@@ -1,5 +1,6 @@
 #include "workbenchapplication.h"
 
+#include "darkpalette.h"
 #include "mainwindow.h"
 #include "waveformpanel.h"
 
@@ -48,6 +49,10 @@ void WorkbenchApplication::createCommandLineDescription()
                              tr("Writes a picture of each panel to DIR and ends; works without a "
                                 "display too."),
                              "DIR"});
+    commandLine().addOption({"dark", tr("Starts with dark colours.")});
+    commandLine().addOption(
+        {"from", tr("Loads data from this time on, e.g. 2024-01-05T10:00:00."), "TIME"});
+    commandLine().addOption({"to", tr("Loads data up to this time."), "TIME"});
 }
 
 bool WorkbenchApplication::validateParameters()
@@ -56,7 +61,17 @@ bool WorkbenchApplication::validateParameters()
         return false;
     if (isSnapshot() && commandLine().value("snapshot").isEmpty())
         return usageError(tr("--snapshot needs the name of a folder"));
-    return true;
+    return readTime("from", &_from) && readTime("to", &_to);
+}
+
+bool WorkbenchApplication::readTime(const QString &option, Core::Time *time)
+{
+    if (!commandLine().isSet(option))
+        return true;
+    const QString text = commandLine().value(option);
+    if (time->fromString(text.toStdString()))
+        return true;
+    return usageError(tr("--%1: \"%2\" is no time; write 2024-01-05T10:11:12").arg(option, text));
 }
 
 bool WorkbenchApplication::isSnapshot() const
@@ -75,7 +90,11 @@ QStringList WorkbenchApplication::sources()
 
 bool WorkbenchApplication::run()
 {
+    if (commandLine().isSet("dark"))
+        setDarkColors(true);
+
     MainWindow window;
+    window.setTimeWindow(Core::TimeWindow(_from, _to));
     if (isSnapshot())
         window.resize(SnapshotSize);
     else

@@ -2,6 +2,8 @@
 
 #include <norvu/gui/application.h>
 
+#include <tellarix/core/time.h>
+
 #include <QStringList>
 
 namespace Workbench {
@@ -26,7 +28,11 @@ protected:
 private:
     QStringList sources();
     bool isSnapshot() const;
+    bool readTime(const QString &option, Tellarix::Core::Time *time);
     bool writeSnapshots(MainWindow &window);
+
+    Tellarix::Core::Time _from;
+    Tellarix::Core::Time _to;
 };
 
 } // namespace Workbench

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <QPalette>
+
+namespace Workbench {
+
+/** A palette for dark rooms, for the Fusion style. */
+QPalette darkPalette();
+
+/** Switches the application between its own palette and the dark one. */
+void setDarkColors(bool dark);
+bool hasDarkColors();
+
+} // namespace Workbench

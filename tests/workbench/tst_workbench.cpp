@@ -1,0 +1,210 @@
+#include "mainwindow.h"
+#include "waveformpanel.h"
+
+#include <norvu/gui/trace.h>
+#include <norvu/gui/traceview.h>
+
+#include <tellarix/core/records/formats/miniseedwriter.h>
+#include <tellarix/core/records/typedarray.h>
+#include <tellarix/qt/records/recordwidget.h>
+#include <tellarix/qt/records/timescale.h>
+
+#include <QProcess>
+#include <QtTest>
+
+#include <cmath>
+
+using namespace Tellarix;
+using namespace Workbench;
+
+namespace {
+
+constexpr double Rate = 20;
+const Core::Time Start(2024, 1, 5, 10, 0, 0);
+
+/** A file with one stream for each station, each a minute long, and a second minute a day later. */
+QString writeFile(const QTemporaryDir &folder, const QString &name, const QStringList &stations)
+{
+    const QString path = folder.filePath(name);
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        return QString();
+
+    Formats::MiniSeedWriter writer(&file);
+    for (const QString &station : stations) {
+        const auto codes = StreamCodes::FromID("XX." + station.toStdString() + "..HHZ");
+        for (const double offset : {0.0, 86400.0}) {
+            Core::SmartPointer<IntArray> samples(new IntArray(static_cast<int>(60 * Rate)));
+            for (int i = 0; i < samples->size(); ++i)
+                samples->typedData()[i] = static_cast<int>(1000 * std::sin(0.3 * i));
+            const RecordPtr record(
+                new Record(codes, Start + Core::TimeSpan(offset), Rate, samples));
+            if (!writer.write(*record))
+                return QString();
+        }
+    }
+    return path;
+}
+
+struct Outcome
+{
+    int exitCode;
+    QString errors;
+};
+
+Outcome runWorkbench(const QStringList &arguments)
+{
+    QProcess process;
+    process.start(qEnvironmentVariable("TELLARIX_BIN") + "/norvu-workbench", arguments);
+    process.waitForFinished(60000);
+    return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
+            QString::fromUtf8(process.readAllStandardError())};
+}
+
+void turnWheel(QWidget *widget, const QPoint &at, int notches)
+{
+    QWheelEvent event(at, widget->mapToGlobal(at), QPoint(), QPoint(0, 120 * notches), Qt::NoButton,
+                      Qt::NoModifier, Qt::NoScrollPhase, false);
+    QCoreApplication::sendEvent(widget, &event);
+}
+
+} // namespace
+
+class TestWorkbench : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void writesPicture();
+    void tellsWhatCannotBeOpened_data();
+    void tellsWhatCannotBeOpened();
+    void makesRowForEachStream();
+    void wheelZoomsAboutPointer();
+    void draggingPans();
+    void goesFromStretchToStretch();
+
+private:
+    QTemporaryDir _folder;
+    QString _file;
+};
+
+void TestWorkbench::initTestCase()
+{
+    qputenv("XDG_DATA_HOME", _folder.path().toLocal8Bit());
+    qputenv("XDG_CONFIG_HOME", _folder.path().toLocal8Bit());
+    _file = writeFile(_folder, "some.mseed", {"AAA", "BBB", "CCC"});
+    QVERIFY(!_file.isEmpty());
+}
+
+void TestWorkbench::writesPicture()
+{
+    const QString pictures = _folder.filePath("pictures");
+    const Outcome outcome = runWorkbench({"--snapshot", pictures, _file});
+    QCOMPARE(outcome.exitCode, 0);
+
+    const QImage picture(pictures + "/waveforms.png");
+    QCOMPARE(picture.size(), QSize(1600, 900));
+}
+
+void TestWorkbench::tellsWhatCannotBeOpened_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<int>("exitCode");
+    QTest::addColumn<QString>("message");
+
+    const QString pictures = _folder.filePath("pictures");
+    QTest::newRow("missing file") << QStringList{"--snapshot", pictures, "/missing.mseed", _file}
+                                  << 1 << "/missing.mseed";
+    QTest::newRow("unknown scheme")
+        << QStringList{"--snapshot", pictures, "nonsense://host"} << 1 << "nonsense";
+    QTest::newRow("no folder") << QStringList{_file, "--snapshot"} << 2 << "--snapshot";
+    QTest::newRow("unknown option") << QStringList{"--nonsense"} << 2 << "nonsense";
+}
+
+void TestWorkbench::tellsWhatCannotBeOpened()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(int, exitCode);
+    QFETCH(QString, message);
+
+    const Outcome outcome = runWorkbench(arguments);
+    QCOMPARE(outcome.exitCode, exitCode);
+    QVERIFY2(outcome.errors.contains(message), qPrintable(outcome.errors));
+}
+
+void TestWorkbench::makesRowForEachStream()
+{
+    MainWindow window;
+    window.setInteractive(false);
+    QVERIFY(window.open({_file}));
+
+    QStringList labels;
+    for (const Norvu::Gui::Trace *row : window.findChild<WaveformPanel *>()->view()->items())
+        labels.append(row->label());
+    QCOMPARE(labels, QStringList({"XX.AAA..HHZ", "XX.BBB..HHZ", "XX.CCC..HHZ"}));
+}
+
+void TestWorkbench::wheelZoomsAboutPointer()
+{
+    MainWindow window;
+    window.setInteractive(false);
+    window.show();
+    QVERIFY(window.open({_file}));
+
+    auto *view = window.findChild<WaveformPanel *>()->view();
+    Gui::TimeScale *scale = view->timeScale();
+    const QPoint pointer(scale->width() / 4, scale->height() / 2);
+    const double span = view->tmax() - view->tmin();
+    const double before = scale->pixelToValue(pointer.x());
+    turnWheel(scale, pointer, 1);
+
+    QVERIFY(view->tmax() - view->tmin() < 0.95 * span);
+    QVERIFY(std::abs(scale->pixelToValue(pointer.x()) - before) < 1E-3 * span);
+    for (const Norvu::Gui::Trace *row : view->items()) {
+        QCOMPARE(row->recordWidget()->tmin(), view->tmin());
+        QCOMPARE(row->recordWidget()->timeScale(), scale->scale());
+    }
+}
+
+void TestWorkbench::draggingPans()
+{
+    MainWindow window;
+    window.setInteractive(false);
+    window.show();
+    QVERIFY(window.open({_file}));
+
+    auto *view = window.findChild<WaveformPanel *>()->view();
+    Gui::TimeScale *scale = view->timeScale();
+    const double before = view->tmin();
+    const QPoint from(scale->width() / 2, scale->height() / 2);
+    QTest::mousePress(scale, Qt::LeftButton, Qt::NoModifier, from);
+    QMouseEvent move(QEvent::MouseMove, from + QPoint(100, 0), Qt::NoButton, Qt::LeftButton,
+                     Qt::NoModifier);
+    QCoreApplication::sendEvent(scale, &move);
+    QTest::mouseRelease(scale, Qt::LeftButton, Qt::NoModifier, from + QPoint(100, 0));
+
+    QVERIFY(std::abs(view->tmin() - (before - 100 / scale->scale())) < 1E-6);
+}
+
+void TestWorkbench::goesFromStretchToStretch()
+{
+    MainWindow window;
+    window.setInteractive(false);
+    window.show();
+    QVERIFY(window.open({_file}));
+
+    auto *panel = window.findChild<WaveformPanel *>();
+    QCOMPARE(panel->stretches().size(), 2);
+    QVERIFY(panel->view()->visibleTimeWindow().contains(Start));
+    panel->showNextStretch();
+    QVERIFY(panel->view()->visibleTimeWindow().contains(Start + Core::TimeSpan(86400)));
+    panel->showNextStretch();
+    QVERIFY(panel->view()->visibleTimeWindow().contains(Start + Core::TimeSpan(86400)));
+    panel->showAllData();
+    QVERIFY(panel->view()->visibleTimeWindow().contains(
+        Core::TimeWindow(Start, Start + Core::TimeSpan(86400))));
+}
+
+QTEST_MAIN(TestWorkbench)
+#include "tst_workbench.moc"
