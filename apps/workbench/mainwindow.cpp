@@ -162,7 +162,9 @@ bool MainWindow::openDemonstration()
     QStringList files;
     for (const QString &file : Client::demonstrationFiles())
         files.append(QDir(folder).filePath(file));
-    return open(files);
+    const bool opened = open(files);
+    _waveforms->alignTo(Client::demonstrationOrigin().time);
+    return opened;
 }
 
 void MainWindow::closeAll()

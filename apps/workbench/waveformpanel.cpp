@@ -30,6 +30,13 @@ QString stationOf(const Trace *row)
            row->data(Norvu::Gui::TraceStationCode).toString();
 }
 
+/** Times relative to the day of the data keep all their digits, however far it is zoomed in. */
+Core::Time dayOf(const Core::Time &time)
+{
+    const Core::TimeFields fields = time.fields();
+    return Core::Time(fields.year, fields.month, fields.day);
+}
+
 QString timeText(const Core::Time &time)
 {
     return QString::fromStdString(time.toString("%Y-%m-%d %H:%M:%S"));
@@ -62,9 +69,8 @@ WaveformPanel::Outcome WaveformPanel::open(const QStringList &sources)
 
     collectStretches();
     if (!_stretches.isEmpty()) {
-        // Near their data times keep all their digits, however far it is zoomed in.
         if (before == 0)
-            _view->setAlignment(_stretches.first().startTime());
+            _view->setAlignment(dayOf(_stretches.first().startTime()));
         _view->setVisibleTimeWindow(withMargins(_stretches.first()));
     }
     updateRangeText();
@@ -91,6 +97,13 @@ void WaveformPanel::load(const QString &source, Outcome &outcome)
         outcome.ok = false;
         outcome.messages.append(tr("%1: no waveforms in it").arg(source));
     }
+}
+
+void WaveformPanel::alignTo(const Core::Time &time)
+{
+    const Core::TimeWindow visible = _view->visibleTimeWindow();
+    _view->setAlignment(time);
+    _view->setVisibleTimeWindow(visible);
 }
 
 void WaveformPanel::clear()

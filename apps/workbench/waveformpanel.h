@@ -40,6 +40,8 @@ public:
      * stretch of their data. Whatever can be read is shown, also where there were problems.
      */
     Outcome open(const QStringList &sources);
+    /** Marks a time, such as that of an earthquake, in all rows; what is visible stays. */
+    void alignTo(const Tellarix::Core::Time &time);
     /** Takes all rows away. */
     void clear();
 
