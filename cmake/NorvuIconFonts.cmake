@@ -66,6 +66,8 @@ function(norvu_build_icon_fonts folder)
         VERBATIM)
     install(FILES "${folder}/LICENSE.txt" RENAME LICENSE.icon-fonts.txt
         DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT libraries)
+    install(FILES "${PROJECT_SOURCE_DIR}/LICENSE.OFL-1.1"
+        DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT libraries)
 endfunction()
 
 # A Python that has fontTools; Debian's own comes first, since others rarely have it.

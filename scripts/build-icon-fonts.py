@@ -19,7 +19,9 @@ import tarfile
 from fontTools.ttLib import TTFont
 
 PRO_FAMILY = "Font Awesome 5 Pro"
-ORIGIN = "Modified from Font Awesome Free 5.13.1 (glyphs of the solid face added, renamed)"
+ORIGIN = "Modified version of Font Awesome Free 5.13.1: "
+COMMON_CHANGES = "bearings, weight class and naming tables"
+ADDED_CHANGES = ", glyphs of the solid face added"
 COPYRIGHT = "Copyright (c) Font Awesome"
 LICENCE = ("This font is licensed under the SIL Open Font License, Version 1.1. "
            "Modified version; not the original Font Awesome files.")
@@ -88,8 +90,8 @@ def set_everywhere(font, identifier, text):
         names.setName(text, identifier, *platform)
 
 
-def finish(font, weight):
-    set_everywhere(font, DESCRIPTION, ORIGIN)
+def finish(font, weight, changes):
+    set_everywhere(font, DESCRIPTION, ORIGIN + changes)
     set_everywhere(font, COPYRIGHT_ID, COPYRIGHT)
     set_everywhere(font, LICENCE_ID, LICENCE)
     set_everywhere(font, LICENCE_URL_ID, LICENCE_URL)
@@ -101,12 +103,14 @@ def finish(font, weight):
 
 def build(package, base, addition, names, weight):
     font = read_font(package, base)
+    changes = COMMON_CHANGES
     if addition:
         add_missing_glyphs(font, read_font(package, addition))
+        changes += ADDED_CHANGES
     align_bearings(font)
     if names:
         set_names(font, *names)
-    finish(font, weight)
+    finish(font, weight, changes)
     return font
 
 

@@ -63,7 +63,10 @@ public:
     IconEngine(QChar on, QChar off, const QColor &colorForOn, const QColor &colorForOff,
                const QFont &face)
         : charOn(on), charOff(off), colorOn(colorForOn), colorOff(colorForOff), font(face)
-    {}
+    {
+        // A glyph that the face lacks would be taken from any other font that has the code.
+        font.setStyleStrategy(QFont::NoFontMerging);
+    }
 
     void paint(QPainter *painter, const QRect &rect, QIcon::Mode mode, QIcon::State state) override
     {

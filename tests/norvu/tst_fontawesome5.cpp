@@ -1,0 +1,359 @@
+#include "norvu/ink.h"
+
+#include <norvu/gui/fontawesome5.h>
+
+#include <QApplication>
+#include <QFile>
+#include <QFontDatabase>
+#include <QFontInfo>
+#include <QMap>
+#include <QPainter>
+#include <QRawFont>
+#include <QRegularExpression>
+#include <QToolButton>
+#include <QtTest>
+
+namespace Icons = Norvu::FontAwesome5;
+
+using Table = QMap<QString, uint>;
+
+Q_DECLARE_METATYPE(QIcon::Mode)
+
+namespace {
+
+QImage flat(const QPixmap &pixmap, const QColor &background = Qt::white)
+{
+    QImage image(pixmap.size(), QImage::Format_RGB32);
+    image.fill(background);
+    QPainter(&image).drawPixmap(0, 0, pixmap);
+    return image;
+}
+
+bool holds(const QImage &image, const QColor &color)
+{
+    return !Ink::rectOfColor(image, color).isEmpty();
+}
+
+/** A glyph as text in a font of its own, which no other font may lend glyphs to. */
+QImage glyph(QFont font, int pixelSize, const QSize &size, QChar ch)
+{
+    font.setPixelSize(pixelSize);
+    font.setStyleStrategy(QFont::NoFontMerging);
+    QImage image(size, QImage::Format_RGB32);
+    image.fill(Qt::white);
+    QPainter painter(&image);
+    painter.setFont(font);
+    painter.setPen(Qt::black);
+    painter.drawText(image.rect(), Qt::AlignCenter, QString(ch));
+    return image;
+}
+
+/** The constants that the public header declares. */
+Table declaredConstants()
+{
+    Table result;
+    QFile header(QFINDTESTDATA("../../libs/norvu/gui/fontawesome5.h"));
+    if (!header.open(QIODevice::ReadOnly))
+        return result;
+
+    const QRegularExpression constant(
+        QStringLiteral("constexpr QChar (ch\\w+)\\(0x([0-9a-f]{4})\\);"));
+    auto matches = constant.globalMatch(QString::fromUtf8(header.readAll()));
+    while (matches.hasNext()) {
+        const auto match = matches.next();
+        result.insert(match.captured(1), match.captured(2).toUInt(nullptr, 16));
+    }
+    return result;
+}
+
+QString constantName(const QString &iconName)
+{
+    QString result = QStringLiteral("ch");
+    for (const QString &word : iconName.split(QLatin1Char('-')))
+        result += word.left(1).toUpper() + word.mid(1);
+    return result;
+}
+
+} // namespace
+
+class FontAwesome5Test : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void findsFaces_data();
+    void findsFaces();
+    void hasGlyphsOfLibrary_data();
+    void hasGlyphsOfLibrary();
+    void namesConstants_data();
+    void namesConstants();
+    void declaresWholeTable();
+    void agreesWithPublishedTable();
+    void takesPaletteColorByMode_data();
+    void takesPaletteColorByMode();
+    void keepsFixedColorInAllModes();
+    void showsStateOfCheckedButton();
+    void sizesGlyphByBox_data();
+    void sizesGlyphByBox();
+    void leavesPainterAsItWas();
+    void leavesMissingGlyphsBlank();
+};
+
+void FontAwesome5Test::init()
+{
+    QPalette colors;
+    colors.setColor(QPalette::Active, QPalette::Text, QColor(200, 0, 0));
+    colors.setColor(QPalette::Inactive, QPalette::Text, QColor(0, 200, 0));
+    colors.setColor(QPalette::Disabled, QPalette::Text, QColor(0, 0, 200));
+    colors.setColor(QPalette::HighlightedText, QColor(200, 200, 0));
+    QApplication::setPalette(colors);
+}
+
+void FontAwesome5Test::findsFaces_data()
+{
+    QTest::addColumn<QFont>("font");
+    QTest::addColumn<QString>("family");
+    QTest::addColumn<QString>("style");
+    QTest::addColumn<int>("weight");
+
+    const QString pro = QStringLiteral("Font Awesome 5 Pro");
+    QTest::newRow("regular") << Icons::font() << pro << "Regular" << int(QFont::Normal);
+    QTest::newRow("solid") << Icons::fontSolid() << pro << "Solid" << int(QFont::Black);
+    QTest::newRow("light") << Icons::fontLight() << pro << "Light" << int(QFont::Light);
+    QTest::newRow("brands") << Icons::fontBrands() << "Font Awesome 5 Brands"
+                            << "Regular" << int(QFont::Normal);
+}
+
+void FontAwesome5Test::findsFaces()
+{
+    QFETCH(QFont, font);
+    QFETCH(QString, family);
+    QFETCH(QString, style);
+    QFETCH(int, weight);
+
+    // A font database hands out the application's font for a face that it doesn't have.
+    QVERIFY(QFontDatabase().styles(family).contains(style));
+    QCOMPARE(font.pointSize(), 10);
+    font.setPixelSize(64);
+    const QFontInfo info(font);
+    QVERIFY(info.exactMatch());
+    QCOMPARE(info.family(), family);
+    QCOMPARE(info.styleName(), style);
+    QCOMPARE(info.weight(), weight);
+}
+
+void FontAwesome5Test::hasGlyphsOfLibrary_data()
+{
+    QTest::addColumn<QFont>("font");
+    QTest::addColumn<QChar>("ch");
+
+    const QMap<QString, QChar> regular{
+        {"calendar-alt", Icons::chCalendarAlt},
+        {"check-square", Icons::chCheckSquare},
+        {"circle", Icons::chCircle},
+        {"dot-circle", Icons::chDotCircle},
+        {"square", Icons::chSquare},
+        {"sync-alt", Icons::chSyncAlt},
+        {"times", Icons::chTimes},
+        {"trash-alt", Icons::chTrashAlt},
+    };
+    const QMap<QString, QChar> solid{
+        {"align-center", Icons::chAlignCenter},
+        {"clock", Icons::chClock},
+        {"cog", Icons::chCog},
+        {"crosshairs", Icons::chCrosshairs},
+        {"eye", Icons::chEye},
+        {"filter", Icons::chFilter},
+        {"list", Icons::chList},
+        {"pause", Icons::chPause},
+        {"play", Icons::chPlay},
+        {"shower", Icons::chShower},
+        {"sort-amount-down", Icons::chSortAmountDown},
+        {"sync", Icons::chSync},
+        {"times", Icons::chTimes},
+        {"trash", Icons::chTrash},
+    };
+    for (auto it = regular.begin(); it != regular.end(); ++it)
+        QTest::newRow(qPrintable("regular " + it.key())) << Icons::font() << it.value();
+    for (auto it = solid.begin(); it != solid.end(); ++it)
+        QTest::newRow(qPrintable("solid " + it.key())) << Icons::fontSolid() << it.value();
+}
+
+void FontAwesome5Test::hasGlyphsOfLibrary()
+{
+    QFETCH(QFont, font);
+    QFETCH(QChar, ch);
+
+    QVERIFY(QRawFont::fromFont(font).supportsCharacter(ch));
+    for (int pixelSize : {12, 64}) {
+        const QImage image = glyph(font, pixelSize, QSize(100, 100), ch);
+        const QRect ink = Ink::rectOtherThan(image, image.rect(), Qt::white);
+        // Smaller than its em and larger than a third of it: not a box of another font.
+        QVERIFY2(ink.height() > pixelSize / 3 && ink.height() <= pixelSize * 5 / 4,
+                 qPrintable(QStringLiteral("%1 rows at %2 px").arg(ink.height()).arg(pixelSize)));
+    }
+}
+
+void FontAwesome5Test::namesConstants_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QChar>("constant");
+    QTest::addColumn<int>("code");
+
+    QTest::newRow("first") << "glass-martini" << Icons::chGlassMartini << 0xf000;
+    QTest::newRow("last") << "unsplash" << Icons::chUnsplash << 0xf97c;
+    QTest::newRow("one-letter word") << "y-combinator" << Icons::chYCombinator << 0xf23b;
+    QTest::newRow("digit in a word") << "css3-alt" << Icons::chCss3Alt << 0xf38b;
+    QTest::newRow("digit in the middle") << "draft2digital" << Icons::chDraft2digital << 0xf396;
+    QTest::newRow("digit at the start") << "500px" << Icons::ch500px << 0xf26e;
+    QTest::newRow("digit at the end") << "dice-d10" << Icons::chDiceD10 << 0xf6cd;
+    QTest::newRow("short") << "h1" << Icons::chH1 << 0xf313;
+}
+
+void FontAwesome5Test::namesConstants()
+{
+    QFETCH(QString, name);
+    QFETCH(QChar, constant);
+    QFETCH(int, code);
+
+    QCOMPARE(int(constant.unicode()), code);
+    QCOMPARE(declaredConstants().value(constantName(name)), uint(code));
+}
+
+void FontAwesome5Test::declaresWholeTable()
+{
+    const Table constants = declaredConstants();
+    QCOMPARE(constants.size(), 2299);
+    const QList<uint> codes = constants.values();
+    QCOMPARE(QSet<uint>(codes.begin(), codes.end()).size(), 2299);
+}
+
+void FontAwesome5Test::agreesWithPublishedTable()
+{
+    const QString path = qEnvironmentVariable("NORVU_ICON_TABLE");
+    if (path.isEmpty())
+        QSKIP("NORVU_ICON_TABLE names no code table");
+
+    QFile file(path);
+    QVERIFY2(file.open(QIODevice::ReadOnly), qPrintable(file.errorString()));
+    Table published;
+    file.readLine();
+    while (!file.atEnd()) {
+        const QStringList cells = QString::fromUtf8(file.readLine()).trimmed().split(',');
+        QCOMPARE(cells.size(), 2);
+        published.insert(constantName(cells[0]), cells[1].toUInt(nullptr, 16));
+    }
+    QCOMPARE(declaredConstants(), published);
+}
+
+void FontAwesome5Test::takesPaletteColorByMode_data()
+{
+    QTest::addColumn<QIcon::Mode>("mode");
+    QTest::addColumn<QColor>("color");
+
+    QTest::newRow("normal") << QIcon::Normal << QColor(200, 0, 0);
+    QTest::newRow("active") << QIcon::Active << QColor(200, 0, 0);
+    QTest::newRow("selected") << QIcon::Selected << QColor(200, 0, 0);
+    QTest::newRow("disabled") << QIcon::Disabled << QColor(0, 0, 200);
+}
+
+void FontAwesome5Test::takesPaletteColorByMode()
+{
+    QFETCH(QIcon::Mode, mode);
+    QFETCH(QColor, color);
+
+    const QPixmap pixmap = Icons::iconSolid(Icons::chSquare).pixmap(QSize(64, 64), mode);
+    QVERIFY(holds(flat(pixmap), color));
+    QCOMPARE(qAlpha(pixmap.toImage().pixel(0, 0)), 0);
+
+    // The icon follows a palette that is set later.
+    const QIcon icon = Icons::iconSolid(Icons::chSquare);
+    QPalette gray;
+    gray.setColor(QPalette::Text, Qt::darkGray);
+    QApplication::setPalette(gray);
+    QVERIFY(holds(flat(icon.pixmap(QSize(64, 64), mode)), Qt::darkGray));
+}
+
+void FontAwesome5Test::keepsFixedColorInAllModes()
+{
+    const QIcon icon = Icons::iconSolid(Icons::chSquare, Qt::magenta);
+    for (auto mode : {QIcon::Normal, QIcon::Disabled, QIcon::Active, QIcon::Selected}) {
+        for (auto state : {QIcon::On, QIcon::Off})
+            QVERIFY(holds(flat(icon.pixmap(QSize(64, 64), mode, state)), Qt::magenta));
+    }
+}
+
+void FontAwesome5Test::showsStateOfCheckedButton()
+{
+    QToolButton button;
+    button.setAutoRaise(true);
+    button.setCheckable(true);
+    button.setIconSize(QSize(48, 48));
+    button.resize(60, 60);
+    button.setIcon(
+        Icons::iconSolid(Icons::chSquare, Icons::chCircle, QColor(Qt::magenta), QColor(Qt::cyan)));
+    const QImage off = Ink::picture(button);
+    QVERIFY(holds(off, Qt::cyan) && !holds(off, Qt::magenta));
+
+    button.click();
+    const QImage on = Ink::picture(button);
+    QVERIFY(holds(on, Qt::magenta) && !holds(on, Qt::cyan));
+
+    // Glyphs differ as well: alone in one colour, the square is not the circle.
+    const QIcon icon = Icons::iconSolid(Icons::chSquare, Icons::chCircle, Qt::black, Qt::black);
+    const QSize size(64, 64);
+    QCOMPARE(flat(icon.pixmap(size, QIcon::Normal, QIcon::On)),
+             glyph(Icons::fontSolid(), 51, size, Icons::chSquare));
+    QCOMPARE(flat(icon.pixmap(size, QIcon::Normal, QIcon::Off)),
+             glyph(Icons::fontSolid(), 51, size, Icons::chCircle));
+}
+
+void FontAwesome5Test::sizesGlyphByBox_data()
+{
+    QTest::addColumn<QSize>("box");
+    QTest::addColumn<int>("pixelSize");
+
+    QTest::newRow("square") << QSize(16, 16) << 12;
+    QTest::newRow("high") << QSize(40, 100) << 32;
+    QTest::newRow("just below five to four") << QSize(124, 100) << 99;
+    QTest::newRow("below only when truncated") << QSize(249, 200) << 199;
+    QTest::newRow("five to four") << QSize(20, 16) << 16;
+    QTest::newRow("wide") << QSize(100, 40) << 40;
+}
+
+void FontAwesome5Test::sizesGlyphByBox()
+{
+    QFETCH(QSize, box);
+    QFETCH(int, pixelSize);
+
+    const QIcon icon = Icons::icon(Icons::chCalendarAlt, Qt::black);
+    QCOMPARE(flat(icon.pixmap(box)), glyph(Icons::font(), pixelSize, box, Icons::chCalendarAlt));
+}
+
+void FontAwesome5Test::leavesPainterAsItWas()
+{
+    QImage image(80, 80, QImage::Format_RGB32);
+    image.fill(Qt::white);
+    QPainter painter(&image);
+    painter.setPen(Qt::green);
+    const QFont font = painter.font();
+    const QIcon copy = Icons::iconSolid(Icons::chSquare, Qt::magenta);
+    copy.paint(&painter, QRect(40, 30, 32, 32));
+    QCOMPARE(painter.pen().color(), QColor(Qt::green));
+    QCOMPARE(painter.font(), font);
+    painter.end();
+    const QRect ink = Ink::rectOtherThan(image, image.rect(), Qt::white);
+    QVERIFY(!ink.isEmpty() && QRect(40, 30, 32, 32).contains(ink));
+}
+
+void FontAwesome5Test::leavesMissingGlyphsBlank()
+{
+    const QImage image = flat(Icons::icon(Icons::chGithub, Qt::black).pixmap(QSize(64, 64)));
+    QVERIFY(Ink::rectOtherThan(image, image.rect(), Qt::white).isEmpty());
+    QVERIFY(
+        holds(flat(Icons::iconBrand(Icons::chGithub, Qt::black).pixmap(QSize(64, 64))), Qt::black));
+}
+
+QTEST_MAIN(FontAwesome5Test)
+#include "tst_fontawesome5.moc"
