@@ -15,6 +15,8 @@ constexpr double SnappedRecord = 0.5;
 constexpr double SnappedBlocks = 8;
 /** Ends of stretches that are remembered while others are drawn over them. */
 constexpr size_t RememberedTails = 4;
+/** Columns for which room is made beforehand. */
+constexpr int UsualColumns = 8192;
 /** Samples converted, or columns worked out, at a time. */
 constexpr int ChunkSize = 256;
 
@@ -57,6 +59,8 @@ public:
 private:
     double xOf(Core::Time time) const;
 
+    bool fitsColumn(const RecordSpan &span) const;
+    bool widenOpenColumn(const RecordSpan &span);
     void addSpan(const RecordSpan &span);
     void addRecord(const Record *record, const RecordSpan &span);
     void addSamples(const NumericArray &data, int first, int last, double x, double step);
@@ -80,6 +84,9 @@ private:
     double _pixelsPerSecond;
     double _startUSecs;
     double _pixelsPerUSec;
+    double _longestSnapped;     /**< of records in microseconds */
+    double _longestInterval;    /**< of dense samples, in seconds */
+    double _doubleColumnEnd{0}; /**< twice the microseconds where the open column ends */
     EnvelopeDetail _detail;
     int _columnCount;
     Envelope _envelope;
@@ -95,7 +102,8 @@ EnvelopeBuilder::EnvelopeBuilder(const RecordSequence &records, const Core::Time
                                  double pixelsPerSecond, EnvelopeDetail detail)
     : _records(records), _window(window), _pixelsPerSecond(pixelsPerSecond),
       _startUSecs(static_cast<double>(window.startTime().usecs())),
-      _pixelsPerUSec(pixelsPerSecond * 1E-6), _detail(detail)
+      _pixelsPerUSec(pixelsPerSecond * 1E-6), _longestSnapped(SnappedRecord / _pixelsPerUSec),
+      _longestInterval(1 / (pixelsPerSecond * DenseSamples)), _detail(detail)
 {
     constexpr double MostColumns = 1 << 24;
     constexpr double Rounding = 1E-6;
@@ -112,28 +120,53 @@ Envelope EnvelopeBuilder::build()
 {
     const int first = std::max(0, _records.firstEndingAfter(_window.startTime()) - 1);
     const int last = std::min(_records.size(), _records.firstStartingFrom(_window.endTime()) + 1);
-    const Core::TimeSpan longest(SnappedRecord / _pixelsPerSecond);
-    const bool sparse = _detail == EnvelopeDetail::EverySample;
-
-    for (int i = first, next; i < last; i = next) {
-        const RecordSpan &span =
-            sparse ? _records.spans()[i] : _records.widestSpan(i, last, longest, next);
-        if (sparse)
-            next = i + 1;
-        if (span.end <= span.start)
-            continue;
-        const bool dense = span.sampleInterval * _pixelsPerSecond * DenseSamples <= 1;
-        const double begin = xOf(span.start);
-        const double end = xOf(span.end);
-        const bool inOneColumn =
-            end - begin <= SnappedRecord || (end - begin <= 1 && columnAt(begin) == columnAt(end));
-        if (!sparse && dense && span.isWhole && inOneColumn)
-            addSpan(span);
-        else
-            addRecord(_records.at(i), span);
+    if (_detail == EnvelopeDetail::EverySample) {
+        for (int i = first; i < last; ++i)
+            addRecord(_records.at(i), _records.spans()[i]);
+    } else {
+        _envelope.columns.reserve(static_cast<size_t>(std::min(_columnCount, UsualColumns)) + 2);
+        const Core::TimeSpan longest(SnappedRecord / _pixelsPerSecond);
+        for (int i = first, next; i < last; i = next) {
+            const RecordSpan &span = _records.widestSpan(i, last, longest, next);
+            if (widenOpenColumn(span))
+                continue;
+            if (fitsColumn(span))
+                addSpan(span);
+            else
+                addRecord(_records.at(i), span);
+        }
     }
     closeStretch();
     return std::move(_envelope);
+}
+
+/** True if @p span can be drawn without a look at its samples. */
+bool EnvelopeBuilder::fitsColumn(const RecordSpan &span) const
+{
+    if (!span.isWhole || span.sampleInterval * _pixelsPerSecond * DenseSamples > 1)
+        return false;
+    const double begin = xOf(span.start);
+    const double end = xOf(span.end);
+    return end - begin <= SnappedRecord || (end - begin <= 1 && columnAt(begin) == columnAt(end));
+}
+
+/** The usual case of a view over many records, a shortcut of addSpan(). */
+bool EnvelopeBuilder::widenOpenColumn(const RecordSpan &span)
+{
+    const auto begin = static_cast<double>(span.start.usecs());
+    const auto end = static_cast<double>(span.end.usecs());
+    if (!span.isWhole || span.start != _end || isOpenEmpty() || !_openIsDense ||
+        begin + end >= _doubleColumnEnd || end - begin > _longestSnapped ||
+        span.sampleInterval > _longestInterval)
+        return false;
+
+    _end = span.end;
+    EnvelopeColumn &open = _envelope.columns.back();
+    open.lastX = (end - _startUSecs) * _pixelsPerUSec - span.sampleInterval * _pixelsPerSecond;
+    open.minimum = std::min(open.minimum, span.minimum);
+    open.maximum = std::max(open.maximum, span.maximum);
+    open.last = span.lastValue();
+    return true;
 }
 
 void EnvelopeBuilder::addSpan(const RecordSpan &span)
@@ -149,7 +182,7 @@ void EnvelopeBuilder::addSpan(const RecordSpan &span)
 
 void EnvelopeBuilder::addRecord(const Record *record, const RecordSpan &span)
 {
-    if (record->dataType() == DataType::Char)
+    if (span.end <= span.start || record->dataType() == DataType::Char)
         return;
 
     const NumericArray &data = *record->data();
@@ -192,6 +225,7 @@ void EnvelopeBuilder::addColumns(const NumericArray &data, int first, int last, 
          block *= NumericArray::BlockRatio)
         alignment = block;
 
+    const double samplesPerPixel = 1 / step;
     int columns[ChunkSize];
     int edges[ChunkSize + 1];
     int column = columnAt(x + first * step);
@@ -199,7 +233,9 @@ void EnvelopeBuilder::addColumns(const NumericArray &data, int first, int last, 
         int count = 0;
         edges[0] = from;
         for (; count < ChunkSize && from < last; ++column) {
-            auto to = static_cast<int64_t>(std::ceil((column + 1 - x) / step));
+            const double edge = (column + 1 - x) * samplesPerPixel;
+            auto to = static_cast<int64_t>(edge);
+            to += edge > static_cast<double>(to);
             if (alignment > 1)
                 to = (to + alignment / 2) / alignment * alignment;
             if (to <= from)
@@ -290,6 +326,7 @@ void EnvelopeBuilder::add(EnvelopeColumn column, bool merge)
         _openIsDense = merge;
     if (begins || !merge || columns.back().column != column.column) {
         columns.push_back(column);
+        _doubleColumnEnd = 2 * (_startUSecs + (column.column + 1) / _pixelsPerUSec);
         return;
     }
     EnvelopeColumn &open = columns.back();

@@ -231,12 +231,10 @@ void RecordSequence::walkLevels(int first, int last, OnRecords onRecords, OnEntr
     }
 }
 
-const RecordSpan &RecordSequence::widestSpan(int index, int last, Core::TimeSpan longest,
-                                             int &next) const
+const RecordSpan &RecordSequence::widestEntry(int index, int last, Core::TimeSpan longest,
+                                              int &next) const
 {
     const RecordSpan *widest = &_spans[index];
-    next = index + 1;
-
     int64_t number = _firstNumber + index;
     int64_t records = 1;
     for (const Level &level : _levels) {

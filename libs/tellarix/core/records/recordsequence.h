@@ -123,7 +123,13 @@ public:
      * not longer than @p longest; the span of the one record if there is no such run.
      * @param next  set to the index behind the span
      */
-    const RecordSpan &widestSpan(int index, int last, Core::TimeSpan longest, int &next) const;
+    const RecordSpan &widestSpan(int index, int last, Core::TimeSpan longest, int &next) const
+    {
+        next = index + 1;
+        if (_levels.empty() || (_firstNumber + index) % LevelRatio)
+            return _spans[index];
+        return widestEntry(index, last, longest, next);
+    }
 
     /** Stretches between neighbouring records, above the tolerance, that no sample covers. */
     std::vector<Core::TimeWindow> gaps() const;
@@ -163,6 +169,7 @@ private:
         const Entry &at(int64_t number) const { return entries[static_cast<int>(number - first)]; }
     };
 
+    const RecordSpan &widestEntry(int index, int last, Core::TimeSpan longest, int &next) const;
     Core::TimeSpan toleranceOf(const Record *record) const;
     bool covers(const Record *record) const;
     bool holdsTwinOf(const Record *record) const;
