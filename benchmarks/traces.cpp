@@ -215,7 +215,7 @@ void FirstPicture(benchmark::State &state)
     state.counters["fastest_plain_pass_ms"] = fastestPlain * 1E3;
 }
 
-/** A frame after a small move: polylines of all rows and their picture, on one thread. */
+/** A frame after a small move: polylines of all rows, by one or two threads, and their picture. */
 void Frame(benchmark::State &state)
 {
     std::vector<Row> &rows = rowsOf(static_cast<int>(state.range(0)));
@@ -230,8 +230,11 @@ void Frame(benchmark::State &state)
     for (auto _ : state) {
         start += 13.37 * length / Width;
         const double created = secondsOf([&] {
-            for (Row &row : rows)
-                createPolyline(row, start, length);
+            const auto create = [&](Row &row) { createPolyline(row, start, length); };
+            if (state.range(2) > 1)
+                QtConcurrent::blockingMap(rows, create);
+            else
+                std::for_each(rows.begin(), rows.end(), create);
         });
         const double drawn = secondsOf([&] { drawRows(rows, image); });
         state.SetIterationTime(created + drawn);
@@ -278,8 +281,10 @@ void Memory(benchmark::State &state)
 void frames(benchmark::internal::Benchmark *benchmark)
 {
     for (const int record : {ShortRecord, HourRecord}) {
-        for (const int length : {86400, 3600, 60})
-            benchmark->Args({record, length});
+        for (const int length : {86400, 3600, 60}) {
+            for (const int threads : {1, 2})
+                benchmark->Args({record, length, threads});
+        }
     }
 }
 
@@ -292,7 +297,7 @@ BENCHMARK(FirstPicture)
     ->Iterations(8)
     ->Unit(benchmark::kMillisecond);
 BENCHMARK(Frame)
-    ->ArgNames({"record", "seconds"})
+    ->ArgNames({"record", "seconds", "threads"})
     ->Apply(frames)
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond);

@@ -58,24 +58,35 @@ QPointF makePoint(const EnvelopeColumn &, double x, double y, QPointF *)
     return {x, y};
 }
 
-/** Writes up to four points of a column behind @p begin and returns the new end. */
 template <typename Point>
-Point *appendColumn(Point *begin, Point *end, const EnvelopeColumn &column,
-                    const AmplitudeScale &scale)
+int differs(const Point &a, const Point &b)
 {
-    const auto append = [&](double x, double value) {
-        *end = makePoint(column, x, scale.y(value), end);
-        if (end == begin || *end != *(end - 1))
-            ++end;
+    return (a.x() != b.x()) | (a.y() != b.y());
+}
+
+/**
+ * Writes the points of a column behind @p end, of which there must be room for four, and leaves out
+ * what equals the point before. There must be one.
+ */
+template <typename Point>
+Point *appendColumn(Point *end, const EnvelopeColumn &column, const AmplitudeScale &scale)
+{
+    // No branch, since which points are equal can't be foreseen.
+    const auto append = [&](double x, double y) {
+        *end = makePoint(column, x, y, end);
+        end += differs(*end, *(end - 1));
     };
-    append(column.firstX, column.first);
+    const double first = scale.y(column.first);
+    append(column.firstX, first);
     if (column.minimum < column.maximum) {
+        const double low = scale.y(column.minimum);
+        const double high = scale.y(column.maximum);
         // The extreme that is nearer to the first value comes first, which makes the shorter way.
-        const bool rises = column.first - column.minimum < column.maximum - column.first;
+        const bool lowFirst = low - first < first - high;
         const double middle = 0.5 * (column.firstX + column.lastX);
-        append(middle, rises ? column.minimum : column.maximum);
-        append(middle, rises ? column.maximum : column.minimum);
-        append(column.lastX, column.last);
+        append(middle, lowFirst ? low : high);
+        append(middle, lowFirst ? high : low);
+        append(column.lastX, scale.y(column.last));
     }
     return end;
 }
@@ -96,11 +107,14 @@ void createPolygons(QVector<Polygon> &polygons, const RecordSequence *sequence,
     polygons.reserve(static_cast<int>(envelope.stretches.size()));
     for (const EnvelopeStretch &stretch : envelope.stretches) {
         const int pointsPerColumn = optimize ? 4 : 1;
-        Polygon polygon(pointsPerColumn * static_cast<int>(stretch.end - stretch.begin));
+        const int columns = static_cast<int>(stretch.end - stretch.begin);
+        Polygon polygon(pointsPerColumn * columns + 1);
         Point *begin = polygon.data();
-        Point *end = begin;
+        const EnvelopeColumn &first = envelope.columns[stretch.begin];
+        *begin = makePoint(first, first.firstX, scale.y(first.first), begin);
+        Point *end = begin + 1;
         for (size_t i = stretch.begin; i < stretch.end; ++i)
-            end = appendColumn(begin, end, envelope.columns[i], scale);
+            end = appendColumn(end, envelope.columns[i], scale);
         polygon.resize(static_cast<int>(end - begin));
         polygons.append(polygon);
     }

@@ -80,11 +80,13 @@ void addLine(Spans &spans, const QPoint &from, const QPoint &to)
 {
     const int64_t distance = to.x() - from.x();
     const int64_t rise = to.y() - from.y();
+    const auto step = static_cast<int>(rise < 0 ? -1 : 1);
     for (int64_t i = 0; i < distance; ++i) {
         // Division truncates, so that the border lies on the side of the start.
-        const auto border = static_cast<int>(from.y() + (2 * i + 1) * rise / (2 * distance));
+        const int64_t part = distance == 1 ? rise / 2 : (2 * i + 1) * rise / (2 * distance);
+        const int border = from.y() + static_cast<int>(part);
         spans.widenLast(border);
-        spans.append(border == to.y() ? border : border + (rise < 0 ? -1 : 1));
+        spans.append(border == to.y() ? border : border + step);
     }
     spans.widenLast(to.y());
 }
