@@ -1,0 +1,119 @@
+// A trace view of 30 rows, 24 h at 100 Hz each: what one pan or zoom step costs from the call to
+// the finished picture, widgets and all. The plain form is the same view repainted without a
+// change.
+
+#include <norvu/gui/trace.h>
+#include <norvu/gui/traceview.h>
+
+#include <tellarix/core/records/ringbuffer.h>
+#include <tellarix/core/records/typedarray.h>
+#include <tellarix/qt/records/recordwidget.h>
+
+#include <benchmark/benchmark.h>
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QImage>
+
+#include <algorithm>
+#include <random>
+
+using namespace Tellarix;
+
+namespace {
+
+constexpr int Rows = 30;
+constexpr int ShortRecord = 500;
+constexpr double Rate = 100;
+constexpr double Day = 86400;
+const Core::Time Midnight(2024, 1, 5);
+
+ArrayPtr noise(std::minstd_rand &random)
+{
+    Core::SmartPointer<IntArray> array(new IntArray(ShortRecord));
+    int *samples = array->typedData();
+    int level = 0;
+    for (int i = 0; i < ShortRecord; ++i) {
+        level += static_cast<int>(random() % 2048) - 1024 - level / 8;
+        samples[i] = level;
+    }
+    return array;
+}
+
+Norvu::Gui::Trace *makeRow(int number)
+{
+    const std::string station = "S" + std::to_string(10 + number);
+    const StreamCodesCPtr codes(new StreamCodes("XX", station, "", "HHZ"));
+    auto *row = new Norvu::Gui::Trace(codes->id().c_str(), Qt::black);
+    auto *records = new RingBuffer(0);
+    std::minstd_rand random(static_cast<unsigned>(number + 1));
+    for (double second = 0; second < Day; second += ShortRecord / Rate)
+        records->feed(new Record(codes, Midnight + Core::TimeSpan(second), Rate, noise(random)));
+    row->recordWidget()->setRecords(0, records, true);
+    row->recordWidget()->setAlignment(Midnight);
+    row->setHeaderVisible(false);
+    row->setVerticalPadding(1, 0);
+    return row;
+}
+
+Norvu::Gui::TraceView &view()
+{
+    static Norvu::Gui::TraceView *view = nullptr;
+    if (!view) {
+        view = new Norvu::Gui::TraceView(nullptr, Qt::WindowFlags(), nullptr, false);
+        view->resize(1600, 900);
+        view->setAlignment(Midnight);
+        for (int i = 0; i < Rows; ++i)
+            view->addItem(makeRow(i));
+        view->show();
+        QApplication::processEvents();
+    }
+    return *view;
+}
+
+double paint(Norvu::Gui::TraceView &view, QImage &image)
+{
+    QElapsedTimer timer;
+    timer.start();
+    view.render(&image);
+    return timer.nsecsElapsed() * 1E-6;
+}
+
+/** Pans through the day by an eighth of the window, as the arrow keys do. */
+void panStep(benchmark::State &state)
+{
+    Norvu::Gui::TraceView &traces = view();
+    const double window = static_cast<double>(state.range(0));
+    QImage image(traces.size(), QImage::Format_ARGB32_Premultiplied);
+    double left = 0;
+    double slowest = 0;
+    double repaint = 1E9;
+    for (auto _ : state) {
+        left = left + window > Day ? 0 : left + 0.125 * window;
+        QElapsedTimer timer;
+        timer.start();
+        traces.setTimeRange(left, left + window);
+        paint(traces, image);
+        const double seconds = timer.nsecsElapsed() * 1E-9;
+        state.SetIterationTime(seconds);
+        slowest = std::max(slowest, seconds * 1E3);
+        repaint = std::min(repaint, paint(traces, image));
+    }
+    state.counters["slowest_ms"] = slowest;
+    state.counters["unchanged_repaint_ms"] = repaint;
+    state.counters["all_rows_visible"] = traces.itemAt(Rows - 1)->visibleRegion().isEmpty() ? 0 : 1;
+}
+
+} // namespace
+
+BENCHMARK(panStep)->ArgName("seconds")->Arg(86400)->Arg(3600)->Arg(60)->UseManualTime()->Unit(
+    benchmark::kMillisecond);
+
+int main(int argc, char **argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication application(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}
