@@ -187,6 +187,7 @@ bool TraceView::addItem(Trace *row, RecordIDStrategy strategy)
     row->setFocusProxy(this);
     widget->setMouseTracking(true);
     widget->installEventFilter(this);
+    widget->setPreparation([this] { prepareVisibleRows(); });
 
     ++_emptyDataSlots;
     updateToolbar();

@@ -321,6 +321,7 @@ private:
 
     void applyNormMode();
     void applyCommonAmplitudeRange();
+    void prepareVisibleRows();
 
     void markRequested(Trace *row);
     void markNotRequested(Trace *row);

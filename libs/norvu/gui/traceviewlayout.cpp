@@ -147,6 +147,16 @@ void TraceView::setTimeRange(double tmin, double tmax)
     emit displayChanged(_tmin, _tmax, scale);
 }
 
+void TraceView::prepareVisibleRows()
+{
+    QVector<RecordWidget *> widgets;
+    for (Trace *row : std::as_const(_items)) {
+        if (!row->recordWidget()->visibleRegion().isEmpty())
+            widgets.append(row->recordWidget());
+    }
+    RecordWidget::prepare(widgets);
+}
+
 void TraceView::setVisibleTimeWindow(TimeWindow window)
 {
     setTimeRange(_timeScale->valueOf(window.startTime()), _timeScale->valueOf(window.endTime()));

@@ -14,6 +14,7 @@
 #include <QVector>
 #include <QWidget>
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -221,6 +222,17 @@ public:
 
     /** Forgets everything cached; the next paint builds it again. */
     void setDirty();
+    /** True if the next paint has to build a trace. */
+    bool isDirty() const;
+
+    /**
+     * Builds the outdated traces of several widgets at once, on all cores, instead of one by one as
+     * they are painted. In the thread of the user interface.
+     */
+    static void prepare(const QVector<RecordWidget *> &widgets);
+    /** What is called before a paint event builds an outdated trace: a view of many widgets
+     *  prepares all of them there. */
+    void setPreparation(std::function<void()> preparation);
 
     /** Tells the widget that a record was added to a slot's raw sequence: filters it, widens the
      *  range, and repaints only the columns that it touches; those of further records follow
@@ -381,6 +393,7 @@ private:
     std::vector<std::unique_ptr<RecordMarker>> _markers;
     std::unique_ptr<Math::Filtering::InPlaceFilter<double>> _filter;
     DataModel::WaveformStreamID _streamID;
+    std::function<void()> _preparation;
     Core::Time _alignment;
     Core::TimeWindow _normalizationWindow;
     Core::TimeWindow _selection;

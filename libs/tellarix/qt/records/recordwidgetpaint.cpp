@@ -9,6 +9,7 @@
 #include <QFontInfo>
 #include <QPaintEvent>
 #include <QPainter>
+#include <QtConcurrent>
 
 #include <algorithm>
 #include <cmath>
@@ -115,6 +116,8 @@ QFont axisFont(const QFont &font, int height)
 
 void RecordWidget::paintEvent(QPaintEvent *)
 {
+    if (_preparation && isDirty())
+        _preparation();
     prepareTraces();
 
     QPainter painter(this);
@@ -169,6 +172,31 @@ RecordWidget::Look RecordWidget::look() const
 }
 
 // Traces
+
+bool RecordWidget::isDirty() const
+{
+    const QVector<int> drawn = drawnSlots();
+    return std::any_of(drawn.begin(), drawn.end(), [this](int slot) {
+        const Slot &item = *slotAt(slot);
+        return item.traces[isFiltered(item) ? 1 : 0].dirty;
+    });
+}
+
+void RecordWidget::setPreparation(std::function<void()> preparation)
+{
+    _preparation = std::move(preparation);
+}
+
+void RecordWidget::prepare(const QVector<RecordWidget *> &widgets)
+{
+    // Shared by all of them, and to be made by this thread.
+    Scheme::Current();
+
+    QVector<RecordWidget *> outdated;
+    std::copy_if(widgets.begin(), widgets.end(), std::back_inserter(outdated),
+                 [](const RecordWidget *widget) { return widget->isDirty(); });
+    QtConcurrent::blockingMap(outdated, [](RecordWidget *widget) { widget->prepareTraces(); });
+}
 
 void RecordWidget::prepareTraces()
 {
