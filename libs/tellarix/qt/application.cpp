@@ -133,6 +133,26 @@ bool Application::initConfiguration()
     return Client::Application::initConfiguration();
 }
 
+bool Application::initSubscriptions()
+{
+    return Client::Application::initSubscriptions();
+}
+
+void Application::schemaValidationNames(std::vector<std::string> &modules) const
+{
+    Client::Application::schemaValidationNames(modules);
+}
+
+bool Application::validateParameters()
+{
+    return Client::Application::validateParameters();
+}
+
+void Application::handleInitializationError(int stage)
+{
+    Client::Application::handleInitializationError(stage);
+}
+
 void Application::handleInterrupt(int signal)
 {
     emit interruptRequested(signal);

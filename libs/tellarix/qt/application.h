@@ -6,6 +6,8 @@
 #include <QObject>
 
 #include <memory>
+#include <string>
+#include <vector>
 
 class QCoreApplication;
 class QSplashScreen;
@@ -67,6 +69,12 @@ public:
 protected:
     void createCommandLineDescription() override;
     bool initConfiguration() override;
+    // The next four add nothing: they stand here so that all operations that a program overrides
+    // follow each other in one table, in the order of the run sequence.
+    bool initSubscriptions() override;
+    void schemaValidationNames(std::vector<std::string> &modules) const override;
+    bool validateParameters() override;
+    void handleInitializationError(int stage) override;
     void handleInterrupt(int signal) override;
 
 public:
