@@ -47,11 +47,12 @@ public:
     bool wasCancelled() const { return _wasCancelled; }
 
 protected slots:
-    virtual void receivedRecord(Tellarix::Record *record) = 0;
     /** Redraws the rows if records have arrived since the last time. */
     void timeout();
     /** Colours each row: green with records in the target slot, red without. */
     void acquisitionFinished();
+    /** Places a record, which comes with a reference for the receiver. */
+    virtual void receivedRecord(Tellarix::Record *record) = 0;
 
 protected:
     /** Runs the stream under a modal dialog and returns when it has ended or was cancelled. */

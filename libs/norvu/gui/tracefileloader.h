@@ -25,10 +25,9 @@ public:
      */
     bool load(TraceView *view, const Tellarix::Core::TimeWindow &window);
 
-protected slots:
+protected:
     void receivedRecord(Tellarix::Record *record) override;
 
-protected:
     /** A loader that makes rows for the streams of another source than a file; takes over
      *  @p stream. */
     explicit TraceFileLoader(Tellarix::Gui::RecordStreamThread *stream);

@@ -29,7 +29,7 @@ public:
      */
     bool load(TraceView *view, const Tellarix::Core::TimeWindow &window);
 
-protected slots:
+protected:
     void receivedRecord(Tellarix::Record *record) override;
 
 private:
