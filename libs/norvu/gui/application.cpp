@@ -9,6 +9,7 @@
 #include <QCoreApplication>
 #include <QDesktopServices>
 #include <QFile>
+#include <QGuiApplication>
 #include <QIcon>
 #include <QMainWindow>
 #include <QMenu>
@@ -53,7 +54,7 @@ Application::Application(int &argc, char **argv, int flags, Tellarix::Gui::Appli
       _title(title), _subtitle(subtitle), _version(version)
 {
     // Pictures need a window system, which terminal programs do without.
-    if ((flags & ShowSplash) && type != Tty)
+    if ((flags & ShowSplash) && qobject_cast<QGuiApplication *>(QCoreApplication::instance()))
         showSplash(splashImage, iconFile, title, subtitle, version);
 }
 
