@@ -1,6 +1,7 @@
 #include "traces.h"
 
 #include <QBoxLayout>
+#include <QLineEdit>
 #include <QScrollArea>
 #include <QScrollBar>
 
@@ -69,6 +70,8 @@ private slots:
     void emptyViewIsSafe();
     void selectsByPattern_data();
     void selectsByPattern();
+    void keysAskForPattern_data();
+    void keysAskForPattern();
     void doubleClickActivatesCurrentRow();
     void dragMovesSelectedRows();
     void dragTakesUnselectedRowAlone();
@@ -322,6 +325,64 @@ void TraceViewInteractionTest::selectsByPattern()
     QCOMPARE(view.numberOfSelectedItems(), 4 - selected.size());
 }
 
+void TraceViewInteractionTest::keysAskForPattern_data()
+{
+    QTest::addColumn<QAbstractItemView::SelectionMode>("mode");
+    QTest::addColumn<int>("key");
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<int>("answer");
+    QTest::addColumn<QString>("title");
+    QTest::addColumn<QStringList>("selected");
+    const auto extended = QAbstractItemView::ExtendedSelection;
+    const int plus = Qt::Key_Plus;
+    const int minus = Qt::Key_Minus;
+
+    // B is selected and current at first.
+    QTest::newRow("all as it comes")
+        << extended << plus << QString() << int(Qt::Key_Return) << "Select pattern" << Rows;
+    QTest::newRow("one more") << extended << plus << "D" << int(Qt::Key_Return) << "Select pattern"
+                              << QStringList({"B", "D"});
+    QTest::newRow("one less") << extended << minus << "[AB]" << int(Qt::Key_Return)
+                              << "Deselect pattern" << QStringList();
+    QTest::newRow("cancelled") << extended << plus << "D" << int(Qt::Key_Escape) << "Select pattern"
+                               << QStringList("B");
+    QTest::newRow("single selection") << QAbstractItemView::SingleSelection << plus << QString()
+                                      << int(Qt::Key_Return) << QString() << QStringList("B");
+}
+
+void TraceViewInteractionTest::keysAskForPattern()
+{
+    QFETCH(QAbstractItemView::SelectionMode, mode);
+    QFETCH(int, key);
+    QFETCH(QString, typed);
+    QFETCH(int, answer);
+    QFETCH(QStringList, selected);
+    TraceView view;
+    show(view, Rows);
+    view.setSelectionMode(mode);
+    view.select(view.itemAt(1));
+    SignalLog log(&view);
+
+    QString title;
+    QTimer timer;
+    connect(&timer, &QTimer::timeout, [&] {
+        // Keys reach the dialog as soon as its field has the focus.
+        auto *field = qobject_cast<QLineEdit *>(QApplication::focusWidget());
+        if (!field)
+            return;
+        timer.stop();
+        title = field->window()->windowTitle();
+        QTest::keyClicks(field, typed);
+        QTest::keyClick(field, Qt::Key(answer));
+    });
+    timer.start(1);
+    QTest::keyClick(&view, Qt::Key(key));
+    QTEST(title, "title");
+    QCOMPARE(labels(view.selectedItems()), selected);
+    QCOMPARE(log.take().count("selection"), selected == QStringList("B") ? 0 : 1);
+    QVERIFY(view.currentItem() == view.itemAt(1));
+}
+
 void TraceViewInteractionTest::doubleClickActivatesCurrentRow()
 {
     TraceView view;
@@ -453,7 +514,10 @@ void TraceViewInteractionTest::shortcutsReachTheView()
     QCOMPARE(view.numberOfSelectedItems(), 5);
     QTest::keyClick(&view, Qt::Key_Escape);
     QVERIFY(view.emptySelection());
+    // Loading is a matter of the tool bar, which this view does without.
+    SignalLog log(&view);
     QTest::keyClick(&view, Qt::Key_F5);
+    QCOMPARE(log.take(), QStringList());
 }
 
 void TraceViewInteractionTest::crosshairFollowsPointer()

@@ -334,6 +334,7 @@ private:
         return _selectionMode > QAbstractItemView::SingleSelection;
     }
     bool setOnlySelected(const Trace *target);
+    void selectByDialog(const QString &title, bool select);
     void selectNeighbour(int step);
     void scrollContents(int pixels);
 

@@ -29,8 +29,10 @@ void TraceView::keyPressEvent(QKeyEvent *event)
         activateCurrentRow();
         break;
     case Qt::Key_Plus:
+        selectByDialog(tr("Select pattern"), true);
+        break;
     case Qt::Key_Minus:
-        // Kept from the parent: the view's own keys for selection by pattern.
+        selectByDialog(tr("Deselect pattern"), false);
         break;
     case Qt::Key_A:
         if (event->modifiers() == Qt::ControlModifier)

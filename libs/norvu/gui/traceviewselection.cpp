@@ -1,7 +1,9 @@
 #include "traceview.h"
 
+#include <norvu/gui/simpledialog.h>
 #include <norvu/gui/trace.h>
 
+#include <QLineEdit>
 #include <QRegExp>
 #include <QScrollArea>
 #include <QScrollBar>
@@ -94,6 +96,19 @@ void TraceView::selectMatching(const QString &pattern, bool select)
     }
     if (hasChanged)
         emit itemSelectionChanged();
+}
+
+void TraceView::selectByDialog(const QString &title, bool select)
+{
+    if (!allowsMultipleSelection())
+        return;
+
+    auto *pattern = new QLineEdit(QStringLiteral("*"));
+    pattern->selectAll();
+    SimpleDialog dialog(pattern, this);
+    dialog.setWindowTitle(title);
+    if (dialog.exec() == QDialog::Accepted)
+        selectMatching(pattern->text(), select);
 }
 
 void TraceView::setSelectedTrace(int index)
