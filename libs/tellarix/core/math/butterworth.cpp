@@ -252,28 +252,23 @@ void Butterworth<T>::runBlock(int n, T *samples)
     case 8:
         return run<8>(n, samples);
     default:
-        return runAny(n, samples);
+        return runCascade(n, samples, _sections.data(), _states.data(),
+                          static_cast<int>(_sections.size()));
     }
 }
 
 // All sections of a sample before the next sample: the processor then works on several sections at
 // once, while a section by itself would wait for each of its sums.
 template <typename T>
-template <int Count>
-void Butterworth<T>::run(int n, T *samples)
+void Butterworth<T>::runCascade(int n, T *samples, const Biquad *sections, State *states, int count)
 {
-    std::array<Biquad, Count> sections;
-    std::array<State, Count> states;
-    std::copy_n(_sections.begin(), Count, sections.begin());
-    std::copy_n(_states.begin(), Count, states.begin());
-
     for (int i = 0; i < n; ++i) {
         double x = static_cast<double>(samples[i]);
         if (!std::isfinite(x)) {
             samples[i] = std::numeric_limits<T>::quiet_NaN();
             continue;
         }
-        for (int k = 0; k < Count; ++k) {
+        for (int k = 0; k < count; ++k) {
             const Biquad &q = sections[k];
             const double y = q.b0 * x + states[k].first;
             states[k].first = q.b1 * x - q.a1 * y + states[k].second;
@@ -282,27 +277,19 @@ void Butterworth<T>::run(int n, T *samples)
         }
         samples[i] = static_cast<T>(x);
     }
-    std::copy_n(states.begin(), Count, _states.begin());
 }
 
+/** Usual numbers of sections with copies on the stack, which the compiler keeps in registers. */
 template <typename T>
-void Butterworth<T>::runAny(int n, T *samples)
+template <int Count>
+void Butterworth<T>::run(int n, T *samples)
 {
-    for (int i = 0; i < n; ++i) {
-        double x = static_cast<double>(samples[i]);
-        if (!std::isfinite(x)) {
-            samples[i] = std::numeric_limits<T>::quiet_NaN();
-            continue;
-        }
-        for (size_t k = 0; k < _sections.size(); ++k) {
-            const Biquad &q = _sections[k];
-            const double y = q.b0 * x + _states[k].first;
-            _states[k].first = q.b1 * x - q.a1 * y + _states[k].second;
-            _states[k].second = q.b2 * x - q.a2 * y;
-            x = y;
-        }
-        samples[i] = static_cast<T>(x);
-    }
+    std::array<Biquad, Count> sections;
+    std::array<State, Count> states;
+    std::copy_n(_sections.begin(), Count, sections.begin());
+    std::copy_n(_states.begin(), Count, states.begin());
+    runCascade(n, samples, sections.data(), states.data(), Count);
+    std::copy_n(states.begin(), Count, _states.begin());
 }
 
 /** Behind a long run of zeros the state fades into denormal numbers, which are very slow. */

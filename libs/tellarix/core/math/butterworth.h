@@ -85,7 +85,8 @@ private:
 
     template <int Count>
     void run(int n, T *samples);
-    void runAny(int n, T *samples);
+    static inline void runCascade(int n, T *samples, const Biquad *sections, State *states,
+                                  int count);
     void runBlock(int n, T *samples);
     void dropTinyState();
 
