@@ -1,29 +1,21 @@
 #include <tellarix/core/math/runningmean.h>
 
+#include <tellarix/core/math/finite_p.h>
+
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 namespace Tellarix {
 namespace Math {
 namespace Filtering {
 
-namespace {
-
-/** Windows beyond this are a mistake in a setting, and would only fill the memory. */
-constexpr double LongestWindow = 1 << 28;
-
-template <typename T, typename Operation>
-void forEachFinite(int n, T *samples, Operation operation)
+int MeanWindow::samplesIn(double seconds, double samplingFrequency)
 {
-    for (int i = 0; i < n; ++i) {
-        const double sample = static_cast<double>(samples[i]);
-        samples[i] = std::isfinite(sample) ? static_cast<T>(operation(sample))
-                                           : std::numeric_limits<T>::quiet_NaN();
-    }
+    const double samples = std::nearbyint(seconds * samplingFrequency);
+    if (!isSamplingFrequency(samplingFrequency) || !std::isfinite(samples))
+        return 0;
+    return static_cast<int>(std::clamp(samples, 1.0, double(LongestLength)));
 }
-
-} // namespace
 
 void MeanWindow::resize(int length)
 {
@@ -47,12 +39,7 @@ template <typename T>
 void WindowFilter<T>::setSamplingFrequency(double samplingFrequency)
 {
     _samplingFrequency = samplingFrequency;
-    const double samples = std::nearbyint(_length * samplingFrequency);
-    if (!(samplingFrequency > 0) || !std::isfinite(samples)) {
-        _window.resize(0);
-        return;
-    }
-    _window.resize(static_cast<int>(std::min(std::max(1.0, samples), LongestWindow)));
+    _window.resize(MeanWindow::samplesIn(_length, samplingFrequency));
 }
 
 template <typename T>

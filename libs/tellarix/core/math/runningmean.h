@@ -18,6 +18,11 @@ namespace Filtering {
 class TELLARIX_CORE_API MeanWindow
 {
 public:
+    /** Longer windows are a mistake in a setting, and would only fill the memory. */
+    static constexpr int LongestLength = 1 << 28;
+
+    /** Samples of a window, from 1 to LongestLength; 0 without a usable sampling frequency. */
+    static int samplesIn(double seconds, double samplingFrequency);
     /** Window of @p length samples, at least one; forgets all samples. */
     void resize(int length);
     int length() const { return static_cast<int>(_samples.size()); }
