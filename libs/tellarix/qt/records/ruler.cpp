@@ -432,13 +432,15 @@ QRectF Ruler::bandRect(double from, double to) const
                         : QRectF(from, 0, to - from, height());
 }
 
-/** A tick of one device pixel or about one pixel, on the grid of the device. */
+/** A tick of one device pixel or about one pixel, on the grid of the device. Times stand at the
+ *  left edge of their pixel; the ends of an amplitude range stand in the first and last row. */
 QRectF Ruler::tickRect(double pixel, int length) const
 {
     const double ratio = devicePixelRatioF();
     const double breadth = std::max(1.0, std::floor(ratio)) / ratio;
-    const double along =
-        std::min(std::floor(pixel * ratio + 1E-6) / ratio, rulerLength() - breadth);
+    const double last = rulerLength() - breadth;
+    const double along = isVertical() ? std::round(pixel * last / rulerLength() * ratio) / ratio
+                                      : std::min(std::floor(pixel * ratio + 1E-6) / ratio, last);
     switch (_position) {
     case Bottom:
         return {along, 0, breadth, static_cast<double>(length)};

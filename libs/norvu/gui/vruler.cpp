@@ -1,0 +1,114 @@
+#include <norvu/gui/vruler.h>
+
+#include <tellarix/qt/records/recordwidget.h>
+
+#include <QPainter>
+
+#include <cmath>
+
+namespace Norvu {
+namespace Gui {
+
+using Tellarix::Gui::RecordWidget;
+
+namespace {
+
+using Range = QPair<double, double>;
+
+Range shownRange(const RecordWidget &widget, int slot)
+{
+    Range range = widget.amplitudeRange(slot);
+    const double *scale = widget.areScaledValuesShown() ? widget.recordScale(slot) : nullptr;
+    if (scale) {
+        range.first *= *scale;
+        range.second *= *scale;
+    }
+    return range;
+}
+
+bool isShown(const RecordWidget &widget, int slot)
+{
+    return widget.isRecordVisible(slot) &&
+           (widget.isFilteringEnabled() ? widget.filteredRecords(slot) : widget.records(slot));
+}
+
+Range rangeOfOverlaidSlots(const RecordWidget &widget)
+{
+    Range result(0, 0);
+    for (int slot = 0; slot < widget.slotCount(); ++slot) {
+        if (!isShown(widget, slot))
+            continue;
+        const Range range = shownRange(widget, slot);
+        if (range.first < range.second)
+            result = range;
+    }
+    return result;
+}
+
+} // namespace
+
+VRuler::VRuler(QWidget *parent, Qt::WindowFlags f) : Ruler(parent, f, Left)
+{
+    setAutoScaleEnabled(true);
+    setRange(-1.0, 1.0);
+}
+
+VRuler::~VRuler() = default;
+
+QSize VRuler::sizeHint() const
+{
+    return Ruler::sizeHint();
+}
+
+void VRuler::updateScale(RecordWidget *widget)
+{
+    if (!widget)
+        return;
+
+    const Range range = widget->drawMode() == RecordWidget::SameOffset
+                            ? rangeOfOverlaidSlots(*widget)
+                            : shownRange(*widget, widget->currentRecords());
+    setRange(range.first, range.second);
+    widget->setGridVRange(range.first, range.second);
+}
+
+bool VRuler::getTickText(double value, double nextValue, int line, QString &text) const
+{
+    if (line != 0)
+        return false;
+
+    const double magnitude = std::abs(value);
+    if (magnitude > 1000.0)
+        text.setNum(value, 'g', 2);
+    else if (magnitude > 1.0)
+        text.setNum(value, 'f', 1);
+    else if (0.01 * std::abs(value - nextValue) > magnitude)
+        text = QStringLiteral("0");
+    else
+        text.setNum(value, 'g', 6);
+    return true;
+}
+
+void VRuler::paintEvent(QPaintEvent *event)
+{
+    Ruler::paintEvent(event);
+    if (_annotation.isEmpty())
+        return;
+
+    QPainter painter(this);
+    const int w = width() - 1;
+    const int h = height() - 1;
+    const QRect extent = fontMetrics().boundingRect(QRect(), Qt::TextDontClip, _annotation);
+    if (h <= extent.right() - extent.left())
+        return;
+
+    painter.save();
+    painter.translate(0, (h + w + 2) / 2);
+    painter.rotate(-90.0);
+    painter.drawText(QRect(QPoint(0, 0), QPoint(w, extent.bottom() - extent.top())),
+                     Qt::AlignHCenter | Qt::AlignVCenter | Qt::TextDontClip, _annotation);
+    painter.restore();
+}
+
+} // namespace Gui
+} // namespace Norvu

@@ -1,0 +1,200 @@
+#include "ink.h"
+
+#include <norvu/gui/vruler.h>
+
+#include <tellarix/core/records/ringbuffer.h>
+#include <tellarix/core/records/typedarray.h>
+#include <tellarix/qt/records/recordwidget.h>
+#include <tellarix/qt/scheme.h>
+
+#include <QtTest>
+
+using namespace Norvu::Gui;
+using Tellarix::Gui::RecordWidget;
+
+namespace {
+
+/** Puts a record from -@p extent to @p extent into a slot; its mean is a third of it. */
+void setRecords(RecordWidget &widget, int slot, double extent)
+{
+    const double samples[] = {-extent, extent, extent};
+    auto *sequence = new Tellarix::RingBuffer(0);
+    sequence->feed(new Tellarix::Record(Tellarix::StreamCodes::FromID("XX.TEST.00.BHZ"),
+                                        Tellarix::Core::Time(2024, 1, 5), 1.0,
+                                        new Tellarix::DoubleArray(3, samples)));
+    widget.setRecords(slot, sequence);
+}
+
+/** What an annotation adds to the picture of a ruler. */
+QRect annotationRect(VRuler &ruler, const QString &text)
+{
+    ruler.setAnnotation(QString());
+    const QImage without = Ink::picture(ruler);
+    ruler.setAnnotation(text);
+    const QImage with = Ink::picture(ruler);
+    QRect result;
+    for (int y = 0; y < with.height(); ++y) {
+        for (int x = 0; x < with.width(); ++x) {
+            if (with.pixel(x, y) != without.pixel(x, y))
+                result |= QRect(x, y, 1, 1);
+        }
+    }
+    return result;
+}
+
+} // namespace
+
+class VRulerTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void tickTexts_data();
+    void tickTexts();
+    void onlyLineZeroHasText();
+    void takesRangeOfCurrentSlot();
+    void takesRangeOfShownSlotsWhenOverlaid();
+    void gridFallsOnTicks();
+    void annotationStandsCentredAtLeftEdge();
+    void annotationNeedsRoom();
+};
+
+void VRulerTest::tickTexts_data()
+{
+    QTest::addColumn<double>("value");
+    QTest::addColumn<double>("next");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("large") << 1500.0 << 2000.0 << "1.5e+03";
+    QTest::newRow("large, negative") << -20000.0 << -10000.0 << "-2e+04";
+    QTest::newRow("1000 itself") << 1000.0 << 1500.0 << "1000.0";
+    QTest::newRow("above 1") << 1.5 << 2.0 << "1.5";
+    QTest::newRow("1 itself") << 1.0 << 1.5 << "1";
+    QTest::newRow("below 1") << -0.25 << 0.0 << "-0.25";
+    QTest::newRow("rounding noise about zero") << 1.4E-17 << 0.1 << "0";
+    QTest::newRow("a hundredth of the distance") << 0.001 << 0.101 << "0.001";
+    QTest::newRow("small numbers that are no noise") << 2E-7 << 3E-7 << "2e-07";
+    QTest::newRow("no distance") << 0.0 << 0.0 << "0";
+}
+
+void VRulerTest::tickTexts()
+{
+    QFETCH(double, value);
+    QFETCH(double, next);
+    QFETCH(QString, text);
+    VRuler ruler;
+    QString result;
+    QVERIFY(ruler.getTickText(value, next, 0, result));
+    QCOMPARE(result, text);
+}
+
+void VRulerTest::onlyLineZeroHasText()
+{
+    VRuler ruler;
+    QString text = "before";
+    QVERIFY(!ruler.getTickText(1, 2, 1, text));
+    QCOMPARE(text, QString("before"));
+}
+
+void VRulerTest::takesRangeOfCurrentSlot()
+{
+    VRuler ruler;
+    QCOMPARE(ruler.lower(), -1.0);
+    QCOMPARE(ruler.upper(), 1.0);
+
+    RecordWidget widget;
+    setRecords(widget, 0, 10);
+    setRecords(widget, 1, 30);
+    widget.setRecordScale(1, 0.5);
+    widget.setCurrentRecords(1);
+    ruler.updateScale(&widget);
+    QCOMPARE(ruler.lower(), widget.amplitudeRange(1).first);
+    QCOMPARE(ruler.upper(), widget.amplitudeRange(1).second);
+
+    widget.showScaledValues(true);
+    ruler.updateScale(&widget);
+    QCOMPARE(ruler.lower(), 0.5 * widget.amplitudeRange(1).first);
+    QCOMPARE(ruler.upper(), 0.5 * widget.amplitudeRange(1).second);
+    QCOMPARE(ruler.valueToPixel(ruler.upper()), 0.0);
+    QCOMPARE(ruler.valueToPixel(ruler.lower()), double(ruler.height()));
+}
+
+void VRulerTest::takesRangeOfShownSlotsWhenOverlaid()
+{
+    RecordWidget widget;
+    widget.setDrawMode(RecordWidget::SameOffset);
+    for (int slot = 0; slot < 3; ++slot) {
+        setRecords(widget, slot, 10);
+        widget.setRecordScale(slot, slot + 1);
+    }
+    widget.showScaledValues(true);
+
+    VRuler ruler;
+    ruler.updateScale(&widget);
+    QCOMPARE(ruler.upper(), 31.5);
+    widget.setRecordVisible(2, false);
+    ruler.updateScale(&widget);
+    QCOMPARE(ruler.upper(), 21.0);
+    widget.setRecords(1, nullptr);
+    ruler.updateScale(&widget);
+    QCOMPARE(ruler.upper(), 10.5);
+
+    // With filtering on and no filter there are no filtered sequences.
+    widget.enableFiltering(true);
+    ruler.updateScale(&widget);
+    QCOMPARE(ruler.lower(), 0.0);
+    QCOMPARE(ruler.upper(), 0.0);
+}
+
+void VRulerTest::gridFallsOnTicks()
+{
+    RecordWidget widget;
+    widget.resize(100, 240);
+    setRecords(widget, 0, 10);
+    VRuler ruler;
+    ruler.resize(60, 240);
+    ruler.updateScale(&widget);
+
+    widget.setRecordPen(0, QPen(Qt::transparent));
+    const QImage withGrid = Ink::picture(widget);
+    widget.setGridVRange(0, 0);
+    const QImage withoutGrid = Ink::picture(widget);
+    QVector<int> lines;
+    for (int y = 2; y < widget.height() - 2; ++y) {
+        if (withGrid.pixel(50, y) != withoutGrid.pixel(50, y))
+            lines.append(y);
+    }
+
+    const QImage picture = Ink::picture(ruler);
+    const int column = ruler.width() - Tellarix::Gui::Scheme::Current().rulers.minorTick - 1;
+    QVector<int> ticks;
+    for (int y = 2; y < ruler.height() - 2; ++y) {
+        if (picture.pixel(column, y) == ruler.palette().color(QPalette::WindowText).rgb())
+            ticks.append(y);
+    }
+    QVERIFY(ticks.size() > 3);
+    QCOMPARE(lines, ticks);
+}
+
+void VRulerTest::annotationStandsCentredAtLeftEdge()
+{
+    VRuler ruler;
+    ruler.resize(80, 300);
+    const QRect ink = annotationRect(ruler, "Hnnnnnnnnnnnn");
+    QVERIFY(ink.height() > ink.width());
+    QVERIFY(ink.right() <= ruler.fontMetrics().height());
+    QVERIFY(std::abs(ink.center().y() - 150) <= 3);
+}
+
+void VRulerTest::annotationNeedsRoom()
+{
+    VRuler ruler;
+    const QString text = "velocity in nm/s";
+    const QRect extent = ruler.fontMetrics().boundingRect(QRect(), Qt::TextDontClip, text);
+    ruler.resize(80, extent.width());
+    QVERIFY(annotationRect(ruler, text).isEmpty());
+    ruler.resize(80, extent.width() + 1);
+    QVERIFY(!annotationRect(ruler, text).isEmpty());
+}
+
+QTEST_MAIN(VRulerTest)
+#include "tst_vruler.moc"
