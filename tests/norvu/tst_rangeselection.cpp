@@ -1,0 +1,129 @@
+#include "ink.h"
+
+#include <norvu/gui/rangeselectionrecordwidget.h>
+
+#include <QMouseEvent>
+#include <QtTest>
+
+using namespace Norvu::Gui;
+using Tellarix::Core::Time;
+using Tellarix::Core::TimeSpan;
+
+namespace {
+
+const Time Start(2024, 1, 5);
+
+void moveTo(QWidget &widget, const QPoint &position)
+{
+    QMouseEvent event(QEvent::MouseMove, position, Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(&widget, &event);
+}
+
+/** A widget of 200 x 60 pixels that shows 100 s, and what its band adds to its picture. */
+template <typename... Arguments>
+class Selecting : public RangeSelectionRecordWidget
+{
+public:
+    explicit Selecting(const Arguments &...arguments) : RangeSelectionRecordWidget(arguments...)
+    {
+        resize(200, 60);
+        setAlignment(Start);
+        setTimeScale(2);
+        QPalette colors = palette();
+        colors.setColor(QPalette::Highlight, QColor(0, 0, 255));
+        setPalette(colors);
+        _empty = Ink::picture(*this);
+    }
+
+    QRect bandRect()
+    {
+        const QImage now = Ink::picture(*this);
+        QRect result;
+        for (int y = 0; y < now.height(); ++y) {
+            for (int x = 0; x < now.width(); ++x) {
+                if (now.pixel(x, y) != _empty.pixel(x, y))
+                    result |= QRect(x, y, 1, 1);
+            }
+        }
+        return result;
+    }
+
+private:
+    QImage _empty;
+};
+
+} // namespace
+
+class RangeSelectionTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void showsBandWhileDragging();
+    void bandCanBeHidden();
+    void equalTimesShowNone();
+    void bandStandsBesideAxis();
+};
+
+void RangeSelectionTest::showsBandWhileDragging()
+{
+    Selecting<Tellarix::DataModel::WaveformStreamID> widget{
+        Tellarix::DataModel::WaveformStreamID()};
+    QSignalSpy spy(&widget, SIGNAL(selectedTimeRange(Tellarix::Core::Time, Tellarix::Core::Time)));
+    QVERIFY(spy.isValid());
+
+    QTest::mousePress(&widget, Qt::LeftButton, Qt::NoModifier, QPoint(50, 30));
+    QVERIFY(widget.bandRect().isEmpty());
+    moveTo(widget, QPoint(120, 30));
+    const QRect band = widget.bandRect();
+    QCOMPARE(band.left(), 50);
+    QCOMPARE(band.right(), 120);
+    QVERIFY(band.height() >= widget.height() - 2);
+    // Blue with an alpha of 64, laid on once.
+    const QImage picture = Ink::picture(widget);
+    QVERIFY(std::abs(qRed(picture.pixel(85, 20)) - qRed(picture.pixel(20, 20)) * 191 / 255) <= 2);
+
+    QTest::mouseRelease(&widget, Qt::LeftButton, Qt::NoModifier, QPoint(120, 30));
+    QVERIFY(widget.bandRect().isEmpty());
+    QCOMPARE(spy.count(), 1);
+    QVERIFY(spy[0][0].value<Time>() == Start + TimeSpan(25.0));
+    QVERIFY(spy[0][1].value<Time>() == Start + TimeSpan(60.0));
+}
+
+void RangeSelectionTest::bandCanBeHidden()
+{
+    Selecting<> widget;
+    QTest::mousePress(&widget, Qt::LeftButton, Qt::NoModifier, QPoint(50, 30));
+    moveTo(widget, QPoint(120, 30));
+    widget.setDrawSelection(false);
+    QVERIFY(widget.bandRect().isEmpty());
+    moveTo(widget, QPoint(140, 30));
+    widget.setDrawSelection(true);
+    QCOMPARE(widget.bandRect().right(), 140);
+}
+
+void RangeSelectionTest::equalTimesShowNone()
+{
+    Selecting<> widget;
+    widget.onChangingTimeRange(Start + TimeSpan(40.0), Start + TimeSpan(40.0));
+    QVERIFY(widget.bandRect().isEmpty());
+}
+
+void RangeSelectionTest::bandStandsBesideAxis()
+{
+    Selecting<> widget;
+    widget.setDrawAxis(true);
+    widget.setAxisWidth(60);
+    const QImage before = Ink::picture(widget);
+    widget.onChangingTimeRange(Start + TimeSpan(10.0), Start + TimeSpan(30.0));
+    const QImage after = Ink::picture(widget);
+    const int left = widget.canvasOffset() + 20;
+    QCOMPARE(left, 80);
+    QVERIFY(before.pixel(left - 1, 20) == after.pixel(left - 1, 20));
+    QVERIFY(before.pixel(left, 20) != after.pixel(left, 20));
+    QVERIFY(before.pixel(left + 40, 20) != after.pixel(left + 40, 20));
+    QVERIFY(before.pixel(left + 41, 20) == after.pixel(left + 41, 20));
+}
+
+QTEST_MAIN(RangeSelectionTest)
+#include "tst_rangeselection.moc"
