@@ -454,6 +454,13 @@ void TraceViewTest::normalizesOverTheVisibleWindow()
     Trace *late = makeRow("B", makeRecord("XX.B..BHZ", 0, 10, -8, 9));
     view.addItem(late);
     QCOMPARE(late->recordWidget()->amplRange(), Range(-8, 9));
+
+    // What was asked for counts, not what the time scale makes of it.
+    view.setWindowNormalization(true);
+    view.timeScale()->setRangeLimits(100, 1000);
+    view.setTimeRange(60, 90);
+    QCOMPARE(view.tmax(), 125.0);
+    QVERIFY(row->recordWidget()->normalizationWindow() == window(60, 90));
 }
 
 void TraceViewTest::sameNormalizationTellsNobody()

@@ -6,10 +6,9 @@
 #include <tellarix/core/environment.h>
 
 #include <QAction>
-#include <QCoreApplication>
+#include <QApplication>
 #include <QDesktopServices>
 #include <QFile>
-#include <QGuiApplication>
 #include <QIcon>
 #include <QMainWindow>
 #include <QMenu>
@@ -53,8 +52,8 @@ Application::Application(int &argc, char **argv, int flags, Tellarix::Gui::Appli
     : Tellarix::Gui::Application(argc, argv, flags & ~ShowSplash, type), _iconFile(iconFile),
       _title(title), _subtitle(subtitle), _version(version)
 {
-    // Pictures need a window system, which terminal programs do without.
-    if ((flags & ShowSplash) && qobject_cast<QGuiApplication *>(QCoreApplication::instance()))
+    // Terminal programs have no windows.
+    if ((flags & ShowSplash) && qobject_cast<QApplication *>(QCoreApplication::instance()))
         showSplash(splashImage, iconFile, title, subtitle, version);
 }
 
