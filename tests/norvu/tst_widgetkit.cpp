@@ -50,6 +50,7 @@ private slots:
     void paintsBadgeWithRoundCorners();
     void sizesMenusByTheirLayout();
     void closesMenuWithButton();
+    void walksDropDownsWithTabKey();
     void followsMouseWithTextColor();
     void coversParent();
     void followsNewParentOnly();
@@ -165,6 +166,27 @@ void WidgetKitTest::closesMenuWithButton()
     QCOMPARE(clicked.size(), 1);
     QCOMPARE(clicked.first().first().toInt(), 8);
     QVERIFY(!menu.isVisible());
+}
+
+void WidgetKitTest::walksDropDownsWithTabKey()
+{
+    Menu menu;
+    CustomWidgetMenu customMenu;
+    for (QMenu *drop : {static_cast<QMenu *>(&menu), static_cast<QMenu *>(&customMenu)}) {
+        auto *layout = new QVBoxLayout(drop);
+        auto *first = new QLineEdit;
+        auto *second = new QLineEdit;
+        layout->addWidget(first);
+        layout->addWidget(second);
+        drop->popup(QPoint(20, 20));
+        QVERIFY(QTest::qWaitForWindowExposed(drop));
+        first->setFocus();
+        QTest::keyClick(drop->windowHandle(), Qt::Key_Tab);
+        QTest::keyClick(drop->windowHandle(), Qt::Key_A);
+        QCOMPARE(second->text().toLower(), QStringLiteral("a"));
+        QTest::keyClick(drop->windowHandle(), Qt::Key_Escape);
+        QVERIFY(!drop->isVisible());
+    }
 }
 
 void WidgetKitTest::followsMouseWithTextColor()

@@ -14,5 +14,10 @@ QSize Menu::sizeHint() const
     return layout() ? layout()->sizeHint() : QMenu::sizeHint();
 }
 
+bool Menu::focusNextPrevChild(bool next)
+{
+    return QWidget::focusNextPrevChild(next);
+}
+
 } // namespace Gui
 } // namespace Norvu

@@ -9,7 +9,11 @@ class QButtonGroup;
 namespace Norvu {
 namespace Gui {
 
-/** A drop-down that holds a layout of buttons in place of actions, and is sized by that layout. */
+/**
+ * A drop-down that holds a layout of buttons in place of actions, and is sized by that layout.
+ *
+ * The tab key goes from one button to the next.
+ */
 class NORVU_GUI_API Menu : public QMenu
 {
     Q_OBJECT
@@ -21,6 +25,9 @@ public:
     QButtonGroup *buttonGroup() const { return _buttonGroup; }
 
     QSize sizeHint() const override;
+
+protected:
+    bool focusNextPrevChild(bool next) override;
 
 private:
     QButtonGroup *_buttonGroup;

@@ -1,0 +1,346 @@
+#include "norvu/ink.h"
+
+#include <norvu/gui/awesomecheckboxitemdelegate.h>
+#include <norvu/gui/centericondelegate.h>
+#include <norvu/gui/fontawesome5.h>
+
+#include <QPainter>
+#include <QStandardItemModel>
+#include <QTableView>
+#include <QTreeView>
+#include <QtTest>
+
+#include <functional>
+
+using namespace Norvu::Gui;
+
+namespace {
+
+constexpr int ExclusiveRole = Qt::UserRole + 1;
+const QRect Cell(10, 20, 60, 40);
+
+QStandardItem *checkItem(Qt::CheckState state, const QString &text = QString())
+{
+    auto *item = new QStandardItem(text);
+    item->setCheckable(true);
+    item->setCheckState(state);
+    return item;
+}
+
+/** A model with one group, exclusive or not, of three items in column 0 and texts in column 1. */
+void fillGroup(QStandardItemModel *model, bool exclusive, int checkedRow)
+{
+    auto *group = new QStandardItem(QStringLiteral("group"));
+    if (exclusive)
+        group->setData(1, ExclusiveRole);
+    for (int row = 0; row < 3; ++row)
+        group->appendRow({checkItem(row == checkedRow ? Qt::Checked : Qt::Unchecked),
+                          new QStandardItem(QStringLiteral("text"))});
+    model->appendRow({group, new QStandardItem});
+}
+
+QVector<int> states(const QStandardItemModel &model)
+{
+    QVector<int> result;
+    const QModelIndex group = model.index(0, 0);
+    for (int row = 0; row < model.rowCount(group); ++row)
+        result << model.index(row, 0, group).data(Qt::CheckStateRole).toInt();
+    return result;
+}
+
+QStyleOptionViewItem cellOption()
+{
+    QStyleOptionViewItem option;
+    option.rect = Cell;
+    option.state = QStyle::State_Enabled;
+    option.font.setPixelSize(24);
+    option.fontMetrics = QFontMetrics(option.font);
+    option.palette.setColor(QPalette::Text, Qt::black);
+    option.palette.setColor(QPalette::HighlightedText, Qt::red);
+    option.palette.setColor(QPalette::Highlight, QColor(250, 250, 250));
+    option.palette.setColor(QPalette::Disabled, QPalette::Text, Qt::green);
+    option.decorationSize = QSize(16, 16);
+    return option;
+}
+
+QImage painted(const std::function<void(QPainter *)> &paint)
+{
+    QImage image(100, 100, QImage::Format_RGB32);
+    image.fill(Qt::white);
+    QPainter painter(&image);
+    painter.setPen(Qt::blue);
+    paint(&painter);
+    return image;
+}
+
+QImage painted(const QStyledItemDelegate &delegate, const QStyleOptionViewItem &option,
+               const QModelIndex &index)
+{
+    return painted([&](QPainter *painter) { delegate.paint(painter, option, index); });
+}
+
+bool holds(const QImage &image, const QColor &color)
+{
+    return !Ink::rectOfColor(image, color).isEmpty();
+}
+
+/** What a glyph of a check box must look like, drawn without the delegate. */
+QImage glyphInCell(QChar ch, const QColor &color)
+{
+    return painted([&](QPainter *painter) {
+        QFont font = Norvu::FontAwesome5::font();
+        font.setPixelSize(cellOption().fontMetrics.height());
+        painter->setFont(font);
+        painter->setPen(color);
+        const int advance = QFontMetrics(font).horizontalAdvance(Norvu::FontAwesome5::chSquare);
+        const QRect box = Cell.adjusted((Cell.width() - advance) / 2, 1, 0, 0);
+        painter->drawText(box, Qt::AlignLeft | Qt::AlignVCenter, QString(ch));
+    });
+}
+
+} // namespace
+
+class ItemDelegatesTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void drawsGlyphOfState_data();
+    void drawsGlyphOfState();
+    void choosesColorOfGlyph_data();
+    void choosesColorOfGlyph();
+    void leavesOthersToBaseClass();
+    void togglesWithMouseAndKeys();
+    void reachesOneCheckBoxOfRow_data();
+    void reachesOneCheckBoxOfRow();
+    void keepsGroupExclusive_data();
+    void keepsGroupExclusive();
+    void tellsActivationFromOtherEvents();
+    void centersIcon();
+    void drawsItemsWithoutIcon();
+};
+
+void ItemDelegatesTest::drawsGlyphOfState_data()
+{
+    QTest::addColumn<bool>("exclusive");
+    QTest::addColumn<int>("state");
+    QTest::addColumn<QChar>("glyph");
+
+    namespace Icons = Norvu::FontAwesome5;
+    QTest::newRow("unchecked") << false << 0 << Icons::chSquare;
+    QTest::newRow("checked") << false << 2 << Icons::chCheckSquare;
+    QTest::newRow("partially checked") << false << 1 << Icons::chCheckSquare;
+    QTest::newRow("radio off") << true << 0 << Icons::chCircle;
+    QTest::newRow("radio on") << true << 2 << Icons::chDotCircle;
+}
+
+void ItemDelegatesTest::drawsGlyphOfState()
+{
+    QFETCH(bool, exclusive);
+    QFETCH(int, state);
+    QFETCH(QChar, glyph);
+
+    QStandardItemModel model;
+    fillGroup(&model, exclusive, 0);
+    const QModelIndex index = model.index(0, 0, model.index(0, 0));
+    model.setData(index, state, Qt::CheckStateRole);
+    const QColor color = state == Qt::PartiallyChecked ? Qt::green : Qt::blue;
+    QCOMPARE(painted(AwesomeCheckBoxItemDelegate(), cellOption(), index),
+             glyphInCell(glyph, color));
+}
+
+void ItemDelegatesTest::choosesColorOfGlyph_data()
+{
+    QTest::addColumn<int>("state");
+    QTest::addColumn<bool>("selected");
+    QTest::addColumn<QColor>("color");
+
+    QTest::newRow("checked") << 2 << false << QColor(Qt::blue);
+    QTest::newRow("selected") << 2 << true << QColor(Qt::red);
+    QTest::newRow("partially checked") << 1 << false << QColor(Qt::green);
+    QTest::newRow("partially checked, selected") << 1 << true << QColor(Qt::green);
+}
+
+void ItemDelegatesTest::choosesColorOfGlyph()
+{
+    QFETCH(int, state);
+    QFETCH(bool, selected);
+    QFETCH(QColor, color);
+
+    QStandardItemModel model;
+    model.appendRow(checkItem(static_cast<Qt::CheckState>(state)));
+    QStyleOptionViewItem option = cellOption();
+    option.state.setFlag(QStyle::State_Selected, selected);
+    const QImage image = painted(AwesomeCheckBoxItemDelegate(), option, model.index(0, 0));
+    for (const QColor &candidate : {QColor(Qt::blue), QColor(Qt::red), QColor(Qt::green)})
+        QCOMPARE(holds(image, candidate), candidate == color);
+}
+
+void ItemDelegatesTest::leavesOthersToBaseClass()
+{
+    QStandardItemModel model;
+    model.appendRow(new QStandardItem(QStringLiteral("MMM")));
+    const QModelIndex index = model.index(0, 0);
+    QCOMPARE(painted(AwesomeCheckBoxItemDelegate(), cellOption(), index),
+             painted(QStyledItemDelegate(), cellOption(), index));
+    painted(AwesomeCheckBoxItemDelegate(), cellOption(), QModelIndex());
+}
+
+void ItemDelegatesTest::togglesWithMouseAndKeys()
+{
+    QStandardItemModel model;
+    model.appendRow(checkItem(Qt::Unchecked));
+    model.appendRow(checkItem(Qt::PartiallyChecked));
+    QTableView view;
+    view.setModel(&model);
+    view.setItemDelegate(new AwesomeCheckBoxItemDelegate(&view));
+    view.resize(300, 200);
+    view.show();
+    QVERIFY(QTest::qWaitForWindowActive(&view));
+
+    // Anywhere in the cell, not only on the glyph.
+    const QRect cell = view.visualRect(model.index(0, 0));
+    QTest::mouseClick(view.viewport(), Qt::LeftButton, Qt::NoModifier,
+                      cell.topLeft() + QPoint(3, 3));
+    QCOMPARE(model.item(0)->checkState(), Qt::Checked);
+    QTest::keyClick(&view, Qt::Key_Space);
+    QCOMPARE(model.item(0)->checkState(), Qt::Unchecked);
+
+    view.setCurrentIndex(model.index(1, 0));
+    QTest::keyClick(&view, Qt::Key_Space);
+    QCOMPARE(model.item(1)->checkState(), Qt::Unchecked);
+    model.item(1)->setEnabled(false);
+    QTest::mouseClick(view.viewport(), Qt::LeftButton, Qt::NoModifier,
+                      view.visualRect(model.index(1, 0)).center());
+    QCOMPARE(model.item(1)->checkState(), Qt::Unchecked);
+}
+
+void ItemDelegatesTest::reachesOneCheckBoxOfRow_data()
+{
+    QTest::addColumn<QVector<int>>("checkableColumns");
+    QTest::addColumn<int>("clicked");
+    QTest::addColumn<int>("toggled");
+
+    using Columns = QVector<int>;
+    QTest::newRow("before the box") << Columns{2} << 0 << 2;
+    QTest::newRow("behind the box") << Columns{0} << 2 << 0;
+    QTest::newRow("on one of two boxes") << Columns{0, 1} << 1 << 1;
+    QTest::newRow("beside two boxes") << Columns{0, 1} << 2 << -1;
+    QTest::newRow("no box") << Columns{} << 1 << -1;
+}
+
+void ItemDelegatesTest::reachesOneCheckBoxOfRow()
+{
+    QFETCH(QVector<int>, checkableColumns);
+    QFETCH(int, clicked);
+    QFETCH(int, toggled);
+
+    QStandardItemModel model;
+    QList<QStandardItem *> row;
+    for (int column = 0; column < 3; ++column)
+        row << (checkableColumns.contains(column) ? checkItem(Qt::Unchecked)
+                                                  : new QStandardItem(QStringLiteral("text")));
+    model.appendRow(row);
+    QTreeView view;
+    view.setModel(&model);
+    view.setItemDelegate(new AwesomeCheckBoxItemDelegate(&view));
+    view.setEditTriggers(QAbstractItemView::NoEditTriggers);
+    view.resize(400, 200);
+    view.show();
+    QVERIFY(QTest::qWaitForWindowActive(&view));
+
+    QTest::mouseClick(view.viewport(), Qt::LeftButton, Qt::NoModifier,
+                      view.visualRect(model.index(0, clicked)).center());
+    for (int column : checkableColumns)
+        QCOMPARE(model.item(0, column)->checkState() == Qt::Checked, column == toggled);
+}
+
+void ItemDelegatesTest::keepsGroupExclusive_data()
+{
+    QTest::addColumn<bool>("exclusive");
+    QTest::addColumn<int>("row");
+    QTest::addColumn<int>("column");
+    QTest::addColumn<QVector<int>>("result");
+
+    using States = QVector<int>;
+    QTest::newRow("another radio item") << true << 2 << 0 << States{0, 0, 2};
+    QTest::newRow("text beside a radio item") << true << 2 << 1 << States{0, 0, 2};
+    QTest::newRow("checked radio item") << true << 0 << 0 << States{2, 0, 0};
+    QTest::newRow("check boxes") << false << 2 << 0 << States{2, 0, 2};
+    QTest::newRow("checked check box") << false << 0 << 0 << States{0, 0, 0};
+}
+
+void ItemDelegatesTest::keepsGroupExclusive()
+{
+    QFETCH(bool, exclusive);
+    QFETCH(int, row);
+    QFETCH(int, column);
+    QFETCH(QVector<int>, result);
+
+    QStandardItemModel model;
+    fillGroup(&model, exclusive, 0);
+    QTreeView view;
+    view.setModel(&model);
+    view.setItemDelegate(new AwesomeCheckBoxItemDelegate(&view));
+    view.expandAll();
+    view.resize(300, 200);
+    view.show();
+    QVERIFY(QTest::qWaitForWindowActive(&view));
+
+    const QModelIndex index = model.index(row, column, model.index(0, 0));
+    QTest::mouseClick(view.viewport(), Qt::LeftButton, Qt::NoModifier,
+                      view.visualRect(index).center());
+    QCOMPARE(states(model), result);
+}
+
+void ItemDelegatesTest::tellsActivationFromOtherEvents()
+{
+    QStandardItemModel model;
+    model.appendRow(checkItem(Qt::Unchecked));
+    const QModelIndex index = model.index(0, 0);
+    AwesomeCheckBoxItemDelegate delegate;
+    const auto send = [&](QEvent &&event) {
+        return delegate.editorEvent(&event, &model, cellOption(), index);
+    };
+    const auto mouse = [](QEvent::Type type, const QPointF &position) {
+        return QMouseEvent(type, position, Qt::LeftButton, Qt::NoButton, Qt::NoModifier);
+    };
+
+    QVERIFY(!send(mouse(QEvent::MouseButtonPress, Cell.center())));
+    QVERIFY(!send(mouse(QEvent::MouseButtonDblClick, Cell.center())));
+    QVERIFY(!send(mouse(QEvent::MouseButtonRelease, Cell.bottomRight() + QPointF(0.6, 0))));
+    QVERIFY(!send(QKeyEvent(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier)));
+    QVERIFY(!send(QKeyEvent(QEvent::KeyRelease, Qt::Key_Space, Qt::NoModifier)));
+    QCOMPARE(model.item(0)->checkState(), Qt::Unchecked);
+
+    QVERIFY(send(mouse(QEvent::MouseButtonRelease, Cell.bottomRight() + QPointF(0.4, 0))));
+    QCOMPARE(model.item(0)->checkState(), Qt::Checked);
+    QVERIFY(send(QKeyEvent(QEvent::KeyPress, Qt::Key_Select, Qt::NoModifier)));
+    QCOMPARE(model.item(0)->checkState(), Qt::Unchecked);
+}
+
+void ItemDelegatesTest::centersIcon()
+{
+    QPixmap pixmap(16, 16);
+    pixmap.fill(Qt::magenta);
+    QStandardItemModel model;
+    model.appendRow(new QStandardItem(QIcon(pixmap), QString()));
+    const QImage image = painted(CenterIconDelegate(), cellOption(), model.index(0, 0));
+    QCOMPARE(Ink::rectOfColor(image, Qt::magenta), QRect(10 + 22, 20 + 12, 16, 16));
+}
+
+void ItemDelegatesTest::drawsItemsWithoutIcon()
+{
+    QPixmap pixmap(16, 16);
+    pixmap.fill(Qt::magenta);
+    QStandardItemModel model;
+    model.appendRow(new QStandardItem(QStringLiteral("MMM")));
+    model.appendRow(new QStandardItem);
+    model.item(1)->setData(pixmap, Qt::DecorationRole);
+    for (int row = 0; row < model.rowCount(); ++row)
+        QCOMPARE(painted(CenterIconDelegate(), cellOption(), model.index(row, 0)),
+                 painted(QStyledItemDelegate(), cellOption(), model.index(row, 0)));
+}
+
+QTEST_MAIN(ItemDelegatesTest)
+#include "tst_itemdelegates.moc"
