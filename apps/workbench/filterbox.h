@@ -1,0 +1,61 @@
+#pragma once
+
+#include <QStringList>
+#include <QWidget>
+
+class QComboBox;
+class QToolButton;
+
+namespace Workbench {
+
+/**
+ * An input for filters in their text form, with presets, the filters used last, and a switch.
+ *
+ * Return applies what was typed. A text that is no filter stays where it is, with the cursor at the
+ * column where it goes wrong.
+ */
+class FilterBox : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit FilterBox(QWidget *parent = nullptr);
+
+    QString text() const;
+    bool isFilterEnabled() const;
+    /** The switch, for menus. */
+    QAction *toggleAction() const { return _toggle; }
+    /** Moves the keyboard focus into the input, for menus. */
+    QAction *editAction() const { return _edit; }
+
+    void restoreHistory();
+    void saveHistory() const;
+
+public slots:
+    /** Puts a text in and applies it. */
+    void apply(const QString &text);
+
+signals:
+    /** Another valid filter, in its text form; empty for none. */
+    void filterChanged(const QString &text);
+    void filterEnabled(bool enabled);
+    /** Why a text is no filter; empty when it is one. */
+    void problem(const QString &message);
+
+private slots:
+    void applyText();
+    void showProblem(int column, const QString &message);
+
+private:
+    void remember(const QString &text);
+    void fillList();
+
+    QComboBox *_input;
+    QToolButton *_switch;
+    QAction *_toggle;
+    QAction *_edit;
+    QStringList _history;
+    QString _applied;
+};
+
+} // namespace Workbench
