@@ -25,9 +25,9 @@ constexpr auto HistoryKey = "Workbench/filters";
 const QStringList &presets()
 {
     static const QStringList texts{
-        "bandpass(0.7, 2, order=4)",        "bandpass(1, 8, order=4)",
-        "bandpass(0.02, 0.1, order=3)",     "highpass(1, order=3)",
-        "lowpass(0.1, order=3)",            "bandpass(0.7, 2, order=4) | stalta(1, 60)",
+        "bandpass(0.7, 2, order=4)",    "bandpass(1, 8, order=4)",
+        "bandpass(0.02, 0.1, order=3)", "highpass(1, order=3)",
+        "lowpass(0.1, order=3)",        "bandpass(0.7, 2, order=4) | stalta(1, 60)",
         "demean(30) | integrate()",
     };
     return texts;

@@ -1,6 +1,7 @@
 #include "mainwindow.h"
 
 #include "darkpalette.h"
+#include "filterbox.h"
 #include "waveformpanel.h"
 
 #include <norvu/gui/traceview.h>
@@ -24,6 +25,7 @@
 #include <QPlainTextEdit>
 #include <QSettings>
 #include <QStatusBar>
+#include <QToolBar>
 #include <QUrl>
 
 #include <cstdio>
@@ -64,6 +66,8 @@ MainWindow::MainWindow(QWidget *parent) : QMainWindow(parent), _waveforms(new Wa
     createStatusBar();
     createFileMenu();
     createViewMenu();
+    createFilterBar();
+    createTraceMenu();
     _waveforms->view()->setFocus();
 }
 
@@ -102,6 +106,41 @@ void MainWindow::createViewMenu()
     connect(dark, &QAction::toggled, dark, [](bool on) { setDarkColors(on); });
 
     menu->addAction(_messageDock->toggleViewAction());
+}
+
+void MainWindow::createFilterBar()
+{
+    _filterBox = new FilterBox(this);
+    QToolBar *bar = addToolBar(tr("Filter"));
+    bar->setObjectName("filter");
+    bar->addWidget(_filterBox);
+
+    connect(_filterBox, SIGNAL(filterChanged(QString)), this, SLOT(setFilter(QString)));
+    connect(_filterBox, SIGNAL(filterEnabled(bool)), _waveforms->view(),
+            SLOT(setFilterEnabled(bool)));
+    connect(_filterBox, SIGNAL(problem(QString)), statusBar(), SLOT(showMessage(QString)));
+}
+
+void MainWindow::createTraceMenu()
+{
+    QMenu *menu = menuBar()->addMenu(tr("&Traces"));
+    menu->addAction(_filterBox->toggleAction());
+    menu->addAction(_filterBox->editAction());
+    menu->addSeparator();
+    // The view's tool bar, and those of its actions that stand in no menu yet.
+    if (const auto *bar = _waveforms->view()->findChild<QToolBar *>())
+        menu->addActions(bar->actions());
+    menu->addSeparator();
+    const QList<QAction *> shown = _waveforms->view()->controlActions();
+    for (QAction *action : _waveforms->view()->actions()) {
+        if (!shown.contains(action))
+            menu->addAction(action);
+    }
+}
+
+void MainWindow::setFilter(const QString &text)
+{
+    tell(_waveforms->setFilter(text));
 }
 
 void MainWindow::createMessageDock()
@@ -222,6 +261,7 @@ void MainWindow::restoreSettings()
     restoreGeometry(settings.value("geometry").toByteArray());
     restoreState(settings.value("state").toByteArray());
     _messageDock->hide();
+    _filterBox->restoreHistory();
 }
 
 void MainWindow::saveSettings() const
@@ -230,6 +270,7 @@ void MainWindow::saveSettings() const
     settings.beginGroup(SettingsGroup);
     settings.setValue("geometry", saveGeometry());
     settings.setValue("state", saveState());
+    _filterBox->saveHistory();
 }
 
 void MainWindow::closeEvent(QCloseEvent *event)

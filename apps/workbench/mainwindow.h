@@ -13,6 +13,7 @@ class QPlainTextEdit;
 
 namespace Workbench {
 
+class FilterBox;
 class WaveformPanel;
 
 /** The workbench's window: menus, panels, status line and a list of problems. */
@@ -59,16 +60,20 @@ private slots:
     void askForFiles();
     void askForUrl();
     void closeAll();
+    void setFilter(const QString &text);
 
 private:
     void createFileMenu();
     void createViewMenu();
+    void createFilterBar();
+    void createTraceMenu();
     void createMessageDock();
     void createStatusBar();
     void saveSettings() const;
     void tell(const QStringList &problems);
 
     WaveformPanel *_waveforms;
+    FilterBox *_filterBox{nullptr};
     QDockWidget *_messageDock{nullptr};
     QPlainTextEdit *_messages{nullptr};
     QLabel *_pointerLabel{nullptr};

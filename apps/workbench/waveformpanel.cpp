@@ -5,11 +5,14 @@
 
 #include <norvu/gui/trace.h>
 #include <norvu/gui/traceview.h>
+#include <tellarix/core/math/filterparser.h>
 #include <tellarix/qt/records/recordwidget.h>
 
 #include <QEvent>
 #include <QMouseEvent>
 #include <QVBoxLayout>
+
+#include <set>
 
 using namespace Tellarix;
 using Norvu::Gui::Trace;
@@ -35,6 +38,18 @@ Core::Time dayOf(const Core::Time &time)
 {
     const Core::TimeFields fields = time.fields();
     return Core::Time(fields.year, fields.month, fields.day);
+}
+
+/** The different sampling frequencies of all rows in ascending order. */
+std::set<double> samplingFrequencies(const TraceView &view)
+{
+    std::set<double> rates;
+    for (const Trace *row : view.items()) {
+        const RecordSequence *records = row->recordWidget()->records(0);
+        if (records && !records->isEmpty())
+            rates.insert(records->front()->samplingFrequency());
+    }
+    return rates;
 }
 
 QString timeText(const Core::Time &time)
@@ -97,6 +112,19 @@ void WaveformPanel::load(const QString &source, Outcome &outcome)
         outcome.ok = false;
         outcome.messages.append(tr("%1: no waveforms in it").arg(source));
     }
+}
+
+QStringList WaveformPanel::setFilter(const QString &text)
+{
+    const std::string definition = text.toStdString();
+    QStringList problems;
+    for (const double rate : samplingFrequencies(*_view)) {
+        const std::string problem = Math::Filtering::filterProblem(definition, rate);
+        if (!problem.empty())
+            problems.append(tr("Streams at %1 Hz: %2").arg(rate).arg(problem.c_str()));
+    }
+    _view->setFilter(Math::Filtering::parseFilter<double>(definition).release());
+    return problems;
 }
 
 void WaveformPanel::alignTo(const Core::Time &time)

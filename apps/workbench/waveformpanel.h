@@ -45,6 +45,12 @@ public:
     /** Takes all rows away. */
     void clear();
 
+    /**
+     * Filters all rows by a filter in its text form; an empty text takes the filter away.
+     * @return one text for each sampling frequency that the filter doesn't fit
+     */
+    QStringList setFilter(const QString &text);
+
     /** Rows without a header line, their names inside the traces; for many rows at once. */
     bool isCompact() const { return _compact; }
 
