@@ -261,6 +261,8 @@ void EnvelopeTest::nothingToShow()
     QCOMPARE(makeEnvelope(records, window(0, 100), 1).stretches.size(), size_t(1));
     for (const double scale : {0.0, -1.0, NaN, Infinity})
         QVERIFY(makeEnvelope(records, window(0, 100), scale).columns.empty());
+    records.feed(ramp(500, 5, 1E308).get());
+    QVERIFY(!makeEnvelope(records, window(0, 600), 1E-300).columns.empty());
     QVERIFY(makeEnvelope(records, window(100, 0), 1).columns.empty());
     QVERIFY(makeEnvelope(records, Core::TimeWindow(), 1).columns.empty());
 }

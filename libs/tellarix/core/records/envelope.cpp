@@ -188,6 +188,9 @@ void EnvelopeBuilder::addRecord(const Record *record, const RecordSpan &span)
     const NumericArray &data = *record->data();
     const double x = xOf(span.start);
     const double step = _pixelsPerSecond / record->samplingFrequency();
+    if (!(step > 0))
+        return;
+
     const double before = std::ceil(-x / step) - 1;
     const double behind = std::ceil((_columnCount - x) / step) + 1;
     const int first = static_cast<int>(std::clamp(before, 0.0, data.size() - 1.0));
@@ -233,7 +236,7 @@ void EnvelopeBuilder::addColumns(const NumericArray &data, int first, int last, 
         int count = 0;
         edges[0] = from;
         for (; count < ChunkSize && from < last; ++column) {
-            const double edge = (column + 1 - x) * samplesPerPixel;
+            const double edge = std::min<double>(last, (column + 1 - x) * samplesPerPixel);
             auto to = static_cast<int64_t>(edge);
             to += edge > static_cast<double>(to);
             if (alignment > 1)

@@ -224,8 +224,8 @@ void RecordSequence::walkLevels(int first, int last, OnRecords onRecords, OnEntr
             take(depth, from, to);
             return;
         }
-        take(depth, from, parents.first << LevelShift);
-        take(depth, parents.second << LevelShift, to);
+        take(depth, from, parents.first * LevelRatio);
+        take(depth, parents.second * LevelRatio, to);
         from = parents.first;
         to = parents.second;
     }
@@ -501,7 +501,7 @@ void RecordSequence::updateLevel(size_t index, int64_t first, int64_t last)
 
 RecordSequence::Entry RecordSequence::combinedEntry(size_t level, int64_t number) const
 {
-    const int64_t begin = number << LevelShift;
+    const int64_t begin = number * LevelRatio;
     const int64_t end = begin + LevelRatio;
     if (level == 0) {
         const int first = static_cast<int>(std::max(begin, _firstNumber) - _firstNumber);
