@@ -34,6 +34,7 @@ private slots:
     void findsChildrenByCode();
     void givesEveryChildOneParent();
     void survivesLostParents();
+    void samplingFrequencyIsAFraction();
 };
 
 void InventoryTest::makesIds_data()
@@ -103,6 +104,17 @@ void InventoryTest::survivesLostParents()
     QCOMPARE(id(stream.get()), std::string(".APE.00.BHZ"));
     QCOMPARE(waveformStreamID(nullptr), WaveformStreamID());
     QCOMPARE(id(nullptr), std::string());
+}
+
+void InventoryTest::samplingFrequencyIsAFraction()
+{
+    Stream stream;
+    QCOMPARE(stream.samplingFrequency(), 0.0);
+    stream.setSamplingRateNumerator(1);
+    stream.setSamplingRateDenominator(3);
+    QCOMPARE(stream.samplingFrequency() * 3, 1.0);
+    stream.setSamplingRateDenominator(0);
+    QCOMPARE(stream.samplingFrequency(), 0.0);
 }
 
 QTEST_APPLESS_MAIN(InventoryTest)

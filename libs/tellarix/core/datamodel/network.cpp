@@ -1,4 +1,4 @@
-#include "network.h"
+#include <tellarix/core/datamodel/network.h>
 
 #include <tellarix/core/datamodel/station.h>
 

@@ -2,6 +2,7 @@
 
 #include <tellarix/core/api.h>
 #include <tellarix/core/baseobject.h>
+#include <tellarix/core/timewindow.h>
 
 #include <string>
 #include <vector>
@@ -30,6 +31,13 @@ public:
     void setCode(const std::string &code) { _code = code; }
     const std::string &description() const { return _description; }
     void setDescription(const std::string &description) { _description = description; }
+    /** When the network is in operation; an invalid end means until further notice. */
+    const Core::TimeWindow &epoch() const { return _epoch; }
+    void setEpoch(const Core::TimeWindow &epoch) { _epoch = epoch; }
+    Core::Time start() const { return _epoch.startTime(); }
+    void setStart(Core::Time start) { _epoch.setStartTime(start); }
+    Core::Time end() const { return _epoch.endTime(); }
+    void setEnd(Core::Time end) { _epoch.setEndTime(end); }
 
     /** Adds a station that has no network yet; false for null or one that has. */
     bool add(Station *station);
@@ -41,6 +49,7 @@ public:
 private:
     std::string _code;
     std::string _description;
+    Core::TimeWindow _epoch;
     std::vector<Core::SmartPointer<Station>> _stations;
 };
 

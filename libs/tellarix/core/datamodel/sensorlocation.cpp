@@ -1,4 +1,4 @@
-#include "sensorlocation.h"
+#include <tellarix/core/datamodel/sensorlocation.h>
 
 #include <tellarix/core/datamodel/stream.h>
 

@@ -1,4 +1,4 @@
-#include "station.h"
+#include <tellarix/core/datamodel/station.h>
 
 #include <tellarix/core/datamodel/sensorlocation.h>
 

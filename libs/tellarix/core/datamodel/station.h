@@ -2,6 +2,7 @@
 
 #include <tellarix/core/api.h>
 #include <tellarix/core/baseobject.h>
+#include <tellarix/core/timewindow.h>
 
 #include <string>
 #include <vector>
@@ -34,6 +35,13 @@ public:
     /** Metres above sea level. */
     double elevation() const { return _elevation; }
     void setElevation(double elevation) { _elevation = elevation; }
+    /** When the station is in operation; an invalid end means until further notice. */
+    const Core::TimeWindow &epoch() const { return _epoch; }
+    void setEpoch(const Core::TimeWindow &epoch) { _epoch = epoch; }
+    Core::Time start() const { return _epoch.startTime(); }
+    void setStart(Core::Time start) { _epoch.setStartTime(start); }
+    Core::Time end() const { return _epoch.endTime(); }
+    void setEnd(Core::Time end) { _epoch.setEndTime(end); }
 
     /** The network that the station was added to, null if there is none. */
     Network *network() const { return _network; }
@@ -53,6 +61,7 @@ private:
     double _latitude{0};
     double _longitude{0};
     double _elevation{0};
+    Core::TimeWindow _epoch;
     Network *_network{nullptr};
     std::vector<Core::SmartPointer<SensorLocation>> _locations;
 };

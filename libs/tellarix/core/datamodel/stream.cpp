@@ -1,4 +1,4 @@
-#include "stream.h"
+#include <tellarix/core/datamodel/stream.h>
 
 #include <utility>
 
@@ -9,6 +9,14 @@ Stream::Stream(std::string code) : _code(std::move(code))
 {}
 
 Stream::~Stream() = default;
+
+double Stream::samplingFrequency() const
+{
+    if (_samplingRateNumerator <= 0 || _samplingRateDenominator <= 0)
+        return 0;
+
+    return static_cast<double>(_samplingRateNumerator) / _samplingRateDenominator;
+}
 
 } // namespace DataModel
 } // namespace Tellarix

@@ -30,9 +30,13 @@ public:
     /** Unit of the ground motion, such as "M/S". */
     const std::string &gainUnit() const { return _gainUnit; }
     void setGainUnit(const std::string &unit) { _gainUnit = unit; }
-    /** In Hz; 0 if unknown. */
-    double samplingFrequency() const { return _samplingFrequency; }
-    void setSamplingFrequency(double frequency) { _samplingFrequency = frequency; }
+    /** The sampling frequency as a fraction, since periods such as 3 s have no finite decimals. */
+    int samplingRateNumerator() const { return _samplingRateNumerator; }
+    void setSamplingRateNumerator(int numerator) { _samplingRateNumerator = numerator; }
+    int samplingRateDenominator() const { return _samplingRateDenominator; }
+    void setSamplingRateDenominator(int denominator) { _samplingRateDenominator = denominator; }
+    /** Numerator by denominator, in Hz; 0 if unknown, that is unless both are above 0. */
+    double samplingFrequency() const;
     /** Metres below the surface. */
     double depth() const { return _depth; }
     void setDepth(double depth) { _depth = depth; }
@@ -44,6 +48,10 @@ public:
     /** When the stream is in operation; an invalid end means until further notice. */
     const Core::TimeWindow &epoch() const { return _epoch; }
     void setEpoch(const Core::TimeWindow &epoch) { _epoch = epoch; }
+    Core::Time start() const { return _epoch.startTime(); }
+    void setStart(Core::Time start) { _epoch.setStartTime(start); }
+    Core::Time end() const { return _epoch.endTime(); }
+    void setEnd(Core::Time end) { _epoch.setEndTime(end); }
 
     /** The sensor location that the stream was added to, null if there is none. */
     SensorLocation *sensorLocation() const { return _location; }
@@ -54,7 +62,8 @@ private:
     std::string _code;
     std::string _gainUnit;
     double _gain{0};
-    double _samplingFrequency{0};
+    int _samplingRateNumerator{0};
+    int _samplingRateDenominator{1};
     double _depth{0};
     double _azimuth{0};
     double _dip{0};

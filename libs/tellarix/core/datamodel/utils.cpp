@@ -1,4 +1,4 @@
-#include "utils.h"
+#include <tellarix/core/datamodel/utils.h>
 
 #include <tellarix/core/datamodel/network.h>
 #include <tellarix/core/datamodel/sensorlocation.h>

@@ -1,0 +1,85 @@
+#include <tellarix/core/interfacefactory.h>
+
+#include <QtTest>
+
+namespace {
+
+class Shape
+{
+public:
+    virtual ~Shape() = default;
+    virtual int corners() const = 0;
+};
+
+class Triangle : public Shape
+{
+public:
+    int corners() const override { return 3; }
+};
+
+class Square : public Shape
+{
+public:
+    int corners() const override { return 4; }
+};
+
+} // namespace
+
+TELLARIX_DEFINE_INTERFACE_POOL(, Shape)
+
+using Pool = Tellarix::Core::Generic::InterfaceFactoryInterface<Shape>;
+template <typename T>
+using Factory = Tellarix::Core::Generic::InterfaceFactory<Shape, T>;
+
+class InterfaceFactoryTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void createsByServiceName();
+    void firstFactoryOfANameWins();
+    void factoryLeavesThePoolWithItsLife();
+    void registersOnce();
+};
+
+void InterfaceFactoryTest::createsByServiceName()
+{
+    const Factory<Triangle> triangle("triangle");
+    const Factory<Square> square("square");
+    const std::unique_ptr<Shape> made(Pool::Create(std::string("square")));
+    QVERIFY(made);
+    QCOMPARE(made->corners(), 4);
+    QVERIFY(!Pool::Create("Square"));
+    QCOMPARE(*Pool::Services(), (Pool::ServiceNames{"triangle", "square"}));
+}
+
+void InterfaceFactoryTest::firstFactoryOfANameWins()
+{
+    const Factory<Triangle> first("shape");
+    const Factory<Square> second("shape");
+    QCOMPARE(static_cast<const Pool *>(Pool::Find("shape")), static_cast<const Pool *>(&first));
+    QCOMPARE(Pool::ServiceCount(), 2U);
+}
+
+void InterfaceFactoryTest::factoryLeavesThePoolWithItsLife()
+{
+    {
+        const Factory<Triangle> triangle("triangle");
+        QCOMPARE(Pool::ServiceCount(), 1U);
+    }
+    QCOMPARE(Pool::ServiceCount(), 0U);
+    QVERIFY(!Pool::Find("triangle"));
+    QVERIFY(!Pool::Create("triangle"));
+}
+
+void InterfaceFactoryTest::registersOnce()
+{
+    Factory<Triangle> triangle("triangle");
+    QVERIFY(!Pool::RegisterFactory(&triangle));
+    QVERIFY(!Pool::RegisterFactory(nullptr));
+    QVERIFY(Pool::UnregisterFactory(&triangle));
+    QVERIFY(!Pool::UnregisterFactory(&triangle));
+}
+
+QTEST_APPLESS_MAIN(InterfaceFactoryTest)
+#include "tst_interfacefactory.moc"
