@@ -14,7 +14,7 @@ QString sourcePath(const QString &path)
 
 QStringList forbiddenIncludes(const QString &file, const QStringList &forbidden)
 {
-    static const QRegularExpression include(R"(^\s*#\s*include\s*[<"]([^>"]+)[>"])");
+    static const QRegularExpression include("^\\s*#\\s*include\\s*[<\"]([^>\"]+)[>\"]");
 
     QStringList found;
     QFile source(file);
