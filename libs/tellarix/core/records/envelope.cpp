@@ -224,9 +224,11 @@ void EnvelopeBuilder::addColumns(const NumericArray &data, int first, int last, 
                                  double step)
 {
     int64_t alignment = 1;
-    for (int64_t block = NumericArray::BlockSize; step * block * SnappedBlocks <= 1;
-         block *= NumericArray::BlockRatio)
-        alignment = block;
+    int64_t block = NumericArray::BlockSize;
+    for (int level = 0; level < NumericArray::Levels; ++level, block *= NumericArray::BlockRatio) {
+        if (step * static_cast<double>(block) * SnappedBlocks <= 1)
+            alignment = block;
+    }
 
     const double samplesPerPixel = 1 / step;
     int columns[ChunkSize];
@@ -236,11 +238,13 @@ void EnvelopeBuilder::addColumns(const NumericArray &data, int first, int last, 
         int count = 0;
         edges[0] = from;
         for (; count < ChunkSize && from < last; ++column) {
-            const double edge = std::min<double>(last, (column + 1 - x) * samplesPerPixel);
-            auto to = static_cast<int64_t>(edge);
-            to += edge > static_cast<double>(to);
-            if (alignment > 1)
+            const double edge = (column + 1 - x) * samplesPerPixel;
+            int64_t to = last;
+            if (edge < last) {
+                to = static_cast<int64_t>(edge);
+                to += edge > static_cast<double>(to);
                 to = (to + alignment / 2) / alignment * alignment;
+            }
             if (to <= from)
                 continue;
             from = static_cast<int>(std::min<int64_t>(to, last));
