@@ -1,0 +1,253 @@
+#include <norvu/gui/tabwidget.h>
+
+#include <norvu/gui/tabbar.h>
+
+#include <QEvent>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QScreen>
+
+#include <algorithm>
+#include <utility>
+
+namespace Norvu {
+namespace Gui {
+
+namespace {
+
+/** Distance of a torn off page from the pointer, in pixels. */
+constexpr int DropDistance = 10;
+
+void toggleFullScreen(QWidget *page)
+{
+    if (page->isFullScreen())
+        page->showNormal();
+    else
+        page->showFullScreen();
+}
+
+bool isOnSecondaryScreen(const QPoint &position)
+{
+    const QScreen *screen = QGuiApplication::screenAt(position);
+    return screen && screen != QGuiApplication::primaryScreen();
+}
+
+} // namespace
+
+TabWidget::TabWidget(QWidget *parent) : QTabWidget(parent)
+{
+    auto *bar = new TabBar(this);
+    setTabBar(bar);
+    setMovable(true);
+    connect(bar, SIGNAL(tabMoved(int, int)), this, SLOT(updateIndices(int, int)));
+    connect(bar, SIGNAL(detachRequested(int, QPoint)), this, SLOT(detach(int, QPoint)));
+}
+
+TabWidget::~TabWidget()
+{
+    const QVector<QWidget *> pages = std::exchange(_widgets, {});
+    for (QWidget *page : pages) {
+        disconnect(page, nullptr, this, nullptr);
+        if (hasTab(page))
+            continue;
+        page->removeEventFilter(this);
+        page->setParent(nullptr);
+        delete page;
+    }
+}
+
+void TabWidget::makeWindow(QWidget *page)
+{
+    page->installEventFilter(this);
+    page->setWindowFlags(Qt::Window);
+}
+
+void TabWidget::unmakeWindow(QWidget *page)
+{
+    page->removeEventFilter(this);
+    page->setWindowFlags(Qt::WindowFlags());
+}
+
+void TabWidget::insertPage(int index, QWidget *page)
+{
+    _widgets.insert(index, page);
+    // Hosts may delete pages by themselves.
+    connect(page, SIGNAL(destroyed(QObject *)), this, SLOT(forgetPage(QObject *)),
+            Qt::UniqueConnection);
+}
+
+void TabWidget::takePage(QWidget *page)
+{
+    _widgets.removeOne(page);
+    disconnect(page, SIGNAL(destroyed(QObject *)), this, SLOT(forgetPage(QObject *)));
+}
+
+void TabWidget::forgetPage(QObject *page)
+{
+    // Only the address is looked at: the page is no widget any more.
+    _widgets.removeOne(static_cast<QWidget *>(page));
+}
+
+void TabWidget::addWidget(QWidget *page)
+{
+    if (!_widgets.contains(page))
+        makeWindow(page);
+}
+
+int TabWidget::insertWidget(int index, QWidget *page)
+{
+    if (_widgets.contains(page))
+        return -1;
+
+    if (index < 0 || index >= _widgets.size())
+        index = _widgets.size();
+    makeWindow(page);
+    insertPage(index, page);
+    return index;
+}
+
+void TabWidget::removeWidget(QWidget *page)
+{
+    if (!_widgets.contains(page))
+        return;
+
+    takePage(page);
+    const int tab = indexOf(page);
+    if (tab >= 0) {
+        removeTab(tab);
+        return;
+    }
+    page->removeEventFilter(this);
+    page->setParent(nullptr);
+    delete page;
+}
+
+int TabWidget::addTab(QWidget *page, const QString &label)
+{
+    return addTab(page, QIcon(), label);
+}
+
+int TabWidget::addTab(QWidget *page, const QIcon &icon, const QString &label)
+{
+    const bool isKnown = _widgets.contains(page);
+    const bool wasDetached = isKnown && !hasTab(page);
+    if (isKnown)
+        takePage(page);
+    insertPage(_widgets.size(), page);
+    if (wasDetached)
+        unmakeWindow(page);
+    const int tab = QTabWidget::addTab(page, icon, label);
+    if (wasDetached)
+        emit attached(page);
+    return tab;
+}
+
+int TabWidget::insertTab(int index, QWidget *page, const QString &label)
+{
+    return insertTab(index, page, QIcon(), label);
+}
+
+int TabWidget::insertTab(int index, QWidget *page, const QIcon &icon, const QString &label)
+{
+    if (index < 0 || index >= count()) {
+        addTab(page, icon, label);
+        return count() - 1;
+    }
+
+    // A page that has a tab already leaves it first, by which those behind it move up.
+    const int present = indexOf(page);
+    QWidget *next = widget(present >= 0 && present <= index ? index + 1 : index);
+    if (_widgets.contains(page)) {
+        takePage(page);
+        if (present < 0)
+            unmakeWindow(page);
+    }
+    const int place = _widgets.indexOf(next);
+    insertPage(place < 0 ? _widgets.size() : place, page);
+    return icon.isNull() ? QTabWidget::insertTab(index, page, label)
+                         : QTabWidget::insertTab(index, page, icon, label);
+}
+
+void TabWidget::detach(int index, const QPoint &position)
+{
+    QWidget *page = widget(index);
+    if (!page)
+        return;
+
+    const QString title = tabText(index);
+    const QIcon icon = tabIcon(index);
+    const QSize size = page->size();
+    removeTab(index);
+    if (count() == 0)
+        hide();
+
+    makeWindow(page);
+    page->setGeometry(QRect(position - QPoint(size.width() / 2, -DropDistance), size));
+    page->setWindowTitle(title);
+    page->setWindowIcon(icon);
+    if (isOnSecondaryScreen(position))
+        page->showMaximized();
+    page->show();
+    emit detached(page);
+}
+
+/** Place in the list of the page with a tab; pages without tabs don't count for tabs. */
+int TabWidget::placeOfTab(int tab) const
+{
+    const int place = _widgets.indexOf(widget(tab));
+    return place >= 0 ? place : tab;
+}
+
+void TabWidget::updateIndices(int from, int to)
+{
+    const int size = _widgets.size();
+    if (from < 0 || from >= size || to < 0 || to >= size)
+        return;
+
+    std::swap(_widgets[placeOfTab(from)], _widgets[placeOfTab(to)]);
+}
+
+bool TabWidget::eventFilter(QObject *watched, QEvent *event)
+{
+    auto *page = qobject_cast<QWidget *>(watched);
+    if (page && event->type() == QEvent::KeyPress &&
+        static_cast<QKeyEvent *>(event)->key() == Qt::Key_F11) {
+        toggleFullScreen(page);
+        return true;
+    }
+    if (page && event->type() == QEvent::Close) {
+        event->ignore();
+        takeBack(page);
+        return true;
+    }
+    return QTabWidget::eventFilter(watched, event);
+}
+
+/** Index at which a page gets its tab back: behind the nearest page before it that has one. */
+int TabWidget::returnIndex(int place) const
+{
+    for (int index = place; index >= 1; --index) {
+        const int previousTab = indexOf(_widgets[index - 1]);
+        if (previousTab >= 0)
+            return previousTab + 1;
+    }
+    return std::min(place, 0);
+}
+
+void TabWidget::takeBack(QWidget *page)
+{
+    const int place = _widgets.indexOf(page);
+    unmakeWindow(page);
+    const int tab = insertTab(returnIndex(place), page, page->windowIcon(), page->windowTitle());
+    // Other detached pages stay before and behind it, as they were.
+    if (place >= 0)
+        _widgets.move(_widgets.indexOf(page), place);
+
+    setCurrentIndex(tab);
+    if (isHidden())
+        show();
+    emit attached(page);
+}
+
+} // namespace Gui
+} // namespace Norvu

@@ -1,0 +1,436 @@
+#include <norvu/gui/tabbar.h>
+#include <norvu/gui/tabwidget.h>
+
+#include <QLineEdit>
+#include <QMouseEvent>
+#include <QPointer>
+#include <QtTest>
+
+using namespace Norvu::Gui;
+
+namespace {
+
+/** A tab widget of 500 x 300 pixels with a page for each name, and what it tells. */
+struct Tabs
+{
+    explicit Tabs(const QString &names = "ABCD")
+    {
+        for (const QChar name : names)
+            widget.addTab(newPage(name), name);
+        QObject::connect(&widget, &TabWidget::detached,
+                         [this](QWidget *page) { log << "detached " + page->objectName(); });
+        QObject::connect(&widget, &TabWidget::attached,
+                         [this](QWidget *page) { log << "attached " + page->objectName(); });
+        widget.setGeometry(100, 100, 500, 300);
+        widget.show();
+        if (!QTest::qWaitForWindowExposed(&widget))
+            qFatal("The window of the tabs does not come up");
+    }
+
+    QWidget *newPage(const QString &name)
+    {
+        auto *page = new QWidget;
+        page->setObjectName(name);
+        pages.insert(name, page);
+        return page;
+    }
+
+    TabBar *bar() { return widget.findChild<TabBar *>(); }
+    QWidget *page(const QString &name) { return pages.value(name); }
+    QPoint centerOf(int tab) { return bar()->tabRect(tab).center(); }
+
+    QString tabNames()
+    {
+        QString names;
+        for (int i = 0; i < widget.count(); ++i)
+            names += widget.widget(i)->objectName();
+        return names;
+    }
+
+    QString pageNames()
+    {
+        QString names;
+        for (int i = 0; i < widget.widgetCount(); ++i)
+            names += widget.widgetAt(i)->objectName();
+        return names;
+    }
+
+    void detach(const QString &names)
+    {
+        for (const QChar name : names)
+            widget.detach(widget.indexOf(page(name)), QPoint(400, 500));
+        log.clear();
+    }
+
+    void send(QEvent::Type type, const QPoint &position)
+    {
+        const bool isMove = type == QEvent::MouseMove;
+        const bool isDown = type != QEvent::MouseButtonRelease;
+        QMouseEvent event(type, position, bar()->mapToGlobal(position),
+                          isMove ? Qt::NoButton : Qt::LeftButton,
+                          isDown ? Qt::LeftButton : Qt::NoButton, Qt::NoModifier);
+        QApplication::sendEvent(bar(), &event);
+        QApplication::processEvents();
+    }
+
+    /** Presses at the first position and moves through the others in small steps. */
+    void drag(const QVector<QPoint> &positions)
+    {
+        constexpr int Steps = 12;
+        send(QEvent::MouseButtonPress, positions.first());
+        for (int i = 1; i < positions.size(); ++i) {
+            const QPoint way = positions[i] - positions[i - 1];
+            for (int step = 1; step <= Steps; ++step)
+                send(QEvent::MouseMove, positions[i - 1] + way * step / Steps);
+        }
+    }
+
+    void dragAndDrop(const QVector<QPoint> &positions)
+    {
+        drag(positions);
+        send(QEvent::MouseButtonRelease, positions.last());
+    }
+
+    TabWidget widget;
+    QStringList log;
+    QHash<QString, QPointer<QWidget>> pages;
+};
+
+} // namespace
+
+class TabWidgetTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void draggingOutTearsOff();
+    void wanderingOutAndBackKeepsTab();
+    void movesTabAndTearsItOff();
+    void moveGoesOnAfterComingBack();
+    void movesTabsWhileOthersAreDetached();
+    void pressBesideTabsTearsOffNothing();
+    void pagesReturnToTheirPlace_data();
+    void pagesReturnToTheirPlace();
+    void hidesWithoutTabs();
+    void f11TogglesFullScreenOfDetachedPages();
+    void insertsBeforeTab_data();
+    void insertsBeforeTab();
+    void addTabBringsDetachedPageBack();
+    void insertedWidgetWaitsForItsTab();
+    void addedWidgetIsNotListed();
+    void removesPages();
+    void deletesDetachedPages();
+    void forgetsPagesDeletedByOthers();
+};
+
+void TabWidgetTest::draggingOutTearsOff()
+{
+    Tabs tabs;
+    const QPoint start = tabs.centerOf(1);
+    const QPoint end = start + QPoint(30, 150);
+    tabs.widget.setTabIcon(1, QIcon(QPixmap(4, 4)));
+    tabs.drag({start, end});
+    const QSize size = tabs.page("B")->size();
+    QCOMPARE(tabs.bar()->cursor().shape(), Qt::OpenHandCursor);
+    QCOMPARE(tabs.widget.count(), 4);
+    tabs.send(QEvent::MouseButtonRelease, end);
+
+    QWidget *page = tabs.page("B");
+    const QPoint position = tabs.bar()->mapToGlobal(end);
+    QCOMPARE(tabs.log, QStringList("detached B"));
+    QCOMPARE(tabs.tabNames(), QString("ACD"));
+    QCOMPARE(tabs.pageNames(), QString("ABCD"));
+    QVERIFY(page->isWindow() && page->isVisible());
+    QCOMPARE(page->windowTitle(), QString("B"));
+    QVERIFY(!page->windowIcon().isNull());
+    QCOMPARE(page->geometry(),
+             QRect(QPoint(position.x() - size.width() / 2, position.y() + 10), size));
+    QCOMPARE(tabs.bar()->cursor().shape(), Qt::ArrowCursor);
+}
+
+void TabWidgetTest::wanderingOutAndBackKeepsTab()
+{
+    Tabs tabs;
+    const QPoint start = tabs.centerOf(1);
+    tabs.dragAndDrop({start, start + QPoint(0, 120), start});
+    QCOMPARE(tabs.log, QStringList());
+    QCOMPARE(tabs.tabNames(), QString("ABCD"));
+    QCOMPARE(tabs.pageNames(), QString("ABCD"));
+}
+
+void TabWidgetTest::movesTabAndTearsItOff()
+{
+    Tabs tabs;
+    const QPoint start = tabs.centerOf(0);
+    tabs.drag({start, tabs.centerOf(2)});
+    tabs.send(QEvent::MouseMove, tabs.centerOf(2) + QPoint(0, 100));
+    tabs.send(QEvent::MouseMove, tabs.centerOf(2) + QPoint(0, 120));
+    QCOMPARE(tabs.tabNames(), QString("BCAD"));
+    QCOMPARE(tabs.pageNames(), QString("BCAD"));
+
+    tabs.send(QEvent::MouseButtonRelease, tabs.centerOf(2) + QPoint(0, 120));
+    QCOMPARE(tabs.log, QStringList("detached A"));
+    QCOMPARE(tabs.tabNames(), QString("BCD"));
+}
+
+void TabWidgetTest::moveGoesOnAfterComingBack()
+{
+    Tabs tabs;
+    const QPoint start = tabs.centerOf(1);
+    const QPoint end = tabs.centerOf(2);
+    tabs.dragAndDrop({start, start + QPoint(0, 120), start, end});
+    QCOMPARE(tabs.tabNames(), QString("ACBD"));
+    QCOMPARE(tabs.pageNames(), QString("ACBD"));
+    QCOMPARE(tabs.log, QStringList());
+}
+
+void TabWidgetTest::movesTabsWhileOthersAreDetached()
+{
+    Tabs tabs;
+    tabs.detach("A");
+    const QPoint start = tabs.centerOf(0);
+    tabs.send(QEvent::MouseButtonPress, start);
+    tabs.send(QEvent::MouseMove, start + QPoint(15, 0));
+    tabs.send(QEvent::MouseMove, tabs.centerOf(2));
+    tabs.send(QEvent::MouseButtonRelease, tabs.centerOf(2));
+    QCOMPARE(tabs.tabNames(), QString("CDB"));
+    QCOMPARE(tabs.pageNames(), QString("ACDB"));
+}
+
+void TabWidgetTest::pressBesideTabsTearsOffNothing()
+{
+    Tabs tabs;
+    const QPoint beside(tabs.bar()->tabRect(3).right() + 5, 5);
+    QSignalSpy spy(tabs.bar(), SIGNAL(detachRequested(int, QPoint)));
+    QVERIFY(spy.isValid());
+    tabs.dragAndDrop({beside, beside + QPoint(0, 150)});
+    QCOMPARE(spy.count(), 1);
+    QCOMPARE(spy[0][0].toInt(), -1);
+    QCOMPARE(tabs.log, QStringList());
+    QCOMPARE(tabs.widget.count(), 4);
+}
+
+void TabWidgetTest::pagesReturnToTheirPlace_data()
+{
+    QTest::addColumn<QString>("detached");
+    QTest::addColumn<QString>("closed");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("first") << "A"
+                           << "A"
+                           << "ABCD";
+    QTest::newRow("between two") << "C"
+                                 << "C"
+                                 << "ABCD";
+    QTest::newRow("last") << "D"
+                          << "D"
+                          << "ABCD";
+    QTest::newRow("neighbours, first one back") << "BC"
+                                                << "B"
+                                                << "ABD";
+    QTest::newRow("neighbours, second one back") << "BC"
+                                                 << "C"
+                                                 << "ACD";
+    QTest::newRow("all before it are gone") << "ABC"
+                                            << "C"
+                                            << "CD";
+    QTest::newRow("neighbours, both back") << "BC"
+                                           << "BC"
+                                           << "ABCD";
+    QTest::newRow("neighbours, both back the other way round") << "BC"
+                                                               << "CB"
+                                                               << "ABCD";
+    QTest::newRow("first one still gone") << "AC"
+                                          << "C"
+                                          << "BCD";
+    QTest::newRow("all, in any order") << "ABCD"
+                                       << "CADB"
+                                       << "ABCD";
+}
+
+void TabWidgetTest::pagesReturnToTheirPlace()
+{
+    QFETCH(QString, detached);
+    QFETCH(QString, closed);
+    QFETCH(QString, expected);
+    Tabs tabs;
+    tabs.detach(detached);
+    for (const QChar name : closed) {
+        QWidget *page = tabs.page(name);
+        QVERIFY(!page->close());
+        QVERIFY(!page->isWindow());
+        QVERIFY(page->isVisible());
+        QCOMPARE(tabs.widget.currentWidget(), page);
+        QCOMPARE(tabs.widget.tabText(tabs.widget.currentIndex()), QString(name));
+        QCOMPARE(tabs.log.takeLast(), "attached " + QString(name));
+    }
+    QCOMPARE(tabs.tabNames(), expected);
+}
+
+void TabWidgetTest::hidesWithoutTabs()
+{
+    Tabs tabs("AB");
+    tabs.detach("A");
+    QVERIFY(tabs.widget.isVisible());
+    tabs.detach("B");
+    QVERIFY(tabs.widget.isHidden());
+    QVERIFY(tabs.page("A")->isVisible());
+    tabs.page("B")->close();
+    QVERIFY(tabs.widget.isVisible());
+}
+
+void TabWidgetTest::f11TogglesFullScreenOfDetachedPages()
+{
+    Tabs tabs("AB");
+    auto *editor = new QLineEdit(tabs.page("B"));
+    tabs.widget.setCurrentIndex(1);
+    editor->setFocus();
+    QTest::keyClick(editor, Qt::Key_F11);
+    QVERIFY(!tabs.page("B")->isFullScreen());
+
+    tabs.detach("B");
+    QTest::keyClick(editor, Qt::Key_F11);
+    QVERIFY(tabs.page("B")->isFullScreen());
+    QTest::keyClick(editor, Qt::Key_F11);
+    QVERIFY(!tabs.page("B")->isFullScreen());
+    QVERIFY(tabs.page("B")->isVisible());
+}
+
+void TabWidgetTest::insertsBeforeTab_data()
+{
+    QTest::addColumn<QString>("detached");
+    QTest::addColumn<QString>("page");
+    QTest::addColumn<int>("index");
+    QTest::addColumn<QString>("tabNames");
+    QTest::addColumn<QString>("pageNames");
+    QTest::newRow("new page") << ""
+                              << "E" << 1 << "AEBCD"
+                              << "AEBCD";
+    QTest::newRow("new page at the end") << ""
+                                         << "E" << 4 << "ABCDE"
+                                         << "ABCDE";
+    QTest::newRow("new page, negative index") << ""
+                                              << "E" << -1 << "ABCDE"
+                                              << "ABCDE";
+    QTest::newRow("new page beside detached ones") << "AC"
+                                                   << "E" << 1 << "BED"
+                                                   << "ABCED";
+    QTest::newRow("detached page elsewhere") << "B"
+                                             << "B" << 2 << "ACBD"
+                                             << "ACBD";
+    QTest::newRow("page with a tab, to the left") << ""
+                                                  << "C" << 0 << "CABD"
+                                                  << "CABD";
+    QTest::newRow("page with a tab, to the right") << ""
+                                                   << "A" << 2 << "BCAD"
+                                                   << "BCAD";
+    QTest::newRow("page with a tab, where it is") << ""
+                                                  << "B" << 1 << "ABCD"
+                                                  << "ABCD";
+}
+
+void TabWidgetTest::insertsBeforeTab()
+{
+    QFETCH(QString, detached);
+    QFETCH(QString, page);
+    QFETCH(int, index);
+    QFETCH(QString, tabNames);
+    QFETCH(QString, pageNames);
+    Tabs tabs;
+    tabs.detach(detached);
+    QWidget *widget = tabs.page(page) ? tabs.page(page) : tabs.newPage(page);
+    const int tab = tabs.widget.insertTab(index, widget, page);
+    QCOMPARE(tabs.tabNames(), tabNames);
+    QCOMPARE(tabs.pageNames(), pageNames);
+    QCOMPARE(tab, tabs.widget.indexOf(widget));
+    QVERIFY(!widget->isWindow());
+    QCOMPARE(tabs.log, QStringList());
+}
+
+void TabWidgetTest::addTabBringsDetachedPageBack()
+{
+    Tabs tabs;
+    tabs.detach("B");
+    QCOMPARE(tabs.widget.addTab(tabs.page("B"), "back"), 3);
+    QCOMPARE(tabs.log, QStringList("attached B"));
+    QCOMPARE(tabs.tabNames(), QString("ACDB"));
+    QCOMPARE(tabs.pageNames(), QString("ACDB"));
+
+    tabs.log.clear();
+    QCOMPARE(tabs.widget.addTab(tabs.page("A"), "A"), 3);
+    QCOMPARE(tabs.tabNames(), QString("CDBA"));
+    QCOMPARE(tabs.pageNames(), QString("CDBA"));
+    QCOMPARE(tabs.log, QStringList());
+}
+
+void TabWidgetTest::insertedWidgetWaitsForItsTab()
+{
+    Tabs tabs;
+    QWidget *page = tabs.newPage("E");
+    QCOMPARE(tabs.widget.insertWidget(2, page), 2);
+    QCOMPARE(tabs.widget.insertWidget(0, page), -1);
+    QCOMPARE(tabs.widget.insertWidget(9, tabs.newPage("F")), 5);
+    QCOMPARE(tabs.widget.indexOfWidget(page), 2);
+    QCOMPARE(tabs.pageNames(), QString("ABECDF"));
+    QCOMPARE(tabs.tabNames(), QString("ABCD"));
+
+    page->show();
+    QVERIFY(page->isWindow());
+    page->close();
+    QCOMPARE(tabs.tabNames(), QString("ABECD"));
+}
+
+void TabWidgetTest::addedWidgetIsNotListed()
+{
+    Tabs tabs("A");
+    QWidget *page = tabs.newPage("E");
+    tabs.widget.addWidget(page);
+    tabs.widget.addWidget(tabs.page("A"));
+    QCOMPARE(tabs.widget.widgetCount(), 1);
+    QVERIFY(!tabs.page("A")->isWindow());
+    page->show();
+    page->close();
+    QCOMPARE(tabs.tabNames(), QString("AE"));
+    QCOMPARE(tabs.log, QStringList("attached E"));
+}
+
+void TabWidgetTest::removesPages()
+{
+    Tabs tabs("ABC");
+    tabs.detach("B");
+    tabs.widget.removeWidget(tabs.page("A"));
+    tabs.widget.removeWidget(tabs.page("B"));
+    tabs.widget.removeWidget(&tabs.widget);
+    QCOMPARE(tabs.pageNames(), QString("C"));
+    QCOMPARE(tabs.tabNames(), QString("C"));
+    QVERIFY(tabs.page("A"));
+    QVERIFY(!tabs.page("B"));
+}
+
+void TabWidgetTest::deletesDetachedPages()
+{
+    QPointer<QWidget> detached;
+    QPointer<QWidget> attached;
+    {
+        Tabs tabs("AB");
+        tabs.detach("A");
+        detached = tabs.page("A");
+        attached = tabs.page("B");
+        detached->setParent(nullptr, detached->windowFlags());
+    }
+    QVERIFY(detached.isNull());
+    QVERIFY(attached.isNull());
+}
+
+void TabWidgetTest::forgetsPagesDeletedByOthers()
+{
+    Tabs tabs("ABC");
+    tabs.detach("AB");
+    delete tabs.page("A");
+    delete tabs.page("C");
+    QCOMPARE(tabs.pageNames(), QString("B"));
+    tabs.page("B")->close();
+    QCOMPARE(tabs.tabNames(), QString("B"));
+}
+
+QTEST_MAIN(TabWidgetTest)
+#include "tst_tabwidget.moc"
