@@ -21,7 +21,7 @@ struct Tabs
                          [this](QWidget *page) { log << "detached " + page->objectName(); });
         QObject::connect(&widget, &TabWidget::attached,
                          [this](QWidget *page) { log << "attached " + page->objectName(); });
-        widget.setGeometry(100, 100, 500, 300);
+        widget.setGeometry(300, 100, 500, 300);
         widget.show();
         if (!QTest::qWaitForWindowExposed(&widget))
             qFatal("The window of the tabs does not come up");
@@ -131,12 +131,12 @@ void TabWidgetTest::draggingOutTearsOff()
     tabs.widget.setTabIcon(1, QIcon(QPixmap(4, 4)));
     tabs.drag({start, end});
     const QSize size = tabs.page("B")->size();
+    const QPoint position = tabs.bar()->mapToGlobal(end);
     QCOMPARE(tabs.bar()->cursor().shape(), Qt::OpenHandCursor);
     QCOMPARE(tabs.widget.count(), 4);
     tabs.send(QEvent::MouseButtonRelease, end);
 
     QWidget *page = tabs.page("B");
-    const QPoint position = tabs.bar()->mapToGlobal(end);
     QCOMPARE(tabs.log, QStringList("detached B"));
     QCOMPARE(tabs.tabNames(), QString("ACD"));
     QCOMPARE(tabs.pageNames(), QString("ABCD"));
