@@ -3,6 +3,7 @@
 #include "darkpalette.h"
 #include "filterbox.h"
 #include "waveformpanel.h"
+#include "widgetgallery.h"
 
 #include <norvu/gui/traceview.h>
 #include <tellarix/client/demo/demonstration.h>
@@ -251,7 +252,7 @@ void MainWindow::tell(const QStringList &problems)
 QVector<MainWindow::Snapshot> MainWindow::snapshots()
 {
     QCoreApplication::processEvents();
-    return {{"waveforms.png", grab()}};
+    return {{"waveforms.png", grab()}, {"widgets.png", widgetGallery()}};
 }
 
 void MainWindow::restoreSettings()
