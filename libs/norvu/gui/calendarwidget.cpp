@@ -12,6 +12,7 @@
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <QStyle>
+#include <QStyleOptionButton>
 
 namespace Norvu {
 namespace Gui {
@@ -33,6 +34,34 @@ QLabel *createColon()
     label->setForegroundRole(QPalette::HighlightedText);
     return label;
 }
+
+/** A flat button that shows, as a menu item does, that the mouse or the focus is on it. */
+class NumberButton : public QPushButton
+{
+public:
+    explicit NumberButton(int number) : QPushButton(twoDigits(number))
+    {
+        setFlat(true);
+        setAttribute(Qt::WA_Hover);
+        // The return key clicks as well.
+        setAutoDefault(true);
+        // Styles make a push button wide enough for a word.
+        setFixedWidth(2 * fontMetrics().horizontalAdvance(text()));
+    }
+
+protected:
+    void paintEvent(QPaintEvent *) override
+    {
+        QStyleOptionButton option;
+        initStyleOption(&option);
+        QPainter painter(this);
+        if (option.state & (QStyle::State_MouseOver | QStyle::State_HasFocus)) {
+            painter.fillRect(rect(), option.palette.highlight());
+            option.palette.setBrush(QPalette::ButtonText, option.palette.highlightedText());
+        }
+        style()->drawControl(QStyle::CE_PushButton, &option, &painter, this);
+    }
+};
 
 QTime timeOrMidnight(const QDateTime &dateTime)
 {
@@ -90,6 +119,10 @@ void CalendarWidget::addTimeButton(QHBoxLayout *row, QToolButton *&button, Menu 
     button->setPopupMode(QToolButton::InstantPopup);
     button->setMenu(menu);
     row->addWidget(button);
+    connect(menu, &Menu::aboutToShow, button, [button, menu] {
+        if (auto *present = menu->buttonGroup()->button(button->text().toInt()))
+            present->setFocus();
+    });
 }
 
 Menu *CalendarWidget::createNumberMenu(int columns, const char *slot)
@@ -99,10 +132,7 @@ Menu *CalendarWidget::createNumberMenu(int columns, const char *slot)
     grid->setContentsMargins(0, 0, 0, 0);
     grid->setSpacing(0);
     for (int number = 0; number < NumberRows * columns; ++number) {
-        auto *button = new QPushButton(twoDigits(number));
-        button->setFlat(true);
-        // Styles make a push button wide enough for a word.
-        button->setFixedWidth(2 * button->fontMetrics().horizontalAdvance(button->text()));
+        auto *button = new NumberButton(number);
         menu->buttonGroup()->addButton(button, number);
         grid->addWidget(button, number / columns, number % columns);
     }
