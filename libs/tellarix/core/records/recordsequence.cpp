@@ -154,19 +154,7 @@ SampleSummary RecordSequence::summary(const Core::TimeWindow *window) const
 {
     SampleSummary result;
     walkWindow(
-        window,
-        [&](int first, int last) {
-            walkLevels(
-                first, last,
-                [&](int from, int to) {
-                    for (int i = from; i < to; ++i)
-                        result.add(at(i)->summary());
-                },
-                [&](const Level &level, int64_t from, int64_t to) {
-                    for (int64_t i = from; i < to; ++i)
-                        result.add(level.at(i).summary);
-                });
-        },
+        window, [&](int first, int last) { result.add(recordSummary(first, last)); },
         [&](const Record *record, int first, int last) {
             if (record->data())
                 result.add(record->data()->summary(first, last));
@@ -229,6 +217,22 @@ void RecordSequence::walkLevels(int first, int last, OnRecords onRecords, OnEntr
         from = parents.first;
         to = parents.second;
     }
+}
+
+SampleSummary RecordSequence::recordSummary(int first, int last) const
+{
+    SampleSummary result;
+    walkLevels(
+        std::max(0, first), std::min(size(), last),
+        [&](int from, int to) {
+            for (int i = from; i < to; ++i)
+                result.add(at(i)->summary());
+        },
+        [&](const Level &level, int64_t from, int64_t to) {
+            for (int64_t i = from; i < to; ++i)
+                result.add(level.at(i).summary);
+        });
+    return result;
 }
 
 const RecordSpan &RecordSequence::widestEntry(int index, int last, Core::TimeSpan longest,

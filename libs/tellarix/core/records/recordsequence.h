@@ -118,6 +118,10 @@ public:
      */
     bool recordExtrema(int first, int last, double &minimum, double &maximum) const;
 
+    /** Summary of the finite samples of the records from index @p first up to, but not including,
+     *  @p last, from the levels. */
+    SampleSummary recordSummary(int first, int last) const;
+
     /**
      * The span of the most records from index @p index on, before index @p last, that is whole and
      * not longer than @p longest; the span of the one record if there is no such run.

@@ -1,0 +1,334 @@
+#include "multitracewidget.h"
+
+#include "multitracewiggles_p.h"
+
+#include <norvu/gui/trace.h>
+#include <norvu/gui/traceview.h>
+
+#include <tellarix/qt/records/recordwidget.h>
+
+#include <QAction>
+#include <QMouseEvent>
+#include <QScrollArea>
+#include <QTimerEvent>
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace Norvu {
+namespace Gui {
+
+using Tellarix::Gui::RecordWidget;
+
+namespace {
+
+constexpr float AmpScaleStep = 0.5f;
+constexpr double OverlapStep = 0.1;
+// Records that arrive mark their row dirty, but nobody tells of them.
+constexpr int RefreshInterval = 250;
+
+RecordWidget::TraceInfo *drawnInfo(const RecordWidget *widget)
+{
+    return widget->traceInfo(0, widget->isFilteringEnabled());
+}
+
+} // namespace
+
+MultiTraceWidget::MultiTraceWidget(TraceView *view, Qt::WindowFlags f)
+    : QWidget(view, f), _view(view)
+{
+    connect(view, SIGNAL(displayChanged(double, double, double)), this, SLOT(updateDisplay()));
+    connect(view, SIGNAL(layoutOrContentChanged()), this, SLOT(updateDisplay()));
+    connect(view, SIGNAL(itemSelectionChanged()), this, SLOT(update()));
+
+    addShortcut(Qt::CTRL + Qt::Key_Up, tr("Increase amplitudes"), SLOT(increaseAmpScale()));
+    addShortcut(Qt::CTRL + Qt::Key_Down, tr("Decrease amplitudes"), SLOT(decreaseAmpScale()));
+    addShortcut(Qt::CTRL + Qt::SHIFT + Qt::Key_Up, tr("Increase overlap"), SLOT(increaseOverlap()));
+    addShortcut(Qt::CTRL + Qt::SHIFT + Qt::Key_Down, tr("Decrease overlap"),
+                SLOT(decreaseOverlap()));
+
+    hide();
+    updateMinimumSize();
+}
+
+MultiTraceWidget::~MultiTraceWidget()
+{
+    if (!isActive())
+        return;
+
+    // A view that is being destroyed takes this widget along: it is no TraceView any more then and
+    // has no place for its rows.
+    const QObject *ancestor = this;
+    while (ancestor && !qobject_cast<const TraceView *>(ancestor))
+        ancestor = ancestor->parent();
+    if (ancestor)
+        setActive(false);
+    else
+        delete _replacedWidget;
+}
+
+void MultiTraceWidget::addShortcut(const QKeySequence &keys, const QString &text, const char *slot)
+{
+    auto *action = new QAction(text, this);
+    action->setShortcut(keys);
+    connect(action, SIGNAL(triggered(bool)), this, slot);
+    addAction(action);
+}
+
+Qt::Orientation MultiTraceWidget::orientation() const
+{
+    return _horizontal ? Qt::Horizontal : Qt::Vertical;
+}
+
+void MultiTraceWidget::increaseAmpScale()
+{
+    setAmpScale(_ampScale + AmpScaleStep);
+}
+
+void MultiTraceWidget::decreaseAmpScale()
+{
+    setAmpScale(std::max(_ampScale - AmpScaleStep, 1.0f));
+}
+
+void MultiTraceWidget::setAmpScale(float scale)
+{
+    if (scale == _ampScale)
+        return;
+
+    _ampScale = scale;
+    setDirty();
+    update();
+}
+
+void MultiTraceWidget::increaseOverlap()
+{
+    setOverlap(std::min(_overlap + OverlapStep, 1.0));
+}
+
+void MultiTraceWidget::decreaseOverlap()
+{
+    setOverlap(std::max(_overlap - OverlapStep, 0.0));
+}
+
+void MultiTraceWidget::setOverlap(double overlap)
+{
+    if (overlap == _overlap)
+        return;
+
+    _overlap = overlap;
+    setDirty();
+    update();
+}
+
+void MultiTraceWidget::setActive(bool active)
+{
+    if (active == isActive())
+        return;
+
+    QScrollArea *scrollArea = _view->_scrollArea;
+    if (active) {
+        _replacedWidget = scrollArea->takeWidget();
+        scrollArea->setWidget(this);
+        _dirty = true;
+        show();
+        _refreshTimer.start(RefreshInterval, this);
+    } else {
+        scrollArea->takeWidget();
+        scrollArea->setWidget(std::exchange(_replacedWidget, nullptr));
+        setParent(_view);
+        hide();
+        _refreshTimer.stop();
+    }
+    setRowsDirty();
+}
+
+void MultiTraceWidget::setOrientation(Qt::Orientation orientation)
+{
+    _horizontal = orientation == Qt::Horizontal;
+    setDirty();
+    updateMinimumSize();
+    update();
+}
+
+void MultiTraceWidget::updateMinimumSize()
+{
+    const int rows = countSignificantItems() * fontMetrics().ascent();
+    setMinimumSize(_horizontal ? rows : 0, _horizontal ? 0 : rows);
+}
+
+void MultiTraceWidget::setWigglesShown(bool show)
+{
+    if (show == _wiggles)
+        return;
+
+    _wiggles = show;
+    setDirty();
+    update();
+}
+
+void MultiTraceWidget::updateDisplay()
+{
+    setDirty();
+    update();
+}
+
+void MultiTraceWidget::setDirty()
+{
+    setRowsDirty();
+    _dirty = true;
+}
+
+void MultiTraceWidget::setRowsDirty()
+{
+    for (int i = 0; i < _view->count(); ++i)
+        _view->itemAt(i)->recordWidget()->setDirty();
+}
+
+bool MultiTraceWidget::hasDirtyRow() const
+{
+    for (int i = 0; i < _view->count(); ++i) {
+        const RecordWidget::TraceInfo *info = drawnInfo(_view->itemAt(i)->recordWidget());
+        if (info && info->dirty)
+            return true;
+    }
+    return false;
+}
+
+bool MultiTraceWidget::isLayoutOutdated() const
+{
+    if (_dirty)
+        return true;
+
+    // A row may have got its first records, or lost its last ones.
+    for (int i = 0; i < _view->count(); ++i) {
+        const RecordWidget *widget = _view->itemAt(i)->recordWidget();
+        const RecordWidget::TraceInfo *info = drawnInfo(widget);
+        if (info && info->dirty && (info->height > 0) != (widget->displayedRecords(0) != nullptr))
+            return true;
+    }
+    return false;
+}
+
+int MultiTraceWidget::countSignificantItems() const
+{
+    int count = 0;
+    for (int i = 0; i < _view->count(); ++i) {
+        const RecordWidget *widget = _view->itemAt(i)->recordWidget();
+        if (widget->traceInfo(0, false) && widget->displayedRecords(0))
+            ++count;
+    }
+    return count;
+}
+
+void MultiTraceWidget::updateLayout(int size)
+{
+    const double share = 1.0 - _overlap;
+    const double rowSize = size / ((countSignificantItems() - 1) * share + 1);
+    double offset = 0;
+    for (int i = 0; i < _view->count(); ++i) {
+        const RecordWidget *widget = _view->itemAt(i)->recordWidget();
+        RecordWidget::TraceInfo *info = drawnInfo(widget);
+        if (!info)
+            continue;
+
+        const bool isShown = widget->displayedRecords(0) != nullptr;
+        const int height = isShown ? static_cast<int>(rowSize) : -1;
+        // The polyline holds for one height only.
+        info->dirty |= height != info->height;
+        info->height = height;
+        if (isShown) {
+            info->pos = static_cast<int>(offset);
+            offset += share * rowSize;
+        }
+    }
+    _dirty = false;
+}
+
+QRect MultiTraceWidget::drawingArea() const
+{
+    const int start = _view->rulerSpacing() + Trace::Padding();
+    const int end = _view->extraSpacing();
+    if (_horizontal)
+        return QRect(QPoint(0, start), QPoint(width() - 1, height() - 1 - end));
+    return QRect(QPoint(start, Trace::Padding()),
+                 QPoint(width() - 1 - end - Trace::Padding(), height() - 1));
+}
+
+void MultiTraceWidget::mousePressEvent(QMouseEvent *event)
+{
+    if (event->button() != Qt::LeftButton)
+        return;
+
+    _mousePressed = true;
+    selectAtPoint(event->pos());
+    event->accept();
+}
+
+void MultiTraceWidget::mouseReleaseEvent(QMouseEvent *event)
+{
+    if (event->button() != Qt::LeftButton)
+        return;
+
+    _mousePressed = false;
+    event->accept();
+}
+
+void MultiTraceWidget::mouseMoveEvent(QMouseEvent *event)
+{
+    if (!_mousePressed)
+        return;
+
+    selectAtPoint(event->pos());
+    event->accept();
+}
+
+void MultiTraceWidget::selectAtPoint(const QPoint &point)
+{
+    const QPoint inArea = point - drawingArea().topLeft();
+    const int stack = _horizontal ? inArea.x() : inArea.y();
+    const int time = _horizontal ? inArea.y() : inArea.x();
+
+    Trace *nearest = nullptr;
+    double smallest = 0;
+    for (int i = 0; i < _view->count(); ++i) {
+        Trace *row = _view->itemAt(i);
+        // What was drawn is kept for raw data too.
+        const RecordWidget::TraceInfo *info = row->recordWidget()->traceInfo(0, false);
+        if (!info)
+            continue;
+        // Magnified traces leave their rows, so that all of them compete.
+        if (_ampScale <= 1.0f && (stack < info->pos || stack > info->pos + info->height))
+            continue;
+
+        const auto *trace = dynamic_cast<const WiggledTrace *>(info->poly.get());
+        double amplitude = 0;
+        if (!trace || !trace->amplitudeAt(time, amplitude))
+            continue;
+        const double distance = std::abs(amplitude - (stack - info->pos));
+        if (!nearest || distance < smallest) {
+            nearest = row;
+            smallest = distance;
+        }
+    }
+    if (nearest)
+        _view->select(nearest);
+}
+
+void MultiTraceWidget::resizeEvent(QResizeEvent *)
+{
+    setDirty();
+}
+
+void MultiTraceWidget::timerEvent(QTimerEvent *event)
+{
+    if (event->timerId() != _refreshTimer.timerId()) {
+        QWidget::timerEvent(event);
+        return;
+    }
+    if (isVisible() && hasDirtyRow())
+        update();
+}
+
+} // namespace Gui
+} // namespace Norvu

@@ -1,0 +1,348 @@
+#include "multitracewidget.h"
+
+#include "multitracewiggles_p.h"
+
+#include <norvu/gui/colors.h>
+#include <norvu/gui/trace.h>
+#include <norvu/gui/traceview.h>
+
+#include <tellarix/qt/records/recordmarker.h>
+#include <tellarix/qt/records/recordwidget.h>
+#include <tellarix/qt/records/timescale.h>
+#include <tellarix/qt/scheme.h>
+
+#include <QFontInfo>
+#include <QPainter>
+
+#include <algorithm>
+#include <cmath>
+
+namespace Norvu {
+namespace Gui {
+
+using Tellarix::Core::Time;
+using Tellarix::Core::TimeSpan;
+using Tellarix::Core::TimeWindow;
+using Tellarix::Gui::RecordMarker;
+using Tellarix::Gui::RecordWidget;
+using Tellarix::Gui::Scheme;
+using Tellarix::Gui::TimeScale;
+
+namespace {
+
+constexpr QRgb DisabledColor = 0xffa0a0a0;
+constexpr int MoveCopyAlpha = 0x40;
+// No view has room for more lines; spacings that ask for more are no spacings.
+constexpr double MostGridLines = 16384;
+// Farther away a line is nowhere near the picture.
+constexpr double FarthestLine = 1 << 20;
+
+RecordWidget::TraceInfo *drawnInfo(const RecordWidget *widget)
+{
+    return widget->traceInfo(0, widget->isFilteringEnabled());
+}
+
+} // namespace
+
+/** What the polylines of all rows have in common. */
+struct MultiTraceWidget::Display
+{
+    double lower; /**< visible range in seconds relative to the alignment */
+    double upper;
+    float pixelsPerSecond;
+    bool windowNormalization;
+    bool commonRange;
+    bool antiAliasing;
+    bool optimize;
+
+    TimeWindow windowOf(const RecordWidget *widget) const
+    {
+        const Time alignment = widget->alignment();
+        return TimeWindow(alignment + TimeSpan(lower), alignment + TimeSpan(upper));
+    }
+};
+
+void MultiTraceWidget::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    const QRect area = drawingArea();
+    painter.translate(area.topLeft());
+    drawGrid(painter, area.width(), area.height());
+    drawRecords(painter, area.width(), area.height(), _view->rulerSpacing());
+    painter.translate(-area.topLeft());
+}
+
+void MultiTraceWidget::drawGrid(QPainter &painter, int width, int height)
+{
+    const TimeScale &scale = *_view->_timeScale;
+    if (!(scale.majorSpacing() > 0) || !(scale.scale() > 0) || std::isnan(scale.lower()))
+        return;
+
+    const Scheme::Records &scheme = Scheme::Current().records;
+    painter.setPen(scheme.gridMajor);
+    const QVector<int> major = gridPixels(scale.majorSpacing(), width, height);
+    drawGridLines(painter, major, width, height);
+
+    // Minor ticks stand at the major ones too, and would paint over their lines.
+    QVector<int> minor = gridPixels(scale.minorSpacing(), width, height);
+    if (scheme.gridMajor.color().alpha() > 0)
+        minor.erase(std::remove_if(minor.begin(), minor.end(),
+                                   [&](int pixel) { return major.contains(pixel); }),
+                    minor.end());
+    painter.setPen(scheme.gridMinor);
+    drawGridLines(painter, minor, width, height);
+}
+
+/** Pixels of ticks along the time axis. */
+QVector<int> MultiTraceWidget::gridPixels(double spacing, int width, int height) const
+{
+    const TimeScale &scale = *_view->_timeScale;
+    const int extent = _horizontal ? height : width;
+    if (!(spacing * scale.scale() * MostGridLines >= std::max(1, extent)))
+        return {};
+
+    const double epsilon = 0.01 * spacing;
+    double origin = scale.offset() + scale.lower();
+    const double multiple = std::floor((origin + epsilon) / spacing) * spacing;
+    if (std::abs(multiple) >= epsilon)
+        origin -= multiple;
+
+    QVector<int> result;
+    double value = 0;
+    const auto pixel = [&] { return static_cast<int>((value - origin) * scale.scale()); };
+    for (int p = pixel(); p < extent; value += spacing, p = pixel()) {
+        if (p >= 0)
+            result.append(p);
+    }
+    return result;
+}
+
+void MultiTraceWidget::drawGridLines(QPainter &painter, const QVector<int> &pixels, int width,
+                                     int height) const
+{
+    if (painter.pen().color().alpha() == 0)
+        return;
+
+    QVector<QLine> lines;
+    for (const int p : pixels)
+        lines.append(_horizontal ? QLine(0, p, width, p) : QLine(p, 0, p, height));
+    painter.drawLines(lines);
+}
+
+MultiTraceWidget::Display MultiTraceWidget::display(int height, int rulerSpacing) const
+{
+    const TimeScale &scale = *_view->_timeScale;
+    const Scheme::Records &scheme = Scheme::Current().records;
+    const double turnedScale = (height - rulerSpacing) / (scale.upper() - scale.lower());
+    return {scale.lower(),
+            scale.upper(),
+            static_cast<float>(_horizontal ? turnedScale : scale.scale()),
+            _view->_normMode.testFlag(TraceView::WindowNormalization),
+            _view->_normMode.testFlag(TraceView::AllTracesNormalization),
+            scheme.antiAliasing,
+            scheme.optimize};
+}
+
+void MultiTraceWidget::drawRecords(QPainter &painter, int width, int height, int rulerSpacing)
+{
+    if (_view->count() == 0)
+        return;
+    if (isLayoutOutdated())
+        updateLayout(_horizontal ? width : height);
+
+    const Display shown = display(height, rulerSpacing);
+    const QPen labelPen(palette().color(QPalette::Text));
+    const QFont baseFont = painter.font();
+    QFont labelFont = baseFont;
+    labelFont.setWeight(QFont::Bold);
+    painter.save();
+    painter.setFont(labelFont);
+    painter.setRenderHint(QPainter::Antialiasing, shown.antiAliasing);
+    // Points beside the window belong to the traces, but not into the labels.
+    painter.setClipRect(0, 0, width, height, Qt::IntersectClip);
+
+    const QTransform origin = painter.worldTransform();
+    const QRect strip =
+        _horizontal ? QRect(QPoint(0, 0), QPoint(rulerSpacing - 1, 0))
+                    : QRect(QPoint(Trace::Padding() - rulerSpacing, 0), QPoint(width - 1, 0));
+    for (int i = 0; i < _view->count(); ++i) {
+        Trace *row = _view->itemAt(i);
+        RecordWidget *widget = row->recordWidget();
+        const RecordWidget::TraceInfo *info = drawnInfo(widget);
+        if (!info)
+            continue;
+        if (info->dirty)
+            rebuildRow(widget, shown);
+        if (info->height <= 0 || !widget->displayedRecords(0))
+            continue;
+
+        painter.translate(_horizontal ? info->pos : 0, _horizontal ? 0 : info->pos);
+        drawRow(painter, row);
+        if (!row->isSelected())
+            painter.setPen(labelPen);
+        painter.setClipping(false);
+        drawLabel(painter, row, strip);
+        painter.setClipping(true);
+        painter.setWorldTransform(origin);
+    }
+
+    painter.setRenderHint(QPainter::Antialiasing, false);
+    drawMarkers(painter, baseFont);
+    painter.restore();
+}
+
+void MultiTraceWidget::rebuildRow(RecordWidget *widget, const Display &shown) const
+{
+    RecordWidget::TraceInfo &info = *drawnInfo(widget);
+    info.dirty = false;
+    const Tellarix::RecordSequence *sequence = widget->displayedRecords(0);
+    if (!sequence) {
+        info.poly.reset();
+        return;
+    }
+
+    const TimeWindow window = shown.windowOf(widget);
+    minmax(sequence, shown.windowNormalization ? window : TimeWindow(), info.offset, info.amplMin,
+           info.amplMax, TimeWindow());
+    info.absMax =
+        std::max(std::abs(info.offset - info.amplMin), std::abs(info.offset - info.amplMax));
+
+    double lowest = info.amplMin;
+    double highest = info.amplMax;
+    info.yOffset = info.offset;
+    if (shown.commonRange) {
+        lowest = widget->amplRange().first;
+        highest = widget->amplRange().second;
+        info.yOffset = (lowest + highest) * 0.5;
+    }
+    info.yMin = lowest - info.yOffset;
+    info.yMax = highest - info.yOffset;
+    info.fyMin = info.yMin / _ampScale;
+    info.fyMax = info.yMax / _ampScale;
+
+    // The offset is counted twice here: lobes of data with an offset start away from their mean.
+    const double baseline = info.height - std::trunc((info.yOffset - info.fyMin) * info.height /
+                                                     (info.fyMax - info.fyMin));
+    const auto build = [&](auto *polyline) {
+        polyline->create(sequence, window.startTime(), window.endTime(), shown.pixelsPerSecond,
+                         info.fyMin, info.fyMax, info.yOffset, info.height, nullptr, nullptr,
+                         shown.optimize);
+        if (_wiggles && std::isfinite(baseline))
+            polyline->addLobes(std::clamp(baseline, -FarthestLine, FarthestLine));
+        if (_horizontal)
+            polyline->turn(info.height);
+        polyline->prepareLobes();
+        info.poly = polyline;
+    };
+    if (shown.antiAliasing)
+        build(new WiggleRecordPolylineF);
+    else
+        build(new WiggleRecordPolyline);
+
+    // Points are looked up in the raw data's info, whatever is drawn.
+    RecordWidget::TraceInfo &raw = *widget->traceInfo(0, false);
+    raw.pos = info.pos;
+    raw.height = info.height;
+    raw.poly = info.poly;
+}
+
+void MultiTraceWidget::drawRow(QPainter &painter, const Trace *row) const
+{
+    QPen pen = row->recordWidget()->recordPen(0);
+    if (row->isSelected())
+        pen.setColor(palette().color(QPalette::Highlight));
+    painter.setPen(pen);
+
+    const RecordWidget::TraceInfo *info = drawnInfo(row->recordWidget());
+    if (!info->poly)
+        return;
+    painter.setBrush(Qt::NoBrush);
+    info->poly->draw(painter);
+    if (_wiggles) {
+        if (const auto *trace = dynamic_cast<const WiggledTrace *>(info->poly.get()))
+            trace->drawLobes(painter, red, blue);
+        painter.setPen(pen);
+    }
+}
+
+void MultiTraceWidget::drawLabel(QPainter &painter, const Trace *row, const QRect &strip) const
+{
+    const int height = drawnInfo(row->recordWidget())->height;
+    QRect rect = strip;
+    rect.setBottom(height - 1);
+    if (_horizontal) {
+        painter.translate(0, -strip.width());
+        painter.rotate(90);
+        painter.translate(0, -height);
+    }
+    painter.drawText(rect, Qt::AlignLeft | Qt::AlignVCenter, row->label());
+}
+
+void MultiTraceWidget::drawMarkers(QPainter &painter, const QFont &baseFont) const
+{
+    painter.setFont(baseFont);
+    const int fontSize = QFontInfo(baseFont).pixelSize();
+    for (int i = 0; i < _view->count(); ++i) {
+        RecordWidget *widget = _view->itemAt(i)->recordWidget();
+        const RecordWidget::TraceInfo *info = drawnInfo(widget);
+        if (!info || info->height <= 0 || widget->markerCount() == 0)
+            continue;
+
+        const int textSize = std::min(fontSize, info->height / 2);
+        if (textSize > 0) {
+            QFont textFont = baseFont;
+            textFont.setPixelSize(textSize);
+            painter.setFont(textFont);
+        }
+        painter.translate(0, info->pos);
+        for (int k = 0; k < widget->markerCount(); ++k) {
+            if (!widget->marker(k)->isHidden())
+                drawMarker(painter, widget, widget->marker(k), info->height, textSize);
+        }
+        painter.translate(0, -info->pos);
+    }
+}
+
+void MultiTraceWidget::drawMarker(QPainter &painter, RecordWidget *widget, RecordMarker *marker,
+                                  int height, int textSize) const
+{
+    const int half = height / 2;
+    int top = 0;
+    int bottom = height;
+    int textY = textSize + 1;
+    if (marker->alignment() == Qt::AlignTop) {
+        bottom = half - 1;
+    } else if (marker->alignment() == Qt::AlignBottom) {
+        top = half + 1;
+        textY = height - 2;
+    }
+    const auto drawText = [&](int x) {
+        if (textSize > 0)
+            painter.drawText(x + 2, textY, marker->renderText());
+    };
+
+    const bool enabled = widget->isEnabled() && marker->isEnabled();
+    const QColor disabled = isEnabled() ? palette().color(foregroundRole()) : QColor(DisabledColor);
+    const int lineWidth = Scheme::Current().records.lineWidth;
+    QColor color = enabled ? marker->color() : disabled;
+    if (marker->isMoveCopyEnabled()) {
+        QColor faint = color;
+        faint.setAlpha(MoveCopyAlpha);
+        const int x = widget->mapCanvasTime(marker->time());
+        painter.setPen(QPen(faint, lineWidth));
+        painter.drawLine(x, top, x, bottom);
+        drawText(x);
+    }
+    if (marker->isMovable() && marker->isModified()) {
+        color = enabled ? marker->modifiedColor() : disabled;
+        top = 0;
+        bottom = height;
+    }
+    const int x = widget->mapCanvasTime(marker->correctedTime());
+    painter.setPen(color);
+    drawText(x);
+    marker->draw(painter, widget, x, top, bottom, color, lineWidth);
+}
+
+} // namespace Gui
+} // namespace Norvu

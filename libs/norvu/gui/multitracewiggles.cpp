@@ -1,0 +1,184 @@
+#include "multitracewiggles_p.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+
+namespace Norvu {
+namespace Gui {
+
+using Tellarix::Record;
+using Tellarix::RecordSequence;
+using Tellarix::SampleSummary;
+using Tellarix::Core::TimeWindow;
+using Tellarix::Gui::TraceSpans;
+
+namespace {
+
+int wholeSamples(Tellarix::Core::TimeSpan span, double samplingFrequency)
+{
+    return span.usecs() > 0 ? static_cast<int>(span.length() * samplingFrequency) : 0;
+}
+
+/** Summary of the samples of a record in a window, from the one at or before its start. */
+SampleSummary summaryIn(const Record *record, const TimeWindow &window)
+{
+    const int n = record->sampleCount();
+    if (!window.valid())
+        return record->summary();
+
+    const TimeWindow covered = record->timeWindow();
+    const double rate = record->samplingFrequency();
+    const int first = wholeSamples(window.startTime() - covered.startTime(), rate);
+    const int behind = wholeSamples(covered.endTime() - window.endTime(), rate);
+    return record->data()->summary(first, n - behind);
+}
+
+/** What minmax() adds up. */
+struct Statistics
+{
+    SampleSummary samples;
+    double sum{0};
+    int64_t divisor{0};
+
+    void add(const SampleSummary &summary)
+    {
+        samples.add(summary);
+        sum = samples.sum;
+        divisor = samples.count;
+    }
+
+    /** Adds a record of which the mean takes the samples in a window of its own. */
+    void add(const Record *record, const TimeWindow &window, const TimeWindow &offsetWindow)
+    {
+        samples.add(summaryIn(record, window));
+        if (!offsetWindow.overlaps(record->timeWindow()))
+            return;
+        sum += summaryIn(record, offsetWindow).sum;
+        divisor = samples.count;
+    }
+};
+
+/** Calls @p whole(first, last) for runs of records inside of a window and @p cut(record) for those
+ *  that reach over its ends. */
+template <typename Whole, typename Cut>
+void visitRecords(const RecordSequence &sequence, const TimeWindow &window, Whole whole, Cut cut)
+{
+    if (!window.valid()) {
+        whole(0, sequence.size());
+        return;
+    }
+
+    const auto single = [&](int index) {
+        const Record *record = sequence.at(index);
+        if (record->data() && window.overlaps(record->timeWindow()))
+            cut(record);
+    };
+    const int firstWhole = sequence.firstStartingFrom(window.startTime());
+    const int last = sequence.firstStartingFrom(window.endTime());
+    const int lastWhole =
+        std::max(firstWhole, std::min(last, sequence.firstEndingAfter(window.endTime())));
+    for (int i = sequence.firstEndingAfter(window.startTime()); i < firstWhole; ++i)
+        single(i);
+    whole(firstWhole, lastWhole);
+    for (int i = lastWhole; i < last; ++i)
+        single(i);
+}
+
+/** The pixel of a point with time along x. */
+QPoint uprightPixel(const QPoint &point, bool turned)
+{
+    return turned ? QPoint(point.y(), point.x()) : point;
+}
+
+QPoint uprightPixel(const QPointF &point, bool turned)
+{
+    const QPointF upright = turned ? QPointF(point.y(), point.x()) : point;
+    return {static_cast<int>(std::floor(upright.x())), qRound(upright.y())};
+}
+
+/** Adds the pixels between a line of the trace and the line of the lobes at @p base. */
+void addSegment(TraceSpans &spans, const QPoint &from, const QPoint &to, int base)
+{
+    const int64_t run = to.x() - from.x();
+    const int64_t rise = to.y() - from.y();
+    for (int x = from.x(); x < to.x(); ++x) {
+        const double center =
+            from.y() + static_cast<double>((2 * (x - from.x()) + 1) * rise) / (2 * run);
+        const auto i = static_cast<size_t>(x - spans.first);
+        const auto edge = static_cast<int>(std::floor(center + 0.5));
+        spans.low[i] = std::min(spans.low[i], std::min(edge, base));
+        spans.high[i] = std::max(spans.high[i], std::max(edge, base) - 1);
+    }
+}
+
+template <typename Polygon>
+TraceSpans spansOf(const QVector<Polygon> &lobes, bool turned)
+{
+    TraceSpans spans;
+    if (lobes.isEmpty())
+        return spans;
+
+    const auto column = [&](const auto &point) { return uprightPixel(point, turned).x(); };
+    int first = column(lobes.first().first());
+    int last = first;
+    for (const Polygon &lobe : lobes) {
+        first = std::min(first, column(lobe.first()));
+        last = std::max(last, column(lobe.last()));
+    }
+    const int base = uprightPixel(lobes.first().first(), turned).y();
+    spans.first = first;
+    spans.low.assign(static_cast<size_t>(last - first), base);
+    spans.high.assign(static_cast<size_t>(last - first), base - 1);
+    for (const Polygon &lobe : lobes) {
+        QPoint previous = uprightPixel(lobe.first(), turned);
+        for (const auto &point : lobe) {
+            const QPoint pixel = uprightPixel(point, turned);
+            addSegment(spans, previous, pixel, base);
+            previous = pixel;
+        }
+    }
+    return spans;
+}
+
+} // namespace
+
+void minmax(const RecordSequence *sequence, const TimeWindow &window, double &offset,
+            double &minimum, double &maximum, const TimeWindow &offsetWindow)
+{
+    Statistics statistics;
+    if (offsetWindow.valid()) {
+        const auto add = [&](const Record *record) {
+            statistics.add(record, window, offsetWindow);
+        };
+        const auto addAll = [&](int first, int last) {
+            for (int i = first; i < last; ++i) {
+                if (sequence->at(i)->data())
+                    add(sequence->at(i));
+            }
+        };
+        visitRecords(*sequence, window, addAll, add);
+    } else {
+        visitRecords(
+            *sequence, window,
+            [&](int first, int last) { statistics.add(sequence->recordSummary(first, last)); },
+            [&](const Record *record) { statistics.add(summaryIn(record, window)); });
+    }
+
+    minimum = statistics.samples.minimum;
+    maximum = statistics.samples.maximum;
+    offset = statistics.sum / static_cast<double>(std::max<int64_t>(1, statistics.divisor));
+}
+
+TraceSpans lobeSpans(const QVector<QPolygon> &lobes, bool turned)
+{
+    return spansOf(lobes, turned);
+}
+
+TraceSpans lobeSpans(const QVector<QPolygonF> &lobes, bool turned)
+{
+    return spansOf(lobes, turned);
+}
+
+} // namespace Gui
+} // namespace Norvu

@@ -1,0 +1,704 @@
+#include "ink.h"
+#include "traces.h"
+
+#include <norvu/gui/colors.h>
+#include <norvu/gui/multitracewidget.h>
+
+#include <tellarix/core/math/filter.h>
+#include <tellarix/qt/application.h>
+#include <tellarix/qt/records/recordmarker.h>
+#include <tellarix/qt/scheme.h>
+
+#include <QPainter>
+#include <QScrollArea>
+
+#include <functional>
+#include <memory>
+
+using namespace Norvu::Gui;
+using namespace Traces;
+using Tellarix::Gui::RecordMarker;
+using Tellarix::Gui::RecordWidget;
+
+namespace {
+
+constexpr double Length = 10;
+
+/** A record of integer samples, f(seconds). */
+Tellarix::RecordPtr record(double start, double end, const std::function<double(double)> &f)
+{
+    const int count = static_cast<int>(std::lround((end - start) * SamplingFrequency));
+    Tellarix::Core::SmartPointer<Tellarix::IntArray> samples(new Tellarix::IntArray(count));
+    for (int i = 0; i < count; ++i)
+        samples->typedData()[i] = static_cast<int>(std::lround(f(start + i / SamplingFrequency)));
+    return new Tellarix::Record(Tellarix::StreamCodes::FromID("GE.APE..BHZ"), timeAt(start),
+                                SamplingFrequency, samples);
+}
+
+double constant(double)
+{
+    return 7;
+}
+
+double rising(double seconds)
+{
+    return 100 * seconds;
+}
+
+double falling(double seconds)
+{
+    return -100 * seconds;
+}
+
+double wave(double seconds)
+{
+    return 1000 * std::sin(2 * M_PI * seconds / 5);
+}
+
+/** A view of ten seconds and its overview in place of the rows. */
+struct Overview
+{
+    Overview()
+    {
+        view.setAlignment(timeAt(0));
+        view.resize(800, 400);
+        view.show();
+        if (!QTest::qWaitForWindowExposed(&view))
+            qFatal("The window of the view does not come up");
+        view.setTimeRange(0, Length);
+        widget = new MultiTraceWidget(&view);
+        widget->setActive(true);
+        repaint();
+    }
+
+    Trace *addRow(const QString &label, const std::function<double(double)> &f,
+                  const QColor &color = Qt::black)
+    {
+        auto *row = Traces::makeRow(label);
+        if (f)
+            feed(row, 0, record(0, Length, f));
+        row->recordWidget()->setRecordPen(0, QPen(color, 1));
+        view.addItem(row);
+        repaint();
+        return row;
+    }
+
+    QImage repaint()
+    {
+        QCoreApplication::processEvents();
+        return Ink::picture(*widget);
+    }
+
+    /** Where traces are drawn, in the widget. */
+    QRect area() const
+    {
+        const int start = view.rulerSpacing() + Trace::Padding();
+        if (widget->orientation() == Qt::Horizontal)
+            return QRect(QPoint(0, start), QPoint(widget->width() - 1, widget->height() - 1));
+        return QRect(QPoint(start, Trace::Padding()),
+                     QPoint(widget->width() - 1 - Trace::Padding(), widget->height() - 1));
+    }
+    /** Pixel of a time along the time axis of the widget. */
+    int pixelOf(double seconds) const
+    {
+        return area().left() + static_cast<int>(seconds * view.timeScale()->scale());
+    }
+
+    RecordWidget::TraceInfo info(int row) const
+    {
+        return *view.itemAt(row)->recordWidget()->traceInfo(0, false);
+    }
+
+    void click(double seconds, int y, Qt::MouseButton button = Qt::LeftButton)
+    {
+        QTest::mouseClick(widget, button, Qt::NoModifier, QPoint(pixelOf(seconds), y));
+    }
+    QStringList selected() const { return labels(view.selectedItems()); }
+
+    TraceView view;
+    MultiTraceWidget *widget;
+};
+
+/** A scheme of the test's own, as long as it lives. */
+class OwnScheme
+{
+public:
+    Tellarix::Gui::Scheme::Records &records() { return _application.scheme().records; }
+
+private:
+    int _argc{1};
+    char _name[5]{"test"};
+    char *_argv[2]{_name, nullptr};
+    Tellarix::Gui::Application _application{_argc, _argv, 0};
+};
+
+/** A filter that changes nothing. */
+class NoFilter : public Tellarix::Math::Filtering::InPlaceFilter<double>
+{
+public:
+    void setSamplingFrequency(double) override {}
+    int setParameters(int, const double *) override { return 0; }
+    void apply(int, double *) override {}
+    InPlaceFilter<double> *clone() const override { return new NoFilter; }
+};
+
+} // namespace
+
+class MultiTraceWidgetTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void takesThePlaceOfTheRows();
+    void givesRowsBackWhenDestroyed();
+    void dividesTheAreaBetweenRows_data();
+    void dividesTheAreaBetweenRows();
+    void keysChangeAmplitudesAndOverlap();
+    void growsWithTheNumberOfRows();
+    void clickSelectsNearestTrace_data();
+    void clickSelectsNearestTrace();
+    void clickBesideDataSelectsNothing();
+    void magnifiedTracesCompeteEverywhere();
+    void dragSelectsAgain();
+    void otherButtonsSelectNothing();
+    void selectsFilteredTraces();
+    void selectsInHorizontalOrientation();
+    void drawsTracesInTheirRows_data();
+    void drawsTracesInTheirRows();
+    void turnsTracesClockwise();
+    void magnifiesAboutTheMean();
+    void comparesRowsOfCommonRange();
+    void fillsLobesOnlyWithWiggles_data();
+    void fillsLobesOnlyWithWiggles();
+    void drawsGridAtTicks();
+    void labelsStandInTheRulerStrip_data();
+    void labelsStandInTheRulerStrip();
+    void drawsMarkers_data();
+    void drawsMarkers();
+    void showsRecordsThatArrive();
+};
+
+void MultiTraceWidgetTest::takesThePlaceOfTheRows()
+{
+    Overview overview;
+    Trace *row = overview.addRow("A", wave);
+    MultiTraceWidget &widget = *overview.widget;
+    QVERIFY(widget.isActive());
+    QVERIFY(widget.isVisible());
+    QVERIFY(!row->isVisible());
+
+    widget.setActive(true);
+    widget.setActive(false);
+    QVERIFY(!widget.isActive());
+    QVERIFY(widget.isHidden());
+    QCOMPARE(widget.parentWidget(), &overview.view);
+    QVERIFY(row->isVisible());
+    widget.setActive(false);
+    QVERIFY(row->isVisible());
+
+    // What the other one has left in the row must not be painted.
+    const auto draws = [&](QWidget &painted) {
+        return !Ink::rectOfColor(Ink::picture(painted), Qt::magenta).isNull();
+    };
+    row->recordWidget()->setRecordPen(0, QPen(Qt::magenta, 1));
+    QVERIFY(draws(*row));
+    widget.setActive(true);
+    QVERIFY(draws(widget));
+}
+
+void MultiTraceWidgetTest::givesRowsBackWhenDestroyed()
+{
+    Overview overview;
+    Trace *row = overview.addRow("A", wave);
+    delete overview.widget;
+    QVERIFY(row->isVisible());
+
+    // The view goes first, and takes both along.
+    auto doomed = std::make_unique<Overview>();
+    QPointer<Trace> last = doomed->addRow("B", wave);
+    QPointer<QWidget> contents = last->parentWidget();
+    doomed.reset();
+    QVERIFY(last.isNull());
+    QVERIFY(contents.isNull());
+}
+
+void MultiTraceWidgetTest::dividesTheAreaBetweenRows_data()
+{
+    QTest::addColumn<int>("steps");
+    QTest::addColumn<double>("heightShare");
+    QTest::addColumn<double>("distanceShare");
+
+    QTest::newRow("side by side") << 0 << 1.0 / 3 << 1.0 / 3;
+    QTest::newRow("half") << 5 << 0.5 << 0.25;
+    QTest::newRow("on top of each other") << 12 << 1.0 << 0.0;
+}
+
+void MultiTraceWidgetTest::dividesTheAreaBetweenRows()
+{
+    QFETCH(int, steps);
+    QFETCH(double, heightShare);
+    QFETCH(double, distanceShare);
+
+    Overview overview;
+    overview.addRow("A", constant);
+    overview.addRow("no records", nullptr)->recordWidget()->setSlotCount(1);
+    overview.addRow("no slot", nullptr);
+    overview.addRow("B", constant);
+    overview.addRow("C", constant);
+    for (int i = 0; i < steps; ++i)
+        overview.widget->increaseOverlap();
+    overview.repaint();
+
+    const int size = overview.area().height();
+    int index = 0;
+    for (const int row : {0, 3, 4}) {
+        QVERIFY(qAbs(overview.info(row).height - heightShare * size) <= 1);
+        QVERIFY(qAbs(overview.info(row).pos - index * distanceShare * size) <= 1);
+        ++index;
+    }
+    QCOMPARE(overview.info(1).height, -1);
+}
+
+void MultiTraceWidgetTest::keysChangeAmplitudesAndOverlap()
+{
+    Overview overview;
+    overview.addRow("A", wave);
+    MultiTraceWidget &widget = *overview.widget;
+    const auto press = [&](int key, Qt::KeyboardModifiers modifiers, int times) {
+        for (int i = 0; i < times; ++i)
+            QTest::keyClick(&overview.view, static_cast<Qt::Key>(key), modifiers);
+    };
+    const Qt::KeyboardModifiers both = Qt::ControlModifier | Qt::ShiftModifier;
+    overview.view.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&overview.view));
+
+    press(Qt::Key_Up, Qt::ControlModifier, 3);
+    QCOMPARE(widget.ampScale(), 2.5f);
+    press(Qt::Key_Down, Qt::ControlModifier, 5);
+    QCOMPARE(widget.ampScale(), 1.0f);
+
+    press(Qt::Key_Up, both, 3);
+    QCOMPARE(widget.overlap(), 0.3);
+    press(Qt::Key_Up, both, 9);
+    QVERIFY(widget.overlap() == 1.0);
+    press(Qt::Key_Down, both, 12);
+    QVERIFY(widget.overlap() == 0.0);
+
+    // At the limits nothing is built again.
+    overview.repaint();
+    press(Qt::Key_Down, Qt::ControlModifier, 1);
+    press(Qt::Key_Down, both, 1);
+    QVERIFY(!overview.info(0).dirty);
+    press(Qt::Key_Up, Qt::ControlModifier, 1);
+    QVERIFY(overview.info(0).dirty);
+}
+
+void MultiTraceWidgetTest::growsWithTheNumberOfRows()
+{
+    Overview overview;
+    for (int i = 0; i < 40; ++i)
+        overview.addRow("A", constant);
+    overview.addRow("no records", nullptr);
+    const int needed = 40 * overview.widget->fontMetrics().ascent();
+
+    overview.widget->setOrientation(Qt::Vertical);
+    QCOMPARE(overview.widget->minimumSize(), QSize(0, needed));
+    overview.widget->setOrientation(Qt::Horizontal);
+    QCOMPARE(overview.widget->minimumSize(), QSize(needed, 0));
+    QCOMPARE(MultiTraceWidget(&overview.view).minimumSize(), QSize(0, needed));
+}
+
+void MultiTraceWidgetTest::clickSelectsNearestTrace_data()
+{
+    QTest::addColumn<int>("overlapSteps");
+    QTest::addColumn<double>("seconds");
+    QTest::addColumn<double>("share");
+    QTest::addColumn<QString>("expected");
+
+    // Of rows side by side only the one below the pointer counts, however far its trace is.
+    QTest::newRow("first row") << 0 << 5.0 << 0.01 << "rising";
+    QTest::newRow("second row") << 0 << 9.0 << 0.60 << "falling";
+    // On top of each other the traces cross in the middle.
+    QTest::newRow("upper left") << 10 << 2.0 << 0.2 << "falling";
+    QTest::newRow("lower left") << 10 << 2.0 << 0.8 << "rising";
+    QTest::newRow("upper right") << 10 << 8.0 << 0.2 << "rising";
+    QTest::newRow("below the upper one") << 10 << 9.0 << 0.4 << "rising";
+    QTest::newRow("lower right") << 10 << 8.0 << 0.8 << "falling";
+}
+
+void MultiTraceWidgetTest::clickSelectsNearestTrace()
+{
+    QFETCH(int, overlapSteps);
+    QFETCH(double, seconds);
+    QFETCH(double, share);
+
+    Overview overview;
+    overview.addRow("rising", rising);
+    overview.addRow("falling", falling);
+    for (int i = 0; i < overlapSteps; ++i)
+        overview.widget->increaseOverlap();
+    overview.repaint();
+
+    const QRect area = overview.area();
+    overview.click(seconds, area.top() + static_cast<int>(share * area.height()));
+    QTEST(overview.selected().join(','), "expected");
+}
+
+void MultiTraceWidgetTest::clickBesideDataSelectsNothing()
+{
+    Overview overview;
+    overview.click(5, 100);
+
+    Trace *row = Traces::makeRow("A", record(0, 4, wave));
+    feed(row, 0, record(6, 8, wave));
+    overview.view.addItem(row);
+    overview.repaint();
+    for (const double seconds : {5.0, 9.0})
+        overview.click(seconds, 100);
+    QCOMPARE(overview.selected(), QStringList());
+    overview.click(7, 100);
+    QCOMPARE(overview.selected(), QStringList{"A"});
+}
+
+void MultiTraceWidgetTest::magnifiedTracesCompeteEverywhere()
+{
+    Overview overview;
+    overview.addRow("A", wave);
+    overview.addRow("B", constant);
+    overview.repaint();
+    const int y = overview.area().top() + overview.area().height() * 55 / 100;
+    overview.click(3.75, y);
+    QCOMPARE(overview.selected(), QStringList{"B"});
+
+    // At its trough A reaches into the second row now.
+    overview.widget->increaseAmpScale();
+    overview.repaint();
+    overview.click(3.75, y);
+    QCOMPARE(overview.selected(), QStringList{"A"});
+    overview.click(3.75, y + overview.area().height() / 5);
+    QCOMPARE(overview.selected(), QStringList{"B"});
+}
+
+void MultiTraceWidgetTest::dragSelectsAgain()
+{
+    Overview overview;
+    overview.addRow("A", constant);
+    overview.addRow("B", constant);
+    const QRect area = overview.area();
+    const QPoint inA(area.center().x(), area.top() + area.height() / 4);
+    const QPoint inB(area.center().x(), area.top() + area.height() * 3 / 4);
+
+    QTest::mousePress(overview.widget, Qt::LeftButton, Qt::NoModifier, inA);
+    QCOMPARE(overview.selected(), QStringList{"A"});
+    const auto moveTo = [&](const QPoint &position, Qt::MouseButtons buttons) {
+        QMouseEvent event(QEvent::MouseMove, position, Qt::NoButton, buttons, Qt::NoModifier);
+        QCoreApplication::sendEvent(overview.widget, &event);
+    };
+    moveTo(inB, Qt::LeftButton);
+    QCOMPARE(overview.selected(), QStringList{"B"});
+    QTest::mouseRelease(overview.widget, Qt::LeftButton, Qt::NoModifier, inB);
+    moveTo(inA, Qt::NoButton);
+    QCOMPARE(overview.selected(), QStringList{"B"});
+    QVERIFY(!overview.view.itemAt(0)->isSelected());
+}
+
+void MultiTraceWidgetTest::otherButtonsSelectNothing()
+{
+    Overview overview;
+    overview.addRow("A", constant);
+    overview.click(5, 100, Qt::RightButton);
+    QCOMPARE(overview.selected(), QStringList());
+}
+
+void MultiTraceWidgetTest::selectsFilteredTraces()
+{
+    Overview overview;
+    overview.addRow("A", constant);
+    overview.addRow("B", constant);
+    overview.view.setFilter(new NoFilter);
+    overview.view.setFilterEnabled(true);
+    for (int i = 0; i < 10; ++i)
+        overview.widget->increaseOverlap();
+    overview.view.setFilterEnabled(false);
+    overview.view.setFilterEnabled(true);
+    overview.widget->decreaseOverlap();
+    for (int i = 0; i < 9; ++i)
+        overview.widget->decreaseOverlap();
+    overview.repaint();
+    overview.click(5, overview.area().top() + overview.area().height() * 3 / 4);
+    QCOMPARE(overview.selected(), QStringList{"B"});
+}
+
+void MultiTraceWidgetTest::selectsInHorizontalOrientation()
+{
+    Overview overview;
+    overview.addRow("A", rising);
+    overview.addRow("B", falling);
+    overview.widget->setOrientation(Qt::Horizontal);
+    for (int i = 0; i < 10; ++i)
+        overview.widget->increaseOverlap();
+    overview.repaint();
+
+    // Amplitudes grow to the right, times downwards.
+    const QRect area = overview.area();
+    const QPoint nearTheStart(area.left() + area.width() / 5, area.top() + 10);
+    QTest::mouseClick(overview.widget, Qt::LeftButton, Qt::NoModifier, nearTheStart);
+    QCOMPARE(overview.selected(), QStringList{"A"});
+}
+
+void MultiTraceWidgetTest::drawsTracesInTheirRows_data()
+{
+    QTest::addColumn<bool>("antiAliasing");
+    QTest::newRow("whole pixels") << false;
+    QTest::newRow("smooth") << true;
+}
+
+void MultiTraceWidgetTest::drawsTracesInTheirRows()
+{
+    QFETCH(bool, antiAliasing);
+    OwnScheme scheme;
+    scheme.records().antiAliasing = antiAliasing;
+
+    Overview overview;
+    overview.addRow("", wave, Qt::red);
+    overview.addRow("", wave, Qt::green);
+    const QImage picture = overview.repaint();
+    const QRect area = overview.area();
+    int top = area.top();
+    for (const QColor color : {Qt::red, Qt::green}) {
+        const QRect ink = Ink::rectOf(picture, picture.rect(), [&](QRgb pixel) {
+            const QColor found(pixel);
+            return qAbs(found.hue() - color.hue()) < 3 && found.saturation() > 100;
+        });
+        QVERIFY(qAbs(ink.top() - top) <= 1);
+        QVERIFY(qAbs(ink.height() - area.height() / 2) <= 2);
+        QVERIFY(qAbs(ink.left() - area.left()) <= 1);
+        QVERIFY(qAbs(ink.right() - area.right()) <= 3);
+        top += area.height() / 2;
+    }
+}
+
+void MultiTraceWidgetTest::turnsTracesClockwise()
+{
+    Overview overview;
+    overview.view.resize(800, 800);
+    overview.addRow(
+        "", [](double seconds) { return seconds < 2 ? 1000 : 0; }, Qt::red);
+    overview.addRow("", constant, Qt::green);
+    overview.widget->setOrientation(Qt::Horizontal);
+    const QImage picture = overview.repaint();
+    const QRect area = overview.area();
+
+    // The step up of the first two seconds lies on the right, at the top.
+    const QRect upper(area.left(), area.top(), area.width(), area.height() / 10);
+    const QRect lower(area.left(), area.center().y(), area.width(), area.height() / 10);
+    const auto isRed = [](QRgb pixel) { return pixel == QColor(Qt::red).rgb(); };
+    QVERIFY(qAbs(Ink::rectOf(picture, upper, isRed).left() - area.width() / 2) <= 2);
+    QVERIFY(Ink::rectOf(picture, lower, isRed).right() <= 1);
+    const QRect second = Ink::rectOfColor(picture, Qt::green);
+    QVERIFY(qAbs(second.left() - area.width() * 3 / 4) <= 2);
+    QCOMPARE(second.width(), 1);
+}
+
+void MultiTraceWidgetTest::magnifiesAboutTheMean()
+{
+    Overview overview;
+    overview.addRow("", wave, Qt::red);
+    const QImage before = overview.repaint();
+    for (int i = 0; i < 2; ++i)
+        overview.widget->increaseAmpScale();
+    const QImage magnified = overview.repaint();
+
+    // A wave of period 5 s: at 1/12 of it the value is half of the amplitude.
+    const QRect column(overview.pixelOf(5.0 / 12), 0, 1, before.height());
+    const auto isRed = [](QRgb pixel) { return pixel == QColor(Qt::red).rgb(); };
+    const int middle = overview.area().center().y();
+    const int distance = middle - Ink::rectOf(before, column, isRed).center().y();
+    QVERIFY(qAbs(distance - overview.area().height() / 4) < 8);
+    QVERIFY(qAbs(middle - Ink::rectOf(magnified, column, isRed).center().y() - 2 * distance) < 12);
+}
+
+void MultiTraceWidgetTest::comparesRowsOfCommonRange()
+{
+    Overview overview;
+    overview.addRow("", wave, Qt::red);
+    overview.addRow(
+        "", [](double seconds) { return wave(seconds) / 4; }, Qt::green);
+    overview.view.setAllTracesNormalization(true);
+    const QImage picture = overview.repaint();
+    const int large = Ink::rectOfColor(picture, Qt::red).height();
+    const int small = Ink::rectOfColor(picture, Qt::green).height();
+    QVERIFY(large > overview.area().height() / 2 - 4);
+    QVERIFY(qAbs(4 * small - large) < 8);
+}
+
+void MultiTraceWidgetTest::fillsLobesOnlyWithWiggles_data()
+{
+    drawsTracesInTheirRows_data();
+}
+
+void MultiTraceWidgetTest::fillsLobesOnlyWithWiggles()
+{
+    QFETCH(bool, antiAliasing);
+    OwnScheme scheme;
+    scheme.records().antiAliasing = antiAliasing;
+
+    Overview overview;
+    overview.addRow("", wave);
+    overview.widget->setWigglesShown(true);
+    QImage picture = overview.repaint();
+    const QRect area = overview.area();
+    const auto isFilled = [&](const QColor &color, double from, double to, bool upper) {
+        const QRect lobe(QPoint(overview.pixelOf(from), area.top()),
+                         QPoint(overview.pixelOf(to), area.bottom()));
+        const QRect ink =
+            Ink::rectOf(picture, lobe, [&](QRgb pixel) { return pixel == color.rgb(); });
+        return ink.height() > area.height() * 4 / 10 && ink.width() > lobe.width() * 9 / 10 &&
+               (upper ? ink.bottom() < area.center().y() + 3 : ink.top() > area.center().y() - 3);
+    };
+    QVERIFY(isFilled(red, 0, 2.5, true));
+    QVERIFY(isFilled(blue, 2.5, 5, false));
+    QVERIFY(isFilled(red, 5, 7.5, true));
+
+    overview.widget->setWigglesShown(false);
+    picture = overview.repaint();
+    QVERIFY(Ink::rectOfColor(picture, red).isNull());
+    QVERIFY(Ink::rectOfColor(picture, blue).isNull());
+}
+
+void MultiTraceWidgetTest::drawsGridAtTicks()
+{
+    OwnScheme scheme;
+    scheme.records().gridMajor = QPen(Qt::cyan, 1);
+    scheme.records().gridMinor = QPen(Qt::yellow, 1);
+    Overview overview;
+    const Tellarix::Gui::TimeScale &scale = *overview.view.timeScale();
+    const auto columnsOf = [&](const QColor &color) {
+        const QImage picture = overview.repaint();
+        QVector<int> columns;
+        for (int x = 0; x < picture.width(); ++x) {
+            const QRgb pixel = picture.pixel(x, 100);
+            if (pixel == color.rgb() || pixel == QColor(Qt::cyan).rgb())
+                columns.append(x);
+        }
+        return columns;
+    };
+
+    for (const double start : {0.0, 0.3}) {
+        overview.view.setTimeRange(start, start + Length);
+        QVector<int> expected;
+        for (const double tick : Tellarix::Gui::tickValues(scale.lower(), scale.upper(),
+                                                           scale.minorSpacing(), scale.offset())) {
+            const double x = overview.area().left() + (tick - scale.lower()) * scale.scale();
+            if (x < overview.area().right())
+                expected.append(static_cast<int>(x + 1E-6));
+        }
+        QCOMPARE(columnsOf(Qt::yellow), expected);
+    }
+
+    scheme.records().gridMinor.setColor(Qt::transparent);
+    const QVector<int> major = columnsOf(Qt::cyan);
+    QVERIFY(major.size() > 2);
+    QCOMPARE(columnsOf(Qt::yellow), major);
+}
+
+void MultiTraceWidgetTest::labelsStandInTheRulerStrip_data()
+{
+    QTest::addColumn<Qt::Orientation>("orientation");
+    QTest::newRow("vertical") << Qt::Vertical;
+    QTest::newRow("horizontal") << Qt::Horizontal;
+}
+
+void MultiTraceWidgetTest::labelsStandInTheRulerStrip()
+{
+    QFETCH(Qt::Orientation, orientation);
+    Overview overview;
+    overview.addRow("III", constant);
+    overview.addRow("III", constant);
+    overview.widget->setOrientation(orientation);
+    overview.view.itemAt(1)->setSelected(true);
+    const QImage picture = overview.repaint();
+
+    const QRect area = overview.area();
+    const QRect strip = orientation == Qt::Vertical
+                            ? QRect(0, area.top(), area.left(), area.height())
+                            : QRect(0, 0, area.width(), area.top());
+    const auto inkOf = [&](QPalette::ColorRole role) {
+        const QRgb color = overview.widget->palette().color(role).rgb();
+        return Ink::rectOf(picture, strip, [&](QRgb pixel) { return pixel == color; });
+    };
+    // Middles of the rows, the second one in the colour of the selection; upright letters that lie
+    // on their side are wider than they are high.
+    const auto middle = [&](const QRect &ink) {
+        return orientation == Qt::Vertical ? ink.center().y() - area.top() : ink.center().x();
+    };
+    const int size = orientation == Qt::Vertical ? area.height() : area.width();
+    const QRect first = inkOf(QPalette::Text);
+    const QRect second = inkOf(QPalette::Highlight);
+    QVERIFY(!first.isNull() && !second.isNull());
+    QVERIFY(qAbs(middle(first) - size / 4) < 6);
+    QVERIFY(qAbs(middle(second) - size * 3 / 4) < 6);
+}
+
+void MultiTraceWidgetTest::drawsMarkers_data()
+{
+    QTest::addColumn<Qt::Alignment>("alignment");
+    QTest::addColumn<double>("top");
+    QTest::addColumn<double>("bottom");
+    QTest::newRow("whole row") << Qt::Alignment() << 0.0 << 1.0;
+    QTest::newRow("upper half") << Qt::Alignment(Qt::AlignTop) << 0.0 << 0.5;
+    QTest::newRow("lower half") << Qt::Alignment(Qt::AlignBottom) << 0.5 << 1.0;
+}
+
+void MultiTraceWidgetTest::drawsMarkers()
+{
+    QFETCH(Qt::Alignment, alignment);
+    QFETCH(double, top);
+    QFETCH(double, bottom);
+    Overview overview;
+    overview.addRow("A", constant);
+    Trace *row = overview.addRow("B", constant);
+    const auto add = [&](double seconds, const QColor &color) {
+        auto *marker = new RecordMarker(timeAt(seconds));
+        marker->setColor(color);
+        marker->setAlignment(alignment);
+        row->recordWidget()->addMarker(marker);
+        return marker;
+    };
+    add(4, Qt::magenta);
+    add(6, Qt::cyan)->setHidden(true);
+    add(-0.5, Qt::cyan);
+    RecordMarker *moved = add(2, Qt::cyan);
+    moved->setMovable(true);
+    moved->setModifiedColor(Qt::green);
+    moved->setCorrectedTime(timeAt(3));
+    const QImage picture = overview.repaint();
+
+    const int half = overview.area().height() / 2;
+    const int rowTop = overview.area().top() + half;
+    const QRect ink = Ink::rectOfColor(picture, Qt::magenta);
+    QCOMPARE(ink.left(), overview.pixelOf(4));
+    QCOMPARE(ink.width(), 1);
+    QVERIFY(qAbs(ink.top() - (rowTop + top * half)) <= 2);
+    QVERIFY(qAbs(ink.bottom() - (rowTop + bottom * half)) <= 2);
+
+    // Hidden, in the strip of the labels, or moved on: over the whole row then.
+    QVERIFY(Ink::rectOfColor(picture, Qt::cyan).isNull());
+    const QRect movedInk = Ink::rectOfColor(picture, Qt::green);
+    QCOMPARE(movedInk.left(), overview.pixelOf(3));
+    QVERIFY(movedInk.height() >= half - 2);
+}
+
+void MultiTraceWidgetTest::showsRecordsThatArrive()
+{
+    Overview overview;
+    Trace *row = overview.addRow("", nullptr, Qt::red);
+    QVERIFY(Ink::rectOfColor(overview.repaint(), Qt::red).isNull());
+    feed(row, 0, record(0, 3, wave));
+    QTRY_VERIFY(!Ink::rectOfColor(overview.repaint(), Qt::red).isNull());
+    feed(row, 0, record(3, 6, wave));
+    QTRY_VERIFY(Ink::rectOfColor(overview.repaint(), Qt::red).right() >= overview.pixelOf(5.8));
+}
+
+QTEST_MAIN(MultiTraceWidgetTest)
+#include "tst_multitracewidget.moc"

@@ -1,0 +1,347 @@
+#include "core/recordtesting.h"
+
+#include <norvu/gui/multitracewiggles_p.h>
+
+#include <tellarix/core/records/ringbuffer.h>
+
+#include <QImage>
+#include <QtTest>
+
+#include <random>
+
+using namespace Norvu::Gui;
+using namespace RecordTesting;
+using Tellarix::Core::TimeWindow;
+using Tellarix::Gui::TraceSpans;
+
+using Polygons = QVector<QPolygon>;
+Q_DECLARE_METATYPE(QVector<QPolygon>)
+
+namespace {
+
+struct Statistics
+{
+    double offset{0};
+    double minimum{0};
+    double maximum{0};
+};
+
+/** First and last sample of a record that count for a window. */
+std::pair<int, int> samplesIn(const Record &record, const TimeWindow &window)
+{
+    const int n = record.sampleCount();
+    if (!window.valid())
+        return {0, n};
+    const double before = (window.startTime() - record.startTime()).length();
+    const double behind = (record.endTime() - window.endTime()).length();
+    const double rate = record.samplingFrequency();
+    return {before > 0 ? static_cast<int>(before * rate) : 0,
+            behind > 0 ? n - static_cast<int>(behind * rate) : n};
+}
+
+/** The plain form of minmax(): every sample is looked at. */
+Statistics plainStatistics(const RecordSequence &sequence, const TimeWindow &window,
+                           const TimeWindow &offsetWindow)
+{
+    Statistics result;
+    double sum = 0;
+    int64_t count = 0, divisor = 0;
+    bool isFirst = true;
+    for (const RecordCPtr &record : sequence) {
+        if (window.valid() && !window.overlaps(record->timeWindow()))
+            continue;
+        const auto samples = DoubleArray::From(record->dataArray());
+        const auto [first, last] = samplesIn(*record, window);
+        for (int i = first; i < last; ++i) {
+            const double value = (*samples)[i];
+            result.minimum = isFirst ? value : std::min(result.minimum, value);
+            result.maximum = isFirst ? value : std::max(result.maximum, value);
+            isFirst = false;
+        }
+        count += last - first;
+
+        if (offsetWindow.valid() && !offsetWindow.overlaps(record->timeWindow()))
+            continue;
+        const auto [from, to] = samplesIn(*record, offsetWindow.valid() ? offsetWindow : window);
+        for (int i = from; i < to; ++i)
+            sum += (*samples)[i];
+        divisor = count;
+    }
+    result.offset = divisor != 0 ? sum / static_cast<double>(divisor) : sum;
+    return result;
+}
+
+/** Records with gaps, overlaps and all types of samples. */
+std::unique_ptr<RecordSequence> randomSequence(std::mt19937 &random)
+{
+    std::unique_ptr<RecordSequence> sequence(new RingBuffer(0));
+    std::uniform_int_distribution<int> length(1, 700);
+    std::uniform_real_distribution<double> jump(-1.5, 3);
+    double start = 0;
+    for (int i = 0; i < 60; ++i) {
+        const int n = length(random);
+        ArrayPtr data;
+        if (i % 3 == 0)
+            data = arrayOf(randomSamples<int>(random, n, 0));
+        else if (i % 3 == 1)
+            data = arrayOf(randomSamples<float>(random, n, 0));
+        else
+            data = arrayOf(randomSamples<double>(random, n, 0));
+        const RecordCPtr record = makeRecord(at(start), 100, data);
+        sequence->feed(record.get());
+        start += n / 100.0 + (i % 4 == 0 ? jump(random) : 0);
+    }
+    return sequence;
+}
+
+QPolygon line(const QVector<QPoint> &points)
+{
+    return points;
+}
+
+/** A trace as polylines are: x ascends, several points a column. */
+QPolygon randomTrace(std::mt19937 &random, int columns, int mostPoints, int mostStep)
+{
+    std::uniform_int_distribution<int> points(1, mostPoints);
+    std::uniform_int_distribution<int> step(1, mostStep);
+    std::normal_distribution<double> y(50, 25);
+    QPolygon result;
+    for (int x = 0; x < columns; x += step(random)) {
+        for (int i = points(random); i > 0; --i)
+            result << QPoint(x, static_cast<int>(y(random)));
+    }
+    return result;
+}
+
+QPolygon turned(QPolygon polygon, int height)
+{
+    for (QPoint &point : polygon)
+        point = QPoint(height - 1 - point.y(), point.x());
+    return polygon;
+}
+
+QImage filled(const std::function<void(QPainter &)> &draw)
+{
+    QImage image(120, 120, QImage::Format_RGB32);
+    image.fill(Qt::white);
+    QPainter painter(&image);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(Qt::black);
+    draw(painter);
+    return image;
+}
+
+int differingPixels(const QImage &a, const QImage &b)
+{
+    int count = 0;
+    for (int y = 0; y < a.height(); ++y) {
+        for (int x = 0; x < a.width(); ++x)
+            count += a.pixel(x, y) != b.pixel(x, y);
+    }
+    return count;
+}
+
+} // namespace
+
+class MultiTraceWigglesTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void splitsTracesIntoLobes_data();
+    void splitsTracesIntoLobes();
+    void crossesBetweenPixels();
+    void spansFillWhatPolygonsFill_data();
+    void spansFillWhatPolygonsFill();
+    void statisticsEqualPlainScan();
+    void statisticsOfNothingAreZero();
+    void ignoresSamplesThatAreNotFinite();
+    void findsAmplitudes_data();
+    void findsAmplitudes();
+    void truncatesTimesBetweenPixels();
+};
+
+void MultiTraceWigglesTest::splitsTracesIntoLobes_data()
+{
+    QTest::addColumn<Polygons>("lines");
+    QTest::addColumn<Polygons>("positive");
+    QTest::addColumn<Polygons>("negative");
+    using P = QPoint;
+
+    QTest::newRow("nothing") << Polygons{QPolygon()} << Polygons() << Polygons();
+    QTest::newRow("above") << Polygons{line({P(0, 3), P(4, 1), P(8, 2)})}
+                           << Polygons{line({P(0, 10), P(0, 3), P(4, 1), P(8, 2), P(8, 10)})}
+                           << Polygons();
+    QTest::newRow("below, in two stretches")
+        << Polygons{line({P(0, 13), P(4, 11)}), line({P(6, 12)})} << Polygons()
+        << Polygons{line({P(0, 10), P(0, 13), P(4, 11), P(4, 10)}),
+                    line({P(6, 10), P(6, 12), P(6, 10)})};
+    QTest::newRow("crosses twice, truncated")
+        << Polygons{line({P(0, 5), P(3, 14), P(10, 9)})}
+        << Polygons{line({P(0, 10), P(0, 5), P(1, 10)}), line({P(8, 10), P(10, 9), P(10, 10)})}
+        << Polygons{line({P(1, 10), P(3, 14), P(8, 10)})};
+    QTest::newRow("point on the line belongs to both")
+        << Polygons{line({P(0, 8), P(2, 10), P(4, 8)})}
+        << Polygons{line({P(0, 10), P(0, 8), P(2, 10), P(4, 8), P(4, 10)})}
+        << Polygons{line({P(2, 10), P(2, 10), P(2, 10)})};
+    QTest::newRow("upper lobe is lost at an end on the line")
+        << Polygons{line({P(0, 8), P(2, 10)})} << Polygons()
+        << Polygons{line({P(2, 10), P(2, 10), P(2, 10)})};
+}
+
+void MultiTraceWigglesTest::splitsTracesIntoLobes()
+{
+    QFETCH(Polygons, lines);
+    Polygons positive, negative;
+    generateWiggles<QPolygon, QPoint>(positive, negative, lines, 10);
+    QTEST(positive, "positive");
+    QTEST(negative, "negative");
+}
+
+void MultiTraceWigglesTest::crossesBetweenPixels()
+{
+    QVector<QPolygonF> positive, negative;
+    const QPolygonF trace(QVector<QPointF>{QPointF(0, 5), QPointF(3, 14)});
+    generateWiggles<QPolygonF, QPointF>(positive, negative, {trace}, 9.5);
+    const QPointF crossing(1.5, 9.5);
+    QCOMPARE(positive, QVector<QPolygonF>{QPolygonF({QPointF(0, 9.5), QPointF(0, 5), crossing})});
+    QCOMPARE(negative, QVector<QPolygonF>{QPolygonF({crossing, QPointF(3, 14), QPointF(3, 9.5)})});
+}
+
+void MultiTraceWigglesTest::spansFillWhatPolygonsFill_data()
+{
+    QTest::addColumn<int>("mostPoints");
+    QTest::addColumn<int>("mostStep");
+    QTest::addColumn<bool>("isTurned");
+    for (const bool isTurned : {false, true}) {
+        const char *name = isTurned ? "turned" : "upright";
+        QTest::addRow("dense, %s", name) << 6 << 1 << isTurned;
+        QTest::addRow("a point a column, %s", name) << 1 << 1 << isTurned;
+        QTest::addRow("sparse, %s", name) << 1 << 12 << isTurned;
+    }
+}
+
+void MultiTraceWigglesTest::spansFillWhatPolygonsFill()
+{
+    QFETCH(int, mostPoints);
+    QFETCH(int, mostStep);
+    QFETCH(bool, isTurned);
+    std::mt19937 random(7);
+    for (int run = 0; run < 20; ++run) {
+        Polygons lobes[2];
+        const QPolygon trace = randomTrace(random, 100, mostPoints, mostStep);
+        generateWiggles<QPolygon, QPoint>(lobes[0], lobes[1], {trace}, 40 + run);
+        for (Polygons &side : lobes) {
+            for (QPolygon &lobe : side)
+                lobe = isTurned ? turned(lobe, 100) : lobe;
+            const QImage spans = filled([&](QPainter &painter) {
+                fillSpans(painter, lobeSpans(side, isTurned), isTurned);
+            });
+            const QImage polygons = filled([&](QPainter &painter) {
+                for (const QPolygon &lobe : qAsConst(side))
+                    painter.drawPolygon(lobe, Qt::OddEvenFill);
+            });
+            // A centre right on a slanted edge may fall to either side.
+            QVERIFY(differingPixels(spans, polygons) <= 10);
+        }
+    }
+}
+
+void MultiTraceWigglesTest::statisticsEqualPlainScan()
+{
+    std::mt19937 random(3);
+    std::uniform_real_distribution<double> time(-20, 250);
+    for (int run = 0; run < 200; ++run) {
+        const auto sequence = randomSequence(random);
+        const auto randomWindow = [&](int rarity) {
+            const double start = time(random);
+            return run % rarity ? window(start, start + std::abs(time(random)) / (run % 7 + 1))
+                                : TimeWindow();
+        };
+        const TimeWindow shown = randomWindow(10);
+        const TimeWindow offsetWindow = run % 3 ? TimeWindow() : randomWindow(2);
+        const Statistics expected = plainStatistics(*sequence, shown, offsetWindow);
+
+        Statistics found{-1, -1, -1};
+        minmax(sequence.get(), shown, found.offset, found.minimum, found.maximum, offsetWindow);
+        QCOMPARE(found.minimum, expected.minimum);
+        QCOMPARE(found.maximum, expected.maximum);
+        QVERIFY(std::abs(found.offset - expected.offset) <= 1E-9 * (1 + std::abs(expected.offset)));
+    }
+}
+
+void MultiTraceWigglesTest::statisticsOfNothingAreZero()
+{
+    RingBuffer sequence(0);
+    Statistics found{-1, -1, -1};
+    minmax(&sequence, {}, found.offset, found.minimum, found.maximum, {});
+    QVERIFY(found.offset == 0 && found.minimum == 0 && found.maximum == 0);
+
+    sequence.feed(ramp(100, 10).get());
+    found = {-1, -1, -1};
+    minmax(&sequence, window(0, 50), found.offset, found.minimum, found.maximum, {});
+    QVERIFY(found.offset == 0 && found.minimum == 0 && found.maximum == 0);
+}
+
+void MultiTraceWigglesTest::ignoresSamplesThatAreNotFinite()
+{
+    RingBuffer sequence(0);
+    sequence.feed(makeRecord(at(0), 1, arrayOf<double>({NaN, 2, Infinity, 4, -Infinity})).get());
+    Statistics found;
+    minmax(&sequence, {}, found.offset, found.minimum, found.maximum, {});
+    QCOMPARE(found.minimum, 2.0);
+    QCOMPARE(found.maximum, 4.0);
+    QCOMPARE(found.offset, 3.0);
+}
+
+void MultiTraceWigglesTest::findsAmplitudes_data()
+{
+    QTest::addColumn<int>("time");
+    QTest::addColumn<double>("expected");
+    QTest::newRow("before") << -1 << NaN;
+    QTest::newRow("first point") << 0 << 10.0;
+    QTest::newRow("first of several in a column") << 4 << 20.0;
+    QTest::newRow("between, truncated") << 5 << 27.0;
+    QTest::newRow("falling, truncated towards the start") << 8 << 28.0;
+    QTest::newRow("last point") << 10 << 11.0;
+    QTest::newRow("in the gap") << 15 << NaN;
+    QTest::newRow("single point") << 20 << 99.0;
+    QTest::newRow("behind") << 21 << NaN;
+}
+
+void MultiTraceWigglesTest::findsAmplitudes()
+{
+    QFETCH(int, time);
+    QFETCH(double, expected);
+    const Polygons lines{
+        line({QPoint(0, 10), QPoint(4, 20), QPoint(7, 41), QPoint(9, 14), QPoint(10, 11)}),
+        QPolygon(), line({QPoint(20, 99)})};
+    for (const bool isTurned : {false, true}) {
+        Polygons polygons = lines;
+        for (QPolygon &polygon : polygons) {
+            for (QPoint &point : polygon)
+                point = isTurned ? QPoint(point.y(), point.x()) : point;
+        }
+        double found = NaN;
+        QCOMPARE(amplitudeAt(polygons, time, isTurned, found), !std::isnan(expected));
+        if (!std::isnan(expected))
+            QCOMPARE(found, expected);
+    }
+}
+
+void MultiTraceWigglesTest::truncatesTimesBetweenPixels()
+{
+    const QVector<QPolygonF> lines{
+        QPolygonF({QPointF(0.5, 10), QPointF(2.75, 20), QPointF(6.75, 40)})};
+    double found = NaN;
+    QVERIFY(amplitudeAt(lines, 0, false, found));
+    QCOMPARE(found, 10.0);
+    QVERIFY(amplitudeAt(lines, 2, false, found));
+    QCOMPARE(found, 20.0);
+    QVERIFY(amplitudeAt(lines, 5, false, found));
+    QCOMPARE(found, 20 + 20 * (5 - 2.75) / 4);
+    QVERIFY(!amplitudeAt(lines, 7, false, found));
+}
+
+QTEST_APPLESS_MAIN(MultiTraceWigglesTest)
+#include "tst_multitracewiggles.moc"
