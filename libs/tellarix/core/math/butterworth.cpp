@@ -194,6 +194,7 @@ void Butterworth<T>::setSamplingFrequency(double samplingFrequency)
     _samplingFrequency = samplingFrequency;
     _sections = butterworthSections(_band, _order, _lower, _upper, samplingFrequency);
     _states.assign(_sections.size(), State());
+    _samplesSinceCheck = 0;
 }
 
 template <typename T>
@@ -229,9 +230,14 @@ void Butterworth<T>::apply(int n, T *samples)
         std::fill(samples, samples + n, T(0));
         return;
     }
-    for (int first = 0; first < n; first += BlockLength) {
-        runBlock(std::min(BlockLength, n - first), samples + first);
-        dropTinyState();
+    // Counted along the signal, so that the result doesn't depend on how it is cut into blocks.
+    for (int first = 0; first < n;) {
+        const int length = std::min(BlockLength - _samplesSinceCheck, n - first);
+        runBlock(length, samples + first);
+        first += length;
+        _samplesSinceCheck += length;
+        if (_samplesSinceCheck == BlockLength)
+            checkState();
     }
 }
 
@@ -292,12 +298,17 @@ void Butterworth<T>::run(int n, T *samples)
     std::copy_n(states.begin(), Count, _states.begin());
 }
 
-/** Behind a long run of zeros the state fades into denormal numbers, which are very slow. */
+/**
+ * Behind a long run of zeros the state fades into denormal numbers, which are very slow; samples
+ * near the end of the range of double may make it overflow, from which it would never recover.
+ */
 template <typename T>
-void Butterworth<T>::dropTinyState()
+void Butterworth<T>::checkState()
 {
+    _samplesSinceCheck = 0;
     for (State &state : _states) {
-        if (std::abs(state.first) < TinyState && std::abs(state.second) < TinyState)
+        const double size = std::max(std::abs(state.first), std::abs(state.second));
+        if (!(size >= TinyState && std::isfinite(state.first) && std::isfinite(state.second)))
             state = State();
     }
 }
@@ -305,7 +316,7 @@ void Butterworth<T>::dropTinyState()
 template <typename T>
 InPlaceFilter<T> *Butterworth<T>::clone() const
 {
-    return new Butterworth<T>(_band, _order, _lower, _upper);
+    return new Butterworth<T>(_band, _order, _lower, _upper, _samplingFrequency);
 }
 
 template class Butterworth<float>;

@@ -50,8 +50,9 @@ TELLARIX_CORE_API std::vector<Biquad> butterworthSections(Band band, int order, 
  * A filter of second-order sections in transposed direct form II, with coefficients and state in
  * double. A sample that is not finite gives not-a-number and leaves the state as it was.
  *
- * Without a sampling frequency samples stay as they are. With corners that do not fit the sampling
- * frequency isValid() is false and all samples become 0: such a band holds no signal.
+ * Without a usable sampling frequency (not above 0, not finite) samples stay as they are. With
+ * corners that do not fit the sampling frequency isValid() is false and all samples become 0: such
+ * a band holds no signal.
  */
 template <typename T>
 class TELLARIX_CORE_API Butterworth : public InPlaceFilter<T>
@@ -88,7 +89,7 @@ private:
     static inline void runCascade(int n, T *samples, const Biquad *sections, State *states,
                                   int count);
     void runBlock(int n, T *samples);
-    void dropTinyState();
+    void checkState();
 
     Band _band;
     int _order;
@@ -97,6 +98,7 @@ private:
     double _samplingFrequency{0};
     std::vector<Biquad> _sections;
     std::vector<State> _states;
+    int _samplesSinceCheck{0};
 };
 
 /** Passes what lies below @p corner (Hz). */

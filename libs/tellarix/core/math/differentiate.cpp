@@ -43,7 +43,7 @@ void Differentiate<T>::apply(int n, T *samples)
 template <typename T>
 InPlaceFilter<T> *Differentiate<T>::clone() const
 {
-    return new Differentiate<T>;
+    return new Differentiate<T>(_samplingFrequency);
 }
 
 template class Differentiate<float>;

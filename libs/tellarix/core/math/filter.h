@@ -38,7 +38,8 @@ public:
     virtual int setParameters(int n, const double *parameters) = 0;
     /** Filters @p n samples in place; n below 1 does nothing. */
     virtual void apply(int n, T *samples) = 0;
-    /** A new filter of the same parameters with fresh state, owned by the caller. */
+    /** A new filter of the same parameters and sampling frequency with fresh state, owned by the
+     *  caller. */
     virtual InPlaceFilter<T> *clone() const = 0;
 };
 

@@ -46,7 +46,7 @@ void Integrate<T>::apply(int n, T *samples)
 template <typename T>
 InPlaceFilter<T> *Integrate<T>::clone() const
 {
-    return new Integrate<T>;
+    return new Integrate<T>(_samplingFrequency);
 }
 
 template class Integrate<float>;

@@ -67,7 +67,7 @@ void RunningMean<T>::apply(int n, T *samples)
 template <typename T>
 InPlaceFilter<T> *RunningMean<T>::clone() const
 {
-    return new RunningMean<T>(this->length());
+    return new RunningMean<T>(this->length(), this->samplingFrequency());
 }
 
 template <typename T>
@@ -85,7 +85,7 @@ void RunningMeanHighPass<T>::apply(int n, T *samples)
 template <typename T>
 InPlaceFilter<T> *RunningMeanHighPass<T>::clone() const
 {
-    return new RunningMeanHighPass<T>(this->length());
+    return new RunningMeanHighPass<T>(this->length(), this->samplingFrequency());
 }
 
 template class WindowFilter<float>;

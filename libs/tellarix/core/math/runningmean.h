@@ -71,6 +71,7 @@ public:
 protected:
     /** False without a usable sampling frequency: samples then stay as they are. */
     bool isReady() const { return _window.length() > 0; }
+    double samplingFrequency() const { return _samplingFrequency; }
     MeanWindow &window() { return _window; }
 
 private:

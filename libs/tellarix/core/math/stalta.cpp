@@ -68,7 +68,7 @@ void StaLta<T>::apply(int n, T *samples)
 template <typename T>
 InPlaceFilter<T> *StaLta<T>::clone() const
 {
-    return new StaLta<T>(_sta, _lta);
+    return new StaLta<T>(_sta, _lta, _samplingFrequency);
 }
 
 template class StaLta<float>;
