@@ -74,6 +74,8 @@ CalendarWidget::CalendarWidget(const QDateTime &dateTime, QWidget *parent) : QWi
 {
     _calendar = new QCalendarWidget;
     connect(_calendar, SIGNAL(clicked(QDate)), this, SLOT(setDate(QDate)));
+    // The day that was reached with the arrow keys, when the return key is pressed.
+    connect(_calendar, SIGNAL(activated(QDate)), this, SLOT(setDate(QDate)));
     connect(_calendar, SIGNAL(currentPageChanged(int, int)), this,
             SLOT(onCurrentPageChanged(int, int)));
 
