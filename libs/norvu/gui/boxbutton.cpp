@@ -1,4 +1,4 @@
-#include <norvu/gui/boxbutton.h>
+#include <norvu/gui/boxbutton_p.h>
 
 #include <QAbstractSpinBox>
 #include <QFontInfo>

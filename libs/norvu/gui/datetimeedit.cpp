@@ -1,6 +1,6 @@
 #include <norvu/gui/datetimeedit.h>
 
-#include <norvu/gui/boxbutton.h>
+#include <norvu/gui/boxbutton_p.h>
 #include <norvu/gui/calendarwidget.h>
 #include <norvu/gui/customwidgetmenu.h>
 #include <norvu/gui/fontawesome5.h>

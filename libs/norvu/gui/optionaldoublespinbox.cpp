@@ -1,6 +1,6 @@
 #include <norvu/gui/optionaldoublespinbox.h>
 
-#include <norvu/gui/boxbutton.h>
+#include <norvu/gui/boxbutton_p.h>
 #include <norvu/gui/fontawesome5.h>
 
 #include <QFontMetrics>
