@@ -27,14 +27,15 @@ namespace {
 
 const Core::Time Start(2024, 1, 5, 10, 0, 0);
 
-/** Ten seconds of 2 Hz samples from Start on: three, then zeros, with one -1 among them. */
+/** Ten seconds of 2 Hz samples from Start on: three, then zeros, with one -1 among them; all of
+ *  them times @p sign. */
 template <typename T>
-RecordPtr record()
+RecordPtr record(int sign = 1)
 {
     Core::SmartPointer<TypedArray<T>> samples(new TypedArray<T>(20));
     std::fill(samples->typedData(), samples->typedData() + 20, T(0));
-    samples->typedData()[0] = 3;
-    samples->typedData()[10] = -1;
+    samples->typedData()[0] = T(3 * sign);
+    samples->typedData()[10] = T(-sign);
     const StreamCodesCPtr codes(new StreamCodes("XX", "ABC", "", "BHZ"));
     return RecordPtr(new Record(codes, Start, 2.0, samples));
 }
@@ -71,6 +72,7 @@ private slots:
     void namesStreams();
     void alignsTracesWithLabelWidth_data();
     void alignsTracesWithLabelWidth();
+    void clearsVerticalSpacing();
     void replacesExtraWidget();
     void showsRecord();
     void clearsSlotByNullRecord();
@@ -203,6 +205,22 @@ void TraceTest::alignsTracesWithLabelWidth()
     QCOMPARE(trace.timeAxis()->geometry().right(), widget->geometry().right());
 }
 
+void TraceTest::clearsVerticalSpacing()
+{
+    Trace trace(QStringLiteral("A"), Qt::red);
+    trace.resize(400, 100);
+    trace.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&trace));
+    const QRect before = trace.recordWidget()->geometry();
+
+    trace.setHeaderVisible(false);
+    trace.clearVerticalSpacing();
+    QTRY_COMPARE(trace.recordWidget()->geometry(), trace.rect());
+    trace.setHeaderVisible(true);
+    trace.restoreVerticalSpacing();
+    QTRY_COMPARE(trace.recordWidget()->geometry(), before);
+}
+
 void TraceTest::replacesExtraWidget()
 {
     Trace trace(QStringLiteral("A"), Qt::red);
@@ -267,6 +285,8 @@ void TraceTest::setsSymmetricAmplitudeRange_data()
 
     // mean 0.1, and the sample farthest from it is 3
     QTest::newRow("double") << RecordCPtr(record<double>()) << 0.1 - 2.9 << 0.1 + 2.9;
+    QTest::newRow("double, deeper than high")
+        << RecordCPtr(record<double>(-1)) << -0.1 - 2.9 << -0.1 + 2.9;
     const float mean = 0.1f, half = 3.0f - mean;
     QTest::newRow("float") << RecordCPtr(record<float>()) << double(mean - half)
                            << double(mean + half);
@@ -347,6 +367,14 @@ void TraceTest::keepsAxisAndTracesTogether()
     const int inWidget = trace.recordWidget()->x() + trace.recordWidget()->mapTime(30.0);
     const int inAxis = trace.timeAxis()->x() + qRound(trace.timeAxis()->valueToPixel(30.0));
     QVERIFY(qAbs(inWidget - inAxis) <= 1);
+
+    // Grid lines stand at the ticks, also at those of a later range.
+    trace.setDisplay(-20, 0, 25);
+    const QImage shown = Ink::picture(*trace.recordWidget());
+    const Gui::TimeScale *axis = trace.timeAxis();
+    trace.recordWidget()->setGridSpacing(axis->majorSpacing(), axis->minorSpacing(),
+                                         axis->offset());
+    QCOMPARE(Ink::picture(*trace.recordWidget()), shown);
 
     trace.setSpacing(150);
     QTRY_COMPARE(trace.timeAxis()->x(), Trace::Padding() + 150);

@@ -28,6 +28,7 @@ class FakeStream : public Tellarix::IO::RecordStream
 public:
     static std::vector<RecordPtr> records;
     static QStringList streams;
+    static Tellarix::Core::TimeWindow window;
     static std::atomic<bool> waits;
     static std::atomic<bool> isOpen;
 
@@ -49,6 +50,7 @@ public:
     }
     RecordPtr next() override
     {
+        window = requestedWindow();
         if (_index < records.size())
             return records[_index++];
 
@@ -73,6 +75,7 @@ private:
 
 std::vector<RecordPtr> FakeStream::records;
 QStringList FakeStream::streams;
+Tellarix::Core::TimeWindow FakeStream::window;
 std::atomic<bool> FakeStream::waits{false};
 std::atomic<bool> FakeStream::isOpen{false};
 
@@ -162,6 +165,7 @@ void TraceLoaderTest::loadsBoundStreams()
     TraceLoader loader("fake://");
     QVERIFY(loader.load(&view, window(0, 100)));
     QCOMPARE(FakeStream::streams, QStringList({"XX/A/00/BHZ", "XX/B//BHZ"}));
+    QVERIFY(FakeStream::window == window(0, 100));
     QVERIFY(view.itemAt(0)->recordWidget()->records(0)->timeWindow() == window(0, 20));
     QVERIFY(view.itemAt(1)->recordWidget()->records(0)->isEmpty());
     QCOMPARE(colors(view), QList<QColor>({Qt::green, Qt::red, Qt::red}));
@@ -273,19 +277,29 @@ void TraceLoaderTest::showsProgressAndEndsByCancel()
     view.bindItem("XX.B..BHZ", view.itemAt(1), 0);
     FakeStream::records = {makeRecord("XX.A..BHZ", 0, 10)};
     FakeStream::waits = true;
+    TraceLoader loader("fake://");
     QString label;
     QList<QColor> waiting;
+    QSignalSpy updates(view.itemAt(1)->recordWidget(),
+                       SIGNAL(traceUpdated(Tellarix::Gui::RecordWidget *)));
+    QVERIFY(updates.isValid());
+    int updateCount = 0;
     whenLoading(
         &view, [&] { return !view.itemAt(0)->recordWidget()->records(0)->isEmpty(); },
         [&](QProgressDialog *dialog) {
             label = dialog->labelText();
             waiting = colors(view);
+            // Of two ticks of the clock only the first one finds news.
+            updates.clear();
+            QMetaObject::invokeMethod(&loader, "timeout");
+            QMetaObject::invokeMethod(&loader, "timeout");
+            updateCount = updates.count();
             QTest::keyClick(dialog, Qt::Key_Escape);
         });
 
-    TraceLoader loader("fake://");
     QVERIFY(loader.load(&view, window(0, 100)));
     QCOMPARE(label, QString("Loading waveforms"));
+    QCOMPARE(updateCount, 1);
     QCOMPARE(waiting, QList<QColor>({Qt::yellow, Qt::yellow}));
     QCOMPARE(colors(view), QList<QColor>({Qt::green, Qt::red}));
     QVERIFY(loader.wasCancelled());

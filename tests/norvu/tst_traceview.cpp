@@ -1,3 +1,4 @@
+#include "ink.h"
 #include "traces.h"
 
 #include <tellarix/core/datamodel/network.h>
@@ -81,6 +82,7 @@ private slots:
     void givesAllRowsTheSameRange_data();
     void givesAllRowsTheSameRange();
     void appliesRangeToWidthOfTimeScale();
+    void drawsGridOfTimeScaleInAllRows();
     void coversAllSlotsOfAllRows();
     void bringsWindowIntoSight_data();
     void bringsWindowIntoSight();
@@ -207,6 +209,27 @@ void TraceViewTest::appliesRangeToWidthOfTimeScale()
     QCOMPARE(view.tmax(), 25.0);
 }
 
+void TraceViewTest::drawsGridOfTimeScaleInAllRows()
+{
+    TraceView view;
+    show(view, {"early"});
+    view.setTimeRange(0, 300);
+    view.addItem(makeRow("late"));
+    QApplication::processEvents();
+    for (Trace *row : view.items())
+        row->recordWidget()->setFixedSize(500, 40);
+    RecordWidget *early = view.itemAt(0)->recordWidget();
+    RecordWidget *late = view.itemAt(1)->recordWidget();
+
+    const QImage before = Ink::picture(*early);
+    QCOMPARE(Ink::picture(*late), before);
+    emit view.timeScale()->changedInterval(35, 7, 0);
+    QVERIFY(Ink::picture(*early) != before);
+    QCOMPARE(Ink::picture(*late), Ink::picture(*early));
+    early->setGridSpacing(0, 0, 0);
+    QVERIFY(Ink::picture(*late) != Ink::picture(*early));
+}
+
 void TraceViewTest::coversAllSlotsOfAllRows()
 {
     TraceView view;
@@ -263,6 +286,7 @@ void TraceViewTest::resetsViewInOrder()
     TraceView view;
     Trace *row = makeRow("A", makeRecord("XX.A..BHZ", 1000, 1060));
     row->recordWidget()->setAlignment(timeAt(77));
+    row->setTimeAxisEnabled(true);
     view.addItem(row);
     view.timeScale()->setAlignment(timeAt(1000));
     SignalLog log(&view);
@@ -270,6 +294,7 @@ void TraceViewTest::resetsViewInOrder()
     view.resetView();
     QCOMPARE(log.take(), QStringList({"alignment", "display", "reset"}));
     QVERIFY(row->recordWidget()->alignment() == timeAt(1000));
+    QVERIFY(row->timeAxis()->alignment() == timeAt(77));
     QVERIFY(view.visibleTimeWindow() == window(1000, 1060));
 }
 

@@ -2,6 +2,7 @@
 
 #include <QBoxLayout>
 #include <QLineEdit>
+#include <QPainter>
 #include <QScrollArea>
 #include <QScrollBar>
 
@@ -82,6 +83,8 @@ private slots:
     void zoomsRowHeight();
     void shortcutsReachTheView();
     void crosshairFollowsPointer();
+    void crosshairTellsTimeAndValue_data();
+    void crosshairTellsTimeAndValue();
     void crosshairForgetsRemovedRow();
 };
 
@@ -543,6 +546,65 @@ void TraceViewInteractionTest::crosshairFollowsPointer()
     QEvent leave(QEvent::Leave);
     QApplication::sendEvent(widget, &leave);
     QCOMPARE(view.grab().toImage(), before);
+}
+
+void TraceViewInteractionTest::crosshairTellsTimeAndValue_data()
+{
+    QTest::addColumn<int>("depth"); // quarters of the slot's height
+    QTest::addColumn<bool>("scaled");
+    QTest::addColumn<QString>("value");
+    QTest::newRow("top") << 0 << false << "90";
+    QTest::newRow("three quarters down") << 3 << false << "15";
+    QTest::newRow("in physical units") << 3 << true << "7.5";
+}
+
+void TraceViewInteractionTest::crosshairTellsTimeAndValue()
+{
+    QFETCH(int, depth);
+    QFETCH(bool, scaled);
+    QFETCH(QString, value);
+    TraceView view;
+    QFont font;
+    font.setPixelSize(14); // points depend on what is painted on
+    view.setFont(font);
+    show(view, Rows);
+    view.resize(700, 600);
+    RecordWidget *widget = view.itemAt(2)->recordWidget();
+    widget->setFixedHeight(40);
+    view.setAllTracesNormalization(true);
+    widget->setRecords(0, new Tellarix::RingBuffer(0), true);
+    widget->setAmplRange(-10, 90);
+    widget->setRecordScale(0, 0.5);
+    widget->showScaledValues(scaled);
+    widget->setAlignment(timeAt(3600));
+    QApplication::processEvents();
+
+    const QPoint pointer(widget->canvasRect().left() + 200, 10 * depth);
+    hover(view, 2, pointer);
+    QPixmap expected = view.grab();
+    view.showCrosshair(true);
+    const QImage shown = view.grab().toImage();
+
+    const double seconds = 200 / view.timeScale()->scale();
+    const QString time =
+        QString::fromStdString((timeAt(3600) + Tellarix::Core::TimeSpan(seconds)).iso());
+    const QPoint position = widget->mapTo(&view, pointer);
+    QPainter painter(&expected);
+    QColor color = view.palette().color(QPalette::Highlight);
+    color.setAlpha(192);
+    painter.setFont(font);
+    painter.setPen(color);
+    painter.setCompositionMode(QPainter::CompositionMode_Multiply);
+    const QSize valueSize = painter.fontMetrics().boundingRect(value).size();
+    const QSize timeSize = painter.fontMetrics().boundingRect(time).size();
+    QRect valueRect(QPoint(), valueSize);
+    valueRect.moveBottomRight(position - QPoint(16, 4));
+    const QRect timeRect(position + QPoint(4, 16), timeSize);
+    painter.drawText(valueRect, Qt::AlignCenter | Qt::TextDontClip, value);
+    painter.drawText(timeRect, Qt::AlignCenter | Qt::TextDontClip, time);
+    painter.end();
+    QCOMPARE(shown.copy(valueRect), expected.copy(valueRect).toImage());
+    QCOMPARE(shown.copy(timeRect), expected.copy(timeRect).toImage());
 }
 
 void TraceViewInteractionTest::crosshairForgetsRemovedRow()
