@@ -20,10 +20,16 @@ int MeanWindow::samplesIn(double seconds, double samplingFrequency)
 void MeanWindow::resize(int length)
 {
     _samples.assign(static_cast<size_t>(length), 0.0);
-    _next = 0;
-    _count = 0;
-    _sum = 0;
-    _freshSum = 0;
+    _sums = Sums();
+}
+
+template <typename T, typename Operation>
+void MeanWindow::transform(int n, T *samples, Operation operation)
+{
+    // A copy on the stack, which the compiler keeps in registers.
+    Sums sums = _sums;
+    forEachFinite(n, samples, [&](double sample) { return operation(sample, push(sums, sample)); });
+    _sums = sums;
 }
 
 template <typename T>
@@ -60,8 +66,7 @@ void RunningMean<T>::apply(int n, T *samples)
 {
     if (!this->isReady())
         return;
-    MeanWindow &window = this->window();
-    forEachFinite(n, samples, [&](double sample) { return window.push(sample); });
+    this->window().transform(n, samples, [](double, double mean) { return mean; });
 }
 
 template <typename T>
@@ -78,8 +83,7 @@ void RunningMeanHighPass<T>::apply(int n, T *samples)
 {
     if (!this->isReady())
         return;
-    MeanWindow &window = this->window();
-    forEachFinite(n, samples, [&](double sample) { return sample - window.push(sample); });
+    this->window().transform(n, samples, [](double sample, double mean) { return sample - mean; });
 }
 
 template <typename T>

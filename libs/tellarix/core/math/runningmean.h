@@ -27,30 +27,40 @@ public:
     void resize(int length);
     int length() const { return static_cast<int>(_samples.size()); }
     /** Takes a finite sample in and gives the mean. */
-    double push(double sample)
-    {
-        const size_t length = _samples.size();
-        if (_count == length)
-            _sum -= _samples[_next];
-        else
-            ++_count;
-        _samples[_next] = sample;
-        _sum += sample;
-        _freshSum += sample;
-        if (++_next == length) {
-            _next = 0;
-            _sum = _freshSum;
-            _freshSum = 0;
-        }
-        return _sum / static_cast<double>(_count);
-    }
+    double push(double sample) { return push(_sums, sample); }
+    /** Replaces @p n samples by what @p operation makes of each and the mean; faster than push().
+     *  A sample that is not finite becomes not-a-number. For the filters of this library. */
+    template <typename T, typename Operation>
+    void transform(int n, T *samples, Operation operation);
 
 private:
+    struct Sums
+    {
+        size_t next{0};
+        size_t count{0};
+        double all{0};
+        double fresh{0}; /**< of this round alone */
+    };
+
+    double push(Sums &sums, double sample)
+    {
+        const size_t length = _samples.size();
+        double &oldest = _samples[sums.next];
+        if (sums.count < length)
+            ++sums.count;
+        sums.all += sample - oldest; // 0 as long as the window is not full
+        oldest = sample;
+        sums.fresh += sample;
+        if (++sums.next == length) {
+            sums.next = 0;
+            sums.all = sums.fresh;
+            sums.fresh = 0;
+        }
+        return sums.all / static_cast<double>(sums.count);
+    }
+
     std::vector<double> _samples;
-    size_t _next{0};
-    size_t _count{0};
-    double _sum{0};
-    double _freshSum{0};
+    Sums _sums;
 };
 
 /** Base of the filters that work with the mean of a window of fixed length in seconds. */
