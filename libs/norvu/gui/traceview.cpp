@@ -79,8 +79,10 @@ TraceView::~TraceView()
     _timeScale->removeEventFilter(this);
     _scrollArea->viewport()->removeEventFilter(this);
     _crosshairOverlay->removeEventFilter(this);
-    for (Trace *row : std::as_const(_items))
+    for (Trace *row : std::as_const(_items)) {
         row->recordWidget()->removeEventFilter(this);
+        row->recordWidget()->disconnect(this);
+    }
 
     delete _filter;
     qDeleteAll(std::exchange(_items, {}));
@@ -192,6 +194,7 @@ bool TraceView::addItem(Trace *row, RecordIDStrategy strategy)
     ++_emptyDataSlots;
     updateToolbar();
 
+    watchFiltering(widget);
     applyViewTo(widget);
     bindStreams(row, strategy);
     emit layoutOrContentChanged();
@@ -211,6 +214,7 @@ void TraceView::applyViewTo(Tellarix::Gui::RecordWidget *widget)
         const auto range = records->amplitudeRange(byWindow ? &window : nullptr);
         widget->setAmplRange(range.first, range.second);
     }
+    widget->setBackgroundFiltering(_backgroundFiltering);
     if (_filter)
         widget->setFilter(_filter);
     widget->setAmplAutoScaleEnabled(!common);

@@ -13,7 +13,9 @@
 #include <QMap>
 #include <QPair>
 #include <QPoint>
+#include <QSet>
 
+#include <functional>
 #include <string>
 
 class QBoxLayout;
@@ -175,6 +177,14 @@ public:
     void setFilter(Tellarix::Math::Filtering::InPlaceFilter<double> *filter);
     bool hasFilter() const { return _filter != nullptr; }
     bool isFilterEnabled() const { return _filterEnabled; }
+    /**
+     * Filters the rows in the background; off at the start.
+     *
+     * Rows show their raw data palely until their filtered data are there. Amplitudes of all rows
+     * are normalized again, and layoutOrContentChanged() is sent, once the last row is through.
+     */
+    void setBackgroundFiltering(bool enable);
+    bool isBackgroundFilteringEnabled() const { return _backgroundFiltering; }
 
     // Selection
 
@@ -227,6 +237,8 @@ signals:
     /** Rows are about to be sorted: time to set their distances. */
     void distanceValuesRequired();
     void layoutOrContentChanged();
+    /** Of @p total rows that are filtered in the background, @p done are through. */
+    void filteringProgress(int done, int total);
     void viewReset();
 
 public slots:
@@ -294,6 +306,11 @@ protected:
     void leaveEvent(QEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
 
+private slots:
+    void countFilteringRow(Tellarix::Gui::RecordWidget *widget);
+    void finishFilteringRow(Tellarix::Gui::RecordWidget *widget);
+    void forgetFilteringRow(QObject *widget);
+
 private:
     static constexpr int ColorBarWidth = 6;
 
@@ -319,6 +336,8 @@ private:
     void forgetItem(Trace *row);
     QList<Trace *>::iterator removeTraceItem(QList<Trace *>::iterator position);
 
+    void changeFiltering(const std::function<void(Tellarix::Gui::RecordWidget *)> &change);
+    void watchFiltering(Tellarix::Gui::RecordWidget *widget);
     void applyNormMode();
     void applyCommonAmplitudeRange();
     void prepareVisibleRows();
@@ -382,6 +401,10 @@ private:
     int _emptyDataSlots{0};
     Tellarix::Math::Filtering::InPlaceFilter<double> *_filter{nullptr};
     bool _filterEnabled{false};
+    bool _backgroundFiltering{false};
+    bool _filterIsChanging{false};
+    QSet<const QObject *> _filteringRows; /**< record widgets that filter in the background */
+    int _filteringTotal{0};
     QToolBar *_toolBar{nullptr};
     QAction *_loadAction{nullptr};
     QAction *_cleanAction{nullptr};

@@ -6,7 +6,6 @@
 #include <tellarix/qt/records/recordwidget.h>
 
 #include <algorithm>
-#include <utility>
 
 namespace Norvu {
 namespace Gui {
@@ -33,6 +32,9 @@ double displayedScale(const RecordWidget *widget)
 const Tellarix::RecordSequence *normalizedRecords(const RecordWidget *widget)
 {
     const int slot = widget->currentRecords();
+    // What is still being filtered is shown raw, and has to fit into the row until it is done.
+    if (widget->isFilteringInProgress())
+        return widget->displayedRecords(slot);
     return widget->isFilteringEnabled() ? widget->filteredRecords(slot) : widget->records(slot);
 }
 
@@ -62,29 +64,6 @@ void TraceView::setAllTracesNormalization(bool enable)
 void TraceView::updateTraceNormalization()
 {
     setTimeRange(_tmin, _tmax);
-}
-
-void TraceView::setFilter(Tellarix::Math::Filtering::InPlaceFilter<double> *filter)
-{
-    if (filter != _filter)
-        delete std::exchange(_filter, filter);
-
-    for (Trace *row : std::as_const(_items))
-        row->recordWidget()->setFilter(_filter);
-    applyNormMode();
-    emit layoutOrContentChanged();
-}
-
-void TraceView::setFilterEnabled(bool enable)
-{
-    if (enable == _filterEnabled)
-        return;
-
-    _filterEnabled = enable;
-    for (Trace *row : std::as_const(_items))
-        row->recordWidget()->enableFiltering(enable);
-    applyNormMode();
-    emit layoutOrContentChanged();
 }
 
 void TraceView::applyNormMode()

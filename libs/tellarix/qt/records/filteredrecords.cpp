@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <utility>
 
 namespace Tellarix {
 namespace Gui {
@@ -59,8 +60,8 @@ public:
     RecordSequence *clone() const override { return new Sequence(tolerance()); }
 };
 
-FilteredRecords::FilteredRecords(const Filter &prototype, double tolerance)
-    : _prototype(prototype), _sequence(std::make_unique<Sequence>(tolerance))
+FilteredRecords::FilteredRecords(std::unique_ptr<const Filter> prototype, double tolerance)
+    : _prototype(std::move(prototype)), _sequence(std::make_unique<Sequence>(tolerance))
 {}
 
 FilteredRecords::~FilteredRecords() = default;
@@ -70,21 +71,45 @@ RecordSequence *FilteredRecords::sequence() const
     return _sequence.get();
 }
 
-Core::TimeWindow FilteredRecords::update(const RecordSequence &raw, const Record *fed)
+/** True if nothing was put between the records that are known already, or before them. */
+bool FilteredRecords::isBeginOf(const RecordSequence &raw) const
+{
+    const int size = _entries.size();
+    return raw.size() >= size && (size == 0 || raw.at(size - 1) == _entries[size - 1].raw.get());
+}
+
+qint64 FilteredRecords::samplesBehind(const RecordSequence &raw)
+{
+    dropFront(raw);
+    if (!isBeginOf(raw))
+        return -1;
+    qint64 count = 0;
+    for (int i = _entries.size(); i < raw.size(); ++i)
+        count += raw.at(i)->sampleCount();
+    return count;
+}
+
+std::unique_ptr<RecordSequence> FilteredRecords::Copy(std::vector<RecordCPtr> records)
+{
+    auto sequence = std::make_unique<Sequence>();
+    for (const RecordCPtr &record : records)
+        sequence->place(record);
+    return sequence;
+}
+
+Core::TimeWindow FilteredRecords::update(const RecordSequence &raw, const Record *fed,
+                                         const std::atomic<bool> *cancelled)
 {
     dropFront(raw);
     const int size = _entries.size();
-    if (raw.size() == size && (size == 0 || raw.back() == _entries[size - 1].raw.get()))
-        return {};
-
-    if (raw.size() == size + 1) {
-        const bool atEnd = size == 0 || raw.at(size - 1) == _entries[size - 1].raw.get();
-        const int index = atEnd ? size : (fed != nullptr ? indexOf(raw, fed) : -1);
+    const bool grewAtEnd = isBeginOf(raw);
+    if (!grewAtEnd && fed != nullptr && raw.size() == size + 1) {
+        const int index = indexOf(raw, fed);
         if (index >= 0)
             return insertAt(index, raw.at(index));
     }
 
-    for (int i = 0; i < size; ++i) {
+    for (int i = 0; i < size && !grewAtEnd; ++i) {
         // Records taken out of the middle change the history of those behind them.
         if (indexOf(raw, _entries[i].raw.get()) < 0) {
             _entries.clear();
@@ -93,7 +118,9 @@ Core::TimeWindow FilteredRecords::update(const RecordSequence &raw, const Record
         }
     }
     Core::TimeWindow changed;
-    for (int i = 0; i < raw.size(); ++i) {
+    for (int i = grewAtEnd ? size : 0; i < raw.size(); ++i) {
+        if (cancelled != nullptr && cancelled->load(std::memory_order_relaxed))
+            break;
         if (i >= _entries.size() || _entries[i].raw.get() != raw.at(i))
             changed = changed.united(insertAt(i, raw.at(i)));
     }
@@ -175,7 +202,7 @@ void FilteredRecords::rebuildSequence()
 std::unique_ptr<FilteredRecords::Filter> FilteredRecords::freshFilter(const Record &record,
                                                                       int firstSample) const
 {
-    std::unique_ptr<Filter> filter(_prototype.clone());
+    std::unique_ptr<Filter> filter(_prototype->clone());
     filter->setStreamID(record.networkCode(), record.stationCode(), record.locationCode(),
                         record.channelCode());
     filter->setStartTime(record.startTime() +

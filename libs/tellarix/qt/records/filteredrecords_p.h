@@ -3,6 +3,7 @@
 #include <tellarix/core/math/filter.h>
 #include <tellarix/core/records/recordsequence.h>
 
+#include <atomic>
 #include <memory>
 #include <vector>
 
@@ -23,18 +24,28 @@ class FilteredRecords
 public:
     using Filter = Math::Filtering::InPlaceFilter<double>;
 
-    /** @param prototype  is cloned for each run; has to outlive this object */
-    FilteredRecords(const Filter &prototype, double tolerance);
+    /** @param prototype  is cloned for each run; not null */
+    FilteredRecords(std::unique_ptr<const Filter> prototype, double tolerance);
     ~FilteredRecords();
 
     RecordSequence *sequence() const;
 
     /**
      * Takes in what @p raw got since the last call and drops what it dropped.
-     * @param fed  the record that was fed, if known; saves a walk over all records
+     * @param fed        the record that was fed, if known; saves a walk over all records
+     * @param cancelled  once true, the rest is left undone, for the next call
      * @return the window of the records that were filtered; invalid if there were none
      */
-    Core::TimeWindow update(const RecordSequence &raw, const Record *fed = nullptr);
+    Core::TimeWindow update(const RecordSequence &raw, const Record *fed = nullptr,
+                            const std::atomic<bool> *cancelled = nullptr);
+    /**
+     * Number of samples that update() would have to filter if @p raw got records at its end only;
+     * -1 if it got others as well, so that records would have to be filtered again.
+     */
+    qint64 samplesBehind(const RecordSequence &raw);
+
+    /** A sequence that holds just @p records, which are in order. */
+    static std::unique_ptr<RecordSequence> Copy(std::vector<RecordCPtr> records);
 
 private:
     class Sequence;
@@ -47,6 +58,7 @@ private:
         std::unique_ptr<Filter> tail; /**< state behind the last record of a run */
     };
 
+    bool isBeginOf(const RecordSequence &raw) const;
     void dropFront(const RecordSequence &raw);
     Core::TimeWindow insertAt(int index, const Record *record);
     int filterFrom(int begin, int inserted, bool splitsRun);
@@ -54,7 +66,7 @@ private:
     std::unique_ptr<Filter> freshFilter(const Record &record, int firstSample) const;
     RecordCPtr filtered(std::unique_ptr<Filter> &filter, const Record &record);
 
-    const Filter &_prototype;
+    std::unique_ptr<const Filter> _prototype;
     std::unique_ptr<Sequence> _sequence;
     SlidingVector<Entry> _entries;
     std::vector<double> _samples;

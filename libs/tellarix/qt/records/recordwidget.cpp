@@ -76,10 +76,14 @@ bool RecordWidget::setRecords(int slot, RecordSequence *sequence, bool owner)
     if (sequence == nullptr && slot >= slotCount())
         return true;
 
-    makeSlot(slot)->setRaw(sequence, owner);
+    makeSlot(slot);
+    forgetFiltered(slot);
+    slotAt(slot)->setRaw(sequence, owner);
+    filterInBackground(slot);
     forgetExtrema();
     notifyRecords(slot);
     updateAll();
+    announceFiltering();
     return true;
 }
 

@@ -21,6 +21,7 @@
 namespace Tellarix {
 namespace Gui {
 
+class FilteredRecords;
 class RecordMarker;
 struct AmplitudeTick;
 
@@ -100,7 +101,11 @@ public:
     bool setRecords(int slot, RecordSequence *sequence, bool owner = true);
     /** The raw sequence of a slot, null if there is none or no such slot. */
     RecordSequence *records(int slot) const;
-    /** The filtered sequence of a slot; null without a filter, records or such a slot. */
+    /**
+     * The filtered sequence of a slot; null without a filter, records or such a slot. With
+     * background filtering it is null until it was made, may lag behind the raw one for a while,
+     * and is good until the event loop runs again.
+     */
     RecordSequence *filteredRecords(int slot) const;
     /** The filtered sequence if filtering is on and there is one, otherwise the raw one. */
     RecordSequence *displayedRecords(int slot) const;
@@ -135,6 +140,17 @@ public:
     void setFilter(const Math::Filtering::InPlaceFilter<double> *filter);
     const Math::Filtering::InPlaceFilter<double> *filter() const { return _filter.get(); }
     bool isFilteringEnabled() const { return _filtering; }
+    /**
+     * Filters long sequences in threads of the global pool instead of at once; off at the start.
+     *
+     * Until the filtered records of a slot are there, displayedRecords() are the raw ones, whose
+     * trace is drawn pale. Records that are fed meanwhile are not lost. Another filter cancels what
+     * is under way. Filters have to be such that clones can run in several threads.
+     */
+    void setBackgroundFiltering(bool enable);
+    bool isBackgroundFilteringEnabled() const { return _backgroundFiltering; }
+    /** True while records of a slot are filtered in the background. */
+    bool isFilteringInProgress() const;
 
     // Time axis
 
@@ -283,6 +299,11 @@ public slots:
 signals:
     /** Range, scale or data have changed and amplitudeRange() may be another. */
     void traceUpdated(Tellarix::Gui::RecordWidget *widget);
+    /** Filtering in the background has begun for some slot, and has come to its end for all. */
+    void filteringStarted(Tellarix::Gui::RecordWidget *widget);
+    void filteringFinished(Tellarix::Gui::RecordWidget *widget);
+    /** So many of the slots that were to be filtered since filteringStarted() are through. */
+    void filteringProgress(Tellarix::Gui::RecordWidget *widget, int done, int total);
     /** The left button was pressed and released at the same place of the canvas. */
     void clickedOnTime(const Tellarix::Core::Time &time);
     /** The selection while it is dragged, from where the button was pressed to the pointer, in
@@ -343,7 +364,19 @@ private:
     double shownFactor(int slot) const;
     int mapCanvasSeconds(double seconds) const;
 
+    bool awaitsFiltered(const Slot &slot) const;
+    bool isNearlyFiltered(const Slot &slot) const;
+    std::unique_ptr<FilteredRecords> makeFiltered(const Slot &slot) const;
     void updateFiltered(Slot &slot) const;
+    void forgetFiltered(int slot);
+    void cancelJob(int slot);
+    void cancelFiltering();
+    void filterAll();
+    void filterInBackground(int slot);
+    void startJob(int slot, std::unique_ptr<FilteredRecords> filtered);
+    Core::TimeWindow filterFed(int slot, const Record *record);
+    void finishJob(int slot);
+    void announceFiltering();
     void notifyRecords(int slot);
     void displayedRecordsChanged();
     const Extrema &extremaOf(Slot &slot) const;
@@ -418,6 +451,10 @@ private:
     DrawMode _drawMode{Single};
     AxisPosition _axisPosition{AxisLeft};
     bool _filtering{false};
+    bool _backgroundFiltering{false};
+    bool _filteringAnnounced{false};
+    int _jobCount{0}; /**< since filteringStarted(), those of them that are done included */
+    int _jobsDone{0};
     bool _amplAutoScale{true};
     bool _showScaledValues{false};
     bool _drawAxis{false};

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <tellarix/qt/records/filteredrecords_p.h>
+#include <tellarix/qt/records/filterjob_p.h>
 #include <tellarix/qt/records/recordwidget.h>
 
 #include <cmath>
@@ -44,6 +45,7 @@ struct RecordWidget::Slot
     void setRaw(RecordSequence *sequence, bool own)
     {
         filtered.reset();
+        job.reset();
         if (ownsRaw && raw != sequence)
             delete raw;
         raw = sequence;
@@ -53,6 +55,7 @@ struct RecordWidget::Slot
     RecordSequence *raw{nullptr};
     bool ownsRaw{false};
     std::unique_ptr<FilteredRecords> filtered;
+    std::unique_ptr<FilterJob> job; /**< makes the next filtered records in the background */
 
     std::optional<double> scale;
     std::optional<QPen> pen;

@@ -32,11 +32,21 @@ constexpr double SmallestGridPixels = 3;
 constexpr double TextBackgroundAlpha = 0.75;
 constexpr double HighlightContrast = 3;
 constexpr QRgb DisabledColor = 0xffa0a0a0;
+// How much is left of a trace's colour while its filtered samples are still worked out.
+constexpr double RawShare = 0.3;
 
 QColor withAlpha(QColor color, double alpha)
 {
     color.setAlphaF(alpha * color.alphaF());
     return color;
+}
+
+/** @p share of one colour, the rest of the other. */
+QColor mixed(const QColor &color, const QColor &other, double share)
+{
+    const auto mix = [share](double a, double b) { return share * a + (1 - share) * b; };
+    return QColor::fromRgbF(mix(color.redF(), other.redF()), mix(color.greenF(), other.greenF()),
+                            mix(color.blueF(), other.blueF()), color.alphaF());
 }
 
 QPen hairline(const QColor &color)
@@ -268,6 +278,8 @@ void RecordWidget::drawTraces(QPainter &painter, const Look &colors)
         QPen pen = recordPen(slot);
         if (!item.pen && (colors.highlighted || !isEnabled()))
             pen.setColor(isEnabled() ? colors.text : QColor(DisabledColor));
+        if (awaitsFiltered(item))
+            pen.setColor(mixed(pen.color(), colors.background, RawShare));
         painter.setPen(pen);
         painter.setRenderHint(QPainter::Antialiasing, scheme.antiAliasing);
         painter.translate(area.topLeft());

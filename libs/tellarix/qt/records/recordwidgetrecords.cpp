@@ -24,80 +24,6 @@ constexpr int FeedInterval = 200;
 
 } // namespace
 
-// Filtering
-
-bool RecordWidget::isFiltered(const Slot &slot) const
-{
-    return _filtering && _filter != nullptr && slot.raw != nullptr;
-}
-
-void RecordWidget::updateFiltered(Slot &slot) const
-{
-    if (slot.filtered == nullptr)
-        slot.filtered = std::make_unique<FilteredRecords>(*_filter, slot.raw->tolerance());
-    slot.filtered->update(*slot.raw);
-}
-
-RecordSequence *RecordWidget::filteredRecords(int slot) const
-{
-    Slot *item = slotAt(slot);
-    if (item == nullptr || item->raw == nullptr || _filter == nullptr)
-        return nullptr;
-
-    updateFiltered(*item);
-    return item->filtered->sequence();
-}
-
-RecordSequence *RecordWidget::displayedRecords(int slot) const
-{
-    const Slot *item = slotAt(slot);
-    if (item == nullptr)
-        return nullptr;
-    return isFiltered(*item) ? filteredRecords(slot) : item->raw;
-}
-
-void RecordWidget::setFilter(const Math::Filtering::InPlaceFilter<double> *filter)
-{
-    if (filter == nullptr && _filter == nullptr)
-        return;
-
-    // The filtered records refer to the old filter.
-    for (const auto &slot : _slots)
-        slot->filtered.reset();
-    _filter.reset(filter != nullptr ? filter->clone() : nullptr);
-    if (_filtering)
-        displayedRecordsChanged();
-}
-
-void RecordWidget::enableFiltering(bool enable)
-{
-    if (enable == _filtering)
-        return;
-
-    _filtering = enable;
-    if (_filter != nullptr)
-        displayedRecordsChanged();
-}
-
-void RecordWidget::displayedRecordsChanged()
-{
-    forgetExtrema();
-    for (int i = 0; i < slotCount(); ++i) {
-        if (_slots[static_cast<size_t>(i)]->raw != nullptr)
-            notifyRecords(i);
-    }
-    updateAll();
-}
-
-void RecordWidget::notifyRecords(int slot)
-{
-    slotAt(slot)->stretchesKnown = false;
-    changedRecords(slot, displayedRecords(slot));
-}
-
-void RecordWidget::changedRecords(int, RecordSequence *)
-{}
-
 // New records
 
 void RecordWidget::fed(int slot, const Record *record)
@@ -108,8 +34,7 @@ void RecordWidget::fed(int slot, const Record *record)
 
     const ShownRange before = shownRange(slot);
     Core::TimeWindow changed = touchedWindow(*item, record);
-    if (item->filtered != nullptr && isFiltered(*item))
-        changed = changed.united(item->filtered->update(*item->raw, record));
+    changed = changed.united(filterFed(slot, record));
 
     item->stretchesKnown = false;
     item->traces[0].dirty = true;
@@ -198,6 +123,7 @@ Core::TimeWindow RecordWidget::touchedWindow(const Slot &slot, const Record *rec
 
 void RecordWidget::updateRecords()
 {
+    filterAll();
     setDirty();
     update();
     emit traceUpdated(this);
