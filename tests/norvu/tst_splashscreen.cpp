@@ -134,6 +134,10 @@ void SplashScreenTest::keepsTextsApart()
     const QImage image = pictureOf(splash);
     // descenders of the title end inside of the header
     QVERIFY(Ink::rectOtherThan(image, QRect(0, 47, 400, 3), Qt::white).isEmpty());
+    // a title that is too long ends before the versions
+    const SplashScreen wordy(background(Qt::black), nullptr, "1", "Strong motion of all regions",
+                             nullptr);
+    QVERIFY(Ink::rectOtherThan(pictureOf(wordy), QRect(320, 0, 80, 50), Qt::white).isEmpty());
     // the logo ends before the maker's line begins
     const QColor foot = image.pixelColor(5, 375);
     QVERIFY(Ink::rectOtherThan(image, QRect(88, 350, 12, 50), foot).isEmpty());

@@ -56,9 +56,13 @@ QRect corners(int left, int top, int right, int bottom)
 void drawText(QPainter &painter, const QFont &font, const QColor &color, const QRect &rect,
               const QString &text)
 {
+    painter.save();
+    // A text that is too long ends with its rectangle; descenders may reach out of it.
+    painter.setClipRect(rect.adjusted(0, -rect.height(), 0, rect.height()));
     painter.setFont(font);
     painter.setPen(color);
     painter.drawText(rect, TextFlags, text);
+    painter.restore();
 }
 
 QColor translucent(QRgb color)
