@@ -2,9 +2,11 @@
 
 #include "darkpalette.h"
 #include "filterbox.h"
+#include "overviewmenu.h"
 #include "waveformpanel.h"
 #include "widgetgallery.h"
 
+#include <norvu/gui/multitracewidget.h>
 #include <norvu/gui/traceview.h>
 #include <tellarix/client/demo/demonstration.h>
 #include <tellarix/core/environment.h>
@@ -69,6 +71,7 @@ MainWindow::MainWindow(QWidget *parent) : QMainWindow(parent), _waveforms(new Wa
     createViewMenu();
     createFilterBar();
     createTraceMenu();
+    createOverviewMenu();
     _waveforms->view()->setFocus();
 }
 
@@ -137,6 +140,13 @@ void MainWindow::createTraceMenu()
         if (!shown.contains(action))
             menu->addAction(action);
     }
+}
+
+void MainWindow::createOverviewMenu()
+{
+    _overview = new Norvu::Gui::MultiTraceWidget(_waveforms->view());
+    _overviewMenu = new OverviewMenu(_waveforms->view(), _overview, this);
+    menuBar()->addMenu(_overviewMenu);
 }
 
 void MainWindow::setFilter(const QString &text)
@@ -252,7 +262,21 @@ void MainWindow::tell(const QStringList &problems)
 QVector<MainWindow::Snapshot> MainWindow::snapshots()
 {
     QCoreApplication::processEvents();
-    return {{"waveforms.png", grab()}, {"widgets.png", widgetGallery()}};
+    return {{"waveforms.png", grab()},
+            {"overview.png", overviewPicture(false)},
+            {"overview-horizontal.png", overviewPicture(true)},
+            {"widgets.png", widgetGallery()}};
+}
+
+QPixmap MainWindow::overviewPicture(bool horizontal)
+{
+    _overviewMenu->setOverviewShown(true);
+    _overviewMenu->setHorizontal(horizontal);
+    _overviewMenu->setWigglesShown(true);
+    QCoreApplication::processEvents();
+    const QPixmap picture = grab();
+    _overviewMenu->setOverviewShown(false);
+    return picture;
 }
 
 void MainWindow::restoreSettings()

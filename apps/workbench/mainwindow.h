@@ -11,9 +11,16 @@ class QDockWidget;
 class QLabel;
 class QPlainTextEdit;
 
+namespace Norvu {
+namespace Gui {
+class MultiTraceWidget;
+}
+} // namespace Norvu
+
 namespace Workbench {
 
 class FilterBox;
+class OverviewMenu;
 class WaveformPanel;
 
 /** The workbench's window: menus, panels, status line and a list of problems. */
@@ -67,13 +74,17 @@ private:
     void createViewMenu();
     void createFilterBar();
     void createTraceMenu();
+    void createOverviewMenu();
     void createMessageDock();
     void createStatusBar();
     void saveSettings() const;
+    QPixmap overviewPicture(bool horizontal);
     void tell(const QStringList &problems);
 
     WaveformPanel *_waveforms;
     FilterBox *_filterBox{nullptr};
+    OverviewMenu *_overviewMenu{nullptr};
+    Norvu::Gui::MultiTraceWidget *_overview{nullptr};
     QDockWidget *_messageDock{nullptr};
     QPlainTextEdit *_messages{nullptr};
     QLabel *_pointerLabel{nullptr};

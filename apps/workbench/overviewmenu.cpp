@@ -1,0 +1,62 @@
+#include "overviewmenu.h"
+
+#include <norvu/gui/fontawesome5.h>
+#include <norvu/gui/multitracewidget.h>
+#include <norvu/gui/traceview.h>
+
+using namespace Norvu;
+
+namespace Workbench {
+
+OverviewMenu::OverviewMenu(Gui::TraceView *view, Gui::MultiTraceWidget *overview, QWidget *parent)
+    : QMenu(tr("&Overview"), parent), _view(view), _overview(overview)
+{
+    _show = addToggle(tr("&Overview of all rows"), tr("O"), SLOT(setOverviewShown(bool)));
+    _show->setIcon(FontAwesome5::iconSolid(FontAwesome5::chLayerGroup));
+    _wiggles = addToggle(tr("&Wiggles"), tr("W"), SLOT(setWigglesShown(bool)));
+    _horizontal = addToggle(tr("Rows from &left to right"), tr("H"), SLOT(setHorizontal(bool)));
+    addSeparator();
+    addActions(_overview->actions());
+    setOverviewShown(false);
+}
+
+QAction *OverviewMenu::addToggle(const QString &text, const QString &shortcut, const char *slot)
+{
+    QAction *action = addAction(text);
+    action->setCheckable(true);
+    action->setShortcut(shortcut);
+    connect(action, SIGNAL(toggled(bool)), this, slot);
+    return action;
+}
+
+void OverviewMenu::setOverviewShown(bool show)
+{
+    _show->setChecked(show);
+    _overview->setActive(show);
+    _wiggles->setEnabled(show);
+    _horizontal->setEnabled(show);
+    for (QAction *action : _overview->actions())
+        action->setEnabled(show);
+    updateTimeScale();
+}
+
+void OverviewMenu::setHorizontal(bool horizontal)
+{
+    _horizontal->setChecked(horizontal);
+    _overview->setOrientation(horizontal ? Qt::Horizontal : Qt::Vertical);
+    updateTimeScale();
+}
+
+void OverviewMenu::setWigglesShown(bool show)
+{
+    _wiggles->setChecked(show);
+    _overview->setWigglesShown(show);
+}
+
+/** The time scale runs from left to right, and so does not fit rows with time running down. */
+void OverviewMenu::updateTimeScale()
+{
+    _view->setTimeScaleVisible(!_show->isChecked() || !_horizontal->isChecked());
+}
+
+} // namespace Workbench
