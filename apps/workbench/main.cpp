@@ -6,6 +6,8 @@
 
 namespace {
 
+QtMessageHandler originalHandler = nullptr;
+
 /** Pictures need no display, and no splash either. */
 bool wantsPictures(int argc, char **argv)
 {
@@ -14,6 +16,13 @@ bool wantsPictures(int argc, char **argv)
             return true;
     }
     return false;
+}
+
+/** The offscreen platform repeats for each window that it can't resize windows by their hints. */
+void dropPlatformNotes(QtMsgType type, const QMessageLogContext &context, const QString &message)
+{
+    if (!message.startsWith("This plugin does not support"))
+        originalHandler(type, context, message);
 }
 
 } // namespace
@@ -25,6 +34,7 @@ int main(int argc, char **argv)
     int flags = WorkbenchApplication::WantRecordStream | WorkbenchApplication::ShowSplash;
     if (wantsPictures(argc, argv)) {
         flags &= ~WorkbenchApplication::ShowSplash;
+        originalHandler = qInstallMessageHandler(dropPlatformNotes);
         if (qEnvironmentVariableIsEmpty("DISPLAY") &&
             qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") &&
             qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))

@@ -98,11 +98,10 @@ void MainWindow::createViewMenu()
     menu->addActions(_waveforms->view()->controlActions());
     menu->addSeparator();
 
-    QAction *compact = menu->addAction(tr("&Compact rows"));
-    compact->setCheckable(true);
-    compact->setShortcut(tr("Ctrl+K"));
-    connect(compact, &QAction::toggled, _waveforms, &WaveformPanel::setCompact);
+    QAction *compact = addToggle(menu, tr("&Compact rows"), tr("Ctrl+K"), SLOT(setCompact(bool)));
     connect(_waveforms, SIGNAL(compactChanged(bool)), compact, SLOT(setChecked(bool)));
+    addToggle(menu, tr("Amplitude &rulers"), tr("Ctrl+R"), SLOT(setRulersShown(bool)));
+    addToggle(menu, tr("&Local time"), tr("Ctrl+T"), SLOT(setLocalTimeShown(bool)));
 
     QAction *dark = menu->addAction(tr("&Dark colours"));
     dark->setCheckable(true);
@@ -110,6 +109,16 @@ void MainWindow::createViewMenu()
     connect(dark, &QAction::toggled, dark, [](bool on) { setDarkColors(on); });
 
     menu->addAction(_messageDock->toggleViewAction());
+}
+
+QAction *MainWindow::addToggle(QMenu *menu, const QString &text, const QString &shortcut,
+                               const char *slot)
+{
+    QAction *action = menu->addAction(text);
+    action->setCheckable(true);
+    action->setShortcut(shortcut);
+    connect(action, SIGNAL(toggled(bool)), _waveforms, slot);
+    return action;
 }
 
 void MainWindow::createFilterBar()

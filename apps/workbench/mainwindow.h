@@ -9,6 +9,7 @@
 
 class QDockWidget;
 class QLabel;
+class QMenu;
 class QPlainTextEdit;
 
 namespace Norvu {
@@ -72,6 +73,7 @@ private slots:
 private:
     void createFileMenu();
     void createViewMenu();
+    QAction *addToggle(QMenu *menu, const QString &text, const QString &shortcut, const char *slot);
     void createFilterBar();
     void createTraceMenu();
     void createOverviewMenu();

@@ -5,8 +5,10 @@
 
 #include <norvu/gui/trace.h>
 #include <norvu/gui/traceview.h>
+#include <norvu/gui/vruler.h>
 #include <tellarix/core/math/filterparser.h>
 #include <tellarix/qt/records/recordwidget.h>
+#include <tellarix/qt/records/timescale.h>
 
 #include <QEvent>
 #include <QMouseEvent>
@@ -25,6 +27,7 @@ namespace {
 /** From so many rows on, header lines would take more room than traces. */
 constexpr int ManyRows = 12;
 constexpr int CompactPadding = 1;
+constexpr int RulerWidth = 72;
 constexpr int NormalRowHeight = 48;
 
 QString stationOf(const Trace *row)
@@ -146,6 +149,8 @@ void WaveformPanel::dress(Trace *row)
 {
     Gui::RecordWidget *widget = row->recordWidget();
     widget->installEventFilter(this);
+    if (_rulersShown && !row->extraWidget())
+        showRuler(row);
 
     QString name = row->label();
     const auto distance = _distancesKm.constFind(stationOf(row));
@@ -175,6 +180,43 @@ void WaveformPanel::setCompact(bool compact)
     for (Trace *row : _view->items())
         dress(row);
     emit compactChanged(compact);
+}
+
+void WaveformPanel::setLocalTimeShown(bool show)
+{
+    _view->timeScale()->setLocalTimeShown(show);
+}
+
+void WaveformPanel::setRulersShown(bool show)
+{
+    if (show == _rulersShown)
+        return;
+
+    _rulersShown = show;
+    for (Trace *row : _view->items())
+        showRuler(row);
+    // The time scale ends where the traces do.
+    const bool hasRulers = show && _view->count() > 0;
+    _view->setExtraSpacing(hasRulers ? RulerWidth + Trace::Spacing() : 0);
+    _view->setTimeRange(_view->tmin(), _view->tmax());
+}
+
+void WaveformPanel::showRuler(Trace *row)
+{
+    if (!_rulersShown) {
+        row->setExtraWidget(nullptr);
+        return;
+    }
+    Gui::RecordWidget *widget = row->recordWidget();
+    auto *ruler = new Norvu::Gui::VRuler(row, Qt::WindowFlags());
+    const QString unit = widget->recordUnit(widget->currentRecords());
+    ruler->setAnnotation(unit.isEmpty() ? tr("counts") : unit);
+    ruler->setInteractive(false);
+    ruler->setFixedWidth(RulerWidth);
+    row->setExtraWidget(ruler);
+    connect(widget, SIGNAL(traceUpdated(Tellarix::Gui::RecordWidget *)), ruler,
+            SLOT(updateScale(Tellarix::Gui::RecordWidget *)));
+    ruler->updateScale(widget);
 }
 
 void WaveformPanel::collectStretches()

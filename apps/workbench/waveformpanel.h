@@ -62,6 +62,10 @@ public:
 
 public slots:
     void setCompact(bool compact);
+    /** Local times below those in UTC. */
+    void setLocalTimeShown(bool show);
+    /** An amplitude ruler with the unit at the right of each row. */
+    void setRulersShown(bool show);
     void showAllData();
     void showNextStretch();
     void showPreviousStretch();
@@ -84,12 +88,14 @@ private:
     void dress(Norvu::Gui::Trace *row);
     void collectStretches();
     void showNeighbour(int step);
+    void showRuler(Norvu::Gui::Trace *row);
 
     Norvu::Gui::TraceView *_view;
     Tellarix::Core::TimeWindow _window;
     QVector<Tellarix::Core::TimeWindow> _stretches;
     QHash<QString, double> _distancesKm;
     bool _compact{false};
+    bool _rulersShown{false};
 };
 
 } // namespace Workbench
