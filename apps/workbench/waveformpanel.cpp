@@ -27,7 +27,6 @@ namespace {
 /** From so many rows on, header lines would take more room than traces. */
 constexpr int ManyRows = 12;
 constexpr int CompactPadding = 1;
-constexpr int RulerWidth = 72;
 constexpr int NormalRowHeight = 48;
 
 QString stationOf(const Trace *row)
@@ -197,8 +196,14 @@ void WaveformPanel::setRulersShown(bool show)
         showRuler(row);
     // The time scale ends where the traces do.
     const bool hasRulers = show && _view->count() > 0;
-    _view->setExtraSpacing(hasRulers ? RulerWidth + Trace::Spacing() : 0);
+    _view->setExtraSpacing(hasRulers ? rulerWidth() + Trace::Spacing() : 0);
     _view->setTimeRange(_view->tmin(), _view->tmax());
+}
+
+/** Room for ticks, the longest number, and the unit beside it. */
+int WaveformPanel::rulerWidth() const
+{
+    return fontMetrics().horizontalAdvance("-8.8e+08") + 2 * fontMetrics().height();
 }
 
 void WaveformPanel::showRuler(Trace *row)
@@ -212,7 +217,7 @@ void WaveformPanel::showRuler(Trace *row)
     const QString unit = widget->recordUnit(widget->currentRecords());
     ruler->setAnnotation(unit.isEmpty() ? tr("counts") : unit);
     ruler->setInteractive(false);
-    ruler->setFixedWidth(RulerWidth);
+    ruler->setFixedWidth(rulerWidth());
     row->setExtraWidget(ruler);
     connect(widget, SIGNAL(traceUpdated(Tellarix::Gui::RecordWidget *)), ruler,
             SLOT(updateScale(Tellarix::Gui::RecordWidget *)));

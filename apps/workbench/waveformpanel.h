@@ -88,6 +88,7 @@ private:
     void dress(Norvu::Gui::Trace *row);
     void collectStretches();
     void showNeighbour(int step);
+    int rulerWidth() const;
     void showRuler(Norvu::Gui::Trace *row);
 
     Norvu::Gui::TraceView *_view;
