@@ -154,7 +154,6 @@ private slots:
     void spansFillWhatPolygonsFill_data();
     void spansFillWhatPolygonsFill();
     void statisticsEqualPlainScan();
-    void statisticsOfNothingAreZero();
     void ignoresSamplesThatAreNotFinite();
     void findsAmplitudes_data();
     void findsAmplitudes();
@@ -268,19 +267,6 @@ void MultiTraceWigglesTest::statisticsEqualPlainScan()
         QCOMPARE(found.maximum, expected.maximum);
         QVERIFY(std::abs(found.offset - expected.offset) <= 1E-9 * (1 + std::abs(expected.offset)));
     }
-}
-
-void MultiTraceWigglesTest::statisticsOfNothingAreZero()
-{
-    RingBuffer sequence(0);
-    Statistics found{-1, -1, -1};
-    minmax(&sequence, {}, found.offset, found.minimum, found.maximum, {});
-    QVERIFY(found.offset == 0 && found.minimum == 0 && found.maximum == 0);
-
-    sequence.feed(ramp(100, 10).get());
-    found = {-1, -1, -1};
-    minmax(&sequence, window(0, 50), found.offset, found.minimum, found.maximum, {});
-    QVERIFY(found.offset == 0 && found.minimum == 0 && found.maximum == 0);
 }
 
 void MultiTraceWigglesTest::ignoresSamplesThatAreNotFinite()

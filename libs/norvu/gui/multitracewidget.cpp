@@ -28,11 +28,6 @@ constexpr double OverlapStep = 0.1;
 // Records that arrive mark their row dirty, but nobody tells of them.
 constexpr int RefreshInterval = 250;
 
-RecordWidget::TraceInfo *drawnInfo(const RecordWidget *widget)
-{
-    return widget->traceInfo(0, widget->isFilteringEnabled());
-}
-
 } // namespace
 
 MultiTraceWidget::MultiTraceWidget(TraceView *view, Qt::WindowFlags f)

@@ -63,7 +63,7 @@ public slots:
     void decreaseOverlap();
     void setActive(bool active);
     void setOrientation(Qt::Orientation orientation);
-    /** Fills the parts of traces above and below their mean in red and blue. */
+    /** Fills what lies above the zero line of a trace in red, and what lies below it in blue. */
     void setWigglesShown(bool show);
     /** Builds everything again, e.g. after the view's rows have changed. */
     void updateDisplay();
@@ -102,6 +102,8 @@ private:
     void drawGridLines(QPainter &painter, const QVector<int> &pixels, int width, int height) const;
     void drawRecords(QPainter &painter, int width, int height, int rulerSpacing);
     void rebuildRow(Tellarix::Gui::RecordWidget *widget, const Display &display) const;
+    void buildPolyline(const Tellarix::Gui::RecordWidget *widget,
+                       const Tellarix::RecordSequence &sequence, const Display &shown) const;
     void drawRow(QPainter &painter, const Trace *row) const;
     void drawLabel(QPainter &painter, const Trace *row, const QRect &strip) const;
     void drawMarkers(QPainter &painter, const QFont &baseFont) const;

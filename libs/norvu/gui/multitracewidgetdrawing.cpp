@@ -37,11 +37,6 @@ constexpr double MostGridLines = 16384;
 // Farther away a line is nowhere near the picture.
 constexpr double FarthestLine = 1 << 20;
 
-RecordWidget::TraceInfo *drawnInfo(const RecordWidget *widget)
-{
-    return widget->traceInfo(0, widget->isFilteringEnabled());
-}
-
 } // namespace
 
 /** What the polylines of all rows have in common. */
@@ -125,7 +120,7 @@ void MultiTraceWidget::drawGridLines(QPainter &painter, const QVector<int> &pixe
 
     QVector<QLine> lines;
     for (const int p : pixels)
-        lines.append(_horizontal ? QLine(0, p, width, p) : QLine(p, 0, p, height));
+        lines.append(_horizontal ? QLine(0, p, width - 1, p) : QLine(p, 0, p, height - 1));
     painter.drawLines(lines);
 }
 
@@ -196,13 +191,24 @@ void MultiTraceWidget::rebuildRow(RecordWidget *widget, const Display &shown) co
     RecordWidget::TraceInfo &info = *drawnInfo(widget);
     info.dirty = false;
     const Tellarix::RecordSequence *sequence = widget->displayedRecords(0);
-    if (!sequence) {
-        info.poly.reset();
-        return;
-    }
+    info.poly.reset();
+    if (sequence)
+        buildPolyline(widget, *sequence, shown);
 
+    // Points are looked up in the raw data's info, whatever is drawn.
+    RecordWidget::TraceInfo &raw = *widget->traceInfo(0, false);
+    raw.pos = info.pos;
+    raw.height = info.height;
+    raw.poly = info.poly;
+}
+
+void MultiTraceWidget::buildPolyline(const RecordWidget *widget,
+                                     const Tellarix::RecordSequence &sequence,
+                                     const Display &shown) const
+{
+    RecordWidget::TraceInfo &info = *drawnInfo(widget);
     const TimeWindow window = shown.windowOf(widget);
-    minmax(sequence, shown.windowNormalization ? window : TimeWindow(), info.offset, info.amplMin,
+    minmax(&sequence, shown.windowNormalization ? window : TimeWindow(), info.offset, info.amplMin,
            info.amplMax, TimeWindow());
     info.absMax =
         std::max(std::abs(info.offset - info.amplMin), std::abs(info.offset - info.amplMax));
@@ -220,11 +226,11 @@ void MultiTraceWidget::rebuildRow(RecordWidget *widget, const Display &shown) co
     info.fyMin = info.yMin / _ampScale;
     info.fyMax = info.yMax / _ampScale;
 
-    // The offset is counted twice here: lobes of data with an offset start away from their mean.
+    // On purpose without the offset taken off: it moves the line of the lobes away from the mean.
     const double baseline = info.height - std::trunc((info.yOffset - info.fyMin) * info.height /
                                                      (info.fyMax - info.fyMin));
     const auto build = [&](auto *polyline) {
-        polyline->create(sequence, window.startTime(), window.endTime(), shown.pixelsPerSecond,
+        polyline->create(&sequence, window.startTime(), window.endTime(), shown.pixelsPerSecond,
                          info.fyMin, info.fyMax, info.yOffset, info.height, nullptr, nullptr,
                          shown.optimize);
         if (_wiggles && std::isfinite(baseline))
@@ -238,12 +244,6 @@ void MultiTraceWidget::rebuildRow(RecordWidget *widget, const Display &shown) co
         build(new WiggleRecordPolylineF);
     else
         build(new WiggleRecordPolyline);
-
-    // Points are looked up in the raw data's info, whatever is drawn.
-    RecordWidget::TraceInfo &raw = *widget->traceInfo(0, false);
-    raw.pos = info.pos;
-    raw.height = info.height;
-    raw.poly = info.poly;
 }
 
 void MultiTraceWidget::drawRow(QPainter &painter, const Trace *row) const

@@ -4,6 +4,7 @@
 
 #include <tellarix/core/records/recordsequence.h>
 #include <tellarix/qt/records/recordpolyline.h>
+#include <tellarix/qt/records/recordwidget.h>
 #include <tellarix/qt/records/tracespans.h>
 
 #include <QPainter>
@@ -18,6 +19,12 @@
 
 namespace Norvu {
 namespace Gui {
+
+/** What a row of the overview keeps of slot 0, null without that slot. */
+inline Tellarix::Gui::RecordWidget::TraceInfo *drawnInfo(const Tellarix::Gui::RecordWidget *widget)
+{
+    return widget->traceInfo(0, widget->isFilteringEnabled());
+}
 
 /**
  * Extrema and mean of the finite samples of a sequence.
