@@ -26,6 +26,7 @@
 #include <QMenuBar>
 #include <QMimeData>
 #include <QPlainTextEdit>
+#include <QProgressBar>
 #include <QSettings>
 #include <QStatusBar>
 #include <QToolBar>
@@ -40,6 +41,7 @@ namespace Workbench {
 namespace {
 
 constexpr auto SettingsGroup = "Workbench";
+constexpr int ProgressWidth = 220;
 
 QStringList localFiles(const QMimeData *data)
 {
@@ -131,6 +133,8 @@ void MainWindow::createFilterBar()
     connect(_filterBox, SIGNAL(filterChanged(QString)), this, SLOT(setFilter(QString)));
     connect(_filterBox, SIGNAL(filterEnabled(bool)), _waveforms->view(),
             SLOT(setFilterEnabled(bool)));
+    connect(_waveforms->view(), SIGNAL(filteringProgress(int, int)), this,
+            SLOT(showFilteringProgress(int, int)));
     connect(_filterBox, SIGNAL(problem(QString)), statusBar(), SLOT(showMessage(QString)));
 }
 
@@ -163,6 +167,13 @@ void MainWindow::setFilter(const QString &text)
     tell(_waveforms->setFilter(text));
 }
 
+void MainWindow::showFilteringProgress(int done, int total)
+{
+    _progressBar->setRange(0, total);
+    _progressBar->setValue(done);
+    _progressBar->setVisible(done < total);
+}
+
 void MainWindow::createMessageDock()
 {
     _messages = new QPlainTextEdit(this);
@@ -181,7 +192,12 @@ void MainWindow::createStatusBar()
 {
     _pointerLabel = new QLabel(this);
     _rangeLabel = new QLabel(this);
+    _progressBar = new QProgressBar(this);
+    _progressBar->setFormat(tr("Filtering: %v of %m rows"));
+    _progressBar->setMaximumWidth(ProgressWidth);
+    _progressBar->hide();
     statusBar()->addWidget(_pointerLabel, 1);
+    statusBar()->addPermanentWidget(_progressBar);
     statusBar()->addPermanentWidget(_rangeLabel);
     connect(_waveforms, SIGNAL(pointerText(QString)), _pointerLabel, SLOT(setText(QString)));
     connect(_waveforms, SIGNAL(rangeText(QString)), _rangeLabel, SLOT(setText(QString)));

@@ -11,6 +11,7 @@ class QDockWidget;
 class QLabel;
 class QMenu;
 class QPlainTextEdit;
+class QProgressBar;
 
 namespace Norvu {
 namespace Gui {
@@ -69,6 +70,7 @@ private slots:
     void askForUrl();
     void closeAll();
     void setFilter(const QString &text);
+    void showFilteringProgress(int done, int total);
 
 private:
     void createFileMenu();
@@ -91,6 +93,7 @@ private:
     QPlainTextEdit *_messages{nullptr};
     QLabel *_pointerLabel{nullptr};
     QLabel *_rangeLabel{nullptr};
+    QProgressBar *_progressBar{nullptr};
     bool _interactive{true};
 };
 

@@ -68,6 +68,7 @@ WaveformPanel::WaveformPanel(QWidget *parent)
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(_view);
 
+    _view->setBackgroundFiltering(true);
     connect(_view, SIGNAL(displayChanged(double, double, double)), this, SLOT(updateRangeText()));
 }
 

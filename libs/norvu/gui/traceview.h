@@ -237,9 +237,9 @@ signals:
     /** Rows are about to be sorted: time to set their distances. */
     void distanceValuesRequired();
     void layoutOrContentChanged();
+    void viewReset();
     /** Of @p total rows that are filtered in the background, @p done are through. */
     void filteringProgress(int done, int total);
-    void viewReset();
 
 public slots:
     /** Sets the time to which the visible range relates, for all rows and the time scale. */
