@@ -338,10 +338,11 @@ void MultiTraceWidgetTest::clickSelectsNearestTrace()
     Overview overview;
     for (int i = 0; i < overlapSteps; ++i)
         overview.widget->increaseOverlap();
+    overview.view.setFilter(new NoFilter);
+    overview.view.setFilterEnabled(true);
     overview.addRow("rising", rising, Qt::black, 8);
     overview.addRow("falling", falling, Qt::black, 8);
-    for (const bool isFiltered : {false, true}) {
-        overview.view.setFilter(new NoFilter);
+    for (const bool isFiltered : {true, false}) {
         overview.view.setFilterEnabled(isFiltered);
         overview.repaint();
         overview.view.clearSelection();
@@ -624,10 +625,14 @@ void MultiTraceWidgetTest::drawsMarkers()
 void MultiTraceWidgetTest::showsRecordsThatArrive()
 {
     Overview overview;
+    overview.addRow("", wave, Qt::green);
     Trace *row = overview.addRow("", nullptr, Qt::red);
     QVERIFY(Ink::rectOfColor(overview.repaint(), Qt::red).isNull());
     feed(row, 0, record(0, 3, wave));
     QTRY_VERIFY(!Ink::rectOfColor(overview.repaint(), Qt::red).isNull());
+    // The other row has made room.
+    QVERIFY(Ink::rectOfColor(overview.repaint(), Qt::green).bottom() <=
+            overview.area().center().y() + 1);
     feed(row, 0, record(3, 6, wave));
     QTRY_VERIFY(Ink::rectOfColor(overview.repaint(), Qt::red).right() >= overview.pixelOf(5.8));
 }
