@@ -3,6 +3,7 @@
 #include <QBoxLayout>
 #include <QLineEdit>
 #include <QPainter>
+#include <QPointer>
 #include <QScrollArea>
 #include <QScrollBar>
 
@@ -73,6 +74,7 @@ private slots:
     void selectsByPattern();
     void keysAskForPattern_data();
     void keysAskForPattern();
+    void viewMayGoWhileAskingForPattern();
     void doubleClickActivatesCurrentRow();
     void dragMovesSelectedRows();
     void dragTakesUnselectedRowAlone();
@@ -385,6 +387,16 @@ void TraceViewInteractionTest::keysAskForPattern()
     QCOMPARE(labels(view.selectedItems()), selected);
     QCOMPARE(log.take().count("selection"), selected == QStringList("B") ? 0 : 1);
     QVERIFY(view.currentItem() == view.itemAt(1));
+}
+
+void TraceViewInteractionTest::viewMayGoWhileAskingForPattern()
+{
+    QPointer<TraceView> view(new TraceView);
+    show(*view, Rows);
+    QTimer::singleShot(0, view, [view] { delete view; });
+    QKeyEvent event(QEvent::KeyPress, Qt::Key_Plus, Qt::NoModifier);
+    QApplication::sendEvent(view, &event);
+    QVERIFY(!view);
 }
 
 void TraceViewInteractionTest::doubleClickActivatesCurrentRow()

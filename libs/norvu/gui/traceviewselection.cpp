@@ -4,6 +4,7 @@
 #include <norvu/gui/trace.h>
 
 #include <QLineEdit>
+#include <QPointer>
 #include <QRegExp>
 #include <QScrollArea>
 #include <QScrollBar>
@@ -105,10 +106,17 @@ void TraceView::selectByDialog(const QString &title, bool select)
 
     auto *pattern = new QLineEdit(QStringLiteral("*"));
     pattern->selectAll();
-    SimpleDialog dialog(pattern, this);
-    dialog.setWindowTitle(title);
-    if (dialog.exec() == QDialog::Accepted)
-        selectMatching(pattern->text(), select);
+    // The view may go away, and the dialog with it, while the user thinks.
+    const QPointer<SimpleDialog> dialog(new SimpleDialog(pattern, this));
+    dialog->setWindowTitle(title);
+    const bool isAccepted = dialog->exec() == QDialog::Accepted;
+    if (!dialog)
+        return;
+
+    const QString text = pattern->text();
+    delete dialog;
+    if (isAccepted)
+        selectMatching(text, select);
 }
 
 void TraceView::setSelectedTrace(int index)
