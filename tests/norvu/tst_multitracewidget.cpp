@@ -1,7 +1,7 @@
 #include "ink.h"
 #include "traces.h"
 
-#include <norvu/gui/colors.h>
+#include <norvu/gui/gradients.h>
 #include <norvu/gui/multitracewidget.h>
 
 #include <tellarix/core/math/filter.h>

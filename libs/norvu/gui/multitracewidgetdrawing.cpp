@@ -2,7 +2,7 @@
 
 #include "multitracewiggles_p.h"
 
-#include <norvu/gui/colors.h>
+#include <norvu/gui/gradients.h>
 #include <norvu/gui/trace.h>
 #include <norvu/gui/traceview.h>
 
