@@ -1,61 +1,110 @@
 #include <tellarix/qt/records/filterjob_p.h>
 
-#include <QtConcurrent>
+#include <QGlobalStatic>
+#include <QRunnable>
+#include <QThreadPool>
 
 #include <atomic>
+#include <mutex>
 #include <utility>
 
 namespace Tellarix {
 namespace Gui {
 
-struct FilterJob::Task
-{
-    std::vector<RecordCPtr> records;
-    std::unique_ptr<FilteredRecords> filtered;
-    std::atomic<bool> cancelled{false};
-    std::atomic<bool> done{false};
+namespace {
 
-    void run()
+// Not the global pool: there, what a paint event gives to all cores and waits for would stand in
+// line behind the filters of many rows. One thread for each core, as there.
+Q_GLOBAL_STATIC(QThreadPool, filterThreads)
+
+} // namespace
+
+/** What job and thread share; each of them may be gone first. */
+class FilterJob::Task : public QRunnable
+{
+public:
+    Task(FilterJob *job, std::unique_ptr<FilteredRecords> filtered, std::vector<RecordCPtr> records)
+        : _job(job), _cancelled(job == nullptr), _filtered(std::move(filtered)),
+          _records(std::move(records))
     {
-        if (!cancelled.load(std::memory_order_acquire)) {
-            const auto raw = FilteredRecords::Copy(std::exchange(records, {}));
-            filtered->update(*raw, nullptr, &cancelled);
-        }
-        records.clear();
-        if (cancelled.load(std::memory_order_acquire))
-            filtered.reset();
-        done.store(true, std::memory_order_release);
+        setAutoDelete(false);
     }
+
+    static void Start(const std::shared_ptr<Task> &task)
+    {
+        {
+            const std::lock_guard<std::mutex> lock(task->_mutex);
+            task->_self = task;
+        }
+        filterThreads()->start(task.get());
+    }
+
+    void run() override
+    {
+        std::unique_lock<std::mutex> lock(_mutex);
+        const std::shared_ptr<Task> self = std::move(_self);
+        std::unique_ptr<FilteredRecords> filtered = std::move(_filtered);
+        std::vector<RecordCPtr> records = std::move(_records);
+        lock.unlock();
+
+        if (!_cancelled) {
+            const auto raw = FilteredRecords::Copy(std::move(records));
+            filtered->update(*raw, nullptr, &_cancelled);
+        }
+
+        lock.lock();
+        if (_job != nullptr) {
+            _filtered = std::move(filtered);
+            QMetaObject::invokeMethod(_job, "finished", Qt::QueuedConnection);
+        }
+        lock.unlock();
+    }
+
+    std::unique_ptr<FilteredRecords> takeFiltered()
+    {
+        const std::lock_guard<std::mutex> lock(_mutex);
+        return std::move(_filtered);
+    }
+
+    void cancel()
+    {
+        _cancelled = true;
+        const std::lock_guard<std::mutex> lock(_mutex);
+        _job = nullptr;
+    }
+
+private:
+    std::mutex _mutex;
+    FilterJob *_job;
+    std::atomic<bool> _cancelled;
+    std::unique_ptr<FilteredRecords> _filtered;
+    std::vector<RecordCPtr> _records;
+    std::shared_ptr<Task> _self; /**< until it runs */
 };
 
 FilterJob::FilterJob(std::unique_ptr<FilteredRecords> filtered, const RecordSequence &raw)
-    : _task(std::make_shared<Task>())
+    : _task(std::make_shared<Task>(this, std::move(filtered),
+                                   std::vector<RecordCPtr>(raw.begin(), raw.end())))
 {
-    _task->records.assign(raw.begin(), raw.end());
-    _task->filtered = std::move(filtered);
-    connect(&_watcher, SIGNAL(finished()), this, SIGNAL(finished()));
-    _watcher.setFuture(QtConcurrent::run([task = _task] { task->run(); }));
+    Task::Start(_task);
 }
 
 FilterJob::~FilterJob()
 {
-    _task->cancelled.store(true, std::memory_order_release);
+    _task->cancel();
     Discard(takeResult());
 }
 
 std::unique_ptr<FilteredRecords> FilterJob::takeResult()
 {
-    if (!_task->done.load(std::memory_order_acquire))
-        return nullptr;
-    return std::move(_task->filtered);
+    return _task->takeFiltered();
 }
 
 void FilterJob::Discard(std::unique_ptr<FilteredRecords> filtered)
 {
-    if (filtered == nullptr)
-        return;
-    auto holder = std::make_shared<std::unique_ptr<FilteredRecords>>(std::move(filtered));
-    QtConcurrent::run([holder = std::move(holder)] { holder->reset(); });
+    if (filtered != nullptr)
+        Task::Start(
+            std::make_shared<Task>(nullptr, std::move(filtered), std::vector<RecordCPtr>()));
 }
 
 } // namespace Gui

@@ -2,7 +2,7 @@
 
 #include <tellarix/qt/records/filteredrecords_p.h>
 
-#include <QFutureWatcher>
+#include <QObject>
 
 #include <memory>
 
@@ -10,7 +10,7 @@ namespace Tellarix {
 namespace Gui {
 
 /**
- * Brings filtered records up to date with a sequence in a thread of the global pool.
+ * Brings filtered records up to date with a sequence in a thread of the pool of filters.
  *
  * The records of the sequence are noted when the job is made; what becomes of the sequence later
  * is of no matter. A job that is deleted stops at the next record and frees what it has made in its
@@ -25,7 +25,7 @@ public:
     FilterJob(std::unique_ptr<FilteredRecords> filtered, const RecordSequence &raw);
     ~FilterJob() override;
 
-    /** The filtered records once finished() was sent; null before that and the second time. */
+    /** The filtered records, to be taken once when finished() was sent. */
     std::unique_ptr<FilteredRecords> takeResult();
 
     /** Frees the many records of a long sequence in a thread of the pool. */
@@ -35,10 +35,9 @@ signals:
     void finished();
 
 private:
-    struct Task;
+    class Task;
 
     std::shared_ptr<Task> _task;
-    QFutureWatcher<void> _watcher;
 };
 
 } // namespace Gui

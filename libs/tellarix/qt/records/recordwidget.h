@@ -141,7 +141,7 @@ public:
     const Math::Filtering::InPlaceFilter<double> *filter() const { return _filter.get(); }
     bool isFilteringEnabled() const { return _filtering; }
     /**
-     * Filters long sequences in threads of the global pool instead of at once; off at the start.
+     * Filters sequences in threads of their own instead of at once; off at the start.
      *
      * Until the filtered records of a slot are there, displayedRecords() are the raw ones, whose
      * trace is drawn pale. Records that are fed meanwhile are not lost. Another filter cancels what
