@@ -2,6 +2,7 @@
 
 #include "darkpalette.h"
 #include "filterbox.h"
+#include "measuring.h"
 #include "overviewmenu.h"
 #include "waveformpanel.h"
 #include "widgetgallery.h"
@@ -196,11 +197,25 @@ void MainWindow::createStatusBar()
     _progressBar->setFormat(tr("Filtering: %v of %m rows"));
     _progressBar->setMaximumWidth(ProgressWidth);
     _progressBar->hide();
-    statusBar()->addWidget(_pointerLabel, 1);
+    _measurementLabel = new QLabel(this);
+    // A long text must not keep the window from being made narrow.
+    _measurementLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    _measurementLabel->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    statusBar()->addWidget(_pointerLabel);
+    statusBar()->addWidget(_measurementLabel, 1);
     statusBar()->addPermanentWidget(_progressBar);
     statusBar()->addPermanentWidget(_rangeLabel);
     connect(_waveforms, SIGNAL(pointerText(QString)), _pointerLabel, SLOT(setText(QString)));
     connect(_waveforms, SIGNAL(rangeText(QString)), _rangeLabel, SLOT(setText(QString)));
+    connect(_waveforms->measuringTool(), SIGNAL(measured(QString)), this,
+            SLOT(showMeasurement(QString)));
+}
+
+void MainWindow::showMeasurement(const QString &text)
+{
+    _measurementLabel->setText(text);
+    // For where the status bar has no room for all of it.
+    _measurementLabel->setToolTip(text);
 }
 
 void MainWindow::setTimeWindow(const Core::TimeWindow &window)

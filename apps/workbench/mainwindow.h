@@ -69,6 +69,7 @@ private slots:
     void askForFiles();
     void askForUrl();
     void closeAll();
+    void showMeasurement(const QString &text);
     void setFilter(const QString &text);
     void showFilteringProgress(int done, int total);
 
@@ -92,6 +93,7 @@ private:
     QDockWidget *_messageDock{nullptr};
     QPlainTextEdit *_messages{nullptr};
     QLabel *_pointerLabel{nullptr};
+    QLabel *_measurementLabel{nullptr};
     QLabel *_rangeLabel{nullptr};
     QProgressBar *_progressBar{nullptr};
     bool _interactive{true};

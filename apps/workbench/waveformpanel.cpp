@@ -1,6 +1,7 @@
 #include "waveformpanel.h"
 
 #include "datastretches.h"
+#include "measuring.h"
 #include "sourceloader.h"
 
 #include <norvu/gui/trace.h>
@@ -62,7 +63,8 @@ QString timeText(const Core::Time &time)
 } // namespace
 
 WaveformPanel::WaveformPanel(QWidget *parent)
-    : QWidget(parent), _view(new TraceView(this, Qt::WindowFlags(), nullptr, true))
+    : QWidget(parent), _view(new TraceView(this, Qt::WindowFlags(), nullptr, true)),
+      _measuringTool(new MeasuringTool(_view))
 {
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);

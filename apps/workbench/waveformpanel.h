@@ -16,6 +16,8 @@ class TraceView;
 
 namespace Workbench {
 
+class MeasuringTool;
+
 /** The waveforms: a trace view, what has been opened into it, and ways through its data. */
 class WaveformPanel : public QWidget
 {
@@ -32,6 +34,7 @@ public:
     explicit WaveformPanel(QWidget *parent = nullptr);
 
     Norvu::Gui::TraceView *view() const { return _view; }
+    MeasuringTool *measuringTool() const { return _measuringTool; }
 
     /** Limits what is loaded to a window; an invalid one loads everything. */
     void setTimeWindow(const Tellarix::Core::TimeWindow &window) { _window = window; }
@@ -92,6 +95,7 @@ private:
     void showRuler(Norvu::Gui::Trace *row);
 
     Norvu::Gui::TraceView *_view;
+    MeasuringTool *_measuringTool;
     Tellarix::Core::TimeWindow _window;
     QVector<Tellarix::Core::TimeWindow> _stretches;
     QHash<QString, double> _distancesKm;

@@ -1,0 +1,324 @@
+#include "measuring.h"
+
+#include "measuringoverlay.h"
+
+#include <norvu/gui/trace.h>
+#include <norvu/gui/traceview.h>
+#include <tellarix/qt/records/recordwidget.h>
+
+#include <QAction>
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QMouseEvent>
+#include <QScrollArea>
+#include <QScrollBar>
+
+#include <algorithm>
+#include <cmath>
+
+using namespace Tellarix;
+using Norvu::Gui::Trace;
+using Norvu::Gui::TraceView;
+using Tellarix::Gui::RecordWidget;
+
+namespace Workbench {
+
+namespace {
+
+QString durationText(double seconds)
+{
+    return seconds < 1 ? QString::number(seconds, 'g', 4) : QString::number(seconds, 'f', 3);
+}
+
+/** Five digits, but whole counts up to a billion. */
+QString amplitudeText(double value, const QString &unit)
+{
+    const double magnitude = std::abs(value);
+    const bool isLarge = magnitude >= 1E4 && magnitude < 1E9;
+    const QString number = QString::number(value, isLarge ? 'f' : 'g', isLarge ? 0 : 5);
+    return unit.isEmpty() ? number : number + QChar(0x202f) + unit;
+}
+
+double shownScale(const RecordWidget &widget, int slot)
+{
+    const double *scale = widget.areScaledValuesShown() ? widget.recordScale(slot) : nullptr;
+    return scale ? *scale : 1.0;
+}
+
+double secondsAt(const RecordWidget &widget, int x)
+{
+    const QRect canvas = widget.canvasRect();
+    const int inside = std::max(canvas.left(), std::min(x, canvas.right()));
+    return (widget.unmapTime(inside) - widget.alignment()).length();
+}
+
+QRect mappedRect(const QWidget *widget, const QRect &rect, const QWidget *target)
+{
+    return {target->mapFromGlobal(widget->mapToGlobal(rect.topLeft())), rect.size()};
+}
+
+} // namespace
+
+QVector<QPair<QString, QString>> measurementEntries(const Measurement &measurement,
+                                                    const QString &unit)
+{
+    const QChar narrowSpace(0x202f);
+    QVector<QPair<QString, QString>> entries{
+        {MeasuringTool::tr("Δt"), durationText(measurement.span.length()) + narrowSpace + 's'}};
+    if (measurement.frequency > 0)
+        entries.append({MeasuringTool::tr("1/Δt"),
+                        QString::number(measurement.frequency, 'g', 4) + narrowSpace + "Hz"});
+    if (measurement.count > 0) {
+        entries.append(
+            {MeasuringTool::tr("peak to peak"), amplitudeText(measurement.peakToPeak, unit)});
+        entries.append({MeasuringTool::tr("RMS"), amplitudeText(measurement.rms, unit)});
+    }
+    return entries;
+}
+
+MeasuringTool::MeasuringTool(TraceView *view)
+    : QObject(view), _view(view), _scrollArea(view->findChild<QScrollArea *>()),
+      _overlay(new MeasuringOverlay(_scrollArea->viewport())),
+      _measureAction(new QAction(tr("&Measure"), this)),
+      _copyAction(new QAction(tr("Copy mea&surement"), this))
+{
+    _measureAction->setCheckable(true);
+    _measureAction->setShortcut(tr("M"));
+    _measureAction->setToolTip(tr("Measure durations and amplitudes by dragging over the traces"));
+    _copyAction->setShortcut(tr("Ctrl+Shift+C"));
+    _copyAction->setEnabled(false);
+    view->addActions({_measureAction, _copyAction});
+    _overlay->hide();
+    _overlay->installEventFilter(this);
+
+    connect(_measureAction, SIGNAL(toggled(bool)), this, SLOT(turn(bool)));
+    connect(_copyAction, SIGNAL(triggered()), this, SLOT(copy()));
+    connect(view, SIGNAL(displayChanged(double, double, double)), this, SLOT(updateMarks()));
+    connect(view, SIGNAL(alignmentChanged(Tellarix::Core::Time)), this, SLOT(updateMarks()));
+    connect(_scrollArea->verticalScrollBar(), SIGNAL(valueChanged(int)), this, SLOT(updateMarks()));
+}
+
+MeasuringTool::~MeasuringTool() = default;
+
+bool MeasuringTool::isOn() const
+{
+    return _measureAction->isChecked();
+}
+
+void MeasuringTool::setOn(bool on)
+{
+    _measureAction->setChecked(on);
+}
+
+void MeasuringTool::turn(bool on)
+{
+    _isDragging = false;
+    if (on) {
+        watchRows();
+        _scrollArea->viewport()->setCursor(Qt::CrossCursor);
+    } else {
+        ignoreRows();
+        _scrollArea->viewport()->unsetCursor();
+        setMeasured(nullptr);
+    }
+    _overlay->setVisible(on);
+    _overlay->raise();
+}
+
+void MeasuringTool::watchRows()
+{
+    // The contents tell of rows that come later.
+    _scrollArea->widget()->installEventFilter(this);
+    for (const Trace *row : _view->items())
+        row->recordWidget()->installEventFilter(this);
+}
+
+void MeasuringTool::ignoreRows()
+{
+    _scrollArea->widget()->removeEventFilter(this);
+    for (const Trace *row : _view->items())
+        row->recordWidget()->removeEventFilter(this);
+}
+
+bool MeasuringTool::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == _scrollArea->widget()) {
+        if (event->type() == QEvent::ChildPolished)
+            watchRows();
+        else if (event->type() == QEvent::Resize || event->type() == QEvent::LayoutRequest)
+            updateMarks();
+        return false;
+    }
+
+    if (watched == _overlay && event->type() == QEvent::Resize)
+        updateMarks();
+
+    auto *widget = qobject_cast<RecordWidget *>(watched);
+    if (!widget)
+        return false;
+    auto *mouseEvent = static_cast<QMouseEvent *>(event);
+    switch (event->type()) {
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonDblClick:
+        return press(widget, mouseEvent);
+    case QEvent::MouseMove:
+        _isDragging = _isDragging && mouseEvent->buttons().testFlag(Qt::LeftButton);
+        if (_isDragging)
+            dragTo(mouseEvent->globalPos());
+        return _isDragging;
+    case QEvent::MouseButtonRelease:
+        if (_isDragging && mouseEvent->button() == Qt::LeftButton) {
+            _isDragging = false;
+            return true;
+        }
+        return _isDragging;
+    default:
+        return false;
+    }
+}
+
+bool MeasuringTool::press(RecordWidget *widget, const QMouseEvent *event)
+{
+    if (event->button() != Qt::LeftButton || !widget->canvasRect().contains(event->pos()))
+        return _isDragging;
+
+    _isDragging = true;
+    _anchor = secondsAt(*widget, event->x());
+    setMeasured(nullptr);
+    return true;
+}
+
+Trace *MeasuringTool::rowAt(const QPoint &globalPosition) const
+{
+    const QList<Trace *> rows = _view->items();
+    const auto row = std::find_if(rows.begin(), rows.end(), [&](const Trace *candidate) {
+        const int y = candidate->mapFromGlobal(globalPosition).y();
+        return candidate->isVisible() && y >= 0 && y < candidate->height();
+    });
+    return row == rows.end() ? _row : *row;
+}
+
+void MeasuringTool::dragTo(const QPoint &globalPosition)
+{
+    Trace *row = rowAt(globalPosition);
+    if (!row)
+        return;
+
+    const QPoint position = row->recordWidget()->mapFromGlobal(globalPosition);
+    _end = secondsAt(*row->recordWidget(), position.x());
+    _pointerY = position.y();
+    setMeasured(row);
+}
+
+/** Measures a row between the cursors; null takes the cursors away, but the last values stay. */
+void MeasuringTool::setMeasured(Trace *row)
+{
+    if (row != _row) {
+        if (_row) {
+            disconnect(_row->recordWidget(), nullptr, this, nullptr);
+            disconnect(_row, nullptr, this, nullptr);
+        }
+        _row = row;
+        if (row) {
+            connect(row->recordWidget(), SIGNAL(traceUpdated(Tellarix::Gui::RecordWidget *)), this,
+                    SLOT(remeasure()));
+            connect(row, SIGNAL(destroyed()), this, SLOT(forgetRow()));
+        }
+    }
+    if (row) {
+        const Core::Time alignment = row->recordWidget()->alignment();
+        _window = Core::TimeWindow(alignment + Core::TimeSpan(std::min(_anchor, _end)),
+                                   alignment + Core::TimeSpan(std::max(_anchor, _end)));
+        remeasure();
+    }
+    updateMarks();
+}
+
+void MeasuringTool::forgetRow()
+{
+    _row = nullptr;
+    updateMarks();
+}
+
+int MeasuringTool::measuredSlot() const
+{
+    const RecordWidget *widget = _row->recordWidget();
+    if (widget->drawMode() == RecordWidget::InRows) {
+        for (int i = 0; i < widget->slotCount(); ++i) {
+            const int depth = _pointerY - widget->streamYPos(i);
+            if (depth >= 0 && depth < widget->streamHeight(i))
+                return i;
+        }
+    }
+    return widget->currentRecords();
+}
+
+QString MeasuringTool::unit() const
+{
+    return _row->recordWidget()->recordUnit(measuredSlot());
+}
+
+void MeasuringTool::remeasure()
+{
+    if (!_row)
+        return;
+
+    const RecordWidget *widget = _row->recordWidget();
+    const RecordSequence *records = widget->displayedRecords(measuredSlot());
+    _measurement = Measurement();
+    _measurement.span = _window.length();
+    if (records)
+        _measurement = measure(*records, _window, shownScale(*widget, measuredSlot()));
+
+    QString text = _row->label();
+    for (const auto &entry : measurementEntries(_measurement, unit()))
+        text += QStringLiteral("   ") + entry.first + QChar(0xa0) + entry.second;
+    _copyAction->setEnabled(true);
+    if (text == _text)
+        return;
+
+    _text = text;
+    emit measured(text);
+    if (!_isDragging)
+        updateMarks();
+}
+
+void MeasuringTool::updateMarks()
+{
+    MeasuringMarks marks;
+    if (_row && isOn()) {
+        const RecordWidget *widget = _row->recordWidget();
+        const QWidget *contents = _scrollArea->widget();
+        const QRect canvas = mappedRect(widget, widget->canvasRect(), _overlay);
+        const QRect rows = mappedRect(contents, contents->rect(), _overlay);
+        const int left = canvas.left() - widget->canvasOffset();
+        const int first = left + widget->mapTime(_window.startTime());
+        const int last = left + widget->mapTime(_window.endTime());
+        marks.row = canvas;
+        marks.area = QRect(canvas.left(), rows.top(), canvas.width(), rows.height());
+        marks.area &= _overlay->rect();
+        marks.anchor = _anchor <= _end ? first : last;
+        marks.end = _anchor <= _end ? last : first;
+        marks.pointerY = _overlay->mapFromGlobal(widget->mapToGlobal(QPoint(0, _pointerY))).y();
+        marks.title = _row->label();
+        marks.entries = measurementEntries(_measurement, unit());
+        if (_measurement.count == 0)
+            marks.warning = tr("no data");
+        else if (_measurement.hasGap)
+            marks.warning = tr("with a gap in the data");
+    }
+    _overlay->setMarks(marks);
+}
+
+void MeasuringTool::copy() const
+{
+    if (_text.isEmpty())
+        return;
+
+    QGuiApplication::clipboard()->setText(
+        tr("%1   from %2 to %3")
+            .arg(_text, QString::fromStdString(_window.startTime().iso()),
+                 QString::fromStdString(_window.endTime().iso())));
+}
+
+} // namespace Workbench

@@ -1,0 +1,389 @@
+#include "measuring.h"
+#include "measuringoverlay.h"
+
+#include <norvu/gui/trace.h>
+#include <norvu/gui/traceview.h>
+
+#include <tellarix/core/records/ringbuffer.h>
+#include <tellarix/core/records/typedarray.h>
+#include <tellarix/qt/records/recordwidget.h>
+
+#include <QAction>
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QScrollArea>
+#include <QtTest>
+
+#include <cmath>
+
+using namespace Tellarix;
+using namespace Workbench;
+using Norvu::Gui::Trace;
+using Norvu::Gui::TraceView;
+using Tellarix::Gui::RecordWidget;
+
+namespace {
+
+const Core::Time Start(2024, 1, 5);
+constexpr double Pi = 3.14159265358979323846;
+constexpr double Rate = 100;
+constexpr double Seconds = 40;
+
+/** 40 s of a sine of 1 Hz. */
+Trace *makeRow(const QString &label, double amplitude)
+{
+    const int count = static_cast<int>(Seconds * Rate);
+    Core::SmartPointer<DoubleArray> samples(new DoubleArray(count));
+    for (int i = 0; i < count; ++i)
+        samples->typedData()[i] = amplitude * std::sin(2 * Pi * (i + 0.5) / Rate);
+    auto *records = new RingBuffer(0);
+    records->feed(new Record(StreamCodes::FromID("XX.TEST..HHZ"), Start, Rate, samples));
+    auto *row = new Trace(label, Qt::black);
+    row->recordWidget()->setRecords(0, records);
+    return row;
+}
+
+/** A view that shows 40 s of three rows with amplitudes of 1, 2 and 3, and its tool. */
+struct Bench
+{
+    Bench() : tool(new MeasuringTool(&view))
+    {
+        for (int i = 1; i <= 3; ++i)
+            view.addItem(makeRow(QString("row %1").arg(i), i));
+        view.setAlignment(Start);
+        view.resize(900, 400);
+        view.show();
+        if (!QTest::qWaitForWindowExposed(&view))
+            qFatal("The window of the view does not come up");
+        view.setTimeRange(0, Seconds);
+    }
+
+    RecordWidget *row(int index) { return view.itemAt(index)->recordWidget(); }
+    QScrollArea *area() { return view.findChild<QScrollArea *>(); }
+    MeasuringOverlay *overlay() { return view.findChild<MeasuringOverlay *>(); }
+
+    /** Pixel of a time in the middle of a row's traces. */
+    QPoint at(int index, double seconds)
+    {
+        return QPoint(row(index)->mapTime(seconds), row(index)->canvasRect().center().y());
+    }
+
+    /** Moves the pointer, which the row where it was pressed has grabbed, over another row. */
+    void moveTo(int grabbing, int index, double seconds)
+    {
+        const QPoint global = row(index)->mapToGlobal(at(index, seconds));
+        QMouseEvent event(QEvent::MouseMove, row(grabbing)->mapFromGlobal(global), global,
+                          Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(row(grabbing), &event);
+    }
+
+    void drag(int index, double from, double to)
+    {
+        QTest::mousePress(row(index), Qt::LeftButton, Qt::NoModifier, at(index, from));
+        moveTo(index, index, (from + to) / 2);
+        moveTo(index, index, to);
+        QTest::mouseRelease(row(index), Qt::LeftButton, Qt::NoModifier, at(index, to));
+    }
+
+    QImage picture() { return area()->viewport()->grab().toImage(); }
+    QPoint inPicture(int index, double seconds)
+    {
+        return row(index)->mapTo(area()->viewport(), at(index, seconds) - QPoint(0, 8));
+    }
+
+    TraceView view;
+    MeasuringTool *tool;
+};
+
+bool isClose(double actual, double expected, double tolerance)
+{
+    return std::abs(actual - expected) <= tolerance;
+}
+
+} // namespace
+
+class MeasuringTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void leavesViewAloneWhileOff();
+    void measuresBetweenPressAndPointer_data();
+    void measuresBetweenPressAndPointer();
+    void measuresRowUnderPointer();
+    void measuresAsRowShowsIt();
+    void keepsSelectionAndOrder();
+    void cursorsCrossAllRows();
+    void cursorsFollowDisplay();
+    void rowsThatComeLater();
+    void removedRowTakesItsCursors();
+    void copiesMeasurement();
+    void followsFilter();
+    void textsOfMeasurements_data();
+    void textsOfMeasurements();
+    void panelStaysInView_data();
+    void panelStaysInView();
+};
+
+void MeasuringTest::leavesViewAloneWhileOff()
+{
+    Bench bench;
+    QSignalSpy measured(bench.tool, SIGNAL(measured(QString)));
+    QVERIFY(measured.isValid());
+    QTest::mouseClick(bench.row(1), Qt::LeftButton, Qt::NoModifier, bench.at(1, 10));
+    QVERIFY(bench.view.currentItem() == bench.view.itemAt(1));
+
+    bench.drag(2, 10, 20);
+    QCOMPARE(measured.count(), 0);
+
+    // Turned off again, the view gets its mouse back.
+    QTest::keyClick(&bench.view, Qt::Key_M);
+    QVERIFY(bench.tool->isOn());
+    QTest::keyClick(&bench.view, Qt::Key_M);
+    QVERIFY(!bench.tool->isOn());
+    QTest::mouseClick(bench.row(0), Qt::LeftButton, Qt::NoModifier, bench.at(0, 10));
+    QVERIFY(bench.view.currentItem() == bench.view.itemAt(0));
+    QCOMPARE(measured.count(), 0);
+}
+
+void MeasuringTest::measuresBetweenPressAndPointer_data()
+{
+    QTest::addColumn<double>("from");
+    QTest::addColumn<double>("to");
+    QTest::newRow("to the right") << 10.0 << 20.0;
+    QTest::newRow("to the left") << 20.0 << 10.0;
+}
+
+void MeasuringTest::measuresBetweenPressAndPointer()
+{
+    QFETCH(double, from);
+    QFETCH(double, to);
+    Bench bench;
+    bench.tool->setOn(true);
+    bench.drag(1, from, to);
+
+    const double pixel = 1 / bench.row(1)->timeScale();
+    const Measurement &result = bench.tool->measurement();
+    QVERIFY(isClose(result.span.length(), 10, pixel));
+    QVERIFY(isClose(result.frequency, 0.1, 0.01 * pixel));
+    QVERIFY(isClose(result.peakToPeak, 4, 0.01));
+    QVERIFY(isClose(result.rms, 2 / std::sqrt(2.0), 0.02));
+    QVERIFY(isClose((bench.tool->window().startTime() - Start).length(), 10, pixel));
+
+    // A click takes the cursors away; the values stay.
+    QVERIFY(!bench.overlay()->marks().isEmpty());
+    const QString text = bench.tool->text();
+    QTest::mouseClick(bench.row(1), Qt::LeftButton, Qt::NoModifier, bench.at(1, 30));
+    QVERIFY(bench.overlay()->marks().isEmpty());
+    QCOMPARE(bench.tool->text(), text);
+}
+
+void MeasuringTest::measuresRowUnderPointer()
+{
+    Bench bench;
+    bench.tool->setOn(true);
+    QSignalSpy measured(bench.tool, SIGNAL(measured(QString)));
+    QTest::mousePress(bench.row(0), Qt::LeftButton, Qt::NoModifier, bench.at(0, 10));
+    bench.moveTo(0, 0, 20);
+    QVERIFY(isClose(bench.tool->measurement().peakToPeak, 2, 0.01));
+    bench.moveTo(0, 2, 20);
+    QVERIFY(isClose(bench.tool->measurement().peakToPeak, 6, 0.01));
+    QCOMPARE(bench.overlay()->marks().title, QString("row 3"));
+
+    // Beyond the ends of the traces the cursor stops; above the rows the last one stays.
+    bench.moveTo(0, 2, 1000);
+    QVERIFY(isClose(bench.tool->measurement().span.length(), 30, 0.1));
+    QCOMPARE(measured.count(), 3);
+    QVERIFY(measured.last()[0].toString().startsWith("row 3"));
+}
+
+void MeasuringTest::measuresAsRowShowsIt()
+{
+    Bench bench;
+    bench.row(1)->setRecordScale(0, 100);
+    bench.row(1)->setRecordUnit(0, "nm/s");
+    bench.row(1)->showScaledValues(false);
+    bench.tool->setOn(true);
+    bench.drag(1, 10, 20);
+    QVERIFY(isClose(bench.tool->measurement().peakToPeak, 4, 0.01));
+
+    bench.row(1)->showScaledValues(true);
+    bench.drag(1, 10, 20);
+    QVERIFY(isClose(bench.tool->measurement().peakToPeak, 400, 1));
+    QVERIFY(bench.tool->text().contains("nm/s"));
+}
+
+void MeasuringTest::keepsSelectionAndOrder()
+{
+    Bench bench;
+    bench.view.select(bench.view.itemAt(1));
+    QSignalSpy selection(&bench.view, SIGNAL(itemSelectionChanged()));
+    QSignalSpy activated(&bench.view, SIGNAL(itemActivated(Trace *)));
+    const QList<Trace *> order = bench.view.items();
+    bench.tool->setOn(true);
+    QTest::mousePress(bench.row(0), Qt::LeftButton, Qt::NoModifier, bench.at(0, 10));
+    bench.moveTo(0, 0, 10.05);
+    bench.moveTo(0, 2, 12);
+    QTest::mouseRelease(bench.row(0), Qt::LeftButton, Qt::NoModifier, bench.at(0, 10));
+    QTest::mouseDClick(bench.row(2), Qt::LeftButton, Qt::NoModifier, bench.at(2, 10));
+    QCOMPARE(bench.view.items(), order);
+    QVERIFY(bench.view.itemAt(1)->isSelected());
+    QCOMPARE(selection.count(), 0);
+    QCOMPARE(activated.count(), 0);
+}
+
+void MeasuringTest::cursorsCrossAllRows()
+{
+    Bench bench;
+    bench.tool->setOn(true);
+    const QImage before = bench.picture();
+    bench.drag(1, 10, 20);
+    const QImage after = bench.picture();
+
+    for (int row = 0; row < 3; ++row) {
+        for (const double seconds : {10.0, 12.0, 20.0})
+            QVERIFY(after.pixel(bench.inPicture(row, seconds)) !=
+                    before.pixel(bench.inPicture(row, seconds)));
+        QCOMPARE(after.pixel(bench.inPicture(row, 5)), before.pixel(bench.inPicture(row, 5)));
+        QCOMPARE(after.pixel(bench.inPicture(row, 10)), after.pixel(bench.inPicture(0, 10)));
+    }
+    bench.tool->setOn(false);
+    QVERIFY(bench.picture() == before);
+}
+
+void MeasuringTest::cursorsFollowDisplay()
+{
+    Bench bench;
+    bench.tool->setOn(true);
+    bench.drag(1, 10, 20);
+    const auto lineAt = [&](double seconds) {
+        return bench.overlay()->mapFromGlobal(bench.row(1)->mapToGlobal(bench.at(1, seconds))).x();
+    };
+    const QVector<QPair<double, double>> ranges{{5, 25}, {0, 80}};
+    for (const auto &range : ranges) {
+        bench.view.setTimeRange(range.first, range.second);
+        QVERIFY(std::abs(bench.overlay()->marks().anchor - lineAt(10)) <= 2);
+        QVERIFY(std::abs(bench.overlay()->marks().end - lineAt(20)) <= 2);
+    }
+
+    bench.view.resize(700, 600);
+    QTRY_COMPARE(bench.overlay()->marks().area.height(), bench.area()->viewport()->height());
+    QVERIFY(std::abs(bench.overlay()->marks().end - lineAt(20)) <= 2);
+
+    // Times relative to another alignment: the cursors stay with the samples.
+    bench.view.setAlignment(Start + Core::TimeSpan(5.0));
+    QVERIFY(std::abs(bench.overlay()->marks().anchor - lineAt(5)) <= 2);
+}
+
+void MeasuringTest::rowsThatComeLater()
+{
+    Bench bench;
+    bench.tool->setOn(true);
+    bench.view.addItem(makeRow("late", 5));
+    QTRY_VERIFY(bench.row(3)->isVisible() && bench.row(3)->height() > 10);
+    bench.drag(3, 10, 20);
+    QVERIFY(isClose(bench.tool->measurement().peakToPeak, 10, 0.05));
+}
+
+void MeasuringTest::removedRowTakesItsCursors()
+{
+    Bench bench;
+    bench.tool->setOn(true);
+    bench.drag(1, 10, 20);
+    bench.view.removeItem(bench.view.itemAt(1));
+    QVERIFY(bench.overlay()->marks().isEmpty());
+    QVERIFY(bench.tool->text().startsWith("row 2"));
+    bench.drag(1, 10, 20);
+    QVERIFY(bench.tool->text().startsWith("row 3"));
+}
+
+void MeasuringTest::copiesMeasurement()
+{
+    Bench bench;
+    QVERIFY(!bench.tool->copyAction()->isEnabled());
+    bench.tool->setOn(true);
+    bench.drag(0, 10, 20);
+    bench.tool->setOn(false);
+    QTest::keyClick(&bench.view, Qt::Key_C, Qt::ControlModifier | Qt::ShiftModifier);
+    const QString copied = QGuiApplication::clipboard()->text();
+    QVERIFY(copied.startsWith(bench.tool->text()));
+    QVERIFY(copied.contains("2024-01-05T00:00:1"));
+}
+
+void MeasuringTest::followsFilter()
+{
+    class Halver : public Math::Filtering::InPlaceFilter<double>
+    {
+    public:
+        void setSamplingFrequency(double) override {}
+        int setParameters(int, const double *) override { return 0; }
+        void apply(int n, double *samples) override
+        {
+            for (int i = 0; i < n; ++i)
+                samples[i] *= 0.5;
+        }
+        InPlaceFilter<double> *clone() const override { return new Halver; }
+    };
+
+    Bench bench;
+    bench.tool->setOn(true);
+    bench.drag(1, 10, 20);
+    bench.view.setFilter(new Halver);
+    bench.view.setFilterEnabled(true);
+    QVERIFY(isClose(bench.tool->measurement().peakToPeak, 2, 0.01));
+    bench.view.setFilterEnabled(false);
+    QVERIFY(isClose(bench.tool->measurement().peakToPeak, 4, 0.01));
+}
+
+void MeasuringTest::textsOfMeasurements_data()
+{
+    QTest::addColumn<double>("seconds");
+    QTest::addColumn<double>("peakToPeak");
+    QTest::addColumn<QString>("unit");
+    QTest::addColumn<QStringList>("values");
+    QTest::newRow("seconds") << 12.3456 << 1234.56 << "nm"
+                             << QStringList({"12.346 s", "0.081 Hz", "1234.6 nm", "0 nm"});
+    QTest::newRow("milliseconds, small amplitudes")
+        << 0.0125 << 1.5E-7 << "" << QStringList({"0.0125 s", "80 Hz", "1.5e-07", "0"});
+    QTest::newRow("large counts") << 100.0 << 1234567.0 << ""
+                                  << QStringList({"100.000 s", "0.01 Hz", "1234567", "0"});
+}
+
+void MeasuringTest::textsOfMeasurements()
+{
+    QFETCH(double, seconds);
+    QFETCH(double, peakToPeak);
+    QFETCH(QString, unit);
+    QFETCH(QStringList, values);
+    Measurement measurement;
+    measurement.span = Core::TimeSpan(seconds);
+    measurement.frequency = 1 / seconds;
+    measurement.peakToPeak = peakToPeak;
+    QCOMPARE(measurementEntries(measurement, unit).size(), 2);
+
+    measurement.count = 1;
+    QStringList texts;
+    for (const auto &entry : measurementEntries(measurement, unit))
+        texts.append(QString(entry.second).replace(QChar(0x202f), ' '));
+    QCOMPARE(texts, values);
+}
+
+void MeasuringTest::panelStaysInView_data()
+{
+    QTest::addColumn<QPoint>("pointer");
+    QTest::addColumn<QPoint>("expected");
+    QTest::newRow("below and right") << QPoint(50, 50) << QPoint(60, 60);
+    QTest::newRow("left at the right edge") << QPoint(270, 50) << QPoint(160, 60);
+    QTest::newRow("above at the lower edge") << QPoint(50, 190) << QPoint(60, 130);
+    QTest::newRow("beyond an edge") << QPoint(-500, 50) << QPoint(0, 60);
+}
+
+void MeasuringTest::panelStaysInView()
+{
+    QFETCH(QPoint, pointer);
+    QFETCH(QPoint, expected);
+    QCOMPARE(panelPosition(QSize(100, 50), pointer, QRect(0, 0, 300, 200), 10), expected);
+}
+
+QTEST_MAIN(MeasuringTest)
+#include "tst_measuring.moc"
