@@ -32,6 +32,8 @@ QAction *OverviewMenu::addToggle(const QString &text, const QString &shortcut, c
 void OverviewMenu::setOverviewShown(bool show)
 {
     _show->setChecked(show);
+    // Rows may have come since the overview was last asked for its size.
+    _overview->setOrientation(_overview->orientation());
     _overview->setActive(show);
     _wiggles->setEnabled(show);
     _horizontal->setEnabled(show);
