@@ -14,6 +14,9 @@
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QImage>
+#include <QThread>
+
+#include <sys/resource.h>
 
 #include <algorithm>
 #include <random>
@@ -104,7 +107,61 @@ void panStep(benchmark::State &state)
     state.counters["all_rows_visible"] = traces.itemAt(Rows - 1)->visibleRegion().isEmpty() ? 0 : 1;
 }
 
+double processorSeconds()
+{
+    rusage usage;
+    getrusage(RUSAGE_SELF, &usage);
+    const auto seconds = [](const timeval &time) { return time.tv_sec + 1E-6 * time.tv_usec; };
+    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
+/** Live data: records arrive in real time, 10 every 10 ms, while the event loop repaints. */
+void liveSecond(benchmark::State &state)
+{
+    Norvu::Gui::TraceView &traces = view();
+    constexpr int RecordSamples = 100;
+    std::minstd_rand random(7);
+    Core::Time next = Midnight + Core::TimeSpan(Day);
+    traces.setTimeRange(Day - 540, Day + 60);
+    int row = 0;
+
+    const auto feedOne = [&] {
+        Norvu::Gui::Trace *trace = traces.itemAt(row);
+        Gui::RecordWidget *widget = trace->recordWidget();
+        Core::SmartPointer<IntArray> samples(new IntArray(RecordSamples));
+        for (int i = 0; i < RecordSamples; ++i)
+            samples->typedData()[i] = static_cast<int>(random() % 4096) - 2048;
+        const RecordPtr record(
+            new Record(widget->records(0)->back()->codes(), next, Rate, samples));
+        if (widget->records(0)->feed(record.get()))
+            widget->fed(0, record.get());
+        if (++row == Rows) {
+            row = 0;
+            next += Core::TimeSpan(RecordSamples / Rate);
+        }
+    };
+
+    double busy = 0;
+    for (auto _ : state) {
+        const double before = processorSeconds();
+        QElapsedTimer second;
+        second.start();
+        for (int batch = 0; batch < 100; ++batch) {
+            for (int i = 0; i < 10; ++i)
+                feedOne();
+            QApplication::processEvents();
+            while (second.elapsed() < 10 * (batch + 1))
+                QThread::usleep(500);
+        }
+        busy += processorSeconds() - before;
+        state.SetIterationTime(second.nsecsElapsed() * 1E-9);
+    }
+    state.counters["core_share"] = busy / static_cast<double>(state.iterations());
+}
+
 } // namespace
+
+BENCHMARK(liveSecond)->Iterations(5)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 BENCHMARK(panStep)->ArgName("seconds")->Arg(86400)->Arg(3600)->Arg(60)->UseManualTime()->Unit(
     benchmark::kMillisecond);
