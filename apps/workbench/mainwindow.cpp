@@ -154,6 +154,8 @@ void MainWindow::createTraceMenu()
         if (!shown.contains(action))
             menu->addAction(action);
     }
+    menu->addAction(tr("Select by &pattern…"), _waveforms->view(), SLOT(selectPattern()));
+    menu->addAction(tr("&Deselect by pattern…"), _waveforms->view(), SLOT(deselectPattern()));
 }
 
 void MainWindow::createOverviewMenu()

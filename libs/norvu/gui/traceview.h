@@ -285,6 +285,9 @@ public slots:
     void scrollRight();
     /** Takes the data of the selected rows away, so that they can be loaded again. */
     void resetSelectedTraces();
+    /** Asks for a pattern by which rows are selected or deselected; for several rows at once. */
+    void selectPattern();
+    void deselectPattern();
 
 protected:
     /** Called before the first row is requested; false ends the request there and then. */

@@ -29,10 +29,10 @@ void TraceView::keyPressEvent(QKeyEvent *event)
         activateCurrentRow();
         break;
     case Qt::Key_Plus:
-        selectByDialog(tr("Select pattern"), true);
+        selectPattern();
         break;
     case Qt::Key_Minus:
-        selectByDialog(tr("Deselect pattern"), false);
+        deselectPattern();
         break;
     case Qt::Key_A:
         if (event->modifiers() == Qt::ControlModifier)

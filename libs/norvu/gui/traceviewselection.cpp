@@ -99,6 +99,16 @@ void TraceView::selectMatching(const QString &pattern, bool select)
         emit itemSelectionChanged();
 }
 
+void TraceView::selectPattern()
+{
+    selectByDialog(tr("Select pattern"), true);
+}
+
+void TraceView::deselectPattern()
+{
+    selectByDialog(tr("Deselect pattern"), false);
+}
+
 void TraceView::selectByDialog(const QString &title, bool select)
 {
     if (!allowsMultipleSelection())
