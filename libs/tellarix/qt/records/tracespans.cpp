@@ -125,6 +125,61 @@ void thicken(TraceSpans &spans, int width)
     std::swap(spans, thick);
 }
 
+/** True if the painter's engine ignores clipping, so that what lies outside must not be drawn. */
+bool ignoresClipping(const QPainter &painter)
+{
+    return painter.hasClipping() && painter.paintEngine()->type() == QPaintEngine::SVG;
+}
+
+/** Cuts a line to an area; false if nothing of it is left. Liang and Barsky (1984). */
+bool clipLine(const QRectF &area, QPointF &from, QPointF &to)
+{
+    const QPointF way = to - from;
+    const double leaving[] = {-way.x(), way.x(), -way.y(), way.y()};
+    const double room[] = {from.x() - area.left(), area.right() - from.x(), from.y() - area.top(),
+                           area.bottom() - from.y()};
+    double first = 0;
+    double last = 1;
+    for (int side = 0; side < 4; ++side) {
+        if (leaving[side] == 0 && room[side] < 0)
+            return false;
+        if (leaving[side] < 0)
+            first = std::max(first, room[side] / leaving[side]);
+        else if (leaving[side] > 0)
+            last = std::min(last, room[side] / leaving[side]);
+    }
+    if (first > last)
+        return false;
+    // Ends that stay are not computed, so that the lines of a polygon still meet.
+    if (last < 1)
+        to = from + last * way;
+    if (first > 0)
+        from += first * way;
+    return true;
+}
+
+void drawClippedPolyline(QPainter &painter, const QPolygonF &polygon)
+{
+    const QRectF area = painter.clipBoundingRect();
+    QPolygonF part;
+    for (int i = 1; i < polygon.size(); ++i) {
+        QPointF from = polygon[i - 1];
+        QPointF to = polygon[i];
+        const bool isVisible = clipLine(area, from, to);
+        if (!part.isEmpty() && (!isVisible || part.last() != from)) {
+            painter.drawPolyline(part);
+            part.clear();
+        }
+        if (!isVisible)
+            continue;
+        if (part.isEmpty())
+            part.append(from);
+        part.append(to);
+    }
+    if (!part.isEmpty())
+        painter.drawPolyline(part);
+}
+
 void drawRects(QPainter &painter, const TraceSpans &spans, bool turned)
 {
     QVector<QRect> rects;
@@ -135,6 +190,11 @@ void drawRects(QPainter &painter, const TraceSpans &spans, bool turned)
         const int length = spans.high[i] - low + 1;
         if (length > 0)
             rects.append(turned ? QRect(low, x, length, 1) : QRect(x, low, 1, length));
+    }
+    if (ignoresClipping(painter)) {
+        const QRect area = painter.clipBoundingRect().toAlignedRect();
+        for (QRect &rect : rects)
+            rect &= area;
     }
     painter.drawRects(rects);
 }
@@ -238,6 +298,8 @@ void drawPolygons(QPainter &painter, const QVector<Polygon> &polygons)
             dense.append(&polygon);
         else if (polygon.size() == 1)
             painter.drawPoint(polygon.first());
+        else if (ignoresClipping(painter))
+            drawClippedPolyline(painter, polygon);
         else
             painter.drawPolyline(polygon);
     }
