@@ -1,0 +1,307 @@
+#include "dataexport.h"
+#include "waveformtesting.h"
+
+#include <tellarix/client/io/recordstream.h>
+#include <tellarix/core/math/runningmean.h>
+#include <tellarix/qt/records/timescale.h>
+
+#include <QDir>
+
+#include <cstring>
+#include <limits>
+#include <map>
+
+using namespace Workbench;
+using namespace WaveformTesting;
+
+namespace {
+
+/** Time in microseconds and bits of each sample, by stream; not-a-number compares by its bits. */
+using Samples = std::map<std::string, std::vector<std::pair<int64_t, uint64_t>>>;
+
+void collect(Samples &samples, const Record &record, const Core::TimeWindow *window)
+{
+    for (int i = 0; i < record.sampleCount(); ++i) {
+        const Core::Time time = record.sampleTime(i);
+        if (window && !window->contains(time))
+            continue;
+        const double value = record.data()->value(i);
+        uint64_t bits;
+        std::memcpy(&bits, &value, sizeof bits);
+        samples[record.streamID()].emplace_back(time.usecs(), bits);
+    }
+}
+
+Samples samplesOf(const std::vector<RecordCPtr> &records, const Core::TimeWindow &window)
+{
+    Samples samples;
+    for (const RecordCPtr &record : records)
+        collect(samples, *record, &window);
+    return samples;
+}
+
+/** What a reader finds in files; its complaints as a stream "error". */
+Samples readBack(const QStringList &files)
+{
+    Samples samples;
+    for (const QString &file : files) {
+        const auto stream = IO::RecordStream::Create("file://" + file.toStdString());
+        stream->setMessageHandler([&](const IO::StreamMessage &message) {
+            qWarning("%s", message.text().c_str());
+            samples["error"].emplace_back(0, 0);
+        });
+        if (!stream->open())
+            samples["error"].emplace_back(0, 0);
+        while (const RecordPtr record = stream->next())
+            collect(samples, *record, nullptr);
+    }
+    return samples;
+}
+
+DataExport exportOf(const std::vector<RecordCPtr> &records, const Core::TimeWindow &window)
+{
+    std::map<std::string, RingBuffer> sequences;
+    QVector<const RecordSequence *> streams;
+    for (const RecordCPtr &record : records) {
+        const auto place = sequences.try_emplace(record->streamID(), -1);
+        place.first->second.feed(record.get());
+        if (place.second)
+            streams.append(&place.first->second);
+    }
+    return DataExport(streams, window);
+}
+
+std::vector<RecordCPtr> mixedRecords()
+{
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const float floatNan = std::numeric_limits<float>::quiet_NaN();
+    return {sawTooth("XX.AAA..HHZ", 0, 20, 500),
+            sawTooth("XX.AAA..HHZ", 25, 20, 300),
+            sawTooth("XX.AAA..HHZ", 60.0125, 20, 300),
+            record<int>("XX.AAA.00.HHN", 1.5, 1, {INT_MAX, INT_MIN, 0, INT_MAX, 5, 6, 7}),
+            record<double>("XX.BBB..HHZ", 0.123456, 1, {1.0 / 3, nan, 1E300, -0.0, 4, 5}),
+            record<float>("XX.CCC..HHZ", -2, 0.5, {0.1f, floatNan, 2, 3, 4})};
+}
+
+} // namespace
+
+class TestDataExport : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void givesBackEachSample_data();
+    void givesBackEachSample();
+    void writesSacFileForEachStretch();
+    void tellsRoundedSamples();
+    void neverGivesOneNameTwice();
+    void keepsOddCodesInFolder();
+    void takesRawRecordsOfChosenRows();
+    void takesChosenWindow();
+    void keepsOldFileWhenWritingFails();
+    void keepsOldFileWhenCancelled();
+    void summarisesOutcome();
+
+private:
+    QString path(const QString &name) const { return _folder.filePath(name); }
+
+    QTemporaryDir _folder;
+};
+
+void TestDataExport::initTestCase()
+{
+    QLocale::setDefault(QLocale::c());
+}
+
+void TestDataExport::givesBackEachSample_data()
+{
+    QTest::addColumn<double>("start");
+    QTest::addColumn<double>("end");
+    QTest::newRow("everything") << -100.0 << 1000.0;
+    QTest::newRow("inside a record") << 3.0 << 4.05;
+    QTest::newRow("over a border") << 24.9 << 25.1;
+    QTest::newRow("over a gap") << 30.0 << 61.0;
+    QTest::newRow("up to a gap") << 30.0 << 40.0;
+}
+
+void TestDataExport::givesBackEachSample()
+{
+    QFETCH(double, start);
+    QFETCH(double, end);
+
+    const auto records = mixedRecords();
+    const ExportOutcome outcome =
+        exportOf(records, window(start, end)).writeMiniSeed(path("all.mseed"));
+    QVERIFY2(outcome.ok, qPrintable(outcome.messages.join('\n')));
+
+    const Samples expected = samplesOf(records, window(start, end));
+    QVERIFY(readBack(outcome.files) == expected);
+    size_t count = 0;
+    for (const auto &stream : expected)
+        count += stream.second.size();
+    QCOMPARE(outcome.samples, static_cast<int64_t>(count));
+    QCOMPARE(outcome.streams, static_cast<int>(expected.size()));
+    QCOMPARE(outcome.bytes, QFileInfo(path("all.mseed")).size());
+}
+
+void TestDataExport::writesSacFileForEachStretch()
+{
+    std::vector<RecordCPtr> records = mixedRecords();
+    records.erase(records.begin() + 3, records.begin() + 5);
+    const DataExport data = exportOf(records, window(-100, 1000));
+    const ExportOutcome outcome = data.writeSac(_folder.path());
+    QVERIFY2(outcome.ok, qPrintable(outcome.messages.join('\n')));
+    QVERIFY(outcome.messages.isEmpty());
+
+    const QStringList names{"XX.AAA..HHZ.2024-01-05T101112.sac",
+                            "XX.AAA..HHZ.2024-01-05T101212.sac",
+                            "XX.CCC..HHZ.2024-01-05T101110.sac"};
+    QCOMPARE(data.sacFileNames(), names);
+    QCOMPARE(QDir(_folder.path()).entryList({"*.sac"}, QDir::Files, QDir::Name), names);
+    QCOMPARE(outcome.streams, 2);
+    QVERIFY(readBack(outcome.files) == samplesOf(records, window(-100, 1000)));
+}
+
+void TestDataExport::tellsRoundedSamples()
+{
+    const int exact = 1 << 24;
+    const std::vector<RecordCPtr> records{
+        record<int>("XX.AAA..HHZ", 0, 1, {exact, exact + 1, exact + 2, exact + 3})};
+    const ExportOutcome outcome = exportOf(records, window(0, 10)).writeSac(_folder.path());
+    QVERIFY(outcome.ok);
+    QCOMPARE(outcome.messages.size(), 1);
+    QVERIFY2(outcome.messages[0].contains("2 samples"), qPrintable(outcome.messages[0]));
+}
+
+void TestDataExport::neverGivesOneNameTwice()
+{
+    // Three stretches begin within one second, two of them even at the same time.
+    const std::vector<RecordCPtr> records{sawTooth("XX.AAA..HHZ", 0, 100, 10),
+                                          sawTooth("XX.AAA..HHZ", 0.3, 100, 10),
+                                          sawTooth("XX.AAA..HHZ", 0.3, 100, 30)};
+    QTemporaryDir folder;
+    const ExportOutcome outcome = exportOf(records, window(0, 10)).writeSac(folder.path());
+    QCOMPARE(QDir(folder.path()).entryList(QDir::Files).size(), 3);
+    QVERIFY(readBack(outcome.files) == samplesOf(records, window(0, 10)));
+}
+
+void TestDataExport::keepsOddCodesInFolder()
+{
+    const StreamCodesCPtr codes(new StreamCodes("..", "/tmp/A", "", "HH*"));
+    const int samples[] = {1, 2, 3};
+    const RecordCPtr odd(new Record(codes, Start, 1, new IntArray(3, samples)));
+    const QStringList names = exportOf({odd}, window(0, 10)).sacFileNames();
+    QCOMPARE(names, QStringList("__._tmp_A..HH_.2024-01-05T101112.sac"));
+}
+
+void TestDataExport::takesRawRecordsOfChosenRows()
+{
+    TraceView view;
+    std::vector<RecordCPtr> records;
+    for (const char *id : {"XX.AAA..HHZ", "XX.BBB..HHZ", "XX.CCC..HHZ"}) {
+        records.push_back(sawTooth(id, 0, 10, 100));
+        addRow(view, {records.back()});
+    }
+    view.resize(600, 300);
+    view.show();
+    view.setAlignment(Start);
+    view.setTimeRange(-1, 20);
+    view.setFilter(new Math::Filtering::RunningMeanHighPass<double>(2.0));
+    view.setFilterEnabled(true);
+    QVERIFY(view.itemAt(0)->recordWidget()->filteredRecords(0));
+
+    const QString file = path("rows.mseed");
+    QVERIFY(DataExport::FromView(view).writeMiniSeed(file).ok);
+    QVERIFY(readBack({file}) == samplesOf(records, window(-1, 20)));
+
+    view.setSelectedTrace(1);
+    QVERIFY(DataExport::FromView(view).writeMiniSeed(file).ok);
+    QVERIFY(readBack({file}) == samplesOf({records[1]}, window(-1, 20)));
+}
+
+void TestDataExport::takesChosenWindow()
+{
+    TraceView view;
+    Trace *first = addRow(view, {sawTooth("XX.AAA..HHZ", 0, 10, 1000)});
+    Trace *second = addRow(view, {sawTooth("XX.BBB..HHZ", 0, 10, 1000)});
+    view.resize(600, 300);
+    view.show();
+    view.setAlignment(Start);
+    view.setTimeRange(0, 60);
+    QCOMPARE(DataExport::ChosenWindow(view), view.visibleTimeWindow());
+
+    second->recordWidget()->setSelectedTimeWindow(window(10, 20));
+    QCOMPARE(DataExport::ChosenWindow(view), window(10, 20));
+    view.select(first);
+    QCOMPARE(DataExport::ChosenWindow(view), view.visibleTimeWindow());
+
+    view.timeScale()->setSelection(30, 40.5);
+    QCOMPARE(DataExport::ChosenWindow(view), window(30, 40.5));
+}
+
+void TestDataExport::keepsOldFileWhenWritingFails()
+{
+    const QString file = writeText(path("old.mseed"), "old data");
+    const auto check = [&](const ExportOutcome &outcome, const QString &cause) {
+        QVERIFY(!outcome.ok);
+        QVERIFY(outcome.files.isEmpty());
+        QCOMPARE(outcome.messages.size(), 1);
+        QVERIFY2(outcome.messages[0].startsWith(file + ": ") && outcome.messages[0].contains(cause),
+                 qPrintable(outcome.messages[0]));
+        QCOMPARE(contentOf(file), QByteArray("old data"));
+    };
+
+    const std::vector<RecordCPtr> good{sawTooth("XX.AAA..HHZ", 0, 100, 20000)};
+    check(exportOf(good, window(500, 600)).writeMiniSeed(file), "no samples from 2024-01-05");
+    check(exportOf({good[0], sawTooth("XX.TOOLONG..HHZ", 0, 1, 10)}, window(0, 10))
+              .writeMiniSeed(file),
+          "TOOLONG");
+    const FullDisk limit(4000);
+    check(exportOf(good, window(0, 500)).writeMiniSeed(file), "");
+
+    const QString sac = writeText(path("XX.AAA..HHZ.2024-01-05T101112.sac"), "old data");
+    const ExportOutcome outcome = exportOf(good, window(0, 500)).writeSac(_folder.path());
+    QVERIFY(!outcome.ok && outcome.files.isEmpty());
+    QVERIFY(outcome.messages.last().startsWith(sac + ": "));
+    QCOMPARE(contentOf(sac), QByteArray("old data"));
+}
+
+void TestDataExport::keepsOldFileWhenCancelled()
+{
+    const QString file = writeText(path("old.mseed"), "old data");
+    const DataExport data = exportOf(mixedRecords(), window(-100, 1000));
+    double largest = 0;
+    const auto cancelAtHalf = [&](double share) {
+        largest = std::max(largest, share);
+        return share < 0.5;
+    };
+    QVERIFY(!data.writeMiniSeed(file, cancelAtHalf).ok);
+    QCOMPARE(contentOf(file), QByteArray("old data"));
+    QCOMPARE(largest, 0.5);
+
+    QTemporaryDir folder;
+    const ExportOutcome outcome = data.writeSac(folder.path(), cancelAtHalf);
+    QVERIFY(!outcome.ok);
+    QCOMPARE(QDir(folder.path()).entryList(QDir::Files).size(), outcome.files.size());
+    QVERIFY(outcome.files.size() > 0 && outcome.files.size() < data.sacFileNames().size());
+    QVERIFY(outcome.messages.last().contains("cancelled"));
+}
+
+void TestDataExport::summarisesOutcome()
+{
+    ExportOutcome outcome;
+    outcome.streams = 1;
+    outcome.samples = 1;
+    outcome.bytes = 512;
+    outcome.files = QStringList{"/data/a.mseed"};
+    QCOMPARE(outcome.text(), QString("Wrote 1 stream, 1 sample, 512 bytes to /data/a.mseed"));
+    outcome.streams = 2;
+    outcome.samples = 36000;
+    outcome.files = QStringList{"/data/a.sac", "/data/b.sac"};
+    QVERIFY2(outcome.text().contains("2 streams") && outcome.text().contains("2 files in /data"),
+             qPrintable(outcome.text()));
+}
+
+QTEST_MAIN(TestDataExport)
+#include "tst_dataexport.moc"

@@ -1,0 +1,92 @@
+#pragma once
+
+#include <norvu/gui/trace.h>
+#include <norvu/gui/traceview.h>
+
+#include <tellarix/core/records/ringbuffer.h>
+#include <tellarix/core/records/typedarray.h>
+#include <tellarix/qt/records/recordwidget.h>
+
+#include <QFile>
+#include <QtTest>
+
+#include <sys/resource.h>
+
+#include <csignal>
+#include <string>
+#include <vector>
+
+namespace WaveformTesting {
+
+using namespace Tellarix;
+using Norvu::Gui::Trace;
+using Norvu::Gui::TraceView;
+
+const Core::Time Start(2024, 1, 5, 10, 11, 12);
+
+inline Core::TimeWindow window(double start, double end)
+{
+    return {Start + Core::TimeSpan(start), Start + Core::TimeSpan(end)};
+}
+
+/** A record that begins @p start seconds after the time base. */
+template <typename T>
+RecordCPtr record(const std::string &id, double start, double rate, const std::vector<T> &samples)
+{
+    ArrayPtr data(new TypedArray<T>(static_cast<int>(samples.size()), samples.data()));
+    return new Record(StreamCodes::FromID(id), Start + Core::TimeSpan(start), rate, data);
+}
+
+/** A saw tooth of integers. */
+inline RecordCPtr sawTooth(const std::string &id, double start, double rate, int count)
+{
+    std::vector<int> samples;
+    for (int i = 0; i < count; ++i)
+        samples.push_back(100 * (i % 20) - 1000);
+    return record(id, start, rate, samples);
+}
+
+inline Trace *addRow(TraceView &view, const std::vector<RecordCPtr> &records)
+{
+    auto *row = new Trace(records.front()->streamID().c_str(), Qt::black);
+    auto *sequence = new RingBuffer(-1);
+    for (const RecordCPtr &record : records)
+        sequence->feed(record.get());
+    row->recordWidget()->setRecords(0, sequence, true);
+    view.addItem(row);
+    return row;
+}
+
+inline QByteArray contentOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+inline QString writeText(const QString &path, const QByteArray &text)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(text) == text.size() ? path : QString();
+}
+
+/** While it lives, files can't grow beyond a size, like on a full disk. */
+class FullDisk
+{
+public:
+    explicit FullDisk(rlim_t bytes)
+    {
+        std::signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &_before);
+        const rlimit limit{bytes, _before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FullDisk() { setrlimit(RLIMIT_FSIZE, &_before); }
+
+    FullDisk(const FullDisk &) = delete;
+    FullDisk &operator=(const FullDisk &) = delete;
+
+private:
+    rlimit _before;
+};
+
+} // namespace WaveformTesting
