@@ -1,6 +1,7 @@
 #include "mainwindow.h"
 
 #include "darkpalette.h"
+#include "exportactions.h"
 #include "filterbox.h"
 #include "measuring.h"
 #include "overviewmenu.h"
@@ -43,6 +44,7 @@ namespace {
 
 constexpr auto SettingsGroup = "Workbench";
 constexpr int ProgressWidth = 220;
+constexpr int StatusMilliseconds = 20000;
 
 QStringList localFiles(const QMimeData *data)
 {
@@ -85,8 +87,19 @@ void MainWindow::createFileMenu()
     menu->addAction(tr("Open &URL…"), this, SLOT(askForUrl()), tr("Ctrl+L"));
     menu->addAction(tr("Open the &demonstration"), this, SLOT(openDemonstration()));
     menu->addSeparator();
+    addExports(menu);
+    menu->addSeparator();
     menu->addAction(tr("&Close all"), this, SLOT(closeAll()), QKeySequence::Close);
     menu->addAction(tr("&Quit"), this, SLOT(close()), QKeySequence::Quit);
+}
+
+void MainWindow::addExports(QMenu *menu)
+{
+    auto *exports = new ExportActions(_waveforms->view(), this);
+    menu->addActions(exports->actions());
+    connect(exports, SIGNAL(failed(QStringList)), this, SLOT(tell(QStringList)));
+    connect(exports, &ExportActions::done, this,
+            [this](const QString &text) { statusBar()->showMessage(text, StatusMilliseconds); });
 }
 
 void MainWindow::createViewMenu()

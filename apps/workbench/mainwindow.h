@@ -66,6 +66,7 @@ protected:
     void dropEvent(QDropEvent *event) override;
 
 private slots:
+    void tell(const QStringList &problems);
     void askForFiles();
     void askForUrl();
     void closeAll();
@@ -75,6 +76,7 @@ private slots:
 
 private:
     void createFileMenu();
+    void addExports(QMenu *menu);
     void createViewMenu();
     QAction *addToggle(QMenu *menu, const QString &text, const QString &shortcut, const char *slot);
     void createFilterBar();
@@ -84,7 +86,6 @@ private:
     void createStatusBar();
     void saveSettings() const;
     QPixmap overviewPicture(bool horizontal);
-    void tell(const QStringList &problems);
 
     WaveformPanel *_waveforms;
     FilterBox *_filterBox{nullptr};

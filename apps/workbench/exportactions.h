@@ -1,0 +1,55 @@
+#pragma once
+
+#include <QList>
+#include <QObject>
+#include <QStringList>
+
+class QAction;
+class QWidget;
+
+namespace Norvu {
+namespace Gui {
+class TraceView;
+} // namespace Gui
+} // namespace Norvu
+
+namespace Workbench {
+
+struct ExportOutcome;
+
+/** Menu entries, with their dialogs, by which pictures and data of a trace view are taken away. */
+class ExportActions : public QObject
+{
+    Q_OBJECT
+
+public:
+    /** @param window  owns this object and is the parent of its dialogs */
+    ExportActions(Norvu::Gui::TraceView *view, QWidget *window);
+
+    const QList<QAction *> &actions() const { return _actions; }
+
+public slots:
+    void copyPicture();
+    void askForPicture();
+    void askForMiniSeed();
+    void askForSac();
+
+signals:
+    /** Something was written or copied; one line of text. */
+    void done(const QString &text);
+    /** Problems, each of which names what could not be done and why. */
+    void failed(const QStringList &problems);
+
+private:
+    void addAction(const QString &text, const char *slot, const QString &shortcut = QString());
+    QString askForFile(const QString &title, const QString &name, const QStringList &filters);
+    QString suggestedName() const;
+    bool mayReplace(const QString &folder, const QStringList &names);
+    void tell(const ExportOutcome &outcome);
+
+    Norvu::Gui::TraceView *_view;
+    QWidget *_window;
+    QList<QAction *> _actions;
+};
+
+} // namespace Workbench

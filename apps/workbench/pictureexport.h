@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QImage>
+#include <QString>
+
+namespace Norvu {
+namespace Gui {
+class TraceView;
+} // namespace Gui
+} // namespace Norvu
+
+namespace Workbench {
+
+/**
+ * A picture of a trace view: the visible time range as a title, below it all rows, also those that
+ * are scrolled out of sight, and the time scale. The background is white unless colours are dark.
+ *
+ * The view must have been laid out. Rows are as wide and high as they are on the screen.
+ *
+ * @param error  why a null image is returned: no rows, or more pixels than a picture can have
+ */
+QImage pictureOf(Norvu::Gui::TraceView &view, QString *error);
+
+/**
+ * Writes the picture to a file of the format that its suffix names: PNG with the pixels of the
+ * screen, SVG and PDF with lines and texts. A file that is there already is replaced when the new
+ * one is complete and not before.
+ *
+ * @param error  set to a text that names the file and the cause if false is returned
+ */
+bool writePicture(Norvu::Gui::TraceView &view, const QString &file, QString *error);
+
+} // namespace Workbench

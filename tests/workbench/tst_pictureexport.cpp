@@ -1,0 +1,263 @@
+#include "exportactions.h"
+#include "pictureexport.h"
+#include "waveformtesting.h"
+
+#include <tellarix/qt/records/timescale.h>
+
+#include <QAction>
+#include <QApplication>
+#include <QClipboard>
+#include <QMainWindow>
+#include <QPainter>
+#include <QSvgRenderer>
+
+using namespace Workbench;
+using namespace WaveformTesting;
+
+namespace {
+
+constexpr int RowCount = 30;
+
+/** A view that is far too low for its rows; the last trace is red. */
+class View : public TraceView
+{
+public:
+    View()
+    {
+        setMinimumRowHeight(40);
+        resize(500, 200);
+        for (int i = 0; i < RowCount; ++i)
+            addRow(*this, {sawTooth("XX.S" + std::to_string(i) + "..HHZ", 0, 10, 600)});
+        lastRow()->recordWidget()->setRecordPen(0, QPen(Qt::red));
+        show();
+        setAlignment(Start);
+        setTimeRange(0, 60);
+        QCoreApplication::processEvents();
+    }
+
+    Trace *lastRow() const { return itemAt(count() - 1); }
+};
+
+/** A picture that was written, as an image of the size that pictureOf() gives. */
+QImage written(const QString &file, const QSize &size)
+{
+    if (!file.endsWith(".svg"))
+        return QImage(file).convertToFormat(QImage::Format_RGB32);
+
+    QSvgRenderer renderer(file);
+    QImage image(size, QImage::Format_RGB32);
+    image.fill(Qt::magenta);
+    QPainter painter(&image);
+    renderer.render(&painter);
+    return image;
+}
+
+bool isReddish(QRgb pixel)
+{
+    return qRed(pixel) > qGreen(pixel) + 100 && qRed(pixel) > qBlue(pixel) + 100;
+}
+
+QRect redArea(const QImage &image)
+{
+    QRect area;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            if (isReddish(image.pixel(x, y)))
+                area |= QRect(x, y, 1, 1);
+        }
+    }
+    return area;
+}
+
+/** The traces of the last row as they stand in a picture of @p size, a pixel more all around. */
+QRect lastCanvas(const View &view, const QSize &size)
+{
+    constexpr int Margin = 8;
+    const Trace *row = view.lastRow();
+    const Gui::RecordWidget *widget = row->recordWidget();
+    const int top =
+        size.height() - Margin - view.timeScale()->height() - Trace::Spacing() - row->height();
+    return widget->canvasRect()
+        .translated(widget->mapTo(row, QPoint()) + QPoint(Margin, top))
+        .adjusted(-1, -1, 1, 1);
+}
+
+} // namespace
+
+class TestPictureExport : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void drawsRowsOutOfSight_data();
+    void drawsRowsOutOfSight();
+    void keepsTracesInTheirRows_data();
+    void keepsTracesInTheirRows();
+    void writesPageOfPdf();
+    void takesBackgroundOfPalette();
+    void copiesPicture();
+    void namesFileAndCause_data();
+    void namesFileAndCause();
+    void keepsOldFileWhenDiskIsFull();
+
+private:
+    QString path(const QString &name) const { return _folder.filePath(name); }
+
+    QTemporaryDir _folder;
+};
+
+void TestPictureExport::drawsRowsOutOfSight_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("pixels") << "all.png";
+    QTest::newRow("vectors") << "all.svg";
+    QTest::newRow("capitals") << "ALL.PNG";
+}
+
+void TestPictureExport::drawsRowsOutOfSight()
+{
+    QFETCH(QString, name);
+
+    View view;
+    QString error;
+    QVERIFY2(writePicture(view, path(name), &error), qPrintable(error));
+    const QSize size = pictureOf(view, &error).size();
+    QVERIFY(size.height() > RowCount * 40);
+
+    const QImage image = written(path(name), size);
+    QCOMPARE(image.size(), size);
+    QCOMPARE(image.pixelColor(2, 2), QColor(Qt::white));
+    const QRect canvas = lastCanvas(view, size);
+    const QRect red = redArea(image);
+    QVERIFY2(canvas.contains(red), qPrintable(QString("%1").arg(red.top())));
+    QVERIFY(red.width() > canvas.width() - 10);
+    QVERIFY(red.height() > canvas.height() / 2);
+}
+
+void TestPictureExport::keepsTracesInTheirRows_data()
+{
+    QTest::addColumn<double>("seconds");
+    QTest::newRow("lines") << 2.0;
+    QTest::newRow("dense, a span in each column") << 600.0;
+}
+
+void TestPictureExport::keepsTracesInTheirRows()
+{
+    QFETCH(double, seconds);
+
+    View view;
+    addRow(view, {sawTooth("XX.LAST..HHZ", 0, 10, 6000)});
+    view.lastRow()->recordWidget()->setRecordPen(0, QPen(Qt::red));
+    view.itemAt(RowCount - 1)->recordWidget()->setRecordPen(0, QPen(Qt::black));
+    view.setTimeRange(0, seconds);
+    view.lastRow()->recordWidget()->setAmplScale(20);
+    QCoreApplication::processEvents();
+
+    QString error;
+    const QSize size = pictureOf(view, &error).size();
+    QVERIFY2(writePicture(view, path("large.svg"), &error), qPrintable(error));
+    const QRect red = redArea(written(path("large.svg"), size));
+    QVERIFY(!red.isEmpty());
+    QVERIFY2(lastCanvas(view, size).contains(red),
+             qPrintable(QString("%1 to %2").arg(red.top()).arg(red.bottom())));
+}
+
+void TestPictureExport::writesPageOfPdf()
+{
+    View view;
+    QString error;
+    QVERIFY2(writePicture(view, path("all.pdf"), &error), qPrintable(error));
+    const QByteArray content = contentOf(path("all.pdf"));
+    QVERIFY(content.startsWith("%PDF-"));
+    QVERIFY(content.contains("/Count 1"));
+
+    const QRegularExpression box("/MediaBox \\[0 0 ([0-9.]+) ([0-9.]+)\\]");
+    const auto match = box.match(QString::fromLatin1(content.constData(), content.size()));
+    const QSize size = pictureOf(view, &error).size();
+    const QSizeF points = QSizeF(size) * 72.0 / view.logicalDpiX();
+    QVERIFY2(std::abs(match.captured(1).toDouble() - points.width()) < 1.5 &&
+                 std::abs(match.captured(2).toDouble() - points.height()) < 1.5,
+             qPrintable(match.captured(0)));
+}
+
+void TestPictureExport::takesBackgroundOfPalette()
+{
+    View view;
+    QPalette dark;
+    dark.setColor(QPalette::Base, QColor(20, 30, 40));
+    dark.setColor(QPalette::Text, Qt::white);
+    view.setPalette(dark);
+    QString error;
+    QCOMPARE(pictureOf(view, &error).pixelColor(2, 2), QColor(20, 30, 40));
+
+    QPalette ivory;
+    ivory.setColor(QPalette::Base, QColor(255, 255, 240));
+    ivory.setColor(QPalette::Text, Qt::black);
+    view.setPalette(ivory);
+    QCOMPARE(pictureOf(view, &error).pixelColor(2, 2), QColor(Qt::white));
+}
+
+void TestPictureExport::copiesPicture()
+{
+    View view;
+    QMainWindow window;
+    ExportActions exports(&view, &window);
+    QSignalSpy done(&exports, SIGNAL(done(QString)));
+    QSignalSpy failed(&exports, SIGNAL(failed(QStringList)));
+    exports.actions().first()->trigger();
+    QString error;
+    QCOMPARE(QApplication::clipboard()->image().size(), pictureOf(view, &error).size());
+    QCOMPARE(done.size(), 1);
+
+    view.clear();
+    exports.actions().first()->trigger();
+    QCOMPARE(failed.size(), 1);
+    QVERIFY(failed[0][0].toStringList().first().contains("no rows"));
+    QCOMPARE(done.size(), 1);
+}
+
+void TestPictureExport::namesFileAndCause_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<QString>("cause");
+    QTest::newRow("unknown format") << path("some.gif") << ".png";
+    QTest::newRow("no suffix") << path("some") << ".png";
+    QTest::newRow("no folder") << path("missing/some.png") << "No such file";
+    QTest::newRow("a folder") << path("folder.svg") << "directory";
+}
+
+void TestPictureExport::namesFileAndCause()
+{
+    QFETCH(QString, file);
+    QFETCH(QString, cause);
+
+    QVERIFY(QDir(_folder.path()).mkpath("folder.svg"));
+    View view;
+    QString error;
+    QVERIFY(!writePicture(view, file, &error));
+    QVERIFY2(error.startsWith(file + ": ") && error.contains(cause), qPrintable(error));
+    QCOMPARE(QFileInfo(file).isFile(), false);
+}
+
+void TestPictureExport::keepsOldFileWhenDiskIsFull()
+{
+    View view;
+    for (const char *name : {"old.png", "old.svg", "old.pdf"}) {
+        const QString file = writeText(path(name), "old picture");
+        QVERIFY(!file.isEmpty());
+        QString error;
+        {
+            const FullDisk limit(1000);
+            QVERIFY(!writePicture(view, file, &error));
+        }
+        QVERIFY2(error.startsWith(file + ": "), qPrintable(error));
+        QCOMPARE(contentOf(file), QByteArray("old picture"));
+        QVERIFY(writePicture(view, file, &error));
+        QVERIFY(contentOf(file).size() > 1000);
+    }
+    // Nothing half-written is left beside them.
+    QCOMPARE(QDir(_folder.path()).entryList({"old*"}, QDir::Files).size(), 3);
+}
+
+QTEST_MAIN(TestPictureExport)
+#include "tst_pictureexport.moc"
