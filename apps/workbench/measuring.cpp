@@ -76,6 +76,13 @@ QVector<QPair<QString, QString>> measurementEntries(const Measurement &measureme
     return entries;
 }
 
+QString measurementWarning(const Measurement &measurement)
+{
+    if (measurement.count == 0)
+        return MeasuringTool::tr("no data");
+    return measurement.hasGap ? MeasuringTool::tr("with a gap in the data") : QString();
+}
+
 MeasuringTool::MeasuringTool(TraceView *view)
     : QObject(view), _view(view), _scrollArea(view->findChild<QScrollArea *>()),
       _overlay(new MeasuringOverlay(_scrollArea->viewport())),
@@ -273,6 +280,9 @@ void MeasuringTool::remeasure()
     QString text = _row->label();
     for (const auto &entry : measurementEntries(_measurement, unit()))
         text += QStringLiteral("   ") + entry.first + QChar(0xa0) + entry.second;
+    const QString warning = measurementWarning(_measurement);
+    if (!warning.isEmpty())
+        text += QStringLiteral("   ") + warning;
     _copyAction->setEnabled(true);
     if (text == _text)
         return;
@@ -301,11 +311,10 @@ void MeasuringTool::updateMarks()
         marks.end = _anchor <= _end ? last : first;
         marks.pointerY = _overlay->mapFromGlobal(widget->mapToGlobal(QPoint(0, _pointerY))).y();
         marks.title = _row->label();
-        marks.entries = measurementEntries(_measurement, unit());
-        if (_measurement.count == 0)
-            marks.warning = tr("no data");
-        else if (_measurement.hasGap)
-            marks.warning = tr("with a gap in the data");
+        // A panel without its row would seem to belong to another one.
+        if (canvas.intersects(_overlay->rect()))
+            marks.entries = measurementEntries(_measurement, unit());
+        marks.warning = measurementWarning(_measurement);
     }
     _overlay->setMarks(marks);
 }

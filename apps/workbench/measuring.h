@@ -34,6 +34,9 @@ class MeasuringOverlay;
 QVector<QPair<QString, QString>> measurementEntries(const Tellarix::Measurement &measurement,
                                                     const QString &unit);
 
+/** What has to be known of a measurement's amplitudes: no data, or a gap in them; else empty. */
+QString measurementWarning(const Tellarix::Measurement &measurement);
+
 /**
  * Measures traces of a view with the mouse.
  *

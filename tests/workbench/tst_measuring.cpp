@@ -12,6 +12,7 @@
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QtTest>
 
 #include <cmath>
@@ -115,9 +116,11 @@ private slots:
     void keepsSelectionAndOrder();
     void cursorsCrossAllRows();
     void cursorsFollowDisplay();
+    void panelGoesWithItsRow();
     void rowsThatComeLater();
     void removedRowTakesItsCursors();
     void copiesMeasurement();
+    void tellsOfGap();
     void followsFilter();
     void textsOfMeasurements_data();
     void textsOfMeasurements();
@@ -275,6 +278,23 @@ void MeasuringTest::cursorsFollowDisplay()
     QVERIFY(std::abs(bench.overlay()->marks().anchor - lineAt(5)) <= 2);
 }
 
+void MeasuringTest::panelGoesWithItsRow()
+{
+    Bench bench;
+    bench.tool->setOn(true);
+    bench.drag(0, 10, 20);
+    QVERIFY(!bench.overlay()->marks().entries.isEmpty());
+
+    bench.view.setMinimumRowHeight(300);
+    QScrollBar *bar = bench.area()->verticalScrollBar();
+    QTRY_VERIFY(bar->maximum() > 400);
+    bar->setValue(bar->maximum());
+    QVERIFY(bench.overlay()->marks().entries.isEmpty());
+    QVERIFY(!bench.overlay()->marks().isEmpty());
+    bar->setValue(0);
+    QVERIFY(!bench.overlay()->marks().entries.isEmpty());
+}
+
 void MeasuringTest::rowsThatComeLater()
 {
     Bench bench;
@@ -308,6 +328,21 @@ void MeasuringTest::copiesMeasurement()
     const QString copied = QGuiApplication::clipboard()->text();
     QVERIFY(copied.startsWith(bench.tool->text()));
     QVERIFY(copied.contains("2024-01-05T00:00:1"));
+}
+
+void MeasuringTest::tellsOfGap()
+{
+    Bench bench;
+    bench.view.setTimeRange(0, 2 * Seconds);
+    bench.tool->setOn(true);
+    bench.drag(0, 10, 20);
+    QVERIFY(bench.overlay()->marks().warning.isEmpty());
+    bench.drag(0, 30, 50);
+    QVERIFY(bench.overlay()->marks().warning.contains("gap"));
+    QVERIFY(bench.tool->text().contains("gap"));
+    bench.drag(0, 50, 60);
+    QVERIFY(bench.tool->text().contains("no data"));
+    QVERIFY(!bench.tool->text().contains("RMS"));
 }
 
 void MeasuringTest::followsFilter()

@@ -134,6 +134,8 @@ int TabWidget::addTab(QWidget *page, const QIcon &icon, const QString &label)
     if (isKnown)
         takePage(page);
     insertPage(_widgets.size(), page);
+    // Also a page of addWidget(), which the list does not know.
+    page->removeEventFilter(this);
     if (wasDetached)
         unmakeWindow(page);
     const int tab = QTabWidget::addTab(page, icon, label);
