@@ -43,4 +43,17 @@ inline QRect rectOtherThan(const QImage &image, const QRect &area, const QColor 
     return rectOf(image, area, [&](QRgb pixel) { return pixel != color.rgb(); });
 }
 
+/** Smallest rectangle that holds all pixels in which two pictures of one size differ. */
+inline QRect rectOfDifference(const QImage &a, const QImage &b)
+{
+    QRect result;
+    for (int y = 0; y < a.height(); ++y) {
+        for (int x = 0; x < a.width(); ++x) {
+            if (a.pixel(x, y) != b.pixel(x, y))
+                result |= QRect(x, y, 1, 1);
+        }
+    }
+    return result;
+}
+
 } // namespace Ink

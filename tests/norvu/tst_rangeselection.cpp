@@ -35,18 +35,7 @@ public:
         _empty = Ink::picture(*this);
     }
 
-    QRect bandRect()
-    {
-        const QImage now = Ink::picture(*this);
-        QRect result;
-        for (int y = 0; y < now.height(); ++y) {
-            for (int x = 0; x < now.width(); ++x) {
-                if (now.pixel(x, y) != _empty.pixel(x, y))
-                    result |= QRect(x, y, 1, 1);
-            }
-        }
-        return result;
-    }
+    QRect bandRect() { return Ink::rectOfDifference(_empty, Ink::picture(*this)); }
 
 private:
     QImage _empty;
@@ -61,7 +50,6 @@ class RangeSelectionTest : public QObject
 private slots:
     void showsBandWhileDragging();
     void bandCanBeHidden();
-    void equalTimesShowNone();
     void bandStandsBesideAxis();
 };
 
@@ -88,6 +76,9 @@ void RangeSelectionTest::showsBandWhileDragging()
     QCOMPARE(spy.count(), 1);
     QVERIFY(spy[0][0].value<Time>() == Start + TimeSpan(25.0));
     QVERIFY(spy[0][1].value<Time>() == Start + TimeSpan(60.0));
+
+    widget.onChangingTimeRange(Start + TimeSpan(40.0), Start + TimeSpan(40.0));
+    QVERIFY(widget.bandRect().isEmpty());
 }
 
 void RangeSelectionTest::bandCanBeHidden()
@@ -102,13 +93,6 @@ void RangeSelectionTest::bandCanBeHidden()
     QCOMPARE(widget.bandRect().right(), 140);
 }
 
-void RangeSelectionTest::equalTimesShowNone()
-{
-    Selecting<> widget;
-    widget.onChangingTimeRange(Start + TimeSpan(40.0), Start + TimeSpan(40.0));
-    QVERIFY(widget.bandRect().isEmpty());
-}
-
 void RangeSelectionTest::bandStandsBesideAxis()
 {
     Selecting<> widget;
@@ -116,13 +100,9 @@ void RangeSelectionTest::bandStandsBesideAxis()
     widget.setAxisWidth(60);
     const QImage before = Ink::picture(widget);
     widget.onChangingTimeRange(Start + TimeSpan(10.0), Start + TimeSpan(30.0));
-    const QImage after = Ink::picture(widget);
-    const int left = widget.canvasOffset() + 20;
-    QCOMPARE(left, 80);
-    QVERIFY(before.pixel(left - 1, 20) == after.pixel(left - 1, 20));
-    QVERIFY(before.pixel(left, 20) != after.pixel(left, 20));
-    QVERIFY(before.pixel(left + 40, 20) != after.pixel(left + 40, 20));
-    QVERIFY(before.pixel(left + 41, 20) == after.pixel(left + 41, 20));
+    const QRect band = Ink::rectOfDifference(before, Ink::picture(widget));
+    QCOMPARE(band.left(), 80);
+    QCOMPARE(band.width(), 41);
 }
 
 QTEST_MAIN(RangeSelectionTest)

@@ -31,15 +31,7 @@ QRect annotationRect(VRuler &ruler, const QString &text)
     ruler.setAnnotation(QString());
     const QImage without = Ink::picture(ruler);
     ruler.setAnnotation(text);
-    const QImage with = Ink::picture(ruler);
-    QRect result;
-    for (int y = 0; y < with.height(); ++y) {
-        for (int x = 0; x < with.width(); ++x) {
-            if (with.pixel(x, y) != without.pixel(x, y))
-                result |= QRect(x, y, 1, 1);
-        }
-    }
-    return result;
+    return Ink::rectOfDifference(without, Ink::picture(ruler));
 }
 
 } // namespace
