@@ -1,0 +1,83 @@
+#include <norvu/gui/recordspectrogram.h>
+
+#include <tellarix/core/records/record.h>
+#include <tellarix/core/records/typedarray.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+using Tellarix::Core::Time;
+using Tellarix::Core::TimeSpan;
+
+namespace Norvu {
+namespace Gui {
+
+template <typename T>
+RecordSpectrogram<T>::RecordSpectrogram() = default;
+
+template <typename T>
+RecordSpectrogram<T>::RecordSpectrogram(const SpectrogramSettings &settings)
+    : Spectrogram<T>(settings)
+{}
+
+template <typename T>
+RecordSpectrogram<T>::~RecordSpectrogram() = default;
+
+template <typename T>
+void RecordSpectrogram<T>::feed(const Tellarix::Record *record)
+{
+    if (!record || !record->hasEndTime())
+        return;
+    if (!_started) {
+        this->setSamplingFrequency(record->samplingFrequency());
+        _started = true;
+        _startTime = record->startTime();
+    }
+    if (const auto samples = Tellarix::TypedArray<T>::From(record->dataArray()))
+        this->pushData(samples->size(), samples->typedData());
+    _endTime = record->endTime();
+}
+
+template <typename T>
+int RecordSpectrogram<T>::mapTime(const Time &time) const
+{
+    constexpr double Least = std::numeric_limits<int>::min();
+    constexpr double Most = std::numeric_limits<int>::max();
+    const double column = (time - _startTime).length() * this->samplingFrequency();
+    return static_cast<int>(std::clamp(column, Least, Most));
+}
+
+template <typename T>
+void RecordSpectrogram<T>::trim(const Time &start, const Time &end)
+{
+    trimData(mapTime(start), mapTime(end), nullptr);
+}
+
+template <typename T>
+void RecordSpectrogram<T>::trimData(int first, int last, int *firstKept)
+{
+    const auto length = [this](int columns) {
+        return TimeSpan(columns / this->samplingFrequency());
+    };
+    int kept = 0;
+    Spectrogram<T>::trimData(first, last, &kept);
+    if (kept > 0)
+        _startTime += length(kept);
+    _endTime = _startTime + length(this->columns());
+    if (firstKept)
+        *firstKept = kept;
+}
+
+template <typename T>
+void RecordSpectrogram<T>::resetted()
+{
+    _started = false;
+    _startTime = _endTime = Time();
+}
+
+template class RecordSpectrogram<float>;
+template class RecordSpectrogram<double>;
+
+} // namespace Gui
+} // namespace Norvu

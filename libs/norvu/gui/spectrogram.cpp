@@ -1,0 +1,315 @@
+#include <norvu/gui/spectrogram.h>
+
+#include <norvu/gui/iirenvelope_p.h>
+
+#include <tellarix/core/math/average.h>
+#include <tellarix/core/math/butterworth.h>
+#include <tellarix/core/math/chainfilter.h>
+#include <tellarix/core/math/extrema.h>
+#include <tellarix/core/math/runningmean.h>
+#include <tellarix/core/records/typedarray.h>
+
+#include <QtGlobal>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <memory>
+
+using namespace Tellarix::Math::Filtering;
+
+namespace Norvu {
+namespace Gui {
+
+namespace {
+
+constexpr int Order = 4;
+
+/** Truncated to int; the ends of its range for what lies beyond. */
+int toColumns(double value)
+{
+    constexpr double Most = std::numeric_limits<int>::max();
+    return value < Most ? static_cast<int>(value) : std::numeric_limits<int>::max();
+}
+
+template <typename T>
+InPlaceFilter<T> *freshClone(const InPlaceFilter<T> &filter)
+{
+    InPlaceFilter<T> *clone = filter.clone();
+    clone->setSamplingFrequency(0);
+    return clone;
+}
+
+} // namespace
+
+template <typename T>
+Spectrogram<T>::Spectrogram() = default;
+
+template <typename T>
+Spectrogram<T>::Spectrogram(const SpectrogramSettings &settings)
+{
+    init(settings);
+}
+
+template <typename T>
+Spectrogram<T>::~Spectrogram()
+{
+    clearData();
+}
+
+template <typename T>
+void Spectrogram<T>::init(const SpectrogramSettings &settings)
+{
+    _settings = settings;
+    _minimum = 0;
+    _maximum = 0;
+    initFilters();
+    resetted();
+}
+
+template <typename T>
+void Spectrogram<T>::initFrom(const Spectrogram<T> &other)
+{
+    if (&other == this)
+        return reset();
+
+    clearData();
+    _settings = other._settings;
+    for (const InPlaceFilter<T> *filter : other._filters)
+        _filters.push_back(freshClone(*filter));
+    _rows = static_cast<int>(_filters.size());
+    resetted();
+}
+
+template <typename T>
+void Spectrogram<T>::addFilter(double lowHz, double highHz, double highPassSeconds)
+{
+    auto chain = std::make_unique<ChainFilter<T>>();
+    chain->add(new RunningMeanHighPass<T>(highPassSeconds, 0.0));
+    chain->add(new IIR::ButterworthBandpass<T>(Order, lowHz, highHz, 0.0));
+    chain->add(new IIREnvelope<T>(static_cast<T>(std::sqrt(lowHz * highHz))));
+    chain->add(new Average<T>(1.0 / lowHz, 0.0));
+    if (_samplingFrequency > 0)
+        chain->setSamplingFrequency(_samplingFrequency);
+    _filters.push_back(chain.release());
+}
+
+template <typename T>
+void Spectrogram<T>::initFilters()
+{
+    clearData();
+    const bool isPeriods = _settings.mode == SpectrogramSettings::Periods;
+    if (!isPeriods && _settings.mode != SpectrogramSettings::Frequencies)
+        return;
+
+    _rows = 0;
+    if (_settings.bands < 1)
+        return;
+
+    const bool isLogarithmic = _settings.logarithmic;
+    const double begin = isLogarithmic ? std::log(_settings.lower) : _settings.lower;
+    const double end = isLogarithmic ? std::log(_settings.upper) : _settings.upper;
+    const double span = end - begin;
+    const double width = span / _settings.divisions;
+    const double step = _settings.bands > 1 ? (span - width) / (_settings.bands - 1) : 0.0;
+    // By the shortest period of a frequency axis, but by the longest one of a period axis.
+    const double greater = std::max(_settings.lower, _settings.upper);
+    const double highPass = isPeriods ? greater : 1.0 / greater;
+    for (int i = 0; i < _settings.bands; ++i) {
+        double low = i * step + begin;
+        double high = low + width;
+        if (isLogarithmic) {
+            low = std::exp(low);
+            high = std::exp(high);
+        }
+        if (isPeriods) {
+            low = 1.0 / low;
+            high = 1.0 / high;
+        }
+        if (low > high)
+            std::swap(low, high);
+        addFilter(low, high, highPass);
+    }
+    _rows = static_cast<int>(_filters.size());
+}
+
+template <typename T>
+void Spectrogram<T>::setMaximumSeconds(double seconds)
+{
+    _maximumSeconds = seconds;
+    if (_samplingFrequency > 0)
+        _maxColumns = updatedLimit();
+}
+
+template <typename T>
+void Spectrogram<T>::setSamplingFrequency(double samplingFrequency)
+{
+    _samplingFrequency = samplingFrequency;
+    for (InPlaceFilter<T> *filter : _filters)
+        filter->setSamplingFrequency(samplingFrequency);
+    _maxColumns = updatedLimit();
+}
+
+template <typename T>
+int Spectrogram<T>::updatedLimit() const
+{
+    return _maximumSeconds > 0 ? toColumns(_maximumSeconds * _samplingFrequency) : -1;
+}
+
+template <typename T>
+bool Spectrogram<T>::reallocate(int columns)
+{
+    const size_t values = static_cast<size_t>(columns) * static_cast<size_t>(_rows);
+    T *data = static_cast<T *>(std::realloc(_data, std::max<size_t>(values, 1) * sizeof(T)));
+    if (!data) {
+        qWarning("Spectrogram: no memory for %d columns of %d bands", columns, _rows);
+        return false;
+    }
+    _data = data;
+    return true;
+}
+
+template <typename T>
+void Spectrogram<T>::pushData(int n, const T *samples)
+{
+    if (n < 1)
+        return;
+
+    const bool isLimited = _maxColumns > 0;
+    const int skip = isLimited ? std::max(0, n - _maxColumns) : 0;
+    const int64_t wanted = int64_t(skip ? 0 : _columns) + (n - skip);
+    const int64_t most = isLimited ? _maxColumns : std::numeric_limits<int>::max();
+    const int newColumns = static_cast<int>(std::min(wanted, most));
+    if (!isLimited && wanted > most) {
+        qWarning("Spectrogram: no more than %d columns are possible", newColumns);
+        return;
+    }
+
+    const bool isFresh = !_data;
+    if ((isFresh || newColumns != _columns) && !reallocate(newColumns))
+        return;
+    bool wrapped = false;
+    if (isFresh) {
+        _front = _head = 0;
+        _minimum = std::numeric_limits<double>::infinity();
+        _maximum = -_minimum;
+    } else if (_head >= newColumns) {
+        _head %= newColumns;
+        wrapped = true;
+    }
+    _columns = newColumns;
+
+    const size_t rows = static_cast<size_t>(_rows);
+    const size_t total = static_cast<size_t>(newColumns) * rows;
+    const size_t bands = std::min(rows, _filters.size());
+    double localMin = std::numeric_limits<double>::infinity();
+    double localMax = -localMin;
+    if (!bands)
+        localMin = localMax = 0;
+    Tellarix::TypedArray<T> scratch;
+    for (size_t r = 0; r < bands; ++r) {
+        scratch.setData(n, samples);
+        T *values = scratch.typedData();
+        _filters[r]->apply(n, values);
+        const auto widen = [&](T value) {
+            if (!std::isfinite(value))
+                return;
+            localMin = std::min(localMin, static_cast<double>(value));
+            localMax = std::max(localMax, static_cast<double>(value));
+        };
+        if (r == 0)
+            widen(values[0]);
+        size_t index = static_cast<size_t>(_head) * rows + r;
+        for (int i = skip; i < n; ++i, index += rows) {
+            if (index >= total)
+                index -= total;
+            _data[index] = values[i];
+            widen(values[i]);
+        }
+    }
+    _minimum = std::min(_minimum, localMin);
+    _maximum = std::max(_maximum, localMax);
+
+    const int64_t head = int64_t(_head) + n;
+    _head = static_cast<int>(isLimited ? head % _maxColumns : head);
+    if (isLimited && head >= _maxColumns && wrapped && _head > _front)
+        _front = _head;
+}
+
+template <typename T>
+void Spectrogram<T>::reset()
+{
+    resetData();
+    for (InPlaceFilter<T> *&filter : _filters) {
+        InPlaceFilter<T> *clone = freshClone(*filter);
+        delete filter;
+        filter = clone;
+    }
+    resetted();
+}
+
+template <typename T>
+void Spectrogram<T>::resetData()
+{
+    std::free(_data);
+    _data = nullptr;
+    _columns = _front = _head = 0;
+}
+
+template <typename T>
+void Spectrogram<T>::clearFilters()
+{
+    for (InPlaceFilter<T> *filter : _filters)
+        delete filter;
+    _filters.clear();
+}
+
+template <typename T>
+void Spectrogram<T>::clearData()
+{
+    clearFilters();
+    resetData();
+}
+
+template <typename T>
+void Spectrogram<T>::trimData(int first, int last, int *firstKept)
+{
+    if (firstKept)
+        *firstKept = 0;
+    if (last < 1 || _columns <= first)
+        return resetData();
+    if (first >= last || !_data)
+        return;
+
+    const int begin = std::max(first, 0);
+    const int kept = std::min(_columns, last) - begin;
+    if (firstKept)
+        *firstKept = begin;
+    const size_t rows = static_cast<size_t>(_rows);
+    if (begin > 0)
+        std::memmove(_data, _data + begin * rows, kept * rows * sizeof(T));
+    if (kept == _columns)
+        return;
+
+    reallocate(kept);
+    _columns = _head = kept;
+    _front = 0;
+    T minimum, maximum;
+    if (Tellarix::Math::findExtrema(_data, kept * rows, minimum, maximum)) {
+        _minimum = static_cast<double>(minimum);
+        _maximum = static_cast<double>(maximum);
+    }
+}
+
+template <typename T>
+void Spectrogram<T>::resetted()
+{}
+
+template class Spectrogram<float>;
+template class Spectrogram<double>;
+
+} // namespace Gui
+} // namespace Norvu

@@ -1,0 +1,118 @@
+#pragma once
+
+#include <norvu/api.h>
+#include <norvu/gui/spectrogramsettings.h>
+
+#include <tellarix/core/baseobject.h>
+#include <tellarix/core/math/filter.h>
+
+#include <vector>
+
+namespace Norvu {
+namespace Gui {
+
+/**
+ * Turns evenly spaced samples into a time/frequency matrix by a bank of band-pass filters, each
+ * followed by an envelope and a moving average.
+ *
+ * Each sample gives one column and each band one row, so that samples can be pushed in blocks of
+ * any length without a window: the matrix doesn't depend on how a signal is cut. Values are
+ * envelope amplitudes in the unit of the samples. A sample that is not finite gives a column of
+ * not-a-number and is otherwise passed over; the range of values takes no notice of it.
+ *
+ * There are instances for `float` and `double`; arithmetic and state are in double in both. A
+ * spectrogram belongs to one thread at a time.
+ */
+template <typename T>
+class NORVU_GUI_API Spectrogram : public Tellarix::Core::BaseObject
+{
+public:
+    Spectrogram();
+    explicit Spectrogram(const SpectrogramSettings &settings);
+    Spectrogram(const Spectrogram &) = delete;
+    Spectrogram &operator=(const Spectrogram &) = delete;
+    ~Spectrogram() override;
+
+    /** Drops everything and builds the bank of @p settings; the sampling frequency stays. */
+    void init(const SpectrogramSettings &settings);
+    /** Drops everything and takes settings and bank of @p other over, but neither its data nor
+     *  its sampling frequency, which has to be set again. */
+    void initFrom(const Spectrogram<T> &other);
+    /**
+     * Appends a band: a running-mean high-pass, a band-pass of order 4, an envelope about the
+     * geometric mean of the corners and a moving average over the longest period of the band.
+     * For initFilters(), which sets the number of rows afterwards.
+     * @param lowHz, highHz    corners of the band in ascending order
+     * @param highPassSeconds  length of the running mean that is subtracted
+     */
+    void addFilter(double lowHz, double highHz, double highPassSeconds);
+    /** Drops the data and builds the bank from the settings in force. */
+    void initFilters();
+    const SpectrogramSettings &settings() const { return _settings; }
+
+    /**
+     * Limits the matrix to the latest columns: once full it is a ring, which data() shows in the
+     * order of storage. Takes effect with the next pushData().
+     * @param seconds  0 and below for no limit
+     */
+    void setMaximumSeconds(double seconds);
+    /** Sampling frequency in Hz; resets the filters. To be set before the first pushData(). */
+    void setSamplingFrequency(double samplingFrequency);
+    double samplingFrequency() const { return _samplingFrequency; }
+
+    /** Filters @p n samples and appends as many columns; n below 1 does nothing. If there is not
+     *  enough memory, this is logged and nothing happens. */
+    void pushData(int n, const T *samples);
+
+    /** The matrix of rows() x columns(), column by column: band r of column c stands at index
+     *  c * rows() + r. Null while empty; valid until the next change. */
+    const T *data() const { return _data; }
+    int columns() const { return _columns; }
+    int rows() const { return _rows; }
+    /** Smallest and largest value; values that a ring has overwritten still count. */
+    double minimum() const { return _minimum; }
+    double maximum() const { return _maximum; }
+    bool isNull() const { return _columns == 0; }
+
+    /** Drops the data and the state of the filters, which have no sampling frequency then. */
+    void reset();
+    /** Drops the data; the state of the filters and the range of values stay. */
+    void resetData();
+    /** Drops data and filters. */
+    void clearData();
+
+    /**
+     * Keeps the columns from @p first up to, but not including, @p last and works out the range of
+     * values anew. Nothing happens if @p first is not below @p last, unless the matrix ends before
+     * @p first or @p last is below 1: then all data is dropped. Not for a ring.
+     * @param firstKept  may be null; set to the old number of the first column kept, else to 0
+     */
+    virtual void trimData(int first, int last, int *firstKept);
+    /** Called at the end of init(), initFrom() and reset(). */
+    virtual void resetted();
+
+private:
+    void clearFilters();
+    bool reallocate(int columns);
+    int updatedLimit() const;
+
+    /** One ChainFilter for each band, owned. */
+    std::vector<Tellarix::Math::Filtering::InPlaceFilter<T> *> _filters;
+    T *_data{nullptr};
+    int _maxColumns{-1};
+    int _columns{0};
+    int _front{0};
+    int _head{0};
+    int _rows{0};
+    double _samplingFrequency{0};
+    double _maximumSeconds{-1};
+    double _minimum{0};
+    double _maximum{0};
+    SpectrogramSettings _settings;
+};
+
+extern template class Spectrogram<float>;
+extern template class Spectrogram<double>;
+
+} // namespace Gui
+} // namespace Norvu

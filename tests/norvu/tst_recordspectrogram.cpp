@@ -1,0 +1,146 @@
+#include "core/recordtesting.h"
+
+#include <norvu/gui/recordspectrogram.h>
+
+#include <QtTest>
+
+#include <memory>
+
+using namespace Norvu::Gui;
+using namespace RecordTesting;
+using Core::Time;
+
+namespace {
+
+/** A spectrogram of a ramp of 100 samples at 10 Hz that begins at the time base. */
+std::unique_ptr<RecordSpectrogram<float>> fedSpectrogram()
+{
+    SpectrogramSettings settings;
+    settings.fromString("freqs(1,4,2,3)");
+    auto spectrogram = std::make_unique<RecordSpectrogram<float>>(settings);
+    spectrogram->feed(ramp(0, 60, 10).get());
+    spectrogram->feed(ramp(6, 40, 10).get());
+    return spectrogram;
+}
+
+} // namespace
+
+class RecordSpectrogramTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void convertsSamples();
+    void keepsTimeOfRecords();
+    void mapsTimesToColumns_data();
+    void mapsTimesToColumns();
+    void trimsByTime_data();
+    void trimsByTime();
+    void takesNewTimeBaseAfterReset();
+    void passesOverRecordsWithoutSamples();
+};
+
+void RecordSpectrogramTest::convertsSamples()
+{
+    const auto spectrogram = fedSpectrogram();
+    Spectrogram<float> plain(spectrogram->settings());
+    plain.setSamplingFrequency(10);
+    std::vector<float> samples;
+    for (int i = 0; i < 100; ++i)
+        samples.push_back(float(i < 60 ? i : i - 60));
+    plain.pushData(100, samples.data());
+    QCOMPARE(spectrogram->columns(), 100);
+    QVERIFY(spectrogram->maximum() > 0);
+    QVERIFY(std::equal(plain.data(), plain.data() + 300, spectrogram->data()));
+}
+
+void RecordSpectrogramTest::keepsTimeOfRecords()
+{
+    const auto spectrogram = fedSpectrogram();
+    QCOMPARE(spectrogram->startTime(), at(0));
+    QCOMPARE(spectrogram->endTime(), at(10));
+
+    // The rate of later records is not looked at, their end is.
+    spectrogram->feed(ramp(10.02, 100, 100).get());
+    QCOMPARE(spectrogram->samplingFrequency(), 10.0);
+    QCOMPARE(spectrogram->columns(), 200);
+    QCOMPARE(spectrogram->endTime(), at(11.02));
+}
+
+void RecordSpectrogramTest::mapsTimesToColumns_data()
+{
+    QTest::addColumn<double>("seconds");
+    QTest::addColumn<int>("column");
+    QTest::newRow("start") << 0.0 << 0;
+    QTest::newRow("within a sample") << 2.59 << 25;
+    QTest::newRow("end") << 10.0 << 100;
+    QTest::newRow("less than a sample before") << -0.09 << 0;
+    QTest::newRow("before") << -1.25 << -12;
+    QTest::newRow("years later") << 3E9 << std::numeric_limits<int>::max();
+}
+
+void RecordSpectrogramTest::mapsTimesToColumns()
+{
+    QFETCH(double, seconds);
+    QTEST(fedSpectrogram()->mapTime(at(seconds)), "column");
+}
+
+void RecordSpectrogramTest::trimsByTime_data()
+{
+    QTest::addColumn<double>("start");
+    QTest::addColumn<double>("end");
+    QTest::addColumn<double>("newStart");
+    QTest::addColumn<int>("columns");
+    QTest::newRow("wider") << -3.0 << 20.0 << 0.0 << 100;
+    QTest::newRow("from the middle") << 2.55 << 20.0 << 2.5 << 75;
+    QTest::newRow("to the middle") << -1.0 << 4.0 << 0.0 << 40;
+    QTest::newRow("behind all") << 10.0 << 20.0 << 0.0 << 0;
+    QTest::newRow("before all") << -20.0 << -10.0 << 0.0 << 0;
+}
+
+void RecordSpectrogramTest::trimsByTime()
+{
+    QFETCH(double, start);
+    QFETCH(double, end);
+    QFETCH(double, newStart);
+    QFETCH(int, columns);
+    const auto spectrogram = fedSpectrogram();
+    spectrogram->trim(at(start), at(end));
+    QCOMPARE(spectrogram->columns(), columns);
+    QCOMPARE(spectrogram->isNull(), columns == 0);
+    QCOMPARE(spectrogram->startTime(), at(newStart));
+    QCOMPARE(spectrogram->endTime(), at(newStart + columns / 10.0));
+}
+
+void RecordSpectrogramTest::takesNewTimeBaseAfterReset()
+{
+    const auto spectrogram = fedSpectrogram();
+    const std::vector<float> first(spectrogram->data(), spectrogram->data() + 180);
+    spectrogram->reset();
+    QVERIFY(!spectrogram->startTime().valid());
+    QVERIFY(!spectrogram->endTime().valid());
+    spectrogram->feed(ramp(50, 60, 20).get());
+    QCOMPARE(spectrogram->samplingFrequency(), 20.0);
+    QCOMPARE(spectrogram->startTime(), at(50));
+
+    spectrogram->reset();
+    spectrogram->feed(ramp(90, 60, 10).get());
+    QVERIFY(std::equal(first.begin(), first.end(), spectrogram->data()));
+}
+
+void RecordSpectrogramTest::passesOverRecordsWithoutSamples()
+{
+    SpectrogramSettings settings;
+    settings.fromString("freqs(1,4,2,3)");
+    RecordSpectrogram<double> spectrogram(settings);
+    spectrogram.feed(nullptr);
+    spectrogram.feed(makeRecord(at(0), 0, arrayOf<int>({1, 2, 3})).get());
+    QVERIFY(!spectrogram.startTime().valid());
+    spectrogram.feed(makeRecord(at(5), 10, nullptr).get());
+    QVERIFY(spectrogram.isNull());
+    QCOMPARE(spectrogram.endTime(), at(5));
+}
+
+QTEST_APPLESS_MAIN(RecordSpectrogramTest)
+
+#include "tst_recordspectrogram.moc"

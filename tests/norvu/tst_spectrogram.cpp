@@ -1,0 +1,606 @@
+#include <norvu/gui/iirenvelope_p.h>
+#include <norvu/gui/spectrogram.h>
+
+#include <QtTest>
+
+#include <algorithm>
+#include <cmath>
+#include <complex>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+using namespace Norvu::Gui;
+
+namespace {
+
+constexpr double Pi = 3.14159265358979323846;
+constexpr double NaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double Infinity = std::numeric_limits<double>::infinity();
+
+struct Band
+{
+    double low;
+    double high;
+};
+using Bands = std::vector<Band>;
+using Real = long double;
+using Signal = std::vector<Real>;
+
+SpectrogramSettings settingsOf(const std::string &text)
+{
+    SpectrogramSettings settings;
+    if (!settings.fromString(text))
+        qFatal("%s: wrong settings", text.c_str());
+    return settings;
+}
+
+template <typename T>
+Tellarix::Core::SmartPointer<Spectrogram<T>> spectrogramOf(const std::string &text, double rate)
+{
+    auto *spectrogram = new Spectrogram<T>(settingsOf(text));
+    spectrogram->setSamplingFrequency(rate);
+    return spectrogram;
+}
+
+/** Noise of all periods with a few bursts, about an offset. */
+template <typename T>
+std::vector<T> noise(int n, unsigned seed = 1)
+{
+    std::mt19937 random(seed);
+    std::normal_distribution<double> step;
+    std::vector<T> samples;
+    double slow = 0;
+    for (int i = 0; i < n; ++i) {
+        slow = 0.999 * slow + step(random);
+        const double burst = i % 9000 < 300 ? 50.0 : 1.0;
+        samples.push_back(static_cast<T>(700.0 + 3.0 * slow + burst * step(random)));
+    }
+    return samples;
+}
+
+template <typename T>
+std::vector<T> matrixOf(const Spectrogram<T> &spectrogram)
+{
+    const size_t size = size_t(spectrogram.columns()) * size_t(spectrogram.rows());
+    return {spectrogram.data(), spectrogram.data() + size};
+}
+
+// The plain form of a band, with sums from prefix sums and each pole by itself.
+
+Signal runningMean(const Signal &x, double seconds, double rate)
+{
+    const size_t length = std::max<size_t>(1, size_t(std::lround(seconds * rate)));
+    Signal sums{0};
+    for (const Real v : x)
+        sums.push_back(sums.back() + v);
+    Signal result;
+    for (size_t i = 1; i <= x.size(); ++i) {
+        const size_t count = std::min(i, length);
+        result.push_back((sums[i] - sums[i - count]) / Real(count));
+    }
+    return result;
+}
+
+Signal bandpass(const Signal &x, Band band, double rate)
+{
+    using Complex = std::complex<Real>;
+    const Real low = std::tan(Real(Pi) * band.low / rate);
+    const Real high = std::tan(Real(Pi) * band.high / rate);
+    const Complex centre = std::polar(Real(1), 2 * std::atan(std::sqrt(low * high)));
+    Signal result = x;
+    for (int k = 0; k < 4; ++k) {
+        const Complex prototype = std::polar(Real(1), Real(Pi) * (2 * k + 5) / 8);
+        const Complex half = Real(0.5) * prototype * (high - low);
+        const Complex root = std::sqrt(half * half - low * high);
+        // Of all eight poles those above the real axis; the others are their conjugates.
+        const Complex s = (half + root).imag() > 0 ? half + root : half - root;
+        const Complex z = (Real(1) + s) / (Real(1) - s);
+        const Real gain =
+            std::abs((centre - z) * (centre - std::conj(z)) / (centre * centre - Real(1)));
+        Complex first = 0, second = 0;
+        Real last = 0, beforeLast = 0;
+        for (Real &v : result) {
+            first = gain * (v - beforeLast) + z * first;
+            second = first + std::conj(z) * second;
+            beforeLast = last;
+            last = v;
+            v = second.real();
+        }
+    }
+    return result;
+}
+
+Signal plainBand(const Signal &x, Band band, double highPassSeconds, double rate)
+{
+    Signal signal = x;
+    const Signal mean = runningMean(x, highPassSeconds, rate);
+    for (size_t i = 0; i < x.size(); ++i)
+        signal[i] -= mean[i];
+    signal = bandpass(signal, band, rate);
+    const Real gain = rate / (2 * Real(Pi) * std::sqrt(Real(band.low) * band.high));
+    Real last = 0;
+    for (Real &v : signal) {
+        const Real slope = gain * (v - last);
+        last = v;
+        v = std::sqrt(v * v + slope * slope);
+    }
+    return runningMean(signal, 1.0 / band.low, rate);
+}
+
+/** Largest difference of a matrix from the plain form, in parts of each band's maximum. */
+template <typename T>
+double worstError(const Spectrogram<T> &spectrogram, const std::vector<T> &samples,
+                  const Bands &bands, double highPassSeconds)
+{
+    const Signal x(samples.begin(), samples.end());
+    Real worst = 0;
+    for (size_t r = 0; r < bands.size(); ++r) {
+        const Signal y = plainBand(x, bands[r], highPassSeconds, spectrogram.samplingFrequency());
+        const Real maximum = *std::max_element(y.begin(), y.end());
+        for (size_t c = 0; c < y.size(); ++c) {
+            const Real error = std::abs(spectrogram.data()[c * bands.size() + r] - y[c]) / maximum;
+            if (!(error <= worst))
+                worst = error;
+        }
+    }
+    return double(worst);
+}
+
+Bands logarithmicPeriods(double lower, double upper, int divisions, int count)
+{
+    Bands bands;
+    const double width = std::pow(upper / lower, 1.0 / divisions);
+    const double step = std::pow(upper / lower / width, 1.0 / (count - 1));
+    for (int i = 0; i < count; ++i) {
+        const double shortest = lower * std::pow(step, i);
+        bands.push_back({1.0 / (shortest * width), 1.0 / shortest});
+    }
+    return bands;
+}
+
+template <typename T>
+void compareWithPlainForm(double tolerance)
+{
+    const auto samples = noise<T>(60000);
+    const auto spectrogram = spectrogramOf<T>("periods_log(0.1,100,10,21)", 100);
+    for (size_t first = 0; first < samples.size(); first += 500)
+        spectrogram->pushData(500, samples.data() + first);
+    QCOMPARE(spectrogram->rows(), 21);
+    QCOMPARE(spectrogram->columns(), 60000);
+    const double error =
+        worstError(*spectrogram, samples, logarithmicPeriods(0.1, 100, 10, 21), 100);
+    QVERIFY2(error <= tolerance, qPrintable(QString::number(error)));
+
+    const auto values = matrixOf(*spectrogram);
+    const auto range = std::minmax_element(values.begin(), values.end());
+    QCOMPARE(spectrogram->minimum(), double(*range.first));
+    QCOMPARE(spectrogram->maximum(), double(*range.second));
+}
+
+/** Number of the sample that made each column of @p ring, by comparison with all columns. */
+std::vector<int> sourcesOf(const Spectrogram<double> &ring, const Spectrogram<double> &all)
+{
+    const auto rows = size_t(all.rows());
+    std::vector<int> sources;
+    for (int c = 0; c < ring.columns(); ++c) {
+        const double *column = ring.data() + size_t(c) * rows;
+        int source = -1;
+        for (int i = 0; i < all.columns() && source < 0; ++i) {
+            if (std::equal(column, column + rows, all.data() + size_t(i) * rows))
+                source = i;
+        }
+        sources.push_back(source);
+    }
+    return sources;
+}
+
+} // namespace
+
+Q_DECLARE_METATYPE(Bands)
+Q_DECLARE_METATYPE(std::vector<int>)
+
+class SpectrogramTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void readsSettings_data();
+    void readsSettings();
+    void laysOutBands_data();
+    void laysOutBands();
+    void makesEmptyBanks_data();
+    void makesEmptyBanks();
+    void scalesEnvelopeByFrequency_data();
+    void scalesEnvelopeByFrequency();
+    void agreesWithPlainForm();
+    void doesNotDependOnCuts();
+    void followsSweptSine();
+    void respondsToPulseAndNotToConstant();
+    void passesOverSamplesThatAreNotFinite();
+    void keepsLatestColumnsInRing_data();
+    void keepsLatestColumnsInRing();
+    void countsFirstFilteredSampleInRange();
+    void trims_data();
+    void trims();
+    void startsAfresh();
+};
+
+void SpectrogramTest::readsSettings_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<bool>("isRead");
+    QTest::addColumn<QString>("fields");
+    QTest::newRow("log periods") << "periods_log(0.1,100,10,64)" << true << "1 1 0.1 100 10 64";
+    QTest::newRow("case, blanks") << " PERIODS_LOG (1, 10 ,2,4)" << true << "1 1 1 10 2 4";
+    QTest::newRow("linear periods") << "periods(1,10,2,4)" << true << "1 0 1 10 2 4";
+    QTest::newRow("log frequencies") << "freqs_log(1,10,2,4)" << true << "0 1 1 10 2 4";
+    QTest::newRow("text behind") << "Freqs(10,1,2,4) | lowpass(1)" << true << "0 0 10 1 2 4";
+    QTest::newRow("no bracket") << "freqs" << false << "7 1 8 9 5 6";
+    QTest::newRow("unknown name") << "freq(1,10,2,4)" << false << "7 1 8 9 5 6";
+    QTest::newRow("not closed") << "freqs(1,10,2,4" << false << "0 0 8 9 5 6";
+    QTest::newRow("empty") << "freqs()" << false << "0 0 8 9 5 6";
+    QTest::newRow("three numbers") << "freqs(1,10,2)" << false << "0 0 8 9 5 6";
+    QTest::newRow("five numbers") << "freqs(1,10,2,4,5)" << false << "0 0 8 9 5 6";
+    QTest::newRow("empty token") << "freqs(1,10,,4)" << false << "0 0 1 10 5 6";
+    QTest::newRow("no whole number") << "freqs(1,10,2,4.5)" << false << "0 0 1 10 2 6";
+    QTest::newRow("no divisions") << "freqs(1,10,0,4)" << false << "0 0 1 10 0 4";
+    QTest::newRow("negative") << "freqs(-1,10,2,4)" << false << "0 0 -1 10 2 4";
+}
+
+void SpectrogramTest::readsSettings()
+{
+    QFETCH(QString, text);
+    SpectrogramSettings s;
+    QCOMPARE(s.mode, 1);
+    s.mode = 7;
+    s.logarithmic = true;
+    s.lower = 8;
+    s.upper = 9;
+    s.divisions = 5;
+    s.bands = 6;
+    QTEST(s.fromString(text.toStdString()), "isRead");
+    const QString fields = QStringLiteral("%1 %2 %3 %4 %5 %6")
+                               .arg(s.mode)
+                               .arg(s.logarithmic)
+                               .arg(s.lower)
+                               .arg(s.upper)
+                               .arg(s.divisions)
+                               .arg(s.bands);
+    QTEST(fields, "fields");
+}
+
+void SpectrogramTest::laysOutBands_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<Bands>("bands");
+    QTest::addColumn<double>("highPassSeconds");
+    QTest::newRow("frequencies") << "freqs(1,10,2,3)" << Bands{{1, 5.5}, {3.25, 7.75}, {5.5, 10}}
+                                 << 0.1;
+    const double root = std::sqrt(10.0);
+    QTest::newRow("log periods") << "periods_log(1,100,2,3)"
+                                 << Bands{{0.1, 1}, {0.1 / root, 1 / root}, {0.01, 0.1}} << 100.0;
+    QTest::newRow("log frequencies") << "freqs_log(1,16,4,2)" << Bands{{1, 2}, {8, 16}} << 0.0625;
+    QTest::newRow("descending periods")
+        << "periods(10,1,3,2)" << Bands{{0.1, 1 / 7.0}, {0.25, 1}} << 10.0;
+    QTest::newRow("one band") << "freqs(2,10,4,1)" << Bands{{2, 4}} << 0.1;
+    QTest::newRow("one band of the whole axis") << "freqs(2,10,1,1)" << Bands{{2, 10}} << 0.1;
+    QTest::newRow("more bands than lanes")
+        << "periods_log(0.2,20,5,19)" << logarithmicPeriods(0.2, 20, 5, 19) << 20.0;
+}
+
+void SpectrogramTest::laysOutBands()
+{
+    QFETCH(QString, text);
+    QFETCH(Bands, bands);
+    QFETCH(double, highPassSeconds);
+    const auto samples = noise<double>(3000);
+    const auto spectrogram = spectrogramOf<double>(text.toStdString(), 50);
+    QCOMPARE(spectrogram->rows(), int(bands.size()));
+    spectrogram->pushData(3000, samples.data());
+    const double error = worstError(*spectrogram, samples, bands, highPassSeconds);
+    QVERIFY2(error < 1E-9, qPrintable(QString::number(error)));
+}
+
+void SpectrogramTest::makesEmptyBanks_data()
+{
+    QTest::addColumn<int>("mode");
+    QTest::addColumn<int>("bands");
+    QTest::newRow("unknown mode") << 2 << 4;
+    QTest::newRow("negative mode") << -1 << 4;
+    QTest::newRow("no bands") << 1 << 0;
+}
+
+void SpectrogramTest::makesEmptyBanks()
+{
+    SpectrogramSettings settings = settingsOf("periods(1,10,2,4)");
+    QFETCH(int, mode);
+    settings.mode = mode;
+    QFETCH(int, bands);
+    settings.bands = bands;
+    Spectrogram<float> spectrogram(settings);
+    spectrogram.setSamplingFrequency(10);
+    const auto samples = noise<float>(100);
+    spectrogram.pushData(60, samples.data());
+    spectrogram.pushData(40, samples.data() + 60);
+    QCOMPARE(spectrogram.rows(), 0);
+    QCOMPARE(spectrogram.columns(), 100);
+    QCOMPARE(spectrogram.minimum(), 0.0);
+    QCOMPARE(spectrogram.maximum(), 0.0);
+}
+
+void SpectrogramTest::scalesEnvelopeByFrequency_data()
+{
+    QTest::addColumn<double>("frequency");
+    QTest::addColumn<double>("samplingFrequency");
+    QTest::addColumn<double>("gain");
+    QTest::newRow("1 Hz") << 1.0 << 100.0 << 100.0 / (2 * Pi);
+    QTest::newRow("100 s") << 0.01 << 20.0 << 1000.0 / Pi;
+    QTest::newRow("no sampling frequency") << 1.0 << 0.0 << 0.0;
+    QTest::newRow("no frequency") << 0.0 << 100.0 << 0.0;
+    QTest::newRow("not a frequency") << NaN << 100.0 << 0.0;
+}
+
+void SpectrogramTest::scalesEnvelopeByFrequency()
+{
+    QFETCH(double, frequency);
+    QFETCH(double, samplingFrequency);
+    QFETCH(double, gain);
+    IIREnvelope<double> envelope(frequency);
+    QCOMPARE(envelope.gain(), 0.0);
+    double samples[] = {-3, 5, NaN, 5, 4};
+    envelope.setSamplingFrequency(samplingFrequency);
+    envelope.apply(5, samples);
+    const double expected[] = {std::hypot(3, 3 * gain), std::hypot(5, 8 * gain), NaN, 5.0,
+                               std::hypot(4, gain)};
+    for (int i = 0; i < 5; ++i)
+        QCOMPARE(samples[i], expected[i]);
+
+    const IIREnvelope<float> single(float(frequency), samplingFrequency);
+    QVERIFY(std::abs(single.gain() - gain) <= 2E-7 * gain);
+    const std::unique_ptr<Tellarix::Math::Filtering::InPlaceFilter<float>> clone(single.clone());
+    QCOMPARE(static_cast<IIREnvelope<float> *>(clone.get())->gain(), 0.0F);
+}
+
+void SpectrogramTest::agreesWithPlainForm()
+{
+    compareWithPlainForm<double>(1E-9);
+    compareWithPlainForm<float>(1E-5);
+}
+
+void SpectrogramTest::doesNotDependOnCuts()
+{
+    const auto samples = noise<float>(12000);
+    const auto whole = spectrogramOf<float>("periods_log(0.1,40,10,21)", 100);
+    whole->pushData(12000, samples.data());
+    const auto expected = matrixOf(*whole);
+    std::mt19937 random(7);
+    for (const int longest : {3, 110, 5000}) {
+        const auto cut = spectrogramOf<float>("periods_log(0.1,40,10,21)", 100);
+        for (int done = 0; done < 12000;) {
+            const int n = std::min(12000 - done, 1 + int(random() % unsigned(longest)));
+            cut->pushData(n, samples.data() + done);
+            done += n;
+        }
+        QVERIFY(matrixOf(*cut) == expected);
+        QCOMPARE(cut->minimum(), whole->minimum());
+        QCOMPARE(cut->maximum(), whole->maximum());
+    }
+}
+
+void SpectrogramTest::followsSweptSine()
+{
+    // From 10 Hz to 0.1 Hz in 600 s, in equal times for equal ratios, and on for the delays.
+    constexpr double Rate = 50, Length = 700;
+    const double slope = std::log(100.0) / 600;
+    std::vector<float> samples;
+    for (int i = 0; i < Length * Rate; ++i)
+        samples.push_back(float(std::sin(20 * Pi / slope * (1 - std::exp(-slope * i / Rate)))));
+    const auto spectrogram = spectrogramOf<float>("periods_log(0.1,10,10,17)", Rate);
+    spectrogram->pushData(int(samples.size()), samples.data());
+
+    const Bands bands = logarithmicPeriods(0.1, 10, 10, 17);
+    const auto rows = bands.size();
+    for (size_t r = 0; r < rows; ++r) {
+        // The ridge is broad and flat, so its middle is the centroid of the energy.
+        double energy = 0, moment = 0;
+        for (size_t c = 0; c < samples.size(); ++c) {
+            const double value = double(spectrogram->data()[c * rows + r]);
+            energy += value * value;
+            moment += value * value * double(c);
+        }
+        const double ridge = moment / energy / Rate;
+        const Band band = bands[r];
+        const double crossing = std::log(10.0 / std::sqrt(band.low * band.high)) / slope;
+        // Delays of a Butterworth filter of order 4 and of the moving average.
+        const double delay = 2.613 / (Pi * (band.high - band.low)) + 0.5 / band.low;
+        const double error = ridge - crossing - delay;
+        QVERIFY2(std::abs(error) < 5.0,
+                 qPrintable(QStringLiteral("row %1 is off by %2 s").arg(r).arg(error)));
+    }
+}
+
+void SpectrogramTest::respondsToPulseAndNotToConstant()
+{
+    constexpr int Pulse = 1500;
+    std::vector<double> samples(4000, 20.0);
+    const auto quiet = spectrogramOf<double>("periods_log(0.1,10,5,9)", 50);
+    quiet->pushData(4000, samples.data());
+    QCOMPARE(quiet->minimum(), 0.0);
+    QCOMPARE(quiet->maximum(), 0.0);
+
+    samples[Pulse] = 120.0;
+    const auto spectrogram = spectrogramOf<double>("periods_log(0.1,10,5,9)", 50);
+    spectrogram->pushData(4000, samples.data());
+    const auto values = matrixOf(*spectrogram);
+    const auto isPositive = [](double value) { return value > 0; };
+    const auto first = std::find_if(values.begin(), values.end(), isPositive);
+    QCOMPARE(int(first - values.begin()), Pulse * 9);
+    QVERIFY(std::all_of(first, first + 9, isPositive));
+}
+
+void SpectrogramTest::passesOverSamplesThatAreNotFinite()
+{
+    const auto samples = noise<float>(8000);
+    const auto clean = spectrogramOf<float>("periods_log(0.1,20,5,11)", 100);
+    clean->pushData(8000, samples.data());
+    auto odd = samples;
+    std::vector<int> places{0, 90, 91, 500, 4095, 4096, 8005};
+    for (const int place : places)
+        odd.insert(odd.begin() + place, float(place % 2 ? -Infinity : NaN));
+    const auto spectrogram = spectrogramOf<float>("periods_log(0.1,20,5,11)", 100);
+    spectrogram->pushData(500, odd.data());
+    spectrogram->pushData(int(odd.size()) - 500, odd.data() + 500);
+
+    auto values = matrixOf(*spectrogram);
+    for (auto place = places.rbegin(); place != places.rend(); ++place) {
+        const auto column = values.begin() + *place * 11;
+        QVERIFY(std::all_of(column, column + 11, [](float v) { return std::isnan(v); }));
+        values.erase(column, column + 11);
+    }
+    QVERIFY(values == matrixOf(*clean));
+    QCOMPARE(spectrogram->minimum(), clean->minimum());
+    QCOMPARE(spectrogram->maximum(), clean->maximum());
+}
+
+void SpectrogramTest::keepsLatestColumnsInRing_data()
+{
+    using Numbers = std::vector<int>;
+    QTest::addColumn<Numbers>("before");
+    QTest::addColumn<Numbers>("pushes");
+    QTest::addColumn<Numbers>("sources");
+    QTest::newRow("not full") << Numbers{} << Numbers{4, 3} << Numbers{0, 1, 2, 3, 4, 5, 6};
+    QTest::newRow("just full") << Numbers{} << Numbers{4, 6}
+                               << Numbers{0, 1, 2, 3, 4, 5, 6, 7, 8, 9};
+    QTest::newRow("wraps in a push")
+        << Numbers{} << Numbers{4, 4, 4} << Numbers{10, 11, 2, 3, 4, 5, 6, 7, 8, 9};
+    QTest::newRow("wraps between pushes")
+        << Numbers{} << Numbers{10, 2} << Numbers{10, 11, 2, 3, 4, 5, 6, 7, 8, 9};
+    QTest::newRow("goes round twice")
+        << Numbers{} << Numbers{7, 7, 7, 2} << Numbers{20, 21, 22, 13, 14, 15, 16, 17, 18, 19};
+    QTest::newRow("more than the limit")
+        << Numbers{} << Numbers{25} << Numbers{15, 16, 17, 18, 19, 20, 21, 22, 23, 24};
+    QTest::newRow("moves on by the whole push")
+        << Numbers{} << Numbers{25, 3} << Numbers{15, 16, 17, 18, 19, 25, 26, 27, 23, 24};
+    QTest::newRow("limit set later")
+        << Numbers{36} << Numbers{3} << Numbers{0, 1, 2, 3, 4, 5, 36, 37, 38, 9};
+}
+
+void SpectrogramTest::keepsLatestColumnsInRing()
+{
+    QFETCH(std::vector<int>, before);
+    QFETCH(std::vector<int>, pushes);
+    const auto samples = noise<double>(60);
+    const auto all = spectrogramOf<double>("freqs(1,4,2,3)", 10);
+    all->pushData(60, samples.data());
+    const auto ring = spectrogramOf<double>("freqs(1,4,2,3)", 10);
+    int done = 0;
+    const auto push = [&](int n) {
+        ring->pushData(n, samples.data() + done);
+        done += n;
+    };
+    std::for_each(before.begin(), before.end(), push);
+    ring->setMaximumSeconds(1.0);
+    std::for_each(pushes.begin(), pushes.end(), push);
+    QTEST(sourcesOf(*ring, *all), "sources");
+}
+
+void SpectrogramTest::countsFirstFilteredSampleInRange()
+{
+    std::vector<double> samples(400, 0.0);
+    for (int i = 0; i < 40; ++i)
+        samples[size_t(i)] = i % 4 < 2 ? 100 : -100;
+    const auto all = spectrogramOf<double>("freqs(1,4,1,1)", 10);
+    all->pushData(400, samples.data());
+    const auto ring = spectrogramOf<double>("freqs(1,4,1,1)", 10);
+    ring->setMaximumSeconds(2);
+    ring->pushData(40, samples.data());
+    ring->resetData();
+    QVERIFY(ring->isNull());
+    QVERIFY(ring->maximum() > 0);
+    ring->pushData(360, samples.data() + 40);
+    QCOMPARE(ring->columns(), 20);
+    QCOMPARE(ring->maximum(), all->data()[40]);
+    QVERIFY(ring->data()[0] < 1E-3 * ring->maximum());
+}
+
+void SpectrogramTest::trims_data()
+{
+    QTest::addColumn<int>("first");
+    QTest::addColumn<int>("last");
+    QTest::addColumn<int>("kept");
+    QTest::addColumn<int>("columns");
+    QTest::newRow("all") << 0 << 100 << 0 << 100;
+    QTest::newRow("beyond all") << -5 << 105 << 0 << 100;
+    QTest::newRow("front") << 30 << 100 << 30 << 70;
+    QTest::newRow("end") << 0 << 60 << 0 << 60;
+    QTest::newRow("both") << 99 << 100 << 99 << 1;
+    QTest::newRow("empty") << 50 << 50 << 0 << 100;
+    QTest::newRow("reversed") << 60 << 50 << 0 << 100;
+    QTest::newRow("behind all") << 100 << 101 << 0 << 0;
+    QTest::newRow("before all") << -9 << 0 << 0 << 0;
+}
+
+void SpectrogramTest::trims()
+{
+    QFETCH(int, first);
+    QFETCH(int, last);
+    QFETCH(int, kept);
+    QFETCH(int, columns);
+    const auto samples = noise<float>(150);
+    const auto all = spectrogramOf<float>("freqs(1,4,2,3)", 10);
+    all->pushData(150, samples.data());
+    const auto whole = matrixOf(*all);
+    const auto trimmed = spectrogramOf<float>("freqs(1,4,2,3)", 10);
+    trimmed->pushData(100, samples.data());
+    int firstKept = -1;
+    trimmed->trimData(first, last, &firstKept);
+    QCOMPARE(firstKept, kept);
+    QCOMPARE(trimmed->columns(), columns);
+    QCOMPARE(trimmed->data() == nullptr, columns == 0);
+    std::vector<float> expected(whole.begin() + kept * 3, whole.begin() + (kept + columns) * 3);
+    QVERIFY(matrixOf(*trimmed) == expected);
+    if (columns) {
+        const auto range = std::minmax_element(expected.begin(), expected.end());
+        QCOMPARE(trimmed->minimum(), double(*range.first));
+        QCOMPARE(trimmed->maximum(), double(*range.second));
+    }
+
+    // The filters go on whatever became of the matrix.
+    trimmed->pushData(50, samples.data() + 100);
+    expected.insert(expected.end(), whole.begin() + 300, whole.end());
+    QVERIFY(matrixOf(*trimmed) == expected);
+}
+
+void SpectrogramTest::startsAfresh()
+{
+    const auto samples = noise<float>(3000);
+    const auto original = spectrogramOf<float>("periods_log(0.2,10,4,7)", 50);
+    original->pushData(3000, samples.data());
+    const auto expected = matrixOf(*original);
+
+    Spectrogram<float> copy;
+    copy.initFrom(*original);
+    QVERIFY(copy.isNull());
+    QCOMPARE(copy.rows(), 7);
+    QCOMPARE(copy.samplingFrequency(), 0.0);
+    copy.pushData(1, samples.data());
+    QCOMPARE(matrixOf(copy), std::vector<float>(7, samples[0]));
+    copy.resetData();
+    copy.setSamplingFrequency(50);
+    copy.pushData(3000, samples.data());
+    QVERIFY(matrixOf(copy) == expected);
+
+    original->reset();
+    QVERIFY(original->isNull());
+    original->pushData(1, samples.data());
+    QCOMPARE(matrixOf(*original), std::vector<float>(7, samples[0]));
+    original->init(settingsOf("periods_log(0.2,10,4,7)"));
+    original->pushData(3000, samples.data());
+    QVERIFY(matrixOf(*original) == expected);
+}
+
+QTEST_APPLESS_MAIN(SpectrogramTest)
+
+#include "tst_spectrogram.moc"
