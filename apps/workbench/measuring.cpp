@@ -135,21 +135,24 @@ void MeasuringTool::turn(bool on)
 void MeasuringTool::watchRows()
 {
     // The contents tell of rows that come later.
-    _scrollArea->widget()->installEventFilter(this);
+    _contents = _scrollArea->widget();
+    _contents->installEventFilter(this);
     for (const Trace *row : _view->items())
         row->recordWidget()->installEventFilter(this);
 }
 
 void MeasuringTool::ignoreRows()
 {
-    _scrollArea->widget()->removeEventFilter(this);
+    if (_contents)
+        _contents->removeEventFilter(this);
+    _contents = nullptr;
     for (const Trace *row : _view->items())
         row->recordWidget()->removeEventFilter(this);
 }
 
 bool MeasuringTool::eventFilter(QObject *watched, QEvent *event)
 {
-    if (watched == _scrollArea->widget()) {
+    if (watched == _contents) {
         if (event->type() == QEvent::ChildPolished)
             watchRows();
         else if (event->type() == QEvent::Resize || event->type() == QEvent::LayoutRequest)
@@ -163,25 +166,33 @@ bool MeasuringTool::eventFilter(QObject *watched, QEvent *event)
     auto *widget = qobject_cast<RecordWidget *>(watched);
     if (!widget)
         return false;
-    auto *mouseEvent = static_cast<QMouseEvent *>(event);
     switch (event->type()) {
     case QEvent::MouseButtonPress:
     case QEvent::MouseButtonDblClick:
-        return press(widget, mouseEvent);
+        return press(widget, static_cast<QMouseEvent *>(event));
     case QEvent::MouseMove:
-        _isDragging = _isDragging && mouseEvent->buttons().testFlag(Qt::LeftButton);
-        if (_isDragging)
-            dragTo(mouseEvent->globalPos());
-        return _isDragging;
+        return move(static_cast<QMouseEvent *>(event));
     case QEvent::MouseButtonRelease:
-        if (_isDragging && mouseEvent->button() == Qt::LeftButton) {
-            _isDragging = false;
-            return true;
-        }
-        return _isDragging;
+        return release(static_cast<QMouseEvent *>(event));
     default:
         return false;
     }
+}
+
+bool MeasuringTool::move(QMouseEvent *event)
+{
+    _isDragging = _isDragging && event->buttons().testFlag(Qt::LeftButton);
+    if (_isDragging)
+        dragTo(event->globalPos());
+    return _isDragging;
+}
+
+bool MeasuringTool::release(QMouseEvent *event)
+{
+    const bool wasDragging = _isDragging;
+    if (event->button() == Qt::LeftButton)
+        _isDragging = false;
+    return wasDragging;
 }
 
 bool MeasuringTool::press(RecordWidget *widget, const QMouseEvent *event)

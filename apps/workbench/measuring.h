@@ -5,6 +5,7 @@
 #include <QObject>
 #include <QPair>
 #include <QPoint>
+#include <QPointer>
 #include <QString>
 #include <QVector>
 
@@ -88,6 +89,8 @@ private:
     void watchRows();
     void ignoreRows();
     bool press(Tellarix::Gui::RecordWidget *widget, const QMouseEvent *event);
+    bool move(QMouseEvent *event);
+    bool release(QMouseEvent *event);
     void dragTo(const QPoint &globalPosition);
     Norvu::Gui::Trace *rowAt(const QPoint &globalPosition) const;
     void setMeasured(Norvu::Gui::Trace *row);
@@ -96,6 +99,7 @@ private:
 
     Norvu::Gui::TraceView *_view;
     QScrollArea *_scrollArea;
+    QPointer<QWidget> _contents; /**< watched for rows that come later */
     MeasuringOverlay *_overlay;
     QAction *_measureAction;
     QAction *_copyAction;

@@ -289,7 +289,7 @@ void RecordWidget::mouseReleaseEvent(QMouseEvent *event)
         emit markerMoved(this, marker);
     } else if (drag == Drag::Select) {
         const auto [start, end] =
-            std::minmax(unmapTime(_dragStart.x()), unmapTime(clampedToCanvas(event->pos().x())));
+            std::minmax({unmapTime(_dragStart.x()), unmapTime(clampedToCanvas(event->pos().x()))});
         emit selectedTimeRange(start, end);
     } else if (isClick(_dragStart, event->pos())) {
         emit clickedOnTime(unmapTime(_dragStart.x()));

@@ -45,7 +45,8 @@ char *RecordScanner::reserve(size_t size)
     consume(_used);
     _used = 0;
     if (_end + size > _buffer.size()) {
-        std::memmove(_buffer.data(), _buffer.data() + _begin, _end - _begin);
+        if (_end > _begin)
+            std::memmove(_buffer.data(), _buffer.data() + _begin, _end - _begin);
         _end -= _begin;
         _begin = 0;
     }
