@@ -1,5 +1,6 @@
 #include "pictureexport.h"
 
+#include <norvu/gui/multitracewidget.h>
 #include <norvu/gui/trace.h>
 #include <norvu/gui/traceview.h>
 #include <tellarix/qt/records/timescale.h>
@@ -15,6 +16,7 @@
 #include <algorithm>
 
 using namespace Tellarix;
+using Norvu::Gui::MultiTraceWidget;
 using Norvu::Gui::Trace;
 using Norvu::Gui::TraceView;
 
@@ -46,27 +48,42 @@ QString titleOf(const TraceView &view)
              QString::fromStdString(window.endTime().toString(format)));
 }
 
+/** What stands between title and time scale: the rows, or the overview in their place. */
+QVector<QWidget *> shownParts(const TraceView &view)
+{
+    auto *overview = view.findChild<MultiTraceWidget *>();
+    if (overview && overview->isActive())
+        return {overview};
+
+    QVector<QWidget *> parts;
+    for (Trace *row : view.items()) {
+        if (!row->isHidden())
+            parts.append(row);
+    }
+    return parts;
+}
+
 /** Where the parts of a picture stand. */
 class Layout
 {
 public:
     explicit Layout(TraceView &view) : _view(view)
     {
-        for (Trace *row : view.items()) {
-            if (row->isHidden())
-                continue;
-            _rows.append(row);
-            _rowsHeight += row->height();
-            _width = std::max(_width, row->width());
+        if (view.count() > 0)
+            _parts = shownParts(view);
+        for (const QWidget *part : _parts) {
+            _height += part->height();
+            _width = std::max(_width, part->width());
         }
+        if (view.timeScale()->isVisibleTo(&view))
+            _scaleHeight = Trace::Spacing() + view.timeScale()->height();
     }
 
-    bool isEmpty() const { return _rows.isEmpty() || _width == 0 || _rowsHeight == 0; }
+    bool isEmpty() const { return _width == 0 || _height == 0; }
 
     QSize size() const
     {
-        return {_width + 2 * Margin,
-                rowsTop() + _rowsHeight + Trace::Spacing() + _view.timeScale()->height() + Margin};
+        return {_width + 2 * Margin, partsTop() + _height + _scaleHeight + Margin};
     }
 
     void draw(QPainter &painter) const
@@ -77,21 +94,19 @@ public:
         painter.fillRect(QRect(QPoint(), size()), isLight ? QColor(Qt::white) : base);
         drawTitle(painter);
 
-        QPoint position(Margin, rowsTop());
-        for (Trace *row : _rows) {
-            row->render(&painter, position, QRegion(), QWidget::DrawChildren);
-            position.ry() += row->height();
+        QPoint position(Margin, partsTop());
+        for (QWidget *part : _parts) {
+            part->render(&painter, position, QRegion(), QWidget::DrawChildren);
+            position.ry() += part->height();
         }
-
-        QWidget *scale = _view.timeScale();
-        const QWidget *contents = _rows.first()->parentWidget();
-        const int indent = scale->mapToGlobal(QPoint()).x() - contents->mapToGlobal(QPoint()).x();
-        scale->render(&painter, position + QPoint(indent, Trace::Spacing()), QRegion(),
-                      QWidget::DrawChildren);
+        if (_scaleHeight == 0)
+            return;
+        position += QPoint(Trace::Padding() + _view.rulerSpacing(), Trace::Spacing());
+        _view.timeScale()->render(&painter, position, QRegion(), QWidget::DrawChildren);
     }
 
 private:
-    int rowsTop() const { return Margin + _view.fontMetrics().height() + Margin; }
+    int partsTop() const { return Margin + _view.fontMetrics().height() + Margin; }
 
     void drawTitle(QPainter &painter) const
     {
@@ -103,9 +118,10 @@ private:
     }
 
     TraceView &_view;
-    QList<Trace *> _rows;
-    int _rowsHeight{0};
+    QVector<QWidget *> _parts;
+    int _height{0};
     int _width{0};
+    int _scaleHeight{0};
 };
 
 bool fail(QString *error, const QString &text)

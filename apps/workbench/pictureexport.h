@@ -13,7 +13,8 @@ namespace Workbench {
 
 /**
  * A picture of a trace view: the visible time range as a title, below it all rows, also those that
- * are scrolled out of sight, and the time scale. The background is white unless colours are dark.
+ * are scrolled out of sight, or the overview if that is shown, and the time scale. The background
+ * is white unless colours are dark.
  *
  * The view must have been laid out. Rows are as wide and high as they are on the screen.
  *

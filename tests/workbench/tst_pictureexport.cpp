@@ -2,6 +2,7 @@
 #include "pictureexport.h"
 #include "waveformtesting.h"
 
+#include <norvu/gui/multitracewidget.h>
 #include <tellarix/qt/records/timescale.h>
 
 #include <QAction>
@@ -93,6 +94,7 @@ private slots:
     void drawsRowsOutOfSight();
     void keepsTracesInTheirRows_data();
     void keepsTracesInTheirRows();
+    void drawsOverviewInPlaceOfRows();
     void writesPageOfPdf();
     void takesBackgroundOfPalette();
     void copiesPicture();
@@ -160,6 +162,25 @@ void TestPictureExport::keepsTracesInTheirRows()
     QVERIFY(!red.isEmpty());
     QVERIFY2(lastCanvas(view, size).contains(red),
              qPrintable(QString("%1 to %2").arg(red.top()).arg(red.bottom())));
+}
+
+void TestPictureExport::drawsOverviewInPlaceOfRows()
+{
+    View view;
+    auto *overview = new Norvu::Gui::MultiTraceWidget(&view);
+    overview->setActive(true);
+    QCoreApplication::processEvents();
+    QString error;
+    const QImage picture = pictureOf(view, &error);
+    QVERIFY(picture.height() < RowCount * 40);
+    QVERIFY(picture.height() > overview->height());
+    const QImage drawn = overview->grab().toImage().convertToFormat(QImage::Format_RGB32);
+    const QPoint place(8, picture.height() - 8 - view.timeScale()->height() - Trace::Spacing() -
+                              overview->height());
+    QCOMPARE(redArea(picture), redArea(drawn).translated(place));
+
+    view.setTimeScaleVisible(false);
+    QVERIFY(pictureOf(view, &error).height() < picture.height());
 }
 
 void TestPictureExport::writesPageOfPdf()
