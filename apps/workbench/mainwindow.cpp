@@ -5,6 +5,7 @@
 #include "filterbox.h"
 #include "measuring.h"
 #include "overviewmenu.h"
+#include "shortcutsdialog.h"
 #include "waveformpanel.h"
 #include "widgetgallery.h"
 
@@ -77,6 +78,7 @@ MainWindow::MainWindow(QWidget *parent) : QMainWindow(parent), _waveforms(new Wa
     createFilterBar();
     createTraceMenu();
     createOverviewMenu();
+    addShortcutsHelp(this);
     _waveforms->view()->setFocus();
 }
 
@@ -90,7 +92,7 @@ void MainWindow::createFileMenu()
     addExports(menu);
     menu->addSeparator();
     menu->addAction(tr("&Close all"), this, SLOT(closeAll()), QKeySequence::Close);
-    menu->addAction(tr("&Quit"), this, SLOT(close()), QKeySequence::Quit);
+    menu->addAction(tr("&Quit"), this, SLOT(close()), tr("Ctrl+Q"));
 }
 
 void MainWindow::addExports(QMenu *menu)
