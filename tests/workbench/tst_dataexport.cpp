@@ -1,11 +1,18 @@
 #include "dataexport.h"
+#include "exportactions.h"
 #include "waveformtesting.h"
 
 #include <tellarix/client/io/recordstream.h>
 #include <tellarix/core/math/runningmean.h>
 #include <tellarix/qt/records/timescale.h>
 
+#include <QAbstractButton>
+#include <QDialog>
 #include <QDir>
+#include <QMainWindow>
+#include <QMessageBox>
+#include <QSettings>
+#include <QTimer>
 
 #include <cstring>
 #include <limits>
@@ -101,6 +108,7 @@ private slots:
     void takesChosenWindow();
     void keepsOldFileWhenWritingFails();
     void keepsOldFileWhenCancelled();
+    void asksBeforeFilesAreReplaced();
     void summarisesOutcome();
 
 private:
@@ -112,6 +120,7 @@ private:
 void TestDataExport::initTestCase()
 {
     QLocale::setDefault(QLocale::c());
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, _folder.path());
 }
 
 void TestDataExport::givesBackEachSample_data()
@@ -286,6 +295,42 @@ void TestDataExport::keepsOldFileWhenCancelled()
     QCOMPARE(QDir(folder.path()).entryList(QDir::Files).size(), outcome.files.size());
     QVERIFY(outcome.files.size() > 0 && outcome.files.size() < data.sacFileNames().size());
     QVERIFY(outcome.messages.last().contains("cancelled"));
+}
+
+void TestDataExport::asksBeforeFilesAreReplaced()
+{
+    TraceView view;
+    addRow(view, {sawTooth("XX.AAA..HHZ", 0, 10, 100)});
+    view.resize(600, 300);
+    view.setAlignment(Start);
+    view.timeScale()->setSelection(0, 10);
+    QTemporaryDir folder;
+    const QString file = writeText(folder.filePath("XX.AAA..HHZ.2024-01-05T101112.sac"), "old");
+    QSettings().setValue("Workbench/exportFolder", folder.path());
+
+    QMainWindow owner;
+    ExportActions exports(&view, &owner);
+    QSignalSpy done(&exports, SIGNAL(done(QString)));
+    // First the dialog for the folder, which it starts in, then the question.
+    const auto answer = [&](const QString &buttonText) {
+        QTimer::singleShot(0, [buttonText] {
+            QTimer::singleShot(0, [buttonText] {
+                auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+                for (QAbstractButton *button : box->buttons()) {
+                    if (button->text().remove('&') == buttonText)
+                        button->click();
+                }
+            });
+            qobject_cast<QDialog *>(QApplication::activeModalWidget())->accept();
+        });
+        exports.askForSac();
+    };
+    answer("Cancel");
+    QCOMPARE(contentOf(file), QByteArray("old"));
+    QCOMPARE(done.size(), 0);
+    answer("Replace");
+    QCOMPARE(done.size(), 1);
+    QVERIFY(readBack({file}) == samplesOf({sawTooth("XX.AAA..HHZ", 0, 10, 100)}, window(0, 10)));
 }
 
 void TestDataExport::summarisesOutcome()

@@ -34,11 +34,13 @@ QList<QAction *> actionsWithKeys(const QMainWindow &window)
     return actions;
 }
 
+/** True if the action stands in a menu of the bar or in a submenu of one. */
 bool isInMenu(const QMenuBar &menuBar, const QAction *action)
 {
     for (const QWidget *widget : action->associatedWidgets()) {
         const auto *menu = qobject_cast<const QMenu *>(widget);
-        if (menu && menuBar.actions().contains(menu->menuAction()))
+        if (menu && (menuBar.actions().contains(menu->menuAction()) ||
+                     isInMenu(menuBar, menu->menuAction())))
             return true;
     }
     return false;
