@@ -45,6 +45,7 @@ namespace {
 
 constexpr auto SettingsGroup = "Workbench";
 constexpr int ProgressWidth = 220;
+constexpr int ProblemTime = 15000;
 constexpr int StatusMilliseconds = 20000;
 
 QStringList localFiles(const QMimeData *data)
@@ -151,7 +152,7 @@ void MainWindow::createFilterBar()
             SLOT(setFilterEnabled(bool)));
     connect(_waveforms->view(), SIGNAL(filteringProgress(int, int)), this,
             SLOT(showFilteringProgress(int, int)));
-    connect(_filterBox, SIGNAL(problem(QString)), statusBar(), SLOT(showMessage(QString)));
+    connect(_filterBox, SIGNAL(problem(QString)), this, SLOT(showProblem(QString)));
 }
 
 void MainWindow::createTraceMenu()
@@ -183,6 +184,11 @@ void MainWindow::createOverviewMenu()
 void MainWindow::setFilter(const QString &text)
 {
     tell(_waveforms->setFilter(text));
+}
+
+void MainWindow::showProblem(const QString &message)
+{
+    statusBar()->showMessage(message, ProblemTime);
 }
 
 void MainWindow::showFilteringProgress(int done, int total)
@@ -222,6 +228,7 @@ void MainWindow::createStatusBar()
     statusBar()->addWidget(_measurementLabel, 1);
     statusBar()->addPermanentWidget(_progressBar);
     statusBar()->addPermanentWidget(_rangeLabel);
+    connect(_waveforms, SIGNAL(problems(QStringList)), this, SLOT(tell(QStringList)));
     connect(_waveforms, SIGNAL(pointerText(QString)), _pointerLabel, SLOT(setText(QString)));
     connect(_waveforms, SIGNAL(rangeText(QString)), _rangeLabel, SLOT(setText(QString)));
     connect(_waveforms->measuringTool(), SIGNAL(measured(QString)), this,

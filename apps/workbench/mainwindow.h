@@ -72,6 +72,7 @@ private slots:
     void closeAll();
     void showMeasurement(const QString &text);
     void setFilter(const QString &text);
+    void showProblem(const QString &message);
     void showFilteringProgress(int done, int total);
 
 private:

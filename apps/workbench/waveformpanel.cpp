@@ -8,6 +8,7 @@
 #include <norvu/gui/traceview.h>
 #include <norvu/gui/vruler.h>
 #include <tellarix/core/math/filterparser.h>
+#include <tellarix/core/records/ringbuffer.h>
 #include <tellarix/qt/records/recordwidget.h>
 #include <tellarix/qt/records/timescale.h>
 
@@ -71,6 +72,7 @@ WaveformPanel::WaveformPanel(QWidget *parent)
     layout->addWidget(_view);
 
     _view->setBackgroundFiltering(true);
+    connect(_view, SIGNAL(loadDataRequested()), this, SLOT(reload()));
     connect(_view, SIGNAL(displayChanged(double, double, double)), this, SLOT(updateRangeText()));
 }
 
@@ -80,6 +82,9 @@ WaveformPanel::Outcome WaveformPanel::open(const QStringList &sources)
     const int before = _view->count();
     for (const QString &source : sources)
         load(source, outcome);
+    _sources += sources;
+    _sources.removeDuplicates();
+    markLoaded();
 
     for (int i = before; i < _view->count(); ++i)
         dress(_view->itemAt(i));
@@ -139,8 +144,41 @@ void WaveformPanel::alignTo(const Core::Time &time)
     _view->setVisibleTimeWindow(visible);
 }
 
+void WaveformPanel::reload()
+{
+    prepareResetRows();
+    Outcome outcome;
+    for (const QString &source : _sources)
+        load(source, outcome);
+    markLoaded();
+    collectStretches();
+    updateRangeText();
+    emit problems(outcome.messages);
+}
+
+/** Rows that were reset have lost their sequences, but still know their streams. */
+void WaveformPanel::prepareResetRows()
+{
+    for (Trace *row : _view->items()) {
+        for (const auto &binding : _view->bindingsFor(row)) {
+            if (!row->recordWidget()->records(binding.second))
+                row->recordWidget()->setRecords(binding.second, new RingBuffer(-1, 0.5), true);
+        }
+    }
+}
+
+void WaveformPanel::markLoaded()
+{
+    for (Trace *row : _view->items()) {
+        if (!row->isDataRequested())
+            _view->subscribedToData(row);
+    }
+    _view->updateToolbar();
+}
+
 void WaveformPanel::clear()
 {
+    _sources.clear();
     _view->clear();
     _stretches.clear();
     _distancesKm.clear();

@@ -64,6 +64,8 @@ public:
     const QVector<Tellarix::Core::TimeWindow> &stretches() const { return _stretches; }
 
 public slots:
+    /** Reads what was opened once more, into the rows that were reset and for what came since. */
+    void reload();
     void setCompact(bool compact);
     /** Local times below those in UTC. */
     void setLocalTimeShown(bool show);
@@ -74,6 +76,8 @@ public slots:
     void showPreviousStretch();
 
 signals:
+    /** Problems of a reload, one text each. */
+    void problems(const QStringList &messages);
     /** What is under the pointer, or nothing. */
     void pointerText(const QString &text);
     /** Which time is shown. */
@@ -88,6 +92,8 @@ private slots:
 
 private:
     void load(const QString &source, Outcome &outcome);
+    void prepareResetRows();
+    void markLoaded();
     void dress(Norvu::Gui::Trace *row);
     void collectStretches();
     void showNeighbour(int step);
@@ -97,6 +103,7 @@ private:
     Norvu::Gui::TraceView *_view;
     MeasuringTool *_measuringTool;
     Tellarix::Core::TimeWindow _window;
+    QStringList _sources;
     QVector<Tellarix::Core::TimeWindow> _stretches;
     QHash<QString, double> _distancesKm;
     bool _compact{false};

@@ -83,6 +83,7 @@ private slots:
     void wheelZoomsAboutPointer();
     void draggingPans();
     void goesFromStretchToStretch();
+    void reloadsResetRows();
 
 private:
     QTemporaryDir _folder;
@@ -204,6 +205,23 @@ void TestWorkbench::goesFromStretchToStretch()
     panel->showAllData();
     QVERIFY(panel->view()->visibleTimeWindow().contains(
         Core::TimeWindow(Start, Start + Core::TimeSpan(86400))));
+}
+
+void TestWorkbench::reloadsResetRows()
+{
+    MainWindow window;
+    window.setInteractive(false);
+    window.show();
+    QVERIFY(window.open({_file}));
+
+    auto *view = window.findChild<WaveformPanel *>()->view();
+    Norvu::Gui::Trace *row = view->itemAt(1);
+    view->select(row);
+    view->resetSelectedTraces();
+    QCOMPARE(row->recordWidget()->slotCount(), 0);
+    view->loadData();
+    QCOMPARE(row->recordWidget()->records(0)->size(),
+             view->itemAt(0)->recordWidget()->records(0)->size());
 }
 
 QTEST_MAIN(TestWorkbench)
