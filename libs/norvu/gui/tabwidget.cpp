@@ -7,7 +7,6 @@
 #include <QKeyEvent>
 #include <QScreen>
 
-#include <algorithm>
 #include <utility>
 
 namespace Norvu {
@@ -193,20 +192,13 @@ void TabWidget::detach(int index, const QPoint &position)
     emit detached(page);
 }
 
-/** Place in the list of the page with a tab; pages without tabs don't count for tabs. */
-int TabWidget::placeOfTab(int tab) const
-{
-    const int place = _widgets.indexOf(widget(tab));
-    return place >= 0 ? place : tab;
-}
-
 void TabWidget::updateIndices(int from, int to)
 {
     const int size = _widgets.size();
     if (from < 0 || from >= size || to < 0 || to >= size)
         return;
 
-    std::swap(_widgets[placeOfTab(from)], _widgets[placeOfTab(to)]);
+    std::swap(_widgets[from], _widgets[to]);
 }
 
 bool TabWidget::eventFilter(QObject *watched, QEvent *event)
@@ -225,27 +217,23 @@ bool TabWidget::eventFilter(QObject *watched, QEvent *event)
     return QTabWidget::eventFilter(watched, event);
 }
 
-/** Index at which a page gets its tab back: behind the nearest page before it that has one. */
+/** Index at which a page gets its tab back: its place in the list less that of pages before it
+ *  which have no tab, up to the nearest one that stands further left among the tabs. */
 int TabWidget::returnIndex(int place) const
 {
-    for (int index = place; index >= 1; --index) {
-        const int previousTab = indexOf(_widgets[index - 1]);
-        if (previousTab >= 0)
-            return previousTab + 1;
+    for (; place >= 1; --place) {
+        const int previousTab = indexOf(_widgets[place - 1]);
+        if (previousTab >= 0 && place > previousTab)
+            break;
     }
-    return std::min(place, 0);
+    return place;
 }
 
 void TabWidget::takeBack(QWidget *page)
 {
-    const int place = _widgets.indexOf(page);
     unmakeWindow(page);
-    const int tab = insertTab(returnIndex(place), page, page->windowIcon(), page->windowTitle());
-    // Other detached pages stay before and behind it, as they were.
-    if (place >= 0)
-        _widgets.move(_widgets.indexOf(page), place);
-
-    setCurrentIndex(tab);
+    const int index = returnIndex(_widgets.indexOf(page));
+    setCurrentIndex(insertTab(index, page, page->windowIcon(), page->windowTitle()));
     if (isHidden())
         show();
     emit attached(page);

@@ -59,7 +59,8 @@ public slots:
     /** Makes a window of the page with the tab at @p index, with its upper edge centred below
      *  @p position, in global coordinates; without such a tab nothing happens. */
     void detach(int index, const QPoint &position);
-    /** Exchanges the places of two pages in the list; called when a tab is moved. */
+    /** Exchanges the pages at two places of the list, if there are such; called when a tab is
+     *  moved. */
     void updateIndices(int from, int to);
 
 signals:
@@ -77,7 +78,6 @@ private:
     void unmakeWindow(QWidget *page);
     void insertPage(int index, QWidget *page);
     void takePage(QWidget *page);
-    int placeOfTab(int tab) const;
     int returnIndex(int place) const;
     void takeBack(QWidget *page);
 
