@@ -1,0 +1,471 @@
+#include <norvu/gui/gradienteditor.h>
+#include <norvu/gui/gradientwidget.h>
+
+#include <QColorDialog>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTableWidget>
+#include <QToolButton>
+#include <QtTest>
+
+#include <functional>
+
+using namespace Norvu::Gui;
+using Tellarix::Gui::Gradient;
+
+namespace {
+
+constexpr double Third = 1.0 / 3;
+
+Gradient stops()
+{
+    Gradient gradient;
+    gradient.setColorAt(0, Qt::red, QStringLiteral("low"));
+    gradient.setColorAt(Third, Qt::green);
+    gradient.setColorAt(1, Qt::blue, QStringLiteral("high"));
+    return gradient;
+}
+
+/** An editor, the number of its changes and short ways to its parts. */
+struct Bench
+{
+    Bench() : changes(&editor, &GradientEditor::gradientChanged)
+    {
+        editor.setGradient(stops());
+        editor.show();
+        bar = editor.findChild<GradientWidget *>();
+        key = child<QLineEdit>("editKey");
+    }
+
+    template <typename T>
+    T *child(const char *name) const
+    {
+        return editor.findChild<T *>(QString::fromLatin1(name));
+    }
+    QPoint handleOf(double at) const
+    {
+        const double span = editor.gradient().lastKey() - editor.gradient().firstKey();
+        const int x =
+            static_cast<int>((at - editor.gradient().firstKey()) * (bar->width() - 1) / span);
+        return QPoint(x, bar->height() - 2);
+    }
+    void click(double at, Qt::KeyboardModifiers modifiers = Qt::NoModifier) const
+    {
+        // Other than the pointer, a click of a test leaves no place behind.
+        QEvent leave(QEvent::Leave);
+        QApplication::sendEvent(bar, &leave);
+        QTest::mouseClick(bar, Qt::LeftButton, modifiers, handleOf(at));
+    }
+    void enterKey(const QString &text) const
+    {
+        key->setText(text);
+        QTest::keyClick(key, Qt::Key_Return);
+    }
+    QColor shownColor() const
+    {
+        return child<QToolButton>("btnColor")->palette().color(QPalette::Button);
+    }
+
+    GradientEditor editor;
+    GradientWidget *bar{nullptr};
+    QLineEdit *key{nullptr};
+    QSignalSpy changes;
+};
+
+/** Handles the next modal dialog of a type as soon as it is open. */
+template <typename Dialog>
+class Answer
+{
+public:
+    explicit Answer(std::function<void(Dialog &)> answer)
+    {
+        _timer.setInterval(0);
+        QObject::connect(&_timer, &QTimer::timeout, [this, answer] {
+            auto *dialog = qobject_cast<Dialog *>(QApplication::activeModalWidget());
+            if (!dialog)
+                return;
+            _timer.stop();
+            given = true;
+            answer(*dialog);
+        });
+        _timer.start();
+    }
+
+    bool given{false};
+
+private:
+    QTimer _timer;
+};
+
+using ColorAnswer = Answer<QColorDialog>;
+
+std::function<void(QColorDialog &)> choose(const QColor &color)
+{
+    return [color](QColorDialog &dialog) {
+        dialog.setCurrentColor(color);
+        dialog.accept();
+    };
+}
+
+std::function<void(QDialog &)> editTable(std::function<void(QTableWidget &)> edit,
+                                         bool accept = true)
+{
+    return [edit, accept](QDialog &dialog) {
+        edit(*dialog.findChild<QTableWidget *>());
+        for (auto *button : dialog.findChildren<QPushButton *>()) {
+            if (button->text() == (accept ? QLatin1String("OK") : QLatin1String("Cancel"))) {
+                button->click();
+                return;
+            }
+        }
+    };
+}
+
+/** Types into a cell as the user does. */
+void typeInto(QTableWidget &table, int row, int column, const QString &text)
+{
+    table.setCurrentCell(row, column);
+    table.editItem(table.item(row, column));
+    const QPointer<QLineEdit> edit = table.viewport()->findChild<QLineEdit *>();
+    QVERIFY(edit);
+    edit->setText(text);
+    QTest::keyClick(edit, Qt::Key_Return);
+    // The text is taken over by the event loop; the editor must not be found again.
+    QCoreApplication::processEvents();
+    delete edit;
+}
+
+} // namespace
+
+class TestGradientEditor : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void fieldsFollowSelection();
+    void keyFieldMovesStop_data();
+    void keyFieldMovesStop();
+    void refusesWhatIsNoNumber_data();
+    void refusesWhatIsNoNumber();
+    void doubleClickAddsStop_data();
+    void doubleClickAddsStop();
+    void doubleClickChangesColor();
+    void editsTag();
+    void tellsRemovalOfSelectedStopOnly();
+    void newGradientIgnoresPendingInput();
+    void switchesInterpolation();
+    void tableLeavesWhatWasNotEdited();
+    void tableAppliesEdits();
+    void selectionFollowsItsRow();
+    void tableReplacesStopOfEqualKey();
+    void tableEditsColors_data();
+    void tableEditsColors();
+    void tableRefusesWhatIsNoNumber();
+    void disabledEditorShowsTableReadOnly();
+};
+
+void TestGradientEditor::fieldsFollowSelection()
+{
+    Bench bench;
+    QVERIFY(!bench.key->isEnabled());
+    bench.click(Third);
+    QVERIFY(bench.key->isEnabled());
+    QCOMPARE(bench.key->text(), QStringLiteral("0.333333"));
+    QCOMPARE(bench.shownColor(), QColor(Qt::green));
+
+    bench.editor.setGradient(stops());
+    QVERIFY(!bench.key->isEnabled());
+    QCOMPARE(bench.key->text(), QString());
+    QCOMPARE(bench.shownColor(), bench.editor.palette().color(QPalette::Button));
+    QCOMPARE(bench.changes.size(), 0);
+}
+
+void TestGradientEditor::keyFieldMovesStop_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QList<double>>("keys");
+
+    QTest::newRow("another") << "0.75" << QList<double>({Third, 0.75, 1});
+    QTest::newRow("unchanged") << "0" << QList<double>({0, Third, 1});
+    QTest::newRow("exponent") << "-1e1" << QList<double>({-10, Third, 1});
+    QTest::newRow("on another stop") << "1" << QList<double>({Third, 1});
+}
+
+void TestGradientEditor::keyFieldMovesStop()
+{
+    QFETCH(QString, text);
+    QFETCH(QList<double>, keys);
+
+    Bench bench;
+    bench.click(0);
+    bench.enterKey(text);
+    QCOMPARE(bench.editor.gradient().keys(), keys);
+    QCOMPARE(bench.changes.size(), 1);
+    const auto stop = bench.editor.gradient().value(text.toDouble());
+    QCOMPARE(stop, qMakePair(QColor(Qt::red), QStringLiteral("low")));
+
+    // The moved stop is still the selected one.
+    bench.enterKey(QStringLiteral("7"));
+    QCOMPARE(bench.editor.gradient().value(7).second, QStringLiteral("low"));
+    QCOMPARE(bench.editor.gradient().size(), keys.size());
+}
+
+void TestGradientEditor::refusesWhatIsNoNumber_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::newRow("text") << "high";
+    QTest::newRow("not a number") << "nan";
+    QTest::newRow("infinite") << "inf";
+    QTest::newRow("empty") << "";
+}
+
+void TestGradientEditor::refusesWhatIsNoNumber()
+{
+    QFETCH(QString, text);
+
+    Bench bench;
+    bench.click(Third);
+    bench.key->setText(text);
+    QString message;
+    Answer<QMessageBox> answer([&](QMessageBox &box) {
+        message = box.windowTitle() + ": " + box.text();
+        box.accept();
+    });
+    // The field doesn't let such a text through; a style sheet or an input method might.
+    bench.editor.valueUpdated();
+    QCOMPARE(message, QStringLiteral("Error: Invalid number"));
+    QCOMPARE(bench.key->text(), QStringLiteral("0.333333"));
+    QCOMPARE(bench.editor.gradient(), stops());
+    QCOMPARE(bench.changes.size(), 0);
+}
+
+void TestGradientEditor::doubleClickAddsStop_data()
+{
+    QTest::addColumn<bool>("accepted");
+    QTest::newRow("accepted") << true;
+    QTest::newRow("cancelled") << false;
+}
+
+void TestGradientEditor::doubleClickAddsStop()
+{
+    QFETCH(bool, accepted);
+
+    Bench bench;
+    const QColor color(10, 20, 30, 40);
+    QColor offered;
+    ColorAnswer answer([&](QColorDialog &dialog) {
+        offered = dialog.currentColor();
+        dialog.setCurrentColor(color);
+        accepted ? dialog.accept() : dialog.reject();
+    });
+    const int x = (bench.bar->width() - 1) * 2 / 3;
+    const double key = bench.bar->mapPosToKey(x);
+    QTest::mouseDClick(bench.bar, Qt::LeftButton, Qt::NoModifier, QPoint(x, 3));
+    QVERIFY(answer.given);
+    QCOMPARE(offered, stops().colorAt(key));
+    QCOMPARE(bench.editor.gradient().size(), accepted ? 4 : 3);
+    QCOMPARE(bench.changes.size(), accepted ? 1 : 0);
+    QCOMPARE(bench.key->isEnabled(), accepted);
+    if (accepted) {
+        QCOMPARE(bench.editor.gradient().value(key), qMakePair(color, QString()));
+        QCOMPARE(bench.shownColor(), color);
+    }
+}
+
+void TestGradientEditor::doubleClickChangesColor()
+{
+    Bench bench;
+    bench.click(1);
+    ColorAnswer answer(choose(Qt::yellow));
+    QTest::mouseDClick(bench.bar, Qt::LeftButton, Qt::NoModifier, bench.handleOf(1));
+    QVERIFY(answer.given);
+    QCOMPARE(bench.editor.gradient().value(1),
+             qMakePair(QColor(Qt::yellow), QStringLiteral("high")));
+    QCOMPARE(bench.shownColor(), QColor(Qt::yellow));
+    QCOMPARE(bench.changes.size(), 1);
+}
+
+void TestGradientEditor::editsTag()
+{
+    Bench bench;
+    bench.click(1);
+    Answer<QDialog> answer([](QDialog &dialog) {
+        auto *edit = dialog.findChild<QLineEdit *>();
+        QCOMPARE(edit->text(), QStringLiteral("high"));
+        edit->setText(QStringLiteral("loud"));
+        QTest::keyClick(edit, Qt::Key_Return);
+    });
+    QTest::mouseClick(bench.child<QToolButton>("btnTag"), Qt::LeftButton);
+    QCOMPARE(bench.editor.gradient().value(1), qMakePair(QColor(Qt::blue), QStringLiteral("loud")));
+    QCOMPARE(bench.changes.size(), 1);
+}
+
+void TestGradientEditor::tellsRemovalOfSelectedStopOnly()
+{
+    Bench bench;
+    bench.click(Third);
+    bench.click(1, Qt::ControlModifier);
+    QCOMPARE(bench.editor.gradient().keys(), QList<double>({0, Third}));
+    QCOMPARE(bench.changes.size(), 0);
+    QVERIFY(bench.key->isEnabled());
+
+    bench.click(Third, Qt::ControlModifier);
+    QCOMPARE(bench.editor.gradient().keys(), QList<double>({0}));
+    QCOMPARE(bench.changes.size(), 1);
+    QVERIFY(!bench.key->isEnabled());
+    QCOMPARE(bench.key->text(), QString());
+}
+
+void TestGradientEditor::newGradientIgnoresPendingInput()
+{
+    Bench bench;
+    QApplication::setActiveWindow(&bench.editor);
+    bench.click(1);
+    bench.key->setFocus();
+    bench.key->setText(QStringLiteral("3"));
+    bench.editor.setGradient(stops());
+    QCOMPARE(bench.editor.gradient(), stops());
+    QCOMPARE(bench.changes.size(), 0);
+}
+
+void TestGradientEditor::switchesInterpolation()
+{
+    Bench bench;
+    const QImage mixed = bench.bar->grab().toImage();
+    bench.editor.setDiscrete(true);
+    QVERIFY(bench.editor.discrete());
+    QVERIFY(bench.bar->grab().toImage() != mixed);
+    QCOMPARE(bench.changes.size(), 1);
+}
+
+void TestGradientEditor::tableLeavesWhatWasNotEdited()
+{
+    Bench bench;
+    bench.click(Third);
+    Answer<QDialog> answer(editTable([](QTableWidget &table) {
+        QCOMPARE(table.window()->windowTitle(), QStringLiteral("Color table"));
+        QCOMPARE(table.item(1, 0)->text(), QStringLiteral("0.333333"));
+        QCOMPARE(table.item(2, 2)->text(), QStringLiteral("high"));
+        typeInto(table, 1, 0, QStringLiteral("0.333333"));
+    }));
+    QTest::mouseClick(bench.child<QToolButton>("btnList"), Qt::LeftButton);
+    QVERIFY(answer.given);
+    QCOMPARE(bench.editor.gradient(), stops());
+    QCOMPARE(bench.changes.size(), 0);
+}
+
+void TestGradientEditor::tableAppliesEdits()
+{
+    const auto edit = [](QTableWidget &table) {
+        typeInto(table, 0, 0, QStringLiteral("0.5"));
+        table.item(0, 1)->setData(Qt::EditRole, QColor(Qt::black));
+        typeInto(table, 1, 2, QStringLiteral("middle"));
+    };
+    Bench bench;
+    {
+        Answer<QDialog> cancel(editTable(edit, false));
+        bench.editor.openList();
+    }
+    QCOMPARE(bench.editor.gradient(), stops());
+
+    Answer<QDialog> answer(editTable(edit));
+    bench.editor.openList();
+    Gradient expected;
+    expected.setColorAt(Third, Qt::green, QStringLiteral("middle"));
+    expected.setColorAt(0.5, Qt::black, QStringLiteral("low"));
+    expected.setColorAt(1, Qt::blue, QStringLiteral("high"));
+    QCOMPARE(bench.editor.gradient(), expected);
+    QCOMPARE(bench.changes.size(), 1);
+}
+
+void TestGradientEditor::selectionFollowsItsRow()
+{
+    Bench bench;
+    bench.click(0);
+    Answer<QDialog> answer(editTable([](QTableWidget &table) {
+        typeInto(table, 0, 0, QStringLiteral("1"));
+        typeInto(table, 2, 0, QStringLiteral("2"));
+    }));
+    bench.editor.openList();
+    QCOMPARE(bench.key->text(), QStringLiteral("1"));
+    QCOMPARE(bench.shownColor(), QColor(Qt::red));
+}
+
+void TestGradientEditor::tableReplacesStopOfEqualKey()
+{
+    Bench bench;
+    Answer<QDialog> answer(
+        editTable([](QTableWidget &table) { typeInto(table, 0, 0, QStringLiteral("1")); }));
+    bench.editor.openList();
+    QCOMPARE(bench.editor.gradient().keys(), QList<double>({Third, 1}));
+    QCOMPARE(bench.editor.gradient().value(1), qMakePair(QColor(Qt::red), QStringLiteral("low")));
+}
+
+void TestGradientEditor::tableEditsColors_data()
+{
+    doubleClickAddsStop_data();
+}
+
+void TestGradientEditor::tableEditsColors()
+{
+    QFETCH(bool, accepted);
+
+    QTableWidget table(1, 3);
+    table.setItemDelegate(new GradientTableDelegate(&table));
+    auto *item = new QTableWidgetItem;
+    item->setData(Qt::DisplayRole, QColor(Qt::red));
+    table.setItem(0, 1, item);
+    table.show();
+    table.editItem(item);
+    auto *dialog = table.viewport()->findChild<QColorDialog *>();
+    QVERIFY(dialog);
+    QCOMPARE(dialog->currentColor(), QColor(Qt::red));
+    const QColor color(1, 2, 3, 4);
+    dialog->setCurrentColor(color);
+    accepted ? dialog->accept() : dialog->reject();
+    QCOMPARE(item->data(Qt::DisplayRole).value<QColor>(), accepted ? color : QColor(Qt::red));
+
+    const QPoint middle = table.visualItemRect(item).center();
+    QImage image(table.viewport()->size(), QImage::Format_RGB32);
+    item->setData(Qt::DisplayRole, QColor(Qt::cyan));
+    table.viewport()->render(&image);
+    QCOMPARE(image.pixel(middle), QColor(Qt::cyan).rgb());
+}
+
+void TestGradientEditor::tableRefusesWhatIsNoNumber()
+{
+    QTableWidget table(1, 3);
+    GradientTableDelegate delegate;
+    auto *item = new QTableWidgetItem(QStringLiteral("5"));
+    table.setItem(0, 0, item);
+    QLineEdit edit(QStringLiteral("nan"));
+    QString message;
+    Answer<QMessageBox> answer([&](QMessageBox &box) {
+        message = box.windowTitle() + ": " + box.text();
+        box.accept();
+    });
+    delegate.setModelData(&edit, table.model(), table.model()->index(0, 0));
+    QCOMPARE(message, QStringLiteral("Conversion error: Invalid number"));
+    QCOMPARE(item->text(), QStringLiteral("5"));
+}
+
+void TestGradientEditor::disabledEditorShowsTableReadOnly()
+{
+    Bench bench;
+    bench.click(0);
+    bench.editor.setEditorEnabled(false);
+    QVERIFY(!bench.key->isEnabled());
+    QVERIFY(!bench.bar->isEnabled());
+    Answer<QDialog> answer(editTable([](QTableWidget &table) {
+        QCOMPARE(table.editTriggers(), QAbstractItemView::NoEditTriggers);
+    }));
+    QTest::mouseClick(bench.child<QToolButton>("btnList"), Qt::LeftButton);
+    QVERIFY(answer.given);
+
+    bench.editor.setEditorEnabled(true);
+    QVERIFY(bench.key->isEnabled());
+}
+
+QTEST_MAIN(TestGradientEditor)
+#include "tst_gradienteditor.moc"

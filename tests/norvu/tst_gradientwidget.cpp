@@ -1,0 +1,386 @@
+#include "norvu/ink.h"
+
+#include <norvu/gui/gradientwidget.h>
+
+#include <QLineEdit>
+#include <QMenu>
+#include <QVBoxLayout>
+#include <QtTest>
+
+using namespace Norvu::Gui;
+using Tellarix::Gui::Gradient;
+
+namespace {
+
+constexpr int RightEdge = 100;
+constexpr int Height = 40;
+
+Gradient threeStops()
+{
+    Gradient gradient;
+    gradient.setColorAt(0, Qt::red, QStringLiteral("low"));
+    gradient.setColorAt(5, Qt::green);
+    gradient.setColorAt(10, Qt::blue, QStringLiteral("high"));
+    return gradient;
+}
+
+/** A widget whose keys 0, 5 and 10 stand at x 0, 50 and 100, and what it tells, in order. */
+struct Bench
+{
+    explicit Bench(const Gradient &stops = threeStops()) : gradient(stops), widget(&gradient)
+    {
+        widget.resize(RightEdge + 1, Height);
+        QObject::connect(&widget, &GradientWidget::pointClicked, [this](qreal key, QColor color) {
+            log << QStringLiteral("clicked %1 %2").arg(key).arg(color.name());
+        });
+        QObject::connect(&widget, &GradientWidget::pointDoubleClicked,
+                         [this](qreal key, QColor, bool hasKey) {
+                             log << QStringLiteral("double %1 %2").arg(key).arg(hasKey);
+                             if (!hasKey && insertsPoints)
+                                 gradient.setColorAt(key, Qt::white);
+                         });
+        QObject::connect(&widget, &GradientWidget::pointRemoved, [this](qreal key) {
+            log << QStringLiteral("removed %1 of %2").arg(key).arg(gradient.size());
+        });
+        QObject::connect(&widget, &GradientWidget::gradientChanged,
+                         [this] { log << QStringLiteral("changed"); });
+    }
+
+    /** A point in the middle of the strip of handles. */
+    QPoint handle(int x) const { return QPoint(x, widget.height() - 3); }
+
+    void press(int x, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+    {
+        QTest::mousePress(&widget, Qt::LeftButton, modifiers, handle(x));
+    }
+    void release(int x) { QTest::mouseRelease(&widget, Qt::LeftButton, Qt::NoModifier, handle(x)); }
+    void move(int x)
+    {
+        const QPoint pos = handle(x);
+        QMouseEvent event(QEvent::MouseMove, pos, widget.mapToGlobal(pos), Qt::NoButton,
+                          Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(&widget, &event);
+    }
+    QStringList takeLog()
+    {
+        QStringList result;
+        result.swap(log);
+        return result;
+    }
+
+    /** Colour of a handle's inside. */
+    QRgb handleColor(int x) { return Ink::picture(widget).pixel(handle(x)); }
+
+    Gradient gradient;
+    GradientWidget widget;
+    QStringList log;
+    bool insertsPoints{true};
+};
+
+void chooseFromMenu(const QString &text, bool &found)
+{
+    QTimer::singleShot(0, [text, &found] {
+        auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
+        if (!menu)
+            return;
+        found = menu->actions().size() == 1 && menu->actions().first()->text() == text;
+        menu->setActiveAction(menu->actions().first());
+        QTest::keyClick(menu, Qt::Key_Return);
+    });
+}
+
+void openContextMenu(QWidget &widget, const QPoint &pos)
+{
+    QContextMenuEvent event(QContextMenuEvent::Mouse, pos, widget.mapToGlobal(pos));
+    QApplication::sendEvent(&widget, &event);
+}
+
+} // namespace
+
+class TestGradientWidget : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void mapsKeysAndPixels_data();
+    void mapsKeysAndPixels();
+    void leftOfCloseHandlesIsHit();
+    void clickSelectsOrRemoves_data();
+    void clickSelectsOrRemoves();
+    void dragPassesNeighbours();
+    void dragDoesNotLandOnAnotherStop();
+    void doubleClickAsksForPoint();
+    void contextMenuAddsAndRemoves();
+    void removesByIndex();
+    void tabWalksHandles();
+    void tabLeavesAtFirstHandle();
+    void paintsBarAndSteps();
+    void paintsTransparencyOverCheckerboard();
+};
+
+void TestGradientWidget::mapsKeysAndPixels_data()
+{
+    QTest::addColumn<Gradient>("gradient");
+    QTest::addColumn<bool>("interpolated");
+    QTest::addColumn<double>("keyAt50");
+    QTest::addColumn<int>("lastHandle");
+
+    Gradient single;
+    single.setColorAt(7, Qt::red);
+    QTest::newRow("mixed") << threeStops() << true << 5.0 << RightEdge;
+    // The span is 15: the last step is as wide as the first.
+    QTest::newRow("in steps") << threeStops() << false << 7.5 << 66;
+    QTest::newRow("single stop") << single << true << 7.0 << 0;
+    QTest::newRow("single step") << single << false << 7.0 << 0;
+    QTest::newRow("empty") << Gradient() << true << 0.0 << -1;
+}
+
+void TestGradientWidget::mapsKeysAndPixels()
+{
+    QFETCH(Gradient, gradient);
+    QFETCH(bool, interpolated);
+    QFETCH(double, keyAt50);
+    QFETCH(int, lastHandle);
+
+    Bench bench(gradient);
+    bench.widget.setInterpolation(interpolated);
+    QCOMPARE(bench.widget.mapPosToKey(50), keyAt50);
+    for (int x = 0; x <= RightEdge; ++x) {
+        if (bench.widget.findHandle(bench.handle(x), true) == gradient.size() - 1) {
+            // Handles are as wide as their strip is high.
+            const int handleSize = static_cast<int>(bench.widget.fontMetrics().ascent() * 0.75);
+            QVERIFY(gradient.isEmpty() || std::abs(x - lastHandle) <= handleSize / 2);
+        }
+    }
+    QCOMPARE(bench.widget.findHandle(bench.handle(qMax(0, lastHandle)), true), gradient.size() - 1);
+    QCOMPARE(bench.widget.findHandle(QPoint(qMax(0, lastHandle), 5), true), -1);
+    QCOMPARE(bench.widget.findHandle(QPoint(qMax(0, lastHandle), 5), false), gradient.size() - 1);
+}
+
+void TestGradientWidget::leftOfCloseHandlesIsHit()
+{
+    Gradient gradient = threeStops();
+    gradient.setColorAt(5.2, Qt::white);
+    Bench bench(gradient);
+    bench.press(52);
+    QCOMPARE(bench.takeLog(), QStringList("clicked 5 #00ff00"));
+}
+
+void TestGradientWidget::clickSelectsOrRemoves_data()
+{
+    QTest::addColumn<QPoint>("pos");
+    QTest::addColumn<int>("modifiers");
+    QTest::addColumn<QStringList>("log");
+    QTest::addColumn<int>("size");
+
+    const QPoint middle(50, Height - 3);
+    const QStringList clicked("clicked 5 #00ff00");
+    QTest::newRow("handle") << middle << int(Qt::NoModifier) << clicked << 3;
+    QTest::newRow("bar") << QPoint(50, 10) << int(Qt::NoModifier) << QStringList() << 3;
+    QTest::newRow("beside") << QPoint(25, Height - 3) << int(Qt::NoModifier) << QStringList() << 3;
+    QTest::newRow("Ctrl") << middle << int(Qt::ControlModifier) << QStringList("removed 5 of 3")
+                          << 2;
+    QTest::newRow("Ctrl and more")
+        << middle << int(Qt::ControlModifier | Qt::ShiftModifier) << clicked << 3;
+}
+
+void TestGradientWidget::clickSelectsOrRemoves()
+{
+    QFETCH(QPoint, pos);
+    QFETCH(int, modifiers);
+    QFETCH(QStringList, log);
+    QFETCH(int, size);
+
+    Bench bench;
+    QTest::mouseClick(&bench.widget, Qt::LeftButton, Qt::KeyboardModifiers(modifiers), pos);
+    QCOMPARE(bench.takeLog(), log);
+    QCOMPARE(bench.gradient.size(), size);
+    QTest::mouseClick(&bench.widget, Qt::RightButton, Qt::NoModifier, QPoint(50, Height - 3));
+    QCOMPARE(bench.takeLog(), QStringList());
+}
+
+void TestGradientWidget::dragPassesNeighbours()
+{
+    Bench bench;
+    bench.press(0);
+    bench.move(70);
+    // The first key is now 5: the bar spans 5 to 10.
+    QCOMPARE(bench.takeLog(), QStringList({"clicked 0 #ff0000", "clicked 7 #ff0000", "changed"}));
+    QCOMPARE(bench.gradient.keys(), QList<double>({5, 7, 10}));
+    QCOMPARE(bench.gradient.value(7).second, QStringLiteral("low"));
+    QCOMPARE(bench.handleColor(40), QColor(Qt::white).rgb());
+
+    bench.release(40);
+    bench.move(80);
+    QCOMPARE(bench.takeLog(), QStringList());
+}
+
+void TestGradientWidget::dragDoesNotLandOnAnotherStop()
+{
+    Bench bench;
+    bench.press(50);
+    bench.move(100);
+    QCOMPARE(bench.gradient.keys(), QList<double>({0, 5, 10}));
+    bench.move(90);
+    QCOMPARE(bench.gradient.keys(), QList<double>({0, 9, 10}));
+    QCOMPARE(bench.gradient.value(10).first, QColor(Qt::blue));
+    QCOMPARE(bench.takeLog(), QStringList({"clicked 5 #00ff00", "clicked 5 #00ff00", "changed",
+                                           "clicked 9 #00ff00", "changed"}));
+
+    bench.gradient.remove(9);
+    bench.move(30);
+    QCOMPARE(bench.takeLog(), QStringList());
+}
+
+void TestGradientWidget::doubleClickAsksForPoint()
+{
+    Bench bench;
+    QTest::mouseDClick(&bench.widget, Qt::LeftButton, Qt::NoModifier, QPoint(25, 10));
+    QCOMPARE(bench.takeLog(), QStringList("double 2.5 0"));
+    QCOMPARE(bench.handleColor(25), QColor(Qt::white).rgb());
+
+    bench.move(50);
+    QTest::mouseDClick(&bench.widget, Qt::LeftButton, Qt::NoModifier, bench.handle(50));
+    QVERIFY(bench.takeLog().contains("double 5 1"));
+
+    Gradient single;
+    single.setColorAt(3, Qt::red);
+    Bench one(single);
+    QTest::mouseDClick(&one.widget, Qt::LeftButton, Qt::NoModifier, QPoint(60, 10));
+    QCOMPARE(one.takeLog(), QStringList("double 4 0"));
+
+    Bench none{Gradient()};
+    none.insertsPoints = false;
+    QTest::mouseDClick(&none.widget, Qt::LeftButton, Qt::NoModifier, QPoint(60, 10));
+    QCOMPARE(none.takeLog(), QStringList("double 0 0"));
+}
+
+void TestGradientWidget::contextMenuAddsAndRemoves()
+{
+    Bench bench;
+    bool found = false;
+    chooseFromMenu(QStringLiteral("Add"), found);
+    openContextMenu(bench.widget, QPoint(25, 10));
+    QVERIFY(found);
+    QCOMPARE(bench.takeLog(), QStringList("double 2.5 0"));
+
+    found = false;
+    bench.move(100);
+    chooseFromMenu(QStringLiteral("Remove"), found);
+    // The pointer is over the menu while that is open.
+    QTimer::singleShot(0, [&] {
+        QEvent leave(QEvent::Leave);
+        QApplication::sendEvent(&bench.widget, &leave);
+    });
+    openContextMenu(bench.widget, bench.handle(100));
+    QVERIFY(found);
+    QCOMPARE(bench.takeLog(), QStringList("removed 10 of 4"));
+    QCOMPARE(bench.gradient.keys(), QList<double>({0, 2.5, 5}));
+}
+
+void TestGradientWidget::removesByIndex()
+{
+    Bench bench;
+    bench.widget.deleteCurrent();
+    bench.widget.deleteHandle(3);
+    bench.widget.deleteHandle(-1);
+    QCOMPARE(bench.gradient.size(), 3);
+    QCOMPARE(bench.takeLog(), QStringList());
+
+    bench.widget.keyChanged(0, 10);
+    bench.widget.deleteCurrent();
+    bench.widget.deleteCurrent();
+    QCOMPARE(bench.takeLog(), QStringList("removed 10 of 3"));
+}
+
+void TestGradientWidget::tabWalksHandles()
+{
+    Bench bench;
+    const auto keyAfter = [&](Qt::Key key) {
+        QTest::keyClick(&bench.widget, key);
+        QTest::keyClick(&bench.widget, Qt::Key_Space);
+        const QStringList log = bench.takeLog();
+        return log.isEmpty() ? QString() : log.first().section(' ', 1, 1);
+    };
+    QCOMPARE(keyAfter(Qt::Key_Tab), QStringLiteral("0"));
+    QCOMPARE(keyAfter(Qt::Key_Tab), QStringLiteral("5"));
+    QCOMPARE(keyAfter(Qt::Key_Tab), QStringLiteral("10"));
+    QCOMPARE(keyAfter(Qt::Key_Tab), QStringLiteral("5"));
+    QCOMPARE(keyAfter(Qt::Key_Backtab), QStringLiteral("0"));
+    QCOMPARE(keyAfter(Qt::Key_Backtab), QString());
+    QCOMPARE(keyAfter(Qt::Key_Backtab), QStringLiteral("10"));
+}
+
+void TestGradientWidget::tabLeavesAtFirstHandle()
+{
+    Gradient gradient = threeStops();
+    QWidget window;
+    QVBoxLayout layout(&window);
+    QLineEdit before;
+    QLineEdit after;
+    GradientWidget widget(&gradient);
+    for (QWidget *child : {static_cast<QWidget *>(&before), static_cast<QWidget *>(&widget),
+                           static_cast<QWidget *>(&after)})
+        layout.addWidget(child);
+    window.show();
+    window.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    QSignalSpy clicked(&widget, &GradientWidget::pointClicked);
+
+    before.setFocus();
+    QTest::keyClick(&before, Qt::Key_Tab);
+    QVERIFY(widget.hasFocus());
+    QTest::keyClick(&widget, Qt::Key_Space);
+    QCOMPARE(clicked.takeFirst().first().toDouble(), 0.0);
+    QTest::keyClick(&widget, Qt::Key_Backtab);
+    QVERIFY(before.hasFocus());
+
+    after.setFocus();
+    QTest::keyClick(&after, Qt::Key_Backtab);
+    QVERIFY(widget.hasFocus());
+    QTest::keyClick(&widget, Qt::Key_Space);
+    QCOMPARE(clicked.takeFirst().first().toDouble(), 10.0);
+}
+
+void TestGradientWidget::paintsBarAndSteps()
+{
+    Bench bench;
+    QImage image = Ink::picture(bench.widget);
+    QCOMPARE(image.pixel(0, 3), QColor(Qt::red).rgb());
+    QCOMPARE(image.pixel(25, 3), qRgb(128, 128, 0));
+    QCOMPARE(image.pixel(RightEdge, 3), QColor(Qt::blue).rgb());
+
+    bench.widget.setInterpolation(false);
+    image = Ink::picture(bench.widget);
+    const QRect bar(0, 0, RightEdge + 1, 10);
+    const auto columnsOf = [&](QColor color) {
+        const QRect ink = Ink::rectOf(image, bar, [&](QRgb pixel) { return pixel == color.rgb(); });
+        return qMakePair(ink.left(), ink.right());
+    };
+    QCOMPARE(columnsOf(Qt::red), qMakePair(0, 33));
+    QCOMPARE(columnsOf(Qt::green), qMakePair(34, 66));
+    QCOMPARE(columnsOf(Qt::blue), qMakePair(67, 100));
+}
+
+void TestGradientWidget::paintsTransparencyOverCheckerboard()
+{
+    Gradient gradient;
+    gradient.setColorAt(0, QColor(255, 0, 0, 0));
+    gradient.setColorAt(1, QColor(255, 0, 0, 0));
+    for (const Gradient &shown : {gradient, Gradient()}) {
+        Bench bench(shown);
+        const QImage image = Ink::picture(bench.widget);
+        QCOMPARE(image.pixel(7, 7), QColor(Qt::black).rgb());
+        QCOMPARE(image.pixel(8, 7), QColor(Qt::white).rgb());
+        QCOMPARE(image.pixel(7, 8), QColor(Qt::white).rgb());
+        // Between the handles nothing reaches out of the bar.
+        const int handleSize = static_cast<int>(bench.widget.fontMetrics().ascent() * 0.75);
+        const QRect strip(40, 0, 20, Height);
+        const QColor background = bench.widget.palette().color(QPalette::Window);
+        QCOMPARE(Ink::rectOtherThan(image, strip, background),
+                 QRect(40, 0, 20, Height - handleSize));
+    }
+}
+
+QTEST_MAIN(TestGradientWidget)
+#include "tst_gradientwidget.moc"
