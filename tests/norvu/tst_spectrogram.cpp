@@ -225,6 +225,8 @@ private slots:
     void trims_data();
     void trims();
     void startsAfresh();
+    void runsBandsBesideTheSettings();
+    void recoversFromOverflow();
 };
 
 void SpectrogramTest::readsSettings_data()
@@ -599,6 +601,51 @@ void SpectrogramTest::startsAfresh()
     original->init(settingsOf("periods_log(0.2,10,4,7)"));
     original->pushData(3000, samples.data());
     QVERIFY(matrixOf(*original) == expected);
+}
+
+void SpectrogramTest::runsBandsBesideTheSettings()
+{
+    const auto samples = noise<double>(2000);
+    const auto plain = spectrogramOf<double>("freqs(1,4,2,3)", 20);
+    plain->pushData(2000, samples.data());
+    const auto expected = matrixOf(*plain);
+
+    // Bands with another high-pass, and bands without a row.
+    const auto more = spectrogramOf<double>("freqs(1,4,2,3)", 20);
+    more->addFilter(1, 2, 0.25);
+    more->addFilter(1, 2, 5);
+    more->pushData(2000, samples.data());
+    QVERIFY(matrixOf(*more) == expected);
+    QCOMPARE(more->maximum(), plain->maximum());
+
+    Spectrogram<double> mixed;
+    mixed.initFrom(*more);
+    mixed.setSamplingFrequency(20);
+    QCOMPARE(mixed.rows(), 5);
+    mixed.pushData(700, samples.data());
+    mixed.pushData(1300, samples.data() + 700);
+    const Signal x(samples.begin(), samples.end());
+    const Signal last = plainBand(x, {1, 2}, 5, 20);
+    for (size_t c = 0; c < 2000; ++c) {
+        QVERIFY(
+            std::equal(expected.data() + c * 3, expected.data() + c * 3 + 3, mixed.data() + c * 5));
+        QVERIFY(std::abs(mixed.data()[c * 5 + 4] - last[c]) < 1E-9 * mixed.maximum());
+    }
+}
+
+void SpectrogramTest::recoversFromOverflow()
+{
+    auto samples = noise<double>(6000);
+    samples[200] = 1E200;
+    samples[201] = -1E308;
+    const auto spectrogram = spectrogramOf<double>("freqs(1,4,2,3)", 20);
+    spectrogram->pushData(6000, samples.data());
+    const auto clean = spectrogramOf<double>("freqs(1,4,2,3)", 20);
+    samples[200] = samples[201] = samples[199];
+    clean->pushData(6000, samples.data());
+    QVERIFY(std::isfinite(spectrogram->maximum()));
+    for (size_t i = 5000 * 3; i < 6000 * 3; ++i)
+        QVERIFY(std::abs(spectrogram->data()[i] - clean->data()[i]) < 1E-6 * clean->maximum());
 }
 
 QTEST_APPLESS_MAIN(SpectrogramTest)

@@ -1,5 +1,6 @@
 #include <norvu/gui/spectrogram.h>
 
+#include <norvu/gui/filterbank_p.h>
 #include <norvu/gui/iirenvelope_p.h>
 
 #include <tellarix/core/math/average.h>
@@ -35,21 +36,33 @@ int toColumns(double value)
     return value < Most ? static_cast<int>(value) : std::numeric_limits<int>::max();
 }
 
+/** What a filter bank has to know of a chain that addFilter() made. */
 template <typename T>
-InPlaceFilter<T> *freshClone(const InPlaceFilter<T> &filter)
+FilterBank::Band bandOf(const InPlaceFilter<T> &filter, double samplingFrequency)
 {
-    InPlaceFilter<T> *clone = filter.clone();
-    clone->setSamplingFrequency(0);
-    return clone;
+    const auto &chain = static_cast<const ChainFilter<T> &>(filter);
+    const auto *highPass = static_cast<const RunningMeanHighPass<T> *>(chain.at(0));
+    const auto *bandpass = static_cast<const IIR::Butterworth<T> *>(chain.at(1));
+    const auto *envelope = static_cast<const IIREnvelope<T> *>(chain.at(2));
+    const auto *average = static_cast<const Average<T> *>(chain.at(3));
+    const auto samplesIn = [samplingFrequency](double seconds) {
+        return MeanWindow::samplesIn(seconds, samplingFrequency);
+    };
+    const IIREnvelope<T> scaled(envelope->frequency(), samplingFrequency);
+    return {samplesIn(highPass->length()),
+            IIR::butterworthSections(bandpass->band(), bandpass->order(), bandpass->lowerCorner(),
+                                     bandpass->upperCorner(), samplingFrequency),
+            static_cast<double>(scaled.gain()), samplesIn(average->length())};
 }
 
 } // namespace
 
 template <typename T>
-Spectrogram<T>::Spectrogram() = default;
+Spectrogram<T>::Spectrogram() : _bank(std::make_unique<FilterBank>())
+{}
 
 template <typename T>
-Spectrogram<T>::Spectrogram(const SpectrogramSettings &settings)
+Spectrogram<T>::Spectrogram(const SpectrogramSettings &settings) : Spectrogram()
 {
     init(settings);
 }
@@ -79,7 +92,7 @@ void Spectrogram<T>::initFrom(const Spectrogram<T> &other)
     clearData();
     _settings = other._settings;
     for (const InPlaceFilter<T> *filter : other._filters)
-        _filters.push_back(freshClone(*filter));
+        _filters.push_back(filter->clone());
     _rows = static_cast<int>(_filters.size());
     resetted();
 }
@@ -92,9 +105,18 @@ void Spectrogram<T>::addFilter(double lowHz, double highHz, double highPassSecon
     chain->add(new IIR::ButterworthBandpass<T>(Order, lowHz, highHz, 0.0));
     chain->add(new IIREnvelope<T>(static_cast<T>(std::sqrt(lowHz * highHz))));
     chain->add(new Average<T>(1.0 / lowHz, 0.0));
-    if (_samplingFrequency > 0)
-        chain->setSamplingFrequency(_samplingFrequency);
     _filters.push_back(chain.release());
+    if (_samplingFrequency > 0)
+        adoptFilter(_filters.size() - 1);
+}
+
+/** Gives a filter its sampling frequency, in the bank if that takes it. */
+template <typename T>
+void Spectrogram<T>::adoptFilter(size_t index)
+{
+    InPlaceFilter<T> *filter = _filters[index];
+    if (index != _bank->bandCount() || !_bank->add(bandOf(*filter, _samplingFrequency)))
+        filter->setSamplingFrequency(_samplingFrequency);
 }
 
 template <typename T>
@@ -148,8 +170,9 @@ template <typename T>
 void Spectrogram<T>::setSamplingFrequency(double samplingFrequency)
 {
     _samplingFrequency = samplingFrequency;
-    for (InPlaceFilter<T> *filter : _filters)
-        filter->setSamplingFrequency(samplingFrequency);
+    _bank->clear();
+    for (size_t i = 0; i < _filters.size(); ++i)
+        adoptFilter(i);
     _maxColumns = updatedLimit();
 }
 
@@ -170,6 +193,30 @@ bool Spectrogram<T>::reallocate(int columns)
     }
     _data = data;
     return true;
+}
+
+/** Runs the filters that the bank does not run and fills rows without a filter with zeros. */
+template <typename T>
+ValueRange Spectrogram<T>::runFilters(int n, const T *samples, const MatrixColumns<T> &target)
+{
+    ValueRange range;
+    Tellarix::TypedArray<T> scratch;
+    const size_t count = static_cast<size_t>(n);
+    for (size_t r = _bank->bandCount(); r < target.rows; ++r) {
+        scratch.setData(n, samples);
+        T *values = scratch.typedData();
+        if (r < _filters.size())
+            _filters[r]->apply(n, values);
+        else
+            std::fill_n(values, n, T(0));
+        if (r == 0)
+            range.widen(static_cast<double>(values[0]));
+        for (size_t i = target.skip; i < count; ++i) {
+            target.of(i)[r] = values[i];
+            range.widen(static_cast<double>(values[i]));
+        }
+    }
+    return range;
 }
 
 template <typename T>
@@ -203,35 +250,15 @@ void Spectrogram<T>::pushData(int n, const T *samples)
     _columns = newColumns;
 
     const size_t rows = static_cast<size_t>(_rows);
-    const size_t total = static_cast<size_t>(newColumns) * rows;
-    const size_t bands = std::min(rows, _filters.size());
-    double localMin = std::numeric_limits<double>::infinity();
-    double localMax = -localMin;
-    if (!bands)
-        localMin = localMax = 0;
-    Tellarix::TypedArray<T> scratch;
-    for (size_t r = 0; r < bands; ++r) {
-        scratch.setData(n, samples);
-        T *values = scratch.typedData();
-        _filters[r]->apply(n, values);
-        const auto widen = [&](T value) {
-            if (!std::isfinite(value))
-                return;
-            localMin = std::min(localMin, static_cast<double>(value));
-            localMax = std::max(localMax, static_cast<double>(value));
-        };
-        if (r == 0)
-            widen(values[0]);
-        size_t index = static_cast<size_t>(_head) * rows + r;
-        for (int i = skip; i < n; ++i, index += rows) {
-            if (index >= total)
-                index -= total;
-            _data[index] = values[i];
-            widen(values[i]);
-        }
-    }
-    _minimum = std::min(_minimum, localMin);
-    _maximum = std::max(_maximum, localMax);
+    const MatrixColumns<T> target{_data, rows, static_cast<size_t>(newColumns),
+                                  static_cast<size_t>(_head), static_cast<size_t>(skip)};
+    ValueRange range;
+    if (!rows)
+        range.widen(0);
+    range.widen(_bank->apply(n, samples, target));
+    range.widen(runFilters(n, samples, target));
+    _minimum = std::min(_minimum, range.minimum);
+    _maximum = std::max(_maximum, range.maximum);
 
     const int64_t head = int64_t(_head) + n;
     _head = static_cast<int>(isLimited ? head % _maxColumns : head);
@@ -243,8 +270,9 @@ template <typename T>
 void Spectrogram<T>::reset()
 {
     resetData();
+    _bank->clear();
     for (InPlaceFilter<T> *&filter : _filters) {
-        InPlaceFilter<T> *clone = freshClone(*filter);
+        InPlaceFilter<T> *clone = filter->clone();
         delete filter;
         filter = clone;
     }
@@ -265,6 +293,7 @@ void Spectrogram<T>::clearFilters()
     for (InPlaceFilter<T> *filter : _filters)
         delete filter;
     _filters.clear();
+    _bank->clear();
 }
 
 template <typename T>

@@ -6,10 +6,16 @@
 #include <tellarix/core/baseobject.h>
 #include <tellarix/core/math/filter.h>
 
+#include <memory>
 #include <vector>
 
 namespace Norvu {
 namespace Gui {
+
+class FilterBank;
+struct ValueRange;
+template <typename T>
+struct MatrixColumns;
 
 /**
  * Turns evenly spaced samples into a time/frequency matrix by a bank of band-pass filters, each
@@ -92,12 +98,18 @@ public:
     virtual void resetted();
 
 private:
+    void adoptFilter(size_t index);
     void clearFilters();
     bool reallocate(int columns);
+    ValueRange runFilters(int n, const T *samples, const MatrixColumns<T> &target);
     int updatedLimit() const;
 
-    /** One ChainFilter for each band, owned. */
+    /** One ChainFilter for each band, owned. Those that _bank runs only describe their bands: they
+     *  have no sampling frequency and no state. */
     std::vector<Tellarix::Math::Filtering::InPlaceFilter<T> *> _filters;
+    /** Runs as many of the first filters as share a sampling frequency and a high-pass, that is all
+     *  of a bank from the settings; the others run by themselves. */
+    std::unique_ptr<FilterBank> _bank;
     T *_data{nullptr};
     int _maxColumns{-1};
     int _columns{0};
