@@ -6,7 +6,6 @@
 
 #include <QPainter>
 #include <QStandardItemModel>
-#include <QTableView>
 #include <QTreeView>
 #include <QtTest>
 
@@ -94,6 +93,28 @@ QImage glyphInCell(QChar ch, const QColor &color)
     });
 }
 
+/** A view of a model with the delegate of check boxes, in which the user clicks. */
+struct CheckView : QTreeView
+{
+    explicit CheckView(QAbstractItemModel *model)
+    {
+        setModel(model);
+        setItemDelegate(new AwesomeCheckBoxItemDelegate(this));
+        setEditTriggers(QAbstractItemView::NoEditTriggers);
+        expandAll();
+        resize(400, 200);
+        show();
+        if (!QTest::qWaitForWindowActive(this))
+            qFatal("The window of the view does not come up");
+    }
+
+    void click(const QModelIndex &index, const QPoint &fromCenter = QPoint())
+    {
+        QTest::mouseClick(viewport(), Qt::LeftButton, Qt::NoModifier,
+                          visualRect(index).center() + fromCenter);
+    }
+};
+
 } // namespace
 
 class ItemDelegatesTest : public QObject
@@ -167,17 +188,10 @@ void ItemDelegatesTest::togglesWithMouseAndKeys()
     QStandardItemModel model;
     model.appendRow(checkItem(Qt::Unchecked));
     model.appendRow(checkItem(Qt::PartiallyChecked));
-    QTableView view;
-    view.setModel(&model);
-    view.setItemDelegate(new AwesomeCheckBoxItemDelegate(&view));
-    view.resize(300, 200);
-    view.show();
-    QVERIFY(QTest::qWaitForWindowActive(&view));
+    CheckView view(&model);
 
     // Anywhere in the cell, not only on the glyph.
-    const QRect cell = view.visualRect(model.index(0, 0));
-    QTest::mouseClick(view.viewport(), Qt::LeftButton, Qt::NoModifier,
-                      cell.topLeft() + QPoint(3, 3));
+    view.click(model.index(0, 0), QPoint(100, 3));
     QCOMPARE(model.item(0)->checkState(), Qt::Checked);
     QTest::keyClick(&view, Qt::Key_Space);
     QCOMPARE(model.item(0)->checkState(), Qt::Unchecked);
@@ -186,8 +200,7 @@ void ItemDelegatesTest::togglesWithMouseAndKeys()
     QTest::keyClick(&view, Qt::Key_Space);
     QCOMPARE(model.item(1)->checkState(), Qt::Unchecked);
     model.item(1)->setEnabled(false);
-    QTest::mouseClick(view.viewport(), Qt::LeftButton, Qt::NoModifier,
-                      view.visualRect(model.index(1, 0)).center());
+    view.click(model.index(1, 0));
     QCOMPARE(model.item(1)->checkState(), Qt::Unchecked);
 }
 
@@ -217,16 +230,7 @@ void ItemDelegatesTest::reachesOneCheckBoxOfRow()
         row << (checkableColumns.contains(column) ? checkItem(Qt::Unchecked)
                                                   : new QStandardItem(QStringLiteral("text")));
     model.appendRow(row);
-    QTreeView view;
-    view.setModel(&model);
-    view.setItemDelegate(new AwesomeCheckBoxItemDelegate(&view));
-    view.setEditTriggers(QAbstractItemView::NoEditTriggers);
-    view.resize(400, 200);
-    view.show();
-    QVERIFY(QTest::qWaitForWindowActive(&view));
-
-    QTest::mouseClick(view.viewport(), Qt::LeftButton, Qt::NoModifier,
-                      view.visualRect(model.index(0, clicked)).center());
+    CheckView(&model).click(model.index(0, clicked));
     for (int column : checkableColumns)
         QCOMPARE(model.item(0, column)->checkState() == Qt::Checked, column == toggled);
 }
@@ -255,17 +259,7 @@ void ItemDelegatesTest::keepsGroupExclusive()
 
     QStandardItemModel model;
     fillGroup(&model, exclusive, 0);
-    QTreeView view;
-    view.setModel(&model);
-    view.setItemDelegate(new AwesomeCheckBoxItemDelegate(&view));
-    view.expandAll();
-    view.resize(300, 200);
-    view.show();
-    QVERIFY(QTest::qWaitForWindowActive(&view));
-
-    const QModelIndex index = model.index(row, column, model.index(0, 0));
-    QTest::mouseClick(view.viewport(), Qt::LeftButton, Qt::NoModifier,
-                      view.visualRect(index).center());
+    CheckView(&model).click(model.index(row, column, model.index(0, 0)));
     QCOMPARE(states(model), result);
 }
 
