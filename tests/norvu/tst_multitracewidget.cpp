@@ -524,8 +524,7 @@ void MultiTraceWidgetTest::drawsGridAtTicks()
         const QImage picture = overview.repaint();
         QVector<int> columns;
         for (int x = 0; x < picture.width(); ++x) {
-            const QRgb pixel = picture.pixel(x, 100);
-            if (pixel == color.rgb() || pixel == QColor(Qt::cyan).rgb())
+            if (picture.pixel(x, 100) == color.rgb())
                 columns.append(x);
         }
         return columns;
@@ -544,9 +543,8 @@ void MultiTraceWidgetTest::drawsGridAtTicks()
     }
 
     scheme.records().gridMinor.setColor(Qt::transparent);
-    const QVector<int> major = columnsOf(Qt::cyan);
-    QVERIFY(major.size() > 2);
-    QCOMPARE(columnsOf(Qt::yellow), major);
+    QVERIFY(columnsOf(Qt::cyan).size() > 2);
+    QVERIFY(columnsOf(Qt::yellow).isEmpty());
 }
 
 void MultiTraceWidgetTest::labelsStandInTheRulerStrip()

@@ -24,6 +24,15 @@ const Gui::Scheme::Records &colors()
     return Gui::Scheme::Current().records;
 }
 
+/** A colour as it looks on the background. */
+QColor onBackground(const QColor &color)
+{
+    QImage image(1, 1, QImage::Format_RGB32);
+    image.fill(colors().background);
+    QPainter(&image).fillRect(image.rect(), color);
+    return image.pixelColor(0, 0);
+}
+
 bool isClose(const Range &a, const Range &b)
 {
     return std::abs(a.first - b.first) < 1E-9 && std::abs(a.second - b.second) < 1E-9;
@@ -402,20 +411,20 @@ void TestRecordWidget::drawsGrid()
     TestWidget widget;
     // Stay clear of the frame.
     const int y = 50;
+    const QColor major = onBackground(colors().gridMajor.color());
+    const QColor minor = onBackground(colors().gridMinor.color());
     widget.setGridSpacing(20, 5, 0);
-    QCOMPARE(columnsOf(picture(widget), y, colors().gridMajor.color()),
-             (QVector<int>{40, 80, 120, 160}));
-    QCOMPARE(columnsOf(picture(widget), y, colors().gridMinor.color()).size(), 15);
+    QCOMPARE(columnsOf(picture(widget), y, major), (QVector<int>{40, 80, 120, 160}));
+    QCOMPARE(columnsOf(picture(widget), y, minor).size(), 15);
     widget.setGridSpacing(20, 5, 8);
-    QCOMPARE(columnsOf(picture(widget), y, colors().gridMajor.color()),
-             (QVector<int>{24, 64, 104, 144, 184}));
+    QCOMPARE(columnsOf(picture(widget), y, major), (QVector<int>{24, 64, 104, 144, 184}));
     widget.setGridSpacing(0, 5, 0);
-    QVERIFY(columnsOf(picture(widget), y, colors().gridMinor.color()).isEmpty());
+    QVERIFY(columnsOf(picture(widget), y, minor).isEmpty());
     widget.setGridSpacing(NaN, NaN, 0);
-    QVERIFY(columnsOf(picture(widget), y, colors().gridMajor.color()).isEmpty());
+    QVERIFY(columnsOf(picture(widget), y, major).isEmpty());
 
     QVERIFY(widget.setGridVRange(-100, 100));
-    QVERIFY(columnsOf(picture(widget), y, colors().gridMinor.color()).size() > 150);
+    QVERIFY(columnsOf(picture(widget), y, minor).size() > 150);
     QVERIFY(!widget.setGridVRange(NaN, 1));
 }
 

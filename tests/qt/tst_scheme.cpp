@@ -1,6 +1,7 @@
 #include <tellarix/qt/scheme.h>
 
 #include <QApplication>
+#include <QPainter>
 #include <QtTest>
 
 using namespace Tellarix::Gui;
@@ -68,8 +69,14 @@ private slots:
                                     scheme.records.frame.color(), scheme.legend.border})
             QVERIFY2(contrastRatio(color, base) >= 3, qPrintable(color.name()));
 
-        const double major = contrastRatio(scheme.records.gridMajor.color(), base);
-        const double minor = contrastRatio(scheme.records.gridMinor.color(), base);
+        const auto contrastOf = [&base](const QPen &pen) {
+            QImage image(1, 1, QImage::Format_RGB32);
+            image.fill(base);
+            QPainter(&image).fillRect(image.rect(), pen.color());
+            return contrastRatio(image.pixelColor(0, 0), base);
+        };
+        const double major = contrastOf(scheme.records.gridMajor);
+        const double minor = contrastOf(scheme.records.gridMinor);
         QVERIFY(minor > 1.05 && minor < major && major < 3);
     }
 

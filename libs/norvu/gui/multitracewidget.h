@@ -3,6 +3,7 @@
 #include <norvu/api.h>
 
 #include <QBasicTimer>
+#include <QLine>
 #include <QRect>
 #include <QVector>
 #include <QWidget>
@@ -98,8 +99,7 @@ private:
 
     Display display(int height, int rulerSpacing) const;
     void drawGrid(QPainter &painter, int width, int height);
-    QVector<int> gridPixels(double spacing, int width, int height) const;
-    void drawGridLines(QPainter &painter, const QVector<int> &pixels, int width, int height) const;
+    QVector<QLine> gridLines(double spacing, int width, int height) const;
     void drawRecords(QPainter &painter, int width, int height, int rulerSpacing);
     void rebuildRow(Tellarix::Gui::RecordWidget *widget, const Display &display) const;
     void buildPolyline(const Tellarix::Gui::RecordWidget *widget,

@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace Norvu {
 namespace Gui {
@@ -74,22 +75,17 @@ void MultiTraceWidget::drawGrid(QPainter &painter, int width, int height)
         return;
 
     const Scheme::Records &scheme = Scheme::Current().records;
-    painter.setPen(scheme.gridMajor);
-    const QVector<int> major = gridPixels(scale.majorSpacing(), width, height);
-    drawGridLines(painter, major, width, height);
-
-    // Minor ticks stand at the major ones too, and would paint over their lines.
-    QVector<int> minor = gridPixels(scale.minorSpacing(), width, height);
-    if (scheme.gridMajor.color().alpha() > 0)
-        minor.erase(std::remove_if(minor.begin(), minor.end(),
-                                   [&](int pixel) { return major.contains(pixel); }),
-                    minor.end());
-    painter.setPen(scheme.gridMinor);
-    drawGridLines(painter, minor, width, height);
+    for (const auto &[spacing, pen] : {std::pair(scale.majorSpacing(), scheme.gridMajor),
+                                       std::pair(scale.minorSpacing(), scheme.gridMinor)}) {
+        if (pen.color().alpha() == 0)
+            continue;
+        painter.setPen(pen);
+        painter.drawLines(gridLines(spacing, width, height));
+    }
 }
 
-/** Pixels of ticks along the time axis. */
-QVector<int> MultiTraceWidget::gridPixels(double spacing, int width, int height) const
+/** Lines at the ticks of one spacing. */
+QVector<QLine> MultiTraceWidget::gridLines(double spacing, int width, int height) const
 {
     const TimeScale &scale = *_view->_timeScale;
     const int extent = _horizontal ? height : width;
@@ -102,26 +98,14 @@ QVector<int> MultiTraceWidget::gridPixels(double spacing, int width, int height)
     if (std::abs(multiple) >= epsilon)
         origin -= multiple;
 
-    QVector<int> result;
+    QVector<QLine> result;
     double value = 0;
     const auto pixel = [&] { return static_cast<int>((value - origin) * scale.scale()); };
     for (int p = pixel(); p < extent; value += spacing, p = pixel()) {
         if (p >= 0)
-            result.append(p);
+            result.append(_horizontal ? QLine(0, p, width - 1, p) : QLine(p, 0, p, height - 1));
     }
     return result;
-}
-
-void MultiTraceWidget::drawGridLines(QPainter &painter, const QVector<int> &pixels, int width,
-                                     int height) const
-{
-    if (painter.pen().color().alpha() == 0)
-        return;
-
-    QVector<QLine> lines;
-    for (const int p : pixels)
-        lines.append(_horizontal ? QLine(0, p, width - 1, p) : QLine(p, 0, p, height - 1));
-    painter.drawLines(lines);
 }
 
 MultiTraceWidget::Display MultiTraceWidget::display(int height, int rulerSpacing) const

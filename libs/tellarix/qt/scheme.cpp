@@ -148,7 +148,8 @@ void Scheme::takeRecordColors(const QPalette &palette)
     records.cursor = readable(Cursor, LineContrast);
     records.marker = readable(Marker, TextContrast);
     records.gridMajor = hairline(mixed(base, text, 0.2));
-    records.gridMinor = hairline(mixed(base, text, 0.09));
+    // Minor ticks stand at the major ones too, and must not hide their lines.
+    records.gridMinor = hairline(translucent(text, 0.09));
     records.frame = hairline(readableColor(mixed(base, text, 0.5), base, LineContrast));
     records.offsetLine = hairline(mixed(base, text, 0.35), Qt::DashLine);
 }
