@@ -489,28 +489,33 @@ void MultiTraceWidgetTest::fillsLobesOnlyWithWiggles()
     QFETCH(bool, antiAliasing);
     OwnScheme scheme;
     scheme.records().antiAliasing = antiAliasing;
-
     Overview overview;
-    overview.addRow("", wave);
-    overview.widget->setWigglesShown(true);
-    QImage picture = overview.repaint();
-    const QRect area = overview.area();
-    const auto isFilled = [&](const QColor &color, double from, double to, bool upper) {
-        const QRect lobe(QPoint(overview.pixelOf(from), area.top()),
-                         QPoint(overview.pixelOf(to), area.bottom()));
-        const QRect ink =
-            Ink::rectOf(picture, lobe, [&](QRgb pixel) { return pixel == color.rgb(); });
-        return ink.height() > area.height() * 4 / 10 && ink.width() > lobe.width() * 9 / 10 &&
-               (upper ? ink.bottom() < area.center().y() + 3 : ink.top() > area.center().y() - 3);
+    Trace *row = overview.addRow("", wave);
+    const auto inkOf = [&](const QColor &color, double from, double to) {
+        return Ink::rectOfColor(
+            overview.repaint().copy(QRect(QPoint(overview.pixelOf(from), overview.area().top()),
+                                          QPoint(overview.pixelOf(to), overview.area().bottom()))),
+            color);
     };
-    QVERIFY(isFilled(red, 0, 2.5, true));
-    QVERIFY(isFilled(blue, 2.5, 5, false));
-    QVERIFY(isFilled(red, 5, 7.5, true));
+    QVERIFY(inkOf(red, 0, Length).isNull() && inkOf(blue, 0, Length).isNull());
+
+    overview.widget->setWigglesShown(true);
+    const int height = overview.area().height();
+    for (const double start : {0.0, 5.0}) {
+        const QRect above = inkOf(red, start, start + 2.5);
+        const QRect below = inkOf(blue, start + 2.5, start + 5);
+        QVERIFY(above.height() > height * 4 / 10 && above.bottom() < height / 2 + 3);
+        QVERIFY(below.height() > height * 4 / 10 && below.top() > height / 2 - 3);
+    }
+
+    // The offset of a trace moves the line of its lobes: here to the top of the row.
+    row->recordWidget()->records(0)->clear();
+    feed(row, 0, record(0, Length, [](double seconds) { return wave(seconds) + 1000; }));
+    QVERIFY(inkOf(red, 0, Length).height() <= 2);
+    QVERIFY(inkOf(blue, 0, Length).height() > height * 9 / 10);
 
     overview.widget->setWigglesShown(false);
-    picture = overview.repaint();
-    QVERIFY(Ink::rectOfColor(picture, red).isNull());
-    QVERIFY(Ink::rectOfColor(picture, blue).isNull());
+    QVERIFY(inkOf(blue, 0, Length).isNull());
 }
 
 void MultiTraceWidgetTest::drawsGridAtTicks()
