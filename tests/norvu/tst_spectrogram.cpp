@@ -224,6 +224,7 @@ private slots:
     void countsFirstFilteredSampleInRange();
     void trims_data();
     void trims();
+    void movesOnWithLiveData();
     void startsAfresh();
     void runsBandsBesideTheSettings();
     void recoversFromOverflow();
@@ -573,6 +574,29 @@ void SpectrogramTest::trims()
     trimmed->pushData(50, samples.data() + 100);
     expected.insert(expected.end(), whole.begin() + 300, whole.end());
     QVERIFY(matrixOf(*trimmed) == expected);
+}
+
+void SpectrogramTest::movesOnWithLiveData()
+{
+    constexpr int Kept = 5000, Total = 60000;
+    const auto samples = noise<float>(Total);
+    const auto all = spectrogramOf<float>("freqs(1,20,2,5)", 100);
+    all->pushData(Total, samples.data());
+    const auto window = spectrogramOf<float>("freqs(1,20,2,5)", 100);
+    std::mt19937 random(5);
+    for (int done = 0; done < Total;) {
+        const int n = std::min(Total - done, 1 + int(random() % 1500));
+        window->pushData(n, samples.data() + done);
+        done += n;
+        window->trimData(window->columns() - Kept, window->columns(), nullptr);
+        const int columns = std::min(done, Kept);
+        QCOMPARE(window->columns(), columns);
+        const float *expected = all->data() + size_t(done - columns) * 5;
+        QVERIFY(std::equal(expected, expected + columns * 5, window->data()));
+        const auto range = std::minmax_element(expected, expected + columns * 5);
+        QCOMPARE(window->minimum(), double(*range.first));
+        QCOMPARE(window->maximum(), double(*range.second));
+    }
 }
 
 void SpectrogramTest::startsAfresh()

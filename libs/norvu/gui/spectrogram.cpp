@@ -20,6 +20,10 @@
 #include <limits>
 #include <memory>
 
+#ifdef Q_OS_LINUX
+#include <sys/mman.h>
+#endif
+
 using namespace Tellarix::Math::Filtering;
 
 namespace Norvu {
@@ -34,6 +38,25 @@ int toColumns(double value)
 {
     constexpr double Most = std::numeric_limits<int>::max();
     return value < Most ? static_cast<int>(value) : std::numeric_limits<int>::max();
+}
+
+/** Bytes from which on the room ahead of the columns is as much as they take, not three times. */
+constexpr int64_t HugeBlock = 1 << 28;
+
+/** A block for std::free(). Big ones ask the system for large pages, which it hands over at much
+ *  less cost than many small ones. Null if there is no memory. */
+void *allocateBlock(size_t size)
+{
+    constexpr size_t LargePage = 1 << 21;
+    if (size < 2 * LargePage)
+        return std::malloc(std::max<size_t>(size, 1));
+    const size_t rounded = (size + LargePage - 1) / LargePage * LargePage;
+    void *block = std::aligned_alloc(LargePage, rounded);
+#ifdef MADV_HUGEPAGE
+    if (block)
+        madvise(block, rounded, MADV_HUGEPAGE);
+#endif
+    return block;
 }
 
 /** What a filter bank has to know of a chain that addFilter() made. */
@@ -182,17 +205,44 @@ int Spectrogram<T>::updatedLimit() const
     return _maximumSeconds > 0 ? toColumns(_maximumSeconds * _samplingFrequency) : -1;
 }
 
+/** Moves the columns into a block for @p columns columns. */
 template <typename T>
 bool Spectrogram<T>::reallocate(int columns)
 {
-    const size_t values = static_cast<size_t>(columns) * static_cast<size_t>(_rows);
-    T *data = static_cast<T *>(std::realloc(_data, std::max<size_t>(values, 1) * sizeof(T)));
-    if (!data) {
+    const size_t column = static_cast<size_t>(_rows) * sizeof(T);
+    T *block = static_cast<T *>(allocateBlock(static_cast<size_t>(columns) * column));
+    if (!block) {
         qWarning("Spectrogram: no memory for %d columns of %d bands", columns, _rows);
         return false;
     }
-    _data = data;
+    if (_block)
+        std::memcpy(block, _data, static_cast<size_t>(std::min(_columns, columns)) * column);
+    std::free(_block);
+    _data = _block = block;
+    _blockColumns = columns;
     return true;
+}
+
+/** Sees to it that the block holds at least @p columns behind _data. */
+template <typename T>
+bool Spectrogram<T>::makeRoom(int columns)
+{
+    if (!_block)
+        return reallocate(columns);
+    const int before = _rows ? static_cast<int>((_data - _block) / _rows) : 0;
+    if (columns <= _blockColumns - before)
+        return true;
+    // A window that moves on goes back to the begin of the block, once in a while.
+    if (_blockColumns >= int64_t(columns) * 5 / 4) {
+        std::memmove(_block, _data, static_cast<size_t>(_columns) * _rows * sizeof(T));
+        _data = _block;
+        return true;
+    }
+    // Room costs nothing as long as no page of it is written to, but copies do.
+    const int64_t size = int64_t(columns) * _rows * int64_t(sizeof(T));
+    const int64_t wanted = int64_t(columns) * (size < HugeBlock ? 4 : 2);
+    const int64_t most = std::numeric_limits<int>::max();
+    return (wanted <= most && reallocate(static_cast<int>(wanted))) || reallocate(columns);
 }
 
 /** Runs the filters that the bank does not run and fills rows without a filter with zeros. */
@@ -236,7 +286,7 @@ void Spectrogram<T>::pushData(int n, const T *samples)
     }
 
     const bool isFresh = !_data;
-    if ((isFresh || newColumns != _columns) && !reallocate(newColumns))
+    if (!makeRoom(newColumns))
         return;
     bool wrapped = false;
     if (isFresh) {
@@ -282,8 +332,9 @@ void Spectrogram<T>::reset()
 template <typename T>
 void Spectrogram<T>::resetData()
 {
-    std::free(_data);
-    _data = nullptr;
+    std::free(_block);
+    _data = _block = nullptr;
+    _blockColumns = 0;
     _columns = _front = _head = 0;
 }
 
@@ -318,14 +369,14 @@ void Spectrogram<T>::trimData(int first, int last, int *firstKept)
     if (firstKept)
         *firstKept = begin;
     const size_t rows = static_cast<size_t>(_rows);
-    if (begin > 0)
-        std::memmove(_data, _data + begin * rows, kept * rows * sizeof(T));
+    _data += static_cast<size_t>(begin) * rows;
     if (kept == _columns)
         return;
 
-    reallocate(kept);
     _columns = _head = kept;
     _front = 0;
+    if (kept < _blockColumns / 8)
+        reallocate(kept);
     T minimum, maximum;
     if (Tellarix::Math::findExtrema(_data, kept * rows, minimum, maximum)) {
         _minimum = static_cast<double>(minimum);

@@ -100,6 +100,7 @@ public:
 private:
     void adoptFilter(size_t index);
     void clearFilters();
+    bool makeRoom(int columns);
     bool reallocate(int columns);
     ValueRange runFilters(int n, const T *samples, const MatrixColumns<T> &target);
     int updatedLimit() const;
@@ -110,7 +111,10 @@ private:
     /** Runs as many of the first filters as share a sampling frequency and a high-pass, that is all
      *  of a bank from the settings; the others run by themselves. */
     std::unique_ptr<FilterBank> _bank;
+    /** Column 0, within a block that has room for more columns before and behind. */
     T *_data{nullptr};
+    T *_block{nullptr};
+    int _blockColumns{0};
     int _maxColumns{-1};
     int _columns{0};
     int _front{0};
