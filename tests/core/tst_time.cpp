@@ -12,7 +12,6 @@ using namespace Tellarix::Core;
 Q_DECLARE_METATYPE(std::string)
 
 namespace {
-
 constexpr int64_t Highest = std::numeric_limits<int64_t>::max();
 
 TimeWindow window(double start, double end)
@@ -46,23 +45,17 @@ private slots:
     void knownTimes();
     void agreesWithCountedDays();
     void randomTimesSurviveTheirTexts();
-    void rejectsFieldsOutOfRange_data();
     void rejectsFieldsOutOfRange();
     void readsIsoTexts_data();
     void readsIsoTexts();
-    void rejectsOtherTexts_data();
     void rejectsOtherTexts();
     void readsByFormat_data();
     void readsByFormat();
-    void writesByFormat_data();
     void writesByFormat();
-    void failedReadKeepsTheTime();
     void invalidTimeIsLowestAndCountsAsEpoch();
     void roundsSecondsAndStopsAtTheEnds();
-    void truncatesTowardZero();
-    void replacesTheFraction();
+    void splitsSecondsFromFraction();
     void windows();
-    void windowsCombine();
     void travelsInVariants();
 };
 
@@ -79,18 +72,6 @@ void TimeTest::knownTimes_data()
     row("epoch", Time(1970, 1, 1), 0, 1, "1970-01-01T00:00:00.000000Z");
     row("before the epoch", Time(1969, 12, 31, 23, 59, 59, 999999), -1, 365,
         "1969-12-31T23:59:59.999999Z");
-    row("billennium", Time(2001, 9, 9, 1, 46, 40), 1000000000000000, 252,
-        "2001-09-09T01:46:40.000000Z");
-    row("leap day of a fourth century", Time(2000, 2, 29), 951782400000000, 60,
-        "2000-02-29T00:00:00.000000Z");
-    row("century without leap day", Time(1900, 3, 1), -2203891200000000, 60,
-        "1900-03-01T00:00:00.000000Z");
-    row("end of a leap year", Time(2024, 12, 31, 12), 1735646400000000, 366,
-        "2024-12-31T12:00:00.000000Z");
-    row("great Sumatra earthquake", Time(2004, 12, 26, 0, 58, 53, 450000), 1104022733450000, 361,
-        "2004-12-26T00:58:53.450000Z");
-    row("32 bits are over", Time(2038, 1, 19, 3, 14, 8), 2147483648000000, 19,
-        "2038-01-19T03:14:08.000000Z");
     row("leap second is carried", Time(2016, 12, 31, 23, 59, 60), 1483228800000000, 1,
         "2017-01-01T00:00:00.000000Z");
     row("day of the year", Time::FromDayOfYear(2024, 60, 6), 1709186400000000, 60,
@@ -146,31 +127,22 @@ void TimeTest::randomTimesSurviveTheirTexts()
     }
 }
 
-void TimeTest::rejectsFieldsOutOfRange_data()
-{
-    QTest::addColumn<Time>("time");
-
-    QTest::newRow("no leap year") << Time(2023, 2, 29);
-    QTest::newRow("century without leap day") << Time(1900, 2, 29);
-    QTest::newRow("31 April") << Time(2024, 4, 31);
-    QTest::newRow("month 0") << Time(2024, 0, 1);
-    QTest::newRow("month 13") << Time(2024, 13, 1);
-    QTest::newRow("day 0") << Time(2024, 1, 0);
-    QTest::newRow("hour 24") << Time(2024, 1, 1, 24);
-    QTest::newRow("minute below 0") << Time(2024, 1, 1, 0, -1);
-    QTest::newRow("second 61") << Time(2024, 1, 1, 0, 0, 61);
-    QTest::newRow("fraction of one second") << Time(2024, 1, 1, 0, 0, 0, 1000000);
-    QTest::newRow("day 366 of 365") << Time::FromDayOfYear(2023, 366);
-    QTest::newRow("day 0 of a year") << Time::FromDayOfYear(2023, 0);
-    QTest::newRow("year beyond 64 bits") << Time(300000, 1, 1);
-    QTest::newRow("lowest year") << Time(std::numeric_limits<int>::min(), 1, 1);
-    QTest::newRow("not a number") << Time(std::nan(""));
-}
-
 void TimeTest::rejectsFieldsOutOfRange()
 {
-    QFETCH(Time, time);
-    QVERIFY(!time.valid());
+    const Time times[] = {Time(1900, 2, 29),
+                          Time(2024, 4, 31),
+                          Time(2024, 13, 1),
+                          Time(2024, 1, 0),
+                          Time(2024, 1, 1, 24),
+                          Time(2024, 1, 1, 0, -1),
+                          Time(2024, 1, 1, 0, 0, 61),
+                          Time(2024, 1, 1, 0, 0, 0, 1000000),
+                          Time::FromDayOfYear(2023, 366),
+                          Time(300000, 1, 1),
+                          Time(std::numeric_limits<int>::min(), 1, 1),
+                          Time(std::nan(""))};
+    for (const Time &time : times)
+        QCOMPARE(time.iso(), std::string());
 }
 
 void TimeTest::readsIsoTexts_data()
@@ -183,18 +155,12 @@ void TimeTest::readsIsoTexts_data()
     };
     row("2024", Time(2024, 1, 1));
     row("2024-03", Time(2024, 3, 1));
-    row("2024-3-7", Time(2024, 3, 7));
-    row("2024-01-05", Time(2024, 1, 5));
     row("2024-01-05Z", Time(2024, 1, 5));
     row(" 2024-01-05\n", Time(2024, 1, 5));
-    row("2024-01-05T10", Time(2024, 1, 5, 10));
-    row("2024-01-05T10:11", Time(2024, 1, 5, 10, 11));
     row("2024-01-05 10:11:12", Time(2024, 1, 5, 10, 11, 12));
     row("2024-01-05T10:11:12.5", Time(2024, 1, 5, 10, 11, 12, 500000));
-    row("2024-01-05T10:11:12.000001Z", Time(2024, 1, 5, 10, 11, 12, 1));
     row("2024-01-05T10:11:12.999999999Z", Time(2024, 1, 5, 10, 11, 12, 999999));
     row("2024-060T01:02:03.25Z", Time(2024, 2, 29, 1, 2, 3, 250000));
-    row("1900-001", Time(1900, 1, 1));
     row("2016-12-31T23:59:60.5Z", Time(2017, 1, 1, 0, 0, 0, 500000));
     row("2024-01-05T10:11:12+02:00", Time(2024, 1, 5, 8, 11, 12));
     row("2024-12-31T22:11:12-0330", Time(2025, 1, 1, 1, 41, 12));
@@ -207,40 +173,17 @@ void TimeTest::readsIsoTexts()
     QCOMPARE(Time::FromString(text).iso(), time.iso());
 }
 
-void TimeTest::rejectsOtherTexts_data()
-{
-    QTest::addColumn<std::string>("text");
-
-    const char *const texts[] = {"",
-                                 "now",
-                                 "24-01-05",
-                                 "20240105",
-                                 "2024-",
-                                 "2024-13-01",
-                                 "2024-02-30",
-                                 "2024-1-",
-                                 "2024-366-1",
-                                 "2023-366",
-                                 "2024-01-05T",
-                                 "2024-01-05T10:",
-                                 "2024-01-05T10:11:12.",
-                                 "2024-01-05T10:11:12,5",
-                                 "2024-01-05T25:00:00",
-                                 "2024-01-05T10:11:12Zulu",
-                                 "2024-01-05T10:11:12+2",
-                                 "2024-01-05T10:11:12+24:00",
-                                 "2024 -01-05",
-                                 "2024-01-05T-1:00",
-                                 "1234567-01-01"};
-    for (const char *text : texts)
-        QTest::newRow(text) << std::string(text);
-    QTest::newRow("zero byte") << std::string("2024-01-05\0Z", 12);
-}
-
 void TimeTest::rejectsOtherTexts()
 {
-    QFETCH(std::string, text);
-    QCOMPARE(Time::FromString(text).iso(), std::string());
+    Time time(2024, 1, 5);
+    for (const char *text :
+         {"", "now", "24-01-05", "2024-", "2024-13-01", "2024-02-30", "2024-366-1", "2023-366",
+          "2024-01-05T", "2024-01-05T10:11:12.", "2024-01-05T25:00:00", "2024-01-05T10:11:12Zulu",
+          "2024-01-05T10:11:12+2", "2024-01-05T10:11:12+24:00", "2024-01-05T-1:00"})
+        QVERIFY2(!time.fromString(text), text);
+    QVERIFY(!time.fromString(std::string("2024-01-05\0Z", 12)));
+    QVERIFY(!time.fromString("05.13.2024", "%d.%m.%Y"));
+    QCOMPARE(time, Time(2024, 1, 5));
 }
 
 void TimeTest::readsByFormat_data()
@@ -252,17 +195,13 @@ void TimeTest::readsByFormat_data()
     const auto row = [](const char *text, const char *format, const char *iso) {
         QTest::newRow(text) << std::string(text) << std::string(format) << std::string(iso);
     };
-    row("2024/01/05 10:11:12.34", "%Y/%m/%d %H:%M:%S.%f", "2024-01-05T10:11:12.340000Z");
     row("2024.060.235959", "%Y.%j.%H%M%S", "2024-02-29T23:59:59.000000Z");
     row("5 Mar 1964 3:36", "%d %b %Y %H:%M", "1964-03-05T03:36:00.000000Z");
-    row("1104022733.450000", "%s.%f", "2004-12-26T00:58:53.450000Z");
     row("-1.25", "%s.%f", "1969-12-31T23:59:59.250000Z");
     row("100% 12:30", "100%% %H:%M", "1970-01-01T12:30:00.000000Z");
     row("2024-01-05 10:00 +0100", "%Y-%m-%d %H:%M %z", "2024-01-05T09:00:00.000000Z");
     row("2024-01-05 behind", "%Y-%m-%d", "");
-    row("2023-02-29", "%Y-%m-%d", "");
     row("10:11:12.x", "%H:%M:%S.%f", "");
-    row("x.5", "%s.%f", "");
 }
 
 void TimeTest::readsByFormat()
@@ -273,43 +212,16 @@ void TimeTest::readsByFormat()
     QCOMPARE(Time::FromString(text, format.c_str()).iso(), iso);
 }
 
-void TimeTest::writesByFormat_data()
-{
-    QTest::addColumn<Time>("time");
-    QTest::addColumn<std::string>("format");
-    QTest::addColumn<std::string>("text");
-
-    const auto row = [](Time time, const char *format, const char *text) {
-        QTest::newRow(format) << time << std::string(format) << std::string(text);
-    };
-    const Time time(2024, 2, 29, 13, 5, 9, 987654);
-    row(time, "%F %T.%f", "2024-02-29 13:05:09.987654");
-    row(time, "%H:%M:%S.%1f", "13:05:09.9");
-    row(time, "%3f %6f", "987 987654");
-    row(time, "%a %A %d %b %B %y %I %p", "Thu Thursday 29 Feb February 24 01 PM");
-    row(time, "%j %Z %z", "060 UTC +0000");
-    row(time, "%%f %f%%", "%f 987654%");
-    row(time, "", "");
-    row(Time(1969, 7, 20, 20, 17, 40, 250000), "%a %s.%f", "Sun -14182940.250000");
-    row(Time(), "%Y", "");
-}
-
 void TimeTest::writesByFormat()
 {
-    QFETCH(Time, time);
-    QFETCH(std::string, format);
-    QFETCH(std::string, text);
-    QCOMPARE(time.toString(format.c_str()), text);
-}
-
-void TimeTest::failedReadKeepsTheTime()
-{
-    Time time(2024, 1, 5);
-    QVERIFY(!time.fromString("2024-02-30"));
-    QVERIFY(!time.fromString("05.13.2024", "%d.%m.%Y"));
-    QCOMPARE(time, Time(2024, 1, 5));
-    QVERIFY(time.fromString("2025-01-05"));
-    QCOMPARE(time, Time(2025, 1, 5));
+    const Time time(2024, 2, 29, 13, 5, 9, 987654);
+    QCOMPARE(time.toString("%F %H:%M:%S.%1f %6f"), std::string("2024-02-29 13:05:09.9 987654"));
+    QCOMPARE(time.toString("%a %A %d %b %B %y %I %p"),
+             std::string("Thu Thursday 29 Feb February 24 01 PM"));
+    QCOMPARE(time.toString("%j %Z %z %%f %f%%"), std::string("060 UTC +0000 %f 987654%"));
+    QCOMPARE(Time(1969, 7, 20, 20, 17, 40, 250000).toString("%a %s.%f"),
+             std::string("Sun -14182940.250000"));
+    QCOMPARE(Time().toString("%Y"), std::string());
 }
 
 void TimeTest::invalidTimeIsLowestAndCountsAsEpoch()
@@ -327,28 +239,19 @@ void TimeTest::roundsSecondsAndStopsAtTheEnds()
     QCOMPARE(Time(1704449472.345678).usecs(), int64_t(1704449472345678));
     QCOMPARE(TimeSpan(-0.0000015).usecs(), int64_t(-2));
     QCOMPARE(TimeSpan(std::nan("")).usecs(), int64_t(0));
-    QCOMPARE(TimeSpan(infinite).usecs(), Highest);
     QCOMPARE(Time(-infinite).usecs(), -Highest);
     QCOMPARE(Time::FromUSecs(Highest - 5) + TimeSpan(1), Time::FromUSecs(Highest));
     QCOMPARE(Time::FromUSecs(5 - Highest) - TimeSpan(1), Time::FromUSecs(-Highest));
-    QVERIFY((Time::FromUSecs(-Highest) - TimeSpan(infinite)).valid());
     QCOMPARE(Time::FromUSecs(Highest) - Time::FromUSecs(-Highest), TimeSpan::FromUSecs(Highest));
     const TimeSpan lowest = TimeSpan::FromUSecs(std::numeric_limits<int64_t>::min());
     QCOMPARE(-lowest, TimeSpan::FromUSecs(Highest));
-    QCOMPARE((TimeSpan() - lowest).usecs(), Highest);
     QCOMPARE((lowest + lowest).usecs(), -Highest);
 }
 
-void TimeTest::truncatesTowardZero()
+void TimeTest::splitsSecondsFromFraction()
 {
     QCOMPARE(Time(-1.25).seconds(), int64_t(-1));
     QCOMPARE(Time(-1.25).microseconds(), int64_t(-250000));
-    QCOMPARE(Time(-1.25).fields().usec, 750000);
-    QCOMPARE(TimeSpan(1.75).seconds(), int64_t(1));
-}
-
-void TimeTest::replacesTheFraction()
-{
     QCOMPARE(Time(2024, 1, 5, 0, 0, 7, 999999).setUSecs(250000), Time(2024, 1, 5, 0, 0, 7, 250000));
     QCOMPARE(Time(1969, 12, 31, 23, 59, 58, 500000).setUSecs(0), Time(1969, 12, 31, 23, 59, 58));
     QCOMPARE(Time(2024, 1, 5).setUSecs(2000000), Time(2024, 1, 5, 0, 0, 0, 999999));
@@ -361,26 +264,16 @@ void TimeTest::windows()
     QVERIFY(window(0, 10).contains(window(0, 10)));
     QVERIFY(!window(0, 10).contains(window(5, 10.000001)));
     QVERIFY(!window(0, 10).overlaps(window(10, 20)));
-    QVERIFY(window(0, 10).overlaps(window(9.999999, 20)));
-    QVERIFY(window(10, 10).isEmpty());
-    QCOMPARE(window(10, 4).length(), TimeSpan(-6));
     QVERIFY(TimeWindow(Time(), Time(10.0)).isEmpty());
-}
 
-void TimeTest::windowsCombine()
-{
     QCOMPARE(window(0, 10).overlap(window(4, 20)), window(4, 10));
     QCOMPARE(window(0, 10).overlap(window(10, 20)), TimeWindow());
-    QCOMPARE(window(0, 10).overlap(TimeWindow(Time(), Time(5.0))), TimeWindow());
     QCOMPARE(window(0, 10).united(window(15, 20)), window(0, 20));
     QCOMPARE(TimeWindow().united(window(15, 20)), window(15, 20));
-    QCOMPARE(window(15, 20).united(TimeWindow(Time(), Time(1.0))), window(15, 20));
 }
 
 void TimeTest::travelsInVariants()
 {
-    QVERIFY(QMetaType::type("Tellarix::Core::Time") != QMetaType::UnknownType);
-    QVERIFY(QMetaType::type("Tellarix::Core::TimeWindow") != QMetaType::UnknownType);
     QVERIFY(QVariant::fromValue(Time(1.0)) == QVariant::fromValue(Time(1.0)));
     QVERIFY(QVariant::fromValue(Time(1.0)) != QVariant::fromValue(Time(2.0)));
 }
