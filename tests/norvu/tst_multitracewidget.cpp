@@ -158,11 +158,13 @@ private slots:
     void clickSelectsNearestTrace_data();
     void clickSelectsNearestTrace();
     void magnifiedTracesCompeteEverywhere();
+    void firstOfEqualTracesWins();
     void dragSelectsAgain();
     void drawsTracesInTheirRows_data();
     void drawsTracesInTheirRows();
     void turnsTracesClockwise();
     void comparesRowsOfCommonRange();
+    void normalizesByVisibleSamples();
     void fillsLobesOnlyWithWiggles_data();
     void fillsLobesOnlyWithWiggles();
     void drawsGridAtTicks();
@@ -381,6 +383,18 @@ void MultiTraceWidgetTest::magnifiedTracesCompeteEverywhere()
     QCOMPARE(overview.selected(), QStringList{"B"});
 }
 
+void MultiTraceWidgetTest::firstOfEqualTracesWins()
+{
+    Overview overview;
+    overview.addRow("A", constant);
+    overview.addRow("B", constant);
+    for (int i = 0; i < 12; ++i)
+        overview.widget->increaseOverlap();
+    overview.repaint();
+    overview.click(5, overview.area().center().y());
+    QCOMPARE(overview.selected(), QStringList{"A"});
+}
+
 void MultiTraceWidgetTest::dragSelectsAgain()
 {
     Overview overview;
@@ -479,6 +493,18 @@ void MultiTraceWidgetTest::comparesRowsOfCommonRange()
     QVERIFY(qAbs(heightOf(Qt::green) - overview.area().height() / 4) < 4);
 }
 
+void MultiTraceWidgetTest::normalizesByVisibleSamples()
+{
+    Overview overview;
+    overview.addRow(
+        "", [](double seconds) { return wave(seconds) * (seconds < Length ? 1 : 10); }, Qt::red,
+        2 * Length);
+    const auto height = [&] { return Ink::rectOfColor(overview.repaint(), Qt::red).height(); };
+    QVERIFY(qAbs(height() - overview.area().height()) < 4);
+    overview.view.setWindowNormalization(false);
+    QVERIFY(qAbs(height() - overview.area().height() / 10) < 4);
+}
+
 void MultiTraceWidgetTest::fillsLobesOnlyWithWiggles_data()
 {
     drawsTracesInTheirRows_data();
@@ -535,6 +561,9 @@ void MultiTraceWidgetTest::drawsGridAtTicks()
         return columns;
     };
 
+    // Ticks stand at whole times of day, not at whole seconds from here.
+    overview.view.setAlignment(timeAt(100.7));
+    QVERIFY(scale.offset() != 0);
     for (const double start : {0.0, 0.3}) {
         overview.view.setTimeRange(start, start + Length);
         QVector<int> expected;
@@ -594,35 +623,38 @@ void MultiTraceWidgetTest::drawsMarkers()
     Overview overview;
     overview.addRow("A", constant);
     Trace *row = overview.addRow("B", constant);
-    const auto add = [&](double seconds, const QColor &color) {
+    Trace *nextRow = overview.addRow("C", constant);
+    const auto add = [&](Trace *row, double seconds, const QColor &color) {
         auto *marker = new RecordMarker(timeAt(seconds));
         marker->setColor(color);
         marker->setAlignment(alignment);
         row->recordWidget()->addMarker(marker);
         return marker;
     };
-    add(4, Qt::magenta);
-    add(6, Qt::cyan)->setHidden(true);
-    add(-0.5, Qt::cyan);
-    RecordMarker *moved = add(2, Qt::cyan);
+    add(row, 4, Qt::magenta);
+    add(row, 6, Qt::cyan)->setHidden(true);
+    add(row, -0.5, Qt::cyan);
+    RecordMarker *moved = add(row, 2, Qt::cyan);
     moved->setMovable(true);
     moved->setModifiedColor(Qt::green);
     moved->setCorrectedTime(timeAt(3));
+    add(nextRow, 5, Qt::yellow);
     const QImage picture = overview.repaint();
 
-    const int half = overview.area().height() / 2;
-    const int rowTop = overview.area().top() + half;
+    const int height = overview.area().height() / 3;
+    const int rowTop = overview.area().top() + height;
     const QRect ink = Ink::rectOfColor(picture, Qt::magenta);
     QCOMPARE(ink.left(), overview.pixelOf(4));
     QCOMPARE(ink.width(), 1);
-    QVERIFY(qAbs(ink.top() - (rowTop + top * half)) <= 2);
-    QVERIFY(qAbs(ink.bottom() - (rowTop + bottom * half)) <= 2);
+    QVERIFY(qAbs(ink.top() - (rowTop + top * height)) <= 2);
+    QVERIFY(qAbs(ink.bottom() - (rowTop + bottom * height)) <= 2);
+    QVERIFY(qAbs(Ink::rectOfColor(picture, Qt::yellow).top() - ink.top() - height) <= 2);
 
     // Hidden, in the strip of the labels, or moved on: over the whole row then.
     QVERIFY(Ink::rectOfColor(picture, Qt::cyan).isNull());
     const QRect movedInk = Ink::rectOfColor(picture, Qt::green);
     QCOMPARE(movedInk.left(), overview.pixelOf(3));
-    QVERIFY(movedInk.height() >= half - 2);
+    QVERIFY(movedInk.height() >= height - 2);
 }
 
 void MultiTraceWidgetTest::showsRecordsThatArrive()
