@@ -7,6 +7,7 @@
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "tellarix/core/math/extrema.cpp"
+#include <hwy/cache_control.h>
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
@@ -126,26 +127,89 @@ double sumOf(const T *samples, size_t n, size_t &finite)
 }
 
 template <typename T>
-size_t blocksOf(const T *samples, size_t n, size_t blockSize, T *minima, T *maxima, double *sums)
+size_t blocksOf(const T *samples, size_t n, size_t blockSize, size_t blocksInSum, T *minima,
+                T *maxima, double *sums)
 {
     size_t finite = n;
-    for (size_t first = 0, block = 0; first < n; first += blockSize, ++block) {
-        const size_t size = std::min(blockSize, n - first);
-        extremaOf(samples + first, size, minima[block], maxima[block]);
+    const size_t groupSize = blockSize * blocksInSum;
+    for (size_t group = 0; group < n; group += groupSize) {
+        const size_t end = std::min(group + groupSize, n);
+        for (size_t first = group; first < end; first += blockSize)
+            extremaOf(samples + first, std::min(blockSize, end - first), *minima++, *maxima++);
+        // By now the group lies in the cache.
         if constexpr (std::is_floating_point_v<T>)
-            sums[block] = sumOf(samples + first, size, finite);
+            *sums++ = sumOf(samples + group, end - group, finite);
         else
-            sums[block] = sumOf(samples + first, size);
+            *sums++ = sumOf(samples + group, end - group);
     }
     return finite;
 }
 
+/** Extrema of a run that holds the blocks from @p firstBlock up to @p lastBlock, at least one. */
 template <typename T>
-void runsOf(const T *samples, const int *edges, size_t runs, T *minima, T *maxima)
+void blockRunOf(const T *samples, int first, int last, int firstBlock, int lastBlock,
+                const T *blockMinima, const T *blockMaxima, T &minimum, T &maximum)
 {
+    const hn::ScalableTag<T> tag;
+    const int width = static_cast<int>(hn::Lanes(tag));
+    const auto blocks = static_cast<size_t>(lastBlock - firstBlock);
+    if (blocks > static_cast<size_t>(width)) {
+        T above, below;
+        extremaOf(blockMinima + firstBlock, blocks, minimum, above);
+        extremaOf(blockMaxima + firstBlock, blocks, below, maximum);
+    } else {
+        minimum = *std::min_element(blockMinima + firstBlock, blockMinima + lastBlock);
+        maximum = *std::max_element(blockMaxima + firstBlock, blockMaxima + lastBlock);
+    }
+
+    // Always a whole block of vectors at each end, some of them more than once, so that there is no
+    // branch that can't be foreseen. What they cover beyond the ends lies in the whole blocks.
+    const int headLast = std::max(first, firstBlock * ExtremaBlock - width);
+    const int tailFirst = std::min(last - width, lastBlock * ExtremaBlock);
+    auto low = hn::Set(tag, minimum);
+    auto high = hn::Set(tag, maximum);
+    auto otherLow = low;
+    auto otherHigh = high;
+    for (int i = 0; i < ExtremaBlock; i += width) {
+        const auto head = hn::LoadU(tag, samples + std::min(first + i, headLast));
+        const auto tail = hn::LoadU(tag, samples + std::max(last - width - i, tailFirst));
+        low = hn::Min(low, finiteOr(tag, head, low));
+        high = hn::Max(high, finiteOr(tag, head, high));
+        otherLow = hn::Min(otherLow, finiteOr(tag, tail, otherLow));
+        otherHigh = hn::Max(otherHigh, finiteOr(tag, tail, otherHigh));
+    }
+    minimum = hn::GetLane(hn::MinOfLanes(tag, hn::Min(low, otherLow)));
+    maximum = hn::GetLane(hn::MaxOfLanes(tag, hn::Max(high, otherHigh)));
+}
+
+/** Fetches the block of @p index into the cache. */
+template <typename T>
+void prefetchBlock(const T *samples, int index)
+{
+    constexpr int Line = 64;
+    const T *block = samples + index / ExtremaBlock * ExtremaBlock;
+    for (int i = 0; i < ExtremaBlock; i += Line / int(sizeof(T)))
+        hwy::Prefetch(block + i);
+}
+
+template <typename T>
+void runsOf(const T *samples, const int *edges, size_t runs, T *minima, T *maxima,
+            const T *blockMinima, const T *blockMaxima)
+{
+    constexpr size_t Ahead = 4;
     for (size_t i = 0; i < runs; ++i) {
-        extremaOf(samples + edges[i], static_cast<size_t>(edges[i + 1] - edges[i]), minima[i],
-                  maxima[i]);
+        const int first = edges[i];
+        const int last = edges[i + 1];
+        const int firstBlock = (first + ExtremaBlock - 1) / ExtremaBlock;
+        const int lastBlock = last / ExtremaBlock;
+        if (!blockMinima || firstBlock >= lastBlock) {
+            extremaOf(samples + first, static_cast<size_t>(last - first), minima[i], maxima[i]);
+            continue;
+        }
+        if (i + Ahead < runs)
+            prefetchBlock(samples, edges[i + Ahead]);
+        blockRunOf(samples, first, last, firstBlock, lastBlock, blockMinima, blockMaxima, minima[i],
+                   maxima[i]);
     }
 }
 
@@ -155,14 +219,15 @@ void runsOf(const T *samples, const int *edges, size_t runs, T *minima, T *maxim
     {                                                                                              \
         extremaOf(samples, n, minimum, maximum);                                                   \
     }                                                                                              \
-    size_t blocks##Name(const T *samples, size_t n, size_t blockSize, T *minima, T *maxima,        \
-                        double *sums)                                                              \
+    size_t blocks##Name(const T *samples, size_t n, size_t blockSize, size_t blocksInSum,          \
+                        T *minima, T *maxima, double *sums)                                        \
     {                                                                                              \
-        return blocksOf(samples, n, blockSize, minima, maxima, sums);                              \
+        return blocksOf(samples, n, blockSize, blocksInSum, minima, maxima, sums);                 \
     }                                                                                              \
-    void runs##Name(const T *samples, const int *edges, size_t runs, T *minima, T *maxima)         \
+    void runs##Name(const T *samples, const int *edges, size_t runs, T *minima, T *maxima,         \
+                    const T *blockMinima, const T *blockMaxima)                                    \
     {                                                                                              \
-        runsOf(samples, edges, runs, minima, maxima);                                              \
+        runsOf(samples, edges, runs, minima, maxima, blockMinima, blockMaxima);                    \
     }
 
 TELLARIX_EXTREMA_OF(Int, int)
@@ -208,7 +273,7 @@ Extrema<T> summarize(const T *samples, size_t n)
                 return HWY_DYNAMIC_DISPATCH(blocksDouble);
         }();
         result.count +=
-            blocks(samples + first, size, size, &chunk.minimum, &chunk.maximum, &chunk.sum);
+            blocks(samples + first, size, size, 1, &chunk.minimum, &chunk.maximum, &chunk.sum);
         result.minimum = std::min(result.minimum, chunk.minimum);
         result.maximum = std::max(result.maximum, chunk.maximum);
         result.sum += chunk.sum;
@@ -238,44 +303,49 @@ bool findExtrema(const double *samples, size_t n, double &minimum, double &maxim
 }
 
 template <>
-bool summarizeBlocks(const int *samples, size_t n, size_t blockSize, int *minima, int *maxima,
-                     double *sums)
+bool summarizeBlocks(const int *samples, size_t n, size_t blockSize, size_t blocksInSum,
+                     int *minima, int *maxima, double *sums)
 {
-    return HWY_DYNAMIC_DISPATCH(blocksInt)(samples, n, blockSize, minima, maxima, sums) == n;
+    return HWY_DYNAMIC_DISPATCH(blocksInt)(samples, n, blockSize, blocksInSum, minima, maxima,
+                                           sums) == n;
 }
 
 template <>
-bool summarizeBlocks(const float *samples, size_t n, size_t blockSize, float *minima, float *maxima,
-                     double *sums)
+bool summarizeBlocks(const float *samples, size_t n, size_t blockSize, size_t blocksInSum,
+                     float *minima, float *maxima, double *sums)
 {
-    return HWY_DYNAMIC_DISPATCH(blocksFloat)(samples, n, blockSize, minima, maxima, sums) == n;
+    return HWY_DYNAMIC_DISPATCH(blocksFloat)(samples, n, blockSize, blocksInSum, minima, maxima,
+                                             sums) == n;
 }
 
 template <>
-bool summarizeBlocks(const double *samples, size_t n, size_t blockSize, double *minima,
-                     double *maxima, double *sums)
+bool summarizeBlocks(const double *samples, size_t n, size_t blockSize, size_t blocksInSum,
+                     double *minima, double *maxima, double *sums)
 {
-    return HWY_DYNAMIC_DISPATCH(blocksDouble)(samples, n, blockSize, minima, maxima, sums) == n;
+    return HWY_DYNAMIC_DISPATCH(blocksDouble)(samples, n, blockSize, blocksInSum, minima, maxima,
+                                              sums) == n;
 }
 
 template <>
-void findRunExtrema(const int *samples, const int *edges, size_t runs, int *minima, int *maxima)
+void findRunExtrema(const int *samples, const int *edges, size_t runs, int *minima, int *maxima,
+                    const int *blockMinima, const int *blockMaxima)
 {
-    HWY_DYNAMIC_DISPATCH(runsInt)(samples, edges, runs, minima, maxima);
+    HWY_DYNAMIC_DISPATCH(runsInt)(samples, edges, runs, minima, maxima, blockMinima, blockMaxima);
 }
 
 template <>
 void findRunExtrema(const float *samples, const int *edges, size_t runs, float *minima,
-                    float *maxima)
+                    float *maxima, const float *blockMinima, const float *blockMaxima)
 {
-    HWY_DYNAMIC_DISPATCH(runsFloat)(samples, edges, runs, minima, maxima);
+    HWY_DYNAMIC_DISPATCH(runsFloat)(samples, edges, runs, minima, maxima, blockMinima, blockMaxima);
 }
 
 template <>
 void findRunExtrema(const double *samples, const int *edges, size_t runs, double *minima,
-                    double *maxima)
+                    double *maxima, const double *blockMinima, const double *blockMaxima)
 {
-    HWY_DYNAMIC_DISPATCH(runsDouble)(samples, edges, runs, minima, maxima);
+    HWY_DYNAMIC_DISPATCH(runsDouble)
+    (samples, edges, runs, minima, maxima, blockMinima, blockMaxima);
 }
 
 template Extrema<int> summarize(const int *, size_t);

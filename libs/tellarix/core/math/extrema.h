@@ -20,6 +20,9 @@ struct Extrema
     size_t count{0}; /**< finite samples; with 0 the minimum lies above the maximum */
 };
 
+/** Samples of a block of which findRunExtrema() can be given the extrema. */
+constexpr int ExtremaBlock = 64;
+
 // All of them are there for samples of type int, float and double and use the vector instructions
 // that the machine has.
 
@@ -38,21 +41,27 @@ bool findExtrema(const T *samples, size_t n, T &minimum, T &maximum);
  * Extrema of @p runs neighbouring runs of samples: cheaper than findExtrema() for each.
  * @param edges  ascending indices, one more than there are runs: a run takes the samples from its
  *               edge up to the next one
+ * @param blockMinima, blockMaxima  extrema of each ExtremaBlock samples, read instead of the
+ *               samples of whole blocks inside a run; null if they are not known
  */
 template <typename T>
-void findRunExtrema(const T *samples, const int *edges, size_t runs, T *minima, T *maxima);
+void findRunExtrema(const T *samples, const int *edges, size_t runs, T *minima, T *maxima,
+                    const T *blockMinima = nullptr, const T *blockMaxima = nullptr);
 
 /**
- * Extrema and sums of consecutive blocks of @p blockSize samples, the last of which may be short.
+ * Extrema of consecutive blocks of samples, and the sums of groups of such blocks. The last block
+ * and the last group may be short.
  *
- * @param blockSize             at least 1, at most 32768
- * @param minima, maxima, sums  one entry for each block; a block without a finite sample has its
- *                              minimum above its maximum and sum 0
+ * @param blockSize       samples of a block, at least 1
+ * @param blocksInSum     blocks of a group, at least 1; at most 32768 samples
+ * @param minima, maxima  one entry for each block; one without a finite sample has its minimum
+ *                        above its maximum
+ * @param sums            one entry for each group
  * @return true if all samples are finite
  */
 template <typename T>
-bool summarizeBlocks(const T *samples, size_t n, size_t blockSize, T *minima, T *maxima,
-                     double *sums);
+bool summarizeBlocks(const T *samples, size_t n, size_t blockSize, size_t blocksInSum, T *minima,
+                     T *maxima, double *sums);
 
 extern template TELLARIX_CORE_API Extrema<int> summarize(const int *, size_t);
 extern template TELLARIX_CORE_API Extrema<float> summarize(const float *, size_t);
@@ -64,17 +73,21 @@ TELLARIX_CORE_API bool findExtrema(const float *, size_t, float &, float &);
 template <>
 TELLARIX_CORE_API bool findExtrema(const double *, size_t, double &, double &);
 template <>
-TELLARIX_CORE_API void findRunExtrema(const int *, const int *, size_t, int *, int *);
+TELLARIX_CORE_API void findRunExtrema(const int *, const int *, size_t, int *, int *, const int *,
+                                      const int *);
 template <>
-TELLARIX_CORE_API void findRunExtrema(const float *, const int *, size_t, float *, float *);
+TELLARIX_CORE_API void findRunExtrema(const float *, const int *, size_t, float *, float *,
+                                      const float *, const float *);
 template <>
-TELLARIX_CORE_API void findRunExtrema(const double *, const int *, size_t, double *, double *);
+TELLARIX_CORE_API void findRunExtrema(const double *, const int *, size_t, double *, double *,
+                                      const double *, const double *);
 template <>
-TELLARIX_CORE_API bool summarizeBlocks(const int *, size_t, size_t, int *, int *, double *);
+TELLARIX_CORE_API bool summarizeBlocks(const int *, size_t, size_t, size_t, int *, int *, double *);
 template <>
-TELLARIX_CORE_API bool summarizeBlocks(const float *, size_t, size_t, float *, float *, double *);
+TELLARIX_CORE_API bool summarizeBlocks(const float *, size_t, size_t, size_t, float *, float *,
+                                       double *);
 template <>
-TELLARIX_CORE_API bool summarizeBlocks(const double *, size_t, size_t, double *, double *,
+TELLARIX_CORE_API bool summarizeBlocks(const double *, size_t, size_t, size_t, double *, double *,
                                        double *);
 
 } // namespace Math

@@ -1,8 +1,11 @@
 #include <tellarix/core/records/envelope.h>
 
+#include <hwy/cache_control.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 
 namespace Tellarix {
 namespace {
@@ -19,6 +22,10 @@ constexpr size_t RememberedTails = 4;
 constexpr int UsualColumns = 8192;
 /** Samples converted, or columns worked out, at a time. */
 constexpr int ChunkSize = 256;
+/** How many records ahead a record, its array and its samples are fetched into the cache. */
+constexpr int RecordAhead = 16;
+constexpr int ArrayAhead = 11;
+constexpr int SamplesAhead = 6;
 
 /** Where a stretch was left for another one. */
 struct Tail
@@ -48,25 +55,37 @@ EnvelopeColumn crossing(const EnvelopeColumn &a, const EnvelopeColumn &b, double
     return pointAt(x, a.last + share * (b.first - a.last));
 }
 
+/** What follows from a sampling frequency. */
+struct SampleGrid
+{
+    double samplingFrequency{0};
+    double step{0}; /**< between samples in pixels */
+    double samplesPerPixel{0};
+    int alignment{1}; /**< samples at whose multiples column edges lie, a power of two */
+};
+
 class EnvelopeBuilder
 {
 public:
     EnvelopeBuilder(const RecordSequence &records, const Core::TimeWindow &window,
-                    double pixelsPerSecond, EnvelopeDetail detail);
+                    double pixelsPerSecond, EnvelopeDetail detail, Envelope &envelope);
 
-    Envelope build();
+    void build();
 
 private:
     double xOf(Core::Time time) const;
+    double doubleColumnEnd(int column) const;
 
     bool fitsColumn(const RecordSpan &span) const;
     bool widenOpenColumn(const RecordSpan &span);
     void addSpan(const RecordSpan &span);
+    void prefetch(int index, int last) const;
+    const SampleGrid &gridOf(double samplingFrequency);
     void addRecord(const Record *record, const RecordSpan &span);
     void addSamples(const NumericArray &data, int first, int last, double x, double step);
-    void addColumns(const NumericArray &data, int first, int last, double x, double step);
+    void addColumns(const NumericArray &data, int first, int last, double x, bool isFinite);
     void addRuns(const NumericArray &data, const int *columns, const int *edges, int count,
-                 double x, double step);
+                 double x, double step, bool isFinite);
     void addTornRun(const NumericArray &data, int column, int first, int last, double x,
                     double step);
 
@@ -84,12 +103,14 @@ private:
     double _pixelsPerSecond;
     double _startUSecs;
     double _pixelsPerUSec;
+    double _uSecsPerPixel;
     double _longestSnapped;     /**< of records in microseconds */
     double _longestInterval;    /**< of dense samples, in seconds */
     double _doubleColumnEnd{0}; /**< twice the microseconds where the open column ends */
     EnvelopeDetail _detail;
     int _columnCount;
-    Envelope _envelope;
+    SampleGrid _grid;
+    Envelope &_envelope;
     EnvelopeStretch _open{0, 0, EnvelopeStretch::Begin};
     bool _openIsDense{false};
     bool _previousIsDense{false};
@@ -99,11 +120,12 @@ private:
 };
 
 EnvelopeBuilder::EnvelopeBuilder(const RecordSequence &records, const Core::TimeWindow &window,
-                                 double pixelsPerSecond, EnvelopeDetail detail)
+                                 double pixelsPerSecond, EnvelopeDetail detail, Envelope &envelope)
     : _records(records), _window(window), _pixelsPerSecond(pixelsPerSecond),
       _startUSecs(static_cast<double>(window.startTime().usecs())),
-      _pixelsPerUSec(pixelsPerSecond * 1E-6), _longestSnapped(SnappedRecord / _pixelsPerUSec),
-      _longestInterval(1 / (pixelsPerSecond * DenseSamples)), _detail(detail)
+      _pixelsPerUSec(pixelsPerSecond * 1E-6), _uSecsPerPixel(1 / _pixelsPerUSec),
+      _longestSnapped(SnappedRecord / _pixelsPerUSec),
+      _longestInterval(1 / (pixelsPerSecond * DenseSamples)), _detail(detail), _envelope(envelope)
 {
     constexpr double MostColumns = 1 << 24;
     constexpr double Rounding = 1E-6;
@@ -116,7 +138,12 @@ double EnvelopeBuilder::xOf(Core::Time time) const
     return (static_cast<double>(time.usecs()) - _startUSecs) * _pixelsPerUSec;
 }
 
-Envelope EnvelopeBuilder::build()
+double EnvelopeBuilder::doubleColumnEnd(int column) const
+{
+    return 2 * (_startUSecs + (column + 1) * _uSecsPerPixel);
+}
+
+void EnvelopeBuilder::build()
 {
     const int first = std::max(0, _records.firstEndingAfter(_window.startTime()) - 1);
     const int last = std::min(_records.size(), _records.firstStartingFrom(_window.endTime()) + 1);
@@ -130,14 +157,15 @@ Envelope EnvelopeBuilder::build()
             const RecordSpan &span = _records.widestSpan(i, last, longest, next);
             if (widenOpenColumn(span))
                 continue;
-            if (fitsColumn(span))
+            if (fitsColumn(span)) {
                 addSpan(span);
-            else
-                addRecord(_records.at(i), span);
+                continue;
+            }
+            prefetch(i, last);
+            addRecord(_records.at(i), span);
         }
     }
     closeStretch();
-    return std::move(_envelope);
 }
 
 /** True if @p span can be drawn without a look at its samples. */
@@ -180,6 +208,42 @@ void EnvelopeBuilder::addSpan(const RecordSpan &span)
         true);
 }
 
+/** Has what the records behind record @p index need on the way by the time that it is read. */
+void EnvelopeBuilder::prefetch(int index, int last) const
+{
+    if (index + RecordAhead < last)
+        hwy::Prefetch(_records.at(index + RecordAhead));
+    if (index + ArrayAhead < last)
+        hwy::Prefetch(_records.at(index + ArrayAhead)->data());
+    if (index + SamplesAhead >= last)
+        return;
+
+    const Record *record = _records.at(index + SamplesAhead);
+    const double spacing = record->samplingFrequency() / _pixelsPerSecond;
+    if (!record->data() || !(spacing >= DenseSamples))
+        return;
+    const double x = xOf(_records.spans()[index + SamplesAhead].start);
+    record->data()->prefetchRuns((columnAt(x) + 1 - x) * spacing, spacing);
+}
+
+/** Divisions that need not be done for each record. */
+const SampleGrid &EnvelopeBuilder::gridOf(double samplingFrequency)
+{
+    if (samplingFrequency == _grid.samplingFrequency)
+        return _grid;
+
+    _grid.samplingFrequency = samplingFrequency;
+    _grid.step = _pixelsPerSecond / samplingFrequency;
+    _grid.samplesPerPixel = 1 / _grid.step;
+    _grid.alignment = 1;
+    int block = NumericArray::BlockSize;
+    for (int level = 0; level < NumericArray::Levels; ++level, block *= NumericArray::BlockRatio) {
+        if (_grid.step * block * SnappedBlocks <= 1)
+            _grid.alignment = block;
+    }
+    return _grid;
+}
+
 void EnvelopeBuilder::addRecord(const Record *record, const RecordSpan &span)
 {
     if (span.end <= span.start || record->dataType() == DataType::Char)
@@ -187,20 +251,24 @@ void EnvelopeBuilder::addRecord(const Record *record, const RecordSpan &span)
 
     const NumericArray &data = *record->data();
     const double x = xOf(span.start);
-    const double step = _pixelsPerSecond / record->samplingFrequency();
+    const double step = gridOf(record->samplingFrequency()).step;
     if (!(step > 0))
         return;
 
-    const double before = std::ceil(-x / step) - 1;
-    const double behind = std::ceil((_columnCount - x) / step) + 1;
-    const int first = static_cast<int>(std::clamp(before, 0.0, data.size() - 1.0));
-    const int last = static_cast<int>(std::clamp(behind, first + 1.0, double(data.size())));
+    int first = 0;
+    int last = data.size();
+    if (x < 0 || x + last * step > _columnCount) {
+        const double before = std::ceil(-x / step) - 1;
+        const double behind = std::ceil((_columnCount - x) / step) + 1;
+        first = static_cast<int>(std::clamp(before, 0.0, data.size() - 1.0));
+        last = static_cast<int>(std::clamp(behind, first + 1.0, double(data.size())));
+    }
 
     join(span);
     if (_detail == EnvelopeDetail::EverySample || step * DenseSamples > 1 || last - first == 1)
         addSamples(data, first, last, x, step);
     else
-        addColumns(data, first, last, x, step);
+        addColumns(data, first, last, x, span.isWhole);
 }
 
 void EnvelopeBuilder::addSamples(const NumericArray &data, int first, int last, double x,
@@ -221,16 +289,11 @@ void EnvelopeBuilder::addSamples(const NumericArray &data, int first, int last, 
 }
 
 void EnvelopeBuilder::addColumns(const NumericArray &data, int first, int last, double x,
-                                 double step)
+                                 bool isFinite)
 {
-    int64_t alignment = 1;
-    int64_t block = NumericArray::BlockSize;
-    for (int level = 0; level < NumericArray::Levels; ++level, block *= NumericArray::BlockRatio) {
-        if (step * static_cast<double>(block) * SnappedBlocks <= 1)
-            alignment = block;
-    }
-
-    const double samplesPerPixel = 1 / step;
+    const double step = _grid.step;
+    const double samplesPerPixel = _grid.samplesPerPixel;
+    const int64_t alignment = _grid.alignment;
     int columns[ChunkSize];
     int edges[ChunkSize + 1];
     int column = columnAt(x + first * step);
@@ -243,7 +306,7 @@ void EnvelopeBuilder::addColumns(const NumericArray &data, int first, int last, 
             if (edge < last) {
                 to = static_cast<int64_t>(edge);
                 to += edge > static_cast<double>(to);
-                to = (to + alignment / 2) / alignment * alignment;
+                to = (to + alignment / 2) & -alignment;
             }
             if (to <= from)
                 continue;
@@ -251,14 +314,14 @@ void EnvelopeBuilder::addColumns(const NumericArray &data, int first, int last, 
             columns[count] = column;
             edges[++count] = from;
         }
-        addRuns(data, columns, edges, count, x, step);
+        addRuns(data, columns, edges, count, x, step, isFinite);
     }
 }
 
 void EnvelopeBuilder::addRuns(const NumericArray &data, const int *columns, const int *edges,
-                              int count, double x, double step)
+                              int count, double x, double step, bool isFinite)
 {
-    if (data.firstNonFinite(edges[0], edges[count]) < edges[count]) {
+    if (!isFinite && data.firstNonFinite(edges[0], edges[count]) < edges[count]) {
         for (int i = 0; i < count; ++i)
             addTornRun(data, columns[i], edges[i], edges[i + 1], x, step);
         return;
@@ -266,11 +329,19 @@ void EnvelopeBuilder::addRuns(const NumericArray &data, const int *columns, cons
 
     SampleRun runs[ChunkSize];
     data.summarizeRuns(edges, count, runs);
-    for (int i = 0; i < count; ++i) {
-        add({columns[i], x + edges[i] * step, x + (edges[i + 1] - 1) * step, runs[i].first,
-             runs[i].minimum, runs[i].maximum, runs[i].last},
-            true);
-    }
+    const auto columnOf = [&](int i) {
+        return EnvelopeColumn{columns[i],    x + edges[i] * step, x + (edges[i + 1] - 1) * step,
+                              runs[i].first, runs[i].minimum,     runs[i].maximum,
+                              runs[i].last};
+    };
+    // Only the first ones can fall into the open column.
+    int i = 0;
+    do
+        add(columnOf(i), true);
+    while (++i < count && columns[i] <= _envelope.columns.back().column);
+    for (; i < count; ++i)
+        _envelope.columns.push_back(columnOf(i));
+    _doubleColumnEnd = doubleColumnEnd(_envelope.columns.back().column);
 }
 
 /** Keeps what joins the columns at both sides and takes all between holes as one stretch. */
@@ -280,7 +351,7 @@ void EnvelopeBuilder::addTornRun(const NumericArray &data, int column, int first
     const auto addFinite = [&](int from, int to) {
         const int edges[] = {from, to};
         if (from < to)
-            addRuns(data, &column, edges, 1, x, step);
+            addRuns(data, &column, edges, 1, x, step, true);
     };
     const int hole = data.firstNonFinite(first, last);
     addFinite(first, hole);
@@ -333,7 +404,7 @@ void EnvelopeBuilder::add(EnvelopeColumn column, bool merge)
         _openIsDense = merge;
     if (begins || !merge || columns.back().column != column.column) {
         columns.push_back(column);
-        _doubleColumnEnd = 2 * (_startUSecs + (column.column + 1) / _pixelsPerUSec);
+        _doubleColumnEnd = doubleColumnEnd(column.column);
         return;
     }
     EnvelopeColumn &open = columns.back();
@@ -378,17 +449,21 @@ void EnvelopeBuilder::closeStretch()
 
 void EnvelopeBuilder::widenRange(const EnvelopeStretch &stretch)
 {
+    constexpr double Infinity = std::numeric_limits<double>::infinity();
+    double minimum = Infinity;
+    double maximum = -Infinity;
     for (size_t i = stretch.begin; i < stretch.end; ++i) {
         const EnvelopeColumn &column = _envelope.columns[i];
         if (column.column < 0 || column.column >= _columnCount)
             continue;
-        if (_envelope.minimum > _envelope.maximum) {
-            _envelope.minimum = column.minimum;
-            _envelope.maximum = column.maximum;
-        }
-        _envelope.minimum = std::min(_envelope.minimum, column.minimum);
-        _envelope.maximum = std::max(_envelope.maximum, column.maximum);
+        minimum = std::min(minimum, column.minimum);
+        maximum = std::max(maximum, column.maximum);
     }
+    if (minimum > maximum)
+        return;
+    const bool isFirst = _envelope.minimum > _envelope.maximum;
+    _envelope.minimum = isFirst ? minimum : std::min(_envelope.minimum, minimum);
+    _envelope.maximum = isFirst ? maximum : std::max(_envelope.maximum, maximum);
 }
 
 bool EnvelopeBuilder::mergesIntoPrevious(const EnvelopeStretch &stretch) const
@@ -432,9 +507,22 @@ void EnvelopeBuilder::cutStretch(EnvelopeStretch &stretch)
 Envelope makeEnvelope(const RecordSequence &records, const Core::TimeWindow &window,
                       double pixelsPerSecond, EnvelopeDetail detail)
 {
+    Envelope envelope;
+    makeEnvelope(envelope, records, window, pixelsPerSecond, detail);
+    return envelope;
+}
+
+void makeEnvelope(Envelope &envelope, const RecordSequence &records, const Core::TimeWindow &window,
+                  double pixelsPerSecond, EnvelopeDetail detail)
+{
+    const Envelope empty;
+    envelope.columns.clear();
+    envelope.stretches.clear();
+    envelope.minimum = empty.minimum;
+    envelope.maximum = empty.maximum;
     if (window.isEmpty() || !(pixelsPerSecond > 0) || !std::isfinite(pixelsPerSecond))
-        return {};
-    return EnvelopeBuilder(records, window, pixelsPerSecond, detail).build();
+        return;
+    EnvelopeBuilder(records, window, pixelsPerSecond, detail, envelope).build();
 }
 
 } // namespace Tellarix

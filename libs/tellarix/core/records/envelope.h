@@ -69,5 +69,9 @@ enum class EnvelopeDetail
 TELLARIX_CORE_API Envelope makeEnvelope(const RecordSequence &records,
                                         const Core::TimeWindow &window, double pixelsPerSecond,
                                         EnvelopeDetail detail = EnvelopeDetail::Columns);
+/** The same into @p envelope, whose memory is used again. */
+TELLARIX_CORE_API void makeEnvelope(Envelope &envelope, const RecordSequence &records,
+                                    const Core::TimeWindow &window, double pixelsPerSecond,
+                                    EnvelopeDetail detail = EnvelopeDetail::Columns);
 
 } // namespace Tellarix

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <tellarix/core/baseobject.h>
+#include <tellarix/core/math/extrema.h>
 
 #include <cstdint>
 
@@ -54,14 +55,15 @@ struct SampleRun
 /**
  * A contiguous array of samples of one numeric type, behind a common interface.
  *
- * The array can carry a pyramid: minimum, maximum and sum of each 128, 2048 and 32768 samples.
- * With it summary() and extrema() cost at most a few hundred samples, however long the range.
+ * The array can carry a pyramid: minimum and maximum of each 64, 1024 and 16384 samples, and from
+ * the second level on their sum. With it extrema() costs at most a few hundred samples and
+ * summary() two thousand, however long the range.
  */
 class TELLARIX_CORE_API NumericArray : public Core::BaseObject
 {
 public:
     /** Samples in a block of the lowest level; each further level takes BlockRatio of them. */
-    static constexpr int BlockSize = 128;
+    static constexpr int BlockSize = Math::ExtremaBlock;
     static constexpr int BlockRatio = 16;
     static constexpr int Levels = 3;
 
@@ -99,6 +101,14 @@ public:
      * @param edges  strictly ascending indices in the array, one more than there are runs
      */
     virtual void summarizeRuns(const int *edges, int count, SampleRun *runs) const = 0;
+
+    /**
+     * Fetches into the cache what summarizeRuns() will read for runs that border on each other at
+     * samples @p firstEdge, @p firstEdge + @p spacing and so on; of long arrays only the begin.
+     * Takes effect some hundred nanoseconds later.
+     * @param spacing  above 0
+     */
+    virtual void prefetchRuns(double firstEdge, double spacing) const = 0;
 
     /** Index of the first sample from @p first up to @p last that is not finite; the end of the
      *  range, cut to the array, if all are. Skips whole blocks with the pyramid. */

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <limits>
 #include <new>
+#include <numeric>
 #include <type_traits>
 
 namespace Tellarix {
@@ -21,8 +22,8 @@ constexpr int Levels = NumericArray::Levels;
 template <typename T>
 constexpr bool HasSummary = !std::is_same_v<T, char>;
 
-/** Where the entries of each level begin; the last number is the count of all entries. A level that
- *  would have a single entry is left out. */
+/** Where the entries of each level begin; the last number is the count of all entries. There is no
+ *  level above one of a single entry. */
 struct LevelOffsets
 {
     explicit LevelOffsets(int samples)
@@ -30,12 +31,14 @@ struct LevelOffsets
         int entries = samples / BlockSize + (samples % BlockSize != 0);
         for (int level = 0; level < Levels; ++level) {
             begin[level + 1] = begin[level] + entries;
-            entries = entries > BlockRatio ? (entries + BlockRatio - 1) / BlockRatio : 0;
+            entries = entries > 1 ? (entries + BlockRatio - 1) / BlockRatio : 0;
         }
     }
 
     int entries(int level) const { return begin[level + 1] - begin[level]; }
     int total() const { return begin[Levels]; }
+    /** Entries of the lowest level have no sum. */
+    int sums() const { return total() - entries(0); }
 
     int begin[Levels + 1] = {0, 0, 0, 0};
 };
@@ -73,8 +76,9 @@ size_t allocationSize(int size)
     const size_t samples = static_cast<size_t>(size) * sizeof(T);
     if (!canHavePyramid<T>(size))
         return samples;
-    const size_t entries = static_cast<size_t>(LevelOffsets(size).total());
-    return alignedToDouble(samples) + entries * (sizeof(double) + 2 * sizeof(T));
+    const LevelOffsets offsets(size);
+    return alignedToDouble(samples) + static_cast<size_t>(offsets.sums()) * sizeof(double) +
+           static_cast<size_t>(offsets.total()) * 2 * sizeof(T);
 }
 
 template <typename T>
@@ -123,7 +127,8 @@ SampleSummary toSummary(const Math::Extrema<T> &extrema)
 
 } // namespace
 
-/** Where the three columns of the pyramid lie, all levels of a column behind each other. */
+/** Where the three columns of the pyramid lie, all levels of a column behind each other. Sums begin
+ *  with the second level. */
 template <typename T>
 struct TypedArray<T>::Pyramid
 {
@@ -132,20 +137,24 @@ struct TypedArray<T>::Pyramid
     T *minima;
     T *maxima;
 
+    double &sum(int level, int i) const
+    {
+        return sums[offsets.begin[level] - offsets.begin[1] + i];
+    }
+
     /** Works out a level from the one below. */
     void combine(int level) const
     {
         const int below = offsets.begin[level - 1];
         const int count = offsets.entries(level - 1);
         for (int i = 0; i < offsets.entries(level); ++i) {
-            const int first = below + i * BlockRatio;
-            const int last = below + std::min(count, (i + 1) * BlockRatio);
+            const int first = i * BlockRatio;
+            const int last = std::min(count, first + BlockRatio);
             const int entry = offsets.begin[level] + i;
-            minima[entry] = *std::min_element(minima + first, minima + last);
-            maxima[entry] = *std::max_element(maxima + first, maxima + last);
-            sums[entry] = 0;
-            for (int k = first; k < last; ++k)
-                sums[entry] += sums[k];
+            minima[entry] = *std::min_element(minima + below + first, minima + below + last);
+            maxima[entry] = *std::max_element(maxima + below + first, maxima + below + last);
+            if (level > 1)
+                sum(level, i) = std::accumulate(&sum(level - 1, first), &sum(level - 1, last), 0.0);
         }
     }
 };
@@ -278,7 +287,7 @@ typename TypedArray<T>::Pyramid TypedArray<T>::pyramid() const
     char *base = reinterpret_cast<char *>(_samples) +
                  alignedToDouble(static_cast<size_t>(_size) * sizeof(T));
     auto *sums = reinterpret_cast<double *>(base);
-    auto *minima = reinterpret_cast<T *>(sums + offsets.total());
+    auto *minima = reinterpret_cast<T *>(sums + offsets.sums());
     return {offsets, sums, minima, minima + offsets.total()};
 }
 
@@ -298,8 +307,8 @@ void TypedArray<T>::buildPyramid()
     if constexpr (HasSummary<T>) {
         const Pyramid to = pyramid();
         const bool allFinite =
-            Math::summarizeBlocks(_samples, static_cast<size_t>(_size),
-                                  static_cast<size_t>(BlockSize), to.minima, to.maxima, to.sums);
+            Math::summarizeBlocks(_samples, static_cast<size_t>(_size), BlockSize, BlockRatio,
+                                  to.minima, to.maxima, to.sums);
         for (int level = 1; level < Levels; ++level)
             to.combine(level);
         if (!allFinite)
@@ -329,24 +338,25 @@ void TypedArray<T>::countFinite()
 
 /**
  * Splits a range into runs of samples, for which it calls @p scan(first, last), and runs of pyramid
- * entries, for which it calls @p merge(level, first, last).
+ * entries of level @p lowest and those above, for which it calls @p merge(level, first, last).
  */
 template <typename T>
 template <typename Scan, typename Merge>
-void TypedArray<T>::walk(int first, int last, Scan scan, Merge merge) const
+void TypedArray<T>::walk(int first, int last, int lowest, Scan scan, Merge merge) const
 {
-    Run run = Run{first, last}.parents(_size, BlockSize);
+    const int block = lowest ? BlockSize * BlockRatio : BlockSize;
+    Run run = Run{first, last}.parents(_size, block);
     if (!_hasPyramid || run.isEmpty()) {
         scan(first, last);
         return;
     }
-    if (first < run.first * BlockSize)
-        scan(first, run.first * BlockSize);
-    if (last != _size && run.last * BlockSize < last)
-        scan(run.last * BlockSize, last);
+    if (first < run.first * block)
+        scan(first, run.first * block);
+    if (last != _size && run.last * block < last)
+        scan(run.last * block, last);
 
     const LevelOffsets offsets(_size);
-    for (int level = 0;; ++level) {
+    for (int level = lowest;; ++level) {
         const int entries = offsets.entries(level);
         const bool top = level + 1 == Levels || offsets.entries(level + 1) == 0;
         const Run above = top ? Run{0, 0} : run.parents(entries, BlockRatio);
@@ -383,10 +393,10 @@ SampleSummary TypedArray<T>::summary(int first, int last) const
                 const auto count =
                     _counts ? _counts[static_cast<size_t>(entry)] : samplesOf(level, i, _size);
                 result.add({static_cast<double>(p.minima[entry]),
-                            static_cast<double>(p.maxima[entry]), p.sums[entry], count});
+                            static_cast<double>(p.maxima[entry]), p.sum(level, i), count});
             }
         };
-        walk(first, last, scan, merge);
+        walk(first, last, 1, scan, merge);
     }
     return result;
 }
@@ -411,7 +421,7 @@ bool TypedArray<T>::findExtrema(int first, int last, T &minimum, T &maximum) con
                 maximum = std::max(maximum, p.maxima[i]);
             }
         };
-        walk(first, last, scan, merge);
+        walk(first, last, 0, scan, merge);
     }
     return minimum <= maximum;
 }
@@ -434,16 +444,16 @@ void TypedArray<T>::summarizeRuns(const int *edges, int count, SampleRun *runs) 
 {
     if constexpr (HasSummary<T>) {
         constexpr int Chunk = 64;
-        /** Shorter runs are scanned faster than they are split into blocks. */
-        constexpr int ScannedRun = 8 * BlockSize;
+        /** Shorter runs are put together of the lowest level alone. */
+        constexpr int LongRun = 8 * BlockSize * BlockRatio;
+        const Pyramid blocks = _hasPyramid ? pyramid() : Pyramid{LevelOffsets(0), {}, {}, {}};
         T minima[Chunk];
         T maxima[Chunk];
         while (count > 0) {
             const int n = std::min(Chunk, count);
-            for (int i = 0; i < n; ++i)
-                hwy::Prefetch(_samples + edges[i]);
-            if (!_hasPyramid || edges[n] - edges[0] < n * ScannedRun) {
-                Math::findRunExtrema(_samples, edges, static_cast<size_t>(n), minima, maxima);
+            if (edges[n] - edges[0] < n * LongRun) {
+                Math::findRunExtrema(_samples, edges, static_cast<size_t>(n), minima, maxima,
+                                     blocks.minima, blocks.maxima);
             } else {
                 for (int i = 0; i < n; ++i)
                     findExtrema(edges[i], edges[i + 1], minima[i], maxima[i]);
@@ -457,6 +467,26 @@ void TypedArray<T>::summarizeRuns(const int *edges, int count, SampleRun *runs) 
             runs += n;
             count -= n;
         }
+    }
+}
+
+template <typename T>
+void TypedArray<T>::prefetchRuns(double firstEdge, double spacing) const
+{
+    constexpr int MostEdges = 8;
+    constexpr int Line = 64 / sizeof(T);
+    if (!_hasPyramid)
+        return;
+    const Pyramid blocks = pyramid();
+    hwy::Prefetch(blocks.minima);
+    hwy::Prefetch(blocks.maxima);
+    hwy::Prefetch(_samples);
+    hwy::Prefetch(_samples + _size - 1);
+    for (int i = 0; i < MostEdges && firstEdge < _size; ++i, firstEdge += spacing) {
+        const T *block =
+            _samples + static_cast<int>(std::max(0.0, firstEdge)) / BlockSize * BlockSize;
+        for (int k = 0; k < BlockSize; k += Line)
+            hwy::Prefetch(block + k);
     }
 }
 

@@ -9,7 +9,7 @@ namespace Tellarix {
 /**
  * An array of samples of type @p T: `char`, `int`, `float` or `double`.
  *
- * Samples and pyramid lie in one allocation, whose last 3 percent are kept for the pyramid from
+ * Samples and pyramid lie in one allocation, whose last 4 percent are kept for the pyramid from
  * the start. Arrays below two blocks have no pyramid, nor has text. Whoever asks for writable
  * samples drops the pyramid. New samples are not initialised. A negative size counts as 0.
  */
@@ -57,6 +57,7 @@ public:
     using NumericArray::summary;
     bool extrema(int first, int last, double &minimum, double &maximum) const override;
     void summarizeRuns(const int *edges, int count, SampleRun *runs) const override;
+    void prefetchRuns(double firstEdge, double spacing) const override;
     int firstNonFinite(int first, int last) const override;
     int lastNonFinite(int first, int last) const override;
     void convert(int first, int last, float *target) const override;
@@ -71,7 +72,7 @@ private:
     bool findExtrema(int first, int last, T &minimum, T &maximum) const;
     void dropPyramid();
     template <typename Scan, typename Merge>
-    void walk(int first, int last, Scan scan, Merge merge) const;
+    void walk(int first, int last, int lowest, Scan scan, Merge merge) const;
     template <typename Target>
     void convertTo(int first, int last, Target *target) const;
 
