@@ -101,9 +101,12 @@ void createPolygons(QVector<Polygon> &polygons, const RecordSequence *sequence,
     if (!sequence || !scale.isValid())
         return;
 
-    const Envelope envelope =
-        makeEnvelope(*sequence, window, pixelsPerSecond,
-                     optimize ? EnvelopeDetail::Columns : EnvelopeDetail::EverySample);
+    // Fresh memory for each trace and frame would cost as much as the envelope.
+    static thread_local Envelope reused;
+    Envelope own;
+    Envelope &envelope = optimize ? reused : own;
+    makeEnvelope(envelope, *sequence, window, pixelsPerSecond,
+                 optimize ? EnvelopeDetail::Columns : EnvelopeDetail::EverySample);
     polygons.reserve(static_cast<int>(envelope.stretches.size()));
     for (const EnvelopeStretch &stretch : envelope.stretches) {
         const int pointsPerColumn = optimize ? 4 : 1;
@@ -136,6 +139,7 @@ void RecordPolyline::create(const RecordSequence *sequence, const Core::Time &st
                             double amplMax, double amplOffset, int height, double *minimumResult,
                             double *maximumResult, bool optimize)
 {
+    _ink.reset();
     createPolygons<QPoint>(*this, sequence, {start, end}, pixelsPerSecond,
                            AmplitudeScale(amplMin, amplMax, amplOffset, height), minimumResult,
                            maximumResult, optimize);
@@ -143,13 +147,22 @@ void RecordPolyline::create(const RecordSequence *sequence, const Core::Time &st
 
 void RecordPolyline::draw(QPainter &painter)
 {
-    drawTrace(painter, *this);
+    if (_ink && _ink->spans.size() == static_cast<size_t>(size()))
+        drawTrace(painter, *this, *_ink);
+    else
+        drawTrace(painter, *this);
 }
 
 void RecordPolyline::translate(const QPointF &offset)
 {
+    _ink.reset();
     for (QPolygon &polygon : *this)
         polygon.translate(offset.toPoint());
+}
+
+void RecordPolyline::prepareDrawing()
+{
+    _ink = std::make_shared<TraceInk>(makeTraceInk(*this));
 }
 
 void RecordPolylineF::create(const RecordSequence *sequence, const Core::Time &start,
@@ -157,6 +170,7 @@ void RecordPolylineF::create(const RecordSequence *sequence, const Core::Time &s
                              double amplMax, double amplOffset, int height, double *minimumResult,
                              double *maximumResult, bool optimize)
 {
+    _ink.reset();
     createPolygons<QPointF>(*this, sequence, {start, end}, pixelsPerSecond,
                             AmplitudeScale(amplMin, amplMax, amplOffset, height), minimumResult,
                             maximumResult, optimize);
@@ -164,13 +178,22 @@ void RecordPolylineF::create(const RecordSequence *sequence, const Core::Time &s
 
 void RecordPolylineF::draw(QPainter &painter)
 {
-    drawTrace(painter, *this);
+    if (_ink && _ink->spans.size() == static_cast<size_t>(size()))
+        drawTrace(painter, *this, *_ink);
+    else
+        drawTrace(painter, *this);
 }
 
 void RecordPolylineF::translate(const QPointF &offset)
 {
+    _ink.reset();
     for (QPolygonF &polygon : *this)
         polygon.translate(offset);
+}
+
+void RecordPolylineF::prepareDrawing()
+{
+    _ink = std::make_shared<TraceInk>(makeTraceInk(*this));
 }
 
 } // namespace Gui

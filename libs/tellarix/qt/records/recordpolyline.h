@@ -9,10 +9,14 @@
 #include <QPolygonF>
 #include <QVector>
 
+#include <memory>
+
 class QPainter;
 
 namespace Tellarix {
 namespace Gui {
+
+struct TraceInk;
 
 /** A drawn trace: polygons in pixels, one for each stretch without a gap, times ascending. */
 class TELLARIX_GUI_API AbstractRecordPolyline : public Core::BaseObject
@@ -29,6 +33,11 @@ public:
     virtual void draw(QPainter &painter) = 0;
     /** Moves all points. */
     virtual void translate(const QPointF &offset) = 0;
+    /**
+     * Works out beforehand, and in another thread if need be, what draw() needs. Until create() or
+     * translate() are called, draw() then shows the points as they are now.
+     */
+    virtual void prepareDrawing() = 0;
 };
 
 /**
@@ -62,6 +71,10 @@ public:
     bool isEmpty() const override { return QVector<QPolygon>::isEmpty(); }
     void draw(QPainter &painter) override;
     void translate(const QPointF &offset) override;
+    void prepareDrawing() override;
+
+private:
+    std::shared_ptr<const TraceInk> _ink;
 };
 
 /** A trace with subpixel coordinates; otherwise like RecordPolyline. */
@@ -76,6 +89,10 @@ public:
     bool isEmpty() const override { return QVector<QPolygonF>::isEmpty(); }
     void draw(QPainter &painter) override;
     void translate(const QPointF &offset) override;
+    void prepareDrawing() override;
+
+private:
+    std::shared_ptr<const TraceInk> _ink;
 };
 
 using RecordPolylinePtr = Core::SmartPointer<AbstractRecordPolyline>;

@@ -56,6 +56,23 @@ QPen hairline(const QColor &color)
     return pen;
 }
 
+/** Draws the outermost pixels of @p rect. */
+void drawRectangle(QPainter &painter, const QPen &pen, const QRect &rect)
+{
+    if (pen.style() != Qt::SolidLine || pen.widthF() > 1 || rect.width() < 2 || rect.height() < 2) {
+        painter.setPen(pen);
+        painter.setBrush(Qt::NoBrush);
+        painter.drawRect(rect.adjusted(0, 0, -1, -1));
+        return;
+    }
+    // Many times as fast as drawing the outline.
+    const QBrush brush = pen.brush();
+    painter.fillRect(rect.left(), rect.top(), rect.width(), 1, brush);
+    painter.fillRect(rect.left(), rect.bottom(), rect.width(), 1, brush);
+    painter.fillRect(rect.left(), rect.top() + 1, 1, rect.height() - 2, brush);
+    painter.fillRect(rect.right(), rect.top() + 1, 1, rect.height() - 2, brush);
+}
+
 /** Draws those of @p stretches, in ascending order, that lie in the view and are a pixel wide. */
 void fillStretches(QPainter &painter, const RecordWidget &widget,
                    const std::vector<Core::TimeWindow> &stretches, const QRect &area,
@@ -93,6 +110,7 @@ AbstractRecordPolyline *makePolyline(bool smooth, const RecordSequence &sequence
     const auto fill = [&](auto *polyline) {
         polyline->create(&sequence, widget.leftTime(), widget.rightTime(), widget.timeScale(),
                          lower, upper, offset, height, nullptr, nullptr, optimize);
+        polyline->prepareDrawing();
         return polyline;
     };
     if (smooth)
@@ -518,9 +536,7 @@ void RecordWidget::drawFrame(QPainter &painter, const Look &colors) const
             painter.drawLine(canvas.left(), top, canvas.right(), top);
         }
     }
-    painter.setPen(colors.frame);
-    painter.setBrush(Qt::NoBrush);
-    painter.drawRect(canvas.adjusted(0, 0, -1, -1));
+    drawRectangle(painter, colors.frame, canvas);
 }
 
 // Amplitude axis

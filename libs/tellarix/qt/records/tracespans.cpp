@@ -87,9 +87,11 @@ template <typename Polygon>
 void collectSpans(TraceSpans &spans, const Polygon &polygon, bool turned)
 {
     QPoint previous = uprightPixel(polygon.first(), turned);
+    const int last = uprightPixel(polygon.last(), turned).x();
+    const auto columns = static_cast<size_t>(std::max(0, last - previous.x())) + 1;
     spans.first = previous.x();
-    spans.low.clear();
-    spans.high.clear();
+    spans.low.reserve(columns);
+    spans.high.reserve(columns);
     append(spans, previous.y());
     for (const auto &point : polygon) {
         const QPoint pixel = uprightPixel(point, turned);
@@ -260,8 +262,17 @@ QRect visibleRect(const QPainter &painter)
     return painter.hasClipping() ? visible & painter.clipBoundingRect().toAlignedRect() : visible;
 }
 
-template <typename Polygon>
-void drawDense(QPainter &painter, const QVector<const Polygon *> &polygons, bool turned)
+/** The spans under a pen of @p width pixels; @p thick is room for them. */
+const TraceSpans &thickened(const TraceSpans &spans, int width, TraceSpans &thick)
+{
+    if (width <= 1)
+        return spans;
+    thick = spans;
+    thicken(thick, width);
+    return thick;
+}
+
+void drawDense(QPainter &painter, const TraceInk &ink)
 {
     const QPen pen = painter.pen();
     const QBrush brush = painter.brush();
@@ -271,11 +282,10 @@ void drawDense(QPainter &painter, const QVector<const Polygon *> &polygons, bool
     painter.setPen(Qt::NoPen);
     painter.setBrush(pen.brush());
     painter.setRenderHint(QPainter::Antialiasing, false);
-    TraceSpans spans;
-    for (const Polygon *polygon : polygons) {
-        collectSpans(spans, *polygon, turned);
-        thicken(spans, width);
-        fillSpans(painter, spans, turned);
+    TraceSpans thick;
+    for (const TraceSpans &spans : ink.spans) {
+        if (spans.size() > 0)
+            fillSpans(painter, thickened(spans, width, thick), ink.turned);
     }
     painter.setRenderHint(QPainter::Antialiasing, smooth);
     painter.setBrush(brush);
@@ -283,28 +293,39 @@ void drawDense(QPainter &painter, const QVector<const Polygon *> &polygons, bool
 }
 
 template <typename Polygon>
-void drawPolygons(QPainter &painter, const QVector<Polygon> &polygons)
+TraceInk inkOf(const QVector<Polygon> &polygons)
+{
+    TraceInk ink;
+    ink.turned = !std::all_of(polygons.begin(), polygons.end(), ascendsInX<Polygon>);
+    ink.spans.resize(static_cast<size_t>(polygons.size()));
+    for (int i = 0; i < polygons.size(); ++i) {
+        if (!polygons[i].isEmpty() && isDense(polygons[i], ink.turned))
+            collectSpans(ink.spans[static_cast<size_t>(i)], polygons[i], ink.turned);
+    }
+    return ink;
+}
+
+template <typename Polygon>
+void drawPolygons(QPainter &painter, const QVector<Polygon> &polygons, const TraceInk &ink)
 {
     const Qt::PenStyle style = painter.pen().style();
     if (style == Qt::NoPen)
         return;
 
-    const bool turned = !std::all_of(polygons.begin(), polygons.end(), ascendsInX<Polygon>);
-    QVector<const Polygon *> dense;
-    for (const Polygon &polygon : polygons) {
-        if (polygon.isEmpty())
-            continue;
-        if (style == Qt::SolidLine && isDense(polygon, turned))
-            dense.append(&polygon);
+    bool hasSpans = false;
+    for (int i = 0; i < polygons.size(); ++i) {
+        const Polygon &polygon = polygons[i];
+        if (style == Qt::SolidLine && ink.spans[static_cast<size_t>(i)].size() > 0)
+            hasSpans = true;
         else if (polygon.size() == 1)
             painter.drawPoint(polygon.first());
-        else if (ignoresClipping(painter))
+        else if (!polygon.isEmpty() && ignoresClipping(painter))
             drawClippedPolyline(painter, polygon);
-        else
+        else if (!polygon.isEmpty())
             painter.drawPolyline(polygon);
     }
-    if (!dense.isEmpty())
-        drawDense(painter, dense, turned);
+    if (hasSpans)
+        drawDense(painter, ink);
 }
 
 } // namespace
@@ -328,12 +349,32 @@ void fillSpans(QPainter &painter, const TraceSpans &spans, bool turned)
 
 void drawTrace(QPainter &painter, const QVector<QPolygon> &polygons)
 {
-    drawPolygons(painter, polygons);
+    drawPolygons(painter, polygons, inkOf(polygons));
 }
 
 void drawTrace(QPainter &painter, const QVector<QPolygonF> &polygons)
 {
-    drawPolygons(painter, polygons);
+    drawPolygons(painter, polygons, inkOf(polygons));
+}
+
+TraceInk makeTraceInk(const QVector<QPolygon> &polygons)
+{
+    return inkOf(polygons);
+}
+
+TraceInk makeTraceInk(const QVector<QPolygonF> &polygons)
+{
+    return inkOf(polygons);
+}
+
+void drawTrace(QPainter &painter, const QVector<QPolygon> &polygons, const TraceInk &ink)
+{
+    drawPolygons(painter, polygons, ink);
+}
+
+void drawTrace(QPainter &painter, const QVector<QPolygonF> &polygons, const TraceInk &ink)
+{
+    drawPolygons(painter, polygons, ink);
 }
 
 } // namespace Gui

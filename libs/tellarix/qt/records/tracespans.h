@@ -44,5 +44,22 @@ TELLARIX_GUI_API void fillSpans(QPainter &painter, const TraceSpans &spans, bool
 TELLARIX_GUI_API void drawTrace(QPainter &painter, const QVector<QPolygon> &polygons);
 TELLARIX_GUI_API void drawTrace(QPainter &painter, const QVector<QPolygonF> &polygons);
 
+/** The pixels of a trace under a pen of one pixel. */
+struct TraceInk
+{
+    std::vector<TraceSpans> spans; /**< of each polygon; none of those drawn as polylines */
+    bool turned{false};            /**< time goes along y */
+};
+
+/** Works out what drawTrace() would otherwise find out again for each picture. */
+TELLARIX_GUI_API TraceInk makeTraceInk(const QVector<QPolygon> &polygons);
+TELLARIX_GUI_API TraceInk makeTraceInk(const QVector<QPolygonF> &polygons);
+
+/** Draws polygons with the ink that was made of them. */
+TELLARIX_GUI_API void drawTrace(QPainter &painter, const QVector<QPolygon> &polygons,
+                                const TraceInk &ink);
+TELLARIX_GUI_API void drawTrace(QPainter &painter, const QVector<QPolygonF> &polygons,
+                                const TraceInk &ink);
+
 } // namespace Gui
 } // namespace Tellarix
