@@ -23,9 +23,9 @@ constexpr int UsualColumns = 8192;
 /** Samples converted, or columns worked out, at a time. */
 constexpr int ChunkSize = 256;
 /** How many records ahead a record, its array and its samples are fetched into the cache. */
-constexpr int RecordAhead = 16;
-constexpr int ArrayAhead = 11;
-constexpr int SamplesAhead = 6;
+constexpr int RecordAhead = 8;
+constexpr int ArrayAhead = 5;
+constexpr int SamplesAhead = 3;
 
 /** Where a stretch was left for another one. */
 struct Tail
@@ -86,12 +86,13 @@ private:
     void addColumns(const NumericArray &data, int first, int last, double x, bool isFinite);
     void addRuns(const NumericArray &data, const int *columns, const int *edges, int count,
                  double x, double step, bool isFinite);
+    EnvelopeColumn *appendColumns(int count);
     void addTornRun(const NumericArray &data, int column, int first, int last, double x,
                     double step);
 
     void join(const RecordSpan &span);
     bool isOpenEmpty() const { return _envelope.columns.size() == _open.begin; }
-    void add(EnvelopeColumn column, bool merge);
+    void add(const EnvelopeColumn &column, bool merge);
     void breakStretch(EnvelopeStretch::Cause cause);
     void closeStretch();
     void widenRange(const EnvelopeStretch &stretch);
@@ -329,19 +330,35 @@ void EnvelopeBuilder::addRuns(const NumericArray &data, const int *columns, cons
 
     SampleRun runs[ChunkSize];
     data.summarizeRuns(edges, count, runs);
-    const auto columnOf = [&](int i) {
-        return EnvelopeColumn{columns[i],    x + edges[i] * step, x + (edges[i + 1] - 1) * step,
-                              runs[i].first, runs[i].minimum,     runs[i].maximum,
-                              runs[i].last};
+    const auto fill = [&](EnvelopeColumn &column, int i) {
+        column.column = columns[i];
+        column.firstX = x + edges[i] * step;
+        column.lastX = x + (edges[i + 1] - 1) * step;
+        column.first = runs[i].first;
+        column.minimum = runs[i].minimum;
+        column.maximum = runs[i].maximum;
+        column.last = runs[i].last;
     };
     // Only the first ones can fall into the open column.
+    EnvelopeColumn column;
     int i = 0;
-    do
-        add(columnOf(i), true);
-    while (++i < count && columns[i] <= _envelope.columns.back().column);
+    do {
+        fill(column, i);
+        add(column, true);
+    } while (++i < count && columns[i] <= _envelope.columns.back().column);
+
+    // Filled in place: a copy of what was just written value by value would have to wait for it.
+    EnvelopeColumn *target = appendColumns(count - i);
     for (; i < count; ++i)
-        _envelope.columns.push_back(columnOf(i));
+        fill(*target++, i);
     _doubleColumnEnd = doubleColumnEnd(_envelope.columns.back().column);
+}
+
+EnvelopeColumn *EnvelopeBuilder::appendColumns(int count)
+{
+    const size_t size = _envelope.columns.size();
+    _envelope.columns.resize(size + static_cast<size_t>(count));
+    return _envelope.columns.data() + size;
 }
 
 /** Keeps what joins the columns at both sides and takes all between holes as one stretch. */
@@ -392,19 +409,19 @@ void EnvelopeBuilder::join(const RecordSpan &span)
         add(pointAt(left->x, left->value), false);
 }
 
-void EnvelopeBuilder::add(EnvelopeColumn column, bool merge)
+void EnvelopeBuilder::add(const EnvelopeColumn &column, bool merge)
 {
     std::vector<EnvelopeColumn> &columns = _envelope.columns;
     const bool begins = isOpenEmpty();
     // Whole records and blocks may count to a column before the one where they begin.
-    if (!begins)
-        column.column = std::max(column.column, columns.back().column);
+    const int index = begins ? column.column : std::max(column.column, columns.back().column);
 
     if (begins)
         _openIsDense = merge;
-    if (begins || !merge || columns.back().column != column.column) {
+    if (begins || !merge || columns.back().column != index) {
         columns.push_back(column);
-        _doubleColumnEnd = doubleColumnEnd(column.column);
+        columns.back().column = index;
+        _doubleColumnEnd = doubleColumnEnd(index);
         return;
     }
     EnvelopeColumn &open = columns.back();

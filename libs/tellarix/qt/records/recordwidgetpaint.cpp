@@ -1,6 +1,7 @@
 #include <tellarix/qt/records/recordwidget.h>
 
 #include <tellarix/qt/records/amplitudeaxis_p.h>
+#include <tellarix/qt/records/hairlines_p.h>
 #include <tellarix/qt/records/recordmarker.h>
 #include <tellarix/qt/records/recordwidget_p.h>
 #include <tellarix/qt/records/ruler.h>
@@ -47,30 +48,6 @@ QColor mixed(const QColor &color, const QColor &other, double share)
     const auto mix = [share](double a, double b) { return share * a + (1 - share) * b; };
     return QColor::fromRgbF(mix(color.redF(), other.redF()), mix(color.greenF(), other.greenF()),
                             mix(color.blueF(), other.blueF()), color.alphaF());
-}
-
-QPen hairline(const QColor &color)
-{
-    QPen pen(color, 1);
-    pen.setCosmetic(true);
-    return pen;
-}
-
-/** Draws the outermost pixels of @p rect. */
-void drawRectangle(QPainter &painter, const QPen &pen, const QRect &rect)
-{
-    if (pen.style() != Qt::SolidLine || pen.widthF() > 1 || rect.width() < 2 || rect.height() < 2) {
-        painter.setPen(pen);
-        painter.setBrush(Qt::NoBrush);
-        painter.drawRect(rect.adjusted(0, 0, -1, -1));
-        return;
-    }
-    // Many times as fast as drawing the outline.
-    const QBrush brush = pen.brush();
-    painter.fillRect(rect.left(), rect.top(), rect.width(), 1, brush);
-    painter.fillRect(rect.left(), rect.bottom(), rect.width(), 1, brush);
-    painter.fillRect(rect.left(), rect.top() + 1, 1, rect.height() - 2, brush);
-    painter.fillRect(rect.right(), rect.top() + 1, 1, rect.height() - 2, brush);
 }
 
 /** Draws those of @p stretches, in ascending order, that lie in the view and are a pixel wide. */
@@ -359,8 +336,7 @@ void RecordWidget::drawTimeGrid(QPainter &painter, const QPen &pen, double spaci
         const int x = mapTime(seconds);
         lines.append(QLine(x, canvas.top(), x, canvas.bottom()));
     }
-    painter.setPen(pen);
-    painter.drawLines(lines);
+    drawLines(painter, pen, lines);
 }
 
 /** Lines at round values: of the range that was set, otherwise at the ticks of the axis. */
@@ -383,8 +359,7 @@ void RecordWidget::drawAmplitudeGrid(QPainter &painter, const Look &colors) cons
         if (_drawMode == SameOffset)
             break;
     }
-    painter.setPen(colors.gridMinor);
-    painter.drawLines(lines);
+    drawLines(painter, colors.gridMinor, lines);
 }
 
 /** Lines of the range that was set, at the distances of a ruler's ticks. */
@@ -620,12 +595,11 @@ void RecordWidget::drawAxis(QPainter &painter, const Look &colors, int slot) con
     QVector<QLine> lines{QLine(axis, area.top(), axis, area.bottom())};
     for (const AmplitudeTick &tick : slotTicks(slot, textFont)) {
         const int y = area.top() + tick.y;
-        lines.append(QLine(axis, y, tickEnd, y));
+        lines.append(QLine(std::min(axis, tickEnd), y, std::max(axis, tickEnd), y));
         if (tick.textY - lineHeight / 2 >= top)
             drawText(area.top() + tick.textY, tick.text);
     }
-    painter.setPen(colors.frame);
-    painter.drawLines(lines);
+    drawLines(painter, colors.frame, lines);
 }
 
 } // namespace Gui

@@ -19,17 +19,26 @@ constexpr double DensePoints = 1.5;
 /** Widest pen in pixels; a column looks at as many neighbours. */
 constexpr int WidestPen = 64;
 
-void append(TraceSpans &spans, int y)
+/** The span of a column that is still being widened. */
+struct OpenSpan
 {
-    spans.low.push_back(y);
-    spans.high.push_back(y);
-}
+    int low;
+    int high;
 
-void widenLast(TraceSpans &spans, int y)
-{
-    spans.low.back() = std::min(spans.low.back(), y);
-    spans.high.back() = std::max(spans.high.back(), y);
-}
+    void widen(int y)
+    {
+        low = std::min(low, y);
+        high = std::max(high, y);
+    }
+
+    /** Closes the column and begins the next one at @p y. */
+    void next(TraceSpans &spans, int y)
+    {
+        spans.low.push_back(low);
+        spans.high.push_back(high);
+        low = high = y;
+    }
+};
 
 QPoint pixelOf(const QPoint &point)
 {
@@ -68,7 +77,7 @@ bool isDense(const Polygon &polygon, bool turned)
  * Adds the columns that a line from @p from, which is covered, to @p to passes: half of the way to
  * the next column belongs to each.
  */
-void addLine(TraceSpans &spans, const QPoint &from, const QPoint &to)
+void addLine(TraceSpans &spans, OpenSpan &open, const QPoint &from, const QPoint &to)
 {
     const int64_t distance = to.x() - from.x();
     const int64_t rise = to.y() - from.y();
@@ -77,10 +86,10 @@ void addLine(TraceSpans &spans, const QPoint &from, const QPoint &to)
         // Division truncates, so that the border lies on the side of the start.
         const int64_t part = distance == 1 ? rise / 2 : (2 * i + 1) * rise / (2 * distance);
         const int border = from.y() + static_cast<int>(part);
-        widenLast(spans, border);
-        append(spans, border == to.y() ? border : border + step);
+        open.widen(border);
+        open.next(spans, border == to.y() ? border : border + step);
     }
-    widenLast(spans, to.y());
+    open.widen(to.y());
 }
 
 template <typename Polygon>
@@ -92,17 +101,18 @@ void collectSpans(TraceSpans &spans, const Polygon &polygon, bool turned)
     spans.first = previous.x();
     spans.low.reserve(columns);
     spans.high.reserve(columns);
-    append(spans, previous.y());
+    OpenSpan open{previous.y(), previous.y()};
     for (const auto &point : polygon) {
         const QPoint pixel = uprightPixel(point, turned);
         if (pixel.x() > previous.x()) {
-            addLine(spans, previous, pixel);
+            addLine(spans, open, previous, pixel);
             previous = pixel;
         } else {
-            widenLast(spans, pixel.y());
+            open.widen(pixel.y());
             previous.setY(pixel.y());
         }
     }
+    open.next(spans, 0);
 }
 
 /** Thickens spans to the width of a pen, so that no pixel is covered twice. */
