@@ -42,6 +42,30 @@ void compareRandomRanges(std::mt19937 &random, int n, int rarity, bool pyramid)
     }
 }
 
+/** Cuts finite samples into runs of random length, from single samples to many blocks. */
+template <typename T>
+void compareRuns(std::mt19937 &random, int n, int longest)
+{
+    ArrayPtr array = arrayOf(randomSamples<T>(random, n, 0));
+    array->buildPyramid();
+    std::uniform_int_distribution<int> length(1, longest);
+    std::vector<int> edges{std::min(length(random), n) - 1};
+    while (edges.back() < n)
+        edges.push_back(std::min(n, edges.back() + length(random)));
+
+    std::vector<SampleRun> runs(edges.size() - 1);
+    array->summarizeRuns(edges.data(), static_cast<int>(runs.size()), runs.data());
+    for (size_t i = 0; i < runs.size(); ++i) {
+        const SampleSummary expected = plainSummary(*array, edges[i], edges[i + 1]);
+        const auto place = QStringLiteral("samples %1 to %2 of %3");
+        const QString text = place.arg(edges[i]).arg(edges[i + 1]).arg(n);
+        QVERIFY2(runs[i].minimum == expected.minimum, qPrintable(text));
+        QVERIFY2(runs[i].maximum == expected.maximum, qPrintable(text));
+        QVERIFY2(runs[i].first == array->value(edges[i]), qPrintable(text));
+        QVERIFY2(runs[i].last == array->value(edges[i + 1] - 1), qPrintable(text));
+    }
+}
+
 } // namespace
 
 class SamplesTest : public QObject
@@ -51,6 +75,7 @@ class SamplesTest : public QObject
 private slots:
     void summariesEqualPlainLoops_data();
     void summariesEqualPlainLoops();
+    void runsEqualPlainLoops();
     void extremesOfTheTypesAreKept();
     void writableSamplesDropThePyramid();
     void copiesAreIndependent();
@@ -83,6 +108,20 @@ void SamplesTest::summariesEqualPlainLoops()
         compareRandomRanges<int>(random, size, rarity, pyramid);
         compareRandomRanges<float>(random, size, rarity, pyramid);
         compareRandomRanges<double>(random, size, rarity, pyramid);
+    }
+}
+
+void SamplesTest::runsEqualPlainLoops()
+{
+    std::mt19937 random(11);
+    for (const int size : {1, 63, 128, 129, 191, 500, 512, 1030, 40000}) {
+        for (const int longest : {3, 70, 300, 2000, 30000}) {
+            for (int repeated = 0; repeated < 8; ++repeated) {
+                compareRuns<int>(random, size, longest);
+                compareRuns<float>(random, size, longest);
+                compareRuns<double>(random, size, longest);
+            }
+        }
     }
 }
 

@@ -145,7 +145,8 @@ size_t blocksOf(const T *samples, size_t n, size_t blockSize, size_t blocksInSum
     return finite;
 }
 
-/** Extrema of a run that holds the blocks from @p firstBlock up to @p lastBlock, at least one. */
+/** Extrema of a run of at least ExtremaBlock samples, and of the blocks from @p firstBlock up to
+ *  @p lastBlock in it, at least one. */
 template <typename T>
 void blockRunOf(const T *samples, int first, int last, int firstBlock, int lastBlock,
                 const T *blockMinima, const T *blockMaxima, T &minimum, T &maximum)
@@ -163,8 +164,8 @@ void blockRunOf(const T *samples, int first, int last, int firstBlock, int lastB
     }
 
     // Always a whole block of vectors at each end, some of them more than once, so that there is no
-    // branch that can't be foreseen. What they cover beyond the ends lies in the whole blocks.
-    const int headLast = std::max(first, firstBlock * ExtremaBlock - width);
+    // branch that can't be foreseen. What they cover beyond the ends lies in the run as well.
+    const int headLast = std::min(std::max(first, firstBlock * ExtremaBlock - width), last - width);
     const int tailFirst = std::min(last - width, lastBlock * ExtremaBlock);
     auto low = hn::Set(tag, minimum);
     auto high = hn::Set(tag, maximum);
@@ -193,16 +194,18 @@ void prefetchBlock(const T *samples, int index)
 }
 
 template <typename T>
-void runsOf(const T *samples, const int *edges, size_t runs, T *minima, T *maxima,
+void runsOf(const T *samples, size_t n, const int *edges, size_t runs, T *minima, T *maxima,
             const T *blockMinima, const T *blockMaxima)
 {
     constexpr size_t Ahead = 4;
+    const int size = static_cast<int>(n);
     for (size_t i = 0; i < runs; ++i) {
         const int first = edges[i];
         const int last = edges[i + 1];
         const int firstBlock = (first + ExtremaBlock - 1) / ExtremaBlock;
-        const int lastBlock = last / ExtremaBlock;
-        if (!blockMinima || firstBlock >= lastBlock) {
+        // The last block of all may be short.
+        const int lastBlock = (last == size ? last + ExtremaBlock - 1 : last) / ExtremaBlock;
+        if (!blockMinima || firstBlock >= lastBlock || last - first < ExtremaBlock) {
             extremaOf(samples + first, static_cast<size_t>(last - first), minima[i], maxima[i]);
             continue;
         }
@@ -224,10 +227,10 @@ void runsOf(const T *samples, const int *edges, size_t runs, T *minima, T *maxim
     {                                                                                              \
         return blocksOf(samples, n, blockSize, blocksInSum, minima, maxima, sums);                 \
     }                                                                                              \
-    void runs##Name(const T *samples, const int *edges, size_t runs, T *minima, T *maxima,         \
-                    const T *blockMinima, const T *blockMaxima)                                    \
+    void runs##Name(const T *samples, size_t n, const int *edges, size_t runs, T *minima,          \
+                    T *maxima, const T *blockMinima, const T *blockMaxima)                         \
     {                                                                                              \
-        runsOf(samples, edges, runs, minima, maxima, blockMinima, blockMaxima);                    \
+        runsOf(samples, n, edges, runs, minima, maxima, blockMinima, blockMaxima);                 \
     }
 
 TELLARIX_EXTREMA_OF(Int, int)
@@ -327,25 +330,27 @@ bool summarizeBlocks(const double *samples, size_t n, size_t blockSize, size_t b
 }
 
 template <>
-void findRunExtrema(const int *samples, const int *edges, size_t runs, int *minima, int *maxima,
-                    const int *blockMinima, const int *blockMaxima)
+void findRunExtrema(const int *samples, size_t n, const int *edges, size_t runs, int *minima,
+                    int *maxima, const int *blockMinima, const int *blockMaxima)
 {
-    HWY_DYNAMIC_DISPATCH(runsInt)(samples, edges, runs, minima, maxima, blockMinima, blockMaxima);
+    HWY_DYNAMIC_DISPATCH(runsInt)
+    (samples, n, edges, runs, minima, maxima, blockMinima, blockMaxima);
 }
 
 template <>
-void findRunExtrema(const float *samples, const int *edges, size_t runs, float *minima,
+void findRunExtrema(const float *samples, size_t n, const int *edges, size_t runs, float *minima,
                     float *maxima, const float *blockMinima, const float *blockMaxima)
 {
-    HWY_DYNAMIC_DISPATCH(runsFloat)(samples, edges, runs, minima, maxima, blockMinima, blockMaxima);
+    HWY_DYNAMIC_DISPATCH(runsFloat)
+    (samples, n, edges, runs, minima, maxima, blockMinima, blockMaxima);
 }
 
 template <>
-void findRunExtrema(const double *samples, const int *edges, size_t runs, double *minima,
+void findRunExtrema(const double *samples, size_t n, const int *edges, size_t runs, double *minima,
                     double *maxima, const double *blockMinima, const double *blockMaxima)
 {
     HWY_DYNAMIC_DISPATCH(runsDouble)
-    (samples, edges, runs, minima, maxima, blockMinima, blockMaxima);
+    (samples, n, edges, runs, minima, maxima, blockMinima, blockMaxima);
 }
 
 template Extrema<int> summarize(const int *, size_t);

@@ -38,14 +38,15 @@ template <typename T>
 bool findExtrema(const T *samples, size_t n, T &minimum, T &maximum);
 
 /**
- * Extrema of @p runs neighbouring runs of samples: cheaper than findExtrema() for each.
+ * Extrema of @p runs neighbouring runs of @p n samples: cheaper than findExtrema() for each.
  * @param edges  ascending indices, one more than there are runs: a run takes the samples from its
  *               edge up to the next one
  * @param blockMinima, blockMaxima  extrema of each ExtremaBlock samples, read instead of the
- *               samples of whole blocks inside a run; null if they are not known
+ *               samples of whole blocks inside a run, of which the last of all may be short;
+ *               null if they are not known
  */
 template <typename T>
-void findRunExtrema(const T *samples, const int *edges, size_t runs, T *minima, T *maxima,
+void findRunExtrema(const T *samples, size_t n, const int *edges, size_t runs, T *minima, T *maxima,
                     const T *blockMinima = nullptr, const T *blockMaxima = nullptr);
 
 /**
@@ -73,14 +74,14 @@ TELLARIX_CORE_API bool findExtrema(const float *, size_t, float &, float &);
 template <>
 TELLARIX_CORE_API bool findExtrema(const double *, size_t, double &, double &);
 template <>
-TELLARIX_CORE_API void findRunExtrema(const int *, const int *, size_t, int *, int *, const int *,
-                                      const int *);
+TELLARIX_CORE_API void findRunExtrema(const int *, size_t, const int *, size_t, int *, int *,
+                                      const int *, const int *);
 template <>
-TELLARIX_CORE_API void findRunExtrema(const float *, const int *, size_t, float *, float *,
+TELLARIX_CORE_API void findRunExtrema(const float *, size_t, const int *, size_t, float *, float *,
                                       const float *, const float *);
 template <>
-TELLARIX_CORE_API void findRunExtrema(const double *, const int *, size_t, double *, double *,
-                                      const double *, const double *);
+TELLARIX_CORE_API void findRunExtrema(const double *, size_t, const int *, size_t, double *,
+                                      double *, const double *, const double *);
 template <>
 TELLARIX_CORE_API bool summarizeBlocks(const int *, size_t, size_t, size_t, int *, int *, double *);
 template <>

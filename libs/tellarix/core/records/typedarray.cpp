@@ -452,8 +452,9 @@ void TypedArray<T>::summarizeRuns(const int *edges, int count, SampleRun *runs) 
         while (count > 0) {
             const int n = std::min(Chunk, count);
             if (edges[n] - edges[0] < n * LongRun) {
-                Math::findRunExtrema(_samples, edges, static_cast<size_t>(n), minima, maxima,
-                                     blocks.minima, blocks.maxima);
+                Math::findRunExtrema(_samples, static_cast<size_t>(_size), edges,
+                                     static_cast<size_t>(n), minima, maxima, blocks.minima,
+                                     blocks.maxima);
             } else {
                 for (int i = 0; i < n; ++i)
                     findExtrema(edges[i], edges[i + 1], minima[i], maxima[i]);
