@@ -54,6 +54,14 @@ inline QImage picture(QWidget &widget)
     return image;
 }
 
+/** What a random case was, for the message of its failure. */
+inline QByteArray describe(unsigned seed, const Tellarix::Gui::Ruler &ruler)
+{
+    return QByteArray("seed ") + QByteArray::number(seed) + ": " +
+           QByteArray::number(ruler.lower(), 'g', 17) + " to " +
+           QByteArray::number(ruler.upper(), 'g', 17) + " on " + QByteArray::number(ruler.width());
+}
+
 /** Opens up the labels of a ruler. */
 template <class Base>
 class Probe : public Base

@@ -45,21 +45,6 @@ public:
     QString splash;
     bool valid{true};
 
-    void showMessage(const char *message) override
-    {
-        calls << QStringLiteral("showMessage");
-        Gui::Application::showMessage(message);
-    }
-    void showWarning(const char *message) override
-    {
-        calls << QStringLiteral("showWarning");
-        Gui::Application::showWarning(message);
-    }
-    bool init() override
-    {
-        calls << QStringLiteral("init");
-        return Gui::Application::init();
-    }
     bool run() override
     {
         calls << QStringLiteral("run");
@@ -70,21 +55,11 @@ public:
         calls << QStringLiteral("done");
         Gui::Application::done();
     }
-    void exit(int returnCode) override
-    {
-        calls << QStringLiteral("exit");
-        Gui::Application::exit(returnCode);
-    }
     bool validateParameters() override { return valid; }
     void handleInitializationError(int stage) override
     {
         calls << QStringLiteral("handleInitializationError %1").arg(stage);
         Gui::Application::handleInitializationError(stage);
-    }
-    void handleInterrupt(int signal) override
-    {
-        calls << QStringLiteral("handleInterrupt");
-        Gui::Application::handleInterrupt(signal);
     }
     QString splashImagePath() const override { return splash; }
 };
@@ -106,27 +81,6 @@ class ApplicationTest : public QObject
 
 private slots:
     void initTestCase() { qputenv("XDG_CONFIG_HOME", "/nonexistent"); }
-
-    void basesReachOverrides()
-    {
-        Arguments arguments;
-        TestApplication application(arguments);
-        System::Application *base = System::Application::Instance();
-        QVERIFY(base == &application);
-        QVERIFY(Client::Application::Instance() == &application);
-        QVERIFY(Gui::Application::Instance() == &application);
-
-        QTest::ignoreMessage(QtWarningMsg, "careful");
-        base->showMessage("hello");
-        base->showWarning("careful");
-        QVERIFY(base->init());
-        QVERIFY(base->run());
-        base->exit(0);
-        base->done();
-        application.calls.removeDuplicates();
-        QCOMPARE(application.calls,
-                 QStringList({"showMessage", "showWarning", "init", "run", "exit", "done"}));
-    }
 
     void baseDestructorDestroysAll()
     {
@@ -153,31 +107,17 @@ private slots:
         QCOMPARE(host.applicationName(), QStringLiteral("host"));
     }
 
-    void offersOptionsByFlags_data()
-    {
-        QTest::addColumn<int>("flags");
-        QTest::addColumn<QByteArray>("option");
-        QTest::addColumn<bool>("offered");
-        QTest::newRow("database") << int(Gui::Application::WantDatabase)
-                                  << QByteArray("--database=sqlite:///x") << true;
-        QTest::newRow("no database") << int(Gui::Application::WantRecordStream)
-                                     << QByteArray("--database=sqlite:///x") << false;
-        QTest::newRow("records") << int(Gui::Application::WantRecordStream)
-                                 << QByteArray("--record-stream=file:///x") << true;
-        QTest::newRow("no records") << int(Gui::Application::WantDatabase)
-                                    << QByteArray("--record-stream=file:///x") << false;
-    }
     void offersOptionsByFlags()
     {
-        QFETCH(int, flags);
-        QFETCH(QByteArray, option);
-        QFETCH(bool, offered);
-        Arguments arguments({option});
-        TestApplication application(arguments, flags);
-        QCOMPARE(application.init(), offered);
-        const std::string url = option.startsWith("--database") ? application.databaseURL()
-                                                                : application.recordStreamURL();
-        QCOMPARE(!url.empty(), offered);
+        for (const int flag :
+             {Gui::Application::WantDatabase, Gui::Application::WantRecordStream}) {
+            Arguments arguments({"--database=sqlite:///x"});
+            QCOMPARE(TestApplication(arguments, flag).init(),
+                     flag == Gui::Application::WantDatabase);
+            Arguments others({"--record-stream=file:///x"});
+            QCOMPARE(TestApplication(others, flag).init(),
+                     flag == Gui::Application::WantRecordStream);
+        }
     }
 
     void schemeFollowsPalette()
@@ -192,69 +132,38 @@ private slots:
         QVERIFY(&Gui::Scheme::Current() == &application.scheme());
     }
 
-    void runsUntilExit_data()
+    void runsUntilExitWithoutWindows()
     {
-        QTest::addColumn<int>("type");
-        QTest::addColumn<bool>("hasWindow");
-        QTest::newRow("window") << int(Gui::Application::GuiClient) << true;
-        QTest::newRow("no windows at all") << int(Gui::Application::Tty) << false;
-    }
-    void runsUntilExit()
-    {
-        QFETCH(int, type);
-        QFETCH(bool, hasWindow);
         Arguments arguments;
-        TestApplication application(arguments, 0, static_cast<Gui::Application::Type>(type));
-        std::unique_ptr<QWidget> window(hasWindow ? new QWidget : nullptr);
-        application.setMainWidget(window.get());
-        bool wasVisible = false;
-        QTimer::singleShot(10, &application, [&] {
-            wasVisible = window && window->isVisible();
-            static_cast<System::Application &>(application).exit(3);
-        });
+        TestApplication application(arguments, 0, Gui::Application::Tty);
+        QTimer::singleShot(10, &application, [&] { application.exit(3); });
         QCOMPARE(application.exec(), 3);
-        QCOMPARE(wasVisible, hasWindow);
         QCOMPARE(application.calls.last(), QStringLiteral("done"));
-    }
 
-    void exitBeforeTheLoopCounts()
-    {
-        Arguments arguments;
-        TestApplication application(arguments);
-        QWidget window;
-        application.setMainWidget(&window);
+        // An exit before the loop counts too.
         application.exit(4);
         QVERIFY(application.run());
         QCOMPARE(application.returnCode(), 4);
     }
 
-    void endsWithMainWidget_data()
-    {
-        QTest::addColumn<bool>("isDeleted");
-        QTest::newRow("closed") << false;
-        QTest::newRow("deleted") << true;
-    }
     void endsWithMainWidget()
     {
-        QFETCH(bool, isDeleted);
-        Arguments arguments;
-        TestApplication application(arguments);
-        QPointer<QWidget> window = new QWidget;
-        QWidget tornOff;
-        tornOff.show();
-        application.setMainWidget(window);
-        QTimer::singleShot(10, window, [&] {
-            if (isDeleted)
-                window->deleteLater();
-            else
-                window->close();
-        });
-        QTimer::singleShot(5000, &application, [&] { application.exit(9); });
-        QCOMPARE(application.exec(), 0);
-        QVERIFY(tornOff.isVisible());
-        QCOMPARE(application.mainWidget() == nullptr, isDeleted);
-        delete window;
-        QVERIFY(!application.mainWidget());
+        for (const bool isDeleted : {false, true}) {
+            Arguments arguments;
+            TestApplication application(arguments);
+            QPointer<QWidget> window = new QWidget;
+            QWidget tornOff;
+            tornOff.show();
+            application.setMainWidget(window);
+            QTimer::singleShot(10, window, [&] {
+                isDeleted ? window->deleteLater() : static_cast<void>(window->close());
+            });
+            QTimer::singleShot(5000, &application, [&] { application.exit(9); });
+            QCOMPARE(application.exec(), 0);
+            QCOMPARE(application.mainWidget() == nullptr, isDeleted);
+            delete window;
+            QVERIFY(!application.mainWidget());
+        }
     }
 
     void survivesWindowsThatCloseBeforeIt()
@@ -296,37 +205,24 @@ private slots:
         QCOMPARE(interrupts[0][0].toInt(), SIGTERM);
     }
 
-    void splashShowsOnlyWhenAskedFor_data()
-    {
-        QTest::addColumn<int>("flags");
-        QTest::addColumn<bool>("pictureExists");
-        QTest::addColumn<bool>("shown");
-        QTest::newRow("asked for") << int(Gui::Application::ShowSplash) << true << true;
-        QTest::newRow("not asked for") << 0 << true << false;
-        QTest::newRow("no picture") << int(Gui::Application::ShowSplash) << false << false;
-    }
     void splashShowsOnlyWhenAskedFor()
     {
-        QFETCH(int, flags);
-        QFETCH(bool, pictureExists);
-        QFETCH(bool, shown);
         QTemporaryDir folder;
-        Arguments arguments;
-        TestApplication application(arguments, flags);
-        application.splash = folder.filePath(QStringLiteral("splash.png"));
-        if (pictureExists) {
+        for (const int flags : {0, int(Gui::Application::ShowSplash)}) {
+            Arguments arguments;
+            TestApplication application(arguments, flags);
+            application.splash = folder.filePath(QStringLiteral("splash.png"));
             QPixmap picture(80, 40);
             picture.fill(Qt::blue);
             QVERIFY(picture.save(application.splash));
+            QVERIFY(application.init());
+            QCOMPARE(visibleSplash() != nullptr, flags != 0);
+            application.showMessage("Loading inventory");
+            if (flags)
+                QCOMPARE(visibleSplash()->message(), QStringLiteral("Loading inventory"));
+            application.done();
+            QVERIFY(!visibleSplash());
         }
-
-        QVERIFY(application.init());
-        QCOMPARE(visibleSplash() != nullptr, shown);
-        application.showMessage("Loading inventory");
-        if (shown)
-            QCOMPARE(visibleSplash()->message(), QStringLiteral("Loading inventory"));
-        application.done();
-        QVERIFY(!visibleSplash());
     }
 
     void warnsInBoxAboveMainWidget()

