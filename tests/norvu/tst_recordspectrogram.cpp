@@ -38,6 +38,7 @@ private slots:
     void trimsByTime();
     void takesNewTimeBaseAfterReset();
     void passesOverRecordsWithoutSamples();
+    void feedsManyRecordsAsOneBlock();
 };
 
 void RecordSpectrogramTest::convertsSamples()
@@ -139,6 +140,32 @@ void RecordSpectrogramTest::passesOverRecordsWithoutSamples()
     spectrogram.feed(makeRecord(at(5), 10, nullptr).get());
     QVERIFY(spectrogram.isNull());
     QCOMPARE(spectrogram.endTime(), at(5));
+}
+
+void RecordSpectrogramTest::feedsManyRecordsAsOneBlock()
+{
+    // Enough samples for several blocks, each of them big enough for several threads.
+    SpectrogramSettings settings;
+    settings.fromString("periods_log(0.1,10,10,36)");
+    RecordSpectrogram<float> single(settings), together(settings);
+    std::mt19937 random(11);
+    std::vector<RecordCPtr> records;
+    std::vector<const Record *> pointers{nullptr};
+    for (int done = 0; done < 300000; done += 3000) {
+        const auto samples = randomSamples<double>(random, 3000, 2000);
+        records.push_back(makeRecord(at(done / 100.0), 100, arrayOf(samples)));
+        pointers.push_back(records.back().get());
+        single.feed(records.back().get());
+    }
+    together.feed(pointers);
+    QCOMPARE(together.columns(), 300000);
+    QCOMPARE(together.startTime(), at(0));
+    QCOMPARE(together.endTime(), at(3000));
+    QCOMPARE(together.minimum(), single.minimum());
+    QCOMPARE(together.maximum(), single.maximum());
+    const auto isSame = [](float a, float b) { return a == b || (std::isnan(a) && std::isnan(b)); };
+    const size_t size = 300000 * 36;
+    QVERIFY(std::equal(single.data(), single.data() + size, together.data(), isSame));
 }
 
 QTEST_APPLESS_MAIN(RecordSpectrogramTest)

@@ -13,6 +13,13 @@ using Tellarix::Core::TimeSpan;
 namespace Norvu {
 namespace Gui {
 
+namespace {
+
+/** Samples that are collected before they are filtered: enough for several threads. */
+constexpr size_t BlockLength = 1 << 17;
+
+} // namespace
+
 template <typename T>
 RecordSpectrogram<T>::RecordSpectrogram() = default;
 
@@ -24,19 +31,48 @@ RecordSpectrogram<T>::RecordSpectrogram(const SpectrogramSettings &settings)
 template <typename T>
 RecordSpectrogram<T>::~RecordSpectrogram() = default;
 
+/** Takes the times of a record; false if it is not to be fed. */
 template <typename T>
-void RecordSpectrogram<T>::feed(const Tellarix::Record *record)
+bool RecordSpectrogram<T>::begin(const Tellarix::Record *record)
 {
     if (!record || !record->hasEndTime())
-        return;
+        return false;
     if (!_started) {
         this->setSamplingFrequency(record->samplingFrequency());
         _started = true;
         _startTime = record->startTime();
     }
+    _endTime = record->endTime();
+    return true;
+}
+
+template <typename T>
+void RecordSpectrogram<T>::feed(const Tellarix::Record *record)
+{
+    if (!begin(record))
+        return;
     if (const auto samples = Tellarix::TypedArray<T>::From(record->dataArray()))
         this->pushData(samples->size(), samples->typedData());
-    _endTime = record->endTime();
+}
+
+template <typename T>
+void RecordSpectrogram<T>::feed(const std::vector<const Tellarix::Record *> &records)
+{
+    std::vector<T> block;
+    const auto push = [&] {
+        this->pushData(static_cast<int>(block.size()), block.data());
+        block.clear();
+    };
+    for (const Tellarix::Record *record : records) {
+        if (!begin(record) || !record->data())
+            continue;
+        const size_t before = block.size();
+        block.resize(before + static_cast<size_t>(record->sampleCount()));
+        record->data()->convert(0, record->sampleCount(), block.data() + before);
+        if (block.size() >= BlockLength)
+            push();
+    }
+    push();
 }
 
 template <typename T>

@@ -4,6 +4,8 @@
 
 #include <tellarix/core/time.h>
 
+#include <vector>
+
 namespace Tellarix {
 class Record;
 }
@@ -30,6 +32,9 @@ public:
      * is passed over.
      */
     void feed(const Tellarix::Record *record);
+    /** As feed() of each, but faster: many short records count as one big block, which all
+     *  processors share. */
+    void feed(const std::vector<const Tellarix::Record *> &records);
 
     /** Time of column 0; invalid before the first record. */
     const Tellarix::Core::Time &startTime() const { return _startTime; }
@@ -47,6 +52,8 @@ public:
     void resetted() override;
 
 private:
+    bool begin(const Tellarix::Record *record);
+
     bool _started{false};
     Tellarix::Core::Time _startTime;
     Tellarix::Core::Time _endTime;
