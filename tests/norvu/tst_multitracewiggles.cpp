@@ -184,7 +184,8 @@ void MultiTraceWigglesTest::splitsTracesIntoLobes_data()
         << Polygons{line({P(0, 10), P(0, 8), P(2, 10), P(4, 8), P(4, 10)})}
         << Polygons{line({P(2, 10), P(2, 10), P(2, 10)})};
     QTest::newRow("upper lobe is lost at an end on the line")
-        << Polygons{line({P(0, 8), P(2, 10)})} << Polygons()
+        << Polygons{line({P(0, 8), P(2, 10)}), line({P(6, 8)})}
+        << Polygons{line({P(6, 10), P(6, 8), P(6, 10)})}
         << Polygons{line({P(2, 10), P(2, 10), P(2, 10)})};
 }
 
