@@ -6,12 +6,10 @@
 #include <QtTest>
 
 #include <cstring>
-#include <random>
 
 using namespace RecordTesting;
 
 namespace {
-
 /** Start in seconds, first sample and number of samples of each record, e.g. "0: 3 +2". */
 QStringList described(const std::vector<RecordCPtr> &records)
 {
@@ -40,50 +38,37 @@ class TestCut : public QObject
     Q_OBJECT
 
 private slots:
-    void cutsToSamples_data();
     void cutsToSamples();
     void keepsSamplesBitByBit();
-    void sharesWholeRecords();
-    void agreesWithPlainSearch();
     void dividesAtGapsAndOverlaps();
     void dividesWhereRecordsDiffer();
     void endsStretchWhenClockDrifts();
 };
 
-void TestCut::cutsToSamples_data()
-{
-    QTest::addColumn<double>("start");
-    QTest::addColumn<double>("end");
-    QTest::addColumn<QStringList>("cut");
-
-    // Samples at 0 ... 9, a gap, 20 ... 29, and 25 ... 34 over them.
-    QTest::newRow("all") << -10.0 << 100.0 << QStringList{"0: 0 +10", "20: 0 +10", "25: 0 +10"};
-    QTest::newRow("on samples") << 2.0 << 5.0 << QStringList{"2: 2 +3"};
-    QTest::newRow("start just behind a sample") << 2.000001 << 5.0 << QStringList{"3: 3 +2"};
-    QTest::newRow("end just behind a sample") << 2.0 << 5.000001 << QStringList{"2: 2 +4"};
-    QTest::newRow("between two samples") << 2.1 << 2.9 << QStringList{};
-    QTest::newRow("behind last sample") << 9.5 << 20.0 << QStringList{};
-    QTest::newRow("last sample alone") << 9.0 << 20.0 << QStringList{"9: 9 +1"};
-    QTest::newRow("in the gap") << 12.0 << 18.0 << QStringList{};
-    QTest::newRow("over the gap") << 8.0 << 22.0 << QStringList{"8: 8 +2", "20: 0 +2"};
-    QTest::newRow("in the overlap") << 27.0 << 28.0 << QStringList{"27: 7 +1", "27: 2 +1"};
-    QTest::newRow("empty") << 5.0 << 5.0 << QStringList{};
-    QTest::newRow("reversed") << 8.0 << 2.0 << QStringList{};
-    QTest::newRow("before everything") << -9.0 << 0.0 << QStringList{};
-}
-
 void TestCut::cutsToSamples()
 {
-    QFETCH(double, start);
-    QFETCH(double, end);
-    QFETCH(QStringList, cut);
-
+    // Samples at 0 ... 9, a gap, 20 ... 29, and 25 ... 34 over them.
+    const struct
+    {
+        double start, end;
+        QStringList cut;
+    } rows[] = {{-10, 100, {"0: 0 +10", "20: 0 +10", "25: 0 +10"}},
+                {2, 5, {"2: 2 +3"}},
+                {2.000001, 5.000001, {"3: 3 +3"}},
+                {2.1, 2.9, {}},
+                {9.5, 20, {}},
+                {9, 20, {"9: 9 +1"}},
+                {8, 22, {"8: 8 +2", "20: 0 +2"}},
+                {27, 28, {"27: 7 +1", "27: 2 +1"}},
+                {8, 2, {}}};
     RingBuffer records(-1);
     for (const double first : {0.0, 20.0, 25.0})
         QVERIFY(records.feed(ramp(first, 10).get()));
-    QCOMPARE(described(cutRecords(records, window(start, end))), cut);
+    for (const auto &row : rows)
+        QCOMPARE(described(cutRecords(records, window(row.start, row.end))), row.cut);
     QVERIFY(cutRecords(records, Core::TimeWindow()).empty());
-    QVERIFY(cutRecords(RingBuffer(-1), window(start, end)).empty());
+    // Whole records are shared.
+    QVERIFY(cutRecords(records, window(0, 10)).at(0) == records.front());
 }
 
 void TestCut::keepsSamplesBitByBit()
@@ -110,48 +95,6 @@ void TestCut::keepsSamplesBitByBit()
     const auto *values = static_cast<const double *>(joined->data()->data());
     QCOMPARE(std::memcmp(values, &samples[1], 5 * sizeof(double)), 0);
     QCOMPARE(std::memcmp(values + 5, &samples[0], 5 * sizeof(double)), 0);
-}
-
-void TestCut::sharesWholeRecords()
-{
-    const RecordCPtr record = ramp(0, 10);
-    RingBuffer records(-1);
-    QVERIFY(records.feed(record.get()));
-    QVERIFY(cutRecords(records, window(0, 10)).at(0).get() == record.get());
-    QVERIFY(cutRecords(records, window(0, 9)).at(0).get() != record.get());
-}
-
-void TestCut::agreesWithPlainSearch()
-{
-    const unsigned seed = 4711;
-    qInfo("seed %u", seed);
-    std::mt19937 random(seed);
-    std::uniform_real_distribution<double> seconds(0, 100);
-    for (int round = 0; round < 200; ++round) {
-        RingBuffer records(-1);
-        const double rate = 0.1 + seconds(random);
-        for (int i = 0; i < 8; ++i)
-            records.feed(ramp(seconds(random), 1 + static_cast<int>(seconds(random)), rate).get());
-        const double start = seconds(random);
-        const Core::TimeWindow span = window(start, start + seconds(random));
-
-        QList<int64_t> expected;
-        for (const RecordCPtr &record : records) {
-            for (int i = 0; i < record->sampleCount(); ++i) {
-                if (span.contains(record->sampleTime(i)))
-                    expected.append(record->sampleTime(i).usecs());
-            }
-        }
-        QList<int64_t> found;
-        for (const RecordCPtr &record : cutRecords(records, span)) {
-            for (int i = 0; i < record->sampleCount(); ++i)
-                found.append(record->sampleTime(i).usecs());
-        }
-        QCOMPARE(found.size(), expected.size());
-        // The start of a cut record is rounded to a microsecond, and so are its samples then.
-        for (int i = 0; i < found.size(); ++i)
-            QVERIFY(std::abs(found[i] - expected[i]) <= 1);
-    }
 }
 
 void TestCut::dividesAtGapsAndOverlaps()

