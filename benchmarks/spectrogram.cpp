@@ -167,8 +167,34 @@ void hourAtOnceOnOneThread(benchmark::State &state)
     pool->setMaxThreadCount(threads);
 }
 
+/** A record joins an hour and as much leaves it; the plain form moves the columns and looks at all
+ *  values. */
+void recordOfLiveHour(benchmark::State &state)
+{
+    Engine engine;
+    engine.push(Hour, samples().data());
+    std::vector<float> plain(engine.spectrogram.data(), engine.spectrogram.data() + Hour * Bands);
+    QElapsedTimer timer;
+    timer.start();
+    std::copy(plain.begin() + RecordLength * Bands, plain.end(), plain.begin());
+    benchmark::DoNotOptimize(*std::max_element(plain.begin(), plain.end()));
+    benchmark::DoNotOptimize(*std::min_element(plain.begin(), plain.end()));
+    const double plainSeconds = double(timer.nsecsElapsed()) * 1E-9;
+
+    timer.restart();
+    for (auto _ : state) {
+        engine.push(RecordLength, samples().data());
+        const int columns = engine.spectrogram.columns();
+        engine.spectrogram.trimData(columns - Hour, columns, nullptr);
+    }
+    const double seconds = double(timer.nsecsElapsed()) * 1E-9 / double(state.iterations());
+    state.counters["plain_trim_ms"] = plainSeconds * 1E3;
+    state.counters["times_as_fast"] = plainSeconds / seconds;
+}
+
 } // namespace
 
+BENCHMARK(recordOfLiveHour)->Unit(benchmark::kMicrosecond)->Iterations(1500);
 BENCHMARK(hourOfRecords)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(8);
 BENCHMARK(hourAtOnce)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(8);
 BENCHMARK(hourAtOnceOnOneThread)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(8);

@@ -584,8 +584,14 @@ void SpectrogramTest::movesOnWithLiveData()
     all->pushData(Total, samples.data());
     const auto window = spectrogramOf<float>("freqs(1,20,2,5)", 100);
     std::mt19937 random(5);
-    for (int done = 0; done < Total;) {
+    for (int done = 0, pushed = 0; pushed < 2 * Total;) {
+        if (pushed == Total) {
+            window->reset();
+            window->setSamplingFrequency(100);
+            done = 0;
+        }
         const int n = std::min(Total - done, 1 + int(random() % 1500));
+        pushed += n;
         window->pushData(n, samples.data() + done);
         done += n;
         window->trimData(window->columns() - Kept, window->columns(), nullptr);

@@ -32,6 +32,8 @@ namespace Gui {
 namespace {
 
 constexpr int Order = 4;
+/** Columns whose range is kept once it was worked out. */
+constexpr int64_t BlockColumns = 512;
 
 /** Truncated to int; the ends of its range for what lies beyond. */
 int toColumns(double value)
@@ -285,6 +287,8 @@ void Spectrogram<T>::pushData(int n, const T *samples)
         return;
     }
 
+    if (isLimited) // A ring overwrites columns.
+        _blockRanges.clear();
     const bool isFresh = !_data;
     if (!makeRoom(newColumns))
         return;
@@ -336,6 +340,8 @@ void Spectrogram<T>::resetData()
     _data = _block = nullptr;
     _blockColumns = 0;
     _columns = _front = _head = 0;
+    _firstColumn = 0;
+    _blockRanges.clear();
 }
 
 template <typename T>
@@ -370,6 +376,7 @@ void Spectrogram<T>::trimData(int first, int last, int *firstKept)
         *firstKept = begin;
     const size_t rows = static_cast<size_t>(_rows);
     _data += static_cast<size_t>(begin) * rows;
+    _firstColumn += begin;
     if (kept == _columns)
         return;
 
@@ -377,10 +384,54 @@ void Spectrogram<T>::trimData(int first, int last, int *firstKept)
     _front = 0;
     if (kept < _blockColumns / 8)
         reallocate(kept);
+    findRange();
+}
+
+/** Range of the columns from @p first up to @p last. */
+template <typename T>
+ValueRange Spectrogram<T>::rangeOf(int first, int last) const
+{
+    const size_t rows = static_cast<size_t>(_rows);
     T minimum, maximum;
-    if (Tellarix::Math::findExtrema(_data, kept * rows, minimum, maximum)) {
-        _minimum = static_cast<double>(minimum);
-        _maximum = static_cast<double>(maximum);
+    ValueRange range;
+    if (Tellarix::Math::findExtrema(_data + static_cast<size_t>(first) * rows,
+                                    static_cast<size_t>(last - first) * rows, minimum, maximum)) {
+        range.minimum = static_cast<double>(minimum);
+        range.maximum = static_cast<double>(maximum);
+    }
+    return range;
+}
+
+/** Works out the range of all values; without a finite one the range stays. */
+template <typename T>
+void Spectrogram<T>::findRange()
+{
+    const int64_t end = _firstColumn + _columns;
+    const int64_t first = (_firstColumn + BlockColumns - 1) / BlockColumns;
+    const int64_t last = std::max(first, end / BlockColumns);
+    const int64_t known = static_cast<int64_t>(_blockRanges.size());
+    const int64_t gone = std::clamp<int64_t>(first - _firstBlock, 0, known);
+    _blockRanges.erase(_blockRanges.begin(), _blockRanges.begin() + gone);
+    _blockRanges.resize(static_cast<size_t>(std::min(known - gone, last - first)));
+    _firstBlock = first;
+
+    const auto columnOf = [this](int64_t block) {
+        return static_cast<int>(block * BlockColumns - _firstColumn);
+    };
+    for (int64_t block = first + static_cast<int64_t>(_blockRanges.size()); block < last; ++block)
+        _blockRanges.push_back(rangeOf(columnOf(block), columnOf(block + 1)));
+    ValueRange range;
+    if (first < last) {
+        range = rangeOf(0, columnOf(first));
+        range.widen(rangeOf(columnOf(last), _columns));
+    } else {
+        range = rangeOf(0, _columns);
+    }
+    for (const ValueRange &block : _blockRanges)
+        range.widen(block);
+    if (range.minimum <= range.maximum) {
+        _minimum = range.minimum;
+        _maximum = range.maximum;
     }
 }
 

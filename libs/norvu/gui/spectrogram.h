@@ -6,6 +6,7 @@
 #include <tellarix/core/baseobject.h>
 #include <tellarix/core/math/filter.h>
 
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -102,6 +103,8 @@ private:
     void clearFilters();
     bool makeRoom(int columns);
     bool reallocate(int columns);
+    ValueRange rangeOf(int first, int last) const;
+    void findRange();
     ValueRange runFilters(int n, const T *samples, const MatrixColumns<T> &target);
     int updatedLimit() const;
 
@@ -115,6 +118,12 @@ private:
     T *_data{nullptr};
     T *_block{nullptr};
     int _blockColumns{0};
+    /** Columns that were trimmed off the front: data() begins with that column of the signal. */
+    int64_t _firstColumn{0};
+    /** Ranges of whole blocks of columns, so that a trim need not look at each value again. Blocks
+     *  are counted along the signal, from _firstBlock on. */
+    std::vector<ValueRange> _blockRanges;
+    int64_t _firstBlock{0};
     int _maxColumns{-1};
     int _columns{0};
     int _front{0};
