@@ -1,0 +1,109 @@
+#pragma once
+
+#include <norvu/api.h>
+#include <norvu/gui/recordspectrogram.h>
+#include <norvu/utils/lut.h>
+
+#include <tellarix/core/baseobject.h>
+#include <tellarix/qt/records/recordwidget.h>
+
+#include <QImage>
+
+#include <deque>
+
+namespace Norvu {
+namespace Gui {
+
+/**
+ * A record widget that paints the spectrogram of one of its slots behind or in front of the traces.
+ *
+ * The spectrogram follows the records of the slot: a sequence handed over at once, records that
+ * arrive live, and what the sequence drops. A gap or a change of rate begins a new stretch, which
+ * starts without history. Nothing is worked out before setSpectrogramEnabled(true), and nothing is
+ * seen before setColorLUT().
+ *
+ * The matrix has a column for each sample of the slot; pictures of it are kept for what is in view.
+ */
+class NORVU_GUI_API SpectrogramRecordWidget : public Tellarix::Gui::RecordWidget
+{
+    Q_OBJECT
+
+public:
+    explicit SpectrogramRecordWidget(QWidget *parent = nullptr);
+    explicit SpectrogramRecordWidget(const Tellarix::DataModel::WaveformStreamID &streamID,
+                                     QWidget *parent = nullptr);
+    ~SpectrogramRecordWidget() override;
+
+    /** Sets the colours of amplitudes; null paints nothing. Not owned; when the content of the
+     *  table changes, set it again. */
+    void setColorLUT(const Utils::LUT<double, unsigned int> *lut);
+
+    /** Sets the axis; the spectrogram is worked out anew. */
+    void setSpectrogramSettings(const SpectrogramSettings &settings);
+    /** Periods between @p lower and @p upper seconds on a logarithmic axis. */
+    void setSpectrogramSettings(double lower, double upper, int divisions, int bands);
+    /** The slot whose records are used; -1, as at the start, for none. */
+    void setSpectrogramSlot(int slot);
+    /** Whether the filtered records of the slot are used instead of the raw ones. */
+    void useFilteredRecords(bool use);
+
+    bool isSpectrogramEnabled() const { return _enabled; }
+    bool isSpectrogramDisplayEnabled() const { return _displayEnabled; }
+
+    /** Forgets the pictures, but not the data. */
+    void clearSpectrogramImages();
+    /**
+     * Appends a record of the slot's sequence to the spectrogram and drops what the sequence has
+     * dropped. A record that begins before the end of what is there is passed over.
+     */
+    void feedSpectrogram(int slot, const Tellarix::Record *record);
+
+    void fed(int slot, const Tellarix::Record *record) override;
+
+public slots:
+    /** Works the spectrogram out anew from the records at hand. */
+    void recordsChanged();
+    /** Whether records are processed at all; off at the start. Turned off, the data is freed. */
+    void setSpectrogramEnabled(bool enable);
+    /** Whether the spectrogram is painted; records are processed in either case. */
+    void setSpectrogramDisplayEnabled(bool enable);
+    void setDrawSpectrogramInFront(bool enable);
+
+protected:
+    void changedRecords(int slot, Tellarix::RecordSequence *sequence) override;
+    void customPaintTracesBegin(QPainter &painter) override;
+    void customPaintTracesEnd(QPainter &painter) override;
+    /** Paints all stretches in view; x is mapTime() of the widget. */
+    virtual void drawSpectrogram(QPainter &painter);
+
+private:
+    /** A stretch without gaps and its picture. */
+    struct SpectrogramItem
+    {
+        Tellarix::Core::SmartPointer<RecordSpectrogram<float>> spectrogram;
+        QImage image;
+        int imageOffset{-1};  /**< column at the left edge of the picture */
+        double imageScale{0}; /**< pixels per second */
+    };
+
+    Tellarix::RecordSequence *spectrogramRecords(int slot) const;
+    bool isAlreadyFed(const Tellarix::Record &record) const;
+    bool continuesLast(const Tellarix::Record &record) const;
+    void widenRange(const SpectrogramItem &item);
+    void trimItems(const Tellarix::Core::TimeWindow &window);
+    void drawItem(QPainter &painter, SpectrogramItem &item);
+
+    std::deque<SpectrogramItem> _items;
+    double _minimum{0}; /**< range of values in all stretches */
+    double _maximum{0};
+    const Utils::LUT<double, unsigned int> *_colorLUT{nullptr};
+    bool _drawInFront{false};
+    bool _displayEnabled{true};
+    bool _enabled{false};
+    bool _useFilteredRecords{false};
+    SpectrogramSettings _settings;
+    int _slot{-1};
+};
+
+} // namespace Gui
+} // namespace Norvu

@@ -1,0 +1,356 @@
+#include "norvu/ink.h"
+
+#include <norvu/gui/spectrogramrecordwidget.h>
+
+#include <tellarix/core/math/filter.h>
+#include <tellarix/core/records/ringbuffer.h>
+#include <tellarix/core/records/typedarray.h>
+
+#include <QtTest>
+
+#include <cmath>
+#include <random>
+
+using namespace Norvu::Gui;
+using namespace Tellarix;
+
+using Table = Norvu::Utils::LUT<double, unsigned int>;
+
+namespace {
+
+constexpr int Width = 400;
+constexpr int Height = 40;
+constexpr double Rate = 20;
+// 4 pixels a second.
+constexpr double ShownSeconds = 100;
+const Core::Time Epoch = Core::Time(2024, 1, 5);
+
+Core::Time timeAt(double seconds)
+{
+    return Epoch + Core::TimeSpan(seconds);
+}
+
+/** Noise from @p start on, with a pulse at @p pulse; times are in seconds. */
+RecordCPtr makeRecord(double start, double length, double rate = Rate, double pulse = -1e6)
+{
+    const auto count = static_cast<int>(std::lround(length * rate));
+    Core::SmartPointer<DoubleArray> samples(new DoubleArray(count));
+    std::minstd_rand random(static_cast<unsigned>(start * 10 + 1));
+    for (int i = 0; i < count; ++i)
+        samples->typedData()[i] = 0.001 * (static_cast<int>(random() % 2001) - 1000);
+    const auto at = static_cast<int>(std::lround((pulse - start) * rate));
+    if (at >= 0 && at < count)
+        samples->typedData()[at] = 10000;
+    return new Record(StreamCodes::FromID("GE.APE..BHZ"), timeAt(start), rate, samples);
+}
+
+/** All values are opaque: noise is bluish, what is far above it green. */
+const Table &table()
+{
+    static const Table result = [] {
+        Table filled;
+        filled.fill(0, 100, [](double value) {
+            const int level = 40 + static_cast<int>(value * 20);
+            return value < 10 ? qRgb(level, level, 255) : qRgb(0, 255, 0);
+        });
+        return filled;
+    }();
+    return result;
+}
+
+/** Four pixels a second, with the spectrogram of slot 0 and without its traces. */
+class Widget : public SpectrogramRecordWidget
+{
+public:
+    explicit Widget(int capacity = 0)
+    {
+        setAutoFillBackground(true);
+        resize(Width, Height);
+        setAlignment(Epoch);
+        setTimeRange(0, ShownSeconds);
+        setTimeScale(Width / ShownSeconds);
+        setRecords(0, new RingBuffer(capacity), true);
+        setRecordVisible(0, false);
+        setSpectrogramSettings(0.2, 2, 3, 8);
+        setSpectrogramSlot(0);
+        setColorLUT(&table());
+        setSpectrogramEnabled(true);
+    }
+
+    void feed(const RecordCPtr &record)
+    {
+        records(0)->feed(record.get());
+        fed(0, record.get());
+    }
+};
+
+/** Runs of columns that the spectrogram fills, as "first-last"; the frame hides the outermost. */
+QStringList spans(Widget &widget)
+{
+    const QImage image = Ink::picture(widget);
+    const auto isInk = [&](int x) {
+        const QColor color = image.pixelColor(x, Height / 2);
+        return color == Qt::green ||
+               (color.blue() == 255 && color.red() < 255 && color.red() == color.green());
+    };
+    QStringList result;
+    for (int x = 0; x < Width; ++x) {
+        if (!isInk(x))
+            continue;
+        const int first = x;
+        while (x < Width && isInk(x))
+            ++x;
+        result << QStringLiteral("%1-%2").arg(first).arg(x - 1);
+    }
+    return result;
+}
+
+/** The first column of a pulse in the line of the shortest periods. */
+int ridge(const QImage &image)
+{
+    const QRect line(0, image.height() - 2, image.width(), 1);
+    return Ink::rectOf(image, line, [](QRgb pixel) { return pixel == qRgb(0, 255, 0); }).left();
+}
+
+using Records = QVector<RecordCPtr>;
+
+} // namespace
+
+Q_DECLARE_METATYPE(Records)
+
+class TestSpectrogramRecordWidget : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void followsRecords_data();
+    void followsRecords();
+    void newStretchHasNoHistory_data();
+    void newStretchHasNoHistory();
+    void trimsWithItsRecords();
+    void standsBelowTheTrace_data();
+    void standsBelowTheTrace();
+    void switchesKeepTheData();
+    void liesBehindOrInFrontOfTraces();
+    void usesTheRecordsAskedFor();
+    void nothingWithoutSlotOrTable();
+};
+
+void TestSpectrogramRecordWidget::followsRecords_data()
+{
+    QTest::addColumn<Records>("records");
+    QTest::addColumn<QStringList>("spans");
+
+    const auto first = makeRecord(10, 10);
+    QTest::newRow("none") << Records() << QStringList();
+    QTest::newRow("one") << Records{first} << QStringList("40-79");
+    QTest::newRow("next") << Records{first, makeRecord(20, 10)} << QStringList("40-119");
+    QTest::newRow("nearly next") << Records{first, makeRecord(20.02, 10)} << QStringList("40-119");
+    QTest::newRow("gap") << Records{first, makeRecord(30, 10)} << QStringList({"40-79", "120-159"});
+    QTest::newRow("twice") << Records{first, first} << QStringList("40-79");
+    QTest::newRow("another rate") << Records{first, makeRecord(20, 10, 50)}
+                                  << QStringList("40-119");
+    QTest::newRow("out of view") << Records{makeRecord(-20, 10), makeRecord(110, 5)}
+                                 << QStringList();
+    QTest::newRow("across both edges") << Records{makeRecord(-20, 200)} << QStringList("1-398");
+}
+
+void TestSpectrogramRecordWidget::followsRecords()
+{
+    QFETCH(Records, records);
+    QFETCH(QStringList, spans);
+
+    Widget live;
+    for (const RecordCPtr &record : records)
+        live.feed(record);
+    QCOMPARE(::spans(live), spans);
+
+    Widget complete;
+    complete.setSpectrogramEnabled(false);
+    auto *sequence = new RingBuffer(0);
+    for (const RecordCPtr &record : records)
+        sequence->feed(record.get());
+    complete.setRecords(0, sequence, true);
+    QCOMPARE(::spans(complete), QStringList());
+    complete.setSpectrogramEnabled(true);
+    QCOMPARE(Ink::picture(complete), Ink::picture(live));
+}
+
+void TestSpectrogramRecordWidget::newStretchHasNoHistory_data()
+{
+    QTest::addColumn<double>("start");
+    QTest::addColumn<double>("rate");
+    QTest::addColumn<bool>("isNew");
+
+    QTest::newRow("goes on") << 20.0 << Rate << false;
+    QTest::newRow("one sample missing") << 20.05 << Rate << true;
+    QTest::newRow("another rate") << 20.0 << 40.0 << true;
+}
+
+void TestSpectrogramRecordWidget::newStretchHasNoHistory()
+{
+    QFETCH(double, start);
+    QFETCH(double, rate);
+    QFETCH(bool, isNew);
+
+    Widget widget;
+    widget.feed(makeRecord(10, 10, Rate, 19.5));
+    widget.feed(makeRecord(start, 10, rate));
+    Widget fresh;
+    fresh.feed(makeRecord(start, 10, rate));
+    const QRect second(81, 0, 30, Height);
+    QCOMPARE(Ink::picture(widget).copy(second) == Ink::picture(fresh).copy(second), isNew);
+}
+
+void TestSpectrogramRecordWidget::trimsWithItsRecords()
+{
+    Widget widget(3);
+    widget.feed(makeRecord(0, 10));
+    widget.feed(makeRecord(20, 10));
+    widget.feed(makeRecord(30, 10, Rate, 37));
+    QCOMPARE(spans(widget), QStringList({"1-39", "80-159"}));
+    const int pulse = ridge(Ink::picture(widget));
+    QVERIFY(pulse >= 37 * 4);
+
+    widget.feed(makeRecord(40, 10));
+    QCOMPARE(spans(widget), QStringList("80-199"));
+    // A stretch as long as before, but ten seconds later: the pulse stays where it was.
+    widget.feed(makeRecord(50, 10));
+    QCOMPARE(spans(widget), QStringList("120-239"));
+    QCOMPARE(ridge(Ink::picture(widget)), pulse);
+    for (int start = 60; start < 90; start += 10)
+        widget.feed(makeRecord(start, 10));
+    QCOMPARE(spans(widget), QStringList("240-359"));
+}
+
+void TestSpectrogramRecordWidget::standsBelowTheTrace_data()
+{
+    QTest::addColumn<int>("axisWidth");
+    QTest::addColumn<double>("tmin");
+    QTest::addColumn<double>("pixelsPerSecond");
+
+    // The envelope rises within a few samples, which are less than a pixel or two here.
+    QTest::newRow("whole") << 0 << 0.0 << 4.0;
+    QTest::newRow("axis") << 60 << 0.0 << 4.0;
+    QTest::newRow("cut at the left") << 0 << 20.0 << 4.0;
+    QTest::newRow("axis, cut at the left") << 60 << 20.01 << 4.0;
+    QTest::newRow("samples of 20 pixels") << 60 << 49.53 << 400.0;
+    QTest::newRow("starts within") << 60 << -30.0 << 4.0;
+}
+
+void TestSpectrogramRecordWidget::standsBelowTheTrace()
+{
+    QFETCH(int, axisWidth);
+    QFETCH(double, tmin);
+    QFETCH(double, pixelsPerSecond);
+
+    constexpr double Pulse = 50;
+    Widget widget;
+    widget.setAxisWidth(axisWidth);
+    widget.setDrawAxis(axisWidth > 0);
+    widget.setTimeRange(tmin, tmin + ShownSeconds);
+    widget.setTimeScale(pixelsPerSecond);
+    widget.feed(makeRecord(5, 80, Rate, Pulse));
+    QCOMPARE(widget.canvasOffset(), axisWidth);
+
+    const int rise = ridge(Ink::picture(widget));
+    const int trace = widget.mapTime(timeAt(Pulse));
+    // Half a sample before the pulse the interpolation begins to rise.
+    const double sample = pixelsPerSecond / Rate;
+    QVERIFY2(rise >= trace - sample - 1 && rise <= trace + sample + 1,
+             qPrintable(QStringLiteral("%1, trace %2").arg(rise).arg(trace)));
+}
+
+void TestSpectrogramRecordWidget::switchesKeepTheData()
+{
+    Widget widget;
+    widget.feed(makeRecord(10, 10));
+    const QImage shown = Ink::picture(widget);
+
+    widget.setSpectrogramDisplayEnabled(false);
+    QCOMPARE(spans(widget), QStringList());
+    widget.feed(makeRecord(20, 10));
+    widget.setSpectrogramDisplayEnabled(true);
+    QCOMPARE(spans(widget), QStringList("40-119"));
+
+    widget.setSpectrogramEnabled(false);
+    QCOMPARE(spans(widget), QStringList());
+    widget.setSpectrogramEnabled(true);
+    QCOMPARE(spans(widget), QStringList("40-119"));
+    QCOMPARE(Ink::picture(widget).copy(0, 0, 79, Height), shown.copy(0, 0, 79, Height));
+
+    widget.setSpectrogramSettings(0.2, 2, 3, 2);
+    QVERIFY(Ink::picture(widget).copy(0, 0, 79, Height) != shown.copy(0, 0, 79, Height));
+    widget.clearRecords();
+    QCOMPARE(spans(widget), QStringList());
+}
+
+void TestSpectrogramRecordWidget::liesBehindOrInFrontOfTraces()
+{
+    Widget widget;
+    widget.setRecordVisible(0, true);
+    widget.setRecordPen(0, QPen(Qt::red));
+    widget.feed(makeRecord(10, 80));
+    const auto hasTrace = [&] {
+        const QImage image = Ink::picture(widget);
+        return Ink::rectOf(image, image.rect(),
+                           [](QRgb pixel) { return qRed(pixel) > 200 && qBlue(pixel) < 100; })
+            .isValid();
+    };
+    QVERIFY(hasTrace());
+    widget.setDrawSpectrogramInFront(true);
+    QVERIFY(!hasTrace());
+    widget.setDrawSpectrogramInFront(false);
+    QVERIFY(hasTrace());
+}
+
+void TestSpectrogramRecordWidget::usesTheRecordsAskedFor()
+{
+    /** Makes all samples 1000 times as large. */
+    class Amplifier : public Math::Filtering::InPlaceFilter<double>
+    {
+    public:
+        void setSamplingFrequency(double) override {}
+        int setParameters(int, const double *) override { return 0; }
+        void apply(int n, double *samples) override
+        {
+            std::for_each(samples, samples + n, [](double &sample) { sample *= 1000; });
+        }
+        Amplifier *clone() const override { return new Amplifier; }
+    };
+
+    Widget widget;
+    widget.feed(makeRecord(10, 80));
+    const QImage raw = Ink::picture(widget);
+    widget.useFilteredRecords(true);
+    QCOMPARE(spans(widget), QStringList());
+
+    const Amplifier amplifier;
+    widget.setFilter(&amplifier);
+    widget.enableFiltering(true);
+    QVERIFY(ridge(Ink::picture(widget)) > 0);
+    widget.useFilteredRecords(false);
+    QCOMPARE(Ink::picture(widget), raw);
+    widget.enableFiltering(false);
+    widget.enableFiltering(true);
+    QCOMPARE(Ink::picture(widget), raw);
+}
+
+void TestSpectrogramRecordWidget::nothingWithoutSlotOrTable()
+{
+    Widget widget;
+    widget.feed(makeRecord(10, 10));
+    widget.setColorLUT(nullptr);
+    QCOMPARE(spans(widget), QStringList());
+    widget.setColorLUT(&table());
+    QCOMPARE(spans(widget), QStringList("40-79"));
+    widget.setSpectrogramSlot(3);
+    QCOMPARE(spans(widget), QStringList());
+    widget.setSpectrogramSlot(0);
+    QCOMPARE(spans(widget), QStringList("40-79"));
+    widget.setSpectrogramSlot(-1);
+    QCOMPARE(spans(widget), QStringList());
+}
+
+QTEST_MAIN(TestSpectrogramRecordWidget)
+#include "tst_spectrogramrecordwidget.moc"
