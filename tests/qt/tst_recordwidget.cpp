@@ -81,457 +81,364 @@ class TestRecordWidget : public QObject
     Q_OBJECT
 
 private slots:
-    void mapsTimes_data();
-    void mapsTimes();
-    void survivesAbsurdTimes();
-    void rejectsImpossibleScales();
-    void showsRangeAtFirstLayout();
-    void findsAmplitudeRange_data();
-    void findsAmplitudeRange();
-    void magnifiesAboutTheMean();
-    void sharesRangeAmongOverlaidSlots();
-    void laysOutSlots();
-    void drawsTraceBetweenItsExtrema();
-    void drawsEachSlotInItsRow();
-    void leavesGapsOpen();
-    void drawsNothingWithoutSamples_data();
-    void drawsNothingWithoutSamples();
-    void movesInkWithTheRange();
-    void drawsGrid();
-    void paintsHooksInTheirOrder();
-    void followsHighlightedParent();
-    void placesAxisTexts_data();
-    void placesAxisTexts();
-    void keepsRandomAxesReadable();
-};
-
-void TestRecordWidget::mapsTimes_data()
-{
-    QTest::addColumn<int>("axis");
-    QTest::addColumn<double>("tmin");
-    QTest::addColumn<double>("scale");
-    QTest::addColumn<double>("seconds");
-    QTest::addColumn<int>("x");
-
-    QTest::newRow("left edge") << 0 << 0.0 << 2.0 << 0.0 << 0;
-    QTest::newRow("last instant of a pixel") << 0 << 0.0 << 2.0 << 0.499 << 0;
-    QTest::newRow("next pixel") << 0 << 0.0 << 2.0 << 0.5 << 1;
-    QTest::newRow("left of the canvas") << 0 << 0.0 << 2.0 << -0.1 << -1;
-    QTest::newRow("axis") << 40 << 0.0 << 2.0 << 5.0 << 50;
-    QTest::newRow("shifted") << 40 << -30.0 << 0.5 << 10.0 << 60;
-    QTest::newRow("not exact in binary") << 0 << 0.1 << 10.0 << 0.3 << 2;
-}
-
-void TestRecordWidget::mapsTimes()
-{
-    QFETCH(int, axis);
-    QFETCH(double, tmin);
-    QFETCH(double, scale);
-    QFETCH(double, seconds);
-    QFETCH(int, x);
-
-    TestWidget widget;
-    widget.setDrawAxis(true);
-    widget.setAxisWidth(axis);
-    widget.setTimeScale(scale);
-    widget.setTimeRange(tmin, tmin + 100);
-    QCOMPARE(widget.mapTime(at(seconds)), x);
-    QCOMPARE(widget.mapTime(seconds), x);
-    QCOMPARE(widget.mapCanvasTime(at(seconds)), x - axis);
-    QCOMPARE(widget.mapTime(widget.unmapTime(x)), x);
-    QCOMPARE(widget.leftTime(), at(tmin));
-    QCOMPARE(widget.rightTime(), at(tmin + (200 - axis) / scale));
-
-    widget.setAxisPosition(RecordWidget::AxisRight);
-    QCOMPARE(widget.mapTime(at(seconds)), x - axis);
-    QCOMPARE(widget.canvasRect(), QRect(0, 0, 200 - axis, 100));
-}
-
-void TestRecordWidget::survivesAbsurdTimes()
-{
-    constexpr int64_t Largest = std::numeric_limits<int64_t>::max();
-    TestWidget widget;
-    widget.install({record(0, zigzag(10, -1, 1))});
-    QVERIFY(widget.mapTime(Core::Time::FromUSecs(Largest)) > 1000000);
-    QVERIFY(widget.mapTime(Core::Time::FromUSecs(-Largest)) < -1000000);
-
-    for (const double tmin : {-1E300, 1E300, 9E12}) {
-        widget.setTimeRange(tmin, tmin);
-        QVERIFY(inkRect(picture(widget), Qt::red).isEmpty());
-    }
-    widget.setAlignment(Core::Time::FromUSecs(Largest));
-    widget.setTimeScale(1E300);
-    widget.setSelectedTimeWindow(window(-1E9, 1E9));
-    picture(widget);
-    widget.resize(1, 1);
-    picture(widget);
-    widget.setAxisWidth(50);
-    widget.setDrawAxis(true);
-    widget.resize(20, 100);
-    QCOMPARE(widget.canvasWidth(), 0);
-    picture(widget);
-}
-
-void TestRecordWidget::rejectsImpossibleScales()
-{
-    TestWidget widget;
-    for (const double scale : {0.0, -1.0, NaN, Infinity})
-        QVERIFY(!widget.setTimeScale(scale));
-    QVERIFY(!widget.setTimeRange(NaN, 1));
-    QVERIFY(!widget.setTimeRange(0, Infinity));
-    QVERIFY(!widget.showTimeRange(10, 10));
-    QVERIFY(!widget.showTimeRange(20, 10));
-    QCOMPARE(widget.timeScale(), 2.0);
-    QCOMPARE(widget.tmin(), 0.0);
-}
-
-void TestRecordWidget::showsRangeAtFirstLayout()
-{
-    QWidget window;
-    QVBoxLayout layout(&window);
-    layout.setContentsMargins(0, 0, 0, 0);
-    auto *widget = new TestWidget;
-    layout.addWidget(widget);
-    widget->showTimeRange(0, 50);
-    window.resize(500, 100);
-    window.show();
-    QCOMPARE(widget->timeScale(), 10.0);
-
-    window.resize(300, 100);
-    QCoreApplication::processEvents();
-    QCOMPARE(widget->width(), 300);
-    QCOMPARE(widget->timeScale(), 10.0);
-}
-
-void TestRecordWidget::findsAmplitudeRange_data()
-{
-    QTest::addColumn<Samples>("samples");
-    QTest::addColumn<Core::TimeWindow>("window");
-    QTest::addColumn<Range>("range");
-
-    const Core::TimeWindow all;
-    const Samples steps{1, 2, 3, 4, 100};
-    QTest::newRow("5 % margin") << Samples{-10, 30} << all << Range(-11, 31);
-    QTest::newRow("window") << steps << window(1, 4) << Range(1.95, 4.05);
-    QTest::newRow("empty window counts as all")
-        << Samples{-10, 30} << window(3, 3) << Range(-11, 31);
-    QTest::newRow("nothing in window") << steps << window(50, 60) << Range(0, 0);
-    QTest::newRow("constant") << Samples{5, 5} << all << Range(4.5, 5.5);
-    QTest::newRow("constant, negative") << Samples{-5} << all << Range(-5.5, -4.5);
-    QTest::newRow("zeros") << Samples{0, 0} << all << Range(-1, 1);
-    QTest::newRow("not a number among others")
-        << Samples{NaN, 0, Infinity, 1} << all << Range(-0.025, 1.025);
-    QTest::newRow("only not a number") << Samples{NaN, NaN} << all << Range(0, 0);
-    QTest::newRow("no samples") << Samples{} << all << Range(0, 0);
-}
-
-void TestRecordWidget::findsAmplitudeRange()
-{
-    QFETCH(Samples, samples);
-    QFETCH(Core::TimeWindow, window);
-    QFETCH(Range, range);
-
-    TestWidget widget;
-    widget.install({record(0, samples)});
-    widget.setNormalizationWindow(window);
-    QVERIFY(isClose(widget.amplitudeRange(0), range));
-
-    widget.setAmplRange(7, 9);
-    QVERIFY(isClose(widget.amplitudeRange(0), range));
-    widget.setAmplAutoScaleEnabled(false);
-    QVERIFY(isClose(widget.amplitudeRange(0), Range(7, 9)));
-    widget.setAmplRange(0, 0);
-    QVERIFY(isClose(widget.amplitudeRange(0), Range(0, 0)));
-    widget.setAmplRange(3, -3);
-    QVERIFY(isClose(widget.amplitudeRange(0), Range(-3, 3)));
-    QVERIFY(isClose(widget.amplitudeRange(-1), Range(0, 0)));
-    QVERIFY(isClose(widget.amplitudeRange(1), Range(0, 0)));
-}
-
-void TestRecordWidget::magnifiesAboutTheMean()
-{
-    TestWidget widget;
-    widget.install({record(0, {0, 0, 0, 8})});
-    widget.setAmplScale(2);
-    QVERIFY(isClose(widget.amplitudeRange(0), Range(2 + (-0.2 - 2) / 2, 2 + (8.2 - 2) / 2)));
-    widget.setAmplScale(0);
-    widget.setAmplScale(NaN);
-    QCOMPARE(widget.amplScale(), 2.0);
-}
-
-void TestRecordWidget::sharesRangeAmongOverlaidSlots()
-{
-    TestWidget widget;
-    widget.install({record(0, {-10, 10})}, 0);
-    widget.install({record(0, {-1, 3})}, 1);
-    widget.setRecordScale(1, 10);
-    QVERIFY(isClose(widget.amplitudeRange(1), Range(-1.1, 3.1)));
-    widget.setDrawMode(RecordWidget::SameOffset);
-    QVERIFY(isClose(widget.amplitudeRange(0), Range(-10.5, 10.5)));
-    QVERIFY(isClose(widget.amplitudeRange(1), Range(-10.5, 10.5)));
-    widget.showScaledValues(true);
-    QVERIFY(isClose(widget.amplitudeRange(0), Range(-11, 31)));
-    QVERIFY(isClose(widget.amplitudeRange(1), Range(-1.1, 3.1)));
-    widget.setRecordVisible(1, false);
-    QVERIFY(isClose(widget.amplitudeRange(0), Range(-10.5, 10.5)));
-}
-
-void TestRecordWidget::laysOutSlots()
-{
-    TestWidget widget;
-    QCOMPARE(widget.streamYPos(0), 0);
-    QCOMPARE(widget.streamHeight(0), 100);
-    widget.setSlotCount(4);
-    QCOMPARE(widget.streamYPos(1), -1);
-    QCOMPARE(widget.streamHeight(1), 0);
-    widget.setCurrentRecords(1);
-    QCOMPARE(widget.streamHeight(1), 100);
-    QCOMPARE(widget.streamHeight(0), 0);
-
-    widget.setDrawMode(RecordWidget::InRows);
-    widget.setRecordVisible(1, false);
-    int bottom = 0;
-    for (const int slot : {0, 2, 3}) {
-        QCOMPARE(widget.streamYPos(slot), bottom);
-        QVERIFY(widget.streamHeight(slot) == 33 || widget.streamHeight(slot) == 34);
-        bottom += widget.streamHeight(slot);
-    }
-    QCOMPARE(bottom, 100);
-    QCOMPARE(widget.streamYPos(1), -1);
-    QCOMPARE(widget.streamYPos(4), -1);
-
-    widget.setDrawMode(RecordWidget::SameOffset);
-    QCOMPARE(widget.streamYPos(3), 0);
-    QCOMPARE(widget.streamHeight(3), 100);
-}
-
-void TestRecordWidget::drawsTraceBetweenItsExtrema()
-{
-    TestWidget widget;
-    widget.install({record(10, zigzag(41, -20, 60))});
-    const QRect ink = inkRect(picture(widget), Qt::red);
-    QCOMPARE(ink.left(), 20);
-    QCOMPARE(ink.right(), 100);
-    // Caps of steep lines may reach one pixel further.
-    QVERIFY(std::abs(ink.top() - widget.mapAmplitude(0, 60)) <= 1);
-    QVERIFY(std::abs(ink.bottom() - widget.mapAmplitude(0, -20)) <= 1);
-    QVERIFY(ink.height() > 90);
-    QVERIFY(std::abs(widget.unmapAmplitude(0, ink.top()) - 60) < 1.5);
-    QVERIFY(std::abs(widget.unmapAmplitude(0, ink.bottom()) + 20) < 1.5);
-    QCOMPARE(widget.unmapAmplitude(0, 0), widget.amplitudeRange(0).second);
-    QCOMPARE(widget.unmapAmplitude(0, 99), widget.amplitudeRange(0).first);
-}
-
-void TestRecordWidget::drawsEachSlotInItsRow()
-{
-    TestWidget widget;
-    const QColor pens[] = {Qt::red, Qt::blue};
-    for (int slot = 0; slot < 2; ++slot) {
-        widget.install({record(5, zigzag(80, -1, 1))}, slot);
-        widget.setRecordPen(slot, QPen(pens[slot], 1));
-    }
-    QVERIFY(inkRect(picture(widget), Qt::blue).isEmpty());
-    widget.setCurrentRecords(1);
-    QVERIFY(inkRect(picture(widget), Qt::red).isEmpty());
-    QVERIFY(inkRect(picture(widget), Qt::blue).height() > 90);
-
-    widget.setDrawMode(RecordWidget::InRows);
-    QVERIFY(QRect(0, 0, 200, 50).contains(inkRect(picture(widget), Qt::red)));
-    QVERIFY(QRect(0, 50, 200, 50).contains(inkRect(picture(widget), Qt::blue)));
-
-    // Amplitudes beyond a fixed range stay inside their row.
-    widget.setAmplAutoScaleEnabled(false);
-    widget.setAmplRange(-0.1, 0.1);
-    QVERIFY(QRect(0, 0, 200, 50).contains(inkRect(picture(widget), Qt::red)));
-    QVERIFY(!inkRect(picture(widget), Qt::red).isEmpty());
-}
-
-void TestRecordWidget::leavesGapsOpen()
-{
-    TestWidget widget;
-    Samples withHole = zigzag(20, -1, 1);
-    for (int i = 5; i < 15; ++i)
-        withHole[static_cast<size_t>(i)] = NaN;
-    widget.install({record(0, withHole), record(30, zigzag(30, -1, 1)),
-                    record(50, zigzag(30, -1, 1)), record(80.3, zigzag(10, -1, 1))});
-    const QImage image = picture(widget);
-    const auto inkBetween = [&](int left, int right) {
-        return inkRect(image.copy(left, 0, right - left + 1, 100), Qt::red);
-    };
-    QVERIFY(inkBetween(12, 28).isEmpty());
-    QVERIFY(inkBetween(42, 58).isEmpty());
-    QVERIFY(!inkBetween(62, 158).isEmpty());
-
-    // The shades are translucent, so they are told from the bare canvas at the same height.
-    const int y = 20;
-    const QRgb bare = image.pixel(190, y);
-    QCOMPARE(image.pixel(20, y), bare);
-    QVERIFY(image.pixel(50, y) != bare);
-    QVERIFY(image.pixel(110, y) != bare);
-    QVERIFY(image.pixel(110, y) != image.pixel(50, y));
-    QCOMPARE(columnsOf(image, y, QColor(image.pixel(50, y))).first(), 40);
-    QCOMPARE(columnsOf(image, y, QColor(image.pixel(50, y))).last(), 59);
-}
-
-void TestRecordWidget::drawsNothingWithoutSamples_data()
-{
-    QTest::addColumn<Samples>("samples");
-    QTest::newRow("none") << Samples{};
-    QTest::newRow("not a number") << Samples(50, NaN);
-}
-
-void TestRecordWidget::drawsNothingWithoutSamples()
-{
-    QFETCH(Samples, samples);
-    TestWidget widget;
-    widget.install({record(0, samples)});
-    QVERIFY(inkRect(picture(widget), Qt::red).isEmpty());
-    widget.setRecords(0, nullptr);
-    QVERIFY(inkRect(picture(widget), Qt::red).isEmpty());
-}
-
-void TestRecordWidget::movesInkWithTheRange()
-{
-    TestWidget widget;
-    widget.install({record(50, zigzag(10, -1, 1))});
-    const QRect before = inkRect(picture(widget), Qt::red);
-    widget.setTimeRange(20, 120);
-    QCOMPARE(inkRect(picture(widget), Qt::red), before.translated(-40, 0));
-    widget.setAlignment(at(-10));
-    QCOMPARE(inkRect(picture(widget), Qt::red), before.translated(-20, 0));
-
-    // A range that moves, but not through the widget, shows after updateRecords().
-    widget.records(0)->feed(record(60, {100}).get());
-    widget.updateRecords();
-    QVERIFY(isClose(widget.amplitudeRange(0), Range(-1 - 0.05 * 50.5, 100 + 0.05 * 50.5)));
-}
-
-void TestRecordWidget::drawsGrid()
-{
-    TestWidget widget;
-    // Stay clear of the frame.
-    const int y = 50;
-    const QColor major = onBackground(colors().gridMajor.color());
-    const QColor minor = onBackground(colors().gridMinor.color());
-    widget.setGridSpacing(20, 5, 0);
-    QCOMPARE(columnsOf(picture(widget), y, major), (QVector<int>{40, 80, 120, 160}));
-    QCOMPARE(columnsOf(picture(widget), y, minor).size(), 15);
-    widget.setGridSpacing(20, 5, 8);
-    QCOMPARE(columnsOf(picture(widget), y, major), (QVector<int>{24, 64, 104, 144, 184}));
-    widget.setGridSpacing(0, 5, 0);
-    QVERIFY(columnsOf(picture(widget), y, minor).isEmpty());
-    widget.setGridSpacing(NaN, NaN, 0);
-    QVERIFY(columnsOf(picture(widget), y, major).isEmpty());
-
-    QVERIFY(widget.setGridVRange(-100, 100));
-    QVERIFY(columnsOf(picture(widget), y, minor).size() > 150);
-    QVERIFY(!widget.setGridVRange(NaN, 1));
-}
-
-void TestRecordWidget::paintsHooksInTheirOrder()
-{
-    HookedWidget widget;
-    widget.install({record(20, zigzag(60, -1, 1))});
-    widget.setDrawAxis(true);
-    widget.setAxisWidth(40);
-    widget.behindTraces = Qt::green;
-    QImage image = picture(widget);
-    QCOMPARE(widget.origins, (QVector<QPointF>{{40, 0}, {0, 0}, {0, 0}}));
-    QVERIFY(!inkRect(image, Qt::red).isEmpty());
-    QCOMPARE(inkRect(image, Qt::green).left(), 41);
-    QCOMPARE(inkRect(image, Qt::green).right(), 198);
-
-    widget.aboveTraces = Qt::blue;
-    image = picture(widget);
-    QVERIFY(inkRect(image, Qt::red).isEmpty());
-    QVERIFY(inkRect(image, Qt::green).isEmpty());
-}
-
-void TestRecordWidget::followsHighlightedParent()
-{
-    QWidget row;
-    row.resize(200, 100);
-    QPalette palette = row.palette();
-    palette.setColor(QPalette::HighlightedText, QColor(1, 2, 3));
-    palette.setColor(QPalette::Highlight, QColor(200, 220, 255));
-    row.setPalette(palette);
-    RecordWidget widget(&row);
-    widget.resize(200, 100);
-    widget.setAlignment(at(0));
-    widget.setTimeScale(2);
-    widget.setRecords(0, sequence({record(10, zigzag(80, -1, 1))}).release());
-    QVERIFY(inkRect(picture(widget), QColor(1, 2, 3)).isEmpty());
-    row.setForegroundRole(QPalette::HighlightedText);
-    row.setBackgroundRole(QPalette::Highlight);
-    QVERIFY(inkRect(picture(widget), QColor(1, 2, 3)).height() > 90);
-    widget.setRecordPen(0, QPen(Qt::red));
-    QVERIFY(inkRect(picture(widget), Qt::red).height() > 90);
-}
-
-void TestRecordWidget::placesAxisTexts_data()
-{
-    QTest::addColumn<double>("lower");
-    QTest::addColumn<double>("upper");
-    QTest::addColumn<int>("height");
-    QTest::addColumn<QStringList>("texts");
-
-    QTest::newRow("round") << -5.0 << 5.0 << 100 << QStringList{"4", "2", "0", "-2", "-4"};
-    QTest::newRow("decimals") << 0.05 << 0.35 << 60 << QStringList{"0.3", "0.2", "0.1"};
-    QTest::newRow("large") << -2.4E6 << 2.4E6 << 100
-                           << QStringList{"2e+06", "1e+06", "0", "-1e+06", "-2e+06"};
-    QTest::newRow("tiny") << 0.0 << 3E-9 << 50 << QStringList{"2e-09", "1e-09"};
-    QTest::newRow("far from zero")
-        << 100000.0 << 100004.0 << 60 << QStringList{"1.00003e+05", "1.00002e+05", "1.00001e+05"};
-    QTest::newRow("only ends") << -123.4 << 567.8 << 25 << QStringList{"568", "-123"};
-    QTest::newRow("too low") << -1.0 << 1.0 << 19 << QStringList{};
-    QTest::newRow("not ascending") << 1.0 << 1.0 << 100 << QStringList{};
-    QTest::newRow("not finite") << -Infinity << 1.0 << 100 << QStringList{};
-}
-
-void TestRecordWidget::placesAxisTexts()
-{
-    QFETCH(double, lower);
-    QFETCH(double, upper);
-    QFETCH(int, height);
-    QFETCH(QStringList, texts);
-
-    const auto width = [](const QString &text) { return 6 * text.size(); };
-    QStringList found;
-    for (const auto &tick : Gui::amplitudeTicks(lower, upper, {height, 10, 70, width}))
-        found.append(tick.text);
-    QCOMPARE(found, texts);
-}
-
-void TestRecordWidget::keepsRandomAxesReadable()
-{
-    const unsigned seed = std::random_device()();
-    qInfo("seed %u", seed);
-    std::mt19937 random(seed);
-    std::uniform_real_distribution<double> exponent(-12, 12);
-    std::uniform_real_distribution<double> share(-1, 1);
-    const auto width = [](const QString &text) { return 6 * text.size(); };
-
-    for (int round = 0; round < 2000; ++round) {
-        const double size = std::pow(10, exponent(random));
-        const double middle = size * share(random);
-        const double half = size * (0.01 + std::abs(share(random)));
-        const int height = 20 + static_cast<int>(random() % 200);
-        const int lineHeight = 10;
-        const auto ticks =
-            Gui::amplitudeTicks(middle - half, middle + half, {height, lineHeight, 60, width});
-        for (int i = 0; i < ticks.size(); ++i) {
-            const Gui::AmplitudeTick &tick = ticks[i];
-            QVERIFY(tick.textY - lineHeight / 2 >= 0);
-            QVERIFY(tick.textY + lineHeight / 2 <= height);
-            QVERIFY(width(tick.text) <= 60);
-            QVERIFY(i == 0 || tick.textY - ticks[i - 1].textY >= lineHeight);
-            QVERIFY(i == 0 || tick.text != ticks[i - 1].text);
-            // The text stands for its value within a pixel or, at the ends, a few percent.
-            const double error = std::abs(tick.text.toDouble() - tick.value) / (2 * half);
-            QVERIFY2(error < (height < 60 ? 0.3 : 0.06), qPrintable(tick.text));
+    void mapsTimes()
+    {
+        const struct
+        {
+            int axis;
+            double tmin, scale, seconds;
+            int x;
+        } cases[] = {
+            {0, 0, 2, 0.499, 0}, // the last instant of a pixel
+            {0, 0, 2, 0.5, 1},   // and the first of the next
+            {0, 0, 2, -0.1, -1},  {40, -30, 0.5, 10, 60},
+            {0, 0.1, 10, 0.3, 2}, // not exact in binary
+        };
+        for (const auto &item : cases) {
+            TestWidget widget;
+            widget.setDrawAxis(true);
+            widget.setAxisWidth(item.axis);
+            widget.setTimeScale(item.scale);
+            widget.setTimeRange(item.tmin, item.tmin + 100);
+            QCOMPARE(widget.mapTime(at(item.seconds)), item.x);
+            QCOMPARE(widget.mapTime(widget.unmapTime(item.x)), item.x);
+            QCOMPARE(widget.rightTime(), at(item.tmin + (200 - item.axis) / item.scale));
+            widget.setAxisPosition(RecordWidget::AxisRight);
+            QCOMPARE(widget.mapTime(at(item.seconds)), item.x - item.axis);
         }
     }
-}
+
+    void survivesAbsurdTimes()
+    {
+        constexpr int64_t Largest = std::numeric_limits<int64_t>::max();
+        TestWidget widget;
+        widget.install({record(0, zigzag(10, -1, 1))});
+        QVERIFY(widget.mapTime(Core::Time::FromUSecs(Largest)) > 1000000);
+        QVERIFY(widget.mapTime(Core::Time::FromUSecs(-Largest)) < -1000000);
+
+        for (const double tmin : {-1E300, 1E300, 9E12}) {
+            widget.setTimeRange(tmin, tmin);
+            QVERIFY(inkRect(picture(widget), Qt::red).isEmpty());
+        }
+        widget.setAlignment(Core::Time::FromUSecs(Largest));
+        widget.setTimeScale(1E300);
+        widget.setSelectedTimeWindow(window(-1E9, 1E9));
+        picture(widget);
+        widget.resize(1, 1);
+        picture(widget);
+        widget.setAxisWidth(50);
+        widget.setDrawAxis(true);
+        widget.resize(20, 100);
+        QCOMPARE(widget.canvasWidth(), 0);
+        picture(widget);
+    }
+
+    void rejectsImpossibleScales()
+    {
+        TestWidget widget;
+        for (const double scale : {0.0, -1.0, NaN, Infinity})
+            QVERIFY(!widget.setTimeScale(scale));
+        QVERIFY(!widget.setTimeRange(NaN, 1));
+        QVERIFY(!widget.showTimeRange(10, 10));
+        QCOMPARE(widget.timeScale(), 2.0);
+        QCOMPARE(widget.tmin(), 0.0);
+    }
+
+    void showsRangeAtFirstLayout()
+    {
+        QWidget window;
+        QVBoxLayout layout(&window);
+        layout.setContentsMargins(0, 0, 0, 0);
+        auto *widget = new TestWidget;
+        layout.addWidget(widget);
+        widget->showTimeRange(0, 50);
+        window.resize(500, 100);
+        window.show();
+        QCOMPARE(widget->timeScale(), 10.0);
+
+        window.resize(300, 100);
+        QCoreApplication::processEvents();
+        QCOMPARE(widget->width(), 300);
+        QCOMPARE(widget->timeScale(), 10.0);
+    }
+
+    void findsAmplitudeRange()
+    {
+        const Core::TimeWindow all;
+        const Samples steps{1, 2, 3, 4, 100};
+        const struct
+        {
+            Samples samples;
+            Core::TimeWindow window;
+            Range range;
+        } cases[] = {
+            {{-10, 30}, all, {-11, 31}},
+            {steps, window(1, 4), {1.95, 4.05}},
+            {{-10, 30}, window(3, 3), {-11, 31}},
+            {steps, window(50, 60), {0, 0}},
+            {{-5}, all, {-5.5, -4.5}},
+            {{0, 0}, all, {-1, 1}},
+            {{NaN, 0, Infinity, 1}, all, {-0.025, 1.025}},
+            {{NaN, NaN}, all, {0, 0}},
+            {{}, all, {0, 0}},
+        };
+        TestWidget widget;
+        for (const auto &item : cases) {
+            widget.install({record(0, item.samples)});
+            widget.setNormalizationWindow(item.window);
+            QVERIFY(isClose(widget.amplitudeRange(0), item.range));
+        }
+
+        widget.install({record(0, {0, 0, 0, 8})});
+        widget.setAmplScale(2);
+        widget.setAmplScale(0);
+        widget.setAmplScale(NaN);
+        QVERIFY(isClose(widget.amplitudeRange(0), Range(2 + (-0.2 - 2) / 2, 2 + (8.2 - 2) / 2)));
+
+        widget.setAmplScale(1);
+        widget.setAmplAutoScaleEnabled(false);
+        widget.setAmplRange(3, -3);
+        QVERIFY(isClose(widget.amplitudeRange(0), Range(-3, 3)));
+        QVERIFY(isClose(widget.amplitudeRange(-1), Range(0, 0)));
+        QVERIFY(isClose(widget.amplitudeRange(1), Range(0, 0)));
+    }
+
+    void sharesRangeAmongOverlaidSlots()
+    {
+        TestWidget widget;
+        widget.install({record(0, {-10, 10})}, 0);
+        widget.install({record(0, {-1, 3})}, 1);
+        widget.setRecordScale(1, 10);
+        QVERIFY(isClose(widget.amplitudeRange(1), Range(-1.1, 3.1)));
+        widget.setDrawMode(RecordWidget::SameOffset);
+        QVERIFY(isClose(widget.amplitudeRange(0), Range(-10.5, 10.5)));
+        widget.showScaledValues(true);
+        QVERIFY(isClose(widget.amplitudeRange(0), Range(-11, 31)));
+        QVERIFY(isClose(widget.amplitudeRange(1), Range(-1.1, 3.1)));
+        widget.setRecordVisible(1, false);
+        QVERIFY(isClose(widget.amplitudeRange(0), Range(-10.5, 10.5)));
+    }
+
+    void laysOutSlots()
+    {
+        TestWidget widget;
+        widget.setSlotCount(4);
+        widget.setCurrentRecords(1);
+        QCOMPARE(widget.streamHeight(1), 100);
+        QCOMPARE(widget.streamHeight(0), 0);
+
+        widget.setDrawMode(RecordWidget::InRows);
+        widget.setRecordVisible(1, false);
+        int bottom = 0;
+        for (const int slot : {0, 2, 3}) {
+            QCOMPARE(widget.streamYPos(slot), bottom);
+            QVERIFY(widget.streamHeight(slot) == 33 || widget.streamHeight(slot) == 34);
+            bottom += widget.streamHeight(slot);
+        }
+        QCOMPARE(bottom, 100);
+        QCOMPARE(widget.streamYPos(1), -1);
+        QCOMPARE(widget.streamYPos(4), -1);
+
+        widget.setDrawMode(RecordWidget::SameOffset);
+        QCOMPARE(widget.streamHeight(3), 100);
+    }
+
+    void drawsTraceBetweenItsExtrema()
+    {
+        TestWidget widget;
+        widget.install({record(10, zigzag(41, -20, 60))});
+        const QRect ink = inkRect(picture(widget), Qt::red);
+        QCOMPARE(ink.left(), 20);
+        QCOMPARE(ink.right(), 100);
+        // Caps of steep lines may reach one pixel further.
+        QVERIFY(std::abs(ink.top() - widget.mapAmplitude(0, 60)) <= 1);
+        QVERIFY(std::abs(ink.bottom() - widget.mapAmplitude(0, -20)) <= 1);
+        QVERIFY(std::abs(widget.unmapAmplitude(0, ink.top()) - 60) < 1.5);
+        QCOMPARE(widget.unmapAmplitude(0, 0), widget.amplitudeRange(0).second);
+        QCOMPARE(widget.unmapAmplitude(0, 99), widget.amplitudeRange(0).first);
+    }
+
+    void drawsEachSlotInItsRow()
+    {
+        TestWidget widget;
+        const QColor pens[] = {Qt::red, Qt::blue};
+        for (int slot = 0; slot < 2; ++slot) {
+            widget.install({record(5, zigzag(80, -1, 1))}, slot);
+            widget.setRecordPen(slot, QPen(pens[slot], 1));
+        }
+        widget.setDrawMode(RecordWidget::InRows);
+        QVERIFY(QRect(0, 0, 200, 50).contains(inkRect(picture(widget), Qt::red)));
+        QVERIFY(QRect(0, 50, 200, 50).contains(inkRect(picture(widget), Qt::blue)));
+
+        // Amplitudes beyond a fixed range stay inside their row.
+        widget.setAmplAutoScaleEnabled(false);
+        widget.setAmplRange(-0.1, 0.1);
+        QVERIFY(QRect(0, 0, 200, 50).contains(inkRect(picture(widget), Qt::red)));
+    }
+
+    void leavesGapsOpen()
+    {
+        TestWidget widget;
+        Samples withHole = zigzag(20, -1, 1);
+        for (int i = 5; i < 15; ++i)
+            withHole[static_cast<size_t>(i)] = NaN;
+        widget.install({record(0, withHole), record(30, zigzag(30, -1, 1)),
+                        record(50, zigzag(30, -1, 1)), record(80.3, zigzag(10, -1, 1))});
+        const QImage image = picture(widget);
+        const auto inkBetween = [&](int left, int right) {
+            return inkRect(image.copy(left, 0, right - left + 1, 100), Qt::red);
+        };
+        QVERIFY(inkBetween(12, 28).isEmpty());
+        QVERIFY(inkBetween(42, 58).isEmpty());
+        QVERIFY(!inkBetween(62, 158).isEmpty());
+
+        // The shades are translucent, so they are told from the bare canvas at the same height.
+        const int y = 20;
+        const QRgb bare = image.pixel(190, y);
+        QCOMPARE(image.pixel(20, y), bare);
+        QVERIFY(image.pixel(50, y) != bare);
+        QVERIFY(image.pixel(110, y) != bare);
+        QVERIFY(image.pixel(110, y) != image.pixel(50, y));
+        QCOMPARE(columnsOf(image, y, QColor(image.pixel(50, y))).first(), 40);
+        QCOMPARE(columnsOf(image, y, QColor(image.pixel(50, y))).last(), 59);
+    }
+
+    void movesInkWithTheRange()
+    {
+        TestWidget widget;
+        widget.install({record(50, zigzag(10, -1, 1))});
+        const QRect before = inkRect(picture(widget), Qt::red);
+        widget.setTimeRange(20, 120);
+        QCOMPARE(inkRect(picture(widget), Qt::red), before.translated(-40, 0));
+        widget.setAlignment(at(-10));
+        QCOMPARE(inkRect(picture(widget), Qt::red), before.translated(-20, 0));
+
+        // A range that moves, but not through the widget, shows after updateRecords().
+        widget.records(0)->feed(record(60, {100}).get());
+        widget.updateRecords();
+        QVERIFY(isClose(widget.amplitudeRange(0), Range(-1 - 0.05 * 50.5, 100 + 0.05 * 50.5)));
+    }
+
+    void drawsGrid()
+    {
+        TestWidget widget;
+        // Stay clear of the frame.
+        const int y = 50;
+        const QColor major = onBackground(colors().gridMajor.color());
+        const QColor minor = onBackground(colors().gridMinor.color());
+        widget.setGridSpacing(20, 5, 0);
+        QCOMPARE(columnsOf(picture(widget), y, major), (QVector<int>{40, 80, 120, 160}));
+        QCOMPARE(columnsOf(picture(widget), y, minor).size(), 15);
+        widget.setGridSpacing(20, 5, 8);
+        QCOMPARE(columnsOf(picture(widget), y, major), (QVector<int>{24, 64, 104, 144, 184}));
+        widget.setGridSpacing(0, 5, 0);
+        QVERIFY(columnsOf(picture(widget), y, minor).isEmpty());
+        widget.setGridSpacing(NaN, NaN, 0);
+        QVERIFY(columnsOf(picture(widget), y, major).isEmpty());
+
+        QVERIFY(widget.setGridVRange(-100, 100));
+        QVERIFY(columnsOf(picture(widget), y, minor).size() > 150);
+        QVERIFY(!widget.setGridVRange(NaN, 1));
+    }
+
+    void paintsHooksInTheirOrder()
+    {
+        HookedWidget widget;
+        widget.install({record(20, zigzag(60, -1, 1))});
+        widget.setDrawAxis(true);
+        widget.setAxisWidth(40);
+        widget.behindTraces = Qt::green;
+        QImage image = picture(widget);
+        QCOMPARE(widget.origins, (QVector<QPointF>{{40, 0}, {0, 0}, {0, 0}}));
+        QVERIFY(!inkRect(image, Qt::red).isEmpty());
+        QCOMPARE(inkRect(image, Qt::green).left(), 41);
+        QCOMPARE(inkRect(image, Qt::green).right(), 198);
+
+        widget.aboveTraces = Qt::blue;
+        image = picture(widget);
+        QVERIFY(inkRect(image, Qt::red).isEmpty());
+        QVERIFY(inkRect(image, Qt::green).isEmpty());
+    }
+
+    void followsHighlightedParent()
+    {
+        QWidget row;
+        row.resize(200, 100);
+        QPalette palette = row.palette();
+        palette.setColor(QPalette::HighlightedText, QColor(1, 2, 3));
+        palette.setColor(QPalette::Highlight, QColor(200, 220, 255));
+        row.setPalette(palette);
+        RecordWidget widget(&row);
+        widget.resize(200, 100);
+        widget.setAlignment(at(0));
+        widget.setTimeScale(2);
+        widget.setRecords(0, sequence({record(10, zigzag(80, -1, 1))}).release());
+        QVERIFY(inkRect(picture(widget), QColor(1, 2, 3)).isEmpty());
+        row.setForegroundRole(QPalette::HighlightedText);
+        row.setBackgroundRole(QPalette::Highlight);
+        QVERIFY(inkRect(picture(widget), QColor(1, 2, 3)).height() > 90);
+        widget.setRecordPen(0, QPen(Qt::red));
+        QVERIFY(inkRect(picture(widget), Qt::red).height() > 90);
+    }
+
+    void placesAxisTexts()
+    {
+        const struct
+        {
+            double lower, upper;
+            int height;
+            QStringList texts;
+        } cases[] = {
+            {-5, 5, 100, {"4", "2", "0", "-2", "-4"}},
+            {-2.4E6, 2.4E6, 100, {"2e+06", "1e+06", "0", "-1e+06", "-2e+06"}},
+            {0, 3E-9, 50, {"2e-09", "1e-09"}},
+            {100000, 100004, 60, {"1.00003e+05", "1.00002e+05", "1.00001e+05"}},
+            {-123.4, 567.8, 25, {"568", "-123"}},
+            {-1, 1, 19, {}},
+            {1, 1, 100, {}},
+            {-Infinity, 1, 100, {}},
+        };
+        const auto width = [](const QString &text) { return 6 * text.size(); };
+        for (const auto &item : cases) {
+            QStringList found;
+            for (const auto &tick :
+                 Gui::amplitudeTicks(item.lower, item.upper, {item.height, 10, 70, width}))
+                found.append(tick.text);
+            QCOMPARE(found, item.texts);
+        }
+    }
+
+    void keepsRandomAxesReadable()
+    {
+        const unsigned seed = std::random_device()();
+        qInfo("seed %u", seed);
+        std::mt19937 random(seed);
+        std::uniform_real_distribution<double> exponent(-12, 12);
+        std::uniform_real_distribution<double> share(-1, 1);
+        const auto width = [](const QString &text) { return 6 * text.size(); };
+
+        for (int round = 0; round < 2000; ++round) {
+            const double size = std::pow(10, exponent(random));
+            const double middle = size * share(random);
+            const double half = size * (0.01 + std::abs(share(random)));
+            const int height = 20 + static_cast<int>(random() % 200);
+            const int lineHeight = 10;
+            const auto ticks =
+                Gui::amplitudeTicks(middle - half, middle + half, {height, lineHeight, 60, width});
+            for (int i = 0; i < ticks.size(); ++i) {
+                const Gui::AmplitudeTick &tick = ticks[i];
+                QVERIFY(tick.textY - lineHeight / 2 >= 0);
+                QVERIFY(tick.textY + lineHeight / 2 <= height);
+                QVERIFY(width(tick.text) <= 60);
+                QVERIFY(i == 0 || tick.textY - ticks[i - 1].textY >= lineHeight);
+                QVERIFY(i == 0 || tick.text != ticks[i - 1].text);
+                // The text stands for its value within a pixel or, at the ends, a few percent.
+                const double error = std::abs(tick.text.toDouble() - tick.value) / (2 * half);
+                QVERIFY2(error < (height < 60 ? 0.3 : 0.06), qPrintable(tick.text));
+            }
+        }
+    }
+};
 
 QTEST_MAIN(TestRecordWidget)
 #include "tst_recordwidget.moc"

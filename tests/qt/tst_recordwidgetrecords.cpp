@@ -87,293 +87,241 @@ bool isSame(const Samples &a, const Samples &b)
 
 } // namespace
 
-Q_DECLARE_METATYPE(Records)
-
 class TestRecordWidgetRecords : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void deletesOwnedSequences();
-    void keepsSequenceThatIsInstalledAgain();
-    void refusesSlotsThatCannotBeMeant();
-    void announcesDisplayedRecords();
-    void filtersAsInOnePass_data();
-    void filtersAsInOnePass();
-    void filtersRandomOrderAsInOnePass();
-    void filteredRecordsFollowTrimming();
-    void filteredRecordsCatchUp();
-    void copesWithRecordsForNobody();
-    void repaintsOnlyTouchedColumns();
-    void paintsNothingForRecordsOutOfView();
-    void paintsManyRecordsTogether();
-    void repaintsAllWhenTheRangeGrows();
-};
-
-void TestRecordWidgetRecords::deletesOwnedSequences()
-{
-    int deleted = 0;
-    CountedBuffer borrowed(deleted);
+    void deletesOwnedSequences()
     {
-        RecordWidget widget;
-        widget.setRecords(0, new CountedBuffer(deleted), true);
-        widget.setRecords(0, new CountedBuffer(deleted), true);
-        QCOMPARE(deleted, 1);
-        widget.setRecords(0, &borrowed, false);
-        QCOMPARE(deleted, 2);
-        widget.setRecords(0, nullptr);
-        QCOMPARE(deleted, 2);
-        widget.setRecords(3, new CountedBuffer(deleted), true);
-        QCOMPARE(widget.slotCount(), 4);
-        widget.setSlotCount(3);
-        QCOMPARE(deleted, 3);
-        widget.setRecords(1, new CountedBuffer(deleted), true);
-    }
-    QCOMPARE(deleted, 4);
-}
-
-void TestRecordWidgetRecords::keepsSequenceThatIsInstalledAgain()
-{
-    int deleted = 0;
-    auto *buffer = new CountedBuffer(deleted);
-    {
-        RecordWidget widget;
-        widget.setRecords(0, buffer, true);
-        widget.setRecords(0, buffer, true);
-        QCOMPARE(deleted, 0);
-        widget.setRecords(0, buffer, false);
-        QVERIFY(!widget.ownsRecords(0));
-    }
-    QCOMPARE(deleted, 0);
-    delete buffer;
-}
-
-void TestRecordWidgetRecords::refusesSlotsThatCannotBeMeant()
-{
-    RecordWidget widget;
-    RingBuffer buffer(0);
-    QVERIFY(!widget.setRecords(-1, &buffer, true));
-    QVERIFY(!widget.setRecords(1000000, &buffer, true));
-    QVERIFY(!widget.setSlotCount(-1));
-    QCOMPARE(widget.slotCount(), 0);
-    QVERIFY(widget.setRecords(7, nullptr));
-    QCOMPARE(widget.slotCount(), 0);
-
-    // What is known of a stream can be set before its records come.
-    widget.setRecordScale(1, 0.5);
-    QVERIFY(widget.recordScale(1) && *widget.recordScale(1) == 0.5);
-    QVERIFY(!widget.recordScale(0));
-    QVERIFY(!widget.recordScale(-1));
-    QVERIFY(!widget.records(1));
-    QVERIFY(!widget.traceInfo(2, false));
-}
-
-void TestRecordWidgetRecords::announcesDisplayedRecords()
-{
-    AnnouncingWidget widget;
-    widget.install({record(0, {1, 2, 3})}, 1);
-    RecordSequence *raw = widget.records(1);
-    QCOMPARE(widget.announced, (decltype(widget.announced){{1, raw}}));
-
-    Integrator filter;
-    widget.setFilter(&filter);
-    QCOMPARE(widget.announced.size(), 1);
-    widget.enableFiltering(true);
-    QCOMPARE(widget.announced.size(), 2);
-    QCOMPARE(widget.announced.last().second, widget.filteredRecords(1));
-    QVERIFY(widget.announced.last().second != raw);
-    widget.setFilter(nullptr);
-    QCOMPARE(widget.announced.last().second, raw);
-    QVERIFY(!widget.filteredRecords(1));
-    QVERIFY(widget.displayedRecords(1) == raw);
-    widget.setSlotCount(1);
-    QCOMPARE(widget.announced.last(), (QPair<int, RecordSequence *>(1, nullptr)));
-}
-
-void TestRecordWidgetRecords::filtersAsInOnePass_data()
-{
-    QTest::addColumn<Records>("records");
-
-    QTest::newRow("in order") << Records{record(0, {1, 2}), record(2, {3, 4}), record(4, {5})};
-    QTest::newRow("gap") << Records{record(0, {1, 2}), record(3, {3, 4})};
-    QTest::newRow("within half a sample") << Records{record(0, {1, 2}), record(2.4, {3, 4})};
-    QTest::newRow("beyond half a sample") << Records{record(0, {1, 2}), record(2.6, {3, 4})};
-    QTest::newRow("overlap") << Records{record(0, {1, 2, 3}), record(2, {4, 5, 6})};
-    QTest::newRow("other rate") << Records{record(0, {1, 2}), record(2, {3, 4}, 2)};
-    QTest::newRow("late record closes a gap")
-        << Records{record(0, {1, 2}), record(4, {5, 6}), record(6, {7}), record(2, {3, 4})};
-    QTest::newRow("late record continues the older run")
-        << Records{record(0, {1, 2}), record(9, {5, 6}), record(2, {3, 4}), record(4, {8})};
-    QTest::newRow("late record before a run")
-        << Records{record(4, {5, 6}), record(6, {7}), record(2, {3, 4})};
-    QTest::newRow("late record apart")
-        << Records{record(9, {5, 6}), record(1, {3, 4}), record(11, {1, 1})};
-    QTest::newRow("overlap within a run") << Records{
-        record(0, {1, 2}), record(2, {3, 4}), record(4, {5, 6}), record(1, {9, 9, 9, 9, 9, 9, 9})};
-    QTest::newRow("not finite") << Records{
-        record(0, {1, NaN, 2, 3, std::numeric_limits<double>::infinity()}), record(5, {4, NaN})};
-    QTest::newRow("no samples") << Records{record(0, {1, 2}), record(2, {}), record(2, {3})};
-}
-
-void TestRecordWidgetRecords::filtersAsInOnePass()
-{
-    QFETCH(Records, records);
-
-    const Integrator filter;
-    TestWidget fedWidget;
-    fedWidget.setFilter(&filter);
-    fedWidget.enableFiltering(true);
-    fedWidget.install({});
-    for (const RecordPtr &item : records)
-        fedWidget.feed(item);
-
-    TestWidget installedWidget;
-    installedWidget.install(records);
-    installedWidget.enableFiltering(true);
-    installedWidget.setFilter(&filter);
-
-    const Samples expected = referenceSums(records);
-    QVERIFY(isSame(samplesOf(fedWidget.filteredRecords(0)), expected));
-    QVERIFY(isSame(samplesOf(installedWidget.filteredRecords(0)), expected));
-}
-
-void TestRecordWidgetRecords::filtersRandomOrderAsInOnePass()
-{
-    const unsigned seed = std::random_device()();
-    qInfo("seed %u", seed);
-    std::mt19937 random(seed);
-    const Integrator filter;
-
-    for (int round = 0; round < 50; ++round) {
-        Records records;
-        for (int i = 0; i < 24; ++i) {
-            if (random() % 6 != 0)
-                records.push_back(record(3 * i, {1.0 * i, 1.0 * (random() % 100), 2.0}));
+        int deleted = 0;
+        CountedBuffer borrowed(deleted);
+        {
+            RecordWidget widget;
+            widget.setRecords(0, new CountedBuffer(deleted), true);
+            widget.setRecords(0, new CountedBuffer(deleted), true);
+            QCOMPARE(deleted, 1);
+            widget.setRecords(0, &borrowed, false);
+            QCOMPARE(deleted, 2);
+            widget.setRecords(0, nullptr);
+            widget.setRecords(3, new CountedBuffer(deleted), true);
+            QCOMPARE(widget.slotCount(), 4);
+            widget.setSlotCount(3);
+            QCOMPARE(deleted, 3);
+            widget.setRecords(1, new CountedBuffer(deleted), true);
         }
-        std::shuffle(records.begin(), records.end(), random);
+        QCOMPARE(deleted, 4);
 
+        // Installed again a sequence stays, and its owner changes.
+        auto *buffer = new CountedBuffer(deleted);
+        {
+            RecordWidget widget;
+            widget.setRecords(0, buffer, true);
+            widget.setRecords(0, buffer, true);
+            widget.setRecords(0, buffer, false);
+        }
+        QCOMPARE(deleted, 4);
+        delete buffer;
+    }
+
+    void refusesSlotsThatCannotBeMeant()
+    {
+        RecordWidget widget;
+        RingBuffer buffer(0);
+        QVERIFY(!widget.setRecords(-1, &buffer, true));
+        QVERIFY(!widget.setRecords(1000000, &buffer, true));
+        QVERIFY(!widget.setSlotCount(-1));
+        QVERIFY(widget.setRecords(7, nullptr));
+        QCOMPARE(widget.slotCount(), 0);
+        QVERIFY(!widget.recordScale(-1));
+    }
+
+    void announcesDisplayedRecords()
+    {
+        AnnouncingWidget widget;
+        widget.install({record(0, {1, 2, 3})}, 1);
+        RecordSequence *raw = widget.records(1);
+        QCOMPARE(widget.announced, (decltype(widget.announced){{1, raw}}));
+
+        Integrator filter;
+        widget.setFilter(&filter);
+        QCOMPARE(widget.announced.size(), 1);
+        widget.enableFiltering(true);
+        QCOMPARE(widget.announced.size(), 2);
+        QCOMPARE(widget.announced.last().second, widget.filteredRecords(1));
+        widget.setFilter(nullptr);
+        QCOMPARE(widget.announced.last().second, raw);
+        widget.setSlotCount(1);
+        QCOMPARE(widget.announced.last(), (QPair<int, RecordSequence *>(1, nullptr)));
+    }
+
+    void filtersAsInOnePass()
+    {
+        const double infinity = std::numeric_limits<double>::infinity();
+        const Records cases[] = {
+            {record(0, {1, 2}), record(2.4, {3, 4}), record(7, {3, 4})},
+            {record(0, {1, 2}), record(2.6, {3, 4}), record(4.6, {3, 4}, 2)},
+            {record(0, {1, 2, 3}), record(2, {4, 5, 6})},
+            {record(0, {1, 2}), record(4, {5, 6}), record(6, {7}), record(2, {3, 4})},
+            {record(0, {1, 2}), record(9, {5, 6}), record(2, {3, 4}), record(4, {8})},
+            {record(0, {1, 2}), record(2, {3, 4}), record(4, {5, 6}), record(1, Samples(7, 9))},
+            {record(0, {1, NaN, 2, 3, infinity}), record(5, {4, NaN})},
+            {record(0, {1, 2}), record(2, {}), record(2, {3})},
+        };
+        const Integrator filter;
+        for (const Records &records : cases) {
+            TestWidget fedWidget;
+            fedWidget.setFilter(&filter);
+            fedWidget.enableFiltering(true);
+            fedWidget.install({});
+            for (const RecordPtr &item : records)
+                fedWidget.feed(item);
+
+            TestWidget installedWidget;
+            installedWidget.install(records);
+            installedWidget.enableFiltering(true);
+            installedWidget.setFilter(&filter);
+
+            const Samples expected = referenceSums(records);
+            QVERIFY(isSame(samplesOf(fedWidget.filteredRecords(0)), expected));
+            QVERIFY(isSame(samplesOf(installedWidget.filteredRecords(0)), expected));
+        }
+    }
+
+    void filtersRandomOrderAsInOnePass()
+    {
+        const unsigned seed = std::random_device()();
+        qInfo("seed %u", seed);
+        std::mt19937 random(seed);
+        const Integrator filter;
+
+        for (int round = 0; round < 50; ++round) {
+            Records records;
+            for (int i = 0; i < 24; ++i) {
+                if (random() % 6 != 0)
+                    records.push_back(record(3 * i, {1.0 * i, 1.0 * (random() % 100), 2.0}));
+            }
+            std::shuffle(records.begin(), records.end(), random);
+
+            TestWidget widget;
+            widget.setFilter(&filter);
+            widget.enableFiltering(true);
+            widget.install({});
+            for (const RecordPtr &item : records)
+                widget.feed(item);
+            QVERIFY(isSame(samplesOf(widget.filteredRecords(0)), referenceSums(records)));
+        }
+    }
+
+    void filteredRecordsFollowTrimming()
+    {
+        const Integrator filter;
         TestWidget widget;
         widget.setFilter(&filter);
         widget.enableFiltering(true);
+        widget.setRecords(0, new RingBuffer(2));
+        for (int i = 0; i < 5; ++i)
+            widget.feed(record(2 * i, {1, 1}));
+        // The sums go on although the first records are gone.
+        QCOMPARE(samplesOf(widget.filteredRecords(0)), (Samples{7, 8, 9, 10}));
+
+        auto *buffer = new TimeWindowBuffer(window(0, 20));
+        widget.setRecords(0, buffer);
+        for (int i = 0; i < 5; ++i)
+            widget.feed(record(2 * i, {1, 1}));
+        buffer->setTimeWindowToStore(window(3, 6));
+        QCOMPARE(widget.filteredRecords(0)->size(), buffer->size());
+        buffer->clear();
+        QVERIFY(widget.filteredRecords(0)->isEmpty());
+    }
+
+    void filteredRecordsCatchUp()
+    {
+        const Integrator filter;
+        TestWidget widget;
+        widget.setFilter(&filter);
+        widget.enableFiltering(true);
+        widget.install({record(0, {1, 1})});
+        widget.enableFiltering(false);
+        for (int i = 1; i < 4; ++i)
+            widget.feed(record(2 * i, {1, 1}));
+        widget.enableFiltering(true);
+        QCOMPARE(samplesOf(widget.displayedRecords(0)), (Samples{1, 2, 3, 4, 5, 6, 7, 8}));
+        QCOMPARE(widget.amplitudeRange(0).second, 8 + 0.05 * 3.5);
+    }
+
+    void copesWithRecordsForNobody()
+    {
+        TestWidget widget;
+        widget.show();
+        const RecordPtr item = record(0, {1, 2});
+        widget.fed(-1, item.get());
+        widget.fed(0, item.get());
+        widget.fed(5, item.get());
         widget.install({});
-        for (const RecordPtr &item : records)
-            widget.feed(item);
-        QVERIFY(isSame(samplesOf(widget.filteredRecords(0)), referenceSums(records)));
+        widget.fed(0, nullptr);
+        // Fed to the widget only: the sequence has not taken it.
+        widget.fed(0, item.get());
+        QCOMPARE(widget.amplitudeRange(0), (QPair<double, double>(0, 0)));
     }
-}
 
-void TestRecordWidgetRecords::filteredRecordsFollowTrimming()
-{
-    const Integrator filter;
-    TestWidget widget;
-    widget.setFilter(&filter);
-    widget.enableFiltering(true);
-    widget.setRecords(0, new RingBuffer(2));
-    for (int i = 0; i < 5; ++i)
-        widget.feed(record(2 * i, {1, 1}));
-    // The sums go on although the first records are gone.
-    QCOMPARE(samplesOf(widget.filteredRecords(0)), (Samples{7, 8, 9, 10}));
+    void repaintsOnlyTouchedColumns()
+    {
+        TestWidget widget;
+        widget.install({record(0, zigzag(20, -10, 10))});
+        showAndSettle(widget);
 
-    auto *buffer = new TimeWindowBuffer(window(0, 20));
-    widget.setRecords(0, buffer);
-    for (int i = 0; i < 5; ++i)
-        widget.feed(record(2 * i, {1, 1}));
-    buffer->setTimeWindowToStore(window(3, 6));
-    QCOMPARE(widget.filteredRecords(0)->size(), buffer->size());
-    buffer->clear();
-    QVERIFY(widget.filteredRecords(0)->isEmpty());
-}
+        widget.feed(record(20, zigzag(10, -9, 9)));
+        QRegion painted;
+        QTRY_VERIFY(!(painted += widget.takePainted()).isEmpty());
+        QVERIFY2(painted.boundingRect().left() >= 36, "repaints columns before the record");
+        QVERIFY2(painted.boundingRect().right() <= 62, "repaints columns behind the record");
+        QVERIFY(painted.contains(QRect(40, 0, 20, 100)));
 
-void TestRecordWidgetRecords::filteredRecordsCatchUp()
-{
-    const Integrator filter;
-    TestWidget widget;
-    widget.setFilter(&filter);
-    widget.enableFiltering(true);
-    widget.install({record(0, {1, 1})});
-    widget.enableFiltering(false);
-    for (int i = 1; i < 4; ++i)
-        widget.feed(record(2 * i, {1, 1}));
-    widget.enableFiltering(true);
-    QCOMPARE(samplesOf(widget.displayedRecords(0)), (Samples{1, 2, 3, 4, 5, 6, 7, 8}));
-    QCOMPARE(widget.amplitudeRange(0).second, 8 + 0.05 * 3.5);
-    QCOMPARE(widget.filteredRecords(0)->front()->streamID(), std::string("XX.TEST.00.BHZ"));
-}
+        // A gap is shaded from the record before it.
+        widget.feed(record(60, zigzag(10, -9, 9)));
+        painted = QRegion();
+        QTRY_VERIFY(!(painted += widget.takePainted()).isEmpty());
+        QVERIFY(painted.contains(QRect(60, 0, 80, 100)));
+        QVERIFY(painted.boundingRect().left() >= 56);
 
-void TestRecordWidgetRecords::copesWithRecordsForNobody()
-{
-    TestWidget widget;
-    widget.show();
-    const RecordPtr item = record(0, {1, 2});
-    widget.fed(-1, item.get());
-    widget.fed(0, item.get());
-    widget.fed(5, item.get());
-    widget.install({});
-    widget.fed(0, nullptr);
-    // Fed to the widget only: the sequence has not taken it.
-    widget.fed(0, item.get());
-    QCOMPARE(widget.amplitudeRange(0), (QPair<double, double>(0, 0)));
-}
-
-void TestRecordWidgetRecords::repaintsOnlyTouchedColumns()
-{
-    TestWidget widget;
-    widget.install({record(0, zigzag(20, -10, 10))});
-    showAndSettle(widget);
-
-    widget.feed(record(20, zigzag(10, -9, 9)));
-    QRegion painted;
-    QTRY_VERIFY(!(painted += widget.takePainted()).isEmpty());
-    QVERIFY2(painted.boundingRect().left() >= 36, "repaints columns before the record");
-    QVERIFY2(painted.boundingRect().right() <= 62, "repaints columns behind the record");
-    QVERIFY(painted.contains(QRect(40, 0, 20, 100)));
-
-    // A gap is shaded from the record before it.
-    widget.feed(record(60, zigzag(10, -9, 9)));
-    painted = QRegion();
-    QTRY_VERIFY(!(painted += widget.takePainted()).isEmpty());
-    QVERIFY(painted.contains(QRect(60, 0, 80, 100)));
-    QVERIFY(painted.boundingRect().left() >= 56);
-}
-
-void TestRecordWidgetRecords::paintsNothingForRecordsOutOfView()
-{
-    TestWidget widget;
-    widget.install({record(0, zigzag(20, -10, 10)), record(500, zigzag(10, -9, 9))});
-    showAndSettle(widget);
-    widget.feed(record(510, zigzag(10, -9, 9)));
-    QCoreApplication::processEvents();
-    QVERIFY(widget.takePainted().isEmpty());
-}
-
-void TestRecordWidgetRecords::paintsManyRecordsTogether()
-{
-    TestWidget widget;
-    widget.install({record(0, zigzag(20, -10, 10))});
-    showAndSettle(widget);
-    for (int i = 0; i < 60; ++i) {
-        widget.feed(record(20 + i, {0}));
+        // Nothing shows of a record out of view.
+        widget.install({record(0, zigzag(20, -10, 10)), record(500, zigzag(10, -9, 9))});
+        showAndSettle(widget);
+        widget.feed(record(510, zigzag(10, -9, 9)));
         QCoreApplication::processEvents();
+        QVERIFY(widget.takePainted().isEmpty());
     }
-    QVERIFY(widget.paintCount < 10);
-    QRegion painted;
-    QTRY_VERIFY((painted += widget.takePainted()).contains(QRect(40, 0, 120, 100)));
-    QVERIFY(painted.boundingRect().left() >= 36);
-}
 
-void TestRecordWidgetRecords::repaintsAllWhenTheRangeGrows()
-{
-    TestWidget widget;
-    widget.install({record(0, zigzag(20, -10, 10))});
-    showAndSettle(widget);
-    QSignalSpy updated(&widget, SIGNAL(traceUpdated(Tellarix::Gui::RecordWidget *)));
-    QVERIFY(updated.isValid());
+    void paintsManyRecordsTogether()
+    {
+        TestWidget widget;
+        widget.install({record(0, zigzag(20, -10, 10))});
+        showAndSettle(widget);
+        for (int i = 0; i < 60; ++i) {
+            widget.feed(record(20 + i, {0}));
+            QCoreApplication::processEvents();
+        }
+        QVERIFY(widget.paintCount < 10);
+        QRegion painted;
+        QTRY_VERIFY((painted += widget.takePainted()).contains(QRect(40, 0, 120, 100)));
+        QVERIFY(painted.boundingRect().left() >= 36);
+    }
 
-    widget.feed(record(20, {11}));
-    QRegion painted;
-    QTRY_COMPARE((painted += widget.takePainted()).boundingRect(), widget.rect());
-    QCOMPARE(updated.count(), 1);
-}
+    void repaintsAllWhenTheRangeGrows()
+    {
+        TestWidget widget;
+        widget.install({record(0, zigzag(20, -10, 10))});
+        showAndSettle(widget);
+        QSignalSpy updated(&widget, SIGNAL(traceUpdated(Tellarix::Gui::RecordWidget *)));
+        QVERIFY(updated.isValid());
+
+        widget.feed(record(20, {11}));
+        QRegion painted;
+        QTRY_COMPARE((painted += widget.takePainted()).boundingRect(), widget.rect());
+        QCOMPARE(updated.count(), 1);
+    }
+};
 
 QTEST_MAIN(TestRecordWidgetRecords)
 #include "tst_recordwidgetrecords.moc"
