@@ -134,6 +134,7 @@ private slots:
     {
         MouseCounter parent;
         parent.resize(200, 100);
+        parent.setMouseTracking(true);
         TestWidget widget;
         widget.setParent(&parent);
         parent.show();

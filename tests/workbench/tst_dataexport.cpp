@@ -97,256 +97,203 @@ class TestDataExport : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase();
-    void givesBackEachSample_data();
-    void givesBackEachSample();
-    void writesSacFileForEachStretch();
-    void tellsRoundedSamples();
-    void neverGivesOneNameTwice();
-    void keepsOddCodesInFolder();
-    void takesRawRecordsOfChosenRows();
-    void takesChosenWindow();
-    void keepsOldFileWhenWritingFails();
-    void keepsOldFileWhenCancelled();
-    void asksBeforeFilesAreReplaced();
-    void summarisesOutcome();
+    void initTestCase()
+    {
+        QLocale::setDefault(QLocale::c());
+        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, _folder.path());
+    }
+
+    void givesBackEachSample()
+    {
+        const auto records = mixedRecords();
+        // Everything, within a record, over a border of records, over a gap.
+        for (const Core::TimeWindow &part :
+             {window(-100, 1000), window(3, 4.05), window(24.9, 25.1), window(30, 61)}) {
+            const ExportOutcome outcome = exportOf(records, part).writeMiniSeed(path("all.mseed"));
+            QVERIFY2(outcome.ok, qPrintable(outcome.messages.join('\n')));
+
+            const Samples expected = samplesOf(records, part);
+            QVERIFY(readBack(outcome.files) == expected);
+            int64_t count = 0;
+            for (const auto &stream : expected)
+                count += static_cast<int64_t>(stream.second.size());
+            QCOMPARE(outcome.samples, count);
+        }
+    }
+
+    void writesSacFileForEachStretch()
+    {
+        std::vector<RecordCPtr> records = mixedRecords();
+        records.erase(records.begin() + 3, records.begin() + 5);
+        const DataExport data = exportOf(records, window(-100, 1000));
+        const ExportOutcome outcome = data.writeSac(_folder.path());
+        QVERIFY(outcome.ok && outcome.messages.isEmpty());
+
+        const QStringList names{"XX.AAA..HHZ.2024-01-05T101112.sac",
+                                "XX.AAA..HHZ.2024-01-05T101212.sac",
+                                "XX.CCC..HHZ.2024-01-05T101110.sac"};
+        QCOMPARE(QDir(_folder.path()).entryList({"*.sac"}, QDir::Files, QDir::Name), names);
+        QVERIFY(readBack(outcome.files) == samplesOf(records, window(-100, 1000)));
+    }
+
+    void tellsRoundedSamples()
+    {
+        const int exact = 1 << 24;
+        const std::vector<RecordCPtr> records{
+            record<int>("XX.AAA..HHZ", 0, 1, {exact, exact + 1, exact + 2, exact + 3})};
+        const ExportOutcome outcome = exportOf(records, window(0, 10)).writeSac(_folder.path());
+        QVERIFY(outcome.ok);
+        QCOMPARE(outcome.messages.size(), 1);
+        QVERIFY2(outcome.messages[0].contains("2 samples"), qPrintable(outcome.messages[0]));
+    }
+
+    void neverGivesOneNameTwice()
+    {
+        // Three stretches begin within one second, two of them even at the same time.
+        const std::vector<RecordCPtr> records{sawTooth("XX.AAA..HHZ", 0, 100, 10),
+                                              sawTooth("XX.AAA..HHZ", 0.3, 100, 10),
+                                              sawTooth("XX.AAA..HHZ", 0.3, 100, 30)};
+        QTemporaryDir folder;
+        const ExportOutcome outcome = exportOf(records, window(0, 10)).writeSac(folder.path());
+        QCOMPARE(QDir(folder.path()).entryList(QDir::Files).size(), 3);
+        QVERIFY(readBack(outcome.files) == samplesOf(records, window(0, 10)));
+    }
+
+    void keepsOddCodesInFolder()
+    {
+        const StreamCodesCPtr codes(new StreamCodes("..", "/tmp/A", "", "HH*"));
+        const int samples[] = {1, 2, 3};
+        const RecordCPtr odd(new Record(codes, Start, 1, new IntArray(3, samples)));
+        const QStringList names = exportOf({odd}, window(0, 10)).sacFileNames();
+        QCOMPARE(names, QStringList("__._tmp_A..HH_.2024-01-05T101112.sac"));
+    }
+
+    void takesRawRecordsOfChosenRows()
+    {
+        TraceView view;
+        std::vector<RecordCPtr> records;
+        for (const char *id : {"XX.AAA..HHZ", "XX.BBB..HHZ", "XX.CCC..HHZ"}) {
+            records.push_back(sawTooth(id, 0, 10, 100));
+            addRow(view, {records.back()});
+        }
+        view.resize(600, 300);
+        view.show();
+        view.setAlignment(Start);
+        view.setTimeRange(-1, 20);
+        view.setFilter(new Math::Filtering::RunningMeanHighPass<double>(2.0));
+        view.setFilterEnabled(true);
+        QVERIFY(view.itemAt(0)->recordWidget()->filteredRecords(0));
+
+        const QString file = path("rows.mseed");
+        QVERIFY(DataExport::FromView(view).writeMiniSeed(file).ok);
+        QVERIFY(readBack({file}) == samplesOf(records, window(-1, 20)));
+
+        view.setSelectedTrace(1);
+        QVERIFY(DataExport::FromView(view).writeMiniSeed(file).ok);
+        QVERIFY(readBack({file}) == samplesOf({records[1]}, window(-1, 20)));
+    }
+
+    void takesChosenWindow()
+    {
+        TraceView view;
+        Trace *first = addRow(view, {sawTooth("XX.AAA..HHZ", 0, 10, 1000)});
+        Trace *second = addRow(view, {sawTooth("XX.BBB..HHZ", 0, 10, 1000)});
+        view.resize(600, 300);
+        view.show();
+        view.setAlignment(Start);
+        view.setTimeRange(0, 60);
+        second->recordWidget()->setSelectedTimeWindow(window(10, 20));
+        QCOMPARE(DataExport::ChosenWindow(view), window(10, 20));
+        view.select(first);
+        QCOMPARE(DataExport::ChosenWindow(view), view.visibleTimeWindow());
+
+        view.timeScale()->setSelection(30, 40.5);
+        QCOMPARE(DataExport::ChosenWindow(view), window(30, 40.5));
+    }
+
+    void keepsOldFileWhenWritingFails()
+    {
+        const QString file = writeText(path("old.mseed"), "old data");
+        const auto check = [&](const ExportOutcome &outcome, const QString &cause) {
+            QVERIFY(!outcome.ok);
+            QVERIFY(outcome.files.isEmpty());
+            QCOMPARE(outcome.messages.size(), 1);
+            QVERIFY2(outcome.messages[0].startsWith(file + ": ") &&
+                         outcome.messages[0].contains(cause),
+                     qPrintable(outcome.messages[0]));
+            QCOMPARE(contentOf(file), QByteArray("old data"));
+        };
+
+        const std::vector<RecordCPtr> good{sawTooth("XX.AAA..HHZ", 0, 100, 20000)};
+        check(exportOf(good, window(500, 600)).writeMiniSeed(file), "no samples from 2024-01-05");
+        check(exportOf({good[0], sawTooth("XX.TOOLONG..HHZ", 0, 1, 10)}, window(0, 10))
+                  .writeMiniSeed(file),
+              "TOOLONG");
+        const FullDisk limit(4000);
+        check(exportOf(good, window(0, 500)).writeMiniSeed(file), "");
+
+        const QString sac = writeText(path("XX.AAA..HHZ.2024-01-05T101112.sac"), "old data");
+        QVERIFY(!exportOf(good, window(0, 500)).writeSac(_folder.path()).ok);
+        QCOMPARE(contentOf(sac), QByteArray("old data"));
+    }
+
+    void keepsOldFileWhenCancelled()
+    {
+        const QString file = writeText(path("old.mseed"), "old data");
+        const DataExport data = exportOf(mixedRecords(), window(-100, 1000));
+        const auto cancelAtHalf = [](double share) { return share < 0.5; };
+        QVERIFY(!data.writeMiniSeed(file, cancelAtHalf).ok);
+        QCOMPARE(contentOf(file), QByteArray("old data"));
+
+        QTemporaryDir folder;
+        const ExportOutcome outcome = data.writeSac(folder.path(), cancelAtHalf);
+        QVERIFY(!outcome.ok);
+        QCOMPARE(QDir(folder.path()).entryList(QDir::Files).size(), outcome.files.size());
+        QVERIFY(outcome.files.size() > 0 && outcome.files.size() < data.sacFileNames().size());
+        QVERIFY(outcome.messages.last().contains("cancelled"));
+    }
+
+    void asksBeforeFilesAreReplaced()
+    {
+        TraceView view;
+        addRow(view, {sawTooth("XX.AAA..HHZ", 0, 10, 100)});
+        view.resize(600, 300);
+        view.setAlignment(Start);
+        view.timeScale()->setSelection(0, 10);
+        QTemporaryDir folder;
+        const QString file = writeText(folder.filePath("XX.AAA..HHZ.2024-01-05T101112.sac"), "old");
+        QSettings().setValue("Workbench/exportFolder", folder.path());
+
+        QMainWindow owner;
+        ExportActions exports(&view, &owner);
+        QSignalSpy done(&exports, SIGNAL(done(QString)));
+        // First the dialog for the folder, which it starts in, then the question.
+        const auto answer = [&](const QString &buttonText) {
+            QTimer::singleShot(0, [buttonText] {
+                QTimer::singleShot(0, [buttonText] {
+                    auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+                    for (QAbstractButton *button : box->buttons()) {
+                        if (button->text().remove('&') == buttonText)
+                            button->click();
+                    }
+                });
+                qobject_cast<QDialog *>(QApplication::activeModalWidget())->accept();
+            });
+            exports.askForSac();
+        };
+        answer("Cancel");
+        QCOMPARE(contentOf(file), QByteArray("old"));
+        answer("Replace");
+        QCOMPARE(done.size(), 1);
+        QVERIFY(readBack({file}) ==
+                samplesOf({sawTooth("XX.AAA..HHZ", 0, 10, 100)}, window(0, 10)));
+    }
 
 private:
     QString path(const QString &name) const { return _folder.filePath(name); }
 
     QTemporaryDir _folder;
 };
-
-void TestDataExport::initTestCase()
-{
-    QLocale::setDefault(QLocale::c());
-    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, _folder.path());
-}
-
-void TestDataExport::givesBackEachSample_data()
-{
-    QTest::addColumn<double>("start");
-    QTest::addColumn<double>("end");
-    QTest::newRow("everything") << -100.0 << 1000.0;
-    QTest::newRow("inside a record") << 3.0 << 4.05;
-    QTest::newRow("over a border") << 24.9 << 25.1;
-    QTest::newRow("over a gap") << 30.0 << 61.0;
-    QTest::newRow("up to a gap") << 30.0 << 40.0;
-}
-
-void TestDataExport::givesBackEachSample()
-{
-    QFETCH(double, start);
-    QFETCH(double, end);
-
-    const auto records = mixedRecords();
-    const ExportOutcome outcome =
-        exportOf(records, window(start, end)).writeMiniSeed(path("all.mseed"));
-    QVERIFY2(outcome.ok, qPrintable(outcome.messages.join('\n')));
-
-    const Samples expected = samplesOf(records, window(start, end));
-    QVERIFY(readBack(outcome.files) == expected);
-    size_t count = 0;
-    for (const auto &stream : expected)
-        count += stream.second.size();
-    QCOMPARE(outcome.samples, static_cast<int64_t>(count));
-    QCOMPARE(outcome.streams, static_cast<int>(expected.size()));
-    QCOMPARE(outcome.bytes, QFileInfo(path("all.mseed")).size());
-}
-
-void TestDataExport::writesSacFileForEachStretch()
-{
-    std::vector<RecordCPtr> records = mixedRecords();
-    records.erase(records.begin() + 3, records.begin() + 5);
-    const DataExport data = exportOf(records, window(-100, 1000));
-    const ExportOutcome outcome = data.writeSac(_folder.path());
-    QVERIFY2(outcome.ok, qPrintable(outcome.messages.join('\n')));
-    QVERIFY(outcome.messages.isEmpty());
-
-    const QStringList names{"XX.AAA..HHZ.2024-01-05T101112.sac",
-                            "XX.AAA..HHZ.2024-01-05T101212.sac",
-                            "XX.CCC..HHZ.2024-01-05T101110.sac"};
-    QCOMPARE(data.sacFileNames(), names);
-    QCOMPARE(QDir(_folder.path()).entryList({"*.sac"}, QDir::Files, QDir::Name), names);
-    QCOMPARE(outcome.streams, 2);
-    QVERIFY(readBack(outcome.files) == samplesOf(records, window(-100, 1000)));
-}
-
-void TestDataExport::tellsRoundedSamples()
-{
-    const int exact = 1 << 24;
-    const std::vector<RecordCPtr> records{
-        record<int>("XX.AAA..HHZ", 0, 1, {exact, exact + 1, exact + 2, exact + 3})};
-    const ExportOutcome outcome = exportOf(records, window(0, 10)).writeSac(_folder.path());
-    QVERIFY(outcome.ok);
-    QCOMPARE(outcome.messages.size(), 1);
-    QVERIFY2(outcome.messages[0].contains("2 samples"), qPrintable(outcome.messages[0]));
-}
-
-void TestDataExport::neverGivesOneNameTwice()
-{
-    // Three stretches begin within one second, two of them even at the same time.
-    const std::vector<RecordCPtr> records{sawTooth("XX.AAA..HHZ", 0, 100, 10),
-                                          sawTooth("XX.AAA..HHZ", 0.3, 100, 10),
-                                          sawTooth("XX.AAA..HHZ", 0.3, 100, 30)};
-    QTemporaryDir folder;
-    const ExportOutcome outcome = exportOf(records, window(0, 10)).writeSac(folder.path());
-    QCOMPARE(QDir(folder.path()).entryList(QDir::Files).size(), 3);
-    QVERIFY(readBack(outcome.files) == samplesOf(records, window(0, 10)));
-}
-
-void TestDataExport::keepsOddCodesInFolder()
-{
-    const StreamCodesCPtr codes(new StreamCodes("..", "/tmp/A", "", "HH*"));
-    const int samples[] = {1, 2, 3};
-    const RecordCPtr odd(new Record(codes, Start, 1, new IntArray(3, samples)));
-    const QStringList names = exportOf({odd}, window(0, 10)).sacFileNames();
-    QCOMPARE(names, QStringList("__._tmp_A..HH_.2024-01-05T101112.sac"));
-}
-
-void TestDataExport::takesRawRecordsOfChosenRows()
-{
-    TraceView view;
-    std::vector<RecordCPtr> records;
-    for (const char *id : {"XX.AAA..HHZ", "XX.BBB..HHZ", "XX.CCC..HHZ"}) {
-        records.push_back(sawTooth(id, 0, 10, 100));
-        addRow(view, {records.back()});
-    }
-    view.resize(600, 300);
-    view.show();
-    view.setAlignment(Start);
-    view.setTimeRange(-1, 20);
-    view.setFilter(new Math::Filtering::RunningMeanHighPass<double>(2.0));
-    view.setFilterEnabled(true);
-    QVERIFY(view.itemAt(0)->recordWidget()->filteredRecords(0));
-
-    const QString file = path("rows.mseed");
-    QVERIFY(DataExport::FromView(view).writeMiniSeed(file).ok);
-    QVERIFY(readBack({file}) == samplesOf(records, window(-1, 20)));
-
-    view.setSelectedTrace(1);
-    QVERIFY(DataExport::FromView(view).writeMiniSeed(file).ok);
-    QVERIFY(readBack({file}) == samplesOf({records[1]}, window(-1, 20)));
-}
-
-void TestDataExport::takesChosenWindow()
-{
-    TraceView view;
-    Trace *first = addRow(view, {sawTooth("XX.AAA..HHZ", 0, 10, 1000)});
-    Trace *second = addRow(view, {sawTooth("XX.BBB..HHZ", 0, 10, 1000)});
-    view.resize(600, 300);
-    view.show();
-    view.setAlignment(Start);
-    view.setTimeRange(0, 60);
-    QCOMPARE(DataExport::ChosenWindow(view), view.visibleTimeWindow());
-
-    second->recordWidget()->setSelectedTimeWindow(window(10, 20));
-    QCOMPARE(DataExport::ChosenWindow(view), window(10, 20));
-    view.select(first);
-    QCOMPARE(DataExport::ChosenWindow(view), view.visibleTimeWindow());
-
-    view.timeScale()->setSelection(30, 40.5);
-    QCOMPARE(DataExport::ChosenWindow(view), window(30, 40.5));
-}
-
-void TestDataExport::keepsOldFileWhenWritingFails()
-{
-    const QString file = writeText(path("old.mseed"), "old data");
-    const auto check = [&](const ExportOutcome &outcome, const QString &cause) {
-        QVERIFY(!outcome.ok);
-        QVERIFY(outcome.files.isEmpty());
-        QCOMPARE(outcome.messages.size(), 1);
-        QVERIFY2(outcome.messages[0].startsWith(file + ": ") && outcome.messages[0].contains(cause),
-                 qPrintable(outcome.messages[0]));
-        QCOMPARE(contentOf(file), QByteArray("old data"));
-    };
-
-    const std::vector<RecordCPtr> good{sawTooth("XX.AAA..HHZ", 0, 100, 20000)};
-    check(exportOf(good, window(500, 600)).writeMiniSeed(file), "no samples from 2024-01-05");
-    check(exportOf({good[0], sawTooth("XX.TOOLONG..HHZ", 0, 1, 10)}, window(0, 10))
-              .writeMiniSeed(file),
-          "TOOLONG");
-    const FullDisk limit(4000);
-    check(exportOf(good, window(0, 500)).writeMiniSeed(file), "");
-
-    const QString sac = writeText(path("XX.AAA..HHZ.2024-01-05T101112.sac"), "old data");
-    const ExportOutcome outcome = exportOf(good, window(0, 500)).writeSac(_folder.path());
-    QVERIFY(!outcome.ok && outcome.files.isEmpty());
-    QVERIFY(outcome.messages.last().startsWith(sac + ": "));
-    QCOMPARE(contentOf(sac), QByteArray("old data"));
-}
-
-void TestDataExport::keepsOldFileWhenCancelled()
-{
-    const QString file = writeText(path("old.mseed"), "old data");
-    const DataExport data = exportOf(mixedRecords(), window(-100, 1000));
-    double largest = 0;
-    const auto cancelAtHalf = [&](double share) {
-        largest = std::max(largest, share);
-        return share < 0.5;
-    };
-    QVERIFY(!data.writeMiniSeed(file, cancelAtHalf).ok);
-    QCOMPARE(contentOf(file), QByteArray("old data"));
-    QCOMPARE(largest, 0.5);
-
-    QTemporaryDir folder;
-    const ExportOutcome outcome = data.writeSac(folder.path(), cancelAtHalf);
-    QVERIFY(!outcome.ok);
-    QCOMPARE(QDir(folder.path()).entryList(QDir::Files).size(), outcome.files.size());
-    QVERIFY(outcome.files.size() > 0 && outcome.files.size() < data.sacFileNames().size());
-    QVERIFY(outcome.messages.last().contains("cancelled"));
-}
-
-void TestDataExport::asksBeforeFilesAreReplaced()
-{
-    TraceView view;
-    addRow(view, {sawTooth("XX.AAA..HHZ", 0, 10, 100)});
-    view.resize(600, 300);
-    view.setAlignment(Start);
-    view.timeScale()->setSelection(0, 10);
-    QTemporaryDir folder;
-    const QString file = writeText(folder.filePath("XX.AAA..HHZ.2024-01-05T101112.sac"), "old");
-    QSettings().setValue("Workbench/exportFolder", folder.path());
-
-    QMainWindow owner;
-    ExportActions exports(&view, &owner);
-    QSignalSpy done(&exports, SIGNAL(done(QString)));
-    // First the dialog for the folder, which it starts in, then the question.
-    const auto answer = [&](const QString &buttonText) {
-        QTimer::singleShot(0, [buttonText] {
-            QTimer::singleShot(0, [buttonText] {
-                auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-                for (QAbstractButton *button : box->buttons()) {
-                    if (button->text().remove('&') == buttonText)
-                        button->click();
-                }
-            });
-            qobject_cast<QDialog *>(QApplication::activeModalWidget())->accept();
-        });
-        exports.askForSac();
-    };
-    answer("Cancel");
-    QCOMPARE(contentOf(file), QByteArray("old"));
-    QCOMPARE(done.size(), 0);
-    answer("Replace");
-    QCOMPARE(done.size(), 1);
-    QVERIFY(readBack({file}) == samplesOf({sawTooth("XX.AAA..HHZ", 0, 10, 100)}, window(0, 10)));
-}
-
-void TestDataExport::summarisesOutcome()
-{
-    ExportOutcome outcome;
-    outcome.streams = 1;
-    outcome.samples = 1;
-    outcome.bytes = 512;
-    outcome.files = QStringList{"/data/a.mseed"};
-    QCOMPARE(outcome.text(), QString("Wrote 1 stream, 1 sample, 512 bytes to /data/a.mseed"));
-    outcome.streams = 2;
-    outcome.samples = 36000;
-    outcome.files = QStringList{"/data/a.sac", "/data/b.sac"};
-    QVERIFY2(outcome.text().contains("2 streams") && outcome.text().contains("2 files in /data"),
-             qPrintable(outcome.text()));
-}
 
 QTEST_MAIN(TestDataExport)
 #include "tst_dataexport.moc"

@@ -24,28 +24,6 @@ QStringList listedKeys(const QVector<ShortcutGroup> &groups)
     return keys;
 }
 
-QList<QAction *> actionsWithKeys(const QMainWindow &window)
-{
-    QList<QAction *> actions;
-    for (QAction *action : window.findChildren<QAction *>()) {
-        if (!action->shortcut().isEmpty())
-            actions.append(action);
-    }
-    return actions;
-}
-
-/** True if the action stands in a menu of the bar or in a submenu of one. */
-bool isInMenu(const QMenuBar &menuBar, const QAction *action)
-{
-    for (const QWidget *widget : action->associatedWidgets()) {
-        const auto *menu = qobject_cast<const QMenu *>(widget);
-        if (menu && (menuBar.actions().contains(menu->menuAction()) ||
-                     isInMenu(menuBar, menu->menuAction())))
-            return true;
-    }
-    return false;
-}
-
 /** The texts of the rows that a dialog shows, with those of their headings. */
 QStringList shownTexts(const ShortcutsDialog &dialog)
 {
@@ -66,105 +44,93 @@ class TestShortcuts : public QObject
 
 private slots:
     void initTestCase() { qputenv("XDG_CONFIG_HOME", QDir::tempPath().toLocal8Bit()); }
-    void everyShortcutStandsInMenu();
-    void everyShortcutStandsInTable();
-    void noShortcutIsGivenTwice();
-    void groupsByMenu();
-    void opensOneTable();
-    void findsByActionAndKey();
+
+    void everyShortcutStandsInMenuAndTable()
+    {
+        MainWindow window;
+        const QVector<ShortcutGroup> groups = actionShortcuts(window);
+        QStringList expected;
+        for (const QAction *action : window.findChildren<QAction *>()) {
+            for (const QKeySequence &keys : action->shortcuts())
+                expected.append(keys.toString(QKeySequence::NativeText));
+        }
+        QVERIFY(expected.size() > 20);
+        QStringList listed = listedKeys(groups);
+        expected.sort();
+        listed.sort();
+        QCOMPARE(listed, expected);
+        for (const ShortcutGroup &group : groups)
+            QVERIFY(group.title != "In no menu");
+        // Shortcuts without an action would be missing.
+        QVERIFY(window.findChildren<QShortcut *>().isEmpty());
+    }
+
+    void noShortcutIsGivenTwice()
+    {
+        // A key of one widget and the same key of the window are ambiguous as well, and an action
+        // takes a key away from a widget that handles it by itself.
+        MainWindow window;
+        QStringList keys =
+            listedKeys(actionShortcuts(window)) + listedKeys({viewShortcuts().first()});
+        keys.sort();
+        QStringList once = keys;
+        once.removeDuplicates();
+        QCOMPARE(keys, once);
+    }
+
+    void groupsByMenu()
+    {
+        QMainWindow window;
+        QMenu *menu = window.menuBar()->addMenu("&Fish && chips");
+        QAction *shared = menu->addAction("&Cook…");
+        shared->setShortcuts({QKeySequence("Ctrl+1"), QKeySequence("F7")});
+        menu->addAction("Without a key");
+        menu->addMenu("Sub")->addAction("&Inner")->setShortcut(QKeySequence("Ctrl+2"));
+        window.menuBar()->addMenu("Second")->addAction(shared);
+        auto *stray = new QAction("Stray", &window);
+        stray->setShortcut(QKeySequence("Ctrl+3"));
+
+        QStringList texts;
+        for (const ShortcutGroup &group : actionShortcuts(window)) {
+            for (const Shortcut &shortcut : group.shortcuts)
+                texts.append(group.title + ": " + shortcut.keys + ": " + shortcut.text);
+        }
+        QCOMPARE(texts, QStringList({"Fish & chips: Ctrl+1, F7: Cook",
+                                     "Fish & chips: Ctrl+2: Inner", "In no menu: Ctrl+3: Stray"}));
+    }
+
+    void opensOneTable()
+    {
+        MainWindow window;
+        window.setInteractive(false);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        QTest::keyClick(window.findChild<WaveformPanel *>()->view(), Qt::Key_F1);
+        auto *dialog = window.findChild<ShortcutsDialog *>();
+        QVERIFY(dialog && dialog->isVisible());
+
+        auto *help = window.menuBar()->findChild<QMenu *>("menuHelp");
+        help->actions().first()->trigger();
+        QCOMPARE(window.findChildren<ShortcutsDialog *>().size(), 1);
+        dialog->close();
+        QTRY_VERIFY(window.findChildren<ShortcutsDialog *>().isEmpty());
+    }
+
+    void findsByActionAndKey()
+    {
+        MainWindow window;
+        ShortcutsDialog dialog(window);
+        auto *search = dialog.findChild<QLineEdit *>();
+        const QStringList all = shownTexts(dialog);
+        QTest::keyClicks(search, "copy PIC");
+        QCOMPARE(shownTexts(dialog), QStringList({"File", "Copy picture"}));
+        search->clear();
+        QTest::keyClicks(search, "ctrl+shift+p");
+        QCOMPARE(shownTexts(dialog), QStringList({"File", "Copy picture"}));
+        search->clear();
+        QCOMPARE(shownTexts(dialog), all);
+    }
 };
-
-void TestShortcuts::everyShortcutStandsInMenu()
-{
-    MainWindow window;
-    for (const QAction *action : actionsWithKeys(window))
-        QVERIFY2(isInMenu(*window.menuBar(), action), qPrintable(action->text()));
-}
-
-void TestShortcuts::everyShortcutStandsInTable()
-{
-    MainWindow window;
-    QStringList expected;
-    for (const QAction *action : actionsWithKeys(window)) {
-        for (const QKeySequence &keys : action->shortcuts())
-            expected.append(keys.toString(QKeySequence::NativeText));
-    }
-    QVERIFY(expected.size() > 20);
-    QStringList listed = listedKeys(actionShortcuts(window));
-    expected.sort();
-    listed.sort();
-    QCOMPARE(listed, expected);
-    // Shortcuts without an action would be missing.
-    QVERIFY(window.findChildren<QShortcut *>().isEmpty());
-}
-
-void TestShortcuts::noShortcutIsGivenTwice()
-{
-    // A key of one widget and the same key of the window are ambiguous as well, and an action
-    // takes a key away from a widget that handles it by itself.
-    MainWindow window;
-    QStringList keys = listedKeys(actionShortcuts(window)) + listedKeys({viewShortcuts().first()});
-    keys.sort();
-    QStringList once = keys;
-    once.removeDuplicates();
-    for (const QString &key : once)
-        QVERIFY2(keys.count(key) == 1, qPrintable(key));
-}
-
-void TestShortcuts::groupsByMenu()
-{
-    QMainWindow window;
-    QMenu *menu = window.menuBar()->addMenu("&Fish && chips");
-    QAction *shared = menu->addAction("&Cook…");
-    shared->setShortcuts({QKeySequence("Ctrl+1"), QKeySequence("F7")});
-    menu->addAction("Without a key");
-    menu->addMenu("Sub")->addAction("&Inner")->setShortcut(QKeySequence("Ctrl+2"));
-    window.menuBar()->addMenu("Second")->addAction(shared);
-    auto *stray = new QAction("Stray", &window);
-    stray->setShortcut(QKeySequence("Ctrl+3"));
-
-    QStringList texts;
-    for (const ShortcutGroup &group : actionShortcuts(window)) {
-        for (const Shortcut &shortcut : group.shortcuts)
-            texts.append(group.title + ": " + shortcut.keys + ": " + shortcut.text);
-    }
-    QCOMPARE(texts, QStringList({"Fish & chips: Ctrl+1, F7: Cook", "Fish & chips: Ctrl+2: Inner",
-                                 "In no menu: Ctrl+3: Stray"}));
-}
-
-void TestShortcuts::opensOneTable()
-{
-    MainWindow window;
-    window.setInteractive(false);
-    window.show();
-    QVERIFY(QTest::qWaitForWindowActive(&window));
-    QTest::keyClick(window.findChild<WaveformPanel *>()->view(), Qt::Key_F1);
-    auto *dialog = window.findChild<ShortcutsDialog *>();
-    QVERIFY(dialog);
-    QVERIFY(dialog->isVisible());
-
-    auto *help = window.menuBar()->findChild<QMenu *>("menuHelp");
-    QVERIFY(help);
-    help->actions().first()->trigger();
-    QCOMPARE(window.findChildren<ShortcutsDialog *>().size(), 1);
-    dialog->close();
-    QTRY_VERIFY(window.findChildren<ShortcutsDialog *>().isEmpty());
-}
-
-void TestShortcuts::findsByActionAndKey()
-{
-    MainWindow window;
-    ShortcutsDialog dialog(window);
-    auto *search = dialog.findChild<QLineEdit *>();
-    const QStringList all = shownTexts(dialog);
-    QTest::keyClicks(search, "copy PIC");
-    QCOMPARE(shownTexts(dialog), QStringList({"File", "Copy picture"}));
-    search->clear();
-    QTest::keyClicks(search, "ctrl+shift+p");
-    QCOMPARE(shownTexts(dialog), QStringList({"File", "Copy picture"}));
-    search->clear();
-    QCOMPARE(shownTexts(dialog), all);
-}
 
 QTEST_MAIN(TestShortcuts)
 #include "tst_shortcuts.moc"
