@@ -4,6 +4,7 @@
 #include <norvu/gui/trace.h>
 #include <norvu/gui/traceview.h>
 
+#include <tellarix/core/math/runningmean.h>
 #include <tellarix/core/records/ringbuffer.h>
 #include <tellarix/core/records/typedarray.h>
 #include <tellarix/qt/records/recordwidget.h>
@@ -108,317 +109,222 @@ class MeasuringTest : public QObject
     Q_OBJECT
 
 private slots:
-    void leavesViewAloneWhileOff();
-    void measuresBetweenPressAndPointer_data();
-    void measuresBetweenPressAndPointer();
-    void measuresRowUnderPointer();
-    void measuresAsRowShowsIt();
-    void keepsSelectionAndOrder();
-    void cursorsCrossAllRows();
-    void cursorsFollowDisplay();
-    void panelGoesWithItsRow();
-    void rowsThatComeLater();
-    void removedRowTakesItsCursors();
-    void copiesMeasurement();
-    void tellsOfGap();
-    void followsFilter();
-    void textsOfMeasurements_data();
-    void textsOfMeasurements();
-    void panelStaysInView_data();
-    void panelStaysInView();
-};
-
-void MeasuringTest::leavesViewAloneWhileOff()
-{
-    Bench bench;
-    QSignalSpy measured(bench.tool, SIGNAL(measured(QString)));
-    QVERIFY(measured.isValid());
-    QTest::mouseClick(bench.row(1), Qt::LeftButton, Qt::NoModifier, bench.at(1, 10));
-    QVERIFY(bench.view.currentItem() == bench.view.itemAt(1));
-
-    bench.drag(2, 10, 20);
-    QCOMPARE(measured.count(), 0);
-
-    // Turned off again, the view gets its mouse back.
-    QTest::keyClick(&bench.view, Qt::Key_M);
-    QVERIFY(bench.tool->isOn());
-    QTest::keyClick(&bench.view, Qt::Key_M);
-    QVERIFY(!bench.tool->isOn());
-    QTest::mouseClick(bench.row(0), Qt::LeftButton, Qt::NoModifier, bench.at(0, 10));
-    QVERIFY(bench.view.currentItem() == bench.view.itemAt(0));
-    QCOMPARE(measured.count(), 0);
-}
-
-void MeasuringTest::measuresBetweenPressAndPointer_data()
-{
-    QTest::addColumn<double>("from");
-    QTest::addColumn<double>("to");
-    QTest::newRow("to the right") << 10.0 << 20.0;
-    QTest::newRow("to the left") << 20.0 << 10.0;
-}
-
-void MeasuringTest::measuresBetweenPressAndPointer()
-{
-    QFETCH(double, from);
-    QFETCH(double, to);
-    Bench bench;
-    bench.tool->setOn(true);
-    bench.drag(1, from, to);
-
-    const double pixel = 1 / bench.row(1)->timeScale();
-    const Measurement &result = bench.tool->measurement();
-    QVERIFY(isClose(result.span.length(), 10, pixel));
-    QVERIFY(isClose(result.frequency, 0.1, 0.01 * pixel));
-    QVERIFY(isClose(result.peakToPeak, 4, 0.01));
-    QVERIFY(isClose(result.rms, 2 / std::sqrt(2.0), 0.02));
-    QVERIFY(isClose((bench.tool->window().startTime() - Start).length(), 10, pixel));
-
-    // A click takes the cursors away; the values stay.
-    QVERIFY(!bench.overlay()->marks().isEmpty());
-    const QString text = bench.tool->text();
-    QTest::mouseClick(bench.row(1), Qt::LeftButton, Qt::NoModifier, bench.at(1, 30));
-    QVERIFY(bench.overlay()->marks().isEmpty());
-    QCOMPARE(bench.tool->text(), text);
-}
-
-void MeasuringTest::measuresRowUnderPointer()
-{
-    Bench bench;
-    bench.tool->setOn(true);
-    QSignalSpy measured(bench.tool, SIGNAL(measured(QString)));
-    QTest::mousePress(bench.row(0), Qt::LeftButton, Qt::NoModifier, bench.at(0, 10));
-    bench.moveTo(0, 0, 20);
-    QVERIFY(isClose(bench.tool->measurement().peakToPeak, 2, 0.01));
-    bench.moveTo(0, 2, 20);
-    QVERIFY(isClose(bench.tool->measurement().peakToPeak, 6, 0.01));
-    QCOMPARE(bench.overlay()->marks().title, QString("row 3"));
-
-    // Beyond the ends of the traces the cursor stops; above the rows the last one stays.
-    bench.moveTo(0, 2, 1000);
-    QVERIFY(isClose(bench.tool->measurement().span.length(), 30, 0.1));
-    QCOMPARE(measured.count(), 3);
-    QVERIFY(measured.last()[0].toString().startsWith("row 3"));
-}
-
-void MeasuringTest::measuresAsRowShowsIt()
-{
-    Bench bench;
-    bench.row(1)->setRecordScale(0, 100);
-    bench.row(1)->setRecordUnit(0, "nm/s");
-    bench.row(1)->showScaledValues(false);
-    bench.tool->setOn(true);
-    bench.drag(1, 10, 20);
-    QVERIFY(isClose(bench.tool->measurement().peakToPeak, 4, 0.01));
-
-    bench.row(1)->showScaledValues(true);
-    bench.drag(1, 10, 20);
-    QVERIFY(isClose(bench.tool->measurement().peakToPeak, 400, 1));
-    QVERIFY(bench.tool->text().contains("nm/s"));
-}
-
-void MeasuringTest::keepsSelectionAndOrder()
-{
-    Bench bench;
-    bench.view.select(bench.view.itemAt(1));
-    QSignalSpy selection(&bench.view, SIGNAL(itemSelectionChanged()));
-    QSignalSpy activated(&bench.view, SIGNAL(itemActivated(Trace *)));
-    const QList<Trace *> order = bench.view.items();
-    bench.tool->setOn(true);
-    QTest::mousePress(bench.row(0), Qt::LeftButton, Qt::NoModifier, bench.at(0, 10));
-    bench.moveTo(0, 0, 10.05);
-    bench.moveTo(0, 2, 12);
-    QTest::mouseRelease(bench.row(0), Qt::LeftButton, Qt::NoModifier, bench.at(0, 10));
-    QTest::mouseDClick(bench.row(2), Qt::LeftButton, Qt::NoModifier, bench.at(2, 10));
-    QCOMPARE(bench.view.items(), order);
-    QVERIFY(bench.view.itemAt(1)->isSelected());
-    QCOMPARE(selection.count(), 0);
-    QCOMPARE(activated.count(), 0);
-}
-
-void MeasuringTest::cursorsCrossAllRows()
-{
-    Bench bench;
-    bench.tool->setOn(true);
-    const QImage before = bench.picture();
-    bench.drag(1, 10, 20);
-    const QImage after = bench.picture();
-
-    for (int row = 0; row < 3; ++row) {
-        for (const double seconds : {10.0, 12.0, 20.0})
-            QVERIFY(after.pixel(bench.inPicture(row, seconds)) !=
-                    before.pixel(bench.inPicture(row, seconds)));
-        QCOMPARE(after.pixel(bench.inPicture(row, 5)), before.pixel(bench.inPicture(row, 5)));
-        QCOMPARE(after.pixel(bench.inPicture(row, 10)), after.pixel(bench.inPicture(0, 10)));
+    void leavesViewAloneWhileOff()
+    {
+        Bench bench;
+        bench.drag(2, 10, 20);
+        QVERIFY(bench.tool->text().isEmpty());
+        // Turned off again, the view gets its mouse back.
+        QTest::keyClick(&bench.view, Qt::Key_M);
+        QVERIFY(bench.tool->isOn());
+        QTest::keyClick(&bench.view, Qt::Key_M);
+        QTest::mouseClick(bench.row(0), Qt::LeftButton, Qt::NoModifier, bench.at(0, 10));
+        QVERIFY(bench.view.currentItem() == bench.view.itemAt(0));
+        QVERIFY(bench.tool->text().isEmpty());
     }
-    bench.tool->setOn(false);
-    QVERIFY(bench.picture() == before);
-}
 
-void MeasuringTest::cursorsFollowDisplay()
-{
-    Bench bench;
-    bench.tool->setOn(true);
-    bench.drag(1, 10, 20);
-    const auto lineAt = [&](double seconds) {
-        return bench.overlay()->mapFromGlobal(bench.row(1)->mapToGlobal(bench.at(1, seconds))).x();
-    };
-    const QVector<QPair<double, double>> ranges{{5, 25}, {0, 80}};
-    for (const auto &range : ranges) {
-        bench.view.setTimeRange(range.first, range.second);
+    void measuresBetweenPressAndPointer()
+    {
+        Bench bench;
+        bench.row(1)->setRecordScale(0, 100);
+        bench.row(1)->setRecordUnit(0, "nm/s");
+        bench.tool->setOn(true);
+        for (const bool isScaled : {false, true}) {
+            bench.row(1)->showScaledValues(isScaled);
+            bench.drag(1, isScaled ? 20 : 10, isScaled ? 10 : 20);
+            const double factor = isScaled ? 100 : 1;
+            const double pixel = 1 / bench.row(1)->timeScale();
+            const Measurement &result = bench.tool->measurement();
+            QVERIFY(isClose(result.span.length(), 10, pixel));
+            QVERIFY(isClose(result.frequency, 0.1, 0.01 * pixel));
+            QVERIFY(isClose(result.peakToPeak, 4 * factor, 0.01 * factor));
+            QVERIFY(isClose(result.rms, 2 / std::sqrt(2.0) * factor, 0.02 * factor));
+            QVERIFY(isClose((bench.tool->window().startTime() - Start).length(), 10, pixel));
+        }
+        QVERIFY(bench.tool->text().contains("nm/s"));
+
+        // A click takes the cursors away; the values stay.
+        QVERIFY(!bench.overlay()->marks().isEmpty());
+        const QString text = bench.tool->text();
+        QTest::mouseClick(bench.row(1), Qt::LeftButton, Qt::NoModifier, bench.at(1, 30));
+        QVERIFY(bench.overlay()->marks().isEmpty());
+        QCOMPARE(bench.tool->text(), text);
+    }
+
+    void measuresRowUnderPointer()
+    {
+        Bench bench;
+        bench.tool->setOn(true);
+        QTest::mousePress(bench.row(0), Qt::LeftButton, Qt::NoModifier, bench.at(0, 10));
+        bench.moveTo(0, 2, 20);
+        QVERIFY(isClose(bench.tool->measurement().peakToPeak, 6, 0.01));
+        QCOMPARE(bench.overlay()->marks().title, QString("row 3"));
+
+        // Beyond the ends of the traces the cursor stops; above the rows the last one stays.
+        bench.moveTo(0, 2, 1000);
+        QVERIFY(isClose(bench.tool->measurement().span.length(), 30, 0.1));
+    }
+
+    void keepsSelectionAndOrder()
+    {
+        Bench bench;
+        bench.view.select(bench.view.itemAt(1));
+        QSignalSpy selection(&bench.view, SIGNAL(itemSelectionChanged()));
+        QSignalSpy activated(&bench.view, SIGNAL(itemActivated(Trace *)));
+        const QList<Trace *> order = bench.view.items();
+        bench.tool->setOn(true);
+        QTest::mousePress(bench.row(0), Qt::LeftButton, Qt::NoModifier, bench.at(0, 10));
+        bench.moveTo(0, 0, 10.05);
+        bench.moveTo(0, 2, 12);
+        QTest::mouseRelease(bench.row(0), Qt::LeftButton, Qt::NoModifier, bench.at(0, 10));
+        QTest::mouseDClick(bench.row(2), Qt::LeftButton, Qt::NoModifier, bench.at(2, 10));
+        QCOMPARE(bench.view.items(), order);
+        QVERIFY(bench.view.itemAt(1)->isSelected());
+        QCOMPARE(selection.count(), 0);
+        QCOMPARE(activated.count(), 0);
+    }
+
+    void cursorsCrossAllRows()
+    {
+        Bench bench;
+        bench.tool->setOn(true);
+        const QImage before = bench.picture();
+        bench.drag(1, 10, 20);
+        const QImage after = bench.picture();
+
+        for (int row = 0; row < 3; ++row) {
+            for (const double seconds : {10.0, 12.0, 20.0})
+                QVERIFY(after.pixel(bench.inPicture(row, seconds)) !=
+                        before.pixel(bench.inPicture(row, seconds)));
+            QCOMPARE(after.pixel(bench.inPicture(row, 5)), before.pixel(bench.inPicture(row, 5)));
+            QCOMPARE(after.pixel(bench.inPicture(row, 10)), after.pixel(bench.inPicture(0, 10)));
+        }
+        bench.tool->setOn(false);
+        QVERIFY(bench.picture() == before);
+    }
+
+    void cursorsFollowDisplay()
+    {
+        Bench bench;
+        bench.tool->setOn(true);
+        bench.drag(1, 10, 20);
+        const auto lineAt = [&](double seconds) {
+            return bench.overlay()
+                ->mapFromGlobal(bench.row(1)->mapToGlobal(bench.at(1, seconds)))
+                .x();
+        };
+        bench.view.setTimeRange(5, 25);
         QVERIFY(std::abs(bench.overlay()->marks().anchor - lineAt(10)) <= 2);
         QVERIFY(std::abs(bench.overlay()->marks().end - lineAt(20)) <= 2);
+
+        bench.view.resize(700, 600);
+        QTRY_COMPARE(bench.overlay()->marks().area.height(), bench.area()->viewport()->height());
+        QVERIFY(std::abs(bench.overlay()->marks().end - lineAt(20)) <= 2);
+
+        // Times relative to another alignment: the cursors stay with the samples.
+        bench.view.setAlignment(Start + Core::TimeSpan(5.0));
+        QVERIFY(std::abs(bench.overlay()->marks().anchor - lineAt(5)) <= 2);
     }
 
-    bench.view.resize(700, 600);
-    QTRY_COMPARE(bench.overlay()->marks().area.height(), bench.area()->viewport()->height());
-    QVERIFY(std::abs(bench.overlay()->marks().end - lineAt(20)) <= 2);
-
-    // Times relative to another alignment: the cursors stay with the samples.
-    bench.view.setAlignment(Start + Core::TimeSpan(5.0));
-    QVERIFY(std::abs(bench.overlay()->marks().anchor - lineAt(5)) <= 2);
-}
-
-void MeasuringTest::panelGoesWithItsRow()
-{
-    Bench bench;
-    bench.tool->setOn(true);
-    bench.drag(0, 10, 20);
-    QVERIFY(!bench.overlay()->marks().entries.isEmpty());
-
-    bench.view.setMinimumRowHeight(300);
-    QScrollBar *bar = bench.area()->verticalScrollBar();
-    QTRY_VERIFY(bar->maximum() > 400);
-    bar->setValue(bar->maximum());
-    QVERIFY(bench.overlay()->marks().entries.isEmpty());
-    QVERIFY(!bench.overlay()->marks().isEmpty());
-    bar->setValue(0);
-    QVERIFY(!bench.overlay()->marks().entries.isEmpty());
-}
-
-void MeasuringTest::rowsThatComeLater()
-{
-    Bench bench;
-    bench.tool->setOn(true);
-    bench.view.addItem(makeRow("late", 5));
-    QTRY_VERIFY(bench.row(3)->isVisible() && bench.row(3)->height() > 10);
-    bench.drag(3, 10, 20);
-    QVERIFY(isClose(bench.tool->measurement().peakToPeak, 10, 0.05));
-}
-
-void MeasuringTest::removedRowTakesItsCursors()
-{
-    Bench bench;
-    bench.tool->setOn(true);
-    bench.drag(1, 10, 20);
-    bench.view.removeItem(bench.view.itemAt(1));
-    QVERIFY(bench.overlay()->marks().isEmpty());
-    QVERIFY(bench.tool->text().startsWith("row 2"));
-    bench.drag(1, 10, 20);
-    QVERIFY(bench.tool->text().startsWith("row 3"));
-}
-
-void MeasuringTest::copiesMeasurement()
-{
-    Bench bench;
-    QVERIFY(!bench.tool->copyAction()->isEnabled());
-    bench.tool->setOn(true);
-    bench.drag(0, 10, 20);
-    bench.tool->setOn(false);
-    QTest::keyClick(&bench.view, Qt::Key_C, Qt::ControlModifier | Qt::ShiftModifier);
-    const QString copied = QGuiApplication::clipboard()->text();
-    QVERIFY(copied.startsWith(bench.tool->text()));
-    QVERIFY(copied.contains("2024-01-05T00:00:1"));
-}
-
-void MeasuringTest::tellsOfGap()
-{
-    Bench bench;
-    bench.view.setTimeRange(0, 2 * Seconds);
-    bench.tool->setOn(true);
-    bench.drag(0, 10, 20);
-    QVERIFY(bench.overlay()->marks().warning.isEmpty());
-    bench.drag(0, 30, 50);
-    QVERIFY(bench.overlay()->marks().warning.contains("gap"));
-    QVERIFY(bench.tool->text().contains("gap"));
-    bench.drag(0, 50, 60);
-    QVERIFY(bench.tool->text().contains("no data"));
-    QVERIFY(!bench.tool->text().contains("RMS"));
-}
-
-void MeasuringTest::followsFilter()
-{
-    class Halver : public Math::Filtering::InPlaceFilter<double>
+    void panelGoesWithItsRow()
     {
-    public:
-        void setSamplingFrequency(double) override {}
-        int setParameters(int, const double *) override { return 0; }
-        void apply(int n, double *samples) override
+        Bench bench;
+        bench.tool->setOn(true);
+        bench.drag(0, 10, 20);
+        QVERIFY(!bench.overlay()->marks().entries.isEmpty());
+        bench.view.setMinimumRowHeight(300);
+        QScrollBar *bar = bench.area()->verticalScrollBar();
+        QTRY_VERIFY(bar->maximum() > 400);
+        bar->setValue(bar->maximum());
+        QVERIFY(bench.overlay()->marks().entries.isEmpty());
+        QVERIFY(!bench.overlay()->marks().isEmpty());
+    }
+
+    void removedRowTakesItsCursors()
+    {
+        Bench bench;
+        bench.tool->setOn(true);
+        bench.drag(1, 10, 20);
+        bench.view.removeItem(bench.view.itemAt(1));
+        QVERIFY(bench.overlay()->marks().isEmpty());
+        QVERIFY(bench.tool->text().startsWith("row 2"));
+        bench.drag(1, 10, 20);
+        QVERIFY(bench.tool->text().startsWith("row 3"));
+    }
+
+    void copiesMeasurement()
+    {
+        Bench bench;
+        QVERIFY(!bench.tool->copyAction()->isEnabled());
+        bench.tool->setOn(true);
+        bench.drag(0, 10, 20);
+        bench.tool->setOn(false);
+        QTest::keyClick(&bench.view, Qt::Key_C, Qt::ControlModifier | Qt::ShiftModifier);
+        const QString copied = QGuiApplication::clipboard()->text();
+        QVERIFY(copied.startsWith(bench.tool->text()));
+        QVERIFY(copied.contains("2024-01-05T00:00:1"));
+    }
+
+    void tellsOfGap()
+    {
+        Bench bench;
+        bench.view.setTimeRange(0, 2 * Seconds);
+        bench.tool->setOn(true);
+        bench.drag(0, 10, 20);
+        QVERIFY(!bench.tool->text().contains("gap"));
+        bench.drag(0, 30, 50);
+        QVERIFY(bench.tool->text().contains("gap"));
+        bench.drag(0, 50, 60);
+        QVERIFY(bench.tool->text().contains("no data"));
+    }
+
+    void followsFilter()
+    {
+        Bench bench;
+        bench.tool->setOn(true);
+        bench.drag(1, 10, 20);
+        // Over a period of the sine the mean is zero.
+        bench.view.setFilter(new Math::Filtering::RunningMean<double>(1.0));
+        bench.view.setFilterEnabled(true);
+        QVERIFY(isClose(bench.tool->measurement().peakToPeak, 0, 0.1));
+        bench.view.setFilterEnabled(false);
+        QVERIFY(isClose(bench.tool->measurement().peakToPeak, 4, 0.01));
+    }
+
+    void textsOfMeasurements()
+    {
+        const struct
         {
-            for (int i = 0; i < n; ++i)
-                samples[i] *= 0.5;
+            double seconds, peakToPeak;
+            const char *unit;
+            QStringList values;
+        } cases[] = {
+            {12.3456, 1234.56, "nm", {"12.346 s", "0.081 Hz", "1234.6 nm", "0 nm"}},
+            {0.0125, 1.5E-7, "", {"0.0125 s", "80 Hz", "1.5e-07", "0"}},
+            {100, 1234567, "", {"100.000 s", "0.01 Hz", "1234567", "0"}},
+        };
+        for (const auto &item : cases) {
+            Measurement measurement;
+            measurement.span = Core::TimeSpan(item.seconds);
+            measurement.frequency = 1 / item.seconds;
+            measurement.peakToPeak = item.peakToPeak;
+            QCOMPARE(measurementEntries(measurement, item.unit).size(), 2);
+            measurement.count = 1;
+            QStringList texts;
+            for (const auto &entry : measurementEntries(measurement, item.unit))
+                texts.append(QString(entry.second).replace(QChar(0x202f), ' '));
+            QCOMPARE(texts, item.values);
         }
-        InPlaceFilter<double> *clone() const override { return new Halver; }
-    };
+    }
 
-    Bench bench;
-    bench.tool->setOn(true);
-    bench.drag(1, 10, 20);
-    bench.view.setFilter(new Halver);
-    bench.view.setFilterEnabled(true);
-    QVERIFY(isClose(bench.tool->measurement().peakToPeak, 2, 0.01));
-    bench.view.setFilterEnabled(false);
-    QVERIFY(isClose(bench.tool->measurement().peakToPeak, 4, 0.01));
-}
-
-void MeasuringTest::textsOfMeasurements_data()
-{
-    QTest::addColumn<double>("seconds");
-    QTest::addColumn<double>("peakToPeak");
-    QTest::addColumn<QString>("unit");
-    QTest::addColumn<QStringList>("values");
-    QTest::newRow("seconds") << 12.3456 << 1234.56 << "nm"
-                             << QStringList({"12.346 s", "0.081 Hz", "1234.6 nm", "0 nm"});
-    QTest::newRow("milliseconds, small amplitudes")
-        << 0.0125 << 1.5E-7 << "" << QStringList({"0.0125 s", "80 Hz", "1.5e-07", "0"});
-    QTest::newRow("large counts") << 100.0 << 1234567.0 << ""
-                                  << QStringList({"100.000 s", "0.01 Hz", "1234567", "0"});
-}
-
-void MeasuringTest::textsOfMeasurements()
-{
-    QFETCH(double, seconds);
-    QFETCH(double, peakToPeak);
-    QFETCH(QString, unit);
-    QFETCH(QStringList, values);
-    Measurement measurement;
-    measurement.span = Core::TimeSpan(seconds);
-    measurement.frequency = 1 / seconds;
-    measurement.peakToPeak = peakToPeak;
-    QCOMPARE(measurementEntries(measurement, unit).size(), 2);
-
-    measurement.count = 1;
-    QStringList texts;
-    for (const auto &entry : measurementEntries(measurement, unit))
-        texts.append(QString(entry.second).replace(QChar(0x202f), ' '));
-    QCOMPARE(texts, values);
-}
-
-void MeasuringTest::panelStaysInView_data()
-{
-    QTest::addColumn<QPoint>("pointer");
-    QTest::addColumn<QPoint>("expected");
-    QTest::newRow("below and right") << QPoint(50, 50) << QPoint(60, 60);
-    QTest::newRow("left at the right edge") << QPoint(270, 50) << QPoint(160, 60);
-    QTest::newRow("above at the lower edge") << QPoint(50, 190) << QPoint(60, 130);
-    QTest::newRow("beyond an edge") << QPoint(-500, 50) << QPoint(0, 60);
-}
-
-void MeasuringTest::panelStaysInView()
-{
-    QFETCH(QPoint, pointer);
-    QFETCH(QPoint, expected);
-    QCOMPARE(panelPosition(QSize(100, 50), pointer, QRect(0, 0, 300, 200), 10), expected);
-}
+    void panelStaysInView()
+    {
+        const QRect area(0, 0, 300, 200);
+        QCOMPARE(panelPosition({100, 50}, {50, 50}, area, 10), QPoint(60, 60));
+        QCOMPARE(panelPosition({100, 50}, {270, 190}, area, 10), QPoint(160, 130));
+        QCOMPARE(panelPosition({100, 50}, {-500, 50}, area, 10), QPoint(0, 60));
+    }
+};
 
 QTEST_MAIN(MeasuringTest)
 #include "tst_measuring.moc"

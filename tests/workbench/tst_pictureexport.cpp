@@ -90,195 +90,152 @@ class TestPictureExport : public QObject
     Q_OBJECT
 
 private slots:
-    void drawsRowsOutOfSight_data();
-    void drawsRowsOutOfSight();
-    void keepsTracesInTheirRows_data();
-    void keepsTracesInTheirRows();
-    void drawsOverviewInPlaceOfRows();
-    void writesPageOfPdf();
-    void takesBackgroundOfPalette();
-    void copiesPicture();
-    void namesFileAndCause_data();
-    void namesFileAndCause();
-    void keepsOldFileWhenDiskIsFull();
+    void drawsRowsOutOfSight()
+    {
+        View view;
+        QString error;
+        const QSize size = pictureOf(view, &error).size();
+        QVERIFY(size.height() > RowCount * 40);
+        for (const char *name : {"all.svg", "ALL.PNG"}) {
+            QVERIFY2(writePicture(view, path(name), &error), qPrintable(error));
+            const QImage image = written(path(name), size);
+            QCOMPARE(image.size(), size);
+            QCOMPARE(image.pixelColor(2, 2), QColor(Qt::white));
+            const QRect canvas = lastCanvas(view, size);
+            const QRect red = redArea(image);
+            QVERIFY(canvas.contains(red));
+            QVERIFY(red.width() > canvas.width() - 10);
+            QVERIFY(red.height() > canvas.height() / 2);
+        }
+    }
+
+    void keepsTracesInTheirRows()
+    {
+        View view;
+        view.lastRow()->recordWidget()->setAmplScale(20);
+        // Lines, and spans of dense samples.
+        for (const double seconds : {2.0, 600.0}) {
+            view.setTimeRange(0, seconds);
+            QCoreApplication::processEvents();
+            QString error;
+            const QSize size = pictureOf(view, &error).size();
+            QVERIFY2(writePicture(view, path("large.svg"), &error), qPrintable(error));
+            const QRect red = redArea(written(path("large.svg"), size));
+            QVERIFY(!red.isEmpty());
+            QVERIFY(lastCanvas(view, size).contains(red));
+        }
+    }
+
+    void drawsOverviewInPlaceOfRows()
+    {
+        View view;
+        auto *overview = new Norvu::Gui::MultiTraceWidget(&view);
+        overview->setActive(true);
+        QCoreApplication::processEvents();
+        QString error;
+        const QImage picture = pictureOf(view, &error);
+        QVERIFY(picture.height() < RowCount * 40);
+        const QImage drawn = overview->grab().toImage().convertToFormat(QImage::Format_RGB32);
+        const QPoint place(8, picture.height() - 8 - view.timeScale()->height() - Trace::Spacing() -
+                                  overview->height());
+        QCOMPARE(redArea(picture), redArea(drawn).translated(place));
+    }
+
+    void writesPageOfPdf()
+    {
+        View view;
+        QString error;
+        QVERIFY2(writePicture(view, path("all.pdf"), &error), qPrintable(error));
+        const QByteArray content = contentOf(path("all.pdf"));
+        QVERIFY(content.startsWith("%PDF-"));
+        QVERIFY(content.contains("/Count 1"));
+
+        const QRegularExpression box("/MediaBox \\[0 0 ([0-9.]+) ([0-9.]+)\\]");
+        const auto match = box.match(QString::fromLatin1(content.constData(), content.size()));
+        const QSize size = pictureOf(view, &error).size();
+        const QSizeF points = QSizeF(size) * 72.0 / view.logicalDpiX();
+        QVERIFY2(std::abs(match.captured(1).toDouble() - points.width()) < 1.5 &&
+                     std::abs(match.captured(2).toDouble() - points.height()) < 1.5,
+                 qPrintable(match.captured(0)));
+    }
+
+    void takesBackgroundOfPalette()
+    {
+        View view;
+        QPalette dark;
+        dark.setColor(QPalette::Base, QColor(20, 30, 40));
+        dark.setColor(QPalette::Text, Qt::white);
+        view.setPalette(dark);
+        QString error;
+        QCOMPARE(pictureOf(view, &error).pixelColor(2, 2), QColor(20, 30, 40));
+
+        QPalette ivory;
+        ivory.setColor(QPalette::Base, QColor(255, 255, 240));
+        ivory.setColor(QPalette::Text, Qt::black);
+        view.setPalette(ivory);
+        QCOMPARE(pictureOf(view, &error).pixelColor(2, 2), QColor(Qt::white));
+    }
+
+    void copiesPicture()
+    {
+        View view;
+        QMainWindow window;
+        ExportActions exports(&view, &window);
+        QSignalSpy done(&exports, SIGNAL(done(QString)));
+        QSignalSpy failed(&exports, SIGNAL(failed(QStringList)));
+        exports.actions().first()->trigger();
+        QString error;
+        QCOMPARE(QApplication::clipboard()->image().size(), pictureOf(view, &error).size());
+        QCOMPARE(done.size(), 1);
+
+        view.clear();
+        exports.actions().first()->trigger();
+        QCOMPARE(failed.size(), 1);
+        QVERIFY(failed[0][0].toStringList().first().contains("no rows"));
+        QCOMPARE(done.size(), 1);
+    }
+
+    void namesFileAndCause()
+    {
+        QVERIFY(QDir(_folder.path()).mkpath("folder.svg"));
+        const QPair<QString, QString> cases[] = {{path("some.gif"), ".png"},
+                                                 {path("some"), ".png"},
+                                                 {path("missing/some.png"), "No such file"},
+                                                 {path("folder.svg"), "directory"}};
+        View view;
+        for (const auto &[file, cause] : cases) {
+            QString error;
+            QVERIFY(!writePicture(view, file, &error));
+            QVERIFY2(error.startsWith(file + ": ") && error.contains(cause), qPrintable(error));
+            QVERIFY(!QFileInfo(file).isFile());
+        }
+    }
+
+    void keepsOldFileWhenDiskIsFull()
+    {
+        View view;
+        for (const char *name : {"old.png", "old.svg", "old.pdf"}) {
+            const QString file = writeText(path(name), "old picture");
+            QVERIFY(!file.isEmpty());
+            QString error;
+            {
+                const FullDisk limit(1000);
+                QVERIFY(!writePicture(view, file, &error));
+            }
+            QVERIFY2(error.startsWith(file + ": "), qPrintable(error));
+            QCOMPARE(contentOf(file), QByteArray("old picture"));
+            QVERIFY(writePicture(view, file, &error));
+            QVERIFY(contentOf(file).size() > 1000);
+        }
+        // Nothing half-written is left beside them.
+        QCOMPARE(QDir(_folder.path()).entryList({"old*"}, QDir::Files).size(), 3);
+    }
 
 private:
     QString path(const QString &name) const { return _folder.filePath(name); }
 
     QTemporaryDir _folder;
 };
-
-void TestPictureExport::drawsRowsOutOfSight_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::newRow("pixels") << "all.png";
-    QTest::newRow("vectors") << "all.svg";
-    QTest::newRow("capitals") << "ALL.PNG";
-}
-
-void TestPictureExport::drawsRowsOutOfSight()
-{
-    QFETCH(QString, name);
-
-    View view;
-    QString error;
-    QVERIFY2(writePicture(view, path(name), &error), qPrintable(error));
-    const QSize size = pictureOf(view, &error).size();
-    QVERIFY(size.height() > RowCount * 40);
-
-    const QImage image = written(path(name), size);
-    QCOMPARE(image.size(), size);
-    QCOMPARE(image.pixelColor(2, 2), QColor(Qt::white));
-    const QRect canvas = lastCanvas(view, size);
-    const QRect red = redArea(image);
-    QVERIFY2(canvas.contains(red), qPrintable(QString("%1").arg(red.top())));
-    QVERIFY(red.width() > canvas.width() - 10);
-    QVERIFY(red.height() > canvas.height() / 2);
-}
-
-void TestPictureExport::keepsTracesInTheirRows_data()
-{
-    QTest::addColumn<double>("seconds");
-    QTest::newRow("lines") << 2.0;
-    QTest::newRow("dense, a span in each column") << 600.0;
-}
-
-void TestPictureExport::keepsTracesInTheirRows()
-{
-    QFETCH(double, seconds);
-
-    View view;
-    addRow(view, {sawTooth("XX.LAST..HHZ", 0, 10, 6000)});
-    view.lastRow()->recordWidget()->setRecordPen(0, QPen(Qt::red));
-    view.itemAt(RowCount - 1)->recordWidget()->setRecordPen(0, QPen(Qt::black));
-    view.setTimeRange(0, seconds);
-    view.lastRow()->recordWidget()->setAmplScale(20);
-    QCoreApplication::processEvents();
-
-    QString error;
-    const QSize size = pictureOf(view, &error).size();
-    QVERIFY2(writePicture(view, path("large.svg"), &error), qPrintable(error));
-    const QRect red = redArea(written(path("large.svg"), size));
-    QVERIFY(!red.isEmpty());
-    QVERIFY2(lastCanvas(view, size).contains(red),
-             qPrintable(QString("%1 to %2").arg(red.top()).arg(red.bottom())));
-}
-
-void TestPictureExport::drawsOverviewInPlaceOfRows()
-{
-    View view;
-    auto *overview = new Norvu::Gui::MultiTraceWidget(&view);
-    overview->setActive(true);
-    QCoreApplication::processEvents();
-    QString error;
-    const QImage picture = pictureOf(view, &error);
-    QVERIFY(picture.height() < RowCount * 40);
-    QVERIFY(picture.height() > overview->height());
-    const QImage drawn = overview->grab().toImage().convertToFormat(QImage::Format_RGB32);
-    const QPoint place(8, picture.height() - 8 - view.timeScale()->height() - Trace::Spacing() -
-                              overview->height());
-    QCOMPARE(redArea(picture), redArea(drawn).translated(place));
-
-    view.setTimeScaleVisible(false);
-    QVERIFY(pictureOf(view, &error).height() < picture.height());
-}
-
-void TestPictureExport::writesPageOfPdf()
-{
-    View view;
-    QString error;
-    QVERIFY2(writePicture(view, path("all.pdf"), &error), qPrintable(error));
-    const QByteArray content = contentOf(path("all.pdf"));
-    QVERIFY(content.startsWith("%PDF-"));
-    QVERIFY(content.contains("/Count 1"));
-
-    const QRegularExpression box("/MediaBox \\[0 0 ([0-9.]+) ([0-9.]+)\\]");
-    const auto match = box.match(QString::fromLatin1(content.constData(), content.size()));
-    const QSize size = pictureOf(view, &error).size();
-    const QSizeF points = QSizeF(size) * 72.0 / view.logicalDpiX();
-    QVERIFY2(std::abs(match.captured(1).toDouble() - points.width()) < 1.5 &&
-                 std::abs(match.captured(2).toDouble() - points.height()) < 1.5,
-             qPrintable(match.captured(0)));
-}
-
-void TestPictureExport::takesBackgroundOfPalette()
-{
-    View view;
-    QPalette dark;
-    dark.setColor(QPalette::Base, QColor(20, 30, 40));
-    dark.setColor(QPalette::Text, Qt::white);
-    view.setPalette(dark);
-    QString error;
-    QCOMPARE(pictureOf(view, &error).pixelColor(2, 2), QColor(20, 30, 40));
-
-    QPalette ivory;
-    ivory.setColor(QPalette::Base, QColor(255, 255, 240));
-    ivory.setColor(QPalette::Text, Qt::black);
-    view.setPalette(ivory);
-    QCOMPARE(pictureOf(view, &error).pixelColor(2, 2), QColor(Qt::white));
-}
-
-void TestPictureExport::copiesPicture()
-{
-    View view;
-    QMainWindow window;
-    ExportActions exports(&view, &window);
-    QSignalSpy done(&exports, SIGNAL(done(QString)));
-    QSignalSpy failed(&exports, SIGNAL(failed(QStringList)));
-    exports.actions().first()->trigger();
-    QString error;
-    QCOMPARE(QApplication::clipboard()->image().size(), pictureOf(view, &error).size());
-    QCOMPARE(done.size(), 1);
-
-    view.clear();
-    exports.actions().first()->trigger();
-    QCOMPARE(failed.size(), 1);
-    QVERIFY(failed[0][0].toStringList().first().contains("no rows"));
-    QCOMPARE(done.size(), 1);
-}
-
-void TestPictureExport::namesFileAndCause_data()
-{
-    QTest::addColumn<QString>("file");
-    QTest::addColumn<QString>("cause");
-    QTest::newRow("unknown format") << path("some.gif") << ".png";
-    QTest::newRow("no suffix") << path("some") << ".png";
-    QTest::newRow("no folder") << path("missing/some.png") << "No such file";
-    QTest::newRow("a folder") << path("folder.svg") << "directory";
-}
-
-void TestPictureExport::namesFileAndCause()
-{
-    QFETCH(QString, file);
-    QFETCH(QString, cause);
-
-    QVERIFY(QDir(_folder.path()).mkpath("folder.svg"));
-    View view;
-    QString error;
-    QVERIFY(!writePicture(view, file, &error));
-    QVERIFY2(error.startsWith(file + ": ") && error.contains(cause), qPrintable(error));
-    QCOMPARE(QFileInfo(file).isFile(), false);
-}
-
-void TestPictureExport::keepsOldFileWhenDiskIsFull()
-{
-    View view;
-    for (const char *name : {"old.png", "old.svg", "old.pdf"}) {
-        const QString file = writeText(path(name), "old picture");
-        QVERIFY(!file.isEmpty());
-        QString error;
-        {
-            const FullDisk limit(1000);
-            QVERIFY(!writePicture(view, file, &error));
-        }
-        QVERIFY2(error.startsWith(file + ": "), qPrintable(error));
-        QCOMPARE(contentOf(file), QByteArray("old picture"));
-        QVERIFY(writePicture(view, file, &error));
-        QVERIFY(contentOf(file).size() > 1000);
-    }
-    // Nothing half-written is left beside them.
-    QCOMPARE(QDir(_folder.path()).entryList({"old*"}, QDir::Files).size(), 3);
-}
 
 QTEST_MAIN(TestPictureExport)
 #include "tst_pictureexport.moc"
