@@ -14,7 +14,6 @@
 using namespace Tellarix;
 
 namespace {
-
 /** Arguments as main() gets them. */
 class Arguments
 {
@@ -104,14 +103,9 @@ class TestApplication : public QObject
 
 private slots:
     void init();
-    void runsStepsInOrder_data();
     void runsStepsInOrder();
-    void usageEndsBeforeConfiguration_data();
-    void usageEndsBeforeConfiguration();
     void filesAndFlagsSetURLs();
-    void brokenConfigurationFileStops_data();
     void brokenConfigurationFileStops();
-    void exitStatusOfRunIsKept();
     void signalEndsEventLoop();
     void signalIsSeenWithoutEventLoop();
     void readsArgumentsLessThoseOfQt();
@@ -138,57 +132,34 @@ void TestApplication::write(const QString &name, const QByteArray &content)
     QCOMPARE(file.write(content), content.size());
 }
 
-void TestApplication::runsStepsInOrder_data()
-{
-    QTest::addColumn<QString>("failingStep");
-    QTest::addColumn<QStringList>("calls");
-    QTest::addColumn<int>("status");
-
-    QTest::newRow("all goes well") << "" << Setup + QStringList{"run", "done"} << 0;
-    QTest::newRow("configuration fails")
-        << "configuration" << Setup.mid(0, 2) + QStringList{"error2", "done"} << 1;
-    QTest::newRow("parameters are wrong")
-        << "parameters" << Setup.mid(0, 3) + QStringList{"error3", "done"} << 2;
-    QTest::newRow("subscriptions fail")
-        << "subscriptions" << Setup + QStringList{"error4", "done"} << 1;
-    QTest::newRow("run fails") << "run" << Setup + QStringList{"run", "done"} << 1;
-}
-
 void TestApplication::runsStepsInOrder()
 {
-    QFETCH(QString, failingStep);
-
-    Arguments arguments({});
-    Program program(arguments);
-    program.failingStep = failingStep;
-    System::Application &base = program;
-    QTEST(base.exec(), "status");
-    QTEST(program.calls, "calls");
-}
-
-void TestApplication::usageEndsBeforeConfiguration_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QStringList>("calls");
-    QTest::addColumn<int>("status");
-
-    const QStringList quiet{"describe", "done"};
-    QTest::newRow("help") << QStringList{"--help"} << quiet << 0;
-    QTest::newRow("version") << QStringList{"--version"} << quiet << 0;
-    QTest::newRow("help beside nonsense") << QStringList{"--nonsense", "-h"} << quiet << 0;
     const QStringList wrong{"describe", "error1", "done"};
-    QTest::newRow("unknown option") << QStringList{"--nonsense"} << wrong << 2;
-    QTest::newRow("value is missing") << QStringList{"--database"} << wrong << 2;
-}
-
-void TestApplication::usageEndsBeforeConfiguration()
-{
-    QFETCH(QStringList, arguments);
-
-    Arguments ofMain(arguments);
-    Program program(ofMain);
-    QTEST(program.exec(), "status");
-    QTEST(program.calls, "calls");
+    const struct
+    {
+        QStringList arguments;
+        QString failingStep;
+        QStringList calls;
+        int status;
+    } rows[] = {
+        {{}, "", Setup + QStringList{"run", "done"}, 0},
+        {{}, "configuration", Setup.mid(0, 2) + QStringList{"error2", "done"}, 1},
+        {{}, "parameters", Setup.mid(0, 3) + QStringList{"error3", "done"}, 2},
+        {{}, "subscriptions", Setup + QStringList{"error4", "done"}, 1},
+        {{}, "run", Setup + QStringList{"run", "done"}, 1},
+        {{"--version"}, "", {"describe", "done"}, 0},
+        {{"--nonsense", "-h"}, "", {"describe", "done"}, 0},
+        {{"--nonsense"}, "", wrong, 2},
+        {{"--database"}, "", wrong, 2},
+    };
+    for (const auto &row : rows) {
+        Arguments arguments(row.arguments);
+        Program program(arguments);
+        program.failingStep = row.failingStep;
+        System::Application &base = program;
+        QCOMPARE(base.exec(), row.status);
+        QCOMPARE(program.calls, row.calls);
+    }
 }
 
 void TestApplication::filesAndFlagsSetURLs()
@@ -214,41 +185,17 @@ void TestApplication::filesAndFlagsSetURLs()
     QCOMPARE(program.positionalArguments(), QStringList({"one", "two"}));
 }
 
-void TestApplication::brokenConfigurationFileStops_data()
-{
-    QTest::addColumn<QString>("place");
-    QTest::addColumn<bool>("exists");
-    QTest::addColumn<int>("status");
-
-    QTest::newRow("named one is missing") << "named" << false << 1;
-    QTest::newRow("named one is broken") << "named" << true << 1;
-    QTest::newRow("user's is missing") << "user" << false << 0;
-    QTest::newRow("user's is broken") << "user" << true << 1;
-}
-
 void TestApplication::brokenConfigurationFileStops()
 {
-    QFETCH(QString, place);
-    QFETCH(bool, exists);
-
-    const bool isNamed = place == "named";
-    const QString name =
-        isNamed ? _folder->filePath("x.ini")
-                : QString::fromLocal8Bit(Environment::Instance()->configDir()) + "/prog.ini";
-    if (exists)
-        write(name, "no entry\n");
-
-    Arguments arguments(isNamed ? QStringList{"--config-file", name} : QStringList());
-    Program program(arguments);
-    QTEST(program.exec(), "status");
-}
-
-void TestApplication::exitStatusOfRunIsKept()
-{
-    Arguments arguments({});
-    Program program(arguments);
-    program.work = [&]() { program.exit(7); };
-    QCOMPARE(program.exec(), 7);
+    const QString user = QString::fromLocal8Bit(Environment::Instance()->configDir()) + "/prog.ini";
+    const auto status = [](const QStringList &flags) {
+        Arguments arguments(flags);
+        return Program(arguments).exec();
+    };
+    QCOMPARE(status({"--config-file", user}), 1);
+    QCOMPARE(status({}), 0);
+    write(user, "no entry\n");
+    QCOMPARE(status({}), 1);
 }
 
 void TestApplication::signalEndsEventLoop()

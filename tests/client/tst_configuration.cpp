@@ -12,11 +12,8 @@ class TestConfiguration : public QObject
 
 private slots:
     void laterLayersWinKeyByKey();
-    void readsFileValues_data();
     void readsFileValues();
-    void numbersAreReadWhole_data();
     void numbersAreReadWhole();
-    void brokenFilesChangeNothing_data();
     void brokenFilesChangeNothing();
     void namesValueOfWrongType();
 
@@ -56,83 +53,55 @@ void TestConfiguration::laterLayersWinKeyByKey()
     QVERIFY(!configuration.value("a/unknown").isValid());
 }
 
-void TestConfiguration::readsFileValues_data()
-{
-    QTest::addColumn<QByteArray>("content");
-    QTest::addColumn<QString>("expected");
-
-    QTest::newRow("plain") << QByteArray("[k]\nv=file:///tmp/x.mseed\n") << "file:///tmp/x.mseed";
-    QTest::newRow("commas don't make it empty")
-        << QByteArray("[k]\nv=https://host/q?a=1,2\n") << "https://host/q?a=1,2";
-    QTest::newRow("UTF-8") << QByteArray("[k]\nv=Z\xc3\xbcrich\n") << QString::fromUtf8("Zürich");
-    QTest::newRow("empty") << QByteArray("[k]\nv=\n") << "";
-    QTest::newRow("later line wins") << QByteArray("[k]\nv=1\nv=2\n") << "2";
-}
-
 void TestConfiguration::readsFileValues()
 {
-    QFETCH(QByteArray, content);
-    QFETCH(QString, expected);
-
-    Configuration configuration;
-    QVERIFY(configuration.readFile(file("value.ini", content)));
-    QVERIFY(configuration.contains("k/v"));
-    QCOMPARE(configuration.string("k/v"), expected);
-}
-
-void TestConfiguration::numbersAreReadWhole_data()
-{
-    QTest::addColumn<QVariant>("value");
-    QTest::addColumn<bool>("isNumber");
-    QTest::addColumn<bool>("isInteger");
-    QTest::addColumn<bool>("isBoolean");
-
-    QTest::newRow("integer") << QVariant("12") << true << true << false;
-    QTest::newRow("fraction") << QVariant("1.5") << true << false << false;
-    QTest::newRow("number with unit") << QVariant("12 s") << false << false << false;
-    QTest::newRow("list of numbers") << QVariant(QStringList{"1", "2"}) << false << false << false;
-    QTest::newRow("empty") << QVariant("") << false << false << false;
-    QTest::newRow("word") << QVariant("on") << false << false << true;
-    QTest::newRow("default of its own type") << QVariant(2.5) << true << false << false;
-    QTest::newRow("truth") << QVariant(true) << false << false << true;
+    const std::pair<QByteArray, QString> rows[] = {
+        {"v=https://host/q?a=1,2", "https://host/q?a=1,2"},
+        {"v=Z\xc3\xbcrich", QString::fromUtf8("Zürich")},
+        {"v=", ""},
+        {"v=1\nv=2", "2"}};
+    for (const auto &[line, expected] : rows) {
+        Configuration configuration;
+        QVERIFY(configuration.readFile(file("value.ini", "[k]\n" + line + '\n')));
+        QVERIFY(configuration.contains("k/v"));
+        QCOMPARE(configuration.string("k/v"), expected);
+    }
 }
 
 void TestConfiguration::numbersAreReadWhole()
 {
-    QFETCH(QVariant, value);
-
-    Configuration configuration;
-    configuration.setDefault("k", value);
-    double number = -7;
-    int integer = -7;
-    bool truth = false;
-    QTEST(configuration.number("k", number), "isNumber");
-    QTEST(configuration.integer("k", integer), "isInteger");
-    QTEST(configuration.boolean("k", truth), "isBoolean");
-    if (!configuration.number("k", number))
-        QCOMPARE(number, -7.0);
-}
-
-void TestConfiguration::brokenFilesChangeNothing_data()
-{
-    QTest::addColumn<QString>("fileName");
-
-    QTest::newRow("missing") << _folder.filePath("missing.ini");
-    QTest::newRow("folder") << _folder.path();
-    QTest::newRow("not an INI file") << file("broken.ini", "[a]\nx=new\nthis line says nothing\n");
+    const struct
+    {
+        QVariant value;
+        bool isNumber, isInteger, isBoolean;
+    } rows[] = {{"12", true, true, false},     {"1.5", true, false, false},
+                {"12 s", false, false, false}, {QStringList{"1", "2"}, false, false, false},
+                {"", false, false, false},     {"on", false, false, true},
+                {2.5, true, false, false}};
+    for (const auto &row : rows) {
+        Configuration configuration;
+        configuration.setDefault("k", row.value);
+        double number = -7;
+        int integer = -7;
+        bool truth = false;
+        QCOMPARE(configuration.number("k", number), row.isNumber);
+        QCOMPARE(number != -7, row.isNumber);
+        QCOMPARE(configuration.integer("k", integer), row.isInteger);
+        QCOMPARE(configuration.boolean("k", truth), row.isBoolean);
+    }
 }
 
 void TestConfiguration::brokenFilesChangeNothing()
 {
-    QFETCH(QString, fileName);
-
-    Configuration configuration;
-    QVERIFY(configuration.readFile(file("good.ini", "[a]\nx=old\n")));
-    QString error;
-    QVERIFY(!configuration.readFile(fileName, &error));
-    QVERIFY2(error.startsWith(fileName + ": "), qPrintable(error));
-    QVERIFY(error.size() > fileName.size() + 5);
-    QCOMPARE(configuration.string("a/x"), QString("old"));
+    for (const QString &fileName : {_folder.filePath("missing.ini"), _folder.path(),
+                                    file("broken.ini", "[a]\nx=new\nthis line says nothing\n")}) {
+        Configuration configuration;
+        QVERIFY(configuration.readFile(file("good.ini", "[a]\nx=old\n")));
+        QString error;
+        QVERIFY(!configuration.readFile(fileName, &error));
+        QVERIFY2(error.startsWith(fileName + ": "), qPrintable(error));
+        QCOMPARE(configuration.string("a/x"), QString("old"));
+    }
 }
 
 void TestConfiguration::namesValueOfWrongType()

@@ -1,7 +1,6 @@
 #include <tellarix/client/io/recordstream.h>
 #include <tellarix/core/records/formats/miniseedwriter.h>
 #include <tellarix/core/records/formats/sac.h>
-#include <tellarix/core/records/ringbuffer.h>
 #include <tellarix/core/records/typedarray.h>
 
 #include <QBuffer>
@@ -11,7 +10,6 @@
 #include <QtTest>
 
 #include <future>
-#include <map>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -23,7 +21,6 @@ using Tellarix::IO::RecordStreamPtr;
 using Tellarix::IO::StreamMessage;
 
 namespace {
-
 Core::Time time(const char *iso)
 {
     return Core::Time::FromString(iso);
@@ -76,24 +73,15 @@ private slots:
     void init();
 
     void makesStreamsOfSchemes();
-    void refusesSources_data();
     void refusesSources();
-    void tellsFilesThatAreNoRecords();
     void deliversRequestedRecords_data();
     void deliversRequestedRecords();
-    void tellsWhatIsDamaged_data();
     void tellsWhatIsDamaged();
     void readsLongFilesAgain();
-    void deliversFromPipesAtOnce();
-    void closeEndsABlockedRead();
+    void deliversFromPipesAtOnceUntilClosed();
 
-    void readsDayFiles_data();
     void readsDayFiles();
     void goesOnAfterBrokenDayFiles();
-    void tellsForeignRecordsInDayFiles();
-
-    void agreesWithOtherReaders_data();
-    void agreesWithOtherReaders();
 
 private:
     QString path(const QString &name) const { return _directory->filePath(name); }
@@ -155,9 +143,6 @@ void TestRecordStream::makesStreamsOfSchemes()
     QCOMPARE(readAll(*stream(file)), QStringList("XX.A..BHZ 2024-01-01T00:00:00"));
     QCOMPARE(readAll(*stream("file://" + file)), QStringList("XX.A..BHZ 2024-01-01T00:00:00"));
 
-    std::string error;
-    QVERIFY(!RecordStream::Create("foo://bar", &error));
-    QCOMPARE(error, std::string("Unknown record stream scheme \"foo\" (known: archive, file)"));
     {
         const IO::RecordStreamScheme foo("foo", [&] { return stream(file); });
         QVERIFY(RecordStream::Create("foo://" + file));
@@ -165,56 +150,32 @@ void TestRecordStream::makesStreamsOfSchemes()
     QVERIFY(!RecordStream::Create("foo://bar"));
 }
 
-void TestRecordStream::refusesSources_data()
-{
-    QTest::addColumn<QString>("url");
-    QTest::addColumn<QString>("error");
-
-    QTest::newRow("missing") << "file://%1/none"
-                             << "%1/none: No such file or directory";
-    QTest::newRow("directory") << "file://%1"
-                               << "%1: is a directory";
-    QTest::newRow("empty") << "%1/empty"
-                           << "%1/empty: file is empty";
-    QTest::newRow("no archive") << "archive://%1/none"
-                                << "%1/none: No such file or directory";
-    QTest::newRow("file as archive") << "archive://%1/empty"
-                                     << "%1/empty: is not a directory";
-    QTest::newRow("type of archive") << "archive://%1?type=X"
-                                     << "%1: unknown type \"X\" of day files";
-}
-
 void TestRecordStream::refusesSources()
-{
-    QFETCH(QString, url);
-    QFETCH(QString, error);
-    write("empty", QByteArray());
-
-    std::string told;
-    const RecordStreamPtr stream =
-        RecordStream::Create(url.replace("%1", _directory->path()).toStdString(), &told);
-
-    QVERIFY(!stream);
-    QCOMPARE(QString::fromStdString(told).toLower(),
-             error.replace("%1", _directory->path()).toLower());
-}
-
-void TestRecordStream::tellsFilesThatAreNoRecords()
 {
     QByteArray uneven = sac(10);
     uneven[105 * 4] = 0;
-    const struct
-    {
-        QByteArray bytes;
-        QString cause;
-    } files[] = {{"hello", "neither miniSEED nor SAC"},
-                 {QByteArray(100000, 'x'), "neither miniSEED nor SAC"},
-                 {uneven, "SAC file is not evenly spaced"}};
-    for (const auto &file : files) {
-        const RecordStreamPtr reader = stream(write("file", file.bytes));
-        QVERIFY(!reader->open());
-        QCOMPARE(QString::fromStdString(reader->errorString()), path("file") + ": " + file.cause);
-        QVERIFY(!reader->next());
+    write("empty", QByteArray());
+    write("text", "hello");
+    write("uneven", uneven);
+    const std::pair<QString, QString> rows[] = {
+        {"file://%1/none", "%1/none: No such file or directory"},
+        {"file://%1", "%1: is a directory"},
+        {"%1/empty", "%1/empty: file is empty"},
+        {"archive://%1/none", "%1/none: No such file or directory"},
+        {"archive://%1/empty", "%1/empty: is not a directory"},
+        {"archive://%1?type=X", "%1: unknown type \"X\" of day files"},
+        {"%1/text", "%1/text: neither miniSEED nor SAC"},
+        {"%1/uneven", "%1/uneven: SAC file is not evenly spaced"},
+        {"foo://bar", "Unknown record stream scheme \"foo\" (known: archive, file)"},
+    };
+    for (const auto &[url, expected] : rows) {
+        std::string error;
+        const RecordStreamPtr stream = RecordStream::Create(
+            QString(url).replace("%1", _directory->path()).toStdString(), &error);
+        if (stream && !stream->open())
+            error = stream->errorString();
+        QCOMPARE(QString::fromStdString(error).toLower(),
+                 QString(expected).replace("%1", _directory->path()).toLower());
     }
 }
 
@@ -234,20 +195,14 @@ void TestRecordStream::deliversRequestedRecords_data()
     const auto row = [](const char *name) -> QTestData & { return QTest::newRow(name); };
 
     row("everything") << all << Window() << QStringList({a0, b0, log, a1, b1});
-    row("a stream") << QVector<QStringList>{{"XX", "A", "", "BHZ"}} << Window()
-                    << QStringList({a0, a1});
     row("empty location as dashes")
         << QVector<QStringList>{{"XX", "*", "--", "BH?"}} << Window() << QStringList({a0, a1});
     row("any location") << QVector<QStringList>{{"*", "?", "*", "BH?"}} << Window()
                         << QStringList({a0, b0, a1, b1});
     row("window that begins with the end of a record")
         << all << window("2024-01-01T00:01:40Z", "2024-01-01T01:00:00Z") << QStringList({log});
-    row("window that touches records")
-        << all << window("2024-01-01T00:01:39Z", "2024-01-01T00:30:00Z") << QStringList({a0, b0});
     row("record without an end at the start of the window")
         << all << window("2024-01-01T00:30:00Z", "2024-01-01T00:30:01Z") << QStringList({log});
-    row("no start") << all << Window(Core::Time(), time("2024-01-01T00:10:00Z"))
-                    << QStringList({a0, b0});
     row("windows of their own") << QVector<QStringList>{{"XX", "A", "*", "*",
                                                          "2024-01-01T00:50:00Z", "2024-01-02"},
                                                         {"XX", "B", "*", "*"}}
@@ -284,44 +239,31 @@ void TestRecordStream::deliversRequestedRecords()
     QCOMPARE(reader->progress(), 1.0);
 }
 
-void TestRecordStream::tellsWhatIsDamaged_data()
+void TestRecordStream::tellsWhatIsDamaged()
 {
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<int>("records");
-    QTest::addColumn<QStringList>("messages");
-
     const QByteArray sound = seed("XX.A..BHZ", "2024-01-01T00:00:00Z");
     QByteArray encoding = sound;
     encoding[52] = 30;
     QByteArray empty = sound;
     empty[30] = empty[31] = 0;
-
-    QTest::newRow("cut off at the end")
-        << sound + sound.left(300) << 1
-        << QStringList("file: byte 512: record of 512 bytes is cut off after 300 bytes");
-    QTest::newRow("garbage in front")
-        << QByteArray(700000, 'x') + sound + sound << 2
-        << QStringList("file: byte 0: 700000 bytes that are no record");
-    QTest::newRow("encoding") << sound + encoding + sound << 2
-                              << QStringList("file: byte 512: XX.A..BHZ: unsupported encoding 30");
-    QTest::newRow("no samples") << sound + empty + sound << 2
-                                << QStringList(
-                                       "file: byte 512: XX.A..BHZ: record has no samples (note)");
-    QTest::newRow("SAC cut off")
-        << sac(100).left(632 + 42) << 1
-        << QStringList("file: byte 0: file is cut off: it holds 10 of 100 samples");
-    QTest::newRow("SAC with something behind it")
-        << sac(10) + "xyz" << 1 << QStringList("file: byte 672: 3 bytes that belong to nothing");
-}
-
-void TestRecordStream::tellsWhatIsDamaged()
-{
-    QFETCH(QByteArray, bytes);
-
-    const RecordStreamPtr reader = stream(write("file", bytes));
-
-    QTEST(readAll(*reader).size(), "records");
-    QTEST(_messages, "messages");
+    const struct
+    {
+        QByteArray bytes;
+        int records;
+        QString message;
+    } rows[] = {
+        {sound + sound.left(300), 1, "byte 512: record of 512 bytes is cut off after 300 bytes"},
+        {QByteArray(700000, 'x') + sound + sound, 2, "byte 0: 700000 bytes that are no record"},
+        {sound + encoding + sound, 2, "byte 512: XX.A..BHZ: unsupported encoding 30"},
+        {sound + empty + sound, 2, "byte 512: XX.A..BHZ: record has no samples (note)"},
+        {sac(100).left(632 + 42), 1, "byte 0: file is cut off: it holds 10 of 100 samples"},
+        {sac(10) + "xyz", 1, "byte 672: 3 bytes that belong to nothing"},
+    };
+    for (const auto &row : rows) {
+        _messages.clear();
+        QCOMPARE(readAll(*stream(write("file", row.bytes))).size(), row.records);
+        QCOMPARE(_messages, QStringList("file: " + row.message));
+    }
 }
 
 void TestRecordStream::readsLongFilesAgain()
@@ -349,7 +291,7 @@ void TestRecordStream::readsLongFilesAgain()
     QCOMPARE(_messages, QStringList("file: byte 358400: 13 bytes that are no record"));
 }
 
-void TestRecordStream::deliversFromPipesAtOnce()
+void TestRecordStream::deliversFromPipesAtOnceUntilClosed()
 {
     const std::string bytes = seed("XX.A..BHZ", "2024-01-01T00:00:00Z").toStdString();
     const QByteArray name = QFile::encodeName(path("pipe"));
@@ -371,70 +313,47 @@ void TestRecordStream::deliversFromPipesAtOnce()
         QVERIFY(inTime);
         QCOMPARE(record.get()->sampleCount(), 100);
     }
-    ::close(pipe);
-    QVERIFY(!reader->next());
-    QCOMPARE(_messages, QStringList());
-}
 
-void TestRecordStream::closeEndsABlockedRead()
-{
-    const QByteArray name = QFile::encodeName(path("pipe"));
-    QCOMPARE(::mkfifo(name.constData(), 0600), 0);
-    const RecordStreamPtr reader = stream(name.toStdString());
-    QVERIFY(reader->open());
-    auto record = std::async(std::launch::async, [&] { return reader->next(); });
-    QCOMPARE(record.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
-
+    auto blocked = std::async(std::launch::async, [&] { return reader->next(); });
+    QCOMPARE(blocked.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
     reader->close();
-
-    QCOMPARE(record.wait_for(std::chrono::seconds(10)), std::future_status::ready);
-    QVERIFY(!record.get());
-}
-
-void TestRecordStream::readsDayFiles_data()
-{
-    using Window = Core::TimeWindow;
-    QTest::addColumn<QStringList>("request");
-    QTest::addColumn<Window>("common");
-    QTest::addColumn<QStringList>("records");
-
-    const QString a1 = "XX.A..HHZ 2023-12-31T23:59:00";
-    const QString a2 = "XX.A..HHZ 2024-01-01T12:00:00";
-    const QString a3 = "XX.A..HHZ 2024-02-29T12:00:00";
-    const QString b2 = "XX.B.00.HHZ 2024-01-01T12:00:00";
-    const QStringList any{"*", "*", "*", "*"};
-    const auto row = [](const char *name) -> QTestData & { return QTest::newRow(name); };
-
-    row("everything, stream by stream")
-        << QStringList() << Window() << QStringList({a1, a2, a3, b2});
-    row("record that runs past midnight and the year")
-        << any << window("2024-01-01T00:00:00Z", "2024-01-01T00:10:00Z") << QStringList(a1);
-    row("leap day") << any << window("2024-02-29", "2024-03-01") << QStringList(a3);
-    row("day after the leap day") << any << window("2024-03-01", "2024-03-02") << QStringList();
-    row("empty location") << QStringList{"XX", "*", "--", "HHZ"}
-                          << window("2024-01-01", "2024-12-31") << QStringList({a1, a2, a3});
+    QCOMPARE(blocked.wait_for(std::chrono::seconds(10)), std::future_status::ready);
+    QVERIFY(!blocked.get());
+    ::close(pipe);
+    QCOMPARE(_messages, QStringList());
 }
 
 void TestRecordStream::readsDayFiles()
 {
-    QFETCH(QStringList, request);
-    QFETCH(Core::TimeWindow, common);
     write("2023/XX/A/HHZ.D/XX.A..HHZ.D.2023.365", seed("XX.A..HHZ", "2023-12-31T23:59:00Z"));
-    write("2024/XX/A/HHZ.D/XX.A..HHZ.D.2024.001", seed("XX.A..HHZ", "2024-01-01T12:00:00Z"));
     write("2024/XX/A/HHZ.D/XX.A..HHZ.D.2024.060", seed("XX.A..HHZ", "2024-02-29T12:00:00Z"));
     write("2024/XX/B/HHZ.D/XX.B.00.HHZ.D.2024.001", seed("XX.B.00.HHZ", "2024-01-01T12:00:00Z"));
     write("2024/XX/B/LOG.L/XX.B.00.LOG.L.2024.001", seed("XX.B.00.LOG", "2024-01-01T12:00:00Z"));
     write("2024/XX/B/HHZ.D/notes.txt", "not a day file");
     write("readme", "not a year");
-
-    const RecordStreamPtr reader = stream("archive://" + _directory->path().toStdString());
-    reader->setTimeWindow(common);
-    if (!request.isEmpty())
-        reader->addStream(request[0].toStdString(), request[1].toStdString(),
-                          request[2].toStdString(), request[3].toStdString());
-
-    QTEST(readAll(*reader), "records");
-    QCOMPARE(_messages, QStringList());
+    const QString a1 = "XX.A..HHZ 2023-12-31T23:59:00";
+    const QString a3 = "XX.A..HHZ 2024-02-29T12:00:00";
+    const QString b2 = "XX.B.00.HHZ 2024-01-01T12:00:00";
+    const struct
+    {
+        const char *location;
+        Core::TimeWindow common;
+        QStringList records;
+    } rows[] = {
+        {"*", Core::TimeWindow(), {a1, a3, b2}},
+        // A record that runs past midnight and the year.
+        {"*", window("2024-01-01T00:00:00Z", "2024-01-01T00:10:00Z"), {a1}},
+        {"*", window("2024-02-29", "2024-03-01"), {a3}},
+        {"*", window("2024-03-01", "2024-03-02"), {}},
+        {"--", window("2024-01-01", "2024-12-31"), {a1, a3}},
+    };
+    for (const auto &row : rows) {
+        const RecordStreamPtr reader = stream("archive://" + _directory->path().toStdString());
+        reader->setTimeWindow(row.common);
+        reader->addStream("XX", "*", row.location, "HHZ");
+        QCOMPARE(readAll(*reader), row.records);
+        QCOMPARE(_messages, QStringList());
+    }
 }
 
 void TestRecordStream::goesOnAfterBrokenDayFiles()
@@ -444,112 +363,19 @@ void TestRecordStream::goesOnAfterBrokenDayFiles()
     write(folder + '1', QByteArray());
     write(folder + '2', "nonsense");
     write(folder + '3', sound + sound.left(77));
-    write(folder + '4', seed("XX.A..HHZ", "2024-01-04T12:00:00Z"));
-
-    const RecordStreamPtr reader = stream("archive://" + _directory->path().toStdString());
-
-    QCOMPARE(readAll(*reader),
-             QStringList({"XX.A..HHZ 2024-01-03T12:00:00", "XX.A..HHZ 2024-01-04T12:00:00"}));
-    QCOMPARE(_messages,
-             QStringList({folder + "1: file is empty", folder + "2: neither miniSEED nor SAC",
-                          folder + "3: byte 512: record of 512 bytes is cut off after 77 bytes"}));
-}
-
-void TestRecordStream::tellsForeignRecordsInDayFiles()
-{
-    const QString file = "2024/XX/A/HHZ.D/XX.A..HHZ.D.2024.001";
-    const QByteArray stranger = seed("XX.B..HHZ", "2024-01-01T13:00:00Z");
-    write(file, stranger + stranger + seed("XX.A..HHZ", "2024-01-01T12:00:00Z"));
+    write(folder + '4',
+          seed("XX.B..HHZ", "2024-01-04T13:00:00Z") + seed("XX.A..HHZ", "2024-01-04T12:00:00Z"));
 
     const RecordStreamPtr reader = stream("archive://" + _directory->path().toStdString());
     reader->addStream("XX", "A", "*", "*");
-    QCOMPARE(readAll(*reader), QStringList("XX.A..HHZ 2024-01-01T12:00:00"));
-    QCOMPARE(_messages,
-             QStringList(file + ": byte 0: file holds records of XX.B..HHZ, which are skipped"));
 
-    _messages.clear();
-    reader->addStream("XX", "B", "*", "*");
-    QCOMPARE(readAll(*reader).size(), 3);
-    QCOMPARE(_messages, QStringList(file + ": byte 0: file holds records of XX.B..HHZ (note)"));
-}
-
-void TestRecordStream::agreesWithOtherReaders_data()
-{
-    QTest::addColumn<QStringList>("figures");
-
-    const QString data = qEnvironmentVariable("NORVU_TEST_DATA");
-    QFile list(data + "/README.md");
-    if (data.isEmpty() || !list.open(QIODevice::ReadOnly)) {
-        QTest::newRow("no recordings") << QStringList();
-        return;
-    }
-    // The list gives the figures of each stream in a line below the line of its file.
-    const QRegularExpression file("^- \\*\\*(mseed/[^*]+)\\*\\*");
-    const QRegularExpression stream("^ +- `.*`: .* rec, ");
-    QMap<QString, QStringList> figures;
-    QString name;
-    for (const QString &line : QString::fromUtf8(list.readAll()).split('\n')) {
-        if (line.startsWith("- **"))
-            name = file.match(line).captured(1);
-        if (!name.isEmpty() && stream.match(line).hasMatch())
-            figures[name] << line.trimmed().mid(2);
-    }
-    for (auto entry = figures.cbegin(); entry != figures.cend(); ++entry)
-        QTest::newRow(qPrintable(entry.key())) << entry.value();
-    QVERIFY(!figures.isEmpty());
-}
-
-void TestRecordStream::agreesWithOtherReaders()
-{
-    QFETCH(QStringList, figures);
-    if (figures.isEmpty())
-        QSKIP("NORVU_TEST_DATA names no folder of recordings");
-
-    struct Totals
-    {
-        RingBuffer records{0, 0.5};
-        SampleSummary summary;
-        int samples{0};
-        Core::Time last;
-    };
-    std::map<std::string, Totals> streams;
-    const RecordStreamPtr reader = stream(qEnvironmentVariable("NORVU_TEST_DATA").toStdString() +
-                                          '/' + QTest::currentDataTag());
-    QVERIFY2(reader->open(), reader->errorString().c_str());
-    while (const RecordPtr record = reader->next()) {
-        Totals &totals = streams[record->streamID()];
-        totals.records.feed(record.get());
-        totals.summary.add(record->summary());
-        totals.samples += record->sampleCount();
-        totals.last = std::max(totals.last, record->lastSampleTime());
-    }
-
-    QCOMPARE(int(streams.size()), figures.size());
-    for (const QString &line : figures) {
-        const QRegularExpressionMatch match =
-            QRegularExpression("^`(.*)`: (\\d+) rec, (\\d+) samples, (?:(\\d+) Hz, )?.*?(\\d\\S+Z) "
-                               "to (\\S+Z), min (\\S+), max (\\S+), mean ([^, ]+)(?:, (\\d+) seg)?")
-                .match(line);
-        QVERIFY2(match.hasMatch(), qPrintable(line));
-        const Totals &totals = streams[match.captured(1).toStdString()];
-        QCOMPARE(totals.records.size(), match.captured(2).toInt());
-        QCOMPARE(totals.samples, match.captured(3).toInt());
-        if (!match.captured(4).isEmpty())
-            QCOMPARE(totals.records.front()->samplingFrequency(), match.captured(4).toDouble());
-        QCOMPARE(QString::fromStdString(totals.records.front()->startTime().iso()),
-                 match.captured(5));
-        QCOMPARE(QString::fromStdString(totals.last.iso()), match.captured(6));
-        QCOMPARE(totals.records.gaps().size() + 1, size_t(std::max(1, match.captured(10).toInt())));
-        if (match.captured(7) == "-") {
-            QVERIFY(totals.summary.isEmpty());
-            continue;
-        }
-        QCOMPARE(totals.summary.minimum, match.captured(7).toDouble());
-        QCOMPARE(totals.summary.maximum, match.captured(8).toDouble());
-        QCOMPARE(QString::number(totals.summary.mean(), 'g', 9), match.captured(9));
-    }
-    const bool damaged = QByteArray(QTest::currentDataTag()).contains("truncated");
-    QCOMPARE(_messages.size(), damaged ? 1 : 0);
+    QCOMPARE(readAll(*reader),
+             QStringList({"XX.A..HHZ 2024-01-03T12:00:00", "XX.A..HHZ 2024-01-04T12:00:00"}));
+    QCOMPARE(
+        _messages,
+        QStringList({folder + "1: file is empty", folder + "2: neither miniSEED nor SAC",
+                     folder + "3: byte 512: record of 512 bytes is cut off after 77 bytes",
+                     folder + "4: byte 0: file holds records of XX.B..HHZ, which are skipped"}));
 }
 
 QTEST_GUILESS_MAIN(TestRecordStream)

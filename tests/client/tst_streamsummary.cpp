@@ -9,7 +9,6 @@
 using namespace Tellarix;
 
 namespace {
-
 const Core::Time Origin(2024, 5, 17);
 
 struct Piece
@@ -54,86 +53,53 @@ QStringList shortNotes(const IO::StreamSummaries &summaries)
 
 } // namespace
 
-Q_DECLARE_METATYPE(Piece)
-
 class TestStreamSummary : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void countsGapsAndOverlaps_data();
     void countsGapsAndOverlaps();
-    void sameNumbersOfOtherTypeAreDuplicates();
     void textHasNoValuesAndNoRate();
     void notANumberLeavesMeanAlone();
     void meanOfManyLargeSamplesIsExact();
     void sortsStreamsAndKeepsOriginsApart();
 };
 
-void TestStreamSummary::countsGapsAndOverlaps_data()
-{
-    QTest::addColumn<Pieces>("pieces");
-    QTest::addColumn<int>("records");
-    QTest::addColumn<int>("gaps");
-    QTest::addColumn<int>("overlaps");
-    QTest::addColumn<QStringList>("notes");
-
-    const QVector<double> three{1, 2, 3};
-    const QVector<double> other{4, 5, 6};
-    const QStringList none;
-    QTest::newRow("no record") << Pieces{} << 0 << 0 << 0 << none;
-    QTest::newRow("joined") << Pieces{{0, three}, {3, three}} << 2 << 0 << 0 << none;
-    QTest::newRow("half a sample late") << Pieces{{0, three}, {3.5, three}} << 2 << 0 << 0 << none;
-    QTest::newRow("more than half a sample late")
-        << Pieces{{0, three}, {3.51, three}} << 2 << 1 << 0 << none;
-    QTest::newRow("half a sample early") << Pieces{{0, three}, {2.5, three}} << 2 << 0 << 0 << none;
-    QTest::newRow("more than half a sample early")
-        << Pieces{{0, three}, {2.49, three}} << 2 << 0 << 1 << QStringList("512: overlap");
-    QTest::newRow("out of order") << Pieces{{0, three}, {6, three}, {3, three}} << 3 << 0 << 0
-                                  << QStringList("1024: out of order");
-    QTest::newRow("within a long one") << Pieces{{0, QVector<double>(9)}, {2, three}, {9, three}}
-                                       << 3 << 0 << 1 << QStringList("512: overlap");
-    QTest::newRow("gap behind the long one, not behind the latest")
-        << Pieces{{0, QVector<double>(9)}, {2, three}, {12, three}} << 3 << 1 << 1
-        << QStringList("512: overlap");
-    QTest::newRow("duplicate is not out of order")
-        << Pieces{{0, three}, {3, other}, {0, three}} << 2 << 0 << 0
-        << QStringList("1024: duplicate of an earlier record");
-    QTest::newRow("same times with other samples")
-        << Pieces{{0, three}, {0, other}} << 1 << 0 << 0
-        << QStringList("512: same times as an earlier record");
-    QTest::newRow("change of rate")
-        << Pieces{{0, three}, {3, three, 10}} << 2 << 0 << 0
-        << QStringList("512: sampling frequency changes from 1 Hz to 10 Hz");
-}
-
 void TestStreamSummary::countsGapsAndOverlaps()
 {
-    QFETCH(Pieces, pieces);
-    QFETCH(int, records);
-
-    const IO::StreamSummaries result = summaries(pieces);
-    QTEST(shortNotes(result), "notes");
-    QCOMPARE(result.streams.size(), static_cast<size_t>(records > 0 ? 1 : 0));
-    if (records == 0)
-        return;
-    const IO::StreamSummary &stream = result.streams.front();
-    QCOMPARE(static_cast<int>(stream.records), records);
-    QTEST(static_cast<int>(stream.gaps), "gaps");
-    QTEST(static_cast<int>(stream.overlaps), "overlaps");
-    QCOMPARE(stream.samplingFrequency, 1.0);
-    QVERIFY(stream.firstSampleTime == Origin);
-}
-
-void TestStreamSummary::sameNumbersOfOtherTypeAreDuplicates()
-{
-    IO::StreamSummarizer summarizer;
-    const Piece piece{0, {1, 2, 3}};
-    summarizer.add(*record<int>(piece));
-    summarizer.add(*record<float>(piece));
-    const IO::StreamSummaries result = summarizer.result();
-    QCOMPARE(result.streams.front().samples, 3);
-    QCOMPARE(shortNotes(result), QStringList("-1: duplicate of an earlier record"));
+    const QVector<double> three{1, 2, 3};
+    const QVector<double> nine(9);
+    const struct
+    {
+        Pieces pieces;
+        int records, gaps, overlaps;
+        QStringList notes;
+    } rows[] = {
+        {{{0, three}, {3.5, three}}, 2, 0, 0, {}},
+        {{{0, three}, {3.51, three}}, 2, 1, 0, {}},
+        {{{0, three}, {2.5, three}}, 2, 0, 0, {}},
+        {{{0, three}, {2.49, three}}, 2, 0, 1, {"512: overlap"}},
+        {{{0, three}, {6, three}, {3, three}}, 3, 0, 0, {"1024: out of order"}},
+        {{{0, nine}, {2, three}, {9, three}}, 3, 0, 1, {"512: overlap"}},
+        {{{0, nine}, {2, three}, {12, three}}, 3, 1, 1, {"512: overlap"}},
+        {{{0, three}, {3, three}, {0, three}}, 2, 0, 0, {"1024: duplicate of an earlier record"}},
+        {{{0, three}, {0, {4, 5, 6}}}, 1, 0, 0, {"512: same times as an earlier record"}},
+        {{{0, three}, {3, three, 10}},
+         2,
+         0,
+         0,
+         {"512: sampling frequency changes from 1 Hz to 10 Hz"}},
+    };
+    for (const auto &row : rows) {
+        const IO::StreamSummaries result = summaries(row.pieces);
+        QCOMPARE(shortNotes(result), row.notes);
+        QCOMPARE(result.streams.size(), size_t(1));
+        const IO::StreamSummary &stream = result.streams.front();
+        QCOMPARE(static_cast<int>(stream.records), row.records);
+        QCOMPARE(static_cast<int>(stream.gaps), row.gaps);
+        QCOMPARE(static_cast<int>(stream.overlaps), row.overlaps);
+        QCOMPARE(stream.samplingFrequency, 1.0);
+    }
 }
 
 void TestStreamSummary::textHasNoValuesAndNoRate()
@@ -188,7 +154,8 @@ void TestStreamSummary::sortsStreamsAndKeepsOriginsApart()
     summarizer.add(*record<int>({3, three}, "XD.ZEL..HHZ"), "second", 0);
     summarizer.add(*record<int>({0, three}, "XD.ZEL..HHZ"), "first", 0);
     summarizer.add(*record<int>({0, three}, "XD.ALB..HHZ"), "first", 512);
-    summarizer.add(*record<int>({3, three}, "XD.ZEL..HHZ"), "third", 4096);
+    // The same numbers in another type are a duplicate, too.
+    summarizer.add(*record<float>({3, three}, "XD.ZEL..HHZ"), "third", 4096);
 
     const IO::StreamSummaries result = summarizer.result();
     QCOMPARE(result.streams.size(), size_t(2));
