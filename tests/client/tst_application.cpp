@@ -107,7 +107,6 @@ private slots:
     void filesAndFlagsSetURLs();
     void brokenConfigurationFileStops();
     void signalEndsEventLoop();
-    void signalIsSeenWithoutEventLoop();
     void readsArgumentsLessThoseOfQt();
 
 private:
@@ -209,23 +208,6 @@ void TestApplication::signalEndsEventLoop()
     };
     QCOMPARE(program.exec(), 128 + SIGINT);
     QCOMPARE(program.calls, Setup + QStringList({"interrupt", "run", "done"}));
-}
-
-void TestApplication::signalIsSeenWithoutEventLoop()
-{
-    Arguments arguments({});
-    Program program(arguments);
-    bool before = true;
-    bool after = false;
-    program.work = [&]() {
-        before = program.isExitRequested();
-        ::raise(SIGTERM);
-        after = program.isExitRequested();
-    };
-    QCOMPARE(program.exec(), 128 + SIGTERM);
-    QVERIFY(!before);
-    QVERIFY(after);
-    QCOMPARE(program.calls, Setup + QStringList({"run", "interrupt", "done"}));
 }
 
 void TestApplication::readsArgumentsLessThoseOfQt()

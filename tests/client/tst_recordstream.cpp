@@ -72,7 +72,6 @@ class TestRecordStream : public QObject
 private slots:
     void init();
 
-    void makesStreamsOfSchemes();
     void refusesSources();
     void deliversRequestedRecords_data();
     void deliversRequestedRecords();
@@ -135,19 +134,6 @@ QStringList TestRecordStream::readAll(RecordStream &stream)
     while (const RecordPtr record = stream.next())
         records << QString::fromStdString(record->streamID()) + ' ' + isoStart(*record);
     return records;
-}
-
-void TestRecordStream::makesStreamsOfSchemes()
-{
-    const std::string file = write("a b%20.mseed", seed("XX.A..BHZ", "2024-01-01T00:00:00Z"));
-    QCOMPARE(readAll(*stream(file)), QStringList("XX.A..BHZ 2024-01-01T00:00:00"));
-    QCOMPARE(readAll(*stream("file://" + file)), QStringList("XX.A..BHZ 2024-01-01T00:00:00"));
-
-    {
-        const IO::RecordStreamScheme foo("foo", [&] { return stream(file); });
-        QVERIFY(RecordStream::Create("foo://" + file));
-    }
-    QVERIFY(!RecordStream::Create("foo://bar"));
 }
 
 void TestRecordStream::refusesSources()
@@ -252,7 +238,6 @@ void TestRecordStream::tellsWhatIsDamaged()
         int records;
         QString message;
     } rows[] = {
-        {sound + sound.left(300), 1, "byte 512: record of 512 bytes is cut off after 300 bytes"},
         {QByteArray(700000, 'x') + sound + sound, 2, "byte 0: 700000 bytes that are no record"},
         {sound + encoding + sound, 2, "byte 512: XX.A..BHZ: unsupported encoding 30"},
         {sound + empty + sound, 2, "byte 512: XX.A..BHZ: record has no samples (note)"},

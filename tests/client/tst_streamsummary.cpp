@@ -59,7 +59,6 @@ class TestStreamSummary : public QObject
 
 private slots:
     void countsGapsAndOverlaps();
-    void textHasNoValuesAndNoRate();
     void notANumberLeavesMeanAlone();
     void meanOfManyLargeSamplesIsExact();
     void sortsStreamsAndKeepsOriginsApart();
@@ -100,22 +99,6 @@ void TestStreamSummary::countsGapsAndOverlaps()
         QCOMPARE(static_cast<int>(stream.overlaps), row.overlaps);
         QCOMPARE(stream.samplingFrequency, 1.0);
     }
-}
-
-void TestStreamSummary::textHasNoValuesAndNoRate()
-{
-    IO::StreamSummarizer summarizer;
-    summarizer.add(*record<char>({0, {'a', 'b'}, 0}));
-    summarizer.add(*record<char>({0, {'c', 'd'}, 0}));
-    summarizer.add(*record<char>({0, {'a', 'b'}, 0}));
-    const IO::StreamSummaries result = summarizer.result();
-    const IO::StreamSummary &stream = result.streams.front();
-    QCOMPARE(stream.records, 2);
-    QCOMPARE(stream.samples, 4);
-    QCOMPARE(stream.samplingFrequency, 0.0);
-    QVERIFY(stream.values.isEmpty());
-    QVERIFY(stream.lastSampleTime == Origin);
-    QCOMPARE(stream.gaps + stream.overlaps, 0);
 }
 
 void TestStreamSummary::notANumberLeavesMeanAlone()

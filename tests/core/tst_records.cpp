@@ -270,13 +270,6 @@ void RecordsTest::emptySequencesAnswer()
     QVERIFY(!buffer.timeWindow().valid());
     QCOMPARE(buffer.amplitudeRange(), std::make_pair(0.0, 0.0));
     QCOMPARE(buffer.firstEndingAfter(at(0)), 0);
-
-    buffer.feed(makeRecord(at(0), 1, arrayOf(std::vector<double>(300, NaN))).get());
-    buffer.feed(makeRecord(at(300), 1, nullptr).get());
-    QCOMPARE(buffer.amplitudeRange(), std::make_pair(0.0, 0.0));
-    QVERIFY(buffer.summary().isEmpty());
-    double low, high;
-    QVERIFY(!buffer.recordExtrema(0, 2, low, high));
 }
 
 void RecordsTest::keepsEventsAtTheSameTime()

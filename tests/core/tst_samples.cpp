@@ -76,7 +76,6 @@ private slots:
     void runsEqualPlainLoops();
     void extremesOfTheTypesAreKept();
     void writableSamplesDropThePyramid();
-    void copiesAreIndependent();
     void conversionsSaturate();
     void splitsStreamIDs();
     void endTimes();
@@ -137,18 +136,6 @@ void SamplesTest::writableSamplesDropThePyramid()
 
     array.resize(400);
     QCOMPARE(array.maximum(), 5.0);
-}
-
-void SamplesTest::copiesAreIndependent()
-{
-    std::mt19937 random(3);
-    DoubleArray original(5000, randomSamples<double>(random, 5000, 50).data());
-    original.buildPyramid();
-    DoubleArray copy(original);
-    QVERIFY(!difference(copy.summary(), plainSummary(copy, 0, 5000)));
-
-    copy.typedData()[0] = 5E6;
-    QVERIFY(original.maximum() < 5E6);
 }
 
 void SamplesTest::conversionsSaturate()

@@ -73,12 +73,10 @@ class TestTellarix : public QObject
 private slots:
     void initTestCase();
     void rejectsWrongUsage();
-    void showsHelp();
     void tellsStreamsAsJson();
     void tellsStreamsAsAlignedTable();
     void limitsStreamsAndTimes();
     void readsOnBehindFaults();
-    void countsDuplicatesOnce();
     void interruptEndsReading();
     void agreesWithPublishedFigures();
     void writesDemonstration();
@@ -127,20 +125,6 @@ void TestTellarix::rejectsWrongUsage()
         QVERIFY2(result.errors.contains(named), qPrintable(result.errors));
         QCOMPARE(result.output, QString());
     }
-}
-
-void TestTellarix::showsHelp()
-{
-    const Run general = run({"--help"});
-    QCOMPARE(general.status, 0);
-    QVERIFY(general.output.startsWith("Usage: tellarix "));
-    for (const char *command : {"records", "demo"})
-        QVERIFY(general.output.contains(command));
-
-    const Run ofCommand = run({"records", "--help"});
-    QCOMPARE(ofCommand.status, 0);
-    QVERIFY(ofCommand.output.contains("--streams"));
-    QCOMPARE(ofCommand.errors, QString());
 }
 
 void TestTellarix::tellsStreamsAsJson()
@@ -224,23 +208,6 @@ void TestTellarix::readsOnBehindFaults()
             records += stream["records"].toInt();
         QCOMPARE(records, 3);
     }
-}
-
-void TestTellarix::countsDuplicatesOnce()
-{
-    const QString file = path("two.mseed");
-    const QString copy = path("copy.mseed");
-    QVERIFY(QFile::copy(file, copy));
-
-    const Run once = run({"records", "--json", file});
-    const Run twice = run({"records", "--json", file, copy});
-    QCOMPARE(twice.status, 0);
-    QCOMPARE(twice.output, once.output);
-    for (const int offset : {0, 512, 1024}) {
-        const QString place = QString("%1: byte %2: ").arg(copy).arg(offset);
-        QVERIFY2(twice.errors.contains(place), qPrintable(twice.errors));
-    }
-    QCOMPARE(twice.errors.count("duplicate"), 3);
 }
 
 void TestTellarix::interruptEndsReading()
