@@ -87,18 +87,28 @@ HWY_INLINE void storeAs(Vector value, T *target)
         hn::StoreU(hn::DemoteTo(hn::Rebind<T, Tag>(), value), hn::Rebind<T, Tag>(), target);
 }
 
+/** Envelopes that leave the windows of the bands; zero as long as a window is not full. */
+HWY_INLINE void collectOldest(const FilterBank::Group &group, size_t n,
+                              const FilterBank::Lanes *rows, FilterBank::Lanes *oldest)
+{
+    for (size_t lane = 0; lane < FilterBank::Width; ++lane) {
+        const int64_t length = group.lengths[lane];
+        const size_t missing =
+            static_cast<size_t>(std::clamp<int64_t>(length - group.seen, 0, int64_t(n)));
+        for (size_t i = 0; i < missing; ++i)
+            oldest[i].values[lane] = 0;
+        for (size_t i = missing; i < n; ++i)
+            oldest[i].values[lane] = rows[static_cast<int64_t>(i) - length].values[lane];
+    }
+}
+
 /** Moving averages of the envelopes in @p rows. */
 template <bool IsFull, typename T>
 HWY_INLINE void average(FilterBank::Group &group, size_t lane, size_t n,
-                        const FilterBank::Lanes *rows, T *target, size_t stride)
+                        const FilterBank::Lanes *rows, const FilterBank::Lanes *oldest, T *target,
+                        size_t stride)
 {
     const Tag tag;
-    const hn::RebindToSigned<Tag> indexTag;
-    constexpr int64_t Width = FilterBank::Width;
-    const auto lengths = hn::LoadU(indexTag, group.lengths + lane);
-    const auto back =
-        hn::Sub(hn::Iota(indexTag, static_cast<int64_t>(lane)), hn::ShiftLeft<3>(lengths));
-    static_assert(Width == 1 << 3, "lengths are turned into distances by a shift");
     const Vector length = hn::Load(tag, group.length.values + lane);
     const Vector one = hn::Set(tag, 1.0);
     const Vector zero = hn::Zero(tag);
@@ -107,18 +117,12 @@ HWY_INLINE void average(FilterBank::Group &group, size_t lane, size_t n,
     Vector low = hn::Load(tag, group.low.values + lane);
     Vector high = hn::Load(tag, group.high.values + lane);
     for (size_t i = 0; i < n; ++i) {
-        const double *row = rows[i].values;
-        auto index = back;
         if constexpr (!IsFull) {
-            // What lies before the first sample is taken from row 0, which is zero.
-            const int64_t number = group.seen + 1 + static_cast<int64_t>(i);
-            const auto zeroRow = hn::Iota(indexTag, static_cast<int64_t>(lane) - number * Width);
-            index = hn::Max(index, zeroRow);
-            const Vector count = hn::Set(tag, static_cast<double>(number));
-            scale = hn::Div(one, hn::Min(length, count));
+            const int64_t count = group.seen + 1 + static_cast<int64_t>(i);
+            scale = hn::Div(one, hn::Min(length, hn::Set(tag, static_cast<double>(count))));
         }
-        const Vector oldest = hn::GatherIndex(tag, row, index);
-        sum = hn::Add(sum, hn::Sub(hn::Load(tag, row + lane), oldest));
+        const Vector newest = hn::Load(tag, rows[i].values + lane);
+        sum = hn::Add(sum, hn::Sub(newest, hn::Load(tag, oldest[i].values + lane)));
         const Vector mean = hn::Max(hn::Mul(sum, scale), zero);
         low = hn::Min(low, mean);
         high = hn::Max(high, mean);
@@ -133,15 +137,18 @@ template <typename T>
 bool filter(FilterBank::Group &group, const double *input, size_t n, T *target, size_t stride)
 {
     const Tag tag;
+    FilterBank::Lanes oldest[FilterBank::TileLength];
     FilterBank::Lanes *rows = group.history.data() + group.next;
+    for (size_t lane = 0; lane < FilterBank::Width; lane += hn::Lanes(tag))
+        findEnvelopes(group, lane, input, n, rows);
+    collectOldest(group, n, rows, oldest);
     const bool isFull = group.seen >= group.longest;
     bool isFinite = true;
     for (size_t lane = 0; lane < FilterBank::Width; lane += hn::Lanes(tag)) {
-        findEnvelopes(group, lane, input, n, rows);
         if (isFull)
-            average<true>(group, lane, n, rows, target, stride);
+            average<true>(group, lane, n, rows, oldest, target, stride);
         else
-            average<false>(group, lane, n, rows, target, stride);
+            average<false>(group, lane, n, rows, oldest, target, stride);
         const Vector sum = hn::Load(tag, group.sum.values + lane);
         isFinite = isFinite && hn::AllTrue(tag, hn::IsFinite(sum));
     }
@@ -176,8 +183,6 @@ HWY_EXPORT(filterDouble);
 
 namespace {
 
-/** Samples that all bands work on before the next ones; their values fit the first-level cache. */
-constexpr size_t TileLength = 96;
 /** Samples between two looks at the state; counted along the signal. */
 constexpr int64_t CheckInterval = 4096;
 /** Sums are made afresh after that many lengths of the window, so that rounding can't grow. */
@@ -256,8 +261,8 @@ void FilterBank::Group::restart()
     for (size_t k = 0; k < Sections; ++k)
         first[k] = second[k] = Lanes();
     last = sum = Lanes();
-    history.assign(1, Lanes());
-    next = 1;
+    history.clear();
+    next = 0;
     seen = 0;
 }
 
@@ -275,7 +280,7 @@ void FilterBank::Group::makeRoom(size_t n)
     if (next + n <= history.size())
         return;
     const size_t kept = static_cast<size_t>(longest);
-    const size_t most = 1 + kept + std::max<size_t>(kept, CheckInterval);
+    const size_t most = kept + std::max<size_t>(kept, CheckInterval);
     if (history.size() < most) {
         history.resize(std::min(most, std::max(2 * history.size(), next + n)));
         return makeRoom(n);

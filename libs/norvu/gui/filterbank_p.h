@@ -76,6 +76,9 @@ public:
 
     /** Bands whose numbers stand side by side: one line of the cache. */
     static constexpr size_t Width = 8;
+    /** Samples that all bands work on before the next ones, so that their values stay in the
+     *  first-level cache. */
+    static constexpr size_t TileLength = 96;
     struct alignas(64) Lanes
     {
         double values[Width];
@@ -97,7 +100,7 @@ public:
         Lanes high;
         int64_t lengths[Width];
         int64_t longest;
-        /** Envelopes of the last samples; row 0 is zero as long as there are less than longest. */
+        /** Envelopes of the last samples, at least those of the longest window. */
         std::vector<Lanes> history;
         size_t next; /**< row of the next sample */
         int64_t seen;
