@@ -51,7 +51,6 @@ struct Seed2
     bool has1000{true};
     int dataOffset{128};
     int firstBlockette{48};
-    int afterBlockette1000{-1}; /**< the chain's next offset; -1 for the right one */
     std::optional<int> sampleCount;
     std::optional<int> usecs;
     int timingQuality{100};
@@ -90,8 +89,7 @@ private:
         if (has1000) {
             record.put<uint16_t>(46, firstBlockette);
             record.put<uint16_t>(48, 1000);
-            const int next = at1001 ? at1001 : at100;
-            record.put<uint16_t>(50, afterBlockette1000 < 0 ? next : afterBlockette1000);
+            record.put<uint16_t>(50, at1001 ? at1001 : at100);
             record.put<uint8_t>(52, encoding);
             record.put<uint8_t>(53, bigEndian);
             record.put<uint8_t>(54, lengthExponent);

@@ -49,7 +49,6 @@ private slots:
     void makesFilters_data();
     void makesFilters();
     void tellsNoFilterFromError();
-    void describesFilters();
     void readsItsOwnTexts();
     void tellsUnsuitableRates();
 };
@@ -150,23 +149,6 @@ void FilterParserTest::tellsNoFilterFromError()
         QCOMPARE(error.message, std::string());
         QCOMPARE(filterProblem(text, 0), std::string());
     }
-}
-
-void FilterParserTest::describesFilters()
-{
-    // Each usage is itself a filter once the parameters without a default have values.
-    for (const FilterDescription &filter : knownFilters()) {
-        std::string text = filter.name + "(";
-        for (size_t i = 0; i < filter.parameters.size(); ++i)
-            text += (i > 0 ? ", " : "") + filter.parameters[i].name + "=" + std::to_string(i + 1);
-        FilterError error;
-        const auto made = parseFilter<float>(text + ")", &error);
-        QVERIFY2(made != nullptr, (filter.usage() + ": " + error.message).c_str());
-        QVERIFY(!filter.description.empty());
-        QCOMPARE(knownFilter(QString::fromStdString(filter.name).toUpper().toStdString()), &filter);
-    }
-    QCOMPARE(knownFilter("bandpass")->usage(), std::string("bandpass(lower, upper, order=4)"));
-    QVERIFY(!knownFilter("band"));
 }
 
 void FilterParserTest::readsItsOwnTexts()

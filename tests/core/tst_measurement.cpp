@@ -39,7 +39,6 @@ class MeasurementTest : public QObject
 private slots:
     void measuresSine();
     void rmsSurvivesLargeOffset();
-    void notFiniteSamplesDoNotCount();
     void tellsOfGaps();
     void agreesWithPlainSums();
 };
@@ -75,18 +74,6 @@ void MeasurementTest::rmsSurvivesLargeOffset()
     QCOMPARE(measure(records, window(0, 100)).rms, 0.0);
     QCOMPARE(measure(records, window(2, 1)).count, int64_t(0));
     QCOMPARE(measure(records, window(1, 1)).frequency, 0.0);
-}
-
-void MeasurementTest::notFiniteSamplesDoNotCount()
-{
-    RingBuffer records(0);
-    records.feed(
-        makeRecord(at(0), 1, arrayOf(std::vector<float>{1, float(NaN), 3, float(Infinity)})).get());
-    const Measurement result = measure(records, window(0, 4));
-    QCOMPARE(result.count, int64_t(2));
-    QCOMPARE(result.peakToPeak, 2.0);
-    QCOMPARE(result.rms, 1.0);
-    QVERIFY(!result.hasGap);
 }
 
 void MeasurementTest::tellsOfGaps()

@@ -6,7 +6,6 @@
 #include <QtTest>
 
 #include <algorithm>
-#include <memory>
 
 using namespace RecordTesting;
 using Windows = std::vector<Core::TimeWindow>;
@@ -160,7 +159,6 @@ private:
 private slots:
     void keepsWhatIsNew();
     void equalsPlainSequence();
-    void ringBufferKeepsTheNewest();
     void timeWindowBufferKeepsWhatOverlaps();
     void emptySequencesAnswer();
     void keepsEventsAtTheSameTime();
@@ -234,16 +232,6 @@ void RecordsTest::comparePlain(int order, int capacity)
         if (QTest::currentTestFailed())
             return;
     }
-}
-
-void RecordsTest::ringBufferKeepsTheNewest()
-{
-    RingBuffer buffer(3);
-    QCOMPARE(takenBy(buffer, {{50, 10, 1}, {60, 10, 1}, {70, 10, 1}, {20, 10, 1}}),
-             std::string("+++-"));
-    QCOMPARE(takenBy(buffer, {{90, 10, 1}, {80, 10, 1}}), std::string("++"));
-    QCOMPARE(buffer.size(), 3);
-    QCOMPARE(buffer.timeWindow(), window(70, 100));
 }
 
 void RecordsTest::timeWindowBufferKeepsWhatOverlaps()
