@@ -2,10 +2,7 @@
 #include <tellarix/qt/scheme.h>
 
 #include <QApplication>
-#include <QMessageBox>
-#include <QPixmap>
 #include <QSignalSpy>
-#include <QSplashScreen>
 #include <QTimer>
 #include <QtTest>
 
@@ -42,7 +39,6 @@ public:
     {}
 
     QStringList calls;
-    QString splash;
     bool valid{true};
 
     bool run() override
@@ -61,17 +57,7 @@ public:
         calls << QStringLiteral("handleInitializationError %1").arg(stage);
         Gui::Application::handleInitializationError(stage);
     }
-    QString splashImagePath() const override { return splash; }
 };
-
-QSplashScreen *visibleSplash()
-{
-    for (QWidget *widget : QApplication::topLevelWidgets()) {
-        if (widget->isVisible() && qobject_cast<QSplashScreen *>(widget))
-            return static_cast<QSplashScreen *>(widget);
-    }
-    return nullptr;
-}
 
 } // namespace
 
@@ -203,44 +189,6 @@ private slots:
         QCOMPARE(application.exec(), 128 + SIGTERM);
         QCOMPARE(interrupts.size(), 1);
         QCOMPARE(interrupts[0][0].toInt(), SIGTERM);
-    }
-
-    void splashShowsOnlyWhenAskedFor()
-    {
-        QTemporaryDir folder;
-        for (const int flags : {0, int(Gui::Application::ShowSplash)}) {
-            Arguments arguments;
-            TestApplication application(arguments, flags);
-            application.splash = folder.filePath(QStringLiteral("splash.png"));
-            QPixmap picture(80, 40);
-            picture.fill(Qt::blue);
-            QVERIFY(picture.save(application.splash));
-            QVERIFY(application.init());
-            QCOMPARE(visibleSplash() != nullptr, flags != 0);
-            application.showMessage("Loading inventory");
-            if (flags)
-                QCOMPARE(visibleSplash()->message(), QStringLiteral("Loading inventory"));
-            application.done();
-            QVERIFY(!visibleSplash());
-        }
-    }
-
-    void warnsInBoxAboveMainWidget()
-    {
-        Arguments arguments;
-        TestApplication application(arguments);
-        QWidget window;
-        application.setMainWidget(&window);
-        QString text;
-        QTimer::singleShot(50, &application, [&] {
-            if (auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget())) {
-                text = box->text();
-                box->accept();
-            }
-        });
-        QTest::ignoreMessage(QtWarningMsg, "The disk is full");
-        application.showWarning("The disk is full");
-        QCOMPARE(text, QStringLiteral("The disk is full"));
     }
 };
 

@@ -164,20 +164,6 @@ private slots:
         QVERIFY(line.isEmpty());
     }
 
-    void tellsTheExtrema()
-    {
-        RingBuffer records(0);
-        records.feed(
-            record(0, 5000, 100, [](int i) { return i == 77 ? 500 : noise(i) / 10; }).get());
-        double low = 1, high = 2;
-        RecordPolyline line;
-        line.create(&records, at(100), at(200), 1, -1, 1, 0, 100, &low, &high);
-        QCOMPARE(low, 1.0);
-        const Core::TimeWindow later = window(10, 20);
-        line.create(&records, at(10), at(20), 30, -1, 1, 33, 100, &low, &high);
-        QCOMPARE(std::make_pair(low, high), records.amplitudeRange(&later));
-    }
-
     void inkEqualsThePlainPolyline_data()
     {
         QTest::addColumn<int>("shape");

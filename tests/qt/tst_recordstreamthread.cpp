@@ -33,7 +33,6 @@ int numberOf(const Record *record)
 struct Behaviour
 {
     int samples{4};
-    int faults{0};
     bool blocksBehindLast{false};
     bool failsToOpen{false};
     bool throws{false};
@@ -61,8 +60,6 @@ public:
         behaviour->streams = static_cast<int>(requests().size());
         if (behaviour->failsToOpen)
             return fail("test: closed on Sundays");
-        for (int i = 0; i < behaviour->faults; ++i)
-            report({IO::StreamMessage::Severity::Fault, "test", i, "broken"});
         return true;
     }
 
@@ -299,17 +296,6 @@ private slots:
             QTRY_COMPARE(messages.size(), 1);
             QVERIFY(messages[0][1].toBool());
         }
-    }
-
-    void boundsMessages()
-    {
-        behaviour->faults = 5000;
-        RecordStreamThread thread("test://1");
-        QVERIFY(thread.connect());
-        thread.start();
-        QTRY_VERIFY(thread.isFinished());
-        QCOMPARE(thread.messages().size(), 1001);
-        QVERIFY(thread.messages().last().contains("4000"));
     }
 };
 

@@ -8,7 +8,6 @@
 
 #include <cmath>
 #include <limits>
-#include <random>
 
 using namespace Tellarix;
 using Gui::RecordWidget;
@@ -219,30 +218,6 @@ private slots:
         QVERIFY(isClose(widget.amplitudeRange(0), Range(-10.5, 10.5)));
     }
 
-    void laysOutSlots()
-    {
-        TestWidget widget;
-        widget.setSlotCount(4);
-        widget.setCurrentRecords(1);
-        QCOMPARE(widget.streamHeight(1), 100);
-        QCOMPARE(widget.streamHeight(0), 0);
-
-        widget.setDrawMode(RecordWidget::InRows);
-        widget.setRecordVisible(1, false);
-        int bottom = 0;
-        for (const int slot : {0, 2, 3}) {
-            QCOMPARE(widget.streamYPos(slot), bottom);
-            QVERIFY(widget.streamHeight(slot) == 33 || widget.streamHeight(slot) == 34);
-            bottom += widget.streamHeight(slot);
-        }
-        QCOMPARE(bottom, 100);
-        QCOMPARE(widget.streamYPos(1), -1);
-        QCOMPARE(widget.streamYPos(4), -1);
-
-        widget.setDrawMode(RecordWidget::SameOffset);
-        QCOMPARE(widget.streamHeight(3), 100);
-    }
-
     void drawsTraceBetweenItsExtrema()
     {
         TestWidget widget;
@@ -360,27 +335,6 @@ private slots:
         QVERIFY(inkRect(image, Qt::green).isEmpty());
     }
 
-    void followsHighlightedParent()
-    {
-        QWidget row;
-        row.resize(200, 100);
-        QPalette palette = row.palette();
-        palette.setColor(QPalette::HighlightedText, QColor(1, 2, 3));
-        palette.setColor(QPalette::Highlight, QColor(200, 220, 255));
-        row.setPalette(palette);
-        RecordWidget widget(&row);
-        widget.resize(200, 100);
-        widget.setAlignment(at(0));
-        widget.setTimeScale(2);
-        widget.setRecords(0, sequence({record(10, zigzag(80, -1, 1))}).release());
-        QVERIFY(inkRect(picture(widget), QColor(1, 2, 3)).isEmpty());
-        row.setForegroundRole(QPalette::HighlightedText);
-        row.setBackgroundRole(QPalette::Highlight);
-        QVERIFY(inkRect(picture(widget), QColor(1, 2, 3)).height() > 90);
-        widget.setRecordPen(0, QPen(Qt::red));
-        QVERIFY(inkRect(picture(widget), Qt::red).height() > 90);
-    }
-
     void placesAxisTexts()
     {
         const struct
@@ -405,37 +359,6 @@ private slots:
                  Gui::amplitudeTicks(item.lower, item.upper, {item.height, 10, 70, width}))
                 found.append(tick.text);
             QCOMPARE(found, item.texts);
-        }
-    }
-
-    void keepsRandomAxesReadable()
-    {
-        const unsigned seed = std::random_device()();
-        qInfo("seed %u", seed);
-        std::mt19937 random(seed);
-        std::uniform_real_distribution<double> exponent(-12, 12);
-        std::uniform_real_distribution<double> share(-1, 1);
-        const auto width = [](const QString &text) { return 6 * text.size(); };
-
-        for (int round = 0; round < 2000; ++round) {
-            const double size = std::pow(10, exponent(random));
-            const double middle = size * share(random);
-            const double half = size * (0.01 + std::abs(share(random)));
-            const int height = 20 + static_cast<int>(random() % 200);
-            const int lineHeight = 10;
-            const auto ticks =
-                Gui::amplitudeTicks(middle - half, middle + half, {height, lineHeight, 60, width});
-            for (int i = 0; i < ticks.size(); ++i) {
-                const Gui::AmplitudeTick &tick = ticks[i];
-                QVERIFY(tick.textY - lineHeight / 2 >= 0);
-                QVERIFY(tick.textY + lineHeight / 2 <= height);
-                QVERIFY(width(tick.text) <= 60);
-                QVERIFY(i == 0 || tick.textY - ticks[i - 1].textY >= lineHeight);
-                QVERIFY(i == 0 || tick.text != ticks[i - 1].text);
-                // The text stands for its value within a pixel or, at the ends, a few percent.
-                const double error = std::abs(tick.text.toDouble() - tick.value) / (2 * half);
-                QVERIFY2(error < (height < 60 ? 0.3 : 0.06), qPrintable(tick.text));
-            }
         }
     }
 };

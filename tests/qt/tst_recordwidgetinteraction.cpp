@@ -303,22 +303,6 @@ private slots:
         QVERIFY(!marker->isModified());
     }
 
-    void leavesFixedMarkersAlone()
-    {
-        TestWidget widget;
-        widget.setSelectionEnabled(true);
-        auto *marker = new TestMarker(20, Qt::blue);
-        widget.addMarker(marker);
-        SignalLog log(&widget);
-        drag(widget, {{40, 50}, {60, 50}});
-        QCOMPARE(log.take(), (QStringList{"current 20", "selecting 20 30", "selected 20 30"}));
-
-        marker->setMovable(true);
-        marker->setEnabled(false);
-        drag(widget, {{40, 50}, {60, 50}});
-        QVERIFY(!marker->isModified());
-    }
-
     void copesWithMarkerThatVanishesWhileDragged()
     {
         TestWidget widget;
@@ -333,22 +317,6 @@ private slots:
         QCoreApplication::sendEvent(&widget, &move);
         QTest::mouseRelease(&widget, Qt::LeftButton, Qt::NoModifier, {60, 50});
         QCOMPARE(log.take(), QStringList());
-    }
-
-    void copiesMarkersWithoutTheirWidget()
-    {
-        TestWidget widget;
-        auto *marker = new RecordMarker(at(20), "P");
-        marker->setColor(Qt::blue);
-        marker->setCorrectedTime(at(25));
-        widget.addMarker(marker);
-        const std::unique_ptr<RecordMarker> copy(marker->clone());
-        QVERIFY(!copy->parent());
-        QCOMPARE(copy->text(), QString("P"));
-        QVERIFY(copy->isModified());
-        *marker = RecordMarker(at(30), "S");
-        QCOMPARE(marker->parent(), &widget);
-        QCOMPARE(marker->correctedTime(), at(30));
     }
 };
 

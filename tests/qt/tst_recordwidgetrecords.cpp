@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <random>
 
 using namespace Tellarix;
 using Gui::RecordWidget;
@@ -188,31 +187,6 @@ private slots:
         }
     }
 
-    void filtersRandomOrderAsInOnePass()
-    {
-        const unsigned seed = std::random_device()();
-        qInfo("seed %u", seed);
-        std::mt19937 random(seed);
-        const Integrator filter;
-
-        for (int round = 0; round < 50; ++round) {
-            Records records;
-            for (int i = 0; i < 24; ++i) {
-                if (random() % 6 != 0)
-                    records.push_back(record(3 * i, {1.0 * i, 1.0 * (random() % 100), 2.0}));
-            }
-            std::shuffle(records.begin(), records.end(), random);
-
-            TestWidget widget;
-            widget.setFilter(&filter);
-            widget.enableFiltering(true);
-            widget.install({});
-            for (const RecordPtr &item : records)
-                widget.feed(item);
-            QVERIFY(isSame(samplesOf(widget.filteredRecords(0)), referenceSums(records)));
-        }
-    }
-
     void filteredRecordsFollowTrimming()
     {
         const Integrator filter;
@@ -248,21 +222,6 @@ private slots:
         widget.enableFiltering(true);
         QCOMPARE(samplesOf(widget.displayedRecords(0)), (Samples{1, 2, 3, 4, 5, 6, 7, 8}));
         QCOMPARE(widget.amplitudeRange(0).second, 8 + 0.05 * 3.5);
-    }
-
-    void copesWithRecordsForNobody()
-    {
-        TestWidget widget;
-        widget.show();
-        const RecordPtr item = record(0, {1, 2});
-        widget.fed(-1, item.get());
-        widget.fed(0, item.get());
-        widget.fed(5, item.get());
-        widget.install({});
-        widget.fed(0, nullptr);
-        // Fed to the widget only: the sequence has not taken it.
-        widget.fed(0, item.get());
-        QCOMPARE(widget.amplitudeRange(0), (QPair<double, double>(0, 0)));
     }
 
     void repaintsOnlyTouchedColumns()

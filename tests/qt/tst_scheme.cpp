@@ -61,25 +61,6 @@ private slots:
         const double minor = contrastOf(scheme.records.gridMinor);
         QVERIFY(minor > 1.05 && minor < major && major < 3);
     }
-
-    void keepsSizesWhenPaletteChanges()
-    {
-        Scheme scheme(palette(Qt::white, Qt::black));
-        scheme.records.lineWidth = 3;
-        scheme.setPalette(palette(Qt::black, Qt::white));
-        QCOMPARE(scheme.records.background, QColor(Qt::black));
-        QCOMPARE(scheme.records.lineWidth, 3);
-    }
-
-    void followsPaletteWithoutApplicationObject()
-    {
-        const QPalette before = QApplication::palette();
-        QApplication::setPalette(palette(Qt::black, Qt::white));
-        QVERIFY(Scheme::Current().isDark());
-        QApplication::setPalette(palette(Qt::white, Qt::black));
-        QVERIFY(!Scheme::Current().isDark());
-        QApplication::setPalette(before);
-    }
 };
 
 QTEST_MAIN(SchemeTest)

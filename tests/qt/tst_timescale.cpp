@@ -63,20 +63,6 @@ private slots:
         }
     }
 
-    void stepsDivideEachOther()
-    {
-        for (double distance = 1E-6; distance < 1E12; distance *= 1.05) {
-            double major = 0;
-            double minor = 0;
-            roundTimeDistance(distance, major, minor);
-            QVERIFY(major >= distance * 0.999999 && major <= distance * 2.6);
-            const double parts = major / minor;
-            QVERIFY(std::abs(parts - std::round(parts)) < 1E-6);
-            const double steps = major > Day ? major / Day : Day / major;
-            QVERIFY2(std::abs(steps / std::round(steps) - 1) < 1E-9, QByteArray::number(major));
-        }
-    }
-
     void writesSpans()
     {
         const struct
@@ -175,16 +161,6 @@ private slots:
                     QVERIFY2(labels[k].text != labels[k - 1].text, what);
             }
         }
-    }
-
-    void offsetFollowsAlignment()
-    {
-        Scale scale("2024-01-05T00:00:00Z", 0, 600);
-        scale.setAlignment(time("2024-01-05T10:11:12.5Z"));
-        QCOMPARE(scale.offset(), 36672.5);
-        scale.setAbsoluteTimeEnabled(false);
-        QCOMPARE(scale.offset(), 0.0);
-        QCOMPARE(scale.texts(0).mid(0, 2), QStringList({"+2:00", "+4:00"}));
     }
 
     void showsLocalTimeBesideUtc()

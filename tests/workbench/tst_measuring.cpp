@@ -10,10 +10,7 @@
 #include <tellarix/qt/records/recordwidget.h>
 
 #include <QAction>
-#include <QClipboard>
-#include <QGuiApplication>
 #include <QScrollArea>
-#include <QScrollBar>
 #include <QtTest>
 
 #include <cmath>
@@ -226,20 +223,6 @@ private slots:
         QVERIFY(std::abs(bench.overlay()->marks().anchor - lineAt(5)) <= 2);
     }
 
-    void panelGoesWithItsRow()
-    {
-        Bench bench;
-        bench.tool->setOn(true);
-        bench.drag(0, 10, 20);
-        QVERIFY(!bench.overlay()->marks().entries.isEmpty());
-        bench.view.setMinimumRowHeight(300);
-        QScrollBar *bar = bench.area()->verticalScrollBar();
-        QTRY_VERIFY(bar->maximum() > 400);
-        bar->setValue(bar->maximum());
-        QVERIFY(bench.overlay()->marks().entries.isEmpty());
-        QVERIFY(!bench.overlay()->marks().isEmpty());
-    }
-
     void removedRowTakesItsCursors()
     {
         Bench bench;
@@ -250,19 +233,6 @@ private slots:
         QVERIFY(bench.tool->text().startsWith("row 2"));
         bench.drag(1, 10, 20);
         QVERIFY(bench.tool->text().startsWith("row 3"));
-    }
-
-    void copiesMeasurement()
-    {
-        Bench bench;
-        QVERIFY(!bench.tool->copyAction()->isEnabled());
-        bench.tool->setOn(true);
-        bench.drag(0, 10, 20);
-        bench.tool->setOn(false);
-        QTest::keyClick(&bench.view, Qt::Key_C, Qt::ControlModifier | Qt::ShiftModifier);
-        const QString copied = QGuiApplication::clipboard()->text();
-        QVERIFY(copied.startsWith(bench.tool->text()));
-        QVERIFY(copied.contains("2024-01-05T00:00:1"));
     }
 
     void tellsOfGap()
@@ -289,32 +259,6 @@ private slots:
         QVERIFY(isClose(bench.tool->measurement().peakToPeak, 0, 0.1));
         bench.view.setFilterEnabled(false);
         QVERIFY(isClose(bench.tool->measurement().peakToPeak, 4, 0.01));
-    }
-
-    void textsOfMeasurements()
-    {
-        const struct
-        {
-            double seconds, peakToPeak;
-            const char *unit;
-            QStringList values;
-        } cases[] = {
-            {12.3456, 1234.56, "nm", {"12.346 s", "0.081 Hz", "1234.6 nm", "0 nm"}},
-            {0.0125, 1.5E-7, "", {"0.0125 s", "80 Hz", "1.5e-07", "0"}},
-            {100, 1234567, "", {"100.000 s", "0.01 Hz", "1234567", "0"}},
-        };
-        for (const auto &item : cases) {
-            Measurement measurement;
-            measurement.span = Core::TimeSpan(item.seconds);
-            measurement.frequency = 1 / item.seconds;
-            measurement.peakToPeak = item.peakToPeak;
-            QCOMPARE(measurementEntries(measurement, item.unit).size(), 2);
-            measurement.count = 1;
-            QStringList texts;
-            for (const auto &entry : measurementEntries(measurement, item.unit))
-                texts.append(QString(entry.second).replace(QChar(0x202f), ' '));
-            QCOMPARE(texts, item.values);
-        }
     }
 
     void panelStaysInView()

@@ -1,14 +1,9 @@
-#include "exportactions.h"
 #include "pictureexport.h"
 #include "waveformtesting.h"
 
 #include <norvu/gui/multitracewidget.h>
 #include <tellarix/qt/records/timescale.h>
 
-#include <QAction>
-#include <QApplication>
-#include <QClipboard>
-#include <QMainWindow>
 #include <QPainter>
 #include <QSvgRenderer>
 
@@ -149,50 +144,6 @@ private slots:
         const QByteArray content = contentOf(path("all.pdf"));
         QVERIFY(content.startsWith("%PDF-"));
         QVERIFY(content.contains("/Count 1"));
-
-        const QRegularExpression box("/MediaBox \\[0 0 ([0-9.]+) ([0-9.]+)\\]");
-        const auto match = box.match(QString::fromLatin1(content.constData(), content.size()));
-        const QSize size = pictureOf(view, &error).size();
-        const QSizeF points = QSizeF(size) * 72.0 / view.logicalDpiX();
-        QVERIFY2(std::abs(match.captured(1).toDouble() - points.width()) < 1.5 &&
-                     std::abs(match.captured(2).toDouble() - points.height()) < 1.5,
-                 qPrintable(match.captured(0)));
-    }
-
-    void takesBackgroundOfPalette()
-    {
-        View view;
-        QPalette dark;
-        dark.setColor(QPalette::Base, QColor(20, 30, 40));
-        dark.setColor(QPalette::Text, Qt::white);
-        view.setPalette(dark);
-        QString error;
-        QCOMPARE(pictureOf(view, &error).pixelColor(2, 2), QColor(20, 30, 40));
-
-        QPalette ivory;
-        ivory.setColor(QPalette::Base, QColor(255, 255, 240));
-        ivory.setColor(QPalette::Text, Qt::black);
-        view.setPalette(ivory);
-        QCOMPARE(pictureOf(view, &error).pixelColor(2, 2), QColor(Qt::white));
-    }
-
-    void copiesPicture()
-    {
-        View view;
-        QMainWindow window;
-        ExportActions exports(&view, &window);
-        QSignalSpy done(&exports, SIGNAL(done(QString)));
-        QSignalSpy failed(&exports, SIGNAL(failed(QStringList)));
-        exports.actions().first()->trigger();
-        QString error;
-        QCOMPARE(QApplication::clipboard()->image().size(), pictureOf(view, &error).size());
-        QCOMPARE(done.size(), 1);
-
-        view.clear();
-        exports.actions().first()->trigger();
-        QCOMPARE(failed.size(), 1);
-        QVERIFY(failed[0][0].toStringList().first().contains("no rows"));
-        QCOMPARE(done.size(), 1);
     }
 
     void namesFileAndCause()

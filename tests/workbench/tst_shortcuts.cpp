@@ -24,18 +24,6 @@ QStringList listedKeys(const QVector<ShortcutGroup> &groups)
     return keys;
 }
 
-/** The texts of the rows that a dialog shows, with those of their headings. */
-QStringList shownTexts(const ShortcutsDialog &dialog)
-{
-    const auto *table = dialog.findChild<QTreeWidget *>();
-    QStringList texts;
-    for (QTreeWidgetItemIterator item(const_cast<QTreeWidget *>(table)); *item; ++item) {
-        if (!(*item)->isHidden())
-            texts.append((*item)->text((*item)->parent() ? 1 : 0));
-    }
-    return texts;
-}
-
 } // namespace
 
 class TestShortcuts : public QObject
@@ -114,21 +102,6 @@ private slots:
         QCOMPARE(window.findChildren<ShortcutsDialog *>().size(), 1);
         dialog->close();
         QTRY_VERIFY(window.findChildren<ShortcutsDialog *>().isEmpty());
-    }
-
-    void findsByActionAndKey()
-    {
-        MainWindow window;
-        ShortcutsDialog dialog(window);
-        auto *search = dialog.findChild<QLineEdit *>();
-        const QStringList all = shownTexts(dialog);
-        QTest::keyClicks(search, "copy PIC");
-        QCOMPARE(shownTexts(dialog), QStringList({"File", "Copy picture"}));
-        search->clear();
-        QTest::keyClicks(search, "ctrl+shift+p");
-        QCOMPARE(shownTexts(dialog), QStringList({"File", "Copy picture"}));
-        search->clear();
-        QCOMPARE(shownTexts(dialog), all);
     }
 };
 
