@@ -7,7 +7,7 @@
 namespace Tellarix {
 namespace DataModel {
 
-Network::Network(std::string code) : _code(std::move(code))
+Network::Network(std::string code) : InventoryObject(std::move(code))
 {}
 
 Network::~Network()

@@ -7,7 +7,7 @@
 namespace Tellarix {
 namespace DataModel {
 
-SensorLocation::SensorLocation(std::string code) : _code(std::move(code))
+SensorLocation::SensorLocation(std::string code) : InventorySite(std::move(code))
 {}
 
 SensorLocation::~SensorLocation()

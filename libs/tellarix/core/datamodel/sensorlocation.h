@@ -1,7 +1,7 @@
 #pragma once
 
 #include <tellarix/core/api.h>
-#include <tellarix/core/baseobject.h>
+#include <tellarix/core/datamodel/inventoryobject.h>
 
 #include <string>
 #include <vector>
@@ -13,25 +13,11 @@ class Station;
 class Stream;
 
 /** A place of a station at which sensors stand; its code is often empty. */
-class TELLARIX_CORE_API SensorLocation : public Core::BaseObject
+class TELLARIX_CORE_API SensorLocation : public InventorySite
 {
 public:
     explicit SensorLocation(std::string code = std::string());
     ~SensorLocation() override;
-
-    SensorLocation(const SensorLocation &) = delete;
-    SensorLocation &operator=(const SensorLocation &) = delete;
-
-    const std::string &code() const { return _code; }
-    void setCode(const std::string &code) { _code = code; }
-    /** Degrees, north and east positive. */
-    double latitude() const { return _latitude; }
-    void setLatitude(double latitude) { _latitude = latitude; }
-    double longitude() const { return _longitude; }
-    void setLongitude(double longitude) { _longitude = longitude; }
-    /** Metres above sea level. */
-    double elevation() const { return _elevation; }
-    void setElevation(double elevation) { _elevation = elevation; }
 
     /** The station that the location was added to, null if there is none. */
     Station *station() const { return _station; }
@@ -46,10 +32,6 @@ public:
 private:
     friend class Station;
 
-    std::string _code;
-    double _latitude{0};
-    double _longitude{0};
-    double _elevation{0};
     Station *_station{nullptr};
     std::vector<Core::SmartPointer<Stream>> _streams;
 };

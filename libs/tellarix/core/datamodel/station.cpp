@@ -7,7 +7,7 @@
 namespace Tellarix {
 namespace DataModel {
 
-Station::Station(std::string code) : _code(std::move(code))
+Station::Station(std::string code) : InventorySite(std::move(code))
 {}
 
 Station::~Station()

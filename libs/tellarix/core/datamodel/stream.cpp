@@ -5,7 +5,7 @@
 namespace Tellarix {
 namespace DataModel {
 
-Stream::Stream(std::string code) : _code(std::move(code))
+Stream::Stream(std::string code) : InventoryObject(std::move(code))
 {}
 
 Stream::~Stream() = default;

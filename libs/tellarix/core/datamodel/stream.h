@@ -1,8 +1,7 @@
 #pragma once
 
 #include <tellarix/core/api.h>
-#include <tellarix/core/baseobject.h>
-#include <tellarix/core/timewindow.h>
+#include <tellarix/core/datamodel/inventoryobject.h>
 
 #include <string>
 
@@ -12,18 +11,13 @@ namespace DataModel {
 class SensorLocation;
 
 /** A stream of waveforms: one component of a sensor, for some time. */
-class TELLARIX_CORE_API Stream : public Core::BaseObject
+class TELLARIX_CORE_API Stream : public InventoryObject
 {
 public:
     /** @param code  channel code such as "BHZ" */
     explicit Stream(std::string code = std::string());
     ~Stream() override;
 
-    Stream(const Stream &) = delete;
-    Stream &operator=(const Stream &) = delete;
-
-    const std::string &code() const { return _code; }
-    void setCode(const std::string &code) { _code = code; }
     /** Counts per gainUnit(); 0 if unknown. */
     double gain() const { return _gain; }
     void setGain(double gain) { _gain = gain; }
@@ -45,13 +39,6 @@ public:
     void setAzimuth(double azimuth) { _azimuth = azimuth; }
     double dip() const { return _dip; }
     void setDip(double dip) { _dip = dip; }
-    /** When the stream is in operation; an invalid end means until further notice. */
-    const Core::TimeWindow &epoch() const { return _epoch; }
-    void setEpoch(const Core::TimeWindow &epoch) { _epoch = epoch; }
-    Core::Time start() const { return _epoch.startTime(); }
-    void setStart(Core::Time start) { _epoch.setStartTime(start); }
-    Core::Time end() const { return _epoch.endTime(); }
-    void setEnd(Core::Time end) { _epoch.setEndTime(end); }
 
     /** The sensor location that the stream was added to, null if there is none. */
     SensorLocation *sensorLocation() const { return _location; }
@@ -59,7 +46,6 @@ public:
 private:
     friend class SensorLocation;
 
-    std::string _code;
     std::string _gainUnit;
     double _gain{0};
     int _samplingRateNumerator{0};
@@ -67,7 +53,6 @@ private:
     double _depth{0};
     double _azimuth{0};
     double _dip{0};
-    Core::TimeWindow _epoch;
     SensorLocation *_location{nullptr};
 };
 

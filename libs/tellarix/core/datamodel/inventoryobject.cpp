@@ -1,0 +1,16 @@
+#include <tellarix/core/datamodel/inventoryobject.h>
+
+#include <utility>
+
+namespace Tellarix {
+namespace DataModel {
+
+InventoryObject::InventoryObject(std::string code) : _code(std::move(code))
+{}
+
+InventoryObject::~InventoryObject() = default;
+
+InventorySite::~InventorySite() = default;
+
+} // namespace DataModel
+} // namespace Tellarix
