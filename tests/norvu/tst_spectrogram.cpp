@@ -507,6 +507,13 @@ void SpectrogramTest::keepsLatestColumnsInRing()
     ring->setMaximumSeconds(1.0);
     std::for_each(pushes.begin(), pushes.end(), push);
     QTEST(sourcesOf(*ring, *all), "sources");
+
+    // Columns that a raised limit adds elsewhere than at the head are zero.
+    const auto kept = matrixOf(*ring);
+    ring->setMaximumSeconds(2.0);
+    push(1);
+    QVERIFY(std::all_of(ring->data() + kept.size(), ring->data() + 3 * size_t(ring->columns()),
+                        [&](double v) { return v == 0 || done - 1 == int(kept.size() / 3); }));
 }
 
 void SpectrogramTest::countsFirstFilteredSampleInRange()
@@ -652,6 +659,12 @@ void SpectrogramTest::runsBandsBesideTheSettings()
     mixed.initFrom(*more);
     mixed.setSamplingFrequency(20);
     QCOMPARE(mixed.rows(), 5);
+    mixed.pushData(1, samples.data() + 1);
+    mixed.reset();
+    mixed.pushData(1, samples.data());
+    QCOMPARE(matrixOf(mixed), std::vector<double>(5, samples[0]));
+    mixed.reset();
+    mixed.setSamplingFrequency(20);
     mixed.pushData(700, samples.data());
     mixed.pushData(1300, samples.data() + 700);
     const Signal x(samples.begin(), samples.end());

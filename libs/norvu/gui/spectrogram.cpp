@@ -80,6 +80,15 @@ FilterBank::Band bandOf(const InPlaceFilter<T> &filter, double samplingFrequency
             static_cast<double>(scaled.gain()), samplesIn(average->length())};
 }
 
+/** A clone without a sampling frequency. */
+template <typename T>
+InPlaceFilter<T> *freshClone(const InPlaceFilter<T> &filter)
+{
+    InPlaceFilter<T> *clone = filter.clone();
+    clone->setSamplingFrequency(0);
+    return clone;
+}
+
 } // namespace
 
 template <typename T>
@@ -117,7 +126,7 @@ void Spectrogram<T>::initFrom(const Spectrogram<T> &other)
     clearData();
     _settings = other._settings;
     for (const InPlaceFilter<T> *filter : other._filters)
-        _filters.push_back(filter->clone());
+        _filters.push_back(freshClone(*filter));
     _rows = static_cast<int>(_filters.size());
     resetted();
 }
@@ -301,9 +310,12 @@ void Spectrogram<T>::pushData(int n, const T *samples)
         _head %= newColumns;
         wrapped = true;
     }
+    const size_t rows = static_cast<size_t>(_rows);
+    // Only a ring whose limit was raised grows elsewhere than at its head.
+    if (newColumns > _columns && _head != _columns)
+        std::fill(_data + _columns * rows, _data + newColumns * rows, T(0));
     _columns = newColumns;
 
-    const size_t rows = static_cast<size_t>(_rows);
     const MatrixColumns<T> target{_data, rows, static_cast<size_t>(newColumns),
                                   static_cast<size_t>(_head), static_cast<size_t>(skip)};
     ValueRange range;
@@ -326,7 +338,7 @@ void Spectrogram<T>::reset()
     resetData();
     _bank->clear();
     for (InPlaceFilter<T> *&filter : _filters) {
-        InPlaceFilter<T> *clone = filter->clone();
+        InPlaceFilter<T> *clone = freshClone(*filter);
         delete filter;
         filter = clone;
     }
