@@ -54,78 +54,81 @@ void mixColumn(const ColumnMix<T> &column, int rows, T *tile)
     }
 }
 
-/** Values of a line, as many as there are lanes for doubles. */
-template <typename T>
-struct LineValues
-{
-    using Tag = hn::Rebind<T, hn::ScalableTag<double>>;
-    using Vector = hn::VFromD<Tag>;
-
-    LineValues(const LineMix<T> &line, const T *tile)
-        : lower(tile + line.row * TileStride), isMixed(line.mixed),
-          lowerWeight(hn::Set(Tag(), line.lowerWeight)),
-          upperWeight(hn::Set(Tag(), line.upperWeight)), perWeight(hn::Set(Tag(), PerWeight<T>))
-    {}
-
-    Vector at(int x) const
-    {
-        const auto value = hn::LoadU(Tag(), lower + x);
-        if (!isMixed)
-            return value;
-        const auto upper = hn::LoadU(Tag(), lower + TileStride + x);
-        return hn::Mul(hn::Add(hn::Mul(value, lowerWeight), hn::Mul(upper, upperWeight)),
-                       perWeight);
-    }
-
-    const T *lower;
-    bool isMixed;
-    Vector lowerWeight;
-    Vector upperWeight;
-    Vector perWeight;
-};
-
-/** Colours values. What no int can hold and what is no number has the first colour. */
-struct Colors
+/** Entries of the table for values in double. What no int can hold and what is no number has the
+ *  first one. */
+struct Indices
 {
     using Tag = hn::ScalableTag<double>;
     using IndexTag = hn::Rebind<int32_t, Tag>;
-    using PixelTag = hn::Rebind<uint32_t, Tag>;
 
-    template <typename Vector>
-    auto of(Vector values) const
+    explicit Indices(const PixelTable &table)
+        : minKey(hn::Set(Tag(), table.minKey)), scale(hn::Set(Tag(), table.scale)),
+          last(hn::Set(Tag(), table.size - 1.0))
+    {}
+
+    void store(hn::VFromD<Tag> values, int32_t *indices) const
     {
-        const Tag tag;
-        auto index = [&] {
-            if constexpr (sizeof(hn::TFromV<Vector>) == sizeof(double))
-                return values;
-            else
-                return hn::PromoteTo(tag, values);
-        }();
-        index = hn::Mul(hn::Sub(index, hn::Set(tag, table.minKey)), hn::Set(tag, table.scale));
-        index = hn::IfThenElseZero(hn::Lt(index, hn::Set(tag, 2147483648.0)), index);
-        index = hn::Min(hn::Max(index, hn::Zero(tag)), hn::Set(tag, table.size - 1.0));
-        return hn::GatherIndex(PixelTag(), table.pixels, hn::DemoteTo(IndexTag(), index));
+        auto index = hn::Mul(hn::Sub(values, minKey), scale);
+        index = hn::IfThenElseZero(hn::Lt(index, hn::Set(Tag(), 2147483648.0)), index);
+        index = hn::Min(hn::Max(index, hn::Zero(Tag())), last);
+        hn::StoreU(hn::DemoteTo(IndexTag(), index), IndexTag(), indices);
     }
 
-    const PixelTable table;
+    hn::VFromD<Tag> minKey;
+    hn::VFromD<Tag> scale;
+    hn::VFromD<Tag> last;
 };
+
+inline void storeIndices(const Indices &table, hn::VFromD<hn::ScalableTag<double>> values,
+                         int32_t *indices)
+{
+    table.store(values, indices);
+}
+
+#if HWY_TARGET != HWY_SCALAR
+inline void storeIndices(const Indices &table, hn::VFromD<hn::ScalableTag<float>> values,
+                         int32_t *indices)
+{
+    const Indices::Tag tag;
+    const hn::Rebind<float, Indices::Tag> half;
+    table.store(hn::PromoteTo(tag, hn::LowerHalf(half, values)), indices);
+    table.store(hn::PromoteTo(tag, hn::UpperHalf(half, values)), indices + hn::Lanes(tag));
+}
+#else
+inline void storeIndices(const Indices &table, hn::VFromD<hn::ScalableTag<float>> values,
+                         int32_t *indices)
+{
+    table.store(hn::PromoteTo(Indices::Tag(), values), indices);
+}
+#endif
 
 template <typename T>
 void drawLine(const LineMix<T> &line, const T *tile, int width, const PixelTable &table,
               unsigned int *pixels)
 {
-    const LineValues<T> values(line, tile);
-    const Colors colors{table};
-    const Colors::PixelTag tag;
+    const hn::ScalableTag<T> tag;
     const auto lanes = static_cast<int>(hn::Lanes(tag));
-    int x = 0;
-    for (; x + lanes <= width; x += lanes)
-        hn::StoreU(colors.of(values.at(x)), tag, pixels + x);
-    if (x == width)
-        return;
-    HWY_ALIGN uint32_t rest[hn::MaxLanes(tag)];
-    hn::Store(colors.of(values.at(x)), tag, rest);
-    std::copy_n(rest, width - x, pixels + x);
+    const auto lowerWeight = hn::Set(tag, line.lowerWeight);
+    const auto upperWeight = hn::Set(tag, line.upperWeight);
+    const auto perWeight = hn::Set(tag, PerWeight<T>);
+    const Indices entries(table);
+    const T *lower = tile + line.row * TileStride;
+    const T *upper = line.mixed ? lower + TileStride : lower;
+
+    HWY_ALIGN int32_t indices[TileStride];
+    for (int x = 0; x < width; x += lanes) {
+        auto values = hn::LoadU(tag, lower + x);
+        if (line.mixed) {
+            const auto upperValues = hn::LoadU(tag, upper + x);
+            values =
+                hn::Mul(hn::Add(hn::Mul(values, lowerWeight), hn::Mul(upperValues, upperWeight)),
+                        perWeight);
+        }
+        storeIndices(entries, values, indices + x);
+    }
+    // Single loads: gathers take a quarter longer in all.
+    for (int x = 0; x < width; ++x)
+        pixels[x] = table.pixels[indices[x]];
 }
 
 template <typename T>
