@@ -31,6 +31,10 @@ enum Column
     ColumnCount,
 };
 
+// Size of the table's dialog in lines of text.
+constexpr int TableWidth = 24;
+constexpr int TableHeight = 20;
+
 /** Knows its result before it is hidden, which is when a delegate asks for it. */
 class NoHideColorDialog : public QColorDialog
 {
@@ -368,6 +372,7 @@ void GradientEditor::openList()
     fillTable(*table);
     layout->addWidget(table);
     addButtons(dialog, *layout, tr("OK"), tr("Cancel"));
+    dialog.resize(TableWidth * fontMetrics().height(), TableHeight * fontMetrics().height());
     if (dialog.exec() == QDialog::Accepted)
         applyTable(*table);
 }
