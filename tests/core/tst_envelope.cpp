@@ -155,7 +155,7 @@ void EnvelopeTest::fineColumnsAreExact()
     std::mt19937 random(11);
     RingBuffer records(0);
     feedRecords(records, random, 10, 6000, 0);
-    for (const double scale : {20.0, 3.0, 0.3}) {
+    for (const double scale : {20.0, 3.0, 0.6}) {
         const Envelope envelope =
             makeEnvelope(records, window(70 + OffGrid, 70 + OffGrid + 100 / scale), scale);
         QCOMPARE(columnsOf(envelope, 100), plainColumns(records, 70 + OffGrid, 0, 100, scale));

@@ -163,6 +163,10 @@ void blockRunOf(const T *samples, int first, int last, int firstBlock, int lastB
         maximum = *std::max_element(blockMaxima + firstBlock, blockMaxima + lastBlock);
     }
 
+    const bool isWhole = first == firstBlock * ExtremaBlock && last <= lastBlock * ExtremaBlock;
+    if (isWhole)
+        return;
+
     // Always a whole block of vectors at each end, some of them more than once, so that there is no
     // branch that can't be foreseen. What they cover beyond the ends lies in the run as well.
     const int headLast = std::min(std::max(first, firstBlock * ExtremaBlock - width), last - width);
@@ -209,7 +213,7 @@ void runsOf(const T *samples, size_t n, const int *edges, size_t runs, T *minima
             extremaOf(samples + first, static_cast<size_t>(last - first), minima[i], maxima[i]);
             continue;
         }
-        if (i + Ahead < runs)
+        if (i + Ahead < runs && edges[i + Ahead] % ExtremaBlock)
             prefetchBlock(samples, edges[i + Ahead]);
         blockRunOf(samples, first, last, firstBlock, lastBlock, blockMinima, blockMaxima, minima[i],
                    maxima[i]);

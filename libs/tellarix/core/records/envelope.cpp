@@ -15,7 +15,7 @@ constexpr double DenseSamples = 2;
 /** Longest record in pixels that counts to one column as a whole. */
 constexpr double SnappedRecord = 0.5;
 /** Blocks per pixel from which on column edges are moved to block edges. */
-constexpr double SnappedBlocks = 8;
+constexpr double SnappedBlocks = 3;
 /** Ends of stretches that are remembered while others are drawn over them. */
 constexpr size_t RememberedTails = 4;
 /** Columns for which room is made beforehand. */
@@ -224,7 +224,7 @@ void EnvelopeBuilder::prefetch(int index, int last) const
     if (!record->data() || !(spacing >= DenseSamples))
         return;
     const double x = xOf(_records.spans()[index + SamplesAhead].start);
-    record->data()->prefetchRuns((columnAt(x) + 1 - x) * spacing, spacing);
+    record->data()->prefetchRuns((columnAt(x) + 1 - x) * spacing, spacing, _grid.alignment);
 }
 
 /** Divisions that need not be done for each record. */

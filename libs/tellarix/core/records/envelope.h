@@ -56,7 +56,7 @@ enum class EnvelopeDetail
  *
  * A stretch goes on to the sample before and behind the window; where these stand farther than one
  * pixel outside, the line is cut there. Records of at most half a pixel count as a whole to the
- * column of their middle, and blocks of samples shorter than an eighth of a pixel to the column in
+ * column of their middle, and blocks of samples shorter than a third of a pixel to the column in
  * which most of them lies: so the cost goes with the number of columns and of records in the
  * window, of which runs of LevelRatio and more count as one where they are short enough, and not
  * with the number of samples. Records without a rate and text show nothing.

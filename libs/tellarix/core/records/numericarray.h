@@ -106,9 +106,10 @@ public:
      * Fetches into the cache what summarizeRuns() will read for runs that border on each other at
      * samples @p firstEdge, @p firstEdge + @p spacing and so on; of long arrays only the begin.
      * Takes effect some hundred nanoseconds later.
-     * @param spacing  above 0
+     * @param spacing    above 0
+     * @param alignment  power of two, to multiples of which borders are rounded
      */
-    virtual void prefetchRuns(double firstEdge, double spacing) const = 0;
+    virtual void prefetchRuns(double firstEdge, double spacing, int alignment) const = 0;
 
     /** Index of the first sample from @p first up to @p last that is not finite; the end of the
      *  range, cut to the array, if all are. Skips whole blocks with the pyramid. */

@@ -472,7 +472,7 @@ void TypedArray<T>::summarizeRuns(const int *edges, int count, SampleRun *runs) 
 }
 
 template <typename T>
-void TypedArray<T>::prefetchRuns(double firstEdge, double spacing) const
+void TypedArray<T>::prefetchRuns(double firstEdge, double spacing, int alignment) const
 {
     constexpr int MostEdges = 8;
     constexpr int Line = 64 / sizeof(T);
@@ -483,10 +483,15 @@ void TypedArray<T>::prefetchRuns(double firstEdge, double spacing) const
     hwy::Prefetch(blocks.maxima);
     hwy::Prefetch(_samples);
     hwy::Prefetch(_samples + _size - 1);
-    for (int i = 0; i < MostEdges && firstEdge < _size; ++i, firstEdge += spacing) {
+    // Of whole blocks nothing but the first sample and the one before it is read.
+    const bool isSnapped = alignment >= BlockSize;
+    const double shift = isSnapped ? 0.5 * alignment : 0;
+    const int multiple = isSnapped ? alignment : BlockSize;
+    for (int i = 0; i < MostEdges && firstEdge + shift < _size; ++i, firstEdge += spacing) {
         const T *block =
-            _samples + static_cast<int>(std::max(0.0, firstEdge)) / BlockSize * BlockSize;
-        for (int k = 0; k < BlockSize; k += Line)
+            _samples + static_cast<int>(std::max(0.0, firstEdge + shift)) / multiple * multiple;
+        hwy::Prefetch(block);
+        for (int k = Line; k < BlockSize && !isSnapped; k += Line)
             hwy::Prefetch(block + k);
     }
 }

@@ -57,7 +57,7 @@ public:
     using NumericArray::summary;
     bool extrema(int first, int last, double &minimum, double &maximum) const override;
     void summarizeRuns(const int *edges, int count, SampleRun *runs) const override;
-    void prefetchRuns(double firstEdge, double spacing) const override;
+    void prefetchRuns(double firstEdge, double spacing, int alignment) const override;
     int firstNonFinite(int first, int last) const override;
     int lastNonFinite(int first, int last) const override;
     void convert(int first, int last, float *target) const override;
