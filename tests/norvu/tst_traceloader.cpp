@@ -132,18 +132,13 @@ class TraceLoaderTest : public QObject
 private slots:
     void init();
     void loadsBoundStreams();
-    void putsRecordsIntoSlotOfBinding();
-    void putsRecordsIntoTargetSlot();
-    void leavesRequestedRowsAlone();
+    void putsRecordsIntoSlots_data();
+    void putsRecordsIntoSlots();
+    void tellsWhatCanNotBeLoaded();
     void warnsOfInvalidStreamIds();
-    void emptyViewIsLoadedAtOnce();
-    void tellsWhatCanNotBeConnected();
     void showsProgressAndEndsByCancel();
-    void dropsRecordsWithoutEnd();
     void releasesRecords();
     void readsFileIntoNewRows();
-    void fileRowsNeedTargetSlot();
-    void tellsWhatCanNotBeOpened();
 };
 
 void TraceLoaderTest::init()
@@ -171,57 +166,61 @@ void TraceLoaderTest::loadsBoundStreams()
     QCOMPARE(colors(view), QList<QColor>({Qt::green, Qt::red, Qt::red}));
     QCOMPARE(view.emptyDataSlots(), 3);
     QVERIFY(!loader.wasCancelled());
-
-    FakeStream::records = {makeRecord("XX.B..BHZ", 0, 10)};
-    QVERIFY(loader.load(&view, window(0, 100)));
-    QCOMPARE(colors(view), QList<QColor>({Qt::red, Qt::green, Qt::red}));
 }
 
-void TraceLoaderTest::putsRecordsIntoSlotOfBinding()
+void TraceLoaderTest::putsRecordsIntoSlots_data()
 {
+    QTest::addColumn<int>("target");
+    QTest::addColumn<Tellarix::Core::TimeWindow>("first");
+    QTest::addColumn<Tellarix::Core::TimeWindow>("third");
+    QTest::newRow("of their binding") << -1 << window(20, 30) << window(0, 10);
+    QTest::newRow("that is the target") << 2 << Tellarix::Core::TimeWindow() << window(0, 30);
+}
+
+void TraceLoaderTest::putsRecordsIntoSlots()
+{
+    QFETCH(int, target);
     TraceView view;
-    view.addItem(makeRow("A"));
+    view.setItems({makeRow("A"), makeRow("subscribed")});
     view.bindItem("XX.A..BHZ", view.itemAt(0), 0);
     view.bindItem("XX.A..BHE", view.itemAt(0), 2);
-    FakeStream::records = {makeRecord("XX.A..BHE", 0, 10), makeRecord("XX.A..BHZ", 20, 30)};
+    view.bindItem("XX.S..BHE", view.itemAt(1), 0);
+    view.subscribedToData(view.itemAt(1));
+    // A record without a rate has no end.
+    const Tellarix::RecordPtr endless(new Tellarix::Record(
+        Tellarix::StreamCodes::FromID("XX.A..BHZ"), timeAt(0), 0, new Tellarix::IntArray(5)));
+    FakeStream::records = {makeRecord("XX.A..BHE", 0, 10), makeRecord("XX.A..BHZ", 20, 30),
+                           endless};
 
     TraceLoader loader("fake://");
-    loader.setTargetSlot(-1);
+    loader.setTargetSlot(target);
     QVERIFY(loader.load(&view, window(0, 100)));
+    QCOMPARE(FakeStream::streams, QStringList({"XX/A//BHE", "XX/A//BHZ"}));
     const auto *widget = view.itemAt(0)->recordWidget();
-    QVERIFY(widget->records(0)->timeWindow() == window(20, 30));
-    QVERIFY(widget->records(2)->timeWindow() == window(0, 10));
+    const auto windowOf = [widget](int slot) {
+        const auto *records = widget->records(slot);
+        return records->isEmpty() ? Tellarix::Core::TimeWindow() : records->timeWindow();
+    };
+    QTEST(windowOf(0), "first");
+    QTEST(windowOf(2), "third");
 }
 
-void TraceLoaderTest::putsRecordsIntoTargetSlot()
+void TraceLoaderTest::tellsWhatCanNotBeLoaded()
 {
     TraceView view;
+    bool isLoaded = true;
+    TraceFileLoader fileLoader("/no/such/file.mseed");
+    QCOMPARE(messageOf([&] { isLoaded = fileLoader.load(&view, window(0, 1)); }),
+             QString("Error: Could not open file:///no/such/file.mseed"));
+    QVERIFY(!isLoaded);
+
+    TraceLoader loader("fake://unreachable");
+    QVERIFY(loader.load(&view, window(0, 1)));
     view.addItem(makeRow("A"));
     view.bindItem("XX.A..BHZ", view.itemAt(0), 0);
-    view.bindItem("XX.A..BHE", view.itemAt(0), 1);
-    FakeStream::records = {makeRecord("XX.A..BHZ", 0, 10), makeRecord("XX.A..BHE", 20, 30)};
-
-    TraceLoader loader("fake://");
-    loader.setTargetSlot(1);
-    QVERIFY(loader.load(&view, window(0, 100)));
-    const auto *widget = view.itemAt(0)->recordWidget();
-    QVERIFY(widget->records(0)->isEmpty());
-    QVERIFY(widget->records(1)->timeWindow() == window(0, 30));
-    QCOMPARE(colors(view), QList<QColor>({Qt::green}));
-}
-
-void TraceLoaderTest::leavesRequestedRowsAlone()
-{
-    TraceView view;
-    view.setItems({makeRow("A", makeRecord("XX.A..BHZ", 0, 10)), makeRow("B")});
-    view.bindItem("XX.A..BHZ", view.itemAt(0), 0);
-    view.bindItem("XX.B..BHZ", view.itemAt(1), 0);
-    view.subscribedToData(view.itemAt(0));
-
-    TraceLoader loader("fake://");
-    QVERIFY(loader.load(&view, window(0, 100)));
-    QCOMPARE(FakeStream::streams, QStringList("XX/B//BHZ"));
-    QVERIFY(!view.itemAt(0)->recordWidget()->records(0)->isEmpty());
+    QCOMPARE(messageOf([&] { isLoaded = loader.load(&view, window(0, 1)); }),
+             QString("Error: Could not connect to fake://unreachable"));
+    QVERIFY(!isLoaded);
 }
 
 void TraceLoaderTest::warnsOfInvalidStreamIds()
@@ -232,41 +231,9 @@ void TraceLoaderTest::warnsOfInvalidStreamIds()
     view.bindItem("XX.B..BHZ", view.itemAt(1), 5000);
     QTest::ignoreMessage(QtWarningMsg, "Invalid stream id: XX.A.BHZ");
     QTest::ignoreMessage(QtWarningMsg, "Failed to allocate trace");
-    FakeStream::waits = true;
-    QList<QColor> waiting;
-    whenLoading(
-        &view, [] { return FakeStream::isOpen.load(); },
-        [&](QProgressDialog *) {
-            waiting = colors(view);
-            FakeStream::waits = false;
-            QApplication::activeModalWidget()->close();
-        });
-
     TraceLoader loader("fake://");
     QVERIFY(loader.load(&view, window(0, 100)));
     QCOMPARE(FakeStream::streams, QStringList());
-    QVERIFY(view.itemAt(0)->recordWidget()->records(0)->isEmpty());
-    QCOMPARE(waiting, QList<QColor>({Qt::black, Qt::black}));
-}
-
-void TraceLoaderTest::emptyViewIsLoadedAtOnce()
-{
-    TraceView view;
-    TraceLoader loader("fake://unreachable");
-    QVERIFY(loader.load(&view, window(0, 100)));
-}
-
-void TraceLoaderTest::tellsWhatCanNotBeConnected()
-{
-    TraceView view;
-    view.addItem(makeRow("A"));
-    view.bindItem("XX.A..BHZ", view.itemAt(0), 0);
-    TraceLoader loader("fake://unreachable");
-    bool isLoaded = true;
-    const QString message = messageOf([&] { isLoaded = loader.load(&view, window(0, 1)); });
-    QCOMPARE(message, QString("Error: Could not connect to fake://unreachable"));
-    QVERIFY(!isLoaded);
-    QCOMPARE(colors(view), QList<QColor>({Qt::black}));
 }
 
 void TraceLoaderTest::showsProgressAndEndsByCancel()
@@ -306,21 +273,6 @@ void TraceLoaderTest::showsProgressAndEndsByCancel()
     QVERIFY(!FakeStream::isOpen);
 }
 
-void TraceLoaderTest::dropsRecordsWithoutEnd()
-{
-    TraceView view;
-    view.addItem(makeRow("A"));
-    view.bindItem("XX.A..BHZ", view.itemAt(0), 0);
-    Tellarix::Core::SmartPointer<Tellarix::IntArray> samples(new Tellarix::IntArray(5));
-    FakeStream::records = {RecordPtr(
-        new Tellarix::Record(Tellarix::StreamCodes::FromID("XX.A..BHZ"), timeAt(0), 0, samples))};
-    QVERIFY(!FakeStream::records[0]->hasEndTime());
-
-    TraceLoader loader("fake://");
-    QVERIFY(loader.load(&view, window(0, 100)));
-    QVERIFY(view.itemAt(0)->recordWidget()->records(0)->isEmpty());
-}
-
 void TraceLoaderTest::releasesRecords()
 {
     TraceLoader loader("fake://");
@@ -351,47 +303,20 @@ void TraceLoaderTest::readsFileIntoNewRows()
     TraceView view;
     view.setAlignment(timeAt(1000));
     TraceFileLoader loader(name.toStdString());
-    QVERIFY(loader.parent() == nullptr);
+    loader.setTargetSlot(-1);
+    QVERIFY(loader.load(&view, Tellarix::Core::TimeWindow()));
+    QCOMPARE(view.count(), 0);
+    loader.setTargetSlot(3);
     QVERIFY(loader.load(&view, Tellarix::Core::TimeWindow()));
     QCOMPARE(labels(view.items()), QStringList({"XX.A.00.BHZ", "XX.B..BHN"}));
-    QCOMPARE(view.itemAt(0)->data(TraceLocationCode).toString(), QString("00"));
+    QVERIFY(view.itemAt(0)->recordWidget()->records(0) == nullptr);
+    QVERIFY(view.itemAt(0)->recordWidget()->records(3) != nullptr);
     QCOMPARE(view.itemAt(1)->data(TraceChannelCode).toString(), QString("BHN"));
     QVERIFY(view.coveredTimeWindow() == window(1000, 1200));
     QVERIFY(view.itemBoundTo("XX.B..BHN") == view.itemAt(1));
     QCOMPARE(colors(view), QList<QColor>({Qt::green, Qt::green}));
     QVERIFY(view.itemAt(0)->recordWidget()->alignment() == timeAt(1000));
     QCOMPARE(loader.messages().size(), 1);
-}
-
-void TraceLoaderTest::fileRowsNeedTargetSlot()
-{
-    QTemporaryDir folder;
-    QFile file(folder.filePath("one.mseed"));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QVERIFY(Tellarix::Formats::MiniSeedWriter(&file).write(*makeRecord("XX.A..BHZ", 0, 50)));
-    file.close();
-
-    TraceView view;
-    TraceFileLoader loader(file.fileName().toStdString());
-    loader.setTargetSlot(-1);
-    QVERIFY(loader.load(&view, Tellarix::Core::TimeWindow()));
-    QCOMPARE(view.count(), 0);
-
-    loader.setTargetSlot(3);
-    QVERIFY(loader.load(&view, Tellarix::Core::TimeWindow()));
-    QCOMPARE(view.count(), 1);
-    QVERIFY(view.itemAt(0)->recordWidget()->records(3) != nullptr);
-    QVERIFY(view.itemAt(0)->recordWidget()->records(0) == nullptr);
-}
-
-void TraceLoaderTest::tellsWhatCanNotBeOpened()
-{
-    TraceView view;
-    TraceFileLoader loader("/no/such/file.mseed");
-    bool isLoaded = true;
-    const QString message = messageOf([&] { isLoaded = loader.load(&view, window(0, 1)); });
-    QCOMPARE(message, QString("Error: Could not open file:///no/such/file.mseed"));
-    QVERIFY(!isLoaded);
 }
 
 QTEST_MAIN(TraceLoaderTest)
