@@ -16,9 +16,7 @@ class TestGradients : public QObject
     Q_OBJECT
 
 private slots:
-    void haveTheirKeys_data();
-    void haveTheirKeys();
-    void registryIsSorted();
+    void registryHoldsAllGradients();
     void mixesBetweenStops_data();
     void mixesBetweenStops();
     void stretchesKeys();
@@ -26,48 +24,18 @@ private slots:
     void tableClampsAndTruncates();
     void tableHoldsTheGradient();
     void tableSurvivesOneStopAndCopies();
-    void buttonTextCanBeRead_data();
     void buttonTextCanBeRead();
-    void generatesColors();
 };
 
-void TestGradients::haveTheirKeys_data()
+void TestGradients::registryHoldsAllGradients()
 {
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<int>("stops");
-    QTest::addColumn<double>("last");
-    QTest::addColumn<QColor>("middle");
-
-    QTest::newRow("fades out") << "Default" << 6 << 1.0 << QColor(0, 0, 255, 128);
-    QTest::newRow("sevenths") << "Inferno" << 8 << 1.0 << QColor(48, 7, 84);
-    QTest::newRow("skips a key") << "PuRd" << 8 << 8.0 << QColor(231, 225, 239);
-    QTest::newRow("hue wheel") << "Circle" << 13 << 12.0 << QColor(255, 128, 0);
-    QTest::newRow("tenths") << "Parula" << 11 << 1.0 << QColor(53, 42, 135);
-}
-
-void TestGradients::haveTheirKeys()
-{
-    QFETCH(QString, name);
-    QFETCH(int, stops);
-    QFETCH(double, last);
-    QFETCH(QColor, middle);
-
-    const Gradient *gradient = Gradients::Registry.value(name);
-    QVERIFY(gradient);
-    QCOMPARE(gradient->size(), stops);
-    QCOMPARE(gradient->firstKey(), 0.0);
-    QCOMPARE(gradient->lastKey(), last);
-    QCOMPARE(std::next(gradient->begin())->first, middle);
-    QVERIFY(!gradient->contains(7) || name == "Circle");
-}
-
-void TestGradients::registryIsSorted()
-{
-    QCOMPARE(
-        QStringList(Gradients::Registry.keys()),
-        QStringList({"BlackBody", "BlackWhite", "Blues", "BuPu", "Circle", "Default", "Inferno",
-                     "Parula", "Plasma", "PuRd", "RdYlBu", "Spectrum", "Viridis", "WhiteBlack"}));
-    QVERIFY(!Gradients::Registry.value("unknown"));
+    const auto &registry = Gradients::Registry;
+    QCOMPARE(registry.size(), 14);
+    QCOMPARE(registry.value("BlackBody"), &Gradients::BlackBody);
+    for (auto a = registry.begin(); a != registry.end(); ++a) {
+        for (auto b = std::next(a); b != registry.end(); ++b)
+            QVERIFY2(**a != **b, qPrintable(a.key() + " equals " + b.key()));
+    }
 }
 
 void TestGradients::mixesBetweenStops_data()
@@ -79,7 +47,6 @@ void TestGradients::mixesBetweenStops_data()
     const QColor low(0, 100, 200, 0);
     const QColor high(100, 0, 200, 255);
     QTest::newRow("below") << -5.0 << low << low;
-    QTest::newRow("first") << 2.0 << low << low;
     QTest::newRow("between") << 2.5 << QColor(25, 75, 200, 64) << low;
     QTest::newRow("last") << 4.0 << high << high;
     QTest::newRow("above") << 9.0 << high << high;
@@ -116,13 +83,10 @@ void TestGradients::tableClampsAndTruncates_data()
     QTest::addColumn<unsigned int>("entry");
 
     const double step = 10.0 / 1023;
-    QTest::newRow("first") << 5.0 << 0U;
     QTest::newRow("less than a step below") << 5.0 - 0.9 * step << 0U;
-    QTest::newRow("far below") << -1E6 << 0U;
     QTest::newRow("just below an entry") << 5.0 + 99.9 * step << 99U;
     QTest::newRow("just above an entry") << 5.0 + 100.1 * step << 100U;
     QTest::newRow("last") << 15.0 << 1023U;
-    QTest::newRow("above") << 20.0 << 1023U;
     QTest::newRow("beyond integers") << 1E300 << 0U;
     QTest::newRow("no number") << std::nan("") << 0U;
 }
@@ -164,35 +128,15 @@ void TestGradients::tableSurvivesOneStopAndCopies()
     QCOMPARE(copy.at(1), Gradients::Viridis.colorAt(1).rgba());
 }
 
-void TestGradients::buttonTextCanBeRead_data()
-{
-    QTest::addColumn<int>("grey");
-    QTest::addColumn<QColor>("text");
-
-    QTest::newRow("just dark") << 160 << QColor(Qt::white);
-    QTest::newRow("just light") << 161 << QColor(Qt::black);
-}
-
 void TestGradients::buttonTextCanBeRead()
 {
-    QFETCH(int, grey);
-    QFETCH(QColor, text);
-
-    QPushButton button;
-    setColor(&button, QColor(grey, grey, grey), true, Qt::red);
-    QCOMPARE(button.palette().color(QPalette::ButtonText), text);
-    QCOMPARE(button.palette().color(QPalette::Button), QColor(grey, grey, grey));
-    setColor(&button, QColor(grey, grey, grey), false, Qt::red);
-    QCOMPARE(button.palette().color(QPalette::Disabled, QPalette::ButtonText), QColor(Qt::red));
-}
-
-void TestGradients::generatesColors()
-{
-    QCOMPARE(generateColor(0, 200, 100).hue(), 0);
-    QCOMPARE(generateColor(1, 200, 100).hue(), 221);
-    QVERIFY(generateColorF(0, 0.5, 1).isValid());
-    QTest::ignoreMessage(QtWarningMsg, "QColor::fromHsvF: HSV parameters out of range");
-    QVERIFY(!generateColorF(1, 0.5, 1).isValid());
+    const auto textOn = [](int grey) {
+        QPushButton button;
+        setColor(&button, QColor(grey, grey, grey), true, Qt::red);
+        return button.palette().color(QPalette::ButtonText);
+    };
+    QCOMPARE(textOn(160), QColor(Qt::white));
+    QCOMPARE(textOn(161), QColor(Qt::black));
 }
 
 QTEST_MAIN(TestGradients)
