@@ -140,7 +140,6 @@ private slots:
     void spansFillWhatPolygonsFill();
     void statisticsEqualPlainScan();
     void ignoresSamplesThatAreNotFinite();
-    void findsAmplitudes_data();
     void findsAmplitudes();
 };
 
@@ -252,21 +251,10 @@ void MultiTraceWigglesTest::ignoresSamplesThatAreNotFinite()
     QCOMPARE(found.offset, 3.0);
 }
 
-void MultiTraceWigglesTest::findsAmplitudes_data()
-{
-    QTest::addColumn<int>("time");
-    QTest::addColumn<double>("expected");
-    QTest::newRow("before") << -1 << NaN;
-    QTest::newRow("first of several in a column") << 4 << 20.0;
-    QTest::newRow("between, truncated") << 5 << 27.0;
-    QTest::newRow("falling, truncated towards the start") << 8 << 28.0;
-    QTest::newRow("in the gap") << 15 << NaN;
-}
-
 void MultiTraceWigglesTest::findsAmplitudes()
 {
-    QFETCH(int, time);
-    QFETCH(double, expected);
+    // Before, at the first of several points of a column, between points, in the gap.
+    const QPair<int, double> amplitudes[] = {{-1, NaN}, {4, 20}, {5, 27}, {8, 28}, {15, NaN}};
     const Polygons lines{
         line({QPoint(0, 10), QPoint(4, 20), QPoint(7, 41), QPoint(9, 14), QPoint(10, 11)}),
         QPolygon(), line({QPoint(20, 99)})};
@@ -276,10 +264,11 @@ void MultiTraceWigglesTest::findsAmplitudes()
             for (QPoint &point : polygon)
                 point = isTurned ? QPoint(point.y(), point.x()) : point;
         }
-        double found = NaN;
-        QCOMPARE(amplitudeAt(polygons, time, isTurned, found), !std::isnan(expected));
-        if (!std::isnan(expected))
+        for (const auto &[time, expected] : amplitudes) {
+            double found = NaN;
+            QCOMPARE(amplitudeAt(polygons, time, isTurned, found), !std::isnan(expected));
             QCOMPARE(found, expected);
+        }
     }
 }
 

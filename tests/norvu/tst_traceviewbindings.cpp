@@ -37,7 +37,6 @@ class TraceViewBindingsTest : public QObject
 private slots:
     void bindsOneRowAndSlotToAnId();
     void requestsRowsThatWait();
-    void countsRowsThatWait();
     void loadActionFollowsRowsThatWait();
     void cleansRowsWithoutRecordsInFirstSlot();
     void copySharesRecords();
@@ -102,22 +101,6 @@ void TraceViewBindingsTest::requestsRowsThatWait()
     QCOMPARE(view.emptyDataSlots(), 3);
     view.clearDataSlot(0);
     QCOMPARE(view.emptyDataSlots(), 3);
-}
-
-void TraceViewBindingsTest::countsRowsThatWait()
-{
-    TraceView view;
-    view.setItems({makeRow("A"), makeRow("B"), makeRow("C")});
-    view.subscribedToData(view.itemAt(0));
-    view.removeItem(view.itemAt(0));
-    QCOMPARE(view.emptyDataSlots(), 2);
-    view.removeItem(view.itemAt(0));
-    QCOMPARE(view.emptyDataSlots(), 1);
-    view.subscribedToData(view.itemAt(0));
-    view.subscribedToData(view.itemAt(0));
-    QCOMPARE(view.emptyDataSlots(), -1);
-    view.removeItems();
-    QCOMPARE(view.emptyDataSlots(), 0);
 }
 
 void TraceViewBindingsTest::loadActionFollowsRowsThatWait()

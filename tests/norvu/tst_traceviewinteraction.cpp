@@ -42,16 +42,6 @@ void hover(TraceView &view, int row, const QPoint &position)
     QApplication::sendEvent(view.itemAt(row)->recordWidget(), &event);
 }
 
-QScrollBar *scrollBar(TraceView &view)
-{
-    return view.findChild<QScrollArea *>()->verticalScrollBar();
-}
-
-bool hasInk(const QImage &before, const QImage &after, const QRect &area)
-{
-    return before.copy(area) != after.copy(area);
-}
-
 } // namespace
 
 class TraceViewInteractionTest : public QObject
@@ -61,33 +51,20 @@ class TraceViewInteractionTest : public QObject
 private slots:
     void clicksSelect_data();
     void clicksSelect();
-    void clickBelowRowsDeselects();
-    void clickElsewhereChangesNothing();
     void keysSelect_data();
     void keysSelect();
-    void leavesOtherKeysToParent();
-    void keysScrollWithoutCurrentRow();
-    void selectionModes();
-    void positionsWrapAround();
-    void emptyViewIsSafe();
-    void selectsByPattern_data();
     void selectsByPattern();
     void keysAskForPattern_data();
     void keysAskForPattern();
     void viewMayGoWhileAskingForPattern();
+    void clickBesideRowsDeselects();
+    void keysScrollWithoutCurrentRow();
+    void positionsWrapAround();
     void doubleClickActivatesCurrentRow();
     void dragMovesSelectedRows();
-    void dragTakesUnselectedRowAlone();
-    void leapStartsNoDrag();
-    void removedRowLeavesDrag();
-    void zoomsAndScrolls_data();
-    void zoomsAndScrolls();
-    void zoomsRowHeight();
+    void leapsAndRemovedRowsAreNotDragged();
     void shortcutsReachTheView();
-    void crosshairFollowsPointer();
-    void crosshairTellsTimeAndValue_data();
     void crosshairTellsTimeAndValue();
-    void crosshairForgetsRemovedRow();
 };
 
 void TraceViewInteractionTest::clicksSelect_data()
@@ -113,12 +90,8 @@ void TraceViewInteractionTest::clicksSelect_data()
         << extended << 1 << control << QStringList() << QStringList("selection");
     QTest::newRow("Shift down") << extended << 3 << shift << QStringList({"B", "C", "D"})
                                 << QStringList({"current B>D", "selection"});
-    QTest::newRow("Shift up") << extended << 0 << shift << QStringList({"A", "B"})
-                              << QStringList({"current B>A", "selection"});
     QTest::newRow("Shift never deselects")
         << extended << 1 << shift << QStringList("B") << QStringList();
-    QTest::newRow("single, Ctrl") << single << 3 << control << QStringList("D")
-                                  << QStringList({"current B>D", "selection"});
     QTest::newRow("single, Shift")
         << single << 3 << shift << QStringList("D") << QStringList({"current B>D", "selection"});
     QTest::newRow("no selection") << QAbstractItemView::NoSelection << 3 << none << QStringList("B")
@@ -141,41 +114,6 @@ void TraceViewInteractionTest::clicksSelect()
     click(view, row, Qt::KeyboardModifiers(modifiers));
     QCOMPARE(labels(view.selectedItems()), selected);
     QCOMPARE(log.take(), signalled);
-    QCOMPARE(view.numberOfSelectedItems(), selected.size());
-    QCOMPARE(view.emptySelection(), selected.isEmpty());
-}
-
-void TraceViewInteractionTest::clickBelowRowsDeselects()
-{
-    TraceView view;
-    view.setItems({makeRow("A"), makeRow("B")});
-    for (Trace *row : view.items())
-        row->setFixedHeight(50);
-    view.findChild<QScrollArea *>()->widget()->layout()->setAlignment(Qt::AlignTop);
-    view.resize(500, 500);
-    view.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&view));
-    view.select(view.itemAt(0));
-    SignalLog log(&view);
-
-    const QPoint below = view.itemAt(1)->mapTo(&view, QPoint(50, 50 + 120));
-    QTest::mouseClick(&view, Qt::LeftButton, Qt::ControlModifier, below);
-    QCOMPARE(log.take(), QStringList());
-    QTest::mouseClick(&view, Qt::LeftButton, Qt::NoModifier, below);
-    QCOMPARE(log.take(), QStringList("selection"));
-    QVERIFY(view.emptySelection());
-    QVERIFY(view.currentItem() == view.itemAt(0));
-}
-
-void TraceViewInteractionTest::clickElsewhereChangesNothing()
-{
-    TraceView view;
-    show(view, Rows);
-    view.selectAll();
-    SignalLog log(&view);
-    QTest::mouseClick(&view, Qt::LeftButton, Qt::NoModifier, QPoint(20, view.height() - 2));
-    QTest::mouseClick(view.itemAt(0)->recordWidget(), Qt::RightButton);
-    QCOMPARE(log.take(), QStringList());
 }
 
 void TraceViewInteractionTest::keysSelect_data()
@@ -186,14 +124,8 @@ void TraceViewInteractionTest::keysSelect_data()
     QTest::addColumn<QStringList>("signalled");
     const int none = Qt::NoModifier;
 
-    QTest::newRow("down") << 1 << int(Qt::Key_Down) << none
-                          << QStringList({"current B>C", "selection"});
     QTest::newRow("down from the last")
         << 4 << int(Qt::Key_Down) << none << QStringList({"current E>A", "selection"});
-    QTest::newRow("up from the first")
-        << 0 << int(Qt::Key_Up) << none << QStringList({"current A>E", "selection"});
-    QTest::newRow("home") << 3 << int(Qt::Key_Home) << none
-                          << QStringList({"current D>A", "selection"});
     QTest::newRow("end") << 3 << int(Qt::Key_End) << none
                          << QStringList({"current D>E", "selection"});
     QTest::newRow("end at the end") << 4 << int(Qt::Key_End) << none << QStringList();
@@ -218,117 +150,22 @@ void TraceViewInteractionTest::keysSelect()
     QCOMPARE(log.take(), signalled);
 }
 
-void TraceViewInteractionTest::leavesOtherKeysToParent()
-{
-    TraceView view;
-    const QVector<QPair<int, bool>> keys{{Qt::Key_Plus, true}, {Qt::Key_Minus, true},
-                                         {Qt::Key_A, true},    {Qt::Key_Space, true},
-                                         {Qt::Key_Q, false},   {Qt::Key_PageDown, false}};
-    view.setSelectionMode(QAbstractItemView::SingleSelection);
-    for (const auto &key : keys) {
-        QKeyEvent event(QEvent::KeyPress, key.first, Qt::NoModifier);
-        QApplication::sendEvent(&view, &event);
-        QCOMPARE(event.isAccepted(), key.second);
-    }
-}
-
-void TraceViewInteractionTest::keysScrollWithoutCurrentRow()
-{
-    TraceView view;
-    show(view, Rows);
-    view.setMinimumRowHeight(100);
-    view.resize(600, 250);
-    QTRY_VERIFY(scrollBar(view)->maximum() > 250);
-    SignalLog log(&view);
-
-    QTest::keyClick(&view, Qt::Key_Down);
-    QCOMPARE(scrollBar(view)->value(), view.itemAt(0)->height());
-    QTest::keyClick(&view, Qt::Key_Up);
-    QCOMPARE(scrollBar(view)->value(), 0);
-    QTest::keyClick(&view, Qt::Key_End);
-    QCOMPARE(scrollBar(view)->value(), scrollBar(view)->maximum());
-    QTest::keyClick(&view, Qt::Key_Home);
-    QCOMPARE(scrollBar(view)->value(), 0);
-    QTest::keyClick(&view, Qt::Key_Space);
-    QCOMPARE(log.take(), QStringList());
-
-    view.setSelectedTrace(-1);
-    QVERIFY(!view.itemAt(4)->visibleRegion().isEmpty());
-    view.ensureVisible(view.itemAt(0));
-    QCOMPARE(scrollBar(view)->value(), 0);
-}
-
-void TraceViewInteractionTest::selectionModes()
-{
-    TraceView view;
-    view.setItems({makeRow("A"), makeRow("B")});
-    view.selectAll();
-    view.updateCurrentTrace(view.itemAt(1));
-    SignalLog log(&view);
-    view.setSelectionMode(QAbstractItemView::SingleSelection);
-    QCOMPARE(log.take(), QStringList({"current B>-", "cleared", "selection"}));
-    view.setSelectionMode(QAbstractItemView::SingleSelection);
-    QCOMPARE(log.take(), QStringList("cleared"));
-    view.selectAll();
-    QVERIFY(view.emptySelection());
-    view.select(nullptr);
-    QCOMPARE(log.take(), QStringList());
-}
-
-void TraceViewInteractionTest::positionsWrapAround()
-{
-    TraceView view;
-    view.setItems({makeRow("A"), makeRow("B"), makeRow("C")});
-    const QVector<QPair<int, int>> positions{{-1, 2}, {3, 0}, {-7, 2}, {301, 1}};
-    for (const auto &position : positions) {
-        view.setSelectedTrace(position.first);
-        QVERIFY(view.currentItem() == view.itemAt(position.second));
-    }
-    view.setCurrentItem(3);
-    QVERIFY(view.currentItem() == view.itemAt(0));
-    view.setCurrentItem(4);
-    view.setCurrentItem(-1);
-    QVERIFY(view.currentItem() == view.itemAt(0));
-}
-
-void TraceViewInteractionTest::emptyViewIsSafe()
-{
-    TraceView view;
-    view.selectNextRow();
-    view.selectPreviousRow();
-    Trace stranger("stranger", Qt::black);
-    view.updateCurrentTrace(&stranger);
-    SignalLog log(&view);
-    view.setCurrentItem(0);
-    QCOMPARE(log.take(), QStringList("current stranger>-"));
-}
-
-void TraceViewInteractionTest::selectsByPattern_data()
-{
-    QTest::addColumn<QString>("pattern");
-    QTest::addColumn<QStringList>("selected");
-    QTest::newRow("all") << "*" << QStringList({"APE", "ape", "APEX", "MTE"});
-    QTest::newRow("whole label, case counts") << "APE" << QStringList("APE");
-    QTest::newRow("one character") << "?PE" << QStringList("APE");
-    QTest::newRow("character class") << "[MX]*" << QStringList("MTE");
-    QTest::newRow("no match") << "" << QStringList();
-}
-
 void TraceViewInteractionTest::selectsByPattern()
 {
-    QFETCH(QString, pattern);
-    QFETCH(QStringList, selected);
+    const QVector<QPair<QString, QStringList>> patterns{
+        {"APE", {"APE"}}, {"?P*", {"APE", "APEX"}}, {"[MX]*", {"MTE"}}, {"", {}}};
     TraceView view;
     view.setItems({makeRow("APE"), makeRow("ape"), makeRow("APEX"), makeRow("MTE")});
-    SignalLog log(&view);
-    view.selectMatching(pattern, true);
-    QCOMPARE(labels(view.selectedItems()), selected);
-    QCOMPARE(log.take(),
-             QStringList(selected.isEmpty() ? QStringList() : QStringList("selection")));
-
-    view.selectAll();
-    view.selectMatching(pattern, false);
-    QCOMPARE(view.numberOfSelectedItems(), 4 - selected.size());
+    for (const auto &[pattern, selected] : patterns) {
+        view.clearSelection();
+        SignalLog log(&view);
+        view.selectMatching(pattern, true);
+        QCOMPARE(labels(view.selectedItems()), selected);
+        QCOMPARE(log.take().count("selection"), selected.isEmpty() ? 0 : 1);
+        view.selectAll();
+        view.selectMatching(pattern, false);
+        QCOMPARE(view.numberOfSelectedItems(), 4 - selected.size());
+    }
 }
 
 void TraceViewInteractionTest::keysAskForPattern_data()
@@ -399,6 +236,64 @@ void TraceViewInteractionTest::viewMayGoWhileAskingForPattern()
     QVERIFY(!view);
 }
 
+void TraceViewInteractionTest::clickBesideRowsDeselects()
+{
+    TraceView view;
+    show(view, {"A", "B"});
+    for (Trace *row : view.items())
+        row->setFixedHeight(50);
+    view.findChild<QScrollArea *>()->widget()->layout()->setAlignment(Qt::AlignTop);
+    view.resize(500, 500);
+    view.select(view.itemAt(0));
+    QApplication::processEvents();
+    SignalLog log(&view);
+
+    const QPoint below = view.itemAt(1)->mapTo(&view, QPoint(50, 50 + 120));
+    QTest::mouseClick(&view, Qt::LeftButton, Qt::ControlModifier, below);
+    QTest::mouseClick(&view, Qt::LeftButton, Qt::NoModifier, QPoint(20, view.height() - 2));
+    QTest::mouseClick(view.itemAt(0)->recordWidget(), Qt::RightButton);
+    QCOMPARE(log.take(), QStringList());
+    QTest::mouseClick(&view, Qt::LeftButton, Qt::NoModifier, below);
+    QCOMPARE(log.take(), QStringList("selection"));
+    QVERIFY(view.emptySelection());
+    QVERIFY(view.currentItem() == view.itemAt(0));
+}
+
+void TraceViewInteractionTest::keysScrollWithoutCurrentRow()
+{
+    TraceView view;
+    show(view, Rows);
+    view.setMinimumRowHeight(100);
+    view.resize(600, 250);
+    const QScrollBar *bar = view.findChild<QScrollArea *>()->verticalScrollBar();
+    QTRY_VERIFY(bar->maximum() > 250);
+    SignalLog log(&view);
+    const QVector<QPair<Qt::Key, int>> keys{{Qt::Key_Down, view.itemAt(0)->height()},
+                                            {Qt::Key_Up, 0},
+                                            {Qt::Key_End, bar->maximum()},
+                                            {Qt::Key_Home, 0}};
+    for (const auto &[key, value] : keys) {
+        QTest::keyClick(&view, key);
+        QCOMPARE(bar->value(), value);
+    }
+    QCOMPARE(log.take(), QStringList());
+    view.setSelectedTrace(-1);
+    QVERIFY(!view.itemAt(4)->visibleRegion().isEmpty());
+}
+
+void TraceViewInteractionTest::positionsWrapAround()
+{
+    TraceView view;
+    view.selectNextRow();
+    view.selectPreviousRow();
+    view.setItems({makeRow("A"), makeRow("B"), makeRow("C")});
+    const QVector<QPair<int, int>> positions{{-1, 2}, {3, 0}, {-7, 2}, {301, 1}};
+    for (const auto &[position, row] : positions) {
+        view.setSelectedTrace(position);
+        QVERIFY(view.currentItem() == view.itemAt(row));
+    }
+}
+
 void TraceViewInteractionTest::doubleClickActivatesCurrentRow()
 {
     TraceView view;
@@ -433,86 +328,23 @@ void TraceViewInteractionTest::dragMovesSelectedRows()
     QCOMPARE(labels(view.selectedItems()), QStringList("D"));
 }
 
-void TraceViewInteractionTest::dragTakesUnselectedRowAlone()
+void TraceViewInteractionTest::leapsAndRemovedRowsAreNotDragged()
 {
     TraceView view;
     show(view, Rows);
-    click(view, 0);
-    SignalLog log(&view);
-    const QPoint start = centerOf(view, 3);
-    QTest::mousePress(&view, Qt::LeftButton, Qt::NoModifier, start);
-    move(view, start);
-    move(view, centerOf(view, 1));
-    QCOMPARE(labels(view.items()), QStringList({"A", "D", "B", "C", "E"}));
-    QCOMPARE(log.take(), QStringList({"current A>D", "selection"}));
-}
-
-void TraceViewInteractionTest::leapStartsNoDrag()
-{
-    TraceView view;
-    show(view, Rows);
+    // A leap at once is no drag.
     QTest::mousePress(&view, Qt::LeftButton, Qt::NoModifier, centerOf(view, 0));
     move(view, centerOf(view, 3));
     QCOMPARE(labels(view.items()), Rows);
     QTest::mouseRelease(&view, Qt::LeftButton, Qt::NoModifier, centerOf(view, 3));
     QCOMPARE(labels(view.selectedItems()), QStringList("D"));
-}
 
-void TraceViewInteractionTest::removedRowLeavesDrag()
-{
-    TraceView view;
-    show(view, Rows);
     const QPoint start = centerOf(view, 0);
     QTest::mousePress(&view, Qt::LeftButton, Qt::NoModifier, start);
     move(view, start);
     view.removeItem(view.itemAt(0));
     move(view, centerOf(view, 2));
     QCOMPARE(view.count(), 4);
-}
-
-void TraceViewInteractionTest::zoomsAndScrolls_data()
-{
-    QTest::addColumn<QString>("action");
-    QTest::addColumn<double>("tmin");
-    QTest::addColumn<double>("tmax");
-    QTest::newRow("zoom in") << "Increase horizontal scale" << 120.0 << 160.0;
-    QTest::newRow("zoom out") << "Decrease horizontal scale" << 60.0 << 220.0;
-    QTest::newRow("left") << "Scroll left" << 90.0 << 170.0;
-    QTest::newRow("right") << "Scroll right" << 110.0 << 190.0;
-}
-
-void TraceViewInteractionTest::zoomsAndScrolls()
-{
-    QFETCH(QString, action);
-    QFETCH(double, tmin);
-    QFETCH(double, tmax);
-    TraceView view;
-    view.setTimeRange(100, 180);
-    for (QAction *control : view.controlActions()) {
-        if (control->text() == action)
-            control->trigger();
-    }
-    QCOMPARE(view.tmin(), tmin);
-    QCOMPARE(view.tmax(), tmax);
-}
-
-void TraceViewInteractionTest::zoomsRowHeight()
-{
-    TraceView view;
-    view.resize(400, 100);
-    view.setItems({makeRow("A")});
-    view.verticalZoomOut();
-    QCOMPARE(view.minimumRowHeight(), 16);
-    view.setMinimumRowHeight(40);
-    view.verticalZoomOut();
-    QCOMPARE(view.minimumRowHeight(), 20);
-    view.setMinimumRowHeight(31);
-    view.verticalZoomOut();
-    QCOMPARE(view.minimumRowHeight(), 16);
-    view.setMinimumRowHeight(150);
-    view.verticalZoomIn();
-    QCOMPARE(view.minimumRowHeight(), 200);
-    QCOMPARE(view.itemAt(0)->recordWidget()->minimumHeight(), 200);
 }
 
 void TraceViewInteractionTest::shortcutsReachTheView()
@@ -524,8 +356,15 @@ void TraceViewInteractionTest::shortcutsReachTheView()
     QVERIFY(QTest::qWaitForWindowActive(&view));
     QTest::keyClick(&view, Qt::Key_Y, Qt::ShiftModifier);
     QCOMPARE(view.minimumRowHeight(), 32);
-    QTest::keyClick(&view, Qt::Key_Right);
-    QCOMPARE(view.tmin(), 75.0);
+    view.setTimeRange(100, 180);
+    const QVector<QPair<Qt::Key, QPair<double, double>>> keys{{Qt::Key_Right, {110, 190}},
+                                                              {Qt::Key_Left, {100, 180}}};
+    for (const auto &[key, range] : keys) {
+        QTest::keyClick(&view, key);
+        QCOMPARE(qMakePair(view.tmin(), view.tmax()), range);
+    }
+    view.horizontalZoomIn();
+    QCOMPARE(qMakePair(view.tmin(), view.tmax()), qMakePair(120.0, 160.0));
     QTest::keyClick(&view, Qt::Key_A, Qt::ControlModifier);
     QCOMPARE(view.numberOfSelectedItems(), 5);
     QTest::keyClick(&view, Qt::Key_Escape);
@@ -536,45 +375,8 @@ void TraceViewInteractionTest::shortcutsReachTheView()
     QCOMPARE(log.take(), QStringList());
 }
 
-void TraceViewInteractionTest::crosshairFollowsPointer()
-{
-    TraceView view;
-    show(view, Rows);
-    QApplication::processEvents();
-    RecordWidget *widget = view.itemAt(2)->recordWidget();
-    const QPoint pointer(widget->canvasRect().center());
-    const QPoint position = widget->mapTo(&view, pointer);
-    const QRect column(position.x(), position.y() + 40, 1, 10);
-    const QRect row(position.x() + 100, position.y(), 10, 1);
-
-    hover(view, 2, pointer);
-    const QImage before = view.grab().toImage();
-    view.showCrosshair(true);
-    const QImage shown = view.grab().toImage();
-    QVERIFY(hasInk(before, shown, column));
-    QVERIFY(hasInk(before, shown, row));
-    QVERIFY(!hasInk(before, shown, column.translated(-1, 0)));
-
-    QEvent leave(QEvent::Leave);
-    QApplication::sendEvent(widget, &leave);
-    QCOMPARE(view.grab().toImage(), before);
-}
-
-void TraceViewInteractionTest::crosshairTellsTimeAndValue_data()
-{
-    QTest::addColumn<int>("depth"); // quarters of the slot's height
-    QTest::addColumn<bool>("scaled");
-    QTest::addColumn<QString>("value");
-    QTest::newRow("top") << 0 << false << "90";
-    QTest::newRow("three quarters down") << 3 << false << "15";
-    QTest::newRow("in physical units") << 3 << true << "7.5";
-}
-
 void TraceViewInteractionTest::crosshairTellsTimeAndValue()
 {
-    QFETCH(int, depth);
-    QFETCH(bool, scaled);
-    QFETCH(QString, value);
     TraceView view;
     QFont font;
     font.setPixelSize(14); // points depend on what is painted on
@@ -587,13 +389,16 @@ void TraceViewInteractionTest::crosshairTellsTimeAndValue()
     widget->setRecords(0, new Tellarix::RingBuffer(0), true);
     widget->setAmplRange(-10, 90);
     widget->setRecordScale(0, 0.5);
-    widget->showScaledValues(scaled);
+    widget->showScaledValues(true);
     widget->setAlignment(timeAt(3600));
     QApplication::processEvents();
 
-    const QPoint pointer(widget->canvasRect().left() + 200, 10 * depth);
+    // Three quarters down: 15 by 0.5.
+    const QString value("7.5");
+    const QPoint pointer(widget->canvasRect().left() + 200, 30);
     hover(view, 2, pointer);
-    QPixmap expected = view.grab();
+    const QPixmap before = view.grab();
+    QPixmap expected = before;
     view.showCrosshair(true);
     const QImage shown = view.grab().toImage();
 
@@ -617,17 +422,14 @@ void TraceViewInteractionTest::crosshairTellsTimeAndValue()
     painter.end();
     QCOMPARE(shown.copy(valueRect), expected.copy(valueRect).toImage());
     QCOMPARE(shown.copy(timeRect), expected.copy(timeRect).toImage());
-}
+    const QPoint far = position + QPoint(0, 60);
+    const QPoint beside = position + QPoint(200, 0);
+    for (const QPoint &point : {far, beside})
+        QVERIFY(shown.pixel(point) != before.toImage().pixel(point));
 
-void TraceViewInteractionTest::crosshairForgetsRemovedRow()
-{
-    TraceView view;
-    show(view, Rows);
-    view.showCrosshair(true);
-    hover(view, 0, QPoint(200, 10));
-    view.removeItem(view.itemAt(0));
-    view.grab();
-    QCOMPARE(view.count(), 4);
+    QEvent leave(QEvent::Leave);
+    QApplication::sendEvent(widget, &leave);
+    QCOMPARE(view.grab().toImage(), before.toImage());
 }
 
 QTEST_MAIN(TraceViewInteractionTest)
