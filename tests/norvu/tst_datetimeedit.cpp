@@ -82,7 +82,6 @@ private slots:
     void tiesEditAndCalendarTogether();
     void dropsDownCalendar();
     void staysOpenWhileTimeIsPicked();
-    void picksTimeWithKeys();
     void picksPartsOfTime();
     void keepsEditOnDayThatDoesNotExist();
 };
@@ -175,23 +174,6 @@ void DateTimeEditTest::staysOpenWhileTimeIsPicked()
     QVERIFY(menu->isVisible());
     QTest::mouseClick(menu->windowHandle(), Qt::LeftButton, Qt::NoModifier, QPoint(-5, -5));
     QVERIFY(!menu->isVisible());
-}
-
-void DateTimeEditTest::picksTimeWithKeys()
-{
-    CalendarWidget calendar(utc(2021, 7, 14, 9, 20, 30));
-    calendar.show();
-    QVERIFY(QTest::qWaitForWindowActive(&calendar));
-    QToolButton *hour = timeButtons(calendar).at(0);
-    hour->setFocus();
-    QTimer::singleShot(0, this, [hour] {
-        // From 09 one to the right and one row down.
-        for (auto key : {Qt::Key_Right, Qt::Key_Down, Qt::Key_Return})
-            QTest::keyClick(hour->menu()->windowHandle(), key);
-        hour->menu()->close();
-    });
-    QTest::keyClick(calendar.windowHandle(), Qt::Key_Space);
-    QCOMPARE(calendar.dateTime(), utc(2021, 7, 14, 14, 20, 30));
 }
 
 void DateTimeEditTest::picksPartsOfTime()

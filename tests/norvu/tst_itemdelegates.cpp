@@ -125,9 +125,7 @@ private slots:
     void drawsGlyphOfState_data();
     void drawsGlyphOfState();
     void togglesWithMouseAndKeys();
-    void reachesOneCheckBoxOfRow_data();
     void reachesOneCheckBoxOfRow();
-    void keepsGroupExclusive_data();
     void keepsGroupExclusive();
     void centersIconsOnly();
 };
@@ -191,60 +189,43 @@ void ItemDelegatesTest::togglesWithMouseAndKeys()
     QCOMPARE(model.item(1)->checkState(), Qt::Unchecked);
 }
 
-void ItemDelegatesTest::reachesOneCheckBoxOfRow_data()
-{
-    QTest::addColumn<QVector<int>>("checkableColumns");
-    QTest::addColumn<int>("clicked");
-    QTest::addColumn<int>("toggled");
-
-    using Columns = QVector<int>;
-    QTest::newRow("behind the box") << Columns{0} << 2 << 0;
-    QTest::newRow("on one of two boxes") << Columns{0, 1} << 1 << 1;
-    QTest::newRow("beside two boxes") << Columns{0, 1} << 2 << -1;
-}
-
 void ItemDelegatesTest::reachesOneCheckBoxOfRow()
 {
-    QFETCH(QVector<int>, checkableColumns);
-    QFETCH(int, clicked);
-    QFETCH(int, toggled);
-
-    QStandardItemModel model;
-    QList<QStandardItem *> row;
-    for (int column = 0; column < 3; ++column)
-        row << (checkableColumns.contains(column) ? checkItem(Qt::Unchecked)
-                                                  : new QStandardItem(QStringLiteral("text")));
-    model.appendRow(row);
-    CheckView(&model).click(model.index(0, clicked));
-    for (int column : checkableColumns)
-        QCOMPARE(model.item(0, column)->checkState() == Qt::Checked, column == toggled);
-}
-
-void ItemDelegatesTest::keepsGroupExclusive_data()
-{
-    QTest::addColumn<bool>("exclusive");
-    QTest::addColumn<int>("row");
-    QTest::addColumn<int>("column");
-    QTest::addColumn<QVector<int>>("result");
-
-    using States = QVector<int>;
-    QTest::newRow("another radio item") << true << 2 << 0 << States{0, 0, 2};
-    QTest::newRow("text beside a radio item") << true << 2 << 1 << States{0, 0, 2};
-    QTest::newRow("checked radio item") << true << 0 << 0 << States{2, 0, 0};
-    QTest::newRow("checked check box") << false << 0 << 0 << States{0, 0, 0};
+    const struct
+    {
+        QVector<int> checkableColumns;
+        int clicked, toggled;
+    } clicks[] = {{{0}, 2, 0}, {{0, 1}, 1, 1}, {{0, 1}, 2, -1}};
+    for (const auto &click : clicks) {
+        QStandardItemModel model;
+        QList<QStandardItem *> row;
+        for (int column = 0; column < 3; ++column)
+            row << (click.checkableColumns.contains(column) ? checkItem(Qt::Unchecked)
+                                                            : new QStandardItem("text"));
+        model.appendRow(row);
+        CheckView(&model).click(model.index(0, click.clicked));
+        for (const int column : click.checkableColumns)
+            QCOMPARE(row[column]->checkState() == Qt::Checked, column == click.toggled);
+    }
 }
 
 void ItemDelegatesTest::keepsGroupExclusive()
 {
-    QFETCH(bool, exclusive);
-    QFETCH(int, row);
-    QFETCH(int, column);
-    QFETCH(QVector<int>, result);
-
-    QStandardItemModel model;
-    fillGroup(&model, exclusive, 0);
-    CheckView(&model).click(model.index(row, column, model.index(0, 0)));
-    QCOMPARE(states(model), result);
+    const struct
+    {
+        bool isExclusive;
+        int row, column;
+        QVector<int> result;
+    } clicks[] = {{true, 2, 0, {0, 0, 2}},
+                  {true, 2, 1, {0, 0, 2}},
+                  {true, 0, 0, {2, 0, 0}},
+                  {false, 0, 0, {0, 0, 0}}};
+    for (const auto &click : clicks) {
+        QStandardItemModel model;
+        fillGroup(&model, click.isExclusive, 0);
+        CheckView(&model).click(model.index(click.row, click.column, model.index(0, 0)));
+        QCOMPARE(states(model), click.result);
+    }
 }
 
 void ItemDelegatesTest::centersIconsOnly()

