@@ -16,7 +16,6 @@ private slots:
     void namesVersionInMailSubject();
     void choosesTab();
     void closesWithButton();
-    void carriesIconsForHosts();
 };
 
 void AboutWidgetTest::namesVersionInMailSubject_data()
@@ -71,35 +70,6 @@ void AboutWidgetTest::closesWithButton()
     QTest::mouseClick(dialog->findChild<QPushButton *>(QStringLiteral("buttonOk")), Qt::LeftButton);
     QCOMPARE(spy.count(), 1);
     QTRY_VERIFY(!dialog);
-}
-
-void AboutWidgetTest::carriesIconsForHosts()
-{
-    for (const char *name : {"norvu",
-                             "epicenter",
-                             "depth",
-                             "magnitude",
-                             "fault",
-                             "gps",
-                             "tidegauge",
-                             "play",
-                             "view-filter",
-                             "view-calendar-day",
-                             "filesaveas",
-                             "fileclose",
-                             "64x64/play",
-                             "64x64/pause",
-                             "64x64/stop",
-                             "64x64/fastforward",
-                             "64x64/reload",
-                             "64x64/rss",
-                             "64x64/spinner",
-                             "64x64/play-history",
-                             "64x64/pause-history",
-                             "64x64/stop-history"}) {
-        const QImage icon(QStringLiteral(":/norvu/gui/icons/%1.png").arg(QLatin1String(name)));
-        QVERIFY2(!icon.isNull() && icon.hasAlphaChannel(), name);
-    }
 }
 
 QTEST_MAIN(AboutWidgetTest)

@@ -53,7 +53,6 @@ private slots:
     void hasGlyphsOfLibrary();
     void takesColorByMode();
     void showsStateOfCheckedButton();
-    void sizesGlyphByBox_data();
     void sizesGlyphByBox();
 };
 
@@ -148,24 +147,15 @@ void FontAwesome5Test::showsStateOfCheckedButton()
              glyph(Icons::fontSolid(), 51, size, Icons::chCircle));
 }
 
-void FontAwesome5Test::sizesGlyphByBox_data()
-{
-    QTest::addColumn<QSize>("box");
-    QTest::addColumn<int>("pixelSize");
-
-    QTest::newRow("square") << QSize(16, 16) << 12;
-    QTest::newRow("high") << QSize(40, 100) << 32;
-    QTest::newRow("below only when truncated") << QSize(249, 200) << 199;
-    QTest::newRow("five to four") << QSize(20, 16) << 16;
-}
-
 void FontAwesome5Test::sizesGlyphByBox()
 {
-    QFETCH(QSize, box);
-    QFETCH(int, pixelSize);
-
+    // Narrower than five to four, glyphs fit into four fifths of the width.
+    const QVector<QPair<QSize, int>> sizes{
+        {QSize(16, 16), 12}, {QSize(40, 100), 32}, {QSize(249, 200), 199}, {QSize(20, 16), 16}};
     const QIcon icon = Icons::icon(Icons::chCalendarAlt, Qt::black);
-    QCOMPARE(flat(icon.pixmap(box)), glyph(Icons::font(), pixelSize, box, Icons::chCalendarAlt));
+    for (const auto &[box, pixelSize] : sizes)
+        QCOMPARE(flat(icon.pixmap(box)),
+                 glyph(Icons::font(), pixelSize, box, Icons::chCalendarAlt));
 }
 
 QTEST_MAIN(FontAwesome5Test)

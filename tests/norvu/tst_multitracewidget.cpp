@@ -154,7 +154,6 @@ private slots:
     void keysChangeAmplitudesAndOverlap();
     void clickSelectsNearestTrace_data();
     void clickSelectsNearestTrace();
-    void magnifiedTracesCompeteEverywhere();
     void dragSelectsAgain();
     void drawsTracesInTheirRows();
     void turnsTracesClockwise();
@@ -306,25 +305,6 @@ void MultiTraceWidgetTest::clickSelectsNearestTrace()
                       QPoint(static_cast<int>(share * area.width()),
                              area.top() + static_cast<int>(seconds / Length * length)));
     QTEST(overview.selected().join(','), "turned");
-}
-
-void MultiTraceWidgetTest::magnifiedTracesCompeteEverywhere()
-{
-    Overview overview;
-    overview.addRow("A", wave);
-    overview.addRow("B", constant);
-    overview.repaint();
-    const int y = overview.area().top() + overview.area().height() * 55 / 100;
-    overview.click(3.75, y);
-    QCOMPARE(overview.selected(), QStringList{"B"});
-
-    // At its trough A reaches into the second row now.
-    overview.widget->increaseAmpScale();
-    overview.repaint();
-    overview.click(3.75, y);
-    QCOMPARE(overview.selected(), QStringList{"A"});
-    overview.click(3.75, y + overview.area().height() / 5);
-    QCOMPARE(overview.selected(), QStringList{"B"});
 }
 
 void MultiTraceWidgetTest::dragSelectsAgain()

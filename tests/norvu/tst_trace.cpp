@@ -80,7 +80,6 @@ private slots:
     void keepsAxisAndTracesTogether();
     void showsDescriptionBesideLabel();
     void looksSelectedUnlessStatic();
-    void framesFocusedStaticRow();
     void arrangesLabelItems_data();
     void arrangesLabelItems();
 };
@@ -280,27 +279,6 @@ void TraceTest::looksSelectedUnlessStatic()
     QVERIFY(isHighlighted());
     trace.setStatic(true);
     QVERIFY(!isHighlighted());
-}
-
-void TraceTest::framesFocusedStaticRow()
-{
-    Trace trace(QStringLiteral("A"), Qt::red);
-    trace.setStatic(true);
-    trace.setFocusPolicy(Qt::StrongFocus);
-    trace.setAutoFillBackground(true);
-    QPalette palette = trace.palette();
-    palette.setColor(QPalette::Window, QColor(10, 20, 30));
-    palette.setColor(QPalette::Base, QColor(200, 210, 220));
-    trace.setPalette(palette);
-    trace.resize(300, 100);
-    trace.show();
-    trace.activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(&trace));
-    for (const bool hasFocus : {false, true}) {
-        hasFocus ? trace.setFocus() : trace.clearFocus();
-        QCOMPARE(Ink::picture(trace).pixelColor(150, 97),
-                 hasFocus ? QColor(200, 210, 220) : QColor(10, 20, 30));
-    }
 }
 
 void TraceTest::arrangesLabelItems_data()

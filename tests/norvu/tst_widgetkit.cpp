@@ -41,7 +41,6 @@ class WidgetKitTest : public QObject
 private slots:
     void sizesBadgeByItsFont();
     void choosesReadableBadgeText();
-    void paintsBadgeWithRoundCorners();
     void walksDropDownsWithTabKey();
     void followsMouseWithTextColor();
     void followsNewParentOnly();
@@ -77,18 +76,6 @@ void WidgetKitTest::choosesReadableBadgeText()
         QVERIFY(Ink::rectOfColor(image, background).isValid());
         QVERIFY(Ink::rectOfColor(image.copy(badge.rect().adjusted(8, 8, -8, -8)), text).isValid());
     }
-}
-
-void WidgetKitTest::paintsBadgeWithRoundCorners()
-{
-    Badge badge;
-    badge.setColor(Qt::red, false);
-    badge.resize(60, 30);
-    const QImage image = Ink::picture(badge);
-    QCOMPARE(Ink::rectOfColor(image, Qt::red), badge.rect());
-    for (const QPoint &corner : {badge.rect().topLeft(), badge.rect().topRight(),
-                                 badge.rect().bottomLeft(), badge.rect().bottomRight()})
-        QVERIFY(image.pixelColor(corner) != QColor(Qt::red));
 }
 
 void WidgetKitTest::walksDropDownsWithTabKey()
