@@ -1,12 +1,12 @@
 #include "mainwindow.h"
 
 #include "darkpalette.h"
-#include "exportactions.h"
-#include "filterbox.h"
-#include "measuring.h"
-#include "overviewmenu.h"
 #include "shortcutsdialog.h"
-#include "waveformpanel.h"
+#include "waveforms/exportactions.h"
+#include "waveforms/filterbox.h"
+#include "waveforms/measuring.h"
+#include "waveforms/overviewmenu.h"
+#include "waveforms/waveformpanel.h"
 #include "widgetgallery.h"
 
 #include <norvu/gui/multitracewidget.h>

@@ -2,7 +2,7 @@
 
 #include "darkpalette.h"
 #include "mainwindow.h"
-#include "waveformpanel.h"
+#include "waveforms/waveformpanel.h"
 
 #include <norvu/gui/splashscreen.h>
 #include <tellarix/core/version.h>

@@ -1,5 +1,5 @@
-#include "dataexport.h"
-#include "exportactions.h"
+#include "waveforms/dataexport.h"
+#include "waveforms/exportactions.h"
 #include "waveformtesting.h"
 
 #include <tellarix/client/io/recordstream.h>

@@ -1,4 +1,4 @@
-#include "datastretches.h"
+#include "waveforms/datastretches.h"
 
 #include <QtTest>
 

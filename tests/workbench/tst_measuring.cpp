@@ -1,5 +1,5 @@
-#include "measuring.h"
-#include "measuringoverlay.h"
+#include "waveforms/measuring.h"
+#include "waveforms/measuringoverlay.h"
 
 #include <norvu/gui/trace.h>
 #include <norvu/gui/traceview.h>

@@ -1,4 +1,4 @@
-#include "pictureexport.h"
+#include "waveforms/pictureexport.h"
 #include "waveformtesting.h"
 
 #include <norvu/gui/multitracewidget.h>

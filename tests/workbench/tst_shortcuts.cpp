@@ -1,6 +1,6 @@
 #include "mainwindow.h"
 #include "shortcutsdialog.h"
-#include "waveformpanel.h"
+#include "waveforms/waveformpanel.h"
 
 #include <norvu/gui/traceview.h>
 

@@ -1,5 +1,5 @@
 #include "mainwindow.h"
-#include "waveformpanel.h"
+#include "waveforms/waveformpanel.h"
 
 #include <norvu/gui/trace.h>
 #include <norvu/gui/traceview.h>
