@@ -1,5 +1,7 @@
 #include <tellarix/core/math/butterworth.h>
 
+#include <tellarix/core/math/finite_p.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -131,11 +133,6 @@ bool usesUpper(Band band)
     return band != Band::Highpass;
 }
 
-bool isSamplingFrequency(double frequency)
-{
-    return frequency > 0 && std::isfinite(frequency);
-}
-
 } // namespace
 
 std::complex<double> Biquad::response(double omega) const
@@ -226,10 +223,8 @@ void Butterworth<T>::apply(int n, T *samples)
 {
     if (n < 1 || !isSamplingFrequency(_samplingFrequency))
         return;
-    if (!isValid()) {
-        std::fill(samples, samples + n, T(0));
-        return;
-    }
+    if (!isValid())
+        return forEachFinite(n, samples, [](double) { return 0.0; });
     // Counted along the signal, so that the result doesn't depend on how it is cut into blocks.
     for (int first = 0; first < n;) {
         const int length = std::min(BlockLength - _samplesSinceCheck, n - first);

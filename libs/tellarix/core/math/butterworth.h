@@ -51,8 +51,8 @@ TELLARIX_CORE_API std::vector<Biquad> butterworthSections(Band band, int order, 
  * double. A sample that is not finite gives not-a-number and leaves the state as it was.
  *
  * Without a usable sampling frequency (not above 0, not finite) samples stay as they are. With
- * corners that do not fit the sampling frequency isValid() is false and all samples become 0: such
- * a band holds no signal.
+ * corners that do not fit the sampling frequency isValid() is false and all finite samples become
+ * 0: such a band holds no signal.
  */
 template <typename T>
 class TELLARIX_CORE_API Butterworth : public InPlaceFilter<T>
