@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <new>
 
 namespace Tellarix {
 namespace Math {
@@ -19,7 +20,10 @@ int MeanWindow::samplesIn(double seconds, double samplingFrequency)
 
 void MeanWindow::resize(int length)
 {
-    _samples.assign(static_cast<size_t>(length), 0.0);
+    _length = static_cast<size_t>(length);
+    _samples.reset(_length ? static_cast<double *>(std::calloc(_length, sizeof(double))) : nullptr);
+    if (_length && !_samples)
+        throw std::bad_alloc();
     _sums = Sums();
 }
 

@@ -2,7 +2,8 @@
 
 #include <tellarix/core/math/filter.h>
 
-#include <vector>
+#include <cstdlib>
+#include <memory>
 
 namespace Tellarix {
 namespace Math {
@@ -18,14 +19,14 @@ namespace Filtering {
 class TELLARIX_CORE_API MeanWindow
 {
 public:
-    /** Longer windows are a mistake in a setting, and would only fill the memory. */
+    /** Longer windows are a mistake in a setting. */
     static constexpr int LongestLength = 1 << 28;
 
     /** Samples of a window, from 1 to LongestLength; 0 without a usable sampling frequency. */
     static int samplesIn(double seconds, double samplingFrequency);
     /** Window of @p length samples, at least one; forgets all samples. */
     void resize(int length);
-    int length() const { return static_cast<int>(_samples.size()); }
+    int length() const { return static_cast<int>(_length); }
     /** Takes a finite sample in and gives the mean. */
     double push(double sample) { return push(_sums, sample); }
     /** Replaces @p n samples by what @p operation makes of each and the mean; faster than push().
@@ -44,7 +45,7 @@ private:
 
     double push(Sums &sums, double sample)
     {
-        const size_t length = _samples.size();
+        const size_t length = _length;
         double &oldest = _samples[sums.next];
         if (sums.count < length)
             ++sums.count;
@@ -59,7 +60,15 @@ private:
         return sums.all / static_cast<double>(sums.count);
     }
 
-    std::vector<double> _samples;
+    struct Free
+    {
+        void operator()(double *samples) const { std::free(samples); }
+    };
+
+    /** Zeros from the system, which take no memory before they are written to: a long window costs
+     *  no more than the samples that it has seen. */
+    std::unique_ptr<double[], Free> _samples;
+    size_t _length{0};
     Sums _sums;
 };
 
