@@ -211,10 +211,12 @@ private slots:
     void laysOutBands_data();
     void laysOutBands();
     void makesEmptyBanks();
+    void staysUsableWithBadSettings();
     void scalesEnvelopeByFrequency();
     void agreesWithPlainForm();
     void doesNotDependOnCuts();
     void followsSweptSine();
+    void showsPulsesButNoConstant();
     void passesOverSamplesThatAreNotFinite();
     void keepsLatestColumnsInRing_data();
     void keepsLatestColumnsInRing();
@@ -314,6 +316,36 @@ void SpectrogramTest::makesEmptyBanks()
     }
 }
 
+void SpectrogramTest::staysUsableWithBadSettings()
+{
+    auto samples = noise<float>(300);
+    samples[150] = float(NaN);
+    const auto isUsable = [](float value, size_t column) {
+        return column == 150 ? std::isnan(value) : std::isfinite(value);
+    };
+    const auto good = spectrogramOf<float>("freqs(1,4,2,3)", 20);
+    good->pushData(300, samples.data());
+    for (const char *text :
+         {"freqs(1,10,2", "freqs(1,10,0,4)", "freqs_log(-1,10,2,4)", "periods(-1,-10,2,4)",
+          "freqs_log(3,3,1,4)", "freqs(8,16,2,4)", "periods_log(0.001,1e300,2,4)",
+          "periods(1e-320,1,2,4)", "freqs(1,10,2,2000000000)"}) {
+        SpectrogramSettings settings;
+        settings.fromString(text);
+        Spectrogram<float> spectrogram(settings);
+        spectrogram.setSamplingFrequency(20);
+        spectrogram.pushData(300, samples.data());
+        QCOMPARE(spectrogram.columns(), 300);
+        const auto values = matrixOf(spectrogram);
+        for (size_t i = 0; i < values.size(); ++i)
+            QVERIFY2(isUsable(values[i], i / size_t(spectrogram.rows())), text);
+        QVERIFY(std::isfinite(spectrogram.maximum()));
+
+        spectrogram.init(good->settings());
+        spectrogram.pushData(300, samples.data());
+        QCOMPARE(spectrogram.maximum(), good->maximum());
+    }
+}
+
 void SpectrogramTest::scalesEnvelopeByFrequency()
 {
     const double cases[][3] = {{1, 100, 100 / (2 * Pi)}, {1, 0, 0}, {0, 100, 0}, {NaN, 100, 0}};
@@ -347,6 +379,7 @@ void SpectrogramTest::doesNotDependOnCuts()
         for (int done = 0; done < 12000;) {
             const int n = std::min(12000 - done, 1 + int(random() % unsigned(longest)));
             cut->pushData(n, samples.data() + done);
+            cut->pushData(-int(random() % 2), samples.data());
             done += n;
         }
         QVERIFY(matrixOf(*cut) == expected);
@@ -384,6 +417,39 @@ void SpectrogramTest::followsSweptSine()
         const double error = ridge - crossing - delay;
         QVERIFY2(std::abs(error) < 5.0,
                  qPrintable(QStringLiteral("row %1 is off by %2 s").arg(r).arg(error)));
+    }
+}
+
+void SpectrogramTest::showsPulsesButNoConstant()
+{
+    const auto spectrogram = spectrogramOf<double>("periods_log(0.2,10,4,7)", 50);
+    std::vector<double> samples(10000, 1000.1);
+    spectrogram->pushData(10000, samples.data());
+    QVERIFY(spectrogram->maximum() < 1E-8);
+
+    constexpr int Pulse = 500;
+    spectrogram->init(spectrogram->settings());
+    std::fill(samples.begin(), samples.end(), 0);
+    samples[Pulse] = 1;
+    spectrogram->pushData(10000, samples.data());
+    const double *values = spectrogram->data();
+    QVERIFY(std::all_of(values, values + Pulse * 7, [](double v) { return v == 0; }));
+    QVERIFY(
+        std::all_of(values + Pulse * 7, values + Pulse * 7 + 7, [](double v) { return v > 0; }));
+    // Towards long periods the bands are narrower: the pulse gets weaker, later and longer.
+    int lastPeak = Pulse;
+    double lastMaximum = 1;
+    for (int r = 0; r < 7; ++r) {
+        int peak = 0;
+        for (int c = 0; c < 10000; ++c) {
+            if (values[c * 7 + r] > values[peak * 7 + r])
+                peak = c;
+        }
+        const double maximum = values[peak * 7 + r];
+        QVERIFY(peak > lastPeak && maximum < lastMaximum);
+        QVERIFY(values[9999 * 7 + r] < 0.01 * maximum);
+        lastPeak = peak;
+        lastMaximum = maximum;
     }
 }
 
@@ -575,6 +641,14 @@ void SpectrogramTest::startsAfresh()
     original->init(settingsOf("periods_log(0.2,10,4,7)"));
     original->pushData(3000, samples.data());
     QVERIFY(matrixOf(*original) == expected);
+
+    // A new rate starts the filters afresh and leaves the data alone.
+    original->setSamplingFrequency(20);
+    original->setSamplingFrequency(50);
+    original->pushData(3000, samples.data());
+    auto twice = expected;
+    twice.insert(twice.end(), expected.begin(), expected.end());
+    QVERIFY(matrixOf(*original) == twice);
 }
 
 void SpectrogramTest::runsBandsBesideTheSettings()

@@ -145,6 +145,7 @@ void TestSpectrogramRecordWidget::followsRecords_data()
     QTest::newRow("nearly next") << Records{first, makeRecord(20.02, 10)} << QStringList("40-119");
     QTest::newRow("gap") << Records{first, makeRecord(30, 10)} << QStringList({"40-79", "120-159"});
     QTest::newRow("twice") << Records{first, first} << QStringList("40-79");
+    QTest::newRow("overlap") << Records{first, makeRecord(15, 10)} << QStringList("40-79");
     QTest::newRow("another rate") << Records{first, makeRecord(20, 10, 50)}
                                   << QStringList("40-119");
     QTest::newRow("out of view") << Records{makeRecord(-20, 10), makeRecord(110, 5)}

@@ -315,8 +315,7 @@ void FilterBank::Group::sumAfresh()
 
 bool FilterBank::add(const Band &band)
 {
-    const bool isNext =
-        !_bandCount || (band.highPassLength == _highPass.length() && _groups.front().seen == 0);
+    const bool isNext = !_bandCount || (band.highPassLength == _highPass.length() && _groups.front().seen == 0);
     const bool fits = isNext && band.highPassLength > 0 && band.averageLength > 0 &&
                       (band.sections.empty() || band.sections.size() == Sections) &&
                       std::all_of(band.sections.begin(), band.sections.end(),
@@ -425,7 +424,7 @@ template <typename T>
 ValueRange FilterBank::apply(int n, const T *samples, const MatrixColumns<T> &target)
 {
     ValueRange range;
-    if (!_bandCount || n < 1)
+    if (!_bandCount || !target.rows || n < 1)
         return range;
 
     const Input input = highPass(n, samples);

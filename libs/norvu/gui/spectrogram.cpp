@@ -32,14 +32,18 @@ namespace Gui {
 namespace {
 
 constexpr int Order = 4;
+/** More bands are a mistake in a setting, and would only fill the memory. */
+constexpr int MostBands = 1 << 16;
 /** Columns whose range is kept once it was worked out. */
 constexpr int64_t BlockColumns = 512;
 
-/** Truncated to int; the ends of its range for what lies beyond. */
+/** Truncated to int; the largest one for what lies beyond, 0 for what is not above it. */
 int toColumns(double value)
 {
-    constexpr double Most = std::numeric_limits<int>::max();
-    return value < Most ? static_cast<int>(value) : std::numeric_limits<int>::max();
+    constexpr int Most = std::numeric_limits<int>::max();
+    if (!(value > 0))
+        return 0;
+    return value < Most ? static_cast<int>(value) : Most;
 }
 
 /** Bytes from which on the room ahead of the columns is as much as they take, not three times. */
@@ -164,6 +168,10 @@ void Spectrogram<T>::initFilters()
     _rows = 0;
     if (_settings.bands < 1)
         return;
+    if (_settings.bands > MostBands) {
+        qWarning("Spectrogram: %d bands are more than %d", _settings.bands, MostBands);
+        return;
+    }
 
     const bool isLogarithmic = _settings.logarithmic;
     const double begin = isLogarithmic ? std::log(_settings.lower) : _settings.lower;

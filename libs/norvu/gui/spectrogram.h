@@ -53,7 +53,8 @@ public:
      * @param highPassSeconds  length of the running mean that is subtracted
      */
     void addFilter(double lowHz, double highHz, double highPassSeconds);
-    /** Drops the data and builds the bank from the settings in force. */
+    /** Drops the data and builds the bank from the settings in force. It stays empty without a
+     *  known mode or bands, and with more than 65536 of them, which is logged. */
     void initFilters();
     const SpectrogramSettings &settings() const { return _settings; }
 
