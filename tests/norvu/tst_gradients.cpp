@@ -25,6 +25,7 @@ private slots:
     void tableHoldsTheGradient();
     void tableSurvivesOneStopAndCopies();
     void buttonTextCanBeRead();
+    void indexGivesColor();
 };
 
 void TestGradients::registryHoldsAllGradients()
@@ -87,7 +88,8 @@ void TestGradients::tableClampsAndTruncates_data()
     QTest::newRow("just below an entry") << 5.0 + 99.9 * step << 99U;
     QTest::newRow("just above an entry") << 5.0 + 100.1 * step << 100U;
     QTest::newRow("last") << 15.0 << 1023U;
-    QTest::newRow("beyond integers") << 1E300 << 0U;
+    QTest::newRow("beyond the last") << 2E7 << 1023U;
+    QTest::newRow("beyond integers") << 2.2E7 << 0U;
     QTest::newRow("no number") << std::nan("") << 0U;
 }
 
@@ -137,6 +139,15 @@ void TestGradients::buttonTextCanBeRead()
     };
     QCOMPARE(textOn(160), QColor(Qt::white));
     QCOMPARE(textOn(161), QColor(Qt::black));
+}
+
+void TestGradients::indexGivesColor()
+{
+    QCOMPARE(generateColor(0, 100, 200), QColor::fromHsv(0, 100, 200));
+    QCOMPARE(generateColor(1, 100, 200), QColor::fromHsv(221, 100, 200));
+    // Twice the golden ratio is one and 0.236068.
+    QCOMPARE(generateColor(2, 100, 200), QColor::fromHsv(84, 100, 200));
+    QCOMPARE(generateColorF(0, 0.25, 0.5), QColor::fromHsvF(0, 0, 0.25, 0.5));
 }
 
 QTEST_MAIN(TestGradients)
