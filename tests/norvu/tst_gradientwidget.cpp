@@ -106,6 +106,7 @@ private slots:
     void clickSelectsOrRemoves();
     void dragPassesNeighbours();
     void dragDoesNotLandOnAnotherStop();
+    void dragKeepsStopsOfEndlessSpan();
     void doubleClickAsksForPoint();
     void contextMenuAddsAndRemoves();
     void tabWalksHandlesAndLeaves();
@@ -159,10 +160,12 @@ void TestGradientWidget::clickSelectsOrRemoves()
     QCOMPARE(logOf(50, y, Qt::RightButton), QString());
     // Of close handles the left one is hit.
     QCOMPARE(logOf(52, y), QStringLiteral("clicked 5 #00ff00"));
+    QCOMPARE(logOf(48, y), QStringLiteral("clicked 5 #00ff00"));
     QCOMPARE(logOf(52, y, Qt::LeftButton, Qt::ControlModifier | Qt::ShiftModifier),
              QStringLiteral("clicked 5 #00ff00"));
     QCOMPARE(logOf(52, y, Qt::LeftButton, Qt::ControlModifier), QStringLiteral("removed 5 of 4"));
     QCOMPARE(bench.gradient.keys(), QList<double>({0, 5.2, 10}));
+    QCOMPARE(bench.widget.cursor().shape(), Qt::ArrowCursor);
 }
 
 void TestGradientWidget::dragPassesNeighbours()
@@ -196,6 +199,18 @@ void TestGradientWidget::dragDoesNotLandOnAnotherStop()
     bench.gradient.remove(9);
     bench.move(30);
     QCOMPARE(bench.takeLog(), QStringList());
+}
+
+void TestGradientWidget::dragKeepsStopsOfEndlessSpan()
+{
+    Gradient gradient;
+    gradient.setColorAt(-1.5E308, Qt::red);
+    gradient.setColorAt(1.5E308, Qt::blue);
+    Bench bench(gradient);
+    bench.press(0);
+    for (int x : {50, 0, 100})
+        bench.move(x);
+    QCOMPARE(bench.gradient, gradient);
 }
 
 void TestGradientWidget::doubleClickAsksForPoint()

@@ -10,6 +10,7 @@
 #include <QPointer>
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 
 namespace Norvu {
@@ -21,6 +22,7 @@ constexpr int SmallestBar = 4;
 constexpr int SmallestBarHint = 16;
 constexpr int CellSize = 8;
 constexpr double HandleScale = 0.75;
+constexpr int DarkBelow = 128;
 
 } // namespace
 
@@ -48,9 +50,8 @@ void GradientWidget::setUnit(const QString &unit)
 
 void GradientWidget::keyChanged(double, double newKey)
 {
-    _hoverHandle = -1;
+    clearHoverHandle();
     _currentHandle = mapKeyToIndex(newKey);
-    update();
 }
 
 // Geometry
@@ -75,7 +76,11 @@ double GradientWidget::keySpan() const
 int GradientWidget::mapKeyToPos(double key) const
 {
     const double span = keySpan();
-    return span > 0 ? static_cast<int>((key - _gradient->firstKey()) * rightEdge() / span) : 0;
+    if (!(span > 0))
+        return 0;
+    // Keys at the ends of what a double holds give no number or an infinite one.
+    const double x = (key - _gradient->firstKey()) * rightEdge() / span;
+    return static_cast<int>(std::min<double>(std::max(0.0, x), rightEdge()));
 }
 
 int GradientWidget::mapKeyToIndex(double key) const
@@ -127,9 +132,8 @@ void GradientWidget::deleteHandle(int index)
     const double key = mapIndexToIterator(index).key();
     emit pointRemoved(key);
     _gradient->remove(key);
-    _hoverHandle = -1;
+    clearHoverHandle();
     _currentHandle = -1;
-    update();
 }
 
 void GradientWidget::deleteCurrent()
@@ -151,6 +155,13 @@ void GradientWidget::setHoverHandle(int handle)
     update();
 }
 
+void GradientWidget::clearHoverHandle()
+{
+    _hoverHandle = -1;
+    unsetCursor();
+    update();
+}
+
 void GradientWidget::hoverAtPointer()
 {
     const QPoint pointer = mapFromGlobal(QCursor::pos());
@@ -165,7 +176,7 @@ void GradientWidget::dragTo(int x)
 
     const auto value = *stop;
     const double newKey = mapPosToKey(x);
-    if (!_gradient->contains(newKey)) {
+    if (std::isfinite(newKey) && !_gradient->contains(newKey)) {
         _gradient->erase(stop);
         _gradient->setColorAt(newKey, value.first, value.second);
         _dragKey = newKey;
@@ -255,9 +266,7 @@ void GradientWidget::mouseMoveEvent(QMouseEvent *event)
 
 void GradientWidget::leaveEvent(QEvent *)
 {
-    _hoverHandle = -1;
-    unsetCursor();
-    update();
+    clearHoverHandle();
 }
 
 void GradientWidget::contextMenuEvent(QContextMenuEvent *event)
@@ -310,8 +319,7 @@ void GradientWidget::focusInEvent(QFocusEvent *event)
 
 void GradientWidget::focusOutEvent(QFocusEvent *)
 {
-    _hoverHandle = -1;
-    update();
+    clearHoverHandle();
 }
 
 bool GradientWidget::focusNextPrevChild(bool next)
@@ -339,6 +347,7 @@ void GradientWidget::paintEvent(QPaintEvent *)
     if (_gradient->isEmpty())
         return;
     drawBar(painter);
+    drawStrip(painter);
     drawHandles(painter);
     if (hasFocus())
         drawFocusFrame(painter);
@@ -365,6 +374,13 @@ void GradientWidget::drawBar(QPainter &painter) const
         const double key = x * span * step + firstKey;
         painter.fillRect(x, 0, 1, bar, _gradient->colorAt(key, _discrete));
     }
+}
+
+void GradientWidget::drawStrip(QPainter &painter) const
+{
+    // Black handles can hardly be seen on the background of a dark palette.
+    if (palette().color(QPalette::Window).lightness() < DarkBelow)
+        painter.fillRect(rect().adjusted(0, barHeight(), 0, 0), palette().light());
 }
 
 void GradientWidget::drawHandles(QPainter &painter) const

@@ -15,10 +15,14 @@ namespace Gui {
  * Edits the stops of a gradient in place: a bar of its colours over a checkerboard with a handle
  * below each stop.
  *
- * Handles are numbered in the order of their keys. A click or the space bar selects one, a drag
- * moves it along the bar, also past its neighbours, Ctrl and a click removes it. Where a stop is to
- * be added, the widget only says so: the receiver of pointDoubleClicked() chooses the colour and
+ * Handles are numbered from 0 in the order of their keys. A click or the space bar selects one, a
+ * drag moves it along the bar, also past its neighbours but never onto another one, Ctrl and a
+ * click or the context menu removes it; the tab key walks through them. Where a stop is to be
+ * added, the widget only says so: the receiver of pointDoubleClicked() chooses the colour and
  * inserts it.
+ *
+ * Keys are in the unit of the gradient, positions are pixels of the widget. After a change of the
+ * gradient from outside, call keyChanged() or update().
  */
 class NORVU_GUI_API GradientWidget : public QWidget
 {
@@ -29,24 +33,27 @@ public:
     explicit GradientWidget(Tellarix::Gui::Gradient *gradient, QWidget *parent = nullptr,
                             Qt::WindowFlags f = Qt::WindowFlags());
 
-    /** Colours between stops are mixed, or else drawn in steps. */
+    /** Colours between stops are mixed, as at first, or else drawn in steps. In steps the bar is
+     *  longer by the distance of the first two stops: room for the step of the last stop. */
     void setInterpolation(bool on);
     /** Unit of the keys, kept for the owner; it isn't drawn. */
     void setUnit(const QString &unit);
     const QString &unit() const { return _unit; }
-    /** Says that a stop was given another key: it becomes the selected one. */
+    /** Says that a stop was given another key: it becomes the selected one. Without a stop at
+     *  @p newKey none is selected; @p oldKey is not looked at. */
     void keyChanged(double oldKey, double newKey);
 
     /** Index of the stop with exactly this key, or -1. */
     int mapKeyToIndex(double key) const;
-    /** The stop of an index: the first one for a negative index, the end beyond the last one. */
+    /** The stop of an index: the first one for a negative index, the gradient's end() beyond the
+     *  last one. */
     Tellarix::Gui::Gradient::iterator mapIndexToIterator(int index);
-    /** The key below a pixel; 0 if there are no stops. */
+    /** The key at a pixel column, also beyond the edges; 0 if there are no stops. */
     double mapPosToKey(int x) const;
     /**
-     * The leftmost handle below a point.
-     * @param checkHeight  finds nothing on the bar, above the handles
-     * @return -1 if there is none
+     * The leftmost handle at a point.
+     * @param checkHeight  finds nothing on the bar, above the handles; otherwise only x counts
+     * @return index of the handle, -1 if there is none
      */
     int findHandle(const QPoint &pos, bool checkHeight) const;
     /** Removes a stop after pointRemoved(); an index that doesn't exist does nothing. */
@@ -59,12 +66,14 @@ public slots:
 signals:
     /** A stop was selected or moved. */
     void pointClicked(qreal key, QColor color);
-    /** Double click on a stop, or on a place where one is to be added (@p hasKey false). */
+    /** Double click on a stop, or on a place where one is to be added (@p hasKey false): there,
+     *  @p color is what the gradient shows, invalid if it is empty. */
     void pointDoubleClicked(qreal key, QColor color, bool hasKey);
-    /** A stop is about to be removed. */
+    /** A stop is about to be removed; gradientChanged() does not follow. */
     void pointRemoved(qreal key);
+    /** Reserved: the widget doesn't emit it. */
     void pointsReleased();
-    /** A stop was moved. */
+    /** A stop was moved by the mouse. */
     void gradientChanged();
 
 protected:
@@ -87,12 +96,14 @@ private:
     int mapKeyToPos(double key) const;
 
     void setHoverHandle(int handle);
+    void clearHoverHandle();
     void hoverAtPointer();
     void dragTo(int x);
     void requestPoint(int x);
 
     void drawCheckerboard(QPainter &painter) const;
     void drawBar(QPainter &painter) const;
+    void drawStrip(QPainter &painter) const;
     void drawHandles(QPainter &painter) const;
     void drawFocusFrame(QPainter &painter) const;
 
