@@ -2,6 +2,7 @@
 #include <norvu/gui/gradientwidget.h>
 
 #include <QColorDialog>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
@@ -144,7 +145,9 @@ private slots:
     void newGradientIgnoresPendingInput();
     void tableLeavesWhatWasNotEdited();
     void tableAppliesEdits();
-    void selectionFollowsItsRow();
+    void selectionFollowsItsStop_data();
+    void selectionFollowsItsStop();
+    void tableWarnsOfLostStops();
     void disabledEditorShowsTableReadOnly();
 };
 
@@ -334,17 +337,60 @@ void TestGradientEditor::tableAppliesEdits()
     QCOMPARE(bench.changes.size(), 1);
 }
 
-void TestGradientEditor::selectionFollowsItsRow()
+void TestGradientEditor::selectionFollowsItsStop_data()
 {
+    QTest::addColumn<QStringList>("keys");
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<QColor>("color");
+
+    QTest::newRow("moved") << QStringList({"2", "", ""}) << "2" << QColor(Qt::red);
+    QTest::newRow("moved twice") << QStringList({"1", "", "2"}) << "2" << QColor(Qt::red);
+    QTest::newRow("another one below") << QStringList({"", "", "-1"}) << "0" << QColor(Qt::red);
+    QTest::newRow("replaced") << QStringList({"", "", "0"}) << "0" << QColor(Qt::blue);
+}
+
+void TestGradientEditor::selectionFollowsItsStop()
+{
+    QFETCH(QStringList, keys);
+    QFETCH(QString, key);
+    QFETCH(QColor, color);
+
     Bench bench;
     bench.click(0);
-    Answer<QDialog> answer(editTable([](QTableWidget &table) {
-        typeInto(table, 0, 0, QStringLiteral("1"));
-        typeInto(table, 2, 0, QStringLiteral("2"));
+    Answer<QDialog> answer(editTable([&](QTableWidget &table) {
+        for (int row = 0; row < keys.size(); ++row) {
+            if (!keys[row].isEmpty())
+                typeInto(table, row, 0, keys[row]);
+        }
     }));
     bench.editor.openList();
-    QCOMPARE(bench.key->text(), QStringLiteral("1"));
-    QCOMPARE(bench.shownColor(), QColor(Qt::red));
+    QCOMPARE(bench.key->text(), key);
+    QCOMPARE(bench.shownColor(), color);
+    QCOMPARE(bench.editor.gradient().value(key.toDouble()).first, color);
+
+    // The handle of the same stop is the selected one.
+    bench.bar->deleteCurrent();
+    QVERIFY(!bench.editor.gradient().contains(key.toDouble()));
+}
+
+void TestGradientEditor::tableWarnsOfLostStops()
+{
+    Bench bench;
+    Answer<QDialog> answer(editTable([](QTableWidget &table) {
+        const auto *warning = table.window()->findChild<QLabel *>();
+        typeInto(table, 0, 0, QStringLiteral("1"));
+        QVERIFY(warning->isVisible());
+        QCOMPARE(warning->text(),
+                 QStringLiteral("The stop of 1 will be lost: the one of 0 takes its key."));
+        typeInto(table, 0, 0, QStringLiteral("0"));
+        QVERIFY(!warning->isVisible());
+        typeInto(table, 0, 0, QStringLiteral("1"));
+        typeInto(table, 2, 0, QStringLiteral("2"));
+        QVERIFY(warning->isVisible());
+    }));
+    bench.editor.openList();
+    QCOMPARE(bench.editor.gradient().keys(), QList<double>({Third, 2}));
+    QCOMPARE(bench.editor.gradient().value(2).second, QStringLiteral("low"));
 }
 
 void TestGradientEditor::disabledEditorShowsTableReadOnly()

@@ -1,5 +1,6 @@
 #include <norvu/gui/gradienteditor.h>
 
+#include <norvu/gui/gradienttabledelegate.h>
 #include <norvu/gui/gradientwidget.h>
 
 #include <QColorDialog>
@@ -10,12 +11,10 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
-#include <QPainter>
 #include <QPushButton>
 #include <QTableWidget>
 #include <QVBoxLayout>
 
-#include <cmath>
 #include <iterator>
 
 namespace Norvu {
@@ -26,7 +25,7 @@ namespace {
 enum Column
 {
     KeyColumn,
-    ColorColumn,
+    ColorColumn = GradientTableDelegate::ColorColumn,
     TagColumn,
     ColumnCount,
 };
@@ -34,19 +33,6 @@ enum Column
 // Size of the table's dialog in lines of text.
 constexpr int TableWidth = 24;
 constexpr int TableHeight = 20;
-
-/** Knows its result before it is hidden, which is when a delegate asks for it. */
-class NoHideColorDialog : public QColorDialog
-{
-public:
-    using QColorDialog::QColorDialog;
-
-    void done(int r) override
-    {
-        QDialog::setResult(r);
-        QColorDialog::done(r);
-    }
-};
 
 /** Adds a row with two buttons at the right that end a dialog. */
 void addButtons(QDialog &dialog, QVBoxLayout &layout, const QString &accept, const QString &reject)
@@ -89,19 +75,50 @@ QString keyText(double key)
     return QString::number(key, 'g', 6);
 }
 
-double toKey(const QString &text, bool *ok)
-{
-    const double key = text.toDouble(ok);
-    *ok = *ok && std::isfinite(key);
-    return key;
-}
-
 /** The key that a text stands for. The text of @p key means exactly that one: what was not edited
  *  keeps the digits that the text doesn't show. */
 double editedKey(const QString &text, double key, bool *ok)
 {
     *ok = true;
-    return text == keyText(key) ? key : toKey(text, ok);
+    return text == keyText(key) ? key : GradientTableDelegate::toKey(text, ok);
+}
+
+double keyBefore(const QTableWidget &table, int row)
+{
+    return table.item(row, KeyColumn)->data(Qt::UserRole).toDouble();
+}
+
+double keyAfter(const QTableWidget &table, int row)
+{
+    const double before = keyBefore(table, row);
+    bool ok = false;
+    const QString text = table.item(row, KeyColumn)->data(Qt::EditRole).toString();
+    const double key = editedKey(text, before, &ok);
+    return ok ? key : before;
+}
+
+/** Tells which stops the edits of a table replace, a line each; empty if all are kept. */
+QString lossesOf(const QTableWidget &table)
+{
+    QMap<double, double> origins;
+    for (int row = 0; row < table.rowCount(); ++row)
+        origins.insert(keyBefore(table, row), keyBefore(table, row));
+
+    QStringList losses;
+    for (int row = 0; row < table.rowCount(); ++row) {
+        const double before = keyBefore(table, row);
+        const double after = keyAfter(table, row);
+        if (after == before)
+            continue;
+        const double origin = origins.take(before);
+        const auto replaced = origins.constFind(after);
+        if (replaced != origins.constEnd())
+            losses << GradientEditor::tr(
+                          "The stop of %1 will be lost: the one of %2 takes its key.")
+                          .arg(keyText(*replaced), keyText(origin));
+        origins.insert(after, origin);
+    }
+    return losses.join(QLatin1Char('\n'));
 }
 
 bool isDark(const QColor &color)
@@ -371,6 +388,14 @@ void GradientEditor::openList()
     auto *table = new QTableWidget(_gradient.size(), ColumnCount, &dialog);
     fillTable(*table);
     layout->addWidget(table);
+    auto *warning = new QLabel(&dialog);
+    warning->setWordWrap(true);
+    warning->hide();
+    layout->addWidget(warning);
+    connect(table, &QTableWidget::itemChanged, warning, [table, warning] {
+        warning->setText(lossesOf(*table));
+        warning->setVisible(!warning->text().isEmpty());
+    });
     addButtons(dialog, *layout, tr("OK"), tr("Cancel"));
     dialog.resize(TableWidth * fontMetrics().height(), TableHeight * fontMetrics().height());
     if (dialog.exec() == QDialog::Accepted)
@@ -410,112 +435,43 @@ void GradientEditor::fillTable(QTableWidget &table) const
 
 void GradientEditor::applyTable(const QTableWidget &table)
 {
-    // A row that takes the key of a later one must not hand the selection on to it.
-    const double selectedKey = _currentValid ? _currentKey : std::nan("");
+    double selectedKey = _currentKey;
     bool changed = false;
-    for (int row = 0; row < table.rowCount(); ++row)
-        changed = applyRow(table, row, selectedKey) || changed;
+    for (int row = 0; row < table.rowCount(); ++row) {
+        changed = applyRow(table, row) || changed;
+        if (keyBefore(table, row) == selectedKey)
+            selectedKey = keyAfter(table, row);
+    }
+    // Rows below the selected one may have changed the order of the handles and this stop's colour.
+    if (_currentValid && _gradient.contains(selectedKey)) {
+        _gradientWidget->keyChanged(_currentKey, selectedKey);
+        pointClicked(selectedKey, _gradient.value(selectedKey).first);
+    }
     if (!changed)
         return;
     _gradientWidget->update();
     emit gradientChanged();
 }
 
-bool GradientEditor::applyRow(const QTableWidget &table, int row, double selectedKey)
+bool GradientEditor::applyRow(const QTableWidget &table, int row)
 {
-    const QTableWidgetItem &keyItem = *table.item(row, KeyColumn);
     const QTableWidgetItem &colorItem = *table.item(row, ColorColumn);
     const QTableWidgetItem &tagItem = *table.item(row, TagColumn);
-    const double oldKey = keyItem.data(Qt::UserRole).toDouble();
+    const double oldKey = keyBefore(table, row);
+    const double newKey = keyAfter(table, row);
     const auto color = colorItem.data(Qt::DisplayRole).value<QColor>();
+    const bool colorChanged = color != colorItem.data(Qt::UserRole).value<QColor>();
+    const bool tagChanged = tagItem.text() != tagItem.data(Qt::UserRole).toString();
+    if (newKey == oldKey && !colorChanged && !tagChanged)
+        return false;
 
-    bool ok = false;
-    double key = editedKey(keyItem.data(Qt::EditRole).toString(), oldKey, &ok);
-    if (!ok)
-        key = oldKey;
-    bool changed = false;
-    if (key != oldKey) {
-        const auto stop = _gradient.take(oldKey);
-        _gradient.setColorAt(key, stop.first, stop.second);
-        changed = true;
-    }
-    // A stop that was moved is found at its new key: at the old one there is none any more.
-    if (color != colorItem.data(Qt::UserRole).value<QColor>()) {
-        _gradient[key].first = color;
-        changed = true;
-    }
-    if (tagItem.text() != tagItem.data(Qt::UserRole).toString()) {
-        _gradient[key].second = tagItem.text();
-        changed = true;
-    }
-    if (oldKey == selectedKey) {
-        _gradientWidget->keyChanged(oldKey, key);
-        pointClicked(key, color);
-    }
-    return changed;
-}
-
-// Delegate
-
-void GradientTableDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option,
-                                  const QModelIndex &index) const
-{
-    if (index.column() == ColorColumn)
-        painter->fillRect(option.rect, index.data(Qt::DisplayRole).value<QColor>());
-    else
-        QStyledItemDelegate::paint(painter, option, index);
-}
-
-QWidget *GradientTableDelegate::createEditor(QWidget *parent, const QStyleOptionViewItem &,
-                                             const QModelIndex &index) const
-{
-    if (index.column() != ColorColumn)
-        return new QLineEdit(parent);
-
-    auto *dialog = new NoHideColorDialog(parent);
-    dialog->setModal(true);
-    dialog->setOption(QColorDialog::ShowAlphaChannel);
-    return dialog;
-}
-
-void GradientTableDelegate::setEditorData(QWidget *editor, const QModelIndex &index) const
-{
-    if (auto *dialog = dynamic_cast<NoHideColorDialog *>(editor))
-        dialog->setCurrentColor(index.data(Qt::DisplayRole).value<QColor>());
-    else if (auto *edit = qobject_cast<QLineEdit *>(editor))
-        edit->setText(index.data(Qt::EditRole).toString());
-}
-
-void GradientTableDelegate::setModelData(QWidget *editor, QAbstractItemModel *model,
-                                         const QModelIndex &index) const
-{
-    if (auto *dialog = dynamic_cast<NoHideColorDialog *>(editor)) {
-        if (dialog->result() == QDialog::Accepted)
-            model->setData(index, dialog->currentColor(), Qt::EditRole);
-        return;
-    }
-
-    const auto *edit = qobject_cast<QLineEdit *>(editor);
-    if (!edit)
-        return;
-    bool ok = false;
-    const double key = toKey(edit->text(), &ok);
-    if (!ok) {
-        QMessageBox::critical(editor, tr("Conversion error"), tr("Invalid number"));
-        return;
-    }
-    // Opening and leaving the editor is no edit.
-    if (edit->text() != index.data(Qt::EditRole).toString())
-        model->setData(index, key, Qt::EditRole);
-}
-
-void GradientTableDelegate::updateEditorGeometry(QWidget *editor,
-                                                 const QStyleOptionViewItem &option,
-                                                 const QModelIndex &index) const
-{
-    // A dialog keeps its own place.
-    if (index.column() != ColorColumn)
-        editor->setGeometry(option.rect);
+    auto stop = _gradient.take(oldKey);
+    if (colorChanged)
+        stop.first = color;
+    if (tagChanged)
+        stop.second = tagItem.text();
+    _gradient.setColorAt(newKey, stop.first, stop.second);
+    return true;
 }
 
 } // namespace Gui
