@@ -77,6 +77,16 @@ public:
         setSpectrogramEnabled(true);
     }
 
+    double maximum() const { return _maximum; }
+    /** Greatest value of all stretches at present. */
+    double greatestValue() const
+    {
+        double result = 0;
+        for (const SpectrogramItem &item : _items)
+            result = std::max(result, item.spectrogram->maximum());
+        return result;
+    }
+
     void feed(const RecordCPtr &record)
     {
         records(0)->feed(record.get());
@@ -128,6 +138,7 @@ private slots:
     void newStretchHasNoHistory_data();
     void newStretchHasNoHistory();
     void trimsWithItsRecords();
+    void keepsTheRangeOfAllStretches();
     void standsBelowTheTrace_data();
     void standsBelowTheTrace();
     void switchesKeepTheData();
@@ -219,6 +230,23 @@ void TestSpectrogramRecordWidget::trimsWithItsRecords()
     for (int start = 60; start < 90; start += 10)
         widget.feed(makeRecord(start, 10));
     QCOMPARE(spans(widget), QStringList("240-359"));
+}
+
+void TestSpectrogramRecordWidget::keepsTheRangeOfAllStretches()
+{
+    Widget widget(3);
+    widget.feed(makeRecord(0, 10, Rate, 5));
+    const double pulse = widget.maximum();
+    QCOMPARE(widget.greatestValue(), pulse);
+    widget.feed(makeRecord(10, 10));
+    widget.feed(makeRecord(30, 10));
+    widget.feed(makeRecord(40, 10));
+    // The pulse has left the first stretch, which is still there.
+    QVERIFY(widget.greatestValue() < pulse);
+    QCOMPARE(widget.maximum(), pulse);
+    widget.feed(makeRecord(50, 10));
+    QCOMPARE(widget.maximum(), widget.greatestValue());
+    QVERIFY(widget.maximum() > 0);
 }
 
 void TestSpectrogramRecordWidget::standsBelowTheTrace_data()

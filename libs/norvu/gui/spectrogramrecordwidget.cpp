@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <vector>
 
 using Tellarix::Core::TimeSpan;
 
@@ -17,9 +18,35 @@ namespace Gui {
 namespace {
 
 /** Half a sample in seconds: up to there, times count as equal. */
-double toleranceOf(const Spectrogram<float> &spectrogram)
+double toleranceOf(double samplingFrequency)
 {
-    return 0.5 / spectrogram.samplingFrequency();
+    return 0.5 / samplingFrequency;
+}
+
+/** The end of a stretch, which the next record overlaps, continues or leaves behind. */
+struct StretchEnd
+{
+    Tellarix::Core::Time time;
+    double samplingFrequency;
+
+    double gapTo(const Tellarix::Record &record) const
+    {
+        return (record.startTime() - time).length();
+    }
+    bool overlaps(const Tellarix::Record &record) const
+    {
+        return gapTo(record) < -toleranceOf(samplingFrequency);
+    }
+    bool continuesWith(const Tellarix::Record &record) const
+    {
+        return gapTo(record) <= toleranceOf(samplingFrequency) &&
+               record.samplingFrequency() == samplingFrequency;
+    }
+};
+
+StretchEnd endOf(const RecordSpectrogram<float> &spectrogram)
+{
+    return {spectrogram.endTime(), spectrogram.samplingFrequency()};
 }
 
 } // namespace
@@ -71,8 +98,6 @@ void SpectrogramRecordWidget::setSpectrogramSlot(int slot)
         return;
 
     _slot = slot;
-    // A slot without records has nothing to notify of.
-    _items.clear();
     recordsChanged();
     update();
 }
@@ -147,11 +172,32 @@ void SpectrogramRecordWidget::changedRecords(int slot, Tellarix::RecordSequence 
 
     // What is given is what the traces show, which may be filtered when the raw records are wanted.
     _items.clear();
-    if (const Tellarix::RecordSequence *sequence = spectrogramRecords(slot)) {
-        for (const Tellarix::RecordCPtr &record : *sequence)
-            feedSpectrogram(slot, record.get());
-    }
+    if (const Tellarix::RecordSequence *sequence = spectrogramRecords(slot))
+        feedAll(*sequence);
     update();
+}
+
+/** As feedSpectrogram() of each record, but a stretch at once, which is faster. */
+void SpectrogramRecordWidget::feedAll(const Tellarix::RecordSequence &sequence)
+{
+    std::vector<const Tellarix::Record *> stretch;
+    for (const Tellarix::RecordCPtr &record : sequence) {
+        if (!record->hasEndTime())
+            continue;
+        if (!stretch.empty()) {
+            const StretchEnd end{stretch.back()->endTime(), stretch.front()->samplingFrequency()};
+            if (end.overlaps(*record))
+                continue;
+            if (!end.continuesWith(*record)) {
+                feedItem(stretch, true);
+                stretch.clear();
+            }
+        }
+        stretch.push_back(record.get());
+    }
+    if (!stretch.empty())
+        feedItem(stretch, true);
+    trimItems(sequence.timeWindow());
 }
 
 void SpectrogramRecordWidget::fed(int slot, const Tellarix::Record *record)
@@ -167,47 +213,45 @@ void SpectrogramRecordWidget::fed(int slot, const Tellarix::Record *record)
     int index = 0;
     if (!_items.empty()) {
         const RecordSpectrogram<float> &last = *_items.back().spectrogram;
-        index = sequence->firstStartingFrom(last.endTime() - TimeSpan(toleranceOf(last)));
+        index = sequence->firstStartingFrom(last.endTime() -
+                                            TimeSpan(toleranceOf(last.samplingFrequency())));
     }
     for (; index < sequence->size(); ++index)
         feedSpectrogram(slot, sequence->at(index));
 }
 
-bool SpectrogramRecordWidget::isAlreadyFed(const Tellarix::Record &record) const
-{
-    if (_items.empty())
-        return false;
-    const RecordSpectrogram<float> &last = *_items.back().spectrogram;
-    return (record.startTime() - last.endTime()).length() < -toleranceOf(last);
-}
-
-bool SpectrogramRecordWidget::continuesLast(const Tellarix::Record &record) const
-{
-    if (_items.empty())
-        return false;
-    const RecordSpectrogram<float> &last = *_items.back().spectrogram;
-    return (record.startTime() - last.endTime()).length() <= toleranceOf(last) &&
-           record.samplingFrequency() == last.samplingFrequency();
-}
-
 void SpectrogramRecordWidget::feedSpectrogram(int slot, const Tellarix::Record *record)
 {
     const Tellarix::RecordSequence *sequence = spectrogramRecords(slot);
-    if (!sequence || !record || !record->hasEndTime() || isAlreadyFed(*record))
+    if (!sequence || !record || !record->hasEndTime())
         return;
 
+    bool isNew = true;
+    if (!_items.empty()) {
+        const StretchEnd end = endOf(*_items.back().spectrogram);
+        if (end.overlaps(*record))
+            return;
+        isNew = !end.continuesWith(*record);
+    }
+    feedItem({record}, isNew);
+    trimItems(sequence->timeWindow());
+}
+
+/** Feeds records to the last item, or to a new one. */
+void SpectrogramRecordWidget::feedItem(const std::vector<const Tellarix::Record *> &records,
+                                       bool isNew)
+{
     const bool isFirst = _items.empty();
-    if (!continuesLast(*record))
+    if (isNew)
         _items.push_back({new RecordSpectrogram<float>(_settings), QImage(), -1, 0});
     SpectrogramItem &item = _items.back();
-    item.spectrogram->feed(record);
+    item.spectrogram->feed(records);
     if (isFirst) {
         _minimum = item.spectrogram->minimum();
         _maximum = item.spectrogram->maximum();
     } else {
         widenRange(item);
     }
-    trimItems(sequence->timeWindow());
 }
 
 void SpectrogramRecordWidget::widenRange(const SpectrogramItem &item)
@@ -227,7 +271,8 @@ void SpectrogramRecordWidget::trimItems(const Tellarix::Core::TimeWindow &window
         RecordSpectrogram<float> &spectrogram = *item.spectrogram;
         const Tellarix::Core::Time start = spectrogram.startTime();
         // Rounding must not take the last column, behind which the next record goes on.
-        spectrogram.trim(window.startTime(), window.endTime() + TimeSpan(toleranceOf(spectrogram)));
+        spectrogram.trim(window.startTime(),
+                         window.endTime() + TimeSpan(toleranceOf(spectrogram.samplingFrequency())));
         if (!spectrogram.isNull()) {
             // The picture may keep its size, but begins with another column.
             if (spectrogram.startTime() != start)

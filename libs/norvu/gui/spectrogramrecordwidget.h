@@ -10,6 +10,7 @@
 #include <QImage>
 
 #include <deque>
+#include <vector>
 
 namespace Norvu {
 namespace Gui {
@@ -70,13 +71,6 @@ public slots:
     void setDrawSpectrogramInFront(bool enable);
 
 protected:
-    void changedRecords(int slot, Tellarix::RecordSequence *sequence) override;
-    void customPaintTracesBegin(QPainter &painter) override;
-    void customPaintTracesEnd(QPainter &painter) override;
-    /** Paints all stretches in view; x is mapTime() of the widget. */
-    virtual void drawSpectrogram(QPainter &painter);
-
-private:
     /** A stretch without gaps and its picture. */
     struct SpectrogramItem
     {
@@ -86,16 +80,24 @@ private:
         double imageScale{0}; /**< pixels per second */
     };
 
+    void changedRecords(int slot, Tellarix::RecordSequence *sequence) override;
+    void customPaintTracesBegin(QPainter &painter) override;
+    void customPaintTracesEnd(QPainter &painter) override;
+    /** Paints all stretches in view; x is mapTime() of the widget. */
+    virtual void drawSpectrogram(QPainter &painter);
+
+    std::deque<SpectrogramItem> _items; /**< in the order of time */
+    double _minimum{0};                 /**< range of values in all stretches */
+    double _maximum{0};
+
+private:
     Tellarix::RecordSequence *spectrogramRecords(int slot) const;
-    bool isAlreadyFed(const Tellarix::Record &record) const;
-    bool continuesLast(const Tellarix::Record &record) const;
+    void feedAll(const Tellarix::RecordSequence &sequence);
+    void feedItem(const std::vector<const Tellarix::Record *> &records, bool isNew);
     void widenRange(const SpectrogramItem &item);
     void trimItems(const Tellarix::Core::TimeWindow &window);
     void drawItem(QPainter &painter, SpectrogramItem &item);
 
-    std::deque<SpectrogramItem> _items;
-    double _minimum{0}; /**< range of values in all stretches */
-    double _maximum{0};
     const Utils::LUT<double, unsigned int> *_colorLUT{nullptr};
     bool _drawInFront{false};
     bool _displayEnabled{true};
