@@ -6,6 +6,7 @@
 #include <norvu/gui/spectrogramimage.h>
 #include <tellarix/qt/scheme.h>
 
+#include <QHBoxLayout>
 #include <QtTest>
 
 #include <cmath>
@@ -260,10 +261,17 @@ void SpectrogramScaleTest::impossibleRangesHaveNoNumbers()
 
 void SpectrogramScaleTest::widthFollowsContent()
 {
+    QWidget window;
     Bench bench("freqs(1,20,10,64)");
+    auto *layout = new QHBoxLayout(&window);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(&bench.scale);
+    window.show();
     const int full = bench.scale.sizeHint().width();
+    QCOMPARE(layout->sizeHint().width(), full);
     bench.scale.setColorBarVisible(false);
     const int axis = bench.scale.sizeHint().width();
+    QCOMPARE(layout->sizeHint().width(), axis);
     QVERIFY(0 < axis && axis < full);
     QVERIFY(Ink::rectOfColor(Ink::picture(bench.scale), Qt::red).isEmpty());
     bench.scale.setAxis(SpectrogramAxis());

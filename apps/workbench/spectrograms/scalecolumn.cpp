@@ -18,8 +18,9 @@ namespace {
 
 /** Pixels between numbers that stand as close as they may. */
 constexpr double LeastGap = 2;
-/** Lines of text from number to number, if that leaves enough of them. */
-constexpr double Comfortable = 1.6;
+/** Heights of a number from one to the next, if that leaves enough of them, and else. */
+constexpr double Comfortable = 2.5;
+constexpr double Readable = 1.5;
 constexpr int EnoughLabels = 4;
 constexpr double TextGap = 3;
 constexpr double TitleGap = 4;
@@ -90,12 +91,14 @@ void ScaleColumn::arrange(const QFont &font, const ScaleSpan &span, int width)
     if (!_source || span.length <= 0)
         return;
 
-    const double line = QFontMetricsF(_font).height() / span.length;
-    if (placeLabels(Comfortable * line) >= EnoughLabels || placeLabels(line) > 1)
+    const double height = _digits.height() / span.length;
+    if (placeLabels(Comfortable * height) >= EnoughLabels)
+        return;
+    if (Readable * height < 0.5 && placeLabels(Readable * height) > 1)
         return;
     // Texts are moved inwards at the ends, so that those chosen need not fit: then less is chosen.
     constexpr double Growth = 1.2;
-    double distance = (_digits.height() + LeastGap) / span.length;
+    double distance = height + LeastGap / span.length;
     while (placeLabels(distance) < 2 && distance < 1)
         distance *= Growth;
 }

@@ -130,19 +130,9 @@ QRect SpectrogramScale::pictureRect() const
     return _pictureHeight < 1 ? rect() : QRect(0, _pictureTop, width(), _pictureHeight);
 }
 
-int SpectrogramScale::axisWidth() const
-{
-    return _axis.isEmpty() ? 0 : _axisColumn.preferredWidth(font(), LeastPeriod);
-}
-
-int SpectrogramScale::colorWidth() const
-{
-    return _colorColumn.preferredWidth(font(), LeastAmplitude);
-}
-
 int SpectrogramScale::barLeft() const
 {
-    return axisWidth() + BarDistance;
+    return _axisWidth + BarDistance;
 }
 
 QRect SpectrogramScale::colorBarRect() const
@@ -154,19 +144,22 @@ QRect SpectrogramScale::colorBarRect() const
 
 QSize SpectrogramScale::sizeHint() const
 {
-    const QFontMetrics metrics = fontMetrics();
-    const int bar = hasColorBar() ? BarDistance + barWidth(metrics) + colorWidth() : 0;
-    const int content = axisWidth() + bar;
-    return {content > 0 ? content + RightMargin : 0, 4 * metrics.height()};
+    return {_contentWidth, 4 * fontMetrics().height()};
 }
 
 QSize SpectrogramScale::minimumSizeHint() const
 {
-    return {sizeHint().width(), fontMetrics().height()};
+    return {_contentWidth, fontMetrics().height()};
 }
 
-/** Width and tool tip depend on what is shown. */
 void SpectrogramScale::changeContent()
+{
+    updateToolTip();
+    updateWidth();
+    arrange();
+}
+
+void SpectrogramScale::updateToolTip()
 {
     QStringList lines;
     if (!_axis.isEmpty())
@@ -177,8 +170,22 @@ void SpectrogramScale::changeContent()
         lines << rangeText(tr("Amplitudes from %1 to %2 %3"), _colors.lower, _colors.upper,
                            _amplitudeUnit);
     setToolTip(lines.join('\n'));
+}
+
+/** Rows are laid out anew only if they have to: colours may follow live data. */
+void SpectrogramScale::updateWidth()
+{
+    _axisWidth = _axis.isEmpty() ? 0 : _axisColumn.preferredWidth(font(), LeastPeriod);
+    _colorWidth = _colorColumn.preferredWidth(font(), LeastAmplitude);
+    int width = _axisWidth;
+    if (hasColorBar())
+        width += BarDistance + barWidth(fontMetrics()) + _colorWidth;
+    if (width > 0)
+        width += RightMargin;
+    if (width == _contentWidth)
+        return;
+    _contentWidth = width;
     updateGeometry();
-    arrange();
 }
 
 void SpectrogramScale::arrange()
@@ -186,11 +193,10 @@ void SpectrogramScale::arrange()
     const QRect area = pictureRect();
     const double bottom = area.top() + area.height();
     const double maximumY = height();
-    _axisColumn.arrange(font(), {bottom, static_cast<double>(area.height()), maximumY},
-                        axisWidth());
+    _axisColumn.arrange(font(), {bottom, static_cast<double>(area.height()), maximumY}, _axisWidth);
     // The first and the last row of the bar are the ends of its range.
     const double barLength = area.height() - 2 * FrameWidth - 1;
-    _colorColumn.arrange(font(), {bottom - FrameWidth, barLength, maximumY}, colorWidth());
+    _colorColumn.arrange(font(), {bottom - FrameWidth, barLength, maximumY}, _colorWidth);
     update();
 }
 
@@ -203,7 +209,7 @@ void SpectrogramScale::resizeEvent(QResizeEvent *event)
 void SpectrogramScale::changeEvent(QEvent *event)
 {
     if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) {
-        updateGeometry();
+        updateWidth();
         arrange();
     }
     QWidget::changeEvent(event);

@@ -76,10 +76,10 @@ protected:
 private:
     bool hasColorBar() const;
     QRect pictureRect() const;
-    int axisWidth() const;
-    int colorWidth() const;
     int barLeft() const;
     void changeContent();
+    void updateToolTip();
+    void updateWidth();
     void arrange();
     void drawBaseline(QPainter &painter) const;
     void drawColorBar(QPainter &painter) const;
@@ -92,6 +92,9 @@ private:
     int _pictureHeight{0};
     ScaleColumn _axisColumn;
     ScaleColumn _colorColumn;
+    int _axisWidth{0};
+    int _colorWidth{0};
+    int _contentWidth{0}; /**< that of the hint */
 };
 
 } // namespace Workbench
