@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <vector>
 
+#include <hwy/cache_control.h>
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "norvu/gui/spectrogramtile.cpp"
 #include <hwy/foreach_target.h>
@@ -19,6 +21,9 @@ namespace hn = hwy::HWY_NAMESPACE;
 
 // Rows of a tile lie so far apart that a column doesn't crowd one set of the cache.
 constexpr int TileStride = TileWidth + 16;
+
+// Lines of pixels from the one that is drawn to the one that is fetched.
+constexpr int FetchedAhead = 2;
 
 template <typename T>
 constexpr T PerWeight = static_cast<T>(2.3283064365386963e-10);
@@ -102,6 +107,28 @@ inline void storeIndices(const Indices &table, hn::VFromD<hn::ScalableTag<float>
 }
 #endif
 
+/** Looks entries up by single loads: gathers are slow on many machines. */
+inline void lookUp(const unsigned int *table, const int32_t *indices, int count,
+                   unsigned int *pixels)
+{
+    constexpr int Unrolled = 8;
+    int x = 0;
+    for (; x + Unrolled <= count; x += Unrolled) {
+        for (int i = 0; i < Unrolled; ++i)
+            pixels[x + i] = table[static_cast<uint32_t>(indices[x + i])];
+    }
+    for (; x < count; ++x)
+        pixels[x] = table[indices[x]];
+}
+
+/** Fetches a line of pixels before it is written: stores alone wait for each line of the cache. */
+inline void fetchLine(const unsigned int *pixels, int width)
+{
+    constexpr int CacheLine = 64 / sizeof(unsigned int);
+    for (int x = 0; x < width; x += CacheLine)
+        hwy::Prefetch(pixels + x);
+}
+
 template <typename T>
 void drawLine(const LineMix<T> &line, const T *tile, int width, const PixelTable &table,
               unsigned int *pixels)
@@ -126,9 +153,7 @@ void drawLine(const LineMix<T> &line, const T *tile, int width, const PixelTable
         }
         storeIndices(entries, values, indices + x);
     }
-    // Single loads: gathers take a quarter longer in all.
-    for (int x = 0; x < width; ++x)
-        pixels[x] = table.pixels[indices[x]];
+    lookUp(table.pixels, indices, width, pixels);
 }
 
 template <typename T>
@@ -138,8 +163,12 @@ void drawTile(const ColumnMix<T> *columns, int width, int rows, const LineMix<T>
     std::vector<T> tile(static_cast<size_t>(rows) * TileStride);
     for (int x = 0; x < width; ++x)
         mixColumn(columns[x], rows, tile.data() + x);
-    for (int y = 0; y < height; ++y)
-        drawLine(lines[y], tile.data(), width, table, bottom - y * stride);
+    for (int y = 0; y < height; ++y) {
+        unsigned int *pixels = bottom - y * stride;
+        if (y + FetchedAhead < height)
+            fetchLine(pixels - FetchedAhead * stride, width);
+        drawLine(lines[y], tile.data(), width, table, pixels);
+    }
 }
 
 // The dispatcher wants plain functions.
