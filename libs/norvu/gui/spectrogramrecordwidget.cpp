@@ -2,61 +2,44 @@
 
 #include <norvu/gui/spectrogramimage.h>
 
+#include <tellarix/core/records/cut.h>
 #include <tellarix/core/records/recordsequence.h>
 
 #include <QPainter>
 
 #include <algorithm>
 #include <cmath>
-#include <vector>
 
-using Tellarix::Core::TimeSpan;
+using namespace Tellarix;
+using Core::Time;
+using Core::TimeSpan;
+using Core::TimeWindow;
 
 namespace Norvu {
 namespace Gui {
 
-namespace {
-
-/** Half a sample in seconds: up to there, times count as equal. */
-double toleranceOf(double samplingFrequency)
+TimeSpan SpectrogramRecordWidget::Tail::tolerance() const
 {
-    return 0.5 / samplingFrequency;
+    return TimeSpan(0.5 / rate);
 }
 
-/** The end of a stretch, which the next record overlaps, continues or leaves behind. */
-struct StretchEnd
+bool SpectrogramRecordWidget::Tail::covers(const Record &record) const
 {
-    Tellarix::Core::Time time;
-    double samplingFrequency;
-
-    double gapTo(const Tellarix::Record &record) const
-    {
-        return (record.startTime() - time).length();
-    }
-    bool overlaps(const Tellarix::Record &record) const
-    {
-        return gapTo(record) < -toleranceOf(samplingFrequency);
-    }
-    bool continuesWith(const Tellarix::Record &record) const
-    {
-        return gapTo(record) <= toleranceOf(samplingFrequency) &&
-               record.samplingFrequency() == samplingFrequency;
-    }
-};
-
-StretchEnd endOf(const RecordSpectrogram<float> &spectrogram)
-{
-    return {spectrogram.endTime(), spectrogram.samplingFrequency()};
+    return rate > 0 && record.startTime() - end < -tolerance();
 }
 
-} // namespace
+bool SpectrogramRecordWidget::Tail::continuesWith(const Record &record) const
+{
+    return rate > 0 && record.startTime() - end <= tolerance() &&
+           record.samplingFrequency() == rate;
+}
 
 SpectrogramRecordWidget::SpectrogramRecordWidget(QWidget *parent)
-    : SpectrogramRecordWidget(Tellarix::DataModel::WaveformStreamID(), parent)
+    : SpectrogramRecordWidget(DataModel::WaveformStreamID(), parent)
 {}
 
-SpectrogramRecordWidget::SpectrogramRecordWidget(
-    const Tellarix::DataModel::WaveformStreamID &streamID, QWidget *parent)
+SpectrogramRecordWidget::SpectrogramRecordWidget(const DataModel::WaveformStreamID &streamID,
+                                                 QWidget *parent)
     : Tellarix::Gui::RecordWidget(streamID, parent)
 {
     _settings.logarithmic = false;
@@ -111,6 +94,19 @@ void SpectrogramRecordWidget::useFilteredRecords(bool use)
     recordsChanged();
 }
 
+void SpectrogramRecordWidget::setSpectrogramTimeWindow(const TimeWindow &window)
+{
+    const TimeWindow before = _window;
+    _window = window;
+    if (before.valid() && window.valid() && window.startTime() == before.startTime() &&
+        window.endTime() >= before.endTime()) {
+        extendToWindow();
+        update();
+    } else {
+        recordsChanged();
+    }
+}
+
 void SpectrogramRecordWidget::setSpectrogramEnabled(bool enable)
 {
     if (enable == _enabled)
@@ -155,7 +151,7 @@ void SpectrogramRecordWidget::clearSpectrogramImages()
 
 // Records
 
-Tellarix::RecordSequence *SpectrogramRecordWidget::spectrogramRecords(int slot) const
+RecordSequence *SpectrogramRecordWidget::spectrogramRecords(int slot) const
 {
     return _useFilteredRecords ? filteredRecords(slot) : records(slot);
 }
@@ -165,86 +161,103 @@ void SpectrogramRecordWidget::recordsChanged()
     changedRecords(_slot, spectrogramRecords(_slot));
 }
 
-void SpectrogramRecordWidget::changedRecords(int slot, Tellarix::RecordSequence *)
+void SpectrogramRecordWidget::changedRecords(int slot, RecordSequence *)
 {
     if (!_enabled || slot != _slot)
         return;
 
-    // What is given is what the traces show, which may be filtered when the raw records are wanted.
     _items.clear();
-    if (const Tellarix::RecordSequence *sequence = spectrogramRecords(slot))
-        feedAll(*sequence);
+    feedWindow(_window);
     update();
 }
 
-/** As feedSpectrogram() of each record, but a stretch at once, which is faster. */
-void SpectrogramRecordWidget::feedAll(const Tellarix::RecordSequence &sequence)
+/** Feeds what the sequence holds in a window. What changedRecords() is given is what the traces
+ *  show, which may be filtered when the raw records are wanted. */
+void SpectrogramRecordWidget::feedWindow(const TimeWindow &window)
 {
-    std::vector<const Tellarix::Record *> stretch;
-    for (const Tellarix::RecordCPtr &record : sequence) {
-        if (!record->hasEndTime())
-            continue;
-        if (!stretch.empty()) {
-            const StretchEnd end{stretch.back()->endTime(), stretch.front()->samplingFrequency()};
-            if (end.overlaps(*record))
-                continue;
-            if (!end.continuesWith(*record)) {
-                feedItem(stretch, true);
-                stretch.clear();
-            }
-        }
-        stretch.push_back(record.get());
+    const RecordSequence *sequence = spectrogramRecords(_slot);
+    if (!sequence)
+        return;
+    if (window.valid()) {
+        const std::vector<RecordCPtr> cut = cutRecords(*sequence, window);
+        feedRecords(cut.begin(), cut.end());
+    } else {
+        feedRecords(sequence->begin(), sequence->end());
     }
-    if (!stretch.empty())
-        feedItem(stretch, true);
-    trimItems(sequence.timeWindow());
+    trimItems(sequence->timeWindow());
 }
 
-void SpectrogramRecordWidget::fed(int slot, const Tellarix::Record *record)
+/** Feeds what the sequence holds from the end of the last stretch to that of the window. */
+void SpectrogramRecordWidget::extendToWindow()
 {
-    Tellarix::Gui::RecordWidget::fed(slot, record);
+    if (!_enabled)
+        return;
+    const Time from = _items.empty() ? _window.startTime() : tail().end - tail().tolerance();
+    feedWindow(TimeWindow(from, _window.endTime()));
+}
+
+void SpectrogramRecordWidget::fed(int slot, const Record *record)
+{
+    RecordWidget::fed(slot, record);
     if (!_enabled || slot != _slot)
         return;
-    const Tellarix::RecordSequence *sequence = spectrogramRecords(slot);
+    const RecordSequence *sequence = spectrogramRecords(slot);
     if (!sequence)
         return;
 
     // While filtering is on the sequence holds a copy of the record, or several that were waiting.
-    int index = 0;
-    if (!_items.empty()) {
-        const RecordSpectrogram<float> &last = *_items.back().spectrogram;
-        index = sequence->firstStartingFrom(last.endTime() -
-                                            TimeSpan(toleranceOf(last.samplingFrequency())));
+    if (_window.valid()) {
+        extendToWindow();
+        return;
     }
+    int index = _items.empty() ? 0 : sequence->firstStartingFrom(tail().end - tail().tolerance());
     for (; index < sequence->size(); ++index)
         feedSpectrogram(slot, sequence->at(index));
 }
 
-void SpectrogramRecordWidget::feedSpectrogram(int slot, const Tellarix::Record *record)
+void SpectrogramRecordWidget::feedSpectrogram(int slot, const Record *record)
 {
-    const Tellarix::RecordSequence *sequence = spectrogramRecords(slot);
-    if (!sequence || !record || !record->hasEndTime())
+    const RecordSequence *sequence = spectrogramRecords(slot);
+    if (!sequence || !record)
         return;
 
-    bool isNew = true;
-    if (!_items.empty()) {
-        const StretchEnd end = endOf(*_items.back().spectrogram);
-        if (end.overlaps(*record))
-            return;
-        isNew = !end.continuesWith(*record);
-    }
-    feedItem({record}, isNew);
+    const RecordCPtr fed(record);
+    feedRecords(&fed, &fed + 1);
     trimItems(sequence->timeWindow());
 }
 
-/** Feeds records to the last item, or to a new one. */
-void SpectrogramRecordWidget::feedItem(const std::vector<const Tellarix::Record *> &records,
-                                       bool isNew)
+SpectrogramRecordWidget::Tail SpectrogramRecordWidget::tail() const
 {
-    const bool isFirst = _items.empty();
-    if (isNew)
-        _items.push_back({new RecordSpectrogram<float>(_settings), QImage(), -1, 0});
-    SpectrogramItem &item = _items.back();
+    const RecordSpectrogram<float> &last = *_items.back().spectrogram;
+    return {last.endTime(), last.samplingFrequency()};
+}
+
+/** Hands records that follow each other over together, which is faster. */
+template <typename Iterator>
+void SpectrogramRecordWidget::feedRecords(Iterator begin, Iterator end)
+{
+    std::vector<const Record *> stretch;
+    Tail reached = _items.empty() ? Tail() : tail();
+    for (Iterator record = begin; record != end; ++record) {
+        if (!(*record)->hasEndTime() || reached.covers(**record))
+            continue;
+        if (!reached.continuesWith(**record)) {
+            feedLast(stretch);
+            stretch.clear();
+            _items.push_back({new RecordSpectrogram<float>(_settings), QImage(), -1, 0});
+        }
+        stretch.push_back(record->get());
+        reached = {(*record)->endTime(), (*record)->samplingFrequency()};
+    }
+    feedLast(stretch);
+}
+
+void SpectrogramRecordWidget::feedLast(const std::vector<const Record *> &records)
+{
+    if (records.empty())
+        return;
+    const SpectrogramItem &item = _items.back();
+    const bool isFirst = _items.size() == 1 && item.spectrogram->isNull();
     item.spectrogram->feed(records);
     if (isFirst) {
         _minimum = item.spectrogram->minimum();
@@ -260,7 +273,7 @@ void SpectrogramRecordWidget::widenRange(const SpectrogramItem &item)
     _maximum = std::max(_maximum, item.spectrogram->maximum());
 }
 
-void SpectrogramRecordWidget::trimItems(const Tellarix::Core::TimeWindow &window)
+void SpectrogramRecordWidget::trimItems(const TimeWindow &window)
 {
     if (_items.empty() || !(window.startTime() > _items.front().spectrogram->startTime()))
         return;
@@ -269,10 +282,10 @@ void SpectrogramRecordWidget::trimItems(const Tellarix::Core::TimeWindow &window
     while (!_items.empty()) {
         SpectrogramItem &item = _items.front();
         RecordSpectrogram<float> &spectrogram = *item.spectrogram;
-        const Tellarix::Core::Time start = spectrogram.startTime();
+        const Time start = spectrogram.startTime();
         // Rounding must not take the last column, behind which the next record goes on.
-        spectrogram.trim(window.startTime(),
-                         window.endTime() + TimeSpan(toleranceOf(spectrogram.samplingFrequency())));
+        const TimeSpan tolerance(0.5 / spectrogram.samplingFrequency());
+        spectrogram.trim(window.startTime(), window.endTime() + tolerance);
         if (!spectrogram.isNull()) {
             // The picture may keep its size, but begins with another column.
             if (spectrogram.startTime() != start)
@@ -289,6 +302,45 @@ void SpectrogramRecordWidget::trimItems(const Tellarix::Core::TimeWindow &window
     _maximum = _items.empty() ? 0 : _items.front().spectrogram->maximum();
     for (const SpectrogramItem &item : _items)
         widenRange(item);
+}
+
+QPair<double, double> SpectrogramRecordWidget::spectrogramRange() const
+{
+    return _items.empty() ? qMakePair(0.0, 0.0) : qMakePair(_minimum, _maximum);
+}
+
+size_t SpectrogramRecordWidget::spectrogramSize() const
+{
+    size_t size = 0;
+    for (const SpectrogramItem &item : _items)
+        size += sizeof(float) * static_cast<size_t>(item.spectrogram->columns()) *
+                static_cast<size_t>(item.spectrogram->rows());
+    return size;
+}
+
+bool SpectrogramRecordWidget::spectrogramAt(const QPoint &point, double *position,
+                                            double *amplitude) const
+{
+    const QRect canvas = canvasRect();
+    if (!canvas.contains(point))
+        return false;
+    const Time time = unmapTime(point.x());
+    for (const SpectrogramItem &item : _items) {
+        const RecordSpectrogram<float> &spectrogram = *item.spectrogram;
+        const int column = spectrogram.mapTime(time);
+        if (time < spectrogram.startTime() || column >= spectrogram.columns() ||
+            spectrogram.rows() < 1)
+            continue;
+        *position = static_cast<double>(canvas.bottom() - point.y()) / canvas.height();
+        const int row = std::min(static_cast<int>(std::lround(*position * spectrogram.rows())),
+                                 spectrogram.rows() - 1);
+        *amplitude =
+            spectrogram
+                .data()[static_cast<size_t>(column) * static_cast<size_t>(spectrogram.rows()) +
+                        static_cast<size_t>(row)];
+        return true;
+    }
+    return false;
 }
 
 // Painting

@@ -9,6 +9,7 @@
 
 #include <QImage>
 
+#include <cstddef>
 #include <deque>
 #include <vector>
 
@@ -48,8 +49,30 @@ public:
     /** Whether the filtered records of the slot are used instead of the raw ones. */
     void useFilteredRecords(bool use);
 
+    /**
+     * Works out only what lies in a time window, to the sample, so that a view of a long sequence
+     * needs no more memory than what it shows; an invalid window, as at the start, for everything.
+     * A window with the same start and a later end goes on where the last one ended, any other
+     * begins anew without history.
+     */
+    void setSpectrogramTimeWindow(const Tellarix::Core::TimeWindow &window);
+    const Tellarix::Core::TimeWindow &spectrogramTimeWindow() const { return _window; }
+
     bool isSpectrogramEnabled() const { return _enabled; }
     bool isSpectrogramDisplayEnabled() const { return _displayEnabled; }
+
+    /** Smallest and largest amplitude of all stretches, in samples; (0, 0) without any. */
+    QPair<double, double> spectrogramRange() const;
+    /** Memory of all stretches in bytes. */
+    size_t spectrogramSize() const;
+    /**
+     * What the spectrogram shows at a point of the widget.
+     * @param position   set to where the point stands between the bottom (0) and the top (1) of the
+     *                   picture
+     * @param amplitude  set to the value of the nearest sample and band, in samples
+     * @return false, leaving the results alone, where there is nothing
+     */
+    bool spectrogramAt(const QPoint &point, double *position, double *amplitude) const;
 
     /** Forgets the pictures, but not the data. */
     void clearSpectrogramImages();
@@ -91,9 +114,25 @@ protected:
     double _maximum{0};
 
 private:
+    /** Where a stretch ends, and how it goes on. */
+    struct Tail
+    {
+        Tellarix::Core::Time end;
+        double rate{0}; /**< 0: there is no stretch */
+
+        /** Half a sample: up to there, times count as equal. */
+        Tellarix::Core::TimeSpan tolerance() const;
+        bool covers(const Tellarix::Record &record) const;
+        bool continuesWith(const Tellarix::Record &record) const;
+    };
+
     Tellarix::RecordSequence *spectrogramRecords(int slot) const;
-    void feedAll(const Tellarix::RecordSequence &sequence);
-    void feedItem(const std::vector<const Tellarix::Record *> &records, bool isNew);
+    Tail tail() const;
+    void feedWindow(const Tellarix::Core::TimeWindow &window);
+    void extendToWindow();
+    template <typename Iterator>
+    void feedRecords(Iterator begin, Iterator end);
+    void feedLast(const std::vector<const Tellarix::Record *> &records);
     void widenRange(const SpectrogramItem &item);
     void trimItems(const Tellarix::Core::TimeWindow &window);
     void drawItem(QPainter &painter, SpectrogramItem &item);
@@ -105,6 +144,7 @@ private:
     bool _useFilteredRecords{false};
     SpectrogramSettings _settings;
     int _slot{-1};
+    Tellarix::Core::TimeWindow _window;
 };
 
 } // namespace Gui
