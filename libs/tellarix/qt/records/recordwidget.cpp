@@ -198,6 +198,15 @@ void RecordWidget::setRecordPen(int slot, const QPen &pen)
     update();
 }
 
+void RecordWidget::removeRecordPen(int slot)
+{
+    Slot *item = slotAt(slot);
+    if (item == nullptr || !item->pen)
+        return;
+    item->pen.reset();
+    update();
+}
+
 bool RecordWidget::isRecordVisible(int slot) const
 {
     const Slot *item = slotAt(slot);

@@ -129,6 +129,7 @@ public:
     /** The pen set for a slot, otherwise one of the scheme's colour and line width. */
     QPen recordPen(int slot) const;
     void setRecordPen(int slot, const QPen &pen);
+    void removeRecordPen(int slot);
     bool isRecordVisible(int slot) const;
     void setRecordVisible(int slot, bool visible);
     /** State of a slot for raw or filtered data; null if there is no such slot. */
