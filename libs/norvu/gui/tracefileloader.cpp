@@ -49,11 +49,16 @@ void TraceFileLoader::receivedRecord(Tellarix::Record *record)
         feed(row, slot, record);
 }
 
+Trace *TraceFileLoader::makeRow(const QString &label) const
+{
+    return new Trace(label, Qt::black);
+}
+
 Trace *TraceFileLoader::addRowFor(const Tellarix::Record &record)
 {
     const QString codes[] = {record.networkCode().c_str(), record.stationCode().c_str(),
                              record.locationCode().c_str(), record.channelCode().c_str()};
-    auto *row = new Trace(record.streamID().c_str(), Qt::black);
+    Trace *row = makeRow(record.streamID().c_str());
     for (int key = 0; key < 4; ++key)
         row->setData(key, codes[key]);
     _view->addItem(row, TraceView::NoRecordID);

@@ -27,6 +27,8 @@ public:
 
 protected:
     void receivedRecord(Tellarix::Record *record) override;
+    /** A row for a new stream, which the view takes over. */
+    virtual Trace *makeRow(const QString &label) const;
 
     /** A loader that makes rows for the streams of another source than a file; takes over
      *  @p stream. */
