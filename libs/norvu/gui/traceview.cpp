@@ -49,6 +49,16 @@ QString recordIDText(const Tellarix::DataModel::Stream *stream,
     return QString();
 }
 
+/** A square that takes room only across, so that a wide one doesn't make its bar high. */
+class WidthItem : public QWidgetItem
+{
+public:
+    using QWidgetItem::QWidgetItem;
+
+    QSize sizeHint() const override { return {QWidgetItem::sizeHint().width(), 0}; }
+    QSize minimumSize() const override { return {QWidgetItem::minimumSize().width(), 0}; }
+};
+
 } // namespace
 
 TraceView::TraceView(QWidget *parent, Qt::WindowFlags f, Tellarix::Gui::TimeScale *timeScale,
@@ -150,7 +160,8 @@ void TraceView::setupLayout()
     bottomLayout->setContentsMargins(Trace::Padding(), 0, Trace::Padding(), Trace::Padding());
     bottomLayout->addWidget(_rulerSpacer);
     bottomLayout->addWidget(_timeScale);
-    bottomLayout->addWidget(_extraSpacer);
+    _extraSpacer->setParent(bottomBar);
+    bottomLayout->addItem(new WidthItem(_extraSpacer));
 
     auto *layout = new QVBoxLayout;
     layout->setContentsMargins(0, 0, 0, 0);
