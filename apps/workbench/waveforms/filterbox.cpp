@@ -1,15 +1,15 @@
 #include "filterbox.h"
 
+#include "historybox.h"
+
 #include <norvu/gui/fontawesome5.h>
 
 #include <tellarix/core/math/filterparser.h>
 
 #include <QAction>
-#include <QComboBox>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
-#include <QSettings>
 #include <QToolButton>
 
 using namespace Tellarix::Math::Filtering;
@@ -18,7 +18,6 @@ namespace Workbench {
 
 namespace {
 
-constexpr int HistoryLength = 12;
 constexpr int InputLength = 36;
 constexpr auto HistoryKey = "Workbench/filters";
 
@@ -36,7 +35,8 @@ const QStringList &presets()
 } // namespace
 
 FilterBox::FilterBox(QWidget *parent)
-    : QWidget(parent), _input(new QComboBox(this)), _switch(new QToolButton(this)),
+    : QWidget(parent), _input(new HistoryBox(presets(), HistoryKey, this)),
+      _switch(new QToolButton(this)),
       _toggle(new QAction(Norvu::FontAwesome5::iconSolid(Norvu::FontAwesome5::chFilter),
                           tr("&Filter"), this)),
       _edit(new QAction(tr("&Edit filter"), this))
@@ -48,21 +48,15 @@ FilterBox::FilterBox(QWidget *parent)
     _switch->setDefaultAction(_toggle);
     _switch->setAutoRaise(true);
 
-    _input->setEditable(true);
-    _input->setInsertPolicy(QComboBox::NoInsert);
     _input->setMinimumContentsLength(InputLength);
-    _input->setCompleter(nullptr);
     _input->lineEdit()->setPlaceholderText(tr("Filter, e.g. bandpass(0.7, 2, order=4)"));
-    _input->lineEdit()->setClearButtonEnabled(true);
-    fillList();
 
     auto *layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(_switch);
     layout->addWidget(_input);
 
-    connect(_input->lineEdit(), SIGNAL(returnPressed()), this, SLOT(applyText()));
-    connect(_input, SIGNAL(activated(int)), this, SLOT(applyText()));
+    connect(_input, SIGNAL(entered(QString)), this, SLOT(applyText()));
     connect(_toggle, SIGNAL(toggled(bool)), this, SIGNAL(filterEnabled(bool)));
     connect(_edit, SIGNAL(triggered()), _input, SLOT(setFocus()));
 }
@@ -95,7 +89,7 @@ void FilterBox::applyText()
     showProblem(0, QString());
     if (text != _applied) {
         _applied = text;
-        remember(text);
+        _input->remember(text);
         emit filterChanged(text);
     }
     _toggle->setChecked(!text.isEmpty());
@@ -103,48 +97,19 @@ void FilterBox::applyText()
 
 void FilterBox::showProblem(int column, const QString &message)
 {
-    QPalette palette;
-    if (!message.isEmpty()) {
-        palette.setColor(QPalette::Text, Qt::red);
-        _input->lineEdit()->setCursorPosition(column - 1);
-    }
-    _input->lineEdit()->setPalette(palette);
-    _input->setToolTip(message);
+    _input->showProblem(message, column);
     emit problem(message.isEmpty() ? QString()
                                    : tr("Filter, column %1: %2").arg(column).arg(message));
 }
 
-void FilterBox::remember(const QString &text)
-{
-    if (text.isEmpty() || presets().contains(text))
-        return;
-    _history.removeAll(text);
-    _history.prepend(text);
-    while (_history.size() > HistoryLength)
-        _history.removeLast();
-    fillList();
-}
-
-void FilterBox::fillList()
-{
-    const QString text = _input->currentText();
-    _input->clear();
-    _input->addItems(_history);
-    if (!_history.isEmpty())
-        _input->insertSeparator(_history.size());
-    _input->addItems(presets());
-    _input->setEditText(text);
-}
-
 void FilterBox::restoreHistory()
 {
-    _history = QSettings().value(HistoryKey).toStringList();
-    fillList();
+    _input->restoreHistory();
 }
 
 void FilterBox::saveHistory() const
 {
-    QSettings().setValue(HistoryKey, _history);
+    _input->saveHistory();
 }
 
 } // namespace Workbench

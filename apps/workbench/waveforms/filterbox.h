@@ -1,12 +1,13 @@
 #pragma once
 
-#include <QStringList>
 #include <QWidget>
 
-class QComboBox;
+class QAction;
 class QToolButton;
 
 namespace Workbench {
+
+class HistoryBox;
 
 /**
  * An input for filters in their text form, with presets, the filters used last, and a switch.
@@ -47,14 +48,10 @@ private slots:
     void showProblem(int column, const QString &message);
 
 private:
-    void remember(const QString &text);
-    void fillList();
-
-    QComboBox *_input;
+    HistoryBox *_input;
     QToolButton *_switch;
     QAction *_toggle;
     QAction *_edit;
-    QStringList _history;
     QString _applied;
 };
 

@@ -1,0 +1,90 @@
+#include "historybox.h"
+
+#include <tellarix/qt/scheme.h>
+
+#include <QLineEdit>
+#include <QSettings>
+
+using Tellarix::Gui::Scheme;
+
+namespace Workbench {
+
+namespace {
+
+constexpr int HistoryLength = 12;
+constexpr double ReadableContrast = 4.5;
+
+} // namespace
+
+HistoryBox::HistoryBox(const QStringList &presets, const QString &settingsKey, QWidget *parent)
+    : QComboBox(parent), _presets(presets), _settingsKey(settingsKey)
+{
+    setEditable(true);
+    setInsertPolicy(QComboBox::NoInsert);
+    setCompleter(nullptr);
+    lineEdit()->setClearButtonEnabled(true);
+    fillList();
+    _entered.setSingleShot(true);
+
+    connect(lineEdit(), SIGNAL(returnPressed()), this, SLOT(enter()));
+    connect(this, SIGNAL(activated(int)), this, SLOT(enter()));
+}
+
+/** Return reaches a combo box more than once: by itself, by way of its input, and as the choice of
+ *  a text that stands in the list. */
+void HistoryBox::enter()
+{
+    if (_entered.isActive())
+        return;
+    _entered.start();
+    emit entered(currentText().trimmed());
+}
+
+void HistoryBox::remember(const QString &text)
+{
+    if (text.isEmpty() || _presets.contains(text))
+        return;
+    _history.removeAll(text);
+    _history.prepend(text);
+    while (_history.size() > HistoryLength)
+        _history.removeLast();
+    fillList();
+}
+
+void HistoryBox::fillList()
+{
+    const QString text = currentText();
+    clear();
+    addItems(_history);
+    if (!_history.isEmpty())
+        insertSeparator(_history.size());
+    addItems(_presets);
+    setEditText(text);
+}
+
+void HistoryBox::showProblem(const QString &message, int column)
+{
+    QPalette palette;
+    if (!message.isEmpty()) {
+        palette.setColor(QPalette::Text, Tellarix::Gui::readableColor(
+                                             Scheme::Current().status.missing,
+                                             palette.color(QPalette::Base), ReadableContrast));
+        if (column > 0)
+            lineEdit()->setCursorPosition(column - 1);
+    }
+    lineEdit()->setPalette(palette);
+    setToolTip(message);
+}
+
+void HistoryBox::restoreHistory()
+{
+    _history = QSettings().value(_settingsKey).toStringList();
+    fillList();
+}
+
+void HistoryBox::saveHistory() const
+{
+    QSettings().setValue(_settingsKey, _history);
+}
+
+} // namespace Workbench
