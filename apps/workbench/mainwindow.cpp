@@ -2,6 +2,11 @@
 
 #include "darkpalette.h"
 #include "shortcutsdialog.h"
+#include "spectrograms/gradientpanel.h"
+#include "spectrograms/gradientsheet.h"
+#include "spectrograms/spectrogrammenu.h"
+#include "spectrograms/spectrogrampanel.h"
+#include "spectrograms/spectrograms.h"
 #include "waveforms/exportactions.h"
 #include "waveforms/filterbox.h"
 #include "waveforms/measuring.h"
@@ -79,6 +84,7 @@ MainWindow::MainWindow(QWidget *parent) : QMainWindow(parent), _waveforms(new Wa
     createFilterBar();
     createTraceMenu();
     createOverviewMenu();
+    createSpectrogramMenu();
     addShortcutsHelp(this);
     _waveforms->view()->setFocus();
 }
@@ -179,6 +185,28 @@ void MainWindow::createOverviewMenu()
     _overview = new Norvu::Gui::MultiTraceWidget(_waveforms->view());
     _overviewMenu = new OverviewMenu(_waveforms->view(), _overview, this);
     menuBar()->addMenu(_overviewMenu);
+}
+
+void MainWindow::createSpectrogramMenu()
+{
+    Spectrograms *spectrograms = _waveforms->spectrograms();
+    _spectrogramPanel = new SpectrogramPanel(spectrograms, this);
+    connect(_spectrogramPanel, SIGNAL(problem(QString)), this, SLOT(showProblem(QString)));
+    connect(_spectrogramPanel, SIGNAL(problems(QStringList)), this, SLOT(tell(QStringList)));
+
+    _spectrogramDock = new QDockWidget(tr("Spectrogram"), this);
+    _spectrogramDock->setObjectName("spectrogram");
+    _spectrogramDock->setWidget(_spectrogramPanel);
+    addDockWidget(Qt::RightDockWidgetArea, _spectrogramDock);
+    _spectrogramDock->hide();
+
+    auto *menu = new SpectrogramMenu(spectrograms, this);
+    menu->addSeparator();
+    QAction *settings = _spectrogramDock->toggleViewAction();
+    settings->setText(tr("Se&ttings and colours"));
+    settings->setShortcut(tr("Ctrl+Shift+G"));
+    menu->addAction(settings);
+    menuBar()->addMenu(menu);
 }
 
 void MainWindow::setFilter(const QString &text)
@@ -329,6 +357,9 @@ QVector<MainWindow::Snapshot> MainWindow::snapshots()
     return {{"waveforms.png", grab()},
             {"overview.png", overviewPicture(false)},
             {"overview-horizontal.png", overviewPicture(true)},
+            {"spectrogram.png", spectrogramPicture()},
+            {"gradients.png", gradientSheet(palette(), devicePixelRatioF())},
+            {"gradient-editor.png", gradientEditorPicture()},
             {"widgets.png", widgetGallery()}};
 }
 
@@ -343,6 +374,32 @@ QPixmap MainWindow::overviewPicture(bool horizontal)
     return picture;
 }
 
+QPixmap MainWindow::spectrogramPicture()
+{
+    Spectrograms *spectrograms = _waveforms->spectrograms();
+    spectrograms->setAllShown(true);
+    _spectrogramDock->show();
+    // Rows get their size first, and say what they lack when they are painted.
+    QCoreApplication::processEvents();
+    do {
+        grab();
+        QCoreApplication::processEvents();
+    } while (spectrograms->isBusy());
+    const QPixmap picture = grab();
+    spectrograms->setAllShown(false);
+    _spectrogramDock->hide();
+    return picture;
+}
+
+QPixmap MainWindow::gradientEditorPicture()
+{
+    _spectrogramDock->show();
+    QCoreApplication::processEvents();
+    const QPixmap picture = _spectrogramPanel->gradientPanel()->grab();
+    _spectrogramDock->hide();
+    return picture;
+}
+
 void MainWindow::restoreSettings()
 {
     QSettings settings;
@@ -351,6 +408,7 @@ void MainWindow::restoreSettings()
     restoreState(settings.value("state").toByteArray());
     _messageDock->hide();
     _filterBox->restoreHistory();
+    _spectrogramPanel->restoreSettings();
 }
 
 void MainWindow::saveSettings() const
@@ -360,6 +418,7 @@ void MainWindow::saveSettings() const
     settings.setValue("geometry", saveGeometry());
     settings.setValue("state", saveState());
     _filterBox->saveHistory();
+    _spectrogramPanel->saveSettings();
 }
 
 void MainWindow::closeEvent(QCloseEvent *event)

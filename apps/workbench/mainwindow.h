@@ -23,6 +23,7 @@ namespace Workbench {
 
 class FilterBox;
 class OverviewMenu;
+class SpectrogramPanel;
 class WaveformPanel;
 
 /** The workbench's window: menus, panels, status line and a list of problems. */
@@ -83,15 +84,20 @@ private:
     void createFilterBar();
     void createTraceMenu();
     void createOverviewMenu();
+    void createSpectrogramMenu();
     void createMessageDock();
     void createStatusBar();
     void saveSettings() const;
     QPixmap overviewPicture(bool horizontal);
+    QPixmap spectrogramPicture();
+    QPixmap gradientEditorPicture();
 
     WaveformPanel *_waveforms;
     FilterBox *_filterBox{nullptr};
     OverviewMenu *_overviewMenu{nullptr};
     Norvu::Gui::MultiTraceWidget *_overview{nullptr};
+    QDockWidget *_spectrogramDock{nullptr};
+    SpectrogramPanel *_spectrogramPanel{nullptr};
     QDockWidget *_messageDock{nullptr};
     QPlainTextEdit *_messages{nullptr};
     QLabel *_pointerLabel{nullptr};

@@ -1,5 +1,8 @@
 #include "sourceloader.h"
 
+#include "spectrograms/spectrogramrow.h"
+
+#include <norvu/gui/trace.h>
 #include <tellarix/client/io/recordstream.h>
 #include <tellarix/core/records/record.h>
 #include <tellarix/qt/records/recordstreamthread.h>
@@ -26,6 +29,11 @@ void SourceLoader::receivedRecord(Tellarix::Record *record)
     else if (record)
         ++_waveformCount;
     TraceFileLoader::receivedRecord(record);
+}
+
+Norvu::Gui::Trace *SourceLoader::makeRow(const QString &label) const
+{
+    return new Norvu::Gui::Trace(label, new SpectrogramRow, Qt::black);
 }
 
 } // namespace Workbench

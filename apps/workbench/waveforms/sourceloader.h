@@ -24,6 +24,7 @@ public:
 
 protected slots:
     void receivedRecord(Tellarix::Record *record) override;
+    Norvu::Gui::Trace *makeRow(const QString &label) const override;
 
 private:
     std::string _source;

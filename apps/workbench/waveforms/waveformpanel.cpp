@@ -2,11 +2,13 @@
 
 #include "datastretches.h"
 #include "measuring.h"
+#include "rowmargin.h"
 #include "sourceloader.h"
+#include "spectrograms/spectrogramrow.h"
+#include "spectrograms/spectrograms.h"
 
 #include <norvu/gui/trace.h>
 #include <norvu/gui/traceview.h>
-#include <norvu/gui/vruler.h>
 #include <tellarix/core/math/filterparser.h>
 #include <tellarix/core/records/ringbuffer.h>
 #include <tellarix/qt/records/recordwidget.h>
@@ -16,6 +18,7 @@
 #include <QMouseEvent>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <set>
 
 using namespace Tellarix;
@@ -30,6 +33,7 @@ namespace {
 constexpr int ManyRows = 12;
 constexpr int CompactPadding = 1;
 constexpr int NormalRowHeight = 48;
+constexpr int SpectrogramRowHeight = 96;
 
 QString stationOf(const Trace *row)
 {
@@ -65,7 +69,7 @@ QString timeText(const Core::Time &time)
 
 WaveformPanel::WaveformPanel(QWidget *parent)
     : QWidget(parent), _view(new TraceView(this, Qt::WindowFlags(), nullptr, true)),
-      _measuringTool(new MeasuringTool(_view))
+      _measuringTool(new MeasuringTool(_view)), _spectrograms(new Spectrograms(_view))
 {
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -74,6 +78,8 @@ WaveformPanel::WaveformPanel(QWidget *parent)
     _view->setBackgroundFiltering(true);
     connect(_view, SIGNAL(loadDataRequested()), this, SLOT(reload()));
     connect(_view, SIGNAL(displayChanged(double, double, double)), this, SLOT(updateRangeText()));
+    connect(_spectrograms, SIGNAL(shownChanged()), this, SLOT(updateMargins()));
+    connect(_spectrograms, SIGNAL(axisChanged()), this, SLOT(updateMargins()));
 }
 
 WaveformPanel::Outcome WaveformPanel::open(const QStringList &sources)
@@ -86,8 +92,7 @@ WaveformPanel::Outcome WaveformPanel::open(const QStringList &sources)
     _sources.removeDuplicates();
     markLoaded();
 
-    for (int i = before; i < _view->count(); ++i)
-        dress(_view->itemAt(i));
+    adoptRows(before);
     if (before == 0 && _view->count() >= ManyRows)
         setCompact(true);
     _view->sortView();
@@ -100,6 +105,16 @@ WaveformPanel::Outcome WaveformPanel::open(const QStringList &sources)
     }
     updateRangeText();
     return outcome;
+}
+
+/** Makes the rows from position @p first on, which a loader has appended, look like the others. */
+void WaveformPanel::adoptRows(int first)
+{
+    for (int i = first; i < _view->count(); ++i) {
+        _spectrograms->adopt(_view->itemAt(i));
+        dress(_view->itemAt(i));
+    }
+    updateMargins();
 }
 
 void WaveformPanel::load(const QString &source, Outcome &outcome)
@@ -147,9 +162,11 @@ void WaveformPanel::alignTo(const Core::Time &time)
 void WaveformPanel::reload()
 {
     prepareResetRows();
+    const int before = _view->count();
     Outcome outcome;
     for (const QString &source : _sources)
         load(source, outcome);
+    adoptRows(before);
     markLoaded();
     collectStretches();
     updateRangeText();
@@ -189,8 +206,6 @@ void WaveformPanel::dress(Trace *row)
 {
     Gui::RecordWidget *widget = row->recordWidget();
     widget->installEventFilter(this);
-    if (_rulersShown && !row->extraWidget())
-        showRuler(row);
 
     QString name = row->label();
     const auto distance = _distancesKm.constFind(stationOf(row));
@@ -215,8 +230,7 @@ void WaveformPanel::setCompact(bool compact)
         return;
 
     _compact = compact;
-    _view->setMinimumRowHeight(compact ? fontMetrics().height() + 2 * Trace::Padding()
-                                       : NormalRowHeight);
+    setRowHeight(compact ? fontMetrics().height() + 2 * Trace::Padding() : NormalRowHeight);
     for (Trace *row : _view->items())
         dress(row);
     emit compactChanged(compact);
@@ -233,36 +247,64 @@ void WaveformPanel::setRulersShown(bool show)
         return;
 
     _rulersShown = show;
+    updateMargins();
+}
+
+void WaveformPanel::updateMargins()
+{
     for (Trace *row : _view->items())
-        showRuler(row);
-    // The time scale ends where the traces do.
-    const bool hasRulers = show && _view->count() > 0;
-    _view->setExtraSpacing(hasRulers ? rulerWidth() + Trace::Spacing() : 0);
+        updateMargin(row);
+    if (_spectrograms->isAnyShown() != _hasSpectrograms) {
+        const int height = _hasSpectrograms ? _plainRowHeight : _view->minimumRowHeight();
+        _hasSpectrograms = !_hasSpectrograms;
+        setRowHeight(height);
+    }
+    updateMarginWidths();
+}
+
+/** Traces, and the time scale below them, end at the same pixel. */
+void WaveformPanel::updateMarginWidths()
+{
+    int scaleWidth = 0;
+    for (const Trace *row : _view->items()) {
+        if (const auto *margin = static_cast<RowMargin *>(row->extraWidget()))
+            scaleWidth = std::max(scaleWidth, margin->scaleWidth());
+    }
+    int width = 0;
+    for (Trace *row : _view->items()) {
+        if (auto *margin = static_cast<RowMargin *>(row->extraWidget())) {
+            margin->setScaleWidth(scaleWidth);
+            width = margin->sizeHint().width() + Trace::Spacing();
+        }
+    }
+    if (width == _view->extraSpacing())
+        return;
+    _view->setExtraSpacing(width);
     _view->setTimeRange(_view->tmin(), _view->tmax());
 }
 
-/** Room for ticks, the longest number, and the unit beside it. */
-int WaveformPanel::rulerWidth() const
+void WaveformPanel::updateMargin(Trace *row)
 {
-    return fontMetrics().horizontalAdvance("-8.8e+08") + 2 * fontMetrics().height();
-}
-
-void WaveformPanel::showRuler(Trace *row)
-{
-    if (!_rulersShown) {
+    const bool hasScale = _spectrograms->isAnyShown();
+    if (!_rulersShown && !hasScale) {
         row->setExtraWidget(nullptr);
         return;
     }
-    Gui::RecordWidget *widget = row->recordWidget();
-    auto *ruler = new Norvu::Gui::VRuler(row, Qt::WindowFlags());
-    const QString unit = widget->recordUnit(widget->currentRecords());
-    ruler->setAnnotation(unit.isEmpty() ? tr("counts") : unit);
-    ruler->setInteractive(false);
-    ruler->setFixedWidth(rulerWidth());
-    row->setExtraWidget(ruler);
-    connect(widget, SIGNAL(traceUpdated(Tellarix::Gui::RecordWidget *)), ruler,
-            SLOT(updateScale(Tellarix::Gui::RecordWidget *)));
-    ruler->updateScale(widget);
+    if (!row->extraWidget()) {
+        row->setExtraWidget(new RowMargin(row));
+        connect(row->extraWidget(), SIGNAL(scaleWidthChanged()), this, SLOT(updateMarginWidths()));
+    }
+    auto *margin = static_cast<RowMargin *>(row->extraWidget());
+    margin->setRulerShown(_rulersShown);
+    margin->setScaleShown(hasScale);
+}
+
+/** Spectrograms need some room to be read. */
+void WaveformPanel::setRowHeight(int plainHeight)
+{
+    _plainRowHeight = plainHeight;
+    _view->setMinimumRowHeight(_hasSpectrograms ? std::max(plainHeight, SpectrogramRowHeight)
+                                                : plainHeight);
 }
 
 void WaveformPanel::collectStretches()
@@ -322,12 +364,20 @@ void WaveformPanel::updateRangeText()
     emit rangeText(text);
 }
 
+QString WaveformPanel::textAt(Gui::RecordWidget *widget, const QPoint &position) const
+{
+    const QString text = widget->statusText(position);
+    const auto *row = qobject_cast<SpectrogramRow *>(widget);
+    const QString spectrogram = row ? row->spectrogramText(position) : QString();
+    return spectrogram.isEmpty() ? text : text + "  ·  " + spectrogram;
+}
+
 bool WaveformPanel::eventFilter(QObject *watched, QEvent *event)
 {
     auto *widget = qobject_cast<Gui::RecordWidget *>(watched);
     if (widget && event->type() == QEvent::MouseMove) {
         const QPoint position = static_cast<QMouseEvent *>(event)->pos();
-        emit pointerText(widget->statusText(position));
+        emit pointerText(textAt(widget, position));
     } else if (widget && event->type() == QEvent::Leave) {
         emit pointerText(QString());
     }

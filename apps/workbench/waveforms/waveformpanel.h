@@ -14,9 +14,16 @@ class TraceView;
 } // namespace Gui
 } // namespace Norvu
 
+namespace Tellarix {
+namespace Gui {
+class RecordWidget;
+} // namespace Gui
+} // namespace Tellarix
+
 namespace Workbench {
 
 class MeasuringTool;
+class Spectrograms;
 
 /** The waveforms: a trace view, what has been opened into it, and ways through its data. */
 class WaveformPanel : public QWidget
@@ -35,6 +42,7 @@ public:
 
     Norvu::Gui::TraceView *view() const { return _view; }
     MeasuringTool *measuringTool() const { return _measuringTool; }
+    Spectrograms *spectrograms() const { return _spectrograms; }
 
     /** Limits what is loaded to a window; an invalid one loads everything. */
     void setTimeWindow(const Tellarix::Core::TimeWindow &window) { _window = window; }
@@ -89,25 +97,32 @@ protected:
 
 private slots:
     void updateRangeText();
+    void updateMargins();
+    void updateMarginWidths();
 
 private:
     void load(const QString &source, Outcome &outcome);
     void prepareResetRows();
     void markLoaded();
+    void adoptRows(int first);
     void dress(Norvu::Gui::Trace *row);
     void collectStretches();
     void showNeighbour(int step);
-    int rulerWidth() const;
-    void showRuler(Norvu::Gui::Trace *row);
+    void updateMargin(Norvu::Gui::Trace *row);
+    void setRowHeight(int plainHeight);
+    QString textAt(Tellarix::Gui::RecordWidget *widget, const QPoint &position) const;
 
     Norvu::Gui::TraceView *_view;
     MeasuringTool *_measuringTool;
+    Spectrograms *_spectrograms;
     Tellarix::Core::TimeWindow _window;
     QStringList _sources;
     QVector<Tellarix::Core::TimeWindow> _stretches;
     QHash<QString, double> _distancesKm;
     bool _compact{false};
     bool _rulersShown{false};
+    bool _hasSpectrograms{false};
+    int _plainRowHeight{0}; /**< without spectrograms */
 };
 
 } // namespace Workbench

@@ -108,6 +108,8 @@ protected:
     void customPaintTracesEnd(QPainter &painter) override;
     /** Paints all stretches in view; x is mapTime() of the widget. */
     virtual void drawSpectrogram(QPainter &painter);
+    /** The records of a slot that its spectrogram is made of, raw or filtered; may be null. */
+    Tellarix::RecordSequence *spectrogramRecords(int slot) const;
 
     std::deque<SpectrogramItem> _items; /**< in the order of time */
     double _minimum{0};                 /**< range of values in all stretches */
@@ -126,7 +128,6 @@ private:
         bool continuesWith(const Tellarix::Record &record) const;
     };
 
-    Tellarix::RecordSequence *spectrogramRecords(int slot) const;
     Tail tail() const;
     void feedWindow(const Tellarix::Core::TimeWindow &window);
     void extendToWindow();

@@ -1,0 +1,56 @@
+#include "amplitudecolors.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Workbench {
+
+namespace {
+
+/** 50 dB, as far as a table with evenly spaced entries resolves the colours at the lower end. */
+constexpr double DynamicRange = 300;
+
+} // namespace
+
+bool ColorRange::isValid() const
+{
+    return std::isfinite(lower) && std::isfinite(upper) && lower < upper &&
+           (!logarithmic || lower > 0);
+}
+
+QPair<double, double> ColorRange::endsFor(double minimum, double maximum) const
+{
+    if (mode == Fixed)
+        return {lower, upper};
+    // Where there is nothing but zeros everything has the first colour.
+    if (logarithmic)
+        return maximum > 0 ? qMakePair(maximum / DynamicRange, maximum)
+                           : qMakePair(1 / DynamicRange, 1.0);
+    return {minimum, maximum > minimum ? maximum : minimum + 1};
+}
+
+bool AmplitudeColors::fillTable(ColorTable &table, double factor) const
+{
+    if (gradient.isEmpty() || !(lower < upper) || (logarithmic && !(lower > 0)))
+        return false;
+
+    const double first = gradient.firstKey();
+    const double span = gradient.lastKey() - first;
+    const double scale = logarithmic ? std::log(upper / lower) : upper - lower;
+    const auto positionOf = [&](double amplitude) {
+        const double above = logarithmic ? std::log(amplitude / lower) : amplitude - lower;
+        return std::clamp(above / scale, 0.0, 1.0);
+    };
+    table.fill(lower / factor, upper / factor, [&](double key) {
+        return gradient.colorAt(first + positionOf(key * factor) * span, discrete).rgba();
+    });
+    return true;
+}
+
+bool AmplitudeColors::operator==(const AmplitudeColors &other) const
+{
+    return lower == other.lower && upper == other.upper && logarithmic == other.logarithmic &&
+           discrete == other.discrete && gradient == other.gradient;
+}
+
+} // namespace Workbench

@@ -1,0 +1,207 @@
+#include "spectrogrampanel.h"
+
+#include "gradientpanel.h"
+#include "historybox.h"
+#include "spectrograms.h"
+
+#include <tellarix/qt/scheme.h>
+
+#include <QCheckBox>
+#include <QFormLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QSettings>
+
+using Tellarix::Gui::Scheme;
+
+namespace Workbench {
+
+namespace {
+
+constexpr auto HistoryKey = "Workbench/spectrogramAxes";
+constexpr auto SettingsGroup = "Workbench/spectrograms";
+constexpr double ReadableContrast = 4.5;
+
+const QStringList &presets()
+{
+    static const QStringList texts{
+        "periods_log(0.1,30,10,64)", "periods_log(0.05,2,8,48)", "periods_log(1,100,10,64)",
+        "periods(0.1,5,16,48)",      "freqs_log(0.1,20,10,64)",  "freqs(0.5,20,16,64)",
+    };
+    return texts;
+}
+
+QString numberText(double value)
+{
+    return QString::number(value, 'g', 4);
+}
+
+} // namespace
+
+SpectrogramPanel::SpectrogramPanel(Spectrograms *spectrograms, QWidget *parent)
+    : QWidget(parent), _spectrograms(spectrograms),
+      _axis(new HistoryBox(presets(), HistoryKey, this)), _problem(new QLabel(this)),
+      _mode(new QComboBox(this)), _lower(new QLineEdit(this)), _upper(new QLineEdit(this)),
+      _logarithmic(new QCheckBox(tr("&Logarithmic"), this)), _gradient(new GradientPanel(this))
+{
+    auto *layout = new QVBoxLayout(this);
+    auto *form = new QFormLayout;
+    form->setRowWrapPolicy(QFormLayout::WrapLongRows);
+    createAxis(form);
+    createRange(form);
+    layout->addLayout(form);
+    layout->addWidget(_gradient);
+    layout->addStretch();
+
+    connect(_gradient, SIGNAL(changed()), this, SLOT(applyGradient()));
+    connect(_spectrograms, SIGNAL(colorsChanged()), this, SLOT(showRange()));
+    setFocusProxy(_axis);
+}
+
+void SpectrogramPanel::createAxis(QFormLayout *form)
+{
+    _axis->setEditText(_spectrograms->axisText());
+    _axis->lineEdit()->setPlaceholderText("periods_log(0.1,30,10,64)");
+    _axis->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    _axis->setWhatsThis(tr("name(lower,upper,divisions,bands), where the name is periods_log, "
+                           "periods, freqs_log or freqs"));
+    _problem->setWordWrap(true);
+    _problem->hide();
+    form->addRow(tr("&Axis:"), _axis);
+    form->addRow(_problem);
+    connect(_axis, SIGNAL(entered(QString)), this, SLOT(applyAxis(QString)));
+}
+
+void SpectrogramPanel::createRange(QFormLayout *form)
+{
+    _mode->addItems({tr("Each row by itself"), tr("One for all rows"), tr("Fixed")});
+    _mode->setToolTip(tr("How the range of amplitudes that the colours span is found"));
+    _logarithmic->setChecked(_spectrograms->colorRange().logarithmic);
+    _lower->setToolTip(tr("Amplitude of the first colour"));
+    _upper->setToolTip(tr("Amplitude of the last colour"));
+
+    auto *ends = new QHBoxLayout;
+    ends->addWidget(_lower);
+    ends->addWidget(new QLabel(tr("to"), this));
+    ends->addWidget(_upper);
+    form->addRow(tr("&Range:"), _mode);
+    form->addRow(QString(), ends);
+    form->addRow(QString(), _logarithmic);
+
+    connect(_mode, SIGNAL(activated(int)), this, SLOT(applyRange()));
+    connect(_logarithmic, SIGNAL(toggled(bool)), this, SLOT(applyRange()));
+    connect(_lower, SIGNAL(editingFinished()), this, SLOT(applyRange()));
+    connect(_upper, SIGNAL(editingFinished()), this, SLOT(applyRange()));
+    showRange();
+}
+
+void SpectrogramPanel::applyAxis(const QString &text)
+{
+    const QString message = _spectrograms->setAxis(text);
+    _axis->showProblem(message);
+    showProblem(message);
+    if (!message.isEmpty())
+        return;
+    _axis->remember(text);
+    emit problems(_spectrograms->rateProblems());
+}
+
+void SpectrogramPanel::showProblem(const QString &message)
+{
+    QPalette colors = palette();
+    colors.setColor(QPalette::WindowText,
+                    Tellarix::Gui::readableColor(Scheme::Current().status.missing,
+                                                 colors.color(QPalette::Window), ReadableContrast));
+    _problem->setPalette(colors);
+    _problem->setText(message);
+    _problem->setVisible(!message.isEmpty());
+    emit problem(message);
+}
+
+/** Fills a range from the inputs and tells what is wrong with them. */
+QString SpectrogramPanel::readRange(ColorRange &range) const
+{
+    range.mode = static_cast<ColorRange::Mode>(_mode->currentIndex());
+    range.logarithmic = _logarithmic->isChecked();
+    if (range.mode != ColorRange::Fixed)
+        return QString();
+
+    for (const auto &end : {qMakePair(_lower, &range.lower), qMakePair(_upper, &range.upper)}) {
+        bool ok = false;
+        *end.second = end.first->text().toDouble(&ok);
+        if (!ok)
+            return tr("Range of the colours: \"%1\" is no number").arg(end.first->text());
+    }
+    if (range.isValid())
+        return QString();
+    return range.lower < range.upper
+               ? tr("Range of the colours: a logarithmic one has to begin above 0")
+               : tr("Range of the colours: %1 is not below %2").arg(_lower->text(), _upper->text());
+}
+
+void SpectrogramPanel::applyRange()
+{
+    ColorRange range;
+    const QString message = readRange(range);
+    showProblem(message);
+    if (message.isEmpty())
+        _spectrograms->setColorRange(range);
+    showRange();
+}
+
+/** The ends that are in force, unless the user sets them. */
+void SpectrogramPanel::showRange()
+{
+    const bool isFixed = _mode->currentIndex() == ColorRange::Fixed;
+    _lower->setEnabled(isFixed);
+    _upper->setEnabled(isFixed);
+    if (isFixed)
+        return;
+    const QPair<double, double> range = _spectrograms->currentRange();
+    _lower->setText(numberText(range.first));
+    _upper->setText(numberText(range.second));
+}
+
+void SpectrogramPanel::applyGradient()
+{
+    _spectrograms->setGradient(_gradient->gradient(), _gradient->isDiscrete());
+}
+
+void SpectrogramPanel::restoreSettings()
+{
+    QSettings settings;
+    settings.beginGroup(SettingsGroup);
+    _axis->restoreHistory();
+    const QString axis = settings.value("axis").toString();
+    if (!axis.isEmpty() && _spectrograms->setAxis(axis).isEmpty())
+        _axis->setEditText(axis);
+    _gradient->restoreSettings(settings);
+    applyGradient();
+
+    _mode->setCurrentIndex(qBound(0, settings.value("range").toInt(), _mode->count() - 1));
+    _lower->setText(settings.value("lower", "1").toString());
+    _upper->setText(settings.value("upper", "1000").toString());
+    _logarithmic->setChecked(settings.value("logarithmic", true).toBool());
+    ColorRange range;
+    if (!readRange(range).isEmpty())
+        _mode->setCurrentIndex(ColorRange::Automatic);
+    applyRange();
+    _spectrograms->setInFront(settings.value("inFront").toBool());
+}
+
+void SpectrogramPanel::saveSettings() const
+{
+    QSettings settings;
+    settings.beginGroup(SettingsGroup);
+    _axis->saveHistory();
+    settings.setValue("axis", _spectrograms->axisText());
+    settings.setValue("range", _mode->currentIndex());
+    settings.setValue("lower", _lower->text());
+    settings.setValue("upper", _upper->text());
+    settings.setValue("logarithmic", _logarithmic->isChecked());
+    settings.setValue("inFront", _spectrograms->isInFront());
+    _gradient->saveSettings(settings);
+}
+
+} // namespace Workbench

@@ -1,0 +1,280 @@
+#include "spectrogramrow.h"
+
+#include <tellarix/core/records/recordsequence.h>
+#include <tellarix/qt/scheme.h>
+
+#include <QPainter>
+
+#include <algorithm>
+
+using namespace Tellarix;
+using Core::Time;
+using Core::TimeSpan;
+using Core::TimeWindow;
+using Norvu::Gui::SpectrogramAxis;
+using Norvu::Gui::SpectrogramSettings;
+
+namespace Workbench {
+
+namespace {
+
+constexpr int RowSlot = 0;
+/** Values that are worked out at once, so that the window answers in between. */
+constexpr double PieceValues = 24E6;
+/** Longest periods of the axis until the filters have forgotten that there was nothing before. */
+constexpr double RunIn = 3;
+/** What is worked out beside the visible stretch on either side, in parts of it. */
+constexpr double Margin = 0.5;
+/** Panning makes a stretch longer until it has so many times the length that is wanted. */
+constexpr double LongestStretch = 3;
+constexpr int PenAlpha = 150;
+
+double longestPeriod(const SpectrogramSettings &axis)
+{
+    return axis.mode == SpectrogramSettings::Periods ? std::max(axis.lower, axis.upper)
+                                                     : 1 / std::min(axis.lower, axis.upper);
+}
+
+/** @p color as it looks above @p background. */
+QColor blended(const QColor &color, const QColor &background)
+{
+    const double share = color.alphaF();
+    const auto mix = [share](double above, double below) {
+        return above * share + below * (1 - share);
+    };
+    return QColor::fromRgbF(mix(color.redF(), background.redF()),
+                            mix(color.greenF(), background.greenF()),
+                            mix(color.blueF(), background.blueF()));
+}
+
+} // namespace
+
+SpectrogramRow::SpectrogramRow(QWidget *parent) : SpectrogramRecordWidget(parent)
+{
+    _axis.logarithmic = false;
+    setSpectrogramSlot(RowSlot);
+}
+
+void SpectrogramRow::setWanted(bool wanted)
+{
+    if (wanted == _wanted)
+        return;
+    _wanted = wanted;
+    if (!wanted)
+        release();
+    updateTracePen();
+    update();
+}
+
+void SpectrogramRow::setAxis(const SpectrogramSettings &settings)
+{
+    release();
+    _axis = settings;
+    setSpectrogramSettings(settings);
+}
+
+void SpectrogramRow::setInFront(bool inFront)
+{
+    _inFront = inFront;
+    setDrawSpectrogramInFront(inFront);
+    updateTracePen();
+}
+
+// Colours
+
+void SpectrogramRow::setColors(const AmplitudeColors &colors)
+{
+    if (colors == _colors)
+        return;
+    _colors = colors;
+    setColorLUT(colors.fillTable(_table, unitFactor()) ? &_table : nullptr);
+    updateTracePen();
+    emit colorsChanged();
+}
+
+/** Above the colours of small amplitudes a dark trace, or a light one, can't be seen. */
+void SpectrogramRow::updateTracePen()
+{
+    if (!_wanted || _inFront || _colors.gradient.isEmpty()) {
+        removeRecordPen(RowSlot);
+        return;
+    }
+    const QColor background =
+        blended(_colors.gradient.first().first, palette().color(QPalette::Base));
+    QColor color(Gui::contrastRatio(Qt::white, background) >
+                         Gui::contrastRatio(Qt::black, background)
+                     ? Qt::white
+                     : Qt::black);
+    color.setAlpha(PenAlpha);
+    QPen pen(color, Gui::Scheme::Current().records.lineWidth);
+    pen.setCosmetic(true);
+    setRecordPen(RowSlot, pen);
+}
+
+double SpectrogramRow::unitFactor() const
+{
+    const double *scale = recordScale(RowSlot);
+    return scale && *scale > 0 ? *scale : 1;
+}
+
+QString SpectrogramRow::unit() const
+{
+    const QString unit = recordUnit(RowSlot);
+    return unit.isEmpty() ? tr("counts") : unit;
+}
+
+QPair<double, double> SpectrogramRow::amplitudeRange() const
+{
+    const QPair<double, double> range = spectrogramRange();
+    return {range.first * unitFactor(), range.second * unitFactor()};
+}
+
+QString SpectrogramRow::spectrogramText(const QPoint &point) const
+{
+    double position = 0;
+    double amplitude = 0;
+    if (!_wanted || !spectrogramAt(point, &position, &amplitude))
+        return QString();
+    const SpectrogramAxis axis(_axis);
+    const QString text = _axis.mode == SpectrogramSettings::Periods ? tr("period %1 s: %2 %3")
+                                                                    : tr("frequency %1 Hz: %2 %3");
+    return text.arg(QString::number(axis.valueAt(position), 'g', 3),
+                    QString::number(amplitude * unitFactor(), 'g', 4), unit());
+}
+
+// Working out
+
+const RecordSequence *SpectrogramRow::source() const
+{
+    return spectrogramRecords(RowSlot);
+}
+
+/** What there is of the visible stretch; may be empty. */
+TimeWindow SpectrogramRow::visibleData() const
+{
+    const RecordSequence *records = source();
+    if (!records || records->isEmpty())
+        return TimeWindow();
+    return records->timeWindow().overlap(TimeWindow(leftTime(), rightTime()));
+}
+
+bool SpectrogramRow::isComplete() const
+{
+    const TimeWindow data = visibleData();
+    return data.isEmpty() || (isSpectrogramEnabled() && spectrogramTimeWindow().contains(data));
+}
+
+/** The visible stretch, some more to pan into, and what the filters need to run in. Behind the
+ *  data it goes on, for records that arrive live. */
+TimeWindow SpectrogramRow::wantedStretch() const
+{
+    const TimeSpan margin((rightTime() - leftTime()).length() * Margin);
+    const Time start = leftTime() - margin - TimeSpan(RunIn * longestPeriod(_axis));
+    return {std::max(start, source()->timeWindow().startTime()), rightTime() + margin};
+}
+
+double SpectrogramRow::memoryNeeded() const
+{
+    if (isComplete())
+        return 0;
+    const TimeWindow data = source()->timeWindow().overlap(wantedStretch());
+    return data.length().length() * source()->front()->samplingFrequency() * _axis.bands *
+           sizeof(float);
+}
+
+TimeSpan SpectrogramRow::pieceLength() const
+{
+    const double values = source()->front()->samplingFrequency() * _axis.bands;
+    return TimeSpan(std::max(1.0, PieceValues / values));
+}
+
+void SpectrogramRow::workOut(size_t memory)
+{
+    if (!_wanted || isComplete() || !source()->front()->hasEndTime())
+        return;
+
+    if (memoryNeeded() > static_cast<double>(memory)) {
+        const QString needed = QString::number(memoryNeeded() / 1E9, 'f', 1);
+        release();
+        setHint(
+            tr("Zoom in for the spectrogram: this much of it takes %1 GB of memory").arg(needed));
+        return;
+    }
+    const TimeWindow stretch = wantedStretch();
+    setHint(QString());
+    if (canGoOn(stretch))
+        goOn(stretch);
+    else
+        beginAnew(stretch);
+    emit amplitudeRangeChanged();
+}
+
+bool SpectrogramRow::canGoOn(const TimeWindow &stretch) const
+{
+    const TimeWindow done = spectrogramTimeWindow();
+    return isSpectrogramEnabled() && done.startTime() <= visibleData().startTime() &&
+           done.endTime() >= stretch.startTime() &&
+           (stretch.endTime() - done.startTime()).length() <=
+               LongestStretch * stretch.length().length();
+}
+
+void SpectrogramRow::goOn(const TimeWindow &stretch)
+{
+    const TimeWindow done = spectrogramTimeWindow();
+    const Time next = done.endTime() + pieceLength();
+    const Time dataEnd = source()->timeWindow().endTime();
+    setSpectrogramTimeWindow(
+        {done.startTime(), next < dataEnd ? std::min(next, stretch.endTime()) : stretch.endTime()});
+}
+
+void SpectrogramRow::beginAnew(const TimeWindow &stretch)
+{
+    setSpectrogramEnabled(false);
+    setSpectrogramTimeWindow({stretch.startTime(), stretch.startTime()});
+    setSpectrogramEnabled(true);
+    goOn(stretch);
+}
+
+void SpectrogramRow::release()
+{
+    setHint(QString());
+    setSpectrogramEnabled(false);
+}
+
+void SpectrogramRow::setHint(const QString &hint)
+{
+    if (hint == _hint)
+        return;
+    _hint = hint;
+    update();
+}
+
+void SpectrogramRow::fed(int slot, const Record *record)
+{
+    const QPair<double, double> before = spectrogramRange();
+    SpectrogramRecordWidget::fed(slot, record);
+    if (_wanted && spectrogramRange() != before)
+        emit amplitudeRangeChanged();
+}
+
+void SpectrogramRow::changedRecords(int slot, RecordSequence *sequence)
+{
+    SpectrogramRecordWidget::changedRecords(slot, sequence);
+    if (_wanted && slot == RowSlot)
+        emit amplitudeRangeChanged();
+}
+
+void SpectrogramRow::drawSpectrogram(QPainter &painter)
+{
+    if (!_wanted)
+        return;
+    SpectrogramRecordWidget::drawSpectrogram(painter);
+    if (!_hint.isEmpty()) {
+        painter.setPen(palette().color(foregroundRole()));
+        painter.drawText(canvasRect(), Qt::AlignCenter, _hint);
+    }
+    if (!isComplete())
+        emit incomplete();
+}
+
+} // namespace Workbench

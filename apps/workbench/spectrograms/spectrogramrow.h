@@ -1,0 +1,87 @@
+#pragma once
+
+#include "amplitudecolors.h"
+
+#include <norvu/gui/spectrogramaxis.h>
+#include <norvu/gui/spectrogramrecordwidget.h>
+
+namespace Workbench {
+
+/**
+ * The traces of a row with the spectrogram of its first slot, if it is wanted.
+ *
+ * The spectrogram is worked out for a stretch of time about the visible one, a piece at a time: the
+ * row tells when a piece is missing, and whoever hears it asks for it when there is time.
+ */
+class SpectrogramRow : public Norvu::Gui::SpectrogramRecordWidget
+{
+    Q_OBJECT
+
+public:
+    explicit SpectrogramRow(QWidget *parent = nullptr);
+
+    void setWanted(bool wanted);
+    bool isWanted() const { return _wanted; }
+
+    /** Sets the axis; what was worked out is dropped. */
+    void setAxis(const Norvu::Gui::SpectrogramSettings &settings);
+    const Norvu::Gui::SpectrogramSettings &axis() const { return _axis; }
+
+    void setColors(const AmplitudeColors &colors);
+    const AmplitudeColors &colors() const { return _colors; }
+    /** Smallest and largest amplitude, in the unit. */
+    QPair<double, double> amplitudeRange() const;
+    /** Unit of amplitudes. */
+    QString unit() const;
+    /** What is under the pointer, empty where there is no spectrogram. */
+    QString spectrogramText(const QPoint &point) const;
+
+    /** Whether the visible records, of those that there are, have been worked out. */
+    bool isComplete() const;
+    /** Bytes that the whole stretch takes that workOut() works out. */
+    double memoryNeeded() const;
+    /**
+     * Works out the next piece of the visible stretch, unless it is complete.
+     * @param memory  bytes that the whole stretch may take; with less than it needs the row is
+     *                emptied and says so in its picture
+     */
+    void workOut(size_t memory);
+    /** Drops what was worked out. */
+    void release();
+
+    void fed(int slot, const Tellarix::Record *record) override;
+
+public slots:
+    void setInFront(bool inFront);
+
+signals:
+    /** The row is painted and isn't complete. */
+    void incomplete();
+    void amplitudeRangeChanged();
+    void colorsChanged();
+
+protected:
+    void changedRecords(int slot, Tellarix::RecordSequence *sequence) override;
+    void drawSpectrogram(QPainter &painter) override;
+
+private:
+    const Tellarix::RecordSequence *source() const;
+    Tellarix::Core::TimeWindow visibleData() const;
+    Tellarix::Core::TimeWindow wantedStretch() const;
+    bool canGoOn(const Tellarix::Core::TimeWindow &stretch) const;
+    void goOn(const Tellarix::Core::TimeWindow &stretch);
+    void beginAnew(const Tellarix::Core::TimeWindow &stretch);
+    Tellarix::Core::TimeSpan pieceLength() const;
+    double unitFactor() const;
+    void setHint(const QString &hint);
+    void updateTracePen();
+
+    Norvu::Gui::SpectrogramSettings _axis;
+    AmplitudeColors _colors;
+    ColorTable _table;
+    QString _hint;
+    bool _wanted{false};
+    bool _inFront{false};
+};
+
+} // namespace Workbench

@@ -1,0 +1,275 @@
+#include "spectrograms.h"
+
+#include "spectrogramrow.h"
+
+#include <norvu/gui/gradients.h>
+#include <norvu/gui/spectrogramproblem.h>
+#include <norvu/gui/trace.h>
+#include <norvu/gui/traceview.h>
+#include <tellarix/core/records/recordsequence.h>
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <limits>
+#include <numeric>
+#include <set>
+
+using namespace Tellarix;
+using Norvu::Gui::SpectrogramSettings;
+using Norvu::Gui::Trace;
+using Norvu::Gui::TraceView;
+
+namespace Workbench {
+
+namespace {
+
+constexpr auto DefaultAxis = "periods_log(0.1,30,10,64)";
+/** More rows than a screen has pixels, and filters that take long. */
+constexpr int MostBands = 2048;
+
+size_t defaultMemoryLimit()
+{
+    constexpr size_t Fallback = size_t(1) << 30;
+    const long pages = sysconf(_SC_PHYS_PAGES);
+    const long pageSize = sysconf(_SC_PAGESIZE);
+    if (pages <= 0 || pageSize <= 0)
+        return Fallback;
+    return static_cast<size_t>(pages) * static_cast<size_t>(pageSize) / 4;
+}
+
+bool isInSight(const QWidget *widget)
+{
+    return !widget->visibleRegion().isEmpty();
+}
+
+} // namespace
+
+Spectrograms::Spectrograms(TraceView *view)
+    : QObject(view), _view(view), _gradient(Norvu::Gui::Gradients::Viridis),
+      _memoryLimit(defaultMemoryLimit())
+{
+    setAxis(DefaultAxis);
+    _timer.setSingleShot(true);
+    connect(&_timer, SIGNAL(timeout()), this, SLOT(workOn()));
+}
+
+SpectrogramRow *Spectrograms::rowOf(const Trace *trace) const
+{
+    return qobject_cast<SpectrogramRow *>(trace->recordWidget());
+}
+
+void Spectrograms::adopt(Trace *trace)
+{
+    SpectrogramRow *row = rowOf(trace);
+    if (!row)
+        return;
+    row->setWanted(_shownInNewRows);
+    row->setAxis(_axis);
+    row->setInFront(_inFront);
+    row->useFilteredRecords(_filtered);
+    connect(row, SIGNAL(incomplete()), &_timer, SLOT(start()), Qt::UniqueConnection);
+    connect(row, SIGNAL(amplitudeRangeChanged()), this, SLOT(updateColors()), Qt::UniqueConnection);
+}
+
+QList<SpectrogramRow *> Spectrograms::wantedRows() const
+{
+    QList<SpectrogramRow *> rows;
+    for (const Trace *trace : _view->items()) {
+        SpectrogramRow *row = rowOf(trace);
+        if (row && row->isWanted())
+            rows.append(row);
+    }
+    return rows;
+}
+
+// Which rows
+
+bool Spectrograms::isShown(const Trace *trace) const
+{
+    const SpectrogramRow *row = rowOf(trace);
+    return row && row->isWanted();
+}
+
+bool Spectrograms::isAnyShown() const
+{
+    return !wantedRows().isEmpty();
+}
+
+bool Spectrograms::areAllShown() const
+{
+    return _view->count() > 0 && wantedRows().size() == _view->count();
+}
+
+void Spectrograms::setShown(const QList<Trace *> &traces, bool shown)
+{
+    for (const Trace *trace : traces) {
+        if (SpectrogramRow *row = rowOf(trace))
+            row->setWanted(shown);
+    }
+    updateColors();
+    emit shownChanged();
+}
+
+void Spectrograms::setAllShown(bool shown)
+{
+    _shownInNewRows = shown;
+    setShown(_view->items(), shown);
+}
+
+void Spectrograms::toggleSelected()
+{
+    QList<Trace *> traces = _view->selectedItems();
+    if (traces.isEmpty() && _view->currentItem())
+        traces.append(_view->currentItem());
+    const bool areShown = std::all_of(traces.begin(), traces.end(),
+                                      [this](const Trace *trace) { return isShown(trace); });
+    setShown(traces, !areShown);
+}
+
+// Axis and records
+
+QString Spectrograms::setAxis(const QString &text)
+{
+    const QString problem = Norvu::Gui::spectrogramSettingsProblem(text);
+    if (!problem.isEmpty())
+        return problem;
+    SpectrogramSettings axis;
+    axis.fromString(text.toStdString());
+    if (axis.bands > MostBands)
+        return tr("%1 bands: there can be %2 at most").arg(axis.bands).arg(MostBands);
+
+    _axis = axis;
+    _axisText = text;
+    for (const Trace *trace : _view->items()) {
+        if (SpectrogramRow *row = rowOf(trace))
+            row->setAxis(axis);
+    }
+    emit axisChanged();
+    return QString();
+}
+
+QStringList Spectrograms::rateProblems() const
+{
+    std::set<double> rates;
+    for (const SpectrogramRow *row : wantedRows()) {
+        const RecordSequence *records = row->records(row->currentRecords());
+        if (records && !records->isEmpty())
+            rates.insert(records->front()->samplingFrequency());
+    }
+    QStringList problems;
+    for (const double rate : rates) {
+        const QString problem = Norvu::Gui::spectrogramRateProblem(_axis, rate);
+        if (!problem.isEmpty())
+            problems.append(tr("Spectrograms of streams at %1 Hz: %2").arg(rate).arg(problem));
+    }
+    return problems;
+}
+
+void Spectrograms::setInFront(bool inFront)
+{
+    _inFront = inFront;
+    for (const Trace *trace : _view->items()) {
+        if (SpectrogramRow *row = rowOf(trace))
+            row->setInFront(inFront);
+    }
+}
+
+void Spectrograms::useFilteredRecords(bool use)
+{
+    _filtered = use;
+    for (const Trace *trace : _view->items()) {
+        if (SpectrogramRow *row = rowOf(trace)) {
+            row->release();
+            row->useFilteredRecords(use);
+            row->update();
+        }
+    }
+}
+
+// Working out
+
+void Spectrograms::workOn()
+{
+    for (SpectrogramRow *row : wantedRows()) {
+        if (row->isComplete() || !isInSight(row))
+            continue;
+        row->workOut(roomFor(row));
+        if (!row->isComplete() && row->isSpectrogramEnabled()) {
+            _timer.start();
+            return;
+        }
+    }
+}
+
+/** What the other rows leave; those out of sight give theirs away if it is not enough. */
+size_t Spectrograms::roomFor(const SpectrogramRow *row) const
+{
+    const QList<SpectrogramRow *> rows = wantedRows();
+    const size_t used =
+        std::accumulate(rows.begin(), rows.end(), size_t(0), [row](size_t sum, const auto *other) {
+            return other == row ? sum : sum + other->spectrogramSize();
+        });
+    size_t room = _memoryLimit > used ? _memoryLimit - used : 0;
+    for (SpectrogramRow *other : rows) {
+        if (row->memoryNeeded() <= static_cast<double>(room))
+            break;
+        if (other == row || isInSight(other))
+            continue;
+        room += other->spectrogramSize();
+        other->release();
+    }
+    return room;
+}
+
+// Colours
+
+void Spectrograms::setGradient(const Gui::Gradient &gradient, bool discrete)
+{
+    if (gradient.isEmpty())
+        return;
+    _gradient = gradient;
+    _discrete = discrete;
+    updateColors();
+}
+
+void Spectrograms::setColorRange(const ColorRange &range)
+{
+    if (range.mode == ColorRange::Fixed && !range.isValid())
+        return;
+    _range = range;
+    updateColors();
+}
+
+QPair<double, double> Spectrograms::currentRange() const
+{
+    const Trace *current = _view->currentItem();
+    const QList<SpectrogramRow *> rows = wantedRows();
+    if (rows.isEmpty())
+        return {_range.lower, _range.upper};
+    const SpectrogramRow *row = current && isShown(current) ? rowOf(current) : rows.first();
+    return {row->colors().lower, row->colors().upper};
+}
+
+void Spectrograms::updateColors()
+{
+    const QList<SpectrogramRow *> rows = wantedRows();
+    double minimum = std::numeric_limits<double>::infinity();
+    double maximum = -minimum;
+    if (_range.mode == ColorRange::Shared) {
+        for (const SpectrogramRow *row : rows) {
+            const QPair<double, double> range = row->amplitudeRange();
+            minimum = std::min(minimum, range.first);
+            maximum = std::max(maximum, range.second);
+        }
+    }
+    for (SpectrogramRow *row : rows) {
+        const QPair<double, double> range =
+            _range.mode == ColorRange::Shared ? qMakePair(minimum, maximum) : row->amplitudeRange();
+        const QPair<double, double> ends = _range.endsFor(range.first, range.second);
+        row->setColors({_gradient, _discrete, ends.first, ends.second, _range.logarithmic});
+    }
+    emit colorsChanged();
+}
+
+} // namespace Workbench

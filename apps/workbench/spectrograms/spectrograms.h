@@ -1,0 +1,103 @@
+#pragma once
+
+#include "amplitudecolors.h"
+
+#include <norvu/gui/spectrogramsettings.h>
+
+#include <QList>
+#include <QObject>
+#include <QStringList>
+#include <QTimer>
+
+namespace Norvu {
+namespace Gui {
+class Trace;
+class TraceView;
+} // namespace Gui
+} // namespace Norvu
+
+namespace Workbench {
+
+class SpectrogramRow;
+
+/**
+ * The spectrograms of a view's rows: which of them are shown, with which axis and colours.
+ *
+ * They are worked out for what is visible, row by row and piece by piece while the user interface
+ * goes on. All together they take a quarter of the memory of the machine at most, unless told
+ * otherwise; rows out of sight give theirs away first.
+ */
+class Spectrograms : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit Spectrograms(Norvu::Gui::TraceView *view);
+
+    /** To be called for each new row of the view. */
+    void adopt(Norvu::Gui::Trace *row);
+
+    void setShown(const QList<Norvu::Gui::Trace *> &rows, bool shown);
+    bool isShown(const Norvu::Gui::Trace *row) const;
+    bool isAnyShown() const;
+    bool areAllShown() const;
+
+    /**
+     * Sets the axis by its text form, e.g. "periods_log(0.1,100,10,64)".
+     * @return why it can't be used, with everything as it was; empty if it can
+     */
+    QString setAxis(const QString &text);
+    QString axisText() const { return _axisText; }
+    /** One text for each sampling frequency that the axis doesn't fit. */
+    QStringList rateProblems() const;
+
+    void setGradient(const Tellarix::Gui::Gradient &gradient, bool discrete);
+    /** Ignored if it is not valid. */
+    void setColorRange(const ColorRange &range);
+    const ColorRange &colorRange() const { return _range; }
+    /** The range of the current row, or of the first one that is shown. */
+    QPair<double, double> currentRange() const;
+
+    bool isInFront() const { return _inFront; }
+    bool areFilteredRecordsUsed() const { return _filtered; }
+    /** Bytes that all spectrograms may take together. */
+    void setMemoryLimit(size_t bytes) { _memoryLimit = bytes; }
+    /** True while there is something to work out. */
+    bool isBusy() const { return _timer.isActive(); }
+
+public slots:
+    void setAllShown(bool shown);
+    /** Switches the spectrograms of the selected rows, without any that of the current one. */
+    void toggleSelected();
+    void setInFront(bool inFront);
+    void useFilteredRecords(bool use);
+
+signals:
+    /** Spectrograms of some rows were switched on or off. */
+    void shownChanged();
+    void axisChanged();
+    void colorsChanged();
+
+private slots:
+    void workOn();
+    void updateColors();
+
+private:
+    SpectrogramRow *rowOf(const Norvu::Gui::Trace *trace) const;
+    QList<SpectrogramRow *> wantedRows() const;
+    size_t roomFor(const SpectrogramRow *row) const;
+
+    Norvu::Gui::TraceView *_view;
+    Norvu::Gui::SpectrogramSettings _axis;
+    QString _axisText;
+    Tellarix::Gui::Gradient _gradient;
+    bool _discrete{false};
+    ColorRange _range;
+    size_t _memoryLimit;
+    bool _shownInNewRows{false};
+    bool _inFront{false};
+    bool _filtered{false};
+    QTimer _timer; /**< runs while rows have something to work out */
+};
+
+} // namespace Workbench

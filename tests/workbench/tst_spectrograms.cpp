@@ -1,0 +1,393 @@
+#include "spectrograms/gradientpanel.h"
+#include "spectrograms/spectrogrampanel.h"
+#include "spectrograms/spectrogramrow.h"
+#include "spectrograms/spectrograms.h"
+#include "waveformtesting.h"
+
+#include <norvu/gui/gradients.h>
+#include <tellarix/core/math/filter.h>
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QtTest>
+
+#include <cmath>
+
+using namespace WaveformTesting;
+using namespace Workbench;
+
+namespace {
+
+constexpr double Rate = 20;
+constexpr double Seconds = 600;
+constexpr int Bands = 16;
+constexpr auto Axis = "periods_log(0.5,8,4,16)";
+
+/** A minute of a sine, from @p start seconds on. */
+RecordCPtr sine(double start, double period, double amplitude)
+{
+    std::vector<double> samples;
+    for (int i = 0; i < static_cast<int>(60 * Rate); ++i)
+        samples.push_back(amplitude * std::sin(2 * M_PI * (start + i / Rate) / period));
+    return record("XX.AAA..BHZ", start, Rate, samples);
+}
+
+/** A view of three rows of ten minutes with amplitudes of 10, 100 and 1000. */
+struct Desk
+{
+    TraceView view;
+    Spectrograms *spectrograms;
+    QVector<SpectrogramRow *> rows;
+
+    Desk() : spectrograms(new Spectrograms(&view))
+    {
+        spectrograms->setAxis(Axis);
+        for (const double amplitude : {10, 100, 1000})
+            addSpectrogramRow(amplitude);
+        view.setMinimumRowHeight(60);
+        view.resize(600, 400);
+        view.setAlignment(Start);
+        view.show();
+        show(0, Seconds);
+    }
+
+    void addSpectrogramRow(double amplitude)
+    {
+        auto *row = new SpectrogramRow;
+        auto *trace = new Trace(QString::number(amplitude), row, Qt::black);
+        auto *sequence = new RingBuffer(-1);
+        for (double start = 0; start < Seconds; start += 60)
+            sequence->feed(sine(start, 2, amplitude).get());
+        row->setRecords(0, sequence, true);
+        view.addItem(trace);
+        spectrograms->adopt(trace);
+        rows.append(row);
+    }
+
+    void show(double start, double end) { view.setVisibleTimeWindow(window(start, end)); }
+
+    /** Paints until there is nothing left to work out. */
+    void settle()
+    {
+        do {
+            view.grab();
+            QCoreApplication::processEvents();
+        } while (spectrograms->isBusy());
+    }
+
+    int completeRows() const
+    {
+        return static_cast<int>(
+            std::count_if(rows.begin(), rows.end(), [](const SpectrogramRow *row) {
+                return row->isComplete() && row->spectrogramSize() > 0;
+            }));
+    }
+};
+
+QPair<double, double> ends(const SpectrogramRow *row)
+{
+    return {row->colors().lower, row->colors().upper};
+}
+
+} // namespace
+
+class TestSpectrograms : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void tableFollowsTheRange_data();
+    void tableFollowsTheRange();
+    void switchesRows();
+    void followsTheView();
+    void followsLiveRecords();
+    void keepsWithinItsMemory();
+    void rangesOfColors();
+    void tellsWhatIsUnderThePointer();
+    void refusesBadAxes_data();
+    void refusesBadAxes();
+    void refusesBadRanges_data();
+    void refusesBadRanges();
+    void remembersSettings();
+
+private:
+    QTemporaryDir _folder;
+};
+
+void TestSpectrograms::initTestCase()
+{
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, _folder.path());
+    QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, _folder.path());
+}
+
+void TestSpectrograms::tableFollowsTheRange_data()
+{
+    QTest::addColumn<bool>("logarithmic");
+    QTest::addColumn<double>("amplitude");
+    QTest::addColumn<int>("grey");
+
+    QTest::newRow("linear, begin") << false << 1.0 << 0;
+    QTest::newRow("linear, middle") << false << 50.5 << 127;
+    QTest::newRow("linear, end") << false << 100.0 << 255;
+    QTest::newRow("logarithmic, below") << true << 0.0 << 0;
+    QTest::newRow("logarithmic, middle") << true << 10.0 << 127;
+    QTest::newRow("logarithmic, beyond") << true << 1e6 << 255;
+}
+
+void TestSpectrograms::tableFollowsTheRange()
+{
+    QFETCH(bool, logarithmic);
+    QFETCH(double, amplitude);
+    QFETCH(int, grey);
+
+    // Keys from 0 to 8 stand for amplitudes from 1 to 100, samples are a tenth of these.
+    const AmplitudeColors colors{Norvu::Gui::Gradients::BlackWhite.rescaled(0, 8), false, 1, 100,
+                                 logarithmic};
+    ColorTable table;
+    QVERIFY(colors.fillTable(table, 10));
+    QVERIFY2(std::abs(qRed(table.at(amplitude / 10)) - grey) <= 1,
+             qPrintable(QString::number(qRed(table.at(amplitude / 10)))));
+}
+
+void TestSpectrograms::switchesRows()
+{
+    Desk desk;
+    desk.settle();
+    QCOMPARE(desk.completeRows(), 0);
+
+    QSignalSpy spy(desk.spectrograms, SIGNAL(shownChanged()));
+    desk.spectrograms->setAllShown(true);
+    desk.settle();
+    QCOMPARE(desk.completeRows(), 3);
+    QCOMPARE(spy.count(), 1);
+
+    desk.view.setSelectedTrace(1);
+    desk.spectrograms->toggleSelected();
+    QVERIFY(!desk.spectrograms->areAllShown());
+    QVERIFY(desk.spectrograms->isAnyShown());
+    QCOMPARE(desk.rows[1]->spectrogramSize(), size_t(0));
+    QVERIFY(desk.rows[0]->spectrogramSize() > 0);
+
+    desk.spectrograms->setAllShown(false);
+    QCOMPARE(desk.rows[0]->spectrogramSize(), size_t(0));
+}
+
+void TestSpectrograms::followsTheView()
+{
+    Desk desk;
+    desk.show(0, 20);
+    desk.spectrograms->setAllShown(true);
+    desk.settle();
+    const size_t size = desk.rows[0]->spectrogramSize();
+    QVERIFY(size < static_cast<size_t>(Seconds * Rate * Bands * sizeof(float)) / 2);
+
+    // Far on, back, and out to everything.
+    for (const auto &shown : {qMakePair(400, 420), qMakePair(395, 415), qMakePair(0, 600)}) {
+        desk.show(shown.first, shown.second);
+        desk.settle();
+        QCOMPARE(desk.completeRows(), 3);
+    }
+    desk.show(10000, 10020);
+    desk.settle();
+    QVERIFY(!desk.spectrograms->isBusy());
+}
+
+void TestSpectrograms::followsLiveRecords()
+{
+    Desk desk;
+    desk.show(500, 700);
+    desk.spectrograms->setAllShown(true);
+    desk.settle();
+    SpectrogramRow *row = desk.rows[0];
+    const size_t before = row->spectrogramSize();
+
+    const auto next = sine(Seconds, 2, 5000);
+    row->records(0)->feed(next.get());
+    row->fed(0, next.get());
+    QCOMPARE(row->spectrogramSize() - before,
+             static_cast<size_t>(60 * Rate * Bands * sizeof(float)));
+    // What is louder than all before changes the colours at once.
+    QVERIFY(row->colors().upper > 1000);
+    desk.settle();
+    QVERIFY(row->isComplete());
+}
+
+void TestSpectrograms::keepsWithinItsMemory()
+{
+    Desk desk;
+    const auto ofOne = static_cast<size_t>(Seconds * Rate * Bands * sizeof(float));
+    desk.spectrograms->setMemoryLimit(5 * ofOne / 2);
+    desk.spectrograms->setAllShown(true);
+    desk.settle();
+    QCOMPARE(desk.completeRows(), 2);
+    QVERIFY(!desk.rows[2]->isComplete());
+
+    // With less to show there is room for all.
+    desk.show(0, 20);
+    desk.spectrograms->setAllShown(false);
+    desk.spectrograms->setAllShown(true);
+    desk.settle();
+    QCOMPARE(desk.completeRows(), 3);
+}
+
+void TestSpectrograms::rangesOfColors()
+{
+    Desk desk;
+    desk.spectrograms->setAllShown(true);
+    desk.settle();
+    const double loudest = desk.rows[2]->amplitudeRange().second;
+    QVERIFY(loudest > 900 && loudest < 1300);
+    QVERIFY(ends(desk.rows[0]).second < 0.02 * loudest);
+    QCOMPARE(ends(desk.rows[2]).second, loudest);
+
+    ColorRange range;
+    range.mode = ColorRange::Shared;
+    range.logarithmic = false;
+    desk.spectrograms->setColorRange(range);
+    for (const SpectrogramRow *row : desk.rows)
+        QCOMPARE(ends(row), qMakePair(0.0, loudest));
+
+    range = {ColorRange::Fixed, 3, 30, true};
+    desk.spectrograms->setColorRange(range);
+    for (const SpectrogramRow *row : desk.rows)
+        QCOMPARE(ends(row), qMakePair(3.0, 30.0));
+
+    // With gains known, ranges are in physical units.
+    desk.rows[2]->setRecordScale(0, 0.01);
+    range.mode = ColorRange::Automatic;
+    desk.spectrograms->setColorRange(range);
+    QCOMPARE(ends(desk.rows[2]).second, 0.01 * loudest);
+}
+
+void TestSpectrograms::tellsWhatIsUnderThePointer()
+{
+    Desk desk;
+    desk.spectrograms->setAllShown(true);
+    desk.settle();
+    const SpectrogramRow *row = desk.rows[1];
+    const int x = row->canvasRect().center().x();
+    const QRegularExpression form("^period ([0-9.]+) s: ([0-9.]+) counts$");
+    // Where a period is nearest to that of the sine, and its amplitude there.
+    double nearest = 1000;
+    double amplitude = 0;
+    for (int y = row->canvasRect().top(); y <= row->canvasRect().bottom(); ++y) {
+        const auto match = form.match(row->spectrogramText(QPoint(x, y)));
+        QVERIFY2(match.hasMatch(), qPrintable(row->spectrogramText(QPoint(x, y))));
+        const double period = match.captured(1).toDouble();
+        if (std::abs(period - 2) < std::abs(nearest - 2)) {
+            nearest = period;
+            amplitude = match.captured(2).toDouble();
+        }
+    }
+    QVERIFY2(std::abs(nearest - 2) < 0.1, qPrintable(QString::number(nearest)));
+    QVERIFY2(std::abs(amplitude - 100) < 10, qPrintable(QString::number(amplitude)));
+    QCOMPARE(row->spectrogramText(QPoint(0, -5)), QString());
+}
+
+void TestSpectrograms::refusesBadAxes_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("part");
+
+    QTest::newRow("no form") << "nonsense"
+                             << "(";
+    QTest::newRow("name") << "octaves(1,2,3,4)"
+                          << "octaves";
+    QTest::newRow("number") << "periods(1,2,x,4)"
+                            << "divisions";
+    QTest::newRow("too many bands") << "periods(1,2,3,1000000)"
+                                    << "1000000";
+}
+
+void TestSpectrograms::refusesBadAxes()
+{
+    QFETCH(QString, text);
+    QFETCH(QString, part);
+
+    Desk desk;
+    SpectrogramPanel panel(desk.spectrograms);
+    QSignalSpy spy(&panel, SIGNAL(problem(QString)));
+    auto *input = panel.findChild<QComboBox *>();
+    input->setEditText(text);
+    QTest::keyClick(input->lineEdit(), Qt::Key_Return);
+
+    QCOMPARE(desk.spectrograms->axisText(), QString(Axis));
+    QCOMPARE(input->currentText(), text);
+    QCOMPARE(spy.count(), 1);
+    QVERIFY2(spy.first().first().toString().contains(part),
+             qPrintable(spy.first().first().toString()));
+}
+
+void TestSpectrograms::refusesBadRanges_data()
+{
+    QTest::addColumn<QString>("lower");
+    QTest::addColumn<QString>("upper");
+    QTest::addColumn<QString>("part");
+
+    QTest::newRow("no number") << "1"
+                               << "many"
+                               << "many";
+    QTest::newRow("reversed") << "5"
+                              << "2"
+                              << "5 is not below 2";
+    QTest::newRow("logarithm of 0") << "0"
+                                    << "2"
+                                    << "above 0";
+    QTest::newRow("good") << "1"
+                          << "2"
+                          << "";
+}
+
+void TestSpectrograms::refusesBadRanges()
+{
+    QFETCH(QString, lower);
+    QFETCH(QString, upper);
+    QFETCH(QString, part);
+
+    Desk desk;
+    SpectrogramPanel panel(desk.spectrograms);
+    const auto boxes = panel.findChildren<QComboBox *>();
+    auto *mode = boxes[1];
+    mode->setCurrentIndex(ColorRange::Fixed);
+    const auto inputs = panel.findChildren<QLineEdit *>(QString(), Qt::FindDirectChildrenOnly);
+    inputs[0]->setText(lower);
+    inputs[1]->setText(upper);
+    QSignalSpy spy(&panel, SIGNAL(problem(QString)));
+    QMetaObject::invokeMethod(&panel, "applyRange");
+
+    QCOMPARE(spy.count(), 1);
+    const QString message = spy.first().first().toString();
+    QVERIFY2(part.isEmpty() ? message.isEmpty() : message.contains(part), qPrintable(message));
+    QCOMPARE(desk.spectrograms->colorRange().mode,
+             part.isEmpty() ? ColorRange::Fixed : ColorRange::Automatic);
+}
+
+void TestSpectrograms::remembersSettings()
+{
+    {
+        Desk desk;
+        SpectrogramPanel panel(desk.spectrograms);
+        desk.spectrograms->setAxis("freqs(1,8,4,12)");
+        panel.gradientPanel()->setGradientName("Inferno");
+        desk.spectrograms->setInFront(true);
+        panel.findChildren<QComboBox *>()[1]->setCurrentIndex(ColorRange::Shared);
+        panel.saveSettings();
+    }
+    Desk desk;
+    SpectrogramPanel panel(desk.spectrograms);
+    panel.restoreSettings();
+    QCOMPARE(desk.spectrograms->axisText(), QString("freqs(1,8,4,12)"));
+    QCOMPARE(panel.gradientPanel()->gradientName(), QString("Inferno"));
+    QCOMPARE(desk.spectrograms->colorRange().mode, ColorRange::Shared);
+    QVERIFY(desk.spectrograms->isInFront());
+
+    desk.spectrograms->setAllShown(true);
+    desk.settle();
+    QCOMPARE(desk.rows[0]->colors().gradient, Norvu::Gui::Gradients::Inferno);
+}
+
+QTEST_MAIN(TestSpectrograms)
+#include "tst_spectrograms.moc"
