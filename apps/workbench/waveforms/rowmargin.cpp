@@ -42,6 +42,7 @@ void RowMargin::addRuler()
     // Room for ticks, the longest number, and the unit beside it.
     _ruler->setFixedWidth(fontMetrics().horizontalAdvance("-8.8e+08") + 2 * fontMetrics().height());
     static_cast<QHBoxLayout *>(layout())->insertWidget(0, _ruler);
+    _ruler->show(); // what isn't shown yet counts for nothing in size hints
     connect(widget, SIGNAL(traceUpdated(Tellarix::Gui::RecordWidget *)), _ruler,
             SLOT(updateScale(Tellarix::Gui::RecordWidget *)));
     _ruler->updateScale(widget);
