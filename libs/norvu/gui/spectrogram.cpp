@@ -46,8 +46,12 @@ int toColumns(double value)
     return value < Most ? static_cast<int>(value) : Most;
 }
 
+/** Room in bytes for a matrix that has begun to grow; an hour or so needs no copy that way. */
+constexpr int64_t FirstRoom = 1 << 27;
 /** Bytes from which on the room ahead of the columns is as much as they take, not three times. */
 constexpr int64_t HugeBlock = 1 << 28;
+/** Columns left behind by a window that moves on, as a multiple of it, before it goes back. */
+constexpr int MostLeftBehind = 3;
 
 /** A block for std::free(). Big ones ask the system for large pages, which it hands over at much
  *  less cost than many small ones. Null if there is no memory. */
@@ -239,6 +243,7 @@ bool Spectrogram<T>::reallocate(int columns)
     std::free(_block);
     _data = _block = block;
     _blockColumns = columns;
+    _usedColumns = std::min(_columns, columns);
     return true;
 }
 
@@ -248,18 +253,20 @@ bool Spectrogram<T>::makeRoom(int columns)
 {
     if (!_block)
         return reallocate(columns);
+    const int64_t size = int64_t(columns) * _rows * int64_t(sizeof(T));
     const int before = _rows ? static_cast<int>((_data - _block) / _rows) : 0;
-    if (columns <= _blockColumns - before)
-        return true;
+    const bool fits = columns <= _blockColumns - before;
     // A window that moves on goes back to the begin of the block, once in a while.
-    if (_blockColumns >= int64_t(columns) * 5 / 4) {
+    if (before / MostLeftBehind > columns || (!fits && _blockColumns >= int64_t(columns) * 5 / 4)) {
         std::memmove(_block, _data, static_cast<size_t>(_columns) * _rows * sizeof(T));
         _data = _block;
         return true;
     }
+    if (fits)
+        return true;
     // Room costs nothing as long as no page of it is written to, but copies do.
-    const int64_t size = int64_t(columns) * _rows * int64_t(sizeof(T));
-    const int64_t wanted = int64_t(columns) * (size < HugeBlock ? 4 : 2);
+    const int64_t wanted = size < FirstRoom / 4 ? columns * (FirstRoom / std::max<int64_t>(size, 1))
+                                                : int64_t(columns) * (size < HugeBlock ? 4 : 2);
     const int64_t most = std::numeric_limits<int>::max();
     return (wanted <= most && reallocate(static_cast<int>(wanted))) || reallocate(columns);
 }
@@ -323,6 +330,8 @@ void Spectrogram<T>::pushData(int n, const T *samples)
     if (newColumns > _columns && _head != _columns)
         std::fill(_data + _columns * rows, _data + newColumns * rows, T(0));
     _columns = newColumns;
+    const size_t begin = rows ? static_cast<size_t>(_data - _block) / rows : 0;
+    _usedColumns = std::max(_usedColumns, static_cast<int>(begin) + newColumns);
 
     const MatrixColumns<T> target{_data, rows, static_cast<size_t>(newColumns),
                                   static_cast<size_t>(_head), static_cast<size_t>(skip)};
@@ -358,7 +367,7 @@ void Spectrogram<T>::resetData()
 {
     std::free(_block);
     _data = _block = nullptr;
-    _blockColumns = 0;
+    _blockColumns = _usedColumns = 0;
     _columns = _front = _head = 0;
     _firstColumn = 0;
     _blockRanges.clear();
@@ -402,7 +411,7 @@ void Spectrogram<T>::trimData(int first, int last, int *firstKept)
 
     _columns = _head = kept;
     _front = 0;
-    if (kept < _blockColumns / 8)
+    if (kept < _usedColumns / 8)
         reallocate(kept);
     findRange();
 }

@@ -119,6 +119,7 @@ private:
     T *_data{nullptr};
     T *_block{nullptr};
     int _blockColumns{0};
+    int _usedColumns{0}; /**< of the block: what lies behind them has not taken memory yet */
     /** Columns that were trimmed off the front: data() begins with that column of the signal. */
     int64_t _firstColumn{0};
     /** Ranges of whole blocks of columns, so that a trim need not look at each value again. Blocks
