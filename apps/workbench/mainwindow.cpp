@@ -192,7 +192,6 @@ void MainWindow::createSpectrogramMenu()
     Spectrograms *spectrograms = _waveforms->spectrograms();
     _spectrogramPanel = new SpectrogramPanel(spectrograms, this);
     connect(_spectrogramPanel, SIGNAL(problem(QString)), this, SLOT(showProblem(QString)));
-    connect(_spectrogramPanel, SIGNAL(problems(QStringList)), this, SLOT(tell(QStringList)));
 
     _spectrogramDock = new QDockWidget(tr("Spectrogram"), this);
     _spectrogramDock->setObjectName("spectrogram");

@@ -109,6 +109,7 @@ private slots:
     void tellsWhatIsUnderThePointer();
     void refusesBadAxes_data();
     void refusesBadAxes();
+    void tellsWhichBandsAreEmpty();
     void refusesBadRanges_data();
     void refusesBadRanges();
     void remembersSettings();
@@ -319,6 +320,20 @@ void TestSpectrograms::refusesBadAxes()
     QCOMPARE(spy.count(), 1);
     QVERIFY2(spy.first().first().toString().contains(part),
              qPrintable(spy.first().first().toString()));
+}
+
+void TestSpectrograms::tellsWhichBandsAreEmpty()
+{
+    Desk desk;
+    SpectrogramPanel panel(desk.spectrograms);
+    QSignalSpy spy(&panel, SIGNAL(problem(QString)));
+    desk.spectrograms->setAllShown(true);
+    QCOMPARE(spy.takeLast().first().toString(), QString());
+
+    desk.spectrograms->setAxis("freqs(1,15,8,8)");
+    desk.spectrograms->setAllShown(true);
+    const QString message = spy.takeLast().first().toString();
+    QVERIFY2(message.contains("20 Hz") && message.contains("of 8 bands"), qPrintable(message));
 }
 
 void TestSpectrograms::refusesBadRanges_data()

@@ -56,6 +56,7 @@ SpectrogramPanel::SpectrogramPanel(Spectrograms *spectrograms, QWidget *parent)
 
     connect(_gradient, SIGNAL(changed()), this, SLOT(applyGradient()));
     connect(_spectrograms, SIGNAL(colorsChanged()), this, SLOT(showRange()));
+    connect(_spectrograms, SIGNAL(shownChanged()), this, SLOT(showRateProblems()));
     setFocusProxy(_axis);
 }
 
@@ -104,7 +105,12 @@ void SpectrogramPanel::applyAxis(const QString &text)
     if (!message.isEmpty())
         return;
     _axis->remember(text);
-    emit problems(_spectrograms->rateProblems());
+    showRateProblems();
+}
+
+void SpectrogramPanel::showRateProblems()
+{
+    showProblem(_spectrograms->rateProblems().join("\n"));
 }
 
 void SpectrogramPanel::showProblem(const QString &message)
@@ -145,8 +151,10 @@ void SpectrogramPanel::applyRange()
     ColorRange range;
     const QString message = readRange(range);
     showProblem(message);
-    if (message.isEmpty())
+    if (message.isEmpty()) {
         _spectrograms->setColorRange(range);
+        showRateProblems();
+    }
     showRange();
 }
 

@@ -30,16 +30,15 @@ public:
     void saveSettings() const;
 
 signals:
-    /** What is wrong with an input; empty when it is right again. */
+    /** What is wrong with an input, or doesn't fit the data; empty when it is right again. */
     void problem(const QString &message);
-    /** What doesn't fit the data, one text each. */
-    void problems(const QStringList &messages);
 
 private slots:
     void applyAxis(const QString &text);
     void applyRange();
     void applyGradient();
     void showRange();
+    void showRateProblems();
 
 private:
     void createAxis(QFormLayout *form);

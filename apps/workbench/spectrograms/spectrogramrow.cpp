@@ -269,9 +269,11 @@ void SpectrogramRow::drawSpectrogram(QPainter &painter)
     if (!_wanted)
         return;
     SpectrogramRecordWidget::drawSpectrogram(painter);
-    if (!_hint.isEmpty()) {
+    const bool lacksFilter = records(RowSlot) && !source() && !filter();
+    const QString hint = lacksFilter ? tr("No spectrogram: the traces have no filter") : _hint;
+    if (!hint.isEmpty()) {
         painter.setPen(palette().color(foregroundRole()));
-        painter.drawText(canvasRect(), Qt::AlignCenter, _hint);
+        painter.drawText(canvasRect(), Qt::AlignCenter, hint);
     }
     if (!isComplete())
         emit incomplete();
