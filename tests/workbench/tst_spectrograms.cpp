@@ -330,7 +330,7 @@ void TestSpectrograms::tellsWhichBandsAreEmpty()
     desk.spectrograms->setAllShown(true);
     QCOMPARE(spy.takeLast().first().toString(), QString());
 
-    desk.spectrograms->setAxis("freqs(1,15,8,8)");
+    desk.spectrograms->setAxis("periods(0.05,2,8,8)");
     desk.spectrograms->setAllShown(true);
     const QString message = spy.takeLast().first().toString();
     QVERIFY2(message.contains("20 Hz") && message.contains("of 8 bands"), qPrintable(message));

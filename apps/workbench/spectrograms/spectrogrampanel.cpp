@@ -101,9 +101,10 @@ void SpectrogramPanel::applyAxis(const QString &text)
 {
     const QString message = _spectrograms->setAxis(text);
     _axis->showProblem(message);
-    showProblem(message);
-    if (!message.isEmpty())
+    if (!message.isEmpty()) {
+        showProblem(tr("Axis of spectrograms: %1").arg(message));
         return;
+    }
     _axis->remember(text);
     showRateProblems();
 }
@@ -150,10 +151,11 @@ void SpectrogramPanel::applyRange()
 {
     ColorRange range;
     const QString message = readRange(range);
-    showProblem(message);
     if (message.isEmpty()) {
         _spectrograms->setColorRange(range);
         showRateProblems();
+    } else {
+        showProblem(message);
     }
     showRange();
 }

@@ -28,6 +28,7 @@ constexpr double Margin = 0.5;
 /** Panning makes a stretch longer until it has so many times the length that is wanted. */
 constexpr double LongestStretch = 3;
 constexpr int PenAlpha = 150;
+constexpr double LineContrast = 3;
 
 double longestPeriod(const SpectrogramSettings &axis)
 {
@@ -92,6 +93,13 @@ void SpectrogramRow::setColors(const AmplitudeColors &colors)
     emit colorsChanged();
 }
 
+/** What the picture looks like where amplitudes are small. */
+QColor SpectrogramRow::quietColor() const
+{
+    const QColor base = palette().color(QPalette::Base);
+    return _colors.gradient.isEmpty() ? base : blended(_colors.gradient.first().first, base);
+}
+
 /** Above the colours of small amplitudes a dark trace, or a light one, can't be seen. */
 void SpectrogramRow::updateTracePen()
 {
@@ -99,12 +107,10 @@ void SpectrogramRow::updateTracePen()
         removeRecordPen(RowSlot);
         return;
     }
-    const QColor background =
-        blended(_colors.gradient.first().first, palette().color(QPalette::Base));
-    QColor color(Gui::contrastRatio(Qt::white, background) >
-                         Gui::contrastRatio(Qt::black, background)
-                     ? Qt::white
-                     : Qt::black);
+    const QColor background = quietColor();
+    const bool isDark =
+        Gui::contrastRatio(Qt::white, background) > Gui::contrastRatio(Qt::black, background);
+    QColor color(isDark ? Qt::white : Qt::black);
     color.setAlpha(PenAlpha);
     QPen pen(color, Gui::Scheme::Current().records.lineWidth);
     pen.setCosmetic(true);
@@ -264,11 +270,22 @@ void SpectrogramRow::changedRecords(int slot, RecordSequence *sequence)
         emit amplitudeRangeChanged();
 }
 
+/** The picture covers the grid, of which the time that rows are aligned to is missed. */
+void SpectrogramRow::drawAlignment(QPainter &painter) const
+{
+    if (!alignment().valid() || spectrogramSize() == 0)
+        return;
+    const QColor color =
+        Gui::readableColor(Gui::Scheme::Current().records.alignment, quietColor(), LineContrast);
+    painter.fillRect(QRect(mapTime(alignment()), 0, 1, height()) & canvasRect(), color);
+}
+
 void SpectrogramRow::drawSpectrogram(QPainter &painter)
 {
     if (!_wanted)
         return;
     SpectrogramRecordWidget::drawSpectrogram(painter);
+    drawAlignment(painter);
     const bool lacksFilter = records(RowSlot) && !source() && !filter();
     const QString hint = lacksFilter ? tr("No spectrogram: the traces have no filter") : _hint;
     if (!hint.isEmpty()) {

@@ -74,7 +74,9 @@ private:
     Tellarix::Core::TimeSpan pieceLength() const;
     double unitFactor() const;
     void setHint(const QString &hint);
+    QColor quietColor() const;
     void updateTracePen();
+    void drawAlignment(QPainter &painter) const;
 
     Norvu::Gui::SpectrogramSettings _axis;
     AmplitudeColors _colors;
