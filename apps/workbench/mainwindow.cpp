@@ -52,6 +52,7 @@ constexpr auto SettingsGroup = "Workbench";
 constexpr int ProgressWidth = 220;
 constexpr int ProblemTime = 15000;
 constexpr int StatusMilliseconds = 20000;
+constexpr int QuietRounds = 3;
 
 QStringList localFiles(const QMimeData *data)
 {
@@ -378,12 +379,13 @@ QPixmap MainWindow::spectrogramPicture()
     Spectrograms *spectrograms = _waveforms->spectrograms();
     spectrograms->setAllShown(true);
     _spectrogramDock->show();
-    // Rows get their size first, and say what they lack when they are painted.
-    QCoreApplication::processEvents();
-    do {
+    // Rows say what they lack when they are painted, and get other sizes as their scales need them.
+    for (int quiet = 0; quiet < QuietRounds; ++quiet) {
         grab();
         QCoreApplication::processEvents();
-    } while (spectrograms->isBusy());
+        if (spectrograms->isBusy())
+            quiet = 0;
+    }
     const QPixmap picture = grab();
     spectrograms->setAllShown(false);
     _spectrogramDock->hide();

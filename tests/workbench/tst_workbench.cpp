@@ -104,8 +104,16 @@ void TestWorkbench::writesPicture()
     const Outcome outcome = runWorkbench({"--snapshot", pictures, _file});
     QCOMPARE(outcome.exitCode, 0);
 
-    const QImage picture(pictures + "/waveforms.png");
-    QCOMPARE(picture.size(), QSize(1600, 900));
+    for (const char *name : {"waveforms", "overview", "overview-horizontal", "spectrogram"})
+        QCOMPARE(QImage(pictures + '/' + name + ".png").size(), QSize(1600, 900));
+    for (const char *name : {"gradients", "gradient-editor", "widgets"})
+        QVERIFY2(QImage(pictures + '/' + name + ".png").width() > 200, name);
+    // Every row shows its spectrogram over the whole minute.
+    const QImage spectrogram(pictures + "/spectrogram.png");
+    int dark = 0;
+    for (int x = 0; x < 800; ++x)
+        dark += spectrogram.pixelColor(x, 160).lightness() < 100;
+    QVERIFY2(dark > 500, qPrintable(QString::number(dark)));
 }
 
 void TestWorkbench::tellsWhatCannotBeOpened_data()
