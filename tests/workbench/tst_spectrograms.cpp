@@ -5,7 +5,7 @@
 #include "waveformtesting.h"
 
 #include <norvu/gui/gradients.h>
-#include <tellarix/core/math/filter.h>
+#include <tellarix/core/math/butterworth.h>
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -19,6 +19,8 @@ using namespace WaveformTesting;
 using namespace Workbench;
 
 namespace {
+
+using Highpass = Math::Filtering::IIR::ButterworthHighpass<double>;
 
 constexpr double Rate = 20;
 constexpr double Seconds = 600;
@@ -105,6 +107,9 @@ private slots:
     void followsTheView();
     void followsLiveRecords();
     void keepsWithinItsMemory();
+    void restsWithoutMemory();
+    void followsTheFilterOnlyIfWanted();
+    void skipsRecordsWithoutRate();
     void rangesOfColors();
     void tellsWhatIsUnderThePointer();
     void refusesBadAxes_data();
@@ -229,6 +234,51 @@ void TestSpectrograms::keepsWithinItsMemory()
     // With less to show there is room for all.
     desk.show(0, 20);
     desk.spectrograms->setAllShown(false);
+    desk.spectrograms->setAllShown(true);
+    desk.settle();
+    QCOMPARE(desk.completeRows(), 3);
+}
+
+/** A row that can't be worked out says so once, and isn't painted over and over. */
+void TestSpectrograms::restsWithoutMemory()
+{
+    Desk desk;
+    desk.spectrograms->setMemoryLimit(1000);
+    desk.spectrograms->setAllShown(true);
+    desk.settle();
+    QSignalSpy paints(desk.rows[0], SIGNAL(incomplete()));
+    QVERIFY(paints.isValid());
+    for (int i = 0; i < 20; ++i)
+        QCoreApplication::processEvents();
+    QVERIFY2(paints.count() < 3, qPrintable(QString::number(paints.count())));
+}
+
+void TestSpectrograms::followsTheFilterOnlyIfWanted()
+{
+    Desk desk;
+    desk.spectrograms->setAllShown(true);
+    double corner = 1;
+    for (const bool isFiltering : {true, false}) {
+        desk.view.setFilterEnabled(isFiltering);
+        for (const bool isWanted : {false, true}) {
+            desk.spectrograms->useFilteredRecords(isWanted);
+            desk.view.setFilter(new Highpass(2, corner++));
+            desk.settle();
+            QCOMPARE(desk.completeRows(), 3);
+            desk.view.setFilter(new Highpass(2, corner++));
+            QCOMPARE(desk.completeRows(), isWanted ? 0 : 3);
+        }
+    }
+}
+
+void TestSpectrograms::skipsRecordsWithoutRate()
+{
+    Desk desk;
+    auto *sequence = new RingBuffer(-1);
+    sequence->feed(record("XX.AAA..BHZ", -60, 0, std::vector<double>(5)).get());
+    sequence->feed(sine(0, 2, 10).get());
+    desk.rows[0]->setRecords(0, sequence, true);
+    QCOMPARE(desk.rows[0]->records(0)->size(), 2);
     desk.spectrograms->setAllShown(true);
     desk.settle();
     QCOMPARE(desk.completeRows(), 3);

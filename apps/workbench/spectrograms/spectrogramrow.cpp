@@ -19,8 +19,8 @@ namespace Workbench {
 namespace {
 
 constexpr int RowSlot = 0;
-/** Values that are worked out at once, so that the window answers in between. */
-constexpr double PieceValues = 24E6;
+/** Values that are worked out at once: some milliseconds, and tens where memory is slow. */
+constexpr double PieceValues = 2E6;
 /** Longest periods of the axis until the filters have forgotten that there was nothing before. */
 constexpr double RunIn = 3;
 /** What is worked out beside the visible stretch on either side, in parts of it. */
@@ -164,10 +164,16 @@ TimeWindow SpectrogramRow::visibleData() const
     return records->timeWindow().overlap(TimeWindow(leftTime(), rightTime()));
 }
 
+/** Nobody tells of a new filter while filtering is switched off. */
+bool SpectrogramRow::isUpToDate() const
+{
+    return isSpectrogramEnabled() && content() == _content;
+}
+
 bool SpectrogramRow::isComplete() const
 {
     const TimeWindow data = visibleData();
-    return data.isEmpty() || (isSpectrogramEnabled() && spectrogramTimeWindow().contains(data));
+    return data.isEmpty() || (isUpToDate() && spectrogramTimeWindow().contains(data));
 }
 
 /** The visible stretch, some more to pan into, and what the filters need to run in. Behind the
@@ -179,32 +185,41 @@ TimeWindow SpectrogramRow::wantedStretch() const
     return {std::max(start, source()->timeWindow().startTime()), rightTime() + margin};
 }
 
+/** Of the first record that has one, 0 without any. */
+double SpectrogramRow::samplingFrequency() const
+{
+    const RecordSequence *records = source();
+    if (!records)
+        return 0;
+    const auto found = std::find_if(records->begin(), records->end(),
+                                    [](const RecordCPtr &record) { return record->hasEndTime(); });
+    return found == records->end() ? 0 : (*found)->samplingFrequency();
+}
+
 double SpectrogramRow::memoryNeeded() const
 {
     if (isComplete())
         return 0;
     const TimeWindow data = source()->timeWindow().overlap(wantedStretch());
-    return data.length().length() * source()->front()->samplingFrequency() * _axis.bands *
-           sizeof(float);
+    return data.length().length() * samplingFrequency() * _axis.bands * sizeof(float);
 }
 
 TimeSpan SpectrogramRow::pieceLength() const
 {
-    const double values = source()->front()->samplingFrequency() * _axis.bands;
-    return TimeSpan(std::max(1.0, PieceValues / values));
+    return TimeSpan(std::max(1.0, PieceValues / (samplingFrequency() * _axis.bands)));
 }
 
-void SpectrogramRow::workOut(size_t memory)
+bool SpectrogramRow::workOut(size_t memory)
 {
-    if (!_wanted || isComplete() || !source()->front()->hasEndTime())
-        return;
+    if (!_wanted || isComplete() || samplingFrequency() <= 0)
+        return false;
 
-    if (memoryNeeded() > static_cast<double>(memory)) {
-        const QString needed = QString::number(memoryNeeded() / 1E9, 'f', 1);
-        release();
-        setHint(
-            tr("Zoom in for the spectrogram: this much of it takes %1 GB of memory").arg(needed));
-        return;
+    const double needed = memoryNeeded();
+    if (needed > static_cast<double>(memory)) {
+        setSpectrogramEnabled(false);
+        setHint(tr("Zoom in for the spectrogram: this much of it takes %1 GB of memory")
+                    .arg(QString::number(needed / 1E9, 'f', 1)));
+        return false;
     }
     const TimeWindow stretch = wantedStretch();
     setHint(QString());
@@ -213,12 +228,13 @@ void SpectrogramRow::workOut(size_t memory)
     else
         beginAnew(stretch);
     emit amplitudeRangeChanged();
+    return true;
 }
 
 bool SpectrogramRow::canGoOn(const TimeWindow &stretch) const
 {
     const TimeWindow done = spectrogramTimeWindow();
-    return isSpectrogramEnabled() && done.startTime() <= visibleData().startTime() &&
+    return isUpToDate() && done.startTime() <= visibleData().startTime() &&
            done.endTime() >= stretch.startTime() &&
            (stretch.endTime() - done.startTime()).length() <=
                LongestStretch * stretch.length().length();
@@ -236,6 +252,7 @@ void SpectrogramRow::goOn(const TimeWindow &stretch)
 void SpectrogramRow::beginAnew(const TimeWindow &stretch)
 {
     setSpectrogramEnabled(false);
+    _content = content();
     setSpectrogramTimeWindow({stretch.startTime(), stretch.startTime()});
     setSpectrogramEnabled(true);
     goOn(stretch);
@@ -255,20 +272,45 @@ void SpectrogramRow::setHint(const QString &hint)
     update();
 }
 
+// Records
+
+bool SpectrogramRow::Content::operator==(const Content &other) const
+{
+    return first == other.first && last == other.last && count == other.count;
+}
+
+SpectrogramRow::Content SpectrogramRow::content() const
+{
+    const RecordSequence *records = source();
+    if (!records || records->isEmpty())
+        return Content();
+    return {records->front(), records->back(), records->size()};
+}
+
 void SpectrogramRow::fed(int slot, const Record *record)
 {
     const QPair<double, double> before = spectrogramRange();
     SpectrogramRecordWidget::fed(slot, record);
-    if (_wanted && spectrogramRange() != before)
+    if (slot != RowSlot || !isSpectrogramEnabled())
+        return;
+    _content = content();
+    if (spectrogramRange() != before)
         emit amplitudeRangeChanged();
 }
 
-void SpectrogramRow::changedRecords(int slot, RecordSequence *sequence)
+/** Other records are worked out piece by piece, as those before. When a filter is switched on or
+ *  off, the raw ones stay what they were, and what was made of them too. */
+void SpectrogramRow::changedRecords(int slot, RecordSequence *)
 {
-    SpectrogramRecordWidget::changedRecords(slot, sequence);
-    if (_wanted && slot == RowSlot)
+    if (slot != RowSlot || content() == _content)
+        return;
+    release();
+    update();
+    if (_wanted)
         emit amplitudeRangeChanged();
 }
+
+// Painting
 
 /** The picture covers the grid, of which the time that rows are aligned to is missed. */
 void SpectrogramRow::drawAlignment(QPainter &painter) const

@@ -44,8 +44,9 @@ public:
      * Works out the next piece of the visible stretch, unless it is complete.
      * @param memory  bytes that the whole stretch may take; with less than it needs the row is
      *                emptied and says so in its picture
+     * @return false if there was nothing to do or no room for it
      */
-    void workOut(size_t memory);
+    bool workOut(size_t memory);
     /** Drops what was worked out. */
     void release();
 
@@ -65,7 +66,20 @@ protected:
     void drawSpectrogram(QPainter &painter) override;
 
 private:
+    /** What a spectrogram was made of. */
+    struct Content
+    {
+        Tellarix::RecordCPtr first;
+        Tellarix::RecordCPtr last;
+        int count{0};
+
+        bool operator==(const Content &other) const;
+    };
+
     const Tellarix::RecordSequence *source() const;
+    Content content() const;
+    bool isUpToDate() const;
+    double samplingFrequency() const;
     Tellarix::Core::TimeWindow visibleData() const;
     Tellarix::Core::TimeWindow wantedStretch() const;
     bool canGoOn(const Tellarix::Core::TimeWindow &stretch) const;
@@ -82,6 +96,7 @@ private:
     AmplitudeColors _colors;
     ColorTable _table;
     QString _hint;
+    Content _content;
     bool _wanted{false};
     bool _inFront{false};
 };

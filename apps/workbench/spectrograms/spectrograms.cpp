@@ -8,6 +8,8 @@
 #include <norvu/gui/traceview.h>
 #include <tellarix/core/records/recordsequence.h>
 
+#include <QElapsedTimer>
+
 #include <unistd.h>
 
 #include <algorithm>
@@ -27,6 +29,8 @@ namespace {
 constexpr auto DefaultAxis = "periods_log(0.1,30,10,64)";
 /** More rows than a screen has pixels, and filters that take long. */
 constexpr int MostBands = 2048;
+/** Time after which the user interface has its turn. */
+constexpr int TurnMilliseconds = 30;
 
 size_t defaultMemoryLimit()
 {
@@ -52,6 +56,7 @@ Spectrograms::Spectrograms(TraceView *view)
     setAxis(DefaultAxis);
     _timer.setSingleShot(true);
     connect(&_timer, SIGNAL(timeout()), this, SLOT(workOn()));
+    connect(view, SIGNAL(layoutOrContentChanged()), this, SLOT(updateRows()));
 }
 
 SpectrogramRow *Spectrograms::rowOf(const Trace *trace) const
@@ -191,15 +196,23 @@ void Spectrograms::useFilteredRecords(bool use)
 
 void Spectrograms::workOn()
 {
+    QElapsedTimer time;
+    time.start();
     for (SpectrogramRow *row : wantedRows()) {
-        if (row->isComplete() || !isInSight(row))
-            continue;
-        row->workOut(roomFor(row));
-        if (!row->isComplete() && row->isSpectrogramEnabled()) {
-            _timer.start();
-            return;
+        while (isInSight(row) && row->workOut(roomFor(row))) {
+            if (time.elapsed() >= TurnMilliseconds) {
+                _timer.start();
+                return;
+            }
         }
     }
+}
+
+/** Rows find out as they are painted what is missing. */
+void Spectrograms::updateRows()
+{
+    for (SpectrogramRow *row : wantedRows())
+        row->update();
 }
 
 /** What the other rows leave; those out of sight give theirs away if it is not enough. */

@@ -80,6 +80,7 @@ signals:
 
 private slots:
     void workOn();
+    void updateRows();
     void updateColors();
 
 private:
