@@ -25,8 +25,21 @@ constexpr int TileStride = TileWidth + 16;
 // Lines of pixels from the one that is drawn to the one that is fetched.
 constexpr int FetchedAhead = 2;
 
+// The same for columns, which lie far apart where a pixel stands for many.
+constexpr int ColumnsAhead = 8;
+
 template <typename T>
 constexpr T PerWeight = static_cast<T>(2.3283064365386963e-10);
+
+/** Fetches a column and its neighbour, which lie behind each other. */
+template <typename T>
+void fetchColumn(const ColumnMix<T> &column, int rows)
+{
+    constexpr int CacheLine = 64 / sizeof(T);
+    const int count = column.right == nullptr ? rows : 2 * rows;
+    for (int row = 0; row < count; row += CacheLine)
+        hwy::Prefetch(column.left + row);
+}
 
 /** Mixes one column and puts it upright into the rows of a tile. */
 template <typename T>
@@ -161,8 +174,11 @@ void drawTile(const ColumnMix<T> *columns, int width, int rows, const LineMix<T>
               const PixelTable &table, unsigned int *bottom, std::ptrdiff_t stride)
 {
     std::vector<T> tile(static_cast<size_t>(rows) * TileStride);
-    for (int x = 0; x < width; ++x)
+    for (int x = 0; x < width; ++x) {
+        if (x + ColumnsAhead < width)
+            fetchColumn(columns[x + ColumnsAhead], rows);
         mixColumn(columns[x], rows, tile.data() + x);
+    }
     for (int y = 0; y < height; ++y) {
         unsigned int *pixels = bottom - y * stride;
         if (y + FetchedAhead < height)
