@@ -1,12 +1,10 @@
 #include <norvu/gui/filterbank_p.h>
 
-#include <QThreadPool>
-#include <QtConcurrent>
+#include <tellarix/core/parallel.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <numeric>
 #include <type_traits>
 
 #undef HWY_TARGET_INCLUDE
@@ -190,6 +188,8 @@ constexpr int64_t SumLifetime = 4;
 constexpr double TinyState = 1E-250;
 /** Samples times bands from which on threads are worth their start. */
 constexpr size_t BigBlock = 1 << 19;
+/** Groups that fill a line of the cache with values of either type. */
+constexpr size_t GroupsOfPart = 2;
 
 template <typename T>
 bool filterGroup(FilterBank::Group &group, const double *input, size_t n, T *target, size_t stride)
@@ -315,7 +315,8 @@ void FilterBank::Group::sumAfresh()
 
 bool FilterBank::add(const Band &band)
 {
-    const bool isNext = !_bandCount || (band.highPassLength == _highPass.length() && _groups.front().seen == 0);
+    const bool isNext =
+        !_bandCount || (band.highPassLength == _highPass.length() && _groups.front().seen == 0);
     const bool fits = isNext && band.highPassLength > 0 && band.averageLength > 0 &&
                       (band.sections.empty() || band.sections.size() == Sections) &&
                       std::all_of(band.sections.begin(), band.sections.end(),
@@ -429,24 +430,17 @@ ValueRange FilterBank::apply(int n, const T *samples, const MatrixColumns<T> &ta
 
     const Input input = highPass(n, samples);
     const size_t size = input.blockLength() * _bandCount;
-    const int most = std::max(1, QThreadPool::globalInstance()->maxThreadCount());
-    const size_t threads =
-        size < BigBlock ? 1 : std::min(static_cast<size_t>(most), _groups.size());
-    if (threads == 1) {
-        range.widen(run(0, _groups.size(), input, target));
-    } else {
-        std::vector<size_t> parts(threads);
-        std::iota(parts.begin(), parts.end(), 0);
-        double firstValue = 0;
-        QtConcurrent::blockingMap(parts, [&](size_t part) {
-            const size_t count = _groups.size();
-            const double value =
-                run(count * part / threads, count * (part + 1) / threads, input, target);
-            if (part == 0)
-                firstValue = value;
-        });
-        range.widen(firstValue);
-    }
+    // Parts of whole lines of the cache, which no two threads share.
+    const size_t count = _groups.size();
+    const size_t parts = size < BigBlock ? 1 : (count + GroupsOfPart - 1) / GroupsOfPart;
+    double firstValue = 0;
+    Tellarix::Core::parallelFor(static_cast<int>(parts), [&](int number) {
+        const auto part = static_cast<size_t>(number);
+        const double value = run(count * part / parts, count * (part + 1) / parts, input, target);
+        if (part == 0)
+            firstValue = value;
+    });
+    range.widen(firstValue);
 
     ValueRange lanes;
     const bool isKnown = _bandCount <= target.rows && collectRange<T>(lanes);

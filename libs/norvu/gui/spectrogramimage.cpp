@@ -2,15 +2,10 @@
 
 #include <norvu/gui/spectrogramtile_p.h>
 
-#include <QSemaphore>
-#include <QThreadPool>
+#include <tellarix/core/parallel.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cstdint>
-#include <functional>
-#include <memory>
-#include <utility>
 #include <vector>
 
 namespace Norvu {
@@ -96,39 +91,6 @@ bool makeImage(QImage &image, int width, int height)
     return !image.isNull();
 }
 
-int threadsFor(const QImage &image)
-{
-    if (static_cast<qint64>(image.width()) * image.height() < ParallelPixels)
-        return 1;
-    return QThreadPool::globalInstance()->maxThreadCount();
-}
-
-/**
- * Tiles that threads take one by one. Whoever waits for the picture works too and waits for no
- * thread that hasn't begun: on a busy machine that takes longer than the whole picture. A thread
- * that comes late finds no tile and calls nothing, so only the queue has to outlive the picture.
- */
-class TileQueue
-{
-public:
-    TileQueue(int count, std::function<void(int)> draw) : _count(count), _draw(std::move(draw)) {}
-
-    void work()
-    {
-        for (int tile = _next++; tile < _count; tile = _next++) {
-            _draw(tile);
-            _drawn.release();
-        }
-    }
-    void waitUntilDrawn() { _drawn.acquire(_count); }
-
-private:
-    const int _count;
-    const std::function<void(int)> _draw;
-    std::atomic<int> _next{0};
-    QSemaphore _drawn;
-};
-
 template <typename T>
 void draw(QImage &image, const Spectrogram<T> &spectrogram,
           const Utils::LUT<double, unsigned int> &lut, const Stretch &stretch)
@@ -146,12 +108,9 @@ void draw(QImage &image, const Spectrogram<T> &spectrogram,
         drawSpectrogramTile(columns.data() + left, std::min(TileWidth, width - left),
                             spectrogram.rows(), lines.data(), height, table, bottom + left, width);
     };
-    const int threads = threadsFor(image);
-    const auto tiles = std::make_shared<TileQueue>((width - 1) / TileWidth + 1, drawTile);
-    for (int i = 1; i < threads; ++i)
-        QThreadPool::globalInstance()->tryStart([tiles] { tiles->work(); });
-    tiles->work();
-    tiles->waitUntilDrawn();
+    const int64_t pixels = int64_t(width) * height;
+    Tellarix::Core::parallelFor((width - 1) / TileWidth + 1, drawTile,
+                                pixels < ParallelPixels ? 1 : 0);
 }
 
 template <typename T>

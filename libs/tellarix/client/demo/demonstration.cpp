@@ -1,6 +1,7 @@
 #include <tellarix/client/demo/demonstration.h>
 
 #include <tellarix/client/demo/seismogram_p.h>
+#include <tellarix/core/parallel.h>
 #include <tellarix/core/records/formats/miniseedwriter.h>
 #include <tellarix/core/records/typedarray.h>
 
@@ -14,7 +15,6 @@
 #include <atomic>
 #include <functional>
 #include <mutex>
-#include <thread>
 
 namespace Tellarix {
 namespace Client {
@@ -130,25 +130,16 @@ bool writeStation(const QDir &folder, const DemoStation &station, uint64_t seed,
 bool writeStations(const QDir &folder, QString *error)
 {
     const QVector<DemoStation> stations = demonstrationStations();
-    std::atomic<int> next{0};
     std::atomic<bool> complete{true};
     std::mutex errorMutex;
-    const auto work = [&]() {
-        for (int i = next++; i < stations.size() && complete; i = next++) {
-            QString reason;
-            if (writeStation(folder, stations[i], Seed + static_cast<uint64_t>(i), &reason))
-                continue;
-            const std::lock_guard<std::mutex> lock(errorMutex);
-            complete = failed(reason, error);
-        }
-    };
-
-    std::vector<std::thread> workers(std::clamp(std::thread::hardware_concurrency(), 1U, 4U) - 1);
-    for (std::thread &worker : workers)
-        worker = std::thread(work);
-    work();
-    for (std::thread &worker : workers)
-        worker.join();
+    Core::parallelFor(stations.size(), [&](int i) {
+        QString reason;
+        if (!complete ||
+            writeStation(folder, stations[i], Seed + static_cast<uint64_t>(i), &reason))
+            return;
+        const std::lock_guard<std::mutex> lock(errorMutex);
+        complete = failed(reason, error);
+    });
     return complete;
 }
 

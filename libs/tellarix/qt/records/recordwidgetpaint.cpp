@@ -1,5 +1,6 @@
 #include <tellarix/qt/records/recordwidget.h>
 
+#include <tellarix/core/parallel.h>
 #include <tellarix/qt/records/amplitudeaxis_p.h>
 #include <tellarix/qt/records/hairlines_p.h>
 #include <tellarix/qt/records/recordmarker.h>
@@ -10,7 +11,6 @@
 #include <QFontInfo>
 #include <QPaintEvent>
 #include <QPainter>
-#include <QtConcurrent>
 
 #include <algorithm>
 #include <cmath>
@@ -200,7 +200,7 @@ void RecordWidget::prepare(const QVector<RecordWidget *> &widgets)
     QVector<RecordWidget *> outdated;
     std::copy_if(widgets.begin(), widgets.end(), std::back_inserter(outdated),
                  [](const RecordWidget *widget) { return widget->isDirty(); });
-    QtConcurrent::blockingMap(outdated, [](RecordWidget *widget) { widget->prepareTraces(); });
+    Core::parallelFor(outdated.size(), [&](int i) { outdated[i]->prepareTraces(); });
 }
 
 void RecordWidget::prepareTraces()
