@@ -105,10 +105,10 @@ void MainWindow::createFileMenu()
 
 void MainWindow::addExports(QMenu *menu)
 {
-    auto *exports = new ExportActions(_waveforms->view(), this);
-    menu->addActions(exports->actions());
-    connect(exports, SIGNAL(failed(QStringList)), this, SLOT(tell(QStringList)));
-    connect(exports, &ExportActions::done, this,
+    _exports = new ExportActions(_waveforms->view(), this);
+    menu->addActions(_exports->actions());
+    connect(_exports, SIGNAL(failed(QStringList)), this, SLOT(tell(QStringList)));
+    connect(_exports, &ExportActions::done, this,
             [this](const QString &text) { statusBar()->showMessage(text, StatusMilliseconds); });
 }
 
@@ -203,10 +203,16 @@ void MainWindow::createSpectrogramMenu()
     auto *menu = new SpectrogramMenu(spectrograms, this);
     menu->addSeparator();
     QAction *settings = _spectrogramDock->toggleViewAction();
-    settings->setText(tr("Se&ttings and colours"));
+    settings->setText(tr("Spectrogram se&ttings"));
     settings->setShortcut(tr("Ctrl+Shift+G"));
     menu->addAction(settings);
     menuBar()->addMenu(menu);
+
+    auto *separator = new QAction(this);
+    separator->setSeparator(true);
+    QList<QAction *> rowActions{menu->selectedAction(), settings,
+                                _waveforms->measuringTool()->measureAction(), separator};
+    _waveforms->setRowActions(rowActions + _exports->actions());
 }
 
 void MainWindow::setFilter(const QString &text)

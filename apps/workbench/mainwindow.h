@@ -21,6 +21,7 @@ class MultiTraceWidget;
 
 namespace Workbench {
 
+class ExportActions;
 class FilterBox;
 class OverviewMenu;
 class SpectrogramPanel;
@@ -93,6 +94,7 @@ private:
     QPixmap gradientEditorPicture();
 
     WaveformPanel *_waveforms;
+    ExportActions *_exports{nullptr};
     FilterBox *_filterBox{nullptr};
     OverviewMenu *_overviewMenu{nullptr};
     Norvu::Gui::MultiTraceWidget *_overview{nullptr};

@@ -1,4 +1,5 @@
 #include "mainwindow.h"
+#include "spectrograms/spectrograms.h"
 #include "waveforms/waveformpanel.h"
 
 #include <norvu/gui/trace.h>
@@ -9,6 +10,9 @@
 #include <tellarix/qt/records/recordwidget.h>
 #include <tellarix/qt/records/timescale.h>
 
+#include <QApplication>
+#include <QContextMenuEvent>
+#include <QMenu>
 #include <QProcess>
 #include <QtTest>
 
@@ -84,6 +88,7 @@ private slots:
     void draggingPans();
     void goesFromStretchToStretch();
     void reloadsResetRows();
+    void rowMenuSwitchesItsRow();
 
 private:
     QTemporaryDir _folder;
@@ -230,6 +235,31 @@ void TestWorkbench::reloadsResetRows()
     view->loadData();
     QCOMPARE(row->recordWidget()->records(0)->size(),
              view->itemAt(0)->recordWidget()->records(0)->size());
+}
+
+void TestWorkbench::rowMenuSwitchesItsRow()
+{
+    MainWindow window;
+    window.setInteractive(false);
+    window.show();
+    QVERIFY(window.open({_file}));
+
+    auto *panel = window.findChild<WaveformPanel *>();
+    panel->view()->select(panel->view()->itemAt(0));
+    Norvu::Gui::Trace *row = panel->view()->itemAt(1);
+    QTimer::singleShot(0, [] {
+        auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
+        QVERIFY(menu);
+        menu->actions().first()->trigger();
+        menu->close();
+    });
+    const QPoint point = row->recordWidget()->rect().center();
+    QContextMenuEvent event(QContextMenuEvent::Mouse, point,
+                            row->recordWidget()->mapToGlobal(point));
+    QCoreApplication::sendEvent(row->recordWidget(), &event);
+
+    for (Norvu::Gui::Trace *item : panel->view()->items())
+        QCOMPARE(panel->spectrograms()->isShown(item), item == row);
 }
 
 QTEST_MAIN(TestWorkbench)

@@ -8,8 +8,8 @@ SpectrogramMenu::SpectrogramMenu(Spectrograms *spectrograms, QWidget *parent)
     : QMenu(tr("&Spectrogram"), parent), _spectrograms(spectrograms)
 {
     _all = addToggle(tr("Spectrograms of &all rows"), tr("S"), SLOT(setAllShown(bool)));
-    addAction(tr("Spectrograms of &selected rows on or off"), _spectrograms, SLOT(toggleSelected()),
-              tr("Shift+S"));
+    _selected = addAction(tr("Spectrograms of &selected rows on or off"), _spectrograms,
+                          SLOT(toggleSelected()), tr("Shift+S"));
     addSeparator();
     _inFront = addToggle(tr("In &front of the traces"), tr("Ctrl+Shift+S"), SLOT(setInFront(bool)));
     _filtered = addToggle(tr("Of the fi&ltered traces"), QString(), SLOT(useFilteredRecords(bool)));

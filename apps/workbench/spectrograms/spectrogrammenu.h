@@ -14,6 +14,9 @@ class SpectrogramMenu : public QMenu
 public:
     SpectrogramMenu(Spectrograms *spectrograms, QWidget *parent);
 
+    /** Switches the selected rows, for other menus. */
+    QAction *selectedAction() const { return _selected; }
+
 private slots:
     void showState();
 
@@ -22,6 +25,7 @@ private:
 
     Spectrograms *_spectrograms;
     QAction *_all;
+    QAction *_selected;
     QAction *_inFront;
     QAction *_filtered;
 };

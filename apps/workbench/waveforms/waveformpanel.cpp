@@ -14,7 +14,9 @@
 #include <tellarix/qt/records/recordwidget.h>
 #include <tellarix/qt/records/timescale.h>
 
+#include <QContextMenuEvent>
 #include <QEvent>
+#include <QMenu>
 #include <QMouseEvent>
 #include <QVBoxLayout>
 
@@ -362,6 +364,19 @@ void WaveformPanel::updateRangeText()
         }
     }
     emit rangeText(text);
+}
+
+void WaveformPanel::contextMenuEvent(QContextMenuEvent *event)
+{
+    const QList<Trace *> rows = _view->items();
+    const auto row = std::find_if(rows.begin(), rows.end(), [event](const Trace *item) {
+        return item->visibleRegion().contains(item->mapFromGlobal(event->globalPos()));
+    });
+    if (row == rows.end())
+        return;
+    if (!(*row)->isSelected())
+        _view->select(*row);
+    QMenu::exec(_rowActions, event->globalPos(), nullptr, this);
 }
 
 QString WaveformPanel::textAt(Gui::RecordWidget *widget, const QPoint &position) const

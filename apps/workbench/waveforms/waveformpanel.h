@@ -3,9 +3,12 @@
 #include <tellarix/core/timewindow.h>
 
 #include <QHash>
+#include <QList>
 #include <QStringList>
 #include <QVector>
 #include <QWidget>
+
+class QAction;
 
 namespace Norvu {
 namespace Gui {
@@ -68,6 +71,9 @@ public:
     /** Epicentral distances in km by "NET.STA", shown beside the names and used for sorting. */
     void setDistances(const QHash<QString, double> &distancesKm) { _distancesKm = distancesKm; }
 
+    /** Actions for the menu of a row, which is selected before the menu shows. */
+    void setRowActions(const QList<QAction *> &actions) { _rowActions = actions; }
+
     /** Stretches of data in time order. */
     const QVector<Tellarix::Core::TimeWindow> &stretches() const { return _stretches; }
 
@@ -94,6 +100,7 @@ signals:
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
+    void contextMenuEvent(QContextMenuEvent *event) override;
 
 private slots:
     void updateRangeText();
@@ -117,6 +124,7 @@ private:
     Spectrograms *_spectrograms;
     Tellarix::Core::TimeWindow _window;
     QStringList _sources;
+    QList<QAction *> _rowActions;
     QVector<Tellarix::Core::TimeWindow> _stretches;
     QHash<QString, double> _distancesKm;
     bool _compact{false};
