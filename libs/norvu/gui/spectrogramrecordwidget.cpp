@@ -383,16 +383,19 @@ void SpectrogramRecordWidget::drawItem(QPainter &painter, SpectrogramItem &item)
     if (width < 1 || canvas.height() < 1)
         return;
 
-    const QSize size(width, canvas.height());
-    if (item.image.size() != size || item.imageOffset != offset || item.imageScale != timeScale()) {
+    // One column a pixel of the screen, however many of them make up one of the widget.
+    const QRect area(x0, canvas.top(), width, canvas.height());
+    const QSize size = (QSizeF(area.size()) * devicePixelRatioF()).toSize();
+    const double scale = timeScale() * devicePixelRatioF();
+    if (item.image.size() != size || item.imageOffset != offset || item.imageScale != scale) {
         if (!generateImagePPS<float>(item.image, item.spectrogram.get(), _colorLUT, size.width(),
-                                     size.height(), offset, timeScale()))
+                                     size.height(), offset, scale))
             item.image = QImage();
         item.imageOffset = offset;
-        item.imageScale = timeScale();
+        item.imageScale = scale;
     }
     if (!item.image.isNull())
-        painter.drawImage(x0, canvas.top(), item.image);
+        painter.drawImage(area, item.image);
 }
 
 } // namespace Gui

@@ -100,7 +100,7 @@ protected:
         Tellarix::Core::SmartPointer<RecordSpectrogram<float>> spectrogram;
         QImage image;
         int imageOffset{-1};  /**< column at the left edge of the picture */
-        double imageScale{0}; /**< pixels per second */
+        double imageScale{0}; /**< pixels of the picture per second */
     };
 
     void changedRecords(int slot, Tellarix::RecordSequence *sequence) override;
