@@ -77,6 +77,7 @@ struct Desk
             view.grab();
             QCoreApplication::processEvents();
         } while (spectrograms->isBusy());
+        view.grab();
     }
 
     int completeRows() const
@@ -110,6 +111,7 @@ private slots:
     void restsWithoutMemory();
     void followsTheFilterOnlyIfWanted();
     void skipsRecordsWithoutRate();
+    void changesTracesOnlyAboveThePicture();
     void rangesOfColors();
     void tellsWhatIsUnderThePointer();
     void refusesBadAxes_data();
@@ -282,6 +284,25 @@ void TestSpectrograms::skipsRecordsWithoutRate()
     desk.spectrograms->setAllShown(true);
     desk.settle();
     QCOMPARE(desk.completeRows(), 3);
+}
+
+/** Light traces could not be seen without the picture, be it not ready yet or too large. */
+void TestSpectrograms::changesTracesOnlyAboveThePicture()
+{
+    Desk desk;
+    const QPen plain = desk.rows[0]->recordPen(0);
+    desk.spectrograms->setMemoryLimit(1000);
+    desk.spectrograms->setAllShown(true);
+    desk.settle();
+    QCOMPARE(desk.rows[0]->recordPen(0), plain);
+
+    desk.spectrograms->setMemoryLimit(size_t(1) << 30);
+    desk.settle();
+    QVERIFY(desk.rows[0]->recordPen(0).color().lightness() > plain.color().lightness());
+
+    desk.spectrograms->setInFront(true);
+    desk.settle();
+    QCOMPARE(desk.rows[0]->recordPen(0), plain);
 }
 
 void TestSpectrograms::rangesOfColors()

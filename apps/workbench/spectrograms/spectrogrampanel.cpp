@@ -169,6 +169,8 @@ void SpectrogramPanel::showRange()
     if (isFixed)
         return;
     const QPair<double, double> range = _spectrograms->currentRange();
+    if (!(range.first < range.second))
+        return;
     _lower->setText(numberText(range.first));
     _upper->setText(numberText(range.second));
 }

@@ -29,6 +29,7 @@ constexpr double Margin = 0.5;
 constexpr double LongestStretch = 3;
 constexpr int PenAlpha = 150;
 constexpr double LineContrast = 3;
+constexpr int HintPadding = 6;
 
 double longestPeriod(const SpectrogramSettings &axis)
 {
@@ -63,7 +64,6 @@ void SpectrogramRow::setWanted(bool wanted)
     _wanted = wanted;
     if (!wanted)
         release();
-    updateTracePen();
     update();
 }
 
@@ -78,7 +78,6 @@ void SpectrogramRow::setInFront(bool inFront)
 {
     _inFront = inFront;
     setDrawSpectrogramInFront(inFront);
-    updateTracePen();
 }
 
 // Colours
@@ -89,7 +88,6 @@ void SpectrogramRow::setColors(const AmplitudeColors &colors)
         return;
     _colors = colors;
     setColorLUT(colors.fillTable(_table, unitFactor()) ? &_table : nullptr);
-    updateTracePen();
     emit colorsChanged();
 }
 
@@ -100,10 +98,20 @@ QColor SpectrogramRow::quietColor() const
     return _colors.gradient.isEmpty() ? base : blended(_colors.gradient.first().first, base);
 }
 
+/** Whether most of the traces in view stand above colours. */
+bool SpectrogramRow::coversTraces() const
+{
+    if (!_wanted || _inFront || _colors.gradient.isEmpty() || !isUpToDate())
+        return false;
+    const TimeWindow data = visibleData();
+    const TimeWindow covered = spectrogramTimeWindow().overlap(data);
+    return !covered.isEmpty() && 2 * covered.length().length() >= data.length().length();
+}
+
 /** Above the colours of small amplitudes a dark trace, or a light one, can't be seen. */
 void SpectrogramRow::updateTracePen()
 {
-    if (!_wanted || _inFront || _colors.gradient.isEmpty()) {
+    if (!coversTraces()) {
         removeRecordPen(RowSlot);
         return;
     }
@@ -114,7 +122,8 @@ void SpectrogramRow::updateTracePen()
     color.setAlpha(PenAlpha);
     QPen pen(color, Gui::Scheme::Current().records.lineWidth);
     pen.setCosmetic(true);
-    setRecordPen(RowSlot, pen);
+    if (recordPen(RowSlot) != pen)
+        setRecordPen(RowSlot, pen);
 }
 
 double SpectrogramRow::unitFactor() const
@@ -322,20 +331,47 @@ void SpectrogramRow::drawAlignment(QPainter &painter) const
     painter.fillRect(QRect(mapTime(alignment()), 0, 1, height()) & canvasRect(), color);
 }
 
+/** Why there is nothing to be seen; empty if nothing is missing. */
+QString SpectrogramRow::hint() const
+{
+    const bool lacksFilter = records(RowSlot) && !source() && !filter();
+    return lacksFilter ? tr("No spectrogram: the traces have no filter") : _hint;
+}
+
+/** Above the traces, so that it can be read, and in a corner, so that they can be. */
+void SpectrogramRow::drawHint(QPainter &painter) const
+{
+    const QRect room = canvasRect().adjusted(HintPadding, 0, -HintPadding, -1);
+    const QString text = painter.fontMetrics().elidedText(hint(), Qt::ElideRight, room.width());
+    if (!_wanted || text.isEmpty())
+        return;
+    const QRect area = painter.boundingRect(room, Qt::AlignRight | Qt::AlignBottom, text);
+    painter.fillRect(area.adjusted(-HintPadding, 0, HintPadding, 0),
+                     palette().color(backgroundRole()));
+    painter.setPen(palette().color(foregroundRole()));
+    painter.drawText(area, Qt::AlignCenter, text);
+}
+
 void SpectrogramRow::drawSpectrogram(QPainter &painter)
 {
     if (!_wanted)
         return;
     SpectrogramRecordWidget::drawSpectrogram(painter);
     drawAlignment(painter);
-    const bool lacksFilter = records(RowSlot) && !source() && !filter();
-    const QString hint = lacksFilter ? tr("No spectrogram: the traces have no filter") : _hint;
-    if (!hint.isEmpty()) {
-        painter.setPen(palette().color(foregroundRole()));
-        painter.drawText(canvasRect(), Qt::AlignCenter, hint);
-    }
     if (!isComplete())
         emit incomplete();
+}
+
+void SpectrogramRow::customPaintTracesBegin(QPainter &painter)
+{
+    updateTracePen(); // The view has moved, or more of it has been worked out.
+    SpectrogramRecordWidget::customPaintTracesBegin(painter);
+}
+
+void SpectrogramRow::customPaintTracesEnd(QPainter &painter)
+{
+    SpectrogramRecordWidget::customPaintTracesEnd(painter);
+    drawHint(painter);
 }
 
 } // namespace Workbench

@@ -63,6 +63,8 @@ signals:
 
 protected:
     void changedRecords(int slot, Tellarix::RecordSequence *sequence) override;
+    void customPaintTracesBegin(QPainter &painter) override;
+    void customPaintTracesEnd(QPainter &painter) override;
     void drawSpectrogram(QPainter &painter) override;
 
 private:
@@ -89,8 +91,11 @@ private:
     double unitFactor() const;
     void setHint(const QString &hint);
     QColor quietColor() const;
+    bool coversTraces() const;
     void updateTracePen();
+    QString hint() const;
     void drawAlignment(QPainter &painter) const;
+    void drawHint(QPainter &painter) const;
 
     Norvu::Gui::SpectrogramSettings _axis;
     AmplitudeColors _colors;

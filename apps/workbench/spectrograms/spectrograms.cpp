@@ -13,7 +13,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <limits>
 #include <numeric>
 #include <set>
 
@@ -264,22 +263,32 @@ QPair<double, double> Spectrograms::currentRange() const
     return {row->colors().lower, row->colors().upper};
 }
 
+/** Range of all rows that there is something of; empty if there is nothing. */
+QPair<double, double> Spectrograms::sharedRange() const
+{
+    QPair<double, double> shared(0, 0);
+    bool isFirst = true;
+    for (const SpectrogramRow *row : wantedRows()) {
+        if (row->spectrogramSize() == 0)
+            continue;
+        const QPair<double, double> range = row->amplitudeRange();
+        shared.first = isFirst ? range.first : std::min(shared.first, range.first);
+        shared.second = std::max(shared.second, range.second);
+        isFirst = false;
+    }
+    return shared;
+}
+
+/** A row of which nothing has been worked out has colours, but no amplitudes. */
 void Spectrograms::updateColors()
 {
-    const QList<SpectrogramRow *> rows = wantedRows();
-    double minimum = std::numeric_limits<double>::infinity();
-    double maximum = -minimum;
-    if (_range.mode == ColorRange::Shared) {
-        for (const SpectrogramRow *row : rows) {
-            const QPair<double, double> range = row->amplitudeRange();
-            minimum = std::min(minimum, range.first);
-            maximum = std::max(maximum, range.second);
-        }
-    }
-    for (SpectrogramRow *row : rows) {
-        const QPair<double, double> range =
-            _range.mode == ColorRange::Shared ? qMakePair(minimum, maximum) : row->amplitudeRange();
-        const QPair<double, double> ends = _range.endsFor(range.first, range.second);
+    const bool isShared = _range.mode == ColorRange::Shared;
+    const QPair<double, double> shared = isShared ? sharedRange() : qMakePair(0.0, 0.0);
+    for (SpectrogramRow *row : wantedRows()) {
+        const QPair<double, double> range = isShared ? shared : row->amplitudeRange();
+        const bool isKnown = _range.mode == ColorRange::Fixed || row->spectrogramSize() > 0;
+        const QPair<double, double> ends =
+            isKnown ? _range.endsFor(range.first, range.second) : qMakePair(0.0, 0.0);
         row->setColors({_gradient, _discrete, ends.first, ends.second, _range.logarithmic});
     }
     emit colorsChanged();

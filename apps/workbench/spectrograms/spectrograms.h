@@ -55,7 +55,8 @@ public:
     /** Ignored if it is not valid. */
     void setColorRange(const ColorRange &range);
     const ColorRange &colorRange() const { return _range; }
-    /** The range of the current row, or of the first one that is shown. */
+    /** The range of the current row, or of the first one that is shown; from 0 to 0 while there is
+     *  nothing. */
     QPair<double, double> currentRange() const;
 
     bool isInFront() const { return _inFront; }
@@ -87,6 +88,7 @@ private:
     SpectrogramRow *rowOf(const Norvu::Gui::Trace *trace) const;
     QList<SpectrogramRow *> wantedRows() const;
     size_t roomFor(const SpectrogramRow *row) const;
+    QPair<double, double> sharedRange() const;
 
     Norvu::Gui::TraceView *_view;
     Norvu::Gui::SpectrogramSettings _axis;

@@ -166,7 +166,7 @@ void SpectrogramScale::updateToolTip()
         lines << rangeText(_axis.hasPeriods() ? tr("Periods from %1 to %2 %3")
                                               : tr("Frequencies from %1 to %2 %3"),
                            _axis.firstValue(), _axis.lastValue(), _axis.unit());
-    if (hasColorBar())
+    if (hasColorBar() && _colors.lower < _colors.upper)
         lines << rangeText(tr("Amplitudes from %1 to %2 %3"), _colors.lower, _colors.upper,
                            _amplitudeUnit);
     setToolTip(lines.join('\n'));
