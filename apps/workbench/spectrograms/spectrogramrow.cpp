@@ -27,6 +27,8 @@ constexpr double RunIn = 3;
 constexpr double Margin = 0.5;
 /** Panning makes a stretch longer until it has so many times the length that is wanted. */
 constexpr double LongestStretch = 3;
+/** Memory of a stretch in parts of what the wanted one takes, from which on it is a waste. */
+constexpr double Oversized = 1.5;
 constexpr int PenAlpha = 150;
 constexpr double LineContrast = 3;
 constexpr int HintPadding = 6;
@@ -205,12 +207,23 @@ double SpectrogramRow::samplingFrequency() const
     return found == records->end() ? 0 : (*found)->samplingFrequency();
 }
 
+/** Bytes that the wanted stretch takes. */
+double SpectrogramRow::stretchMemory() const
+{
+    const TimeWindow data = source()->timeWindow().overlap(wantedStretch());
+    return data.isEmpty()
+               ? 0
+               : data.length().length() * samplingFrequency() * _axis.bands * sizeof(float);
+}
+
 double SpectrogramRow::memoryNeeded() const
 {
-    if (isComplete())
-        return 0;
-    const TimeWindow data = source()->timeWindow().overlap(wantedStretch());
-    return data.length().length() * samplingFrequency() * _axis.bands * sizeof(float);
+    return isComplete() ? 0 : stretchMemory();
+}
+
+bool SpectrogramRow::isOversized() const
+{
+    return isUpToDate() && static_cast<double>(spectrogramSize()) > Oversized * stretchMemory();
 }
 
 TimeSpan SpectrogramRow::pieceLength() const
@@ -228,6 +241,7 @@ bool SpectrogramRow::workOut(size_t memory)
         setSpectrogramEnabled(false);
         setHint(tr("Zoom in for the spectrogram: this much of it takes %1 GB of memory")
                     .arg(QString::number(needed / 1E9, 'f', 1)));
+        _hintWindow = {leftTime(), rightTime()};
         return false;
     }
     const TimeWindow stretch = wantedStretch();
@@ -334,8 +348,11 @@ void SpectrogramRow::drawAlignment(QPainter &painter) const
 /** Why there is nothing to be seen; empty if nothing is missing. */
 QString SpectrogramRow::hint() const
 {
-    const bool lacksFilter = records(RowSlot) && !source() && !filter();
-    return lacksFilter ? tr("No spectrogram: the traces have no filter") : _hint;
+    if (records(RowSlot) && !source() && !filter())
+        return tr("No spectrogram: the traces have no filter");
+    const bool isForThis =
+        _hintWindow.startTime() == leftTime() && _hintWindow.endTime() == rightTime();
+    return isForThis ? _hint : QString();
 }
 
 /** Above the traces, so that it can be read, and in a corner, so that they can be. */

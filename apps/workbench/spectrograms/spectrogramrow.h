@@ -40,6 +40,8 @@ public:
     bool isComplete() const;
     /** Bytes that the whole stretch takes that workOut() works out. */
     double memoryNeeded() const;
+    /** Whether it takes much more than what is visible now needs. */
+    bool isOversized() const;
     /**
      * Works out the next piece of the visible stretch, unless it is complete.
      * @param memory  bytes that the whole stretch may take; with less than it needs the row is
@@ -84,6 +86,7 @@ private:
     double samplingFrequency() const;
     Tellarix::Core::TimeWindow visibleData() const;
     Tellarix::Core::TimeWindow wantedStretch() const;
+    double stretchMemory() const;
     bool canGoOn(const Tellarix::Core::TimeWindow &stretch) const;
     void goOn(const Tellarix::Core::TimeWindow &stretch);
     void beginAnew(const Tellarix::Core::TimeWindow &stretch);
@@ -101,6 +104,7 @@ private:
     AmplitudeColors _colors;
     ColorTable _table;
     QString _hint;
+    Tellarix::Core::TimeWindow _hintWindow; /**< was visible when the hint was given */
     Content _content;
     bool _wanted{false};
     bool _inFront{false};

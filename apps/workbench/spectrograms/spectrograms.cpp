@@ -214,7 +214,8 @@ void Spectrograms::updateRows()
         row->update();
 }
 
-/** What the other rows leave; those out of sight give theirs away if it is not enough. */
+/** What the other rows leave. If it is not enough, those out of sight give theirs away, and those
+ *  that have far more than they show begin anew. */
 size_t Spectrograms::roomFor(const SpectrogramRow *row) const
 {
     const QList<SpectrogramRow *> rows = wantedRows();
@@ -226,7 +227,7 @@ size_t Spectrograms::roomFor(const SpectrogramRow *row) const
     for (SpectrogramRow *other : rows) {
         if (row->memoryNeeded() <= static_cast<double>(room))
             break;
-        if (other == row || isInSight(other))
+        if (other == row || (isInSight(other) && !other->isOversized()))
             continue;
         room += other->spectrogramSize();
         other->release();

@@ -218,7 +218,7 @@ void SpectrogramScale::changeEvent(QEvent *event)
 void SpectrogramScale::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
-    painter.setPen(palette().color(QPalette::WindowText));
+    painter.setPen(palette().color(foregroundRole()));
     if (!_axis.isEmpty()) {
         drawBaseline(painter);
         _axisColumn.paint(painter, 0, devicePixelRatioF());
@@ -234,7 +234,7 @@ void SpectrogramScale::drawBaseline(QPainter &painter) const
 {
     const QRect area = pictureRect();
     painter.fillRect(QRectF(0, area.top(), 1 / devicePixelRatioF(), area.height()),
-                     faint(palette().color(QPalette::WindowText)));
+                     faint(palette().color(foregroundRole())));
 }
 
 /** On the background of traces, which shows through colours that are not opaque. */
@@ -243,7 +243,7 @@ void SpectrogramScale::drawColorBar(QPainter &painter) const
     const QRect bar = colorBarRect();
     const QRect frame = bar.adjusted(-FrameWidth, -FrameWidth, FrameWidth, FrameWidth);
     painter.fillRect(frame, palette().color(QPalette::Base));
-    painter.fillRect(frame, faint(palette().color(QPalette::WindowText)));
+    painter.fillRect(frame, faint(palette().color(foregroundRole())));
     painter.fillRect(bar, palette().color(QPalette::Base));
     const int rows = static_cast<int>(std::lround(bar.height() * devicePixelRatioF()));
     painter.drawImage(bar, _colors.image(rows));
