@@ -70,13 +70,13 @@ struct Desk
 
     void show(double start, double end) { view.setVisibleTimeWindow(window(start, end)); }
 
-    /** Paints until there is nothing left to work out. */
+    /** Paints until there is nothing left to work out, also of rows that gave memory away. */
     void settle()
     {
-        do {
+        for (int rests = 0; rests < 2; rests = spectrograms->isBusy() ? 0 : rests + 1) {
             view.grab();
             QCoreApplication::processEvents();
-        } while (spectrograms->isBusy());
+        }
         view.grab();
     }
 
