@@ -80,6 +80,7 @@ WaveformPanel::WaveformPanel(QWidget *parent)
     _view->setBackgroundFiltering(true);
     connect(_view, SIGNAL(loadDataRequested()), this, SLOT(reload()));
     connect(_view, SIGNAL(displayChanged(double, double, double)), this, SLOT(updateRangeText()));
+    connect(_view, SIGNAL(layoutOrContentChanged()), this, SLOT(updateMarginsOfRest()));
     connect(_spectrograms, SIGNAL(shownChanged()), this, SLOT(updateMargins()));
     connect(_spectrograms, SIGNAL(axisChanged()), this, SLOT(updateMargins()));
 }
@@ -262,6 +263,13 @@ void WaveformPanel::updateMargins()
         setRowHeight(height);
     }
     updateMarginWidths();
+}
+
+/** The last row with a spectrogram may have been taken away. */
+void WaveformPanel::updateMarginsOfRest()
+{
+    if (_hasSpectrograms && !_spectrograms->isAnyShown())
+        updateMargins();
 }
 
 /** Traces, and the time scale below them, end at the same pixel. */

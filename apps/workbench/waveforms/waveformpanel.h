@@ -106,6 +106,7 @@ private slots:
     void updateRangeText();
     void updateMargins();
     void updateMarginWidths();
+    void updateMarginsOfRest();
 
 private:
     void load(const QString &source, Outcome &outcome);
