@@ -64,7 +64,7 @@ struct Desk
             sequence->feed(sine(start, 2, amplitude).get());
         row->setRecords(0, sequence, true);
         view.addItem(trace);
-        spectrograms->adopt(trace);
+        spectrograms->adopt({trace});
         rows.append(row);
     }
 
@@ -389,6 +389,10 @@ void TestSpectrograms::refusesBadAxes()
     QCOMPARE(spy.count(), 1);
     QVERIFY2(spy.first().first().toString().contains(part),
              qPrintable(spy.first().first().toString()));
+
+    // It stays as long as the input is wrong.
+    desk.spectrograms->setAllShown(true);
+    QCOMPARE(spy.last(), spy.first());
 }
 
 void TestSpectrograms::tellsWhichBandsAreEmpty()
@@ -403,6 +407,11 @@ void TestSpectrograms::tellsWhichBandsAreEmpty()
     desk.spectrograms->setAllShown(true);
     const QString message = spy.takeLast().first().toString();
     QVERIFY2(message.contains("20 Hz") && message.contains("of 8 bands"), qPrintable(message));
+
+    desk.spectrograms->setAllShown(true);
+    spy.clear();
+    desk.addSpectrogramRow(5);
+    QCOMPARE(spy.count(), 1);
 }
 
 void TestSpectrograms::refusesBadRanges_data()

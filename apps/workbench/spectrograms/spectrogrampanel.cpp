@@ -56,7 +56,7 @@ SpectrogramPanel::SpectrogramPanel(Spectrograms *spectrograms, QWidget *parent)
 
     connect(_gradient, SIGNAL(changed()), this, SLOT(applyGradient()));
     connect(_spectrograms, SIGNAL(colorsChanged()), this, SLOT(showRange()));
-    connect(_spectrograms, SIGNAL(shownChanged()), this, SLOT(showRateProblems()));
+    connect(_spectrograms, SIGNAL(shownChanged()), this, SLOT(showProblems()));
     setFocusProxy(_axis);
 }
 
@@ -101,17 +101,18 @@ void SpectrogramPanel::applyAxis(const QString &text)
 {
     const QString message = _spectrograms->setAxis(text);
     _axis->showProblem(message);
-    if (!message.isEmpty()) {
-        showProblem(tr("Axis of spectrograms: %1").arg(message));
-        return;
-    }
-    _axis->remember(text);
-    showRateProblems();
+    _axisProblem = message.isEmpty() ? message : tr("Axis of spectrograms: %1").arg(message);
+    if (message.isEmpty())
+        _axis->remember(text);
+    showProblems();
 }
 
-void SpectrogramPanel::showRateProblems()
+/** What is wrong with inputs stands there until they are right; then what doesn't fit the data. */
+void SpectrogramPanel::showProblems()
 {
-    showProblem(_spectrograms->rateProblems().join("\n"));
+    QStringList problems{_axisProblem, _rangeProblem};
+    problems.removeAll(QString());
+    showProblem((problems.isEmpty() ? _spectrograms->rateProblems() : problems).join("\n"));
 }
 
 void SpectrogramPanel::showProblem(const QString &message)
@@ -150,13 +151,10 @@ QString SpectrogramPanel::readRange(ColorRange &range) const
 void SpectrogramPanel::applyRange()
 {
     ColorRange range;
-    const QString message = readRange(range);
-    if (message.isEmpty()) {
+    _rangeProblem = readRange(range);
+    if (_rangeProblem.isEmpty())
         _spectrograms->setColorRange(range);
-        showRateProblems();
-    } else {
-        showProblem(message);
-    }
+    showProblems();
     showRange();
 }
 

@@ -38,7 +38,7 @@ private slots:
     void applyRange();
     void applyGradient();
     void showRange();
-    void showRateProblems();
+    void showProblems();
 
 private:
     void createAxis(QFormLayout *form);
@@ -54,6 +54,8 @@ private:
     QLineEdit *_upper;
     QCheckBox *_logarithmic;
     GradientPanel *_gradient;
+    QString _axisProblem;
+    QString _rangeProblem;
 };
 
 } // namespace Workbench

@@ -63,11 +63,20 @@ SpectrogramRow *Spectrograms::rowOf(const Trace *trace) const
     return qobject_cast<SpectrogramRow *>(trace->recordWidget());
 }
 
-void Spectrograms::adopt(Trace *trace)
+void Spectrograms::adopt(const QList<Trace *> &traces)
 {
-    SpectrogramRow *row = rowOf(trace);
-    if (!row)
-        return;
+    for (const Trace *trace : traces) {
+        if (SpectrogramRow *row = rowOf(trace))
+            adopt(row);
+    }
+    if (_shownInNewRows && !traces.isEmpty()) {
+        updateColors();
+        emit shownChanged();
+    }
+}
+
+void Spectrograms::adopt(SpectrogramRow *row)
+{
     row->setWanted(_shownInNewRows);
     row->setAxis(_axis);
     row->setInFront(_inFront);

@@ -34,8 +34,8 @@ class Spectrograms : public QObject
 public:
     explicit Spectrograms(Norvu::Gui::TraceView *view);
 
-    /** To be called for each new row of the view. */
-    void adopt(Norvu::Gui::Trace *row);
+    /** To be called for new rows of the view. */
+    void adopt(const QList<Norvu::Gui::Trace *> &rows);
 
     void setShown(const QList<Norvu::Gui::Trace *> &rows, bool shown);
     bool isShown(const Norvu::Gui::Trace *row) const;
@@ -85,6 +85,7 @@ private slots:
     void updateColors();
 
 private:
+    void adopt(SpectrogramRow *row);
     SpectrogramRow *rowOf(const Norvu::Gui::Trace *trace) const;
     QList<SpectrogramRow *> wantedRows() const;
     size_t roomFor(const SpectrogramRow *row) const;

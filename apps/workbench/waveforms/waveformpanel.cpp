@@ -113,10 +113,10 @@ WaveformPanel::Outcome WaveformPanel::open(const QStringList &sources)
 /** Makes the rows from position @p first on, which a loader has appended, look like the others. */
 void WaveformPanel::adoptRows(int first)
 {
-    for (int i = first; i < _view->count(); ++i) {
-        _spectrograms->adopt(_view->itemAt(i));
-        dress(_view->itemAt(i));
-    }
+    const QList<Trace *> rows = _view->items().mid(first);
+    for (Trace *row : rows)
+        dress(row);
+    _spectrograms->adopt(rows);
     updateMargins();
 }
 
