@@ -297,6 +297,9 @@ void TestSpectrograms::changesTracesOnlyAboveThePicture()
     desk.spectrograms->setMemoryLimit(size_t(1) << 30);
     desk.settle();
     QVERIFY(desk.rows[0]->recordPen(0).color().lightness() > plain.color().lightness());
+    desk.rows[0]->hide();
+    QCOMPARE(desk.rows[0]->recordPen(0), plain);
+    desk.rows[0]->show();
 
     desk.spectrograms->setInFront(true);
     desk.settle();

@@ -391,4 +391,11 @@ void SpectrogramRow::customPaintTracesEnd(QPainter &painter)
     drawHint(painter);
 }
 
+/** Traces are drawn elsewhere in the meantime, without the picture. */
+void SpectrogramRow::hideEvent(QHideEvent *event)
+{
+    removeRecordPen(RowSlot);
+    SpectrogramRecordWidget::hideEvent(event);
+}
+
 } // namespace Workbench

@@ -68,6 +68,7 @@ protected:
     void customPaintTracesBegin(QPainter &painter) override;
     void customPaintTracesEnd(QPainter &painter) override;
     void drawSpectrogram(QPainter &painter) override;
+    void hideEvent(QHideEvent *event) override;
 
 private:
     /** What a spectrogram was made of. */
