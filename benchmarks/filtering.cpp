@@ -1,6 +1,8 @@
 // Band-pass filtering of waveform rows, from the bare filter to a view that goes on answering. Each
 // benchmark times the plain form of its work in the same run and prints the ratio of the two.
 
+#include "benchmarking.h"
+
 #include <norvu/gui/trace.h>
 #include <norvu/gui/traceview.h>
 
@@ -10,8 +12,6 @@
 #include <tellarix/qt/records/recordwidget.h>
 #include <tellarix/qt/records/timescale.h>
 
-#include <benchmark/benchmark.h>
-
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QTimer>
@@ -19,9 +19,9 @@
 
 #include <algorithm>
 #include <memory>
-#include <random>
 #include <vector>
 
+using namespace Benchmarking;
 using namespace Tellarix;
 namespace IIR = Math::Filtering::IIR;
 
@@ -36,17 +36,10 @@ constexpr int ShortRecord = 500;
 constexpr int Hour = 360000;
 constexpr int Day = 24 * Hour;
 
-const Core::Time Midnight = Core::Time(2024, 1, 5);
-
 std::vector<int> noise(int count, unsigned seed)
 {
-    std::minstd_rand random(seed);
     std::vector<int> samples(static_cast<size_t>(count));
-    int level = 0;
-    for (int &sample : samples) {
-        level += static_cast<int>(random() % 2048) - 1024 - level / 8;
-        sample = level;
-    }
+    Noise(seed).fill(samples.data(), count);
     return samples;
 }
 
@@ -61,15 +54,6 @@ std::unique_ptr<RingBuffer> makeRecords(int sampleCount, unsigned seed)
                                  new IntArray(ShortRecord, samples.data() + first)));
     }
     return records;
-}
-
-template <typename Work>
-double secondsOf(Work work)
-{
-    QElapsedTimer timer;
-    timer.start();
-    work();
-    return timer.nsecsElapsed() * 1E-9;
 }
 
 /** The plain form: one section behind the other over all samples. */
@@ -221,9 +205,5 @@ BENCHMARK(FilterRows)
 
 int main(int argc, char **argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication application(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    return 0;
+    return Benchmarking::run<QApplication>(argc, argv);
 }

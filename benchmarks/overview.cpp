@@ -2,6 +2,8 @@
 // keeps, with and without lobes. Each run times a frame of plain rows, without labels, grid and
 // lobes, beside it and prints the ratio.
 
+#include "benchmarking.h"
+
 #include <norvu/gui/multitracewidget.h>
 #include <norvu/gui/traceview.h>
 
@@ -10,18 +12,15 @@
 #include <tellarix/qt/records/recordpolyline.h>
 #include <tellarix/qt/records/recordwidget.h>
 
-#include <benchmark/benchmark.h>
-
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QImage>
 #include <QPainter>
 
 #include <algorithm>
 #include <cmath>
 #include <memory>
-#include <random>
 
+using namespace Benchmarking;
 using namespace Norvu::Gui;
 using namespace Tellarix;
 
@@ -34,26 +33,17 @@ constexpr int RowHeight = Height / Rows;
 constexpr double SamplingFrequency = 100;
 constexpr double Day = 86400;
 
-const Core::Time Midnight = Core::Time(2024, 1, 5);
-
 /** Background noise about zero with some bursts. */
 RecordSequence *makeRecords(int row, int recordLength)
 {
-    std::minstd_rand random(static_cast<unsigned>(row + 1));
+    Noise noise(static_cast<unsigned>(row + 1));
     const StreamCodesCPtr codes(new StreamCodes("GE", "R" + std::to_string(row), "", "BHZ"));
     auto *sequence = new RingBuffer(0);
-    int level = 0;
     const auto samples = static_cast<int>(Day * SamplingFrequency);
     for (int done = 0; done < samples; done += recordLength) {
-        Core::SmartPointer<IntArray> array(new IntArray(recordLength));
-        const int amplitude = done % 2000000 < 100000 ? 4000 : 300;
-        for (int i = 0; i < recordLength; ++i) {
-            const int step = static_cast<int>(random() % 2048) - 1024;
-            level += (step * amplitude >> 10) - level / 8;
-            array->typedData()[i] = level;
-        }
         const Core::Time start = Midnight + Core::TimeSpan(done / SamplingFrequency);
-        sequence->feed(new Record(codes, start, SamplingFrequency, array));
+        sequence->feed(
+            new Record(codes, start, SamplingFrequency, noise.recordOfDay(done, recordLength)));
     }
     return sequence;
 }
@@ -112,15 +102,6 @@ void plainFrame(Scene &scene, double start, double length)
     }
 }
 
-template <typename Work>
-double secondsOf(Work work)
-{
-    QElapsedTimer timer;
-    timer.start();
-    work();
-    return static_cast<double>(timer.nsecsElapsed()) * 1E-9;
-}
-
 /** Repaints, after forgetting everything if @p rebuild, and compares with frames of plain rows. */
 void paint(benchmark::State &state, bool rebuild)
 {
@@ -174,9 +155,5 @@ BENCHMARK(CachedRepaint)->Apply(scenes);
 
 int main(int argc, char **argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication application(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    return 0;
+    return Benchmarking::run<QApplication>(argc, argv);
 }

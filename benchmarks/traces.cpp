@@ -1,13 +1,12 @@
 // Waveform rows of a day: from samples in memory to pixels. Each benchmark times the plain form of
 // its work in the same run and prints the ratio of the two.
 
+#include "benchmarking.h"
+
 #include <tellarix/core/records/ringbuffer.h>
 #include <tellarix/core/records/typedarray.h>
 #include <tellarix/qt/records/recordpolyline.h>
 
-#include <benchmark/benchmark.h>
-
-#include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QImage>
 #include <QPainter>
@@ -19,9 +18,9 @@
 #include <limits>
 #include <memory>
 #include <numeric>
-#include <random>
 #include <vector>
 
+using namespace Benchmarking;
 using namespace Tellarix;
 
 namespace {
@@ -35,8 +34,6 @@ constexpr int DaySamples = static_cast<int>(Day * SamplingFrequency);
 constexpr int ShortRecord = 500;
 constexpr int HourRecord = 360000;
 
-const Core::Time Midnight = Core::Time(2024, 1, 5);
-
 /** Samples of one row and what is made of them. */
 struct Row
 {
@@ -49,19 +46,9 @@ struct Row
 /** Background noise with some bursts, in arrays of the length of records. */
 void fillRow(Row &row, int recordLength, unsigned seed)
 {
-    std::minstd_rand random(seed);
-    int level = 0;
-    for (int done = 0; done < DaySamples; done += recordLength) {
-        Core::SmartPointer<IntArray> array(new IntArray(recordLength));
-        int *samples = array->typedData();
-        const int amplitude = done % 2000000 < 100000 ? 4000 : 300;
-        for (int i = 0; i < recordLength; ++i) {
-            const int step = static_cast<int>(random() % 2048) - 1024;
-            level += (step * amplitude >> 10) - level / 8;
-            samples[i] = level;
-        }
-        row.arrays.push_back(array);
-    }
+    Noise noise(seed);
+    for (int done = 0; done < DaySamples; done += recordLength)
+        row.arrays.push_back(noise.recordOfDay(done, recordLength));
 }
 
 /** The rows in records of one length; those of another length are given up first. */
@@ -169,15 +156,6 @@ void plainFrame(std::vector<Row> &rows, double start, double length, QImage &ima
         painter.drawPolyline(polygon);
         painter.translate(0, RowHeight);
     }
-}
-
-template <typename Work>
-double secondsOf(Work work)
-{
-    QElapsedTimer timer;
-    timer.start();
-    work();
-    return timer.nsecsElapsed() * 1E-9;
 }
 
 QImage canvas()
@@ -306,9 +284,5 @@ BENCHMARK(Frame)
 
 int main(int argc, char **argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QGuiApplication application(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    return 0;
+    return Benchmarking::run<QGuiApplication>(argc, argv);
 }

@@ -2,14 +2,14 @@
 // the finished picture, widgets and all. The plain form is the same view repainted without a
 // change.
 
+#include "benchmarking.h"
+
 #include <norvu/gui/trace.h>
 #include <norvu/gui/traceview.h>
 
 #include <tellarix/core/records/ringbuffer.h>
 #include <tellarix/core/records/typedarray.h>
 #include <tellarix/qt/records/recordwidget.h>
-
-#include <benchmark/benchmark.h>
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -21,6 +21,7 @@
 #include <algorithm>
 #include <random>
 
+using namespace Benchmarking;
 using namespace Tellarix;
 
 namespace {
@@ -29,29 +30,18 @@ constexpr int Rows = 30;
 constexpr int ShortRecord = 500;
 constexpr double Rate = 100;
 constexpr double Day = 86400;
-const Core::Time Midnight(2024, 1, 5);
-
-ArrayPtr noise(std::minstd_rand &random)
-{
-    Core::SmartPointer<IntArray> array(new IntArray(ShortRecord));
-    int *samples = array->typedData();
-    int level = 0;
-    for (int i = 0; i < ShortRecord; ++i) {
-        level += static_cast<int>(random() % 2048) - 1024 - level / 8;
-        samples[i] = level;
-    }
-    return array;
-}
-
 Norvu::Gui::Trace *makeRow(int number)
 {
     const std::string station = "S" + std::to_string(10 + number);
     const StreamCodesCPtr codes(new StreamCodes("XX", station, "", "HHZ"));
     auto *row = new Norvu::Gui::Trace(codes->id().c_str(), Qt::black);
     auto *records = new RingBuffer(0);
-    std::minstd_rand random(static_cast<unsigned>(number + 1));
-    for (double second = 0; second < Day; second += ShortRecord / Rate)
-        records->feed(new Record(codes, Midnight + Core::TimeSpan(second), Rate, noise(random)));
+    Noise noise(static_cast<unsigned>(number + 1));
+    for (double second = 0; second < Day; second += ShortRecord / Rate) {
+        Core::SmartPointer<IntArray> samples(new IntArray(ShortRecord));
+        noise.fill(samples->typedData(), ShortRecord);
+        records->feed(new Record(codes, Midnight + Core::TimeSpan(second), Rate, samples));
+    }
     row->recordWidget()->setRecords(0, records, true);
     row->recordWidget()->setAlignment(Midnight);
     row->setHeaderVisible(false);
@@ -171,9 +161,5 @@ BENCHMARK(panStep)->ArgName("seconds")->Arg(86400)->Arg(3600)->Arg(60)->UseManua
 
 int main(int argc, char **argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication application(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    return 0;
+    return Benchmarking::run<QApplication>(argc, argv);
 }
