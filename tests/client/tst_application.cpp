@@ -102,125 +102,117 @@ class TestApplication : public QObject
     Q_OBJECT
 
 private slots:
-    void init();
-    void runsStepsInOrder();
-    void filesAndFlagsSetURLs();
-    void brokenConfigurationFileStops();
-    void signalEndsEventLoop();
-    void readsArgumentsLessThoseOfQt();
+    void init()
+    {
+        _folder.reset(new QTemporaryDir);
+        qputenv("XDG_CONFIG_HOME", _folder->filePath("user").toLocal8Bit());
+        qputenv("TELLARIX_SHARE_DIR", _folder->filePath("share").toLocal8Bit());
+        Environment::Instance()->refresh();
+    }
+
+    void runsStepsInOrder()
+    {
+        const QStringList wrong{"describe", "error1", "done"};
+        const struct
+        {
+            QStringList arguments;
+            QString failingStep;
+            QStringList calls;
+            int status;
+        } rows[] = {
+            {{}, "", Setup + QStringList{"run", "done"}, 0},
+            {{}, "configuration", Setup.mid(0, 2) + QStringList{"error2", "done"}, 1},
+            {{}, "parameters", Setup.mid(0, 3) + QStringList{"error3", "done"}, 2},
+            {{}, "subscriptions", Setup + QStringList{"error4", "done"}, 1},
+            {{}, "run", Setup + QStringList{"run", "done"}, 1},
+            {{"--version"}, "", {"describe", "done"}, 0},
+            {{"--nonsense", "-h"}, "", {"describe", "done"}, 0},
+            {{"--nonsense"}, "", wrong, 2},
+            {{"--database"}, "", wrong, 2},
+        };
+        for (const auto &row : rows) {
+            Arguments arguments(row.arguments);
+            Program program(arguments);
+            program.failingStep = row.failingStep;
+            System::Application &base = program;
+            QCOMPARE(base.exec(), row.status);
+            QCOMPARE(program.calls, row.calls);
+        }
+    }
+
+    void filesAndFlagsSetURLs()
+    {
+        const Environment *environment = Environment::Instance();
+        const QString system = QString::fromLocal8Bit(environment->systemConfigDir());
+        const QString user = QString::fromLocal8Bit(environment->configDir());
+        write(system + "/prog.ini", "[a]\n1=system prog\n2=system prog\n3=system prog\n");
+        write(system + "/tellarix.ini", "[a]\n1=system\n[database]\nurl=sqlite:///system\n");
+        write(user + "/tellarix.ini", "[a]\n2=user\n3=user\n");
+        write(user + "/prog.ini", "[a]\n3=user prog\n[recordstream]\nurl=file:///user\n");
+        const QString named = _folder->filePath("named.ini");
+        write(named, "[database]\nurl=sqlite:///named\n");
+
+        Arguments arguments({"--config-file", named, "-I", "file:///flag", "one", "two"});
+        Program program(arguments);
+        QCOMPARE(program.exec(), 0);
+        QCOMPARE(program.configuration().string("a/1"), QString("system prog"));
+        QCOMPARE(program.configuration().string("a/2"), QString("user"));
+        QCOMPARE(program.configuration().string("a/3"), QString("user prog"));
+        QCOMPARE(program.recordStreamURL(), std::string("file:///flag"));
+        QCOMPARE(program.databaseURL(), std::string("sqlite:///named"));
+        QCOMPARE(program.positionalArguments(), QStringList({"one", "two"}));
+    }
+
+    void brokenConfigurationFileStops()
+    {
+        const QString user =
+            QString::fromLocal8Bit(Environment::Instance()->configDir()) + "/prog.ini";
+        const auto status = [](const QStringList &flags) {
+            Arguments arguments(flags);
+            return Program(arguments).exec();
+        };
+        QCOMPARE(status({"--config-file", user}), 1);
+        QCOMPARE(status({}), 0);
+        write(user, "no entry\n");
+        QCOMPARE(status({}), 1);
+    }
+
+    void signalEndsEventLoop()
+    {
+        Arguments arguments({});
+        Program program(arguments);
+        program.work = []() {
+            QTimer::singleShot(0, []() { ::raise(SIGINT); });
+            QTimer::singleShot(20000, []() { QCoreApplication::exit(); });
+            QCoreApplication::exec();
+        };
+        QCOMPARE(program.exec(), 128 + SIGINT);
+        QCOMPARE(program.calls, Setup + QStringList({"interrupt", "run", "done"}));
+    }
+
+    void readsArgumentsLessThoseOfQt()
+    {
+        Arguments arguments({"-platform", "offscreen", "rest"});
+        Program program(arguments);
+        QCOMPARE(program.name(), std::string("prog"));
+        // As QGuiApplication does, which is made behind the application object.
+        arguments.argv()[1] = arguments.argv()[3];
+        arguments.argc = 2;
+        QCOMPARE(program.exec(), 0);
+        QCOMPARE(program.positionalArguments(), QStringList("rest"));
+    }
 
 private:
-    void write(const QString &name, const QByteArray &content);
+    void write(const QString &name, const QByteArray &content)
+    {
+        QFile file(name);
+        QVERIFY(QDir().mkpath(QFileInfo(name).path()));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QCOMPARE(file.write(content), content.size());
+    }
 
     QScopedPointer<QTemporaryDir> _folder;
 };
-
-void TestApplication::init()
-{
-    _folder.reset(new QTemporaryDir);
-    qputenv("XDG_CONFIG_HOME", _folder->filePath("user").toLocal8Bit());
-    qputenv("TELLARIX_SHARE_DIR", _folder->filePath("share").toLocal8Bit());
-    Environment::Instance()->refresh();
-}
-
-void TestApplication::write(const QString &name, const QByteArray &content)
-{
-    QFile file(name);
-    QVERIFY(QDir().mkpath(QFileInfo(name).path()));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(content), content.size());
-}
-
-void TestApplication::runsStepsInOrder()
-{
-    const QStringList wrong{"describe", "error1", "done"};
-    const struct
-    {
-        QStringList arguments;
-        QString failingStep;
-        QStringList calls;
-        int status;
-    } rows[] = {
-        {{}, "", Setup + QStringList{"run", "done"}, 0},
-        {{}, "configuration", Setup.mid(0, 2) + QStringList{"error2", "done"}, 1},
-        {{}, "parameters", Setup.mid(0, 3) + QStringList{"error3", "done"}, 2},
-        {{}, "subscriptions", Setup + QStringList{"error4", "done"}, 1},
-        {{}, "run", Setup + QStringList{"run", "done"}, 1},
-        {{"--version"}, "", {"describe", "done"}, 0},
-        {{"--nonsense", "-h"}, "", {"describe", "done"}, 0},
-        {{"--nonsense"}, "", wrong, 2},
-        {{"--database"}, "", wrong, 2},
-    };
-    for (const auto &row : rows) {
-        Arguments arguments(row.arguments);
-        Program program(arguments);
-        program.failingStep = row.failingStep;
-        System::Application &base = program;
-        QCOMPARE(base.exec(), row.status);
-        QCOMPARE(program.calls, row.calls);
-    }
-}
-
-void TestApplication::filesAndFlagsSetURLs()
-{
-    const Environment *environment = Environment::Instance();
-    const QString system = QString::fromLocal8Bit(environment->systemConfigDir());
-    const QString user = QString::fromLocal8Bit(environment->configDir());
-    write(system + "/prog.ini", "[a]\n1=system prog\n2=system prog\n3=system prog\n");
-    write(system + "/tellarix.ini", "[a]\n1=system\n[database]\nurl=sqlite:///system\n");
-    write(user + "/tellarix.ini", "[a]\n2=user\n3=user\n");
-    write(user + "/prog.ini", "[a]\n3=user prog\n[recordstream]\nurl=file:///user\n");
-    const QString named = _folder->filePath("named.ini");
-    write(named, "[database]\nurl=sqlite:///named\n");
-
-    Arguments arguments({"--config-file", named, "-I", "file:///flag", "one", "two"});
-    Program program(arguments);
-    QCOMPARE(program.exec(), 0);
-    QCOMPARE(program.configuration().string("a/1"), QString("system prog"));
-    QCOMPARE(program.configuration().string("a/2"), QString("user"));
-    QCOMPARE(program.configuration().string("a/3"), QString("user prog"));
-    QCOMPARE(program.recordStreamURL(), std::string("file:///flag"));
-    QCOMPARE(program.databaseURL(), std::string("sqlite:///named"));
-    QCOMPARE(program.positionalArguments(), QStringList({"one", "two"}));
-}
-
-void TestApplication::brokenConfigurationFileStops()
-{
-    const QString user = QString::fromLocal8Bit(Environment::Instance()->configDir()) + "/prog.ini";
-    const auto status = [](const QStringList &flags) {
-        Arguments arguments(flags);
-        return Program(arguments).exec();
-    };
-    QCOMPARE(status({"--config-file", user}), 1);
-    QCOMPARE(status({}), 0);
-    write(user, "no entry\n");
-    QCOMPARE(status({}), 1);
-}
-
-void TestApplication::signalEndsEventLoop()
-{
-    Arguments arguments({});
-    Program program(arguments);
-    program.work = []() {
-        QTimer::singleShot(0, []() { ::raise(SIGINT); });
-        QTimer::singleShot(20000, []() { QCoreApplication::exit(); });
-        QCoreApplication::exec();
-    };
-    QCOMPARE(program.exec(), 128 + SIGINT);
-    QCOMPARE(program.calls, Setup + QStringList({"interrupt", "run", "done"}));
-}
-
-void TestApplication::readsArgumentsLessThoseOfQt()
-{
-    Arguments arguments({"-platform", "offscreen", "rest"});
-    Program program(arguments);
-    QCOMPARE(program.name(), std::string("prog"));
-    // As QGuiApplication does, which is made behind the application object.
-    arguments.argv()[1] = arguments.argv()[3];
-    arguments.argc = 2;
-    QCOMPARE(program.exec(), 0);
-    QCOMPARE(program.positionalArguments(), QStringList("rest"));
-}
 
 QTEST_GUILESS_MAIN(TestApplication)
 #include "tst_application.moc"

@@ -86,12 +86,109 @@ class TestDemonstration : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase();
-    void travelTimesFollowCrustAndMantle();
-    void wavesArriveWhenComputed();
-    void flawsAreInTheRecordings();
-    void sameBytesEveryTime();
-    void incompleteFoldersAreNoticed();
+    void initTestCase()
+    {
+        QString error;
+        QVERIFY2(Client::writeDemonstration(_folder.path(), &error), qPrintable(error));
+        _stations = Client::demonstrationStations();
+    }
+
+    void travelTimesFollowCrustAndMantle()
+    {
+        DemoStation station = _stations.first();
+        const auto travelTimes = [&](double distanceKm) {
+            station.distanceKm = distanceKm;
+            std::map<QString, double> result;
+            for (const DemoArrival &arrival : Client::demonstrationArrivals(station))
+                result[arrival.phase] =
+                    (arrival.time - Client::demonstrationOrigin().time).length();
+            return result;
+        };
+
+        auto near = travelTimes(40);
+        QVERIFY(near.count("Pn") == 0);
+        auto far = travelTimes(300);
+        const double depth = Client::demonstrationOrigin().depthKm;
+        QVERIFY(std::abs(far["Pg"] - std::hypot(300, depth) / 6.0) < 1E-5);
+        QVERIFY(std::abs(far["SmS"] - std::hypot(300, 60 - depth) / 3.46) < 1E-5);
+        QVERIFY(far["Pn"] < far["Pg"] && far["Pg"] < far["PmP"] && far["PmP"] < far["Sn"]);
+        // Along the mantle a further 8 km take a second.
+        QVERIFY(std::abs(travelTimes(308)["Pn"] - far["Pn"] - 1) < 1E-5);
+        QCOMPARE(Client::demonstrationArrivals(station).first().phase, QString("Pn"));
+    }
+
+    void wavesArriveWhenComputed()
+    {
+        for (int i = 0; i < _stations.size(); ++i) {
+            const DemoStation &station = _stations[i];
+            const std::vector<RecordPtr> records = recordsOf(file(i));
+            const Core::Time p = onset(station, 'P');
+            const Core::Time s = onset(station, 'S');
+            const Core::Time first = Client::demonstrationArrivals(station).first().time;
+            for (const QString &channel : DemoStation::Channels()) {
+                const Recording trace = recording(records, channel);
+                QVERIFY(trace.start == Client::demonstrationOrigin().time - Core::TimeSpan(120));
+                QCOMPARE(trace.samplingFrequency, 100.0);
+
+                const double quiet = trace.level(first - Core::TimeSpan(20), 19.9);
+                const double before = trace.level(first - Core::TimeSpan(1.5), 1.5);
+                const QByteArray name = (station.station + ' ' + channel).toLatin1();
+                QVERIFY2(before < 3 * quiet, name);
+                QVERIFY2(trace.level(p, 3) > 5 * quiet, name);
+                QVERIFY2(trace.level(s, 4) > 1.5 * trace.level(s - Core::TimeSpan(2.2), 2), name);
+            }
+        }
+    }
+
+    void flawsAreInTheRecordings()
+    {
+        std::map<DemoStation::Flaw, int> stations;
+        for (int i = 0; i < _stations.size(); ++i) {
+            const DemoStation::Flaw flaw = _stations[i].flaw;
+            ++stations[flaw];
+            IO::StreamSummarizer summarizer;
+            for (const RecordPtr &record : recordsOf(file(i)))
+                summarizer.add(*record);
+            const IO::StreamSummaries summaries = summarizer.result();
+            QCOMPARE(summaries.streams.size(), size_t(3));
+            for (const IO::StreamSummary &stream : summaries.streams) {
+                QCOMPARE(static_cast<int>(stream.gaps), flaw == DemoStation::Flaw::Gap ? 1 : 0);
+                QCOMPARE(stream.overlaps > 0, flaw == DemoStation::Flaw::Overlap);
+                if (flaw == DemoStation::Flaw::Gap)
+                    QCOMPARE(static_cast<int>(stream.samples), 90000 - 1450);
+            }
+            const bool hasDuplicates =
+                std::any_of(summaries.notes.begin(), summaries.notes.end(), [](const auto &note) {
+                    return note.cause.find("duplicate") != std::string::npos;
+                });
+            QCOMPARE(hasDuplicates, flaw == DemoStation::Flaw::Overlap);
+        }
+        QCOMPARE(stations[DemoStation::Flaw::Gap], 1);
+        QCOMPARE(stations[DemoStation::Flaw::Overlap], 1);
+        QCOMPARE(stations[DemoStation::Flaw::Noise], 1);
+    }
+
+    void sameBytesEveryTime()
+    {
+        const QTemporaryDir second;
+        QVERIFY(Client::writeDemonstration(second.path()));
+        for (const QString &name : Client::demonstrationFiles()) {
+            const QByteArray bytes = content(_folder.filePath(name));
+            QVERIFY2(bytes == content(second.filePath(name)), qPrintable(name));
+        }
+    }
+
+    void incompleteFoldersAreNoticed()
+    {
+        const QTemporaryDir folder;
+        QVERIFY(!Client::demonstrationIsComplete(folder.path()));
+        QVERIFY(Client::writeDemonstration(folder.path()));
+        QVERIFY(Client::demonstrationIsComplete(folder.path()));
+
+        QFile cut(folder.filePath(Client::demonstrationFiles().at(7)));
+        QVERIFY(cut.resize(cut.size() / 2));
+        QVERIFY(!Client::demonstrationIsComplete(folder.path()));
+    }
 
 private:
     QString file(int station) const
@@ -102,109 +199,6 @@ private:
     QTemporaryDir _folder;
     QVector<DemoStation> _stations;
 };
-
-void TestDemonstration::initTestCase()
-{
-    QString error;
-    QVERIFY2(Client::writeDemonstration(_folder.path(), &error), qPrintable(error));
-    _stations = Client::demonstrationStations();
-}
-
-void TestDemonstration::travelTimesFollowCrustAndMantle()
-{
-    DemoStation station = _stations.first();
-    const auto travelTimes = [&](double distanceKm) {
-        station.distanceKm = distanceKm;
-        std::map<QString, double> result;
-        for (const DemoArrival &arrival : Client::demonstrationArrivals(station))
-            result[arrival.phase] = (arrival.time - Client::demonstrationOrigin().time).length();
-        return result;
-    };
-
-    auto near = travelTimes(40);
-    QVERIFY(near.count("Pn") == 0);
-    auto far = travelTimes(300);
-    const double depth = Client::demonstrationOrigin().depthKm;
-    QVERIFY(std::abs(far["Pg"] - std::hypot(300, depth) / 6.0) < 1E-5);
-    QVERIFY(std::abs(far["SmS"] - std::hypot(300, 60 - depth) / 3.46) < 1E-5);
-    QVERIFY(far["Pn"] < far["Pg"] && far["Pg"] < far["PmP"] && far["PmP"] < far["Sn"]);
-    // Along the mantle a further 8 km take a second.
-    QVERIFY(std::abs(travelTimes(308)["Pn"] - far["Pn"] - 1) < 1E-5);
-    QCOMPARE(Client::demonstrationArrivals(station).first().phase, QString("Pn"));
-}
-
-void TestDemonstration::wavesArriveWhenComputed()
-{
-    for (int i = 0; i < _stations.size(); ++i) {
-        const DemoStation &station = _stations[i];
-        const std::vector<RecordPtr> records = recordsOf(file(i));
-        const Core::Time p = onset(station, 'P');
-        const Core::Time s = onset(station, 'S');
-        const Core::Time first = Client::demonstrationArrivals(station).first().time;
-        for (const QString &channel : DemoStation::Channels()) {
-            const Recording trace = recording(records, channel);
-            QVERIFY(trace.start == Client::demonstrationOrigin().time - Core::TimeSpan(120));
-            QCOMPARE(trace.samplingFrequency, 100.0);
-
-            const double quiet = trace.level(first - Core::TimeSpan(20), 19.9);
-            const double before = trace.level(first - Core::TimeSpan(1.5), 1.5);
-            const QByteArray name = (station.station + ' ' + channel).toLatin1();
-            QVERIFY2(before < 3 * quiet, name);
-            QVERIFY2(trace.level(p, 3) > 5 * quiet, name);
-            QVERIFY2(trace.level(s, 4) > 1.5 * trace.level(s - Core::TimeSpan(2.2), 2), name);
-        }
-    }
-}
-
-void TestDemonstration::flawsAreInTheRecordings()
-{
-    std::map<DemoStation::Flaw, int> stations;
-    for (int i = 0; i < _stations.size(); ++i) {
-        const DemoStation::Flaw flaw = _stations[i].flaw;
-        ++stations[flaw];
-        IO::StreamSummarizer summarizer;
-        for (const RecordPtr &record : recordsOf(file(i)))
-            summarizer.add(*record);
-        const IO::StreamSummaries summaries = summarizer.result();
-        QCOMPARE(summaries.streams.size(), size_t(3));
-        for (const IO::StreamSummary &stream : summaries.streams) {
-            QCOMPARE(static_cast<int>(stream.gaps), flaw == DemoStation::Flaw::Gap ? 1 : 0);
-            QCOMPARE(stream.overlaps > 0, flaw == DemoStation::Flaw::Overlap);
-            if (flaw == DemoStation::Flaw::Gap)
-                QCOMPARE(static_cast<int>(stream.samples), 90000 - 1450);
-        }
-        const bool hasDuplicates =
-            std::any_of(summaries.notes.begin(), summaries.notes.end(), [](const auto &note) {
-                return note.cause.find("duplicate") != std::string::npos;
-            });
-        QCOMPARE(hasDuplicates, flaw == DemoStation::Flaw::Overlap);
-    }
-    QCOMPARE(stations[DemoStation::Flaw::Gap], 1);
-    QCOMPARE(stations[DemoStation::Flaw::Overlap], 1);
-    QCOMPARE(stations[DemoStation::Flaw::Noise], 1);
-}
-
-void TestDemonstration::sameBytesEveryTime()
-{
-    const QTemporaryDir second;
-    QVERIFY(Client::writeDemonstration(second.path()));
-    for (const QString &name : Client::demonstrationFiles()) {
-        const QByteArray bytes = content(_folder.filePath(name));
-        QVERIFY2(bytes == content(second.filePath(name)), qPrintable(name));
-    }
-}
-
-void TestDemonstration::incompleteFoldersAreNoticed()
-{
-    const QTemporaryDir folder;
-    QVERIFY(!Client::demonstrationIsComplete(folder.path()));
-    QVERIFY(Client::writeDemonstration(folder.path()));
-    QVERIFY(Client::demonstrationIsComplete(folder.path()));
-
-    QFile cut(folder.filePath(Client::demonstrationFiles().at(7)));
-    QVERIFY(cut.resize(cut.size() / 2));
-    QVERIFY(!Client::demonstrationIsComplete(folder.path()));
-}
 
 QTEST_GUILESS_MAIN(TestDemonstration)
 #include "tst_demonstration.moc"

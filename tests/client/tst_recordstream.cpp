@@ -70,298 +70,285 @@ class TestRecordStream : public QObject
     Q_OBJECT
 
 private slots:
-    void init();
+    void init()
+    {
+        _directory.reset(new QTemporaryDir);
+        QVERIFY(_directory->isValid());
+        _messages.clear();
+    }
 
-    void refusesSources();
-    void deliversRequestedRecords_data();
-    void deliversRequestedRecords();
-    void tellsWhatIsDamaged();
-    void readsLongFilesAgain();
-    void deliversFromPipesAtOnceUntilClosed();
+    void refusesSources()
+    {
+        QByteArray uneven = sac(10);
+        uneven[105 * 4] = 0;
+        write("empty", QByteArray());
+        write("text", "hello");
+        write("uneven", uneven);
+        const std::pair<QString, QString> rows[] = {
+            {"file://%1/none", "%1/none: No such file or directory"},
+            {"file://%1", "%1: is a directory"},
+            {"%1/empty", "%1/empty: file is empty"},
+            {"archive://%1/none", "%1/none: No such file or directory"},
+            {"archive://%1/empty", "%1/empty: is not a directory"},
+            {"archive://%1?type=X", "%1: unknown type \"X\" of day files"},
+            {"%1/text", "%1/text: neither miniSEED nor SAC"},
+            {"%1/uneven", "%1/uneven: SAC file is not evenly spaced"},
+            {"foo://bar", "Unknown record stream scheme \"foo\" (known: archive, file)"},
+        };
+        for (const auto &[url, expected] : rows) {
+            std::string error;
+            const RecordStreamPtr stream = RecordStream::Create(
+                QString(url).replace("%1", _directory->path()).toStdString(), &error);
+            if (stream && !stream->open())
+                error = stream->errorString();
+            QCOMPARE(QString::fromStdString(error).toLower(),
+                     QString(expected).replace("%1", _directory->path()).toLower());
+        }
+    }
 
-    void readsDayFiles();
-    void goesOnAfterBrokenDayFiles();
+    void deliversRequestedRecords_data()
+    {
+        using Window = Core::TimeWindow;
+        QTest::addColumn<QVector<QStringList>>("requests");
+        QTest::addColumn<Window>("common");
+        QTest::addColumn<QStringList>("records");
+
+        const QString a0 = "XX.A..BHZ 2024-01-01T00:00:00";
+        const QString a1 = "XX.A..BHZ 2024-01-01T01:00:00";
+        const QString b0 = "XX.B.00.BHN 2024-01-01T00:00:00";
+        const QString b1 = "XX.B.00.BHN 2024-01-01T01:00:00";
+        const QString log = "YY.A..LOG 2024-01-01T00:30:00";
+        const QVector<QStringList> all;
+        const auto row = [](const char *name) -> QTestData & { return QTest::newRow(name); };
+
+        row("everything") << all << Window() << QStringList({a0, b0, log, a1, b1});
+        row("empty location as dashes")
+            << QVector<QStringList>{{"XX", "*", "--", "BH?"}} << Window() << QStringList({a0, a1});
+        row("any location") << QVector<QStringList>{{"*", "?", "*", "BH?"}} << Window()
+                            << QStringList({a0, b0, a1, b1});
+        row("window that begins with the end of a record")
+            << all << window("2024-01-01T00:01:40Z", "2024-01-01T01:00:00Z") << QStringList({log});
+        row("record without an end at the start of the window")
+            << all << window("2024-01-01T00:30:00Z", "2024-01-01T00:30:01Z") << QStringList({log});
+        row("windows of their own")
+            << QVector<QStringList>{{"XX", "A", "*", "*", "2024-01-01T00:50:00Z", "2024-01-02"},
+                                    {"XX", "B", "*", "*"}}
+            << window("2024-01-01", "2024-01-01T00:10:00Z") << QStringList({b0, a1});
+    }
+
+    void deliversRequestedRecords()
+    {
+        QFETCH(QVector<QStringList>, requests);
+        QFETCH(Core::TimeWindow, common);
+        QByteArray log;
+        QBuffer buffer(&log);
+        buffer.open(QIODevice::WriteOnly);
+        Formats::MiniSeedWriter(&buffer).write(Record(StreamCodes::FromID("YY.A..LOG"),
+                                                      time("2024-01-01T00:30:00Z"), 0,
+                                                      new CharArray(5, "hello")));
+
+        const RecordStreamPtr reader =
+            stream(write("file", seed("XX.A..BHZ", "2024-01-01T00:00:00Z") +
+                                     seed("XX.B.00.BHN", "2024-01-01T00:00:00Z") + log +
+                                     seed("XX.A..BHZ", "2024-01-01T01:00:00Z") +
+                                     seed("XX.B.00.BHN", "2024-01-01T01:00:00Z")));
+        reader->setTimeWindow(common);
+        for (const QStringList &request : requests)
+            reader->addStream(request[0].toStdString(), request[1].toStdString(),
+                              request[2].toStdString(), request[3].toStdString(),
+                              request.size() > 4
+                                  ? window(qPrintable(request[4]), qPrintable(request[5]))
+                                  : Core::TimeWindow());
+
+        QTEST(readAll(*reader), "records");
+        QCOMPARE(_messages, QStringList());
+        QCOMPARE(reader->progress(), 1.0);
+    }
+
+    void tellsWhatIsDamaged()
+    {
+        const QByteArray sound = seed("XX.A..BHZ", "2024-01-01T00:00:00Z");
+        QByteArray encoding = sound;
+        encoding[52] = 30;
+        QByteArray empty = sound;
+        empty[30] = empty[31] = 0;
+        const struct
+        {
+            QByteArray bytes;
+            int records;
+            QString message;
+        } rows[] = {
+            {QByteArray(700000, 'x') + sound + sound, 2, "byte 0: 700000 bytes that are no record"},
+            {sound + encoding + sound, 2, "byte 512: XX.A..BHZ: unsupported encoding 30"},
+            {sound + empty + sound, 2, "byte 512: XX.A..BHZ: record has no samples (note)"},
+            {sac(100).left(632 + 42), 1, "byte 0: file is cut off: it holds 10 of 100 samples"},
+            {sac(10) + "xyz", 1, "byte 672: 3 bytes that belong to nothing"},
+        };
+        for (const auto &row : rows) {
+            _messages.clear();
+            QCOMPARE(readAll(*stream(write("file", row.bytes))).size(), row.records);
+            QCOMPARE(_messages, QStringList("file: " + row.message));
+        }
+    }
+
+    void readsLongFilesAgain()
+    {
+        QByteArray bytes;
+        const QByteArray record = seed("XX.A..BHZ", "2024-01-01T00:00:00Z");
+        for (int i = 0; i < 2000; ++i)
+            bytes += record;
+        // Records that straddle the blocks of reading, and a damaged one in the midst of them.
+        bytes.insert(700 * 512, QByteArray(13, 'x'));
+        const RecordStreamPtr reader = stream(write("file", bytes));
+
+        QVERIFY(reader->open());
+        QVERIFY(reader->next());
+        reader->close();
+        QVERIFY(!reader->next());
+        QVERIFY(reader->open());
+        int count = 0;
+        while (const RecordPtr next = reader->next()) {
+            QCOMPARE(reader->originOffset(), int64_t(count * 512 + (count >= 700 ? 13 : 0)));
+            QCOMPARE(next->sampleCount(), 100);
+            ++count;
+        }
+        QCOMPARE(count, 2000);
+        QCOMPARE(_messages, QStringList("file: byte 358400: 13 bytes that are no record"));
+    }
+
+    void deliversFromPipesAtOnceUntilClosed()
+    {
+        const std::string bytes = seed("XX.A..BHZ", "2024-01-01T00:00:00Z").toStdString();
+        const QByteArray name = QFile::encodeName(path("pipe"));
+        QCOMPARE(::mkfifo(name.constData(), 0600), 0);
+        const RecordStreamPtr reader = stream(name.toStdString());
+        QVERIFY(reader->open());
+        const int pipe = ::open(name.constData(), O_WRONLY);
+        QVERIFY(pipe >= 0);
+
+        // The pipe stays open: a reader that waited for more would never come back.
+        for (int i = 0; i < 2; ++i) {
+            auto record = std::async(std::launch::async, [&] { return reader->next(); });
+            QCOMPARE(::write(pipe, bytes.data(), 200), ssize_t(200));
+            QCOMPARE(record.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+            QCOMPARE(::write(pipe, bytes.data() + 200, 312), ssize_t(312));
+            const bool inTime =
+                record.wait_for(std::chrono::seconds(10)) == std::future_status::ready;
+            if (!inTime)
+                reader->close();
+            QVERIFY(inTime);
+            QCOMPARE(record.get()->sampleCount(), 100);
+        }
+
+        auto blocked = std::async(std::launch::async, [&] { return reader->next(); });
+        QCOMPARE(blocked.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+        reader->close();
+        QCOMPARE(blocked.wait_for(std::chrono::seconds(10)), std::future_status::ready);
+        QVERIFY(!blocked.get());
+        ::close(pipe);
+        QCOMPARE(_messages, QStringList());
+    }
+
+    void readsDayFiles()
+    {
+        write("2023/XX/A/HHZ.D/XX.A..HHZ.D.2023.365", seed("XX.A..HHZ", "2023-12-31T23:59:00Z"));
+        write("2024/XX/A/HHZ.D/XX.A..HHZ.D.2024.060", seed("XX.A..HHZ", "2024-02-29T12:00:00Z"));
+        write("2024/XX/B/HHZ.D/XX.B.00.HHZ.D.2024.001",
+              seed("XX.B.00.HHZ", "2024-01-01T12:00:00Z"));
+        write("2024/XX/B/LOG.L/XX.B.00.LOG.L.2024.001",
+              seed("XX.B.00.LOG", "2024-01-01T12:00:00Z"));
+        write("2024/XX/B/HHZ.D/notes.txt", "not a day file");
+        write("readme", "not a year");
+        const QString a1 = "XX.A..HHZ 2023-12-31T23:59:00";
+        const QString a3 = "XX.A..HHZ 2024-02-29T12:00:00";
+        const QString b2 = "XX.B.00.HHZ 2024-01-01T12:00:00";
+        const struct
+        {
+            const char *location;
+            Core::TimeWindow common;
+            QStringList records;
+        } rows[] = {
+            {"*", Core::TimeWindow(), {a1, a3, b2}},
+            // A record that runs past midnight and the year.
+            {"*", window("2024-01-01T00:00:00Z", "2024-01-01T00:10:00Z"), {a1}},
+            {"*", window("2024-02-29", "2024-03-01"), {a3}},
+            {"*", window("2024-03-01", "2024-03-02"), {}},
+            {"--", window("2024-01-01", "2024-12-31"), {a1, a3}},
+        };
+        for (const auto &row : rows) {
+            const RecordStreamPtr reader = stream("archive://" + _directory->path().toStdString());
+            reader->setTimeWindow(row.common);
+            reader->addStream("XX", "*", row.location, "HHZ");
+            QCOMPARE(readAll(*reader), row.records);
+            QCOMPARE(_messages, QStringList());
+        }
+    }
+
+    void goesOnAfterBrokenDayFiles()
+    {
+        const QByteArray sound = seed("XX.A..HHZ", "2024-01-03T12:00:00Z");
+        const QString folder = "2024/XX/A/HHZ.D/XX.A..HHZ.D.2024.00";
+        write(folder + '1', QByteArray());
+        write(folder + '2', "nonsense");
+        write(folder + '3', sound + sound.left(77));
+        write(folder + '4', seed("XX.B..HHZ", "2024-01-04T13:00:00Z") +
+                                seed("XX.A..HHZ", "2024-01-04T12:00:00Z"));
+
+        const RecordStreamPtr reader = stream("archive://" + _directory->path().toStdString());
+        reader->addStream("XX", "A", "*", "*");
+
+        QCOMPARE(readAll(*reader),
+                 QStringList({"XX.A..HHZ 2024-01-03T12:00:00", "XX.A..HHZ 2024-01-04T12:00:00"}));
+        QCOMPARE(_messages,
+                 QStringList(
+                     {folder + "1: file is empty", folder + "2: neither miniSEED nor SAC",
+                      folder + "3: byte 512: record of 512 bytes is cut off after 77 bytes",
+                      folder + "4: byte 0: file holds records of XX.B..HHZ, which are skipped"}));
+    }
 
 private:
     QString path(const QString &name) const { return _directory->filePath(name); }
-    std::string write(const QString &name, const QByteArray &bytes) const;
-    RecordStreamPtr stream(const std::string &url);
+
+    std::string write(const QString &name, const QByteArray &bytes) const
+    {
+        QDir().mkpath(QFileInfo(path(name)).path());
+        QFile file(path(name));
+        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+            qFatal("Can't write %s", qPrintable(name));
+        return path(name).toStdString();
+    }
+
+    RecordStreamPtr stream(const std::string &url)
+    {
+        std::string error;
+        const RecordStreamPtr stream = RecordStream::Create(url, &error);
+        if (!stream)
+            qFatal("%s", error.c_str());
+        stream->setMessageHandler([this](const StreamMessage &message) {
+            QString text = QString::fromStdString(message.text()).remove(_directory->path() + '/');
+            if (message.severity == StreamMessage::Severity::Note)
+                text += " (note)";
+            _messages << text;
+        });
+        return stream;
+    }
+
     /** Ids and start times of all that a stream delivers. */
-    QStringList readAll(RecordStream &stream);
+    QStringList readAll(RecordStream &stream)
+    {
+        QStringList records;
+        if (!stream.open()) {
+            records << QString::fromStdString(stream.errorString());
+            return records;
+        }
+        while (const RecordPtr record = stream.next())
+            records << QString::fromStdString(record->streamID()) + ' ' + isoStart(*record);
+        return records;
+    }
 
     QScopedPointer<QTemporaryDir> _directory;
     QStringList _messages;
 };
-
-void TestRecordStream::init()
-{
-    _directory.reset(new QTemporaryDir);
-    QVERIFY(_directory->isValid());
-    _messages.clear();
-}
-
-std::string TestRecordStream::write(const QString &name, const QByteArray &bytes) const
-{
-    QDir().mkpath(QFileInfo(path(name)).path());
-    QFile file(path(name));
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-        qFatal("Can't write %s", qPrintable(name));
-    return path(name).toStdString();
-}
-
-RecordStreamPtr TestRecordStream::stream(const std::string &url)
-{
-    std::string error;
-    const RecordStreamPtr stream = RecordStream::Create(url, &error);
-    if (!stream)
-        qFatal("%s", error.c_str());
-    stream->setMessageHandler([this](const StreamMessage &message) {
-        QString text = QString::fromStdString(message.text()).remove(_directory->path() + '/');
-        if (message.severity == StreamMessage::Severity::Note)
-            text += " (note)";
-        _messages << text;
-    });
-    return stream;
-}
-
-QStringList TestRecordStream::readAll(RecordStream &stream)
-{
-    QStringList records;
-    if (!stream.open()) {
-        records << QString::fromStdString(stream.errorString());
-        return records;
-    }
-    while (const RecordPtr record = stream.next())
-        records << QString::fromStdString(record->streamID()) + ' ' + isoStart(*record);
-    return records;
-}
-
-void TestRecordStream::refusesSources()
-{
-    QByteArray uneven = sac(10);
-    uneven[105 * 4] = 0;
-    write("empty", QByteArray());
-    write("text", "hello");
-    write("uneven", uneven);
-    const std::pair<QString, QString> rows[] = {
-        {"file://%1/none", "%1/none: No such file or directory"},
-        {"file://%1", "%1: is a directory"},
-        {"%1/empty", "%1/empty: file is empty"},
-        {"archive://%1/none", "%1/none: No such file or directory"},
-        {"archive://%1/empty", "%1/empty: is not a directory"},
-        {"archive://%1?type=X", "%1: unknown type \"X\" of day files"},
-        {"%1/text", "%1/text: neither miniSEED nor SAC"},
-        {"%1/uneven", "%1/uneven: SAC file is not evenly spaced"},
-        {"foo://bar", "Unknown record stream scheme \"foo\" (known: archive, file)"},
-    };
-    for (const auto &[url, expected] : rows) {
-        std::string error;
-        const RecordStreamPtr stream = RecordStream::Create(
-            QString(url).replace("%1", _directory->path()).toStdString(), &error);
-        if (stream && !stream->open())
-            error = stream->errorString();
-        QCOMPARE(QString::fromStdString(error).toLower(),
-                 QString(expected).replace("%1", _directory->path()).toLower());
-    }
-}
-
-void TestRecordStream::deliversRequestedRecords_data()
-{
-    using Window = Core::TimeWindow;
-    QTest::addColumn<QVector<QStringList>>("requests");
-    QTest::addColumn<Window>("common");
-    QTest::addColumn<QStringList>("records");
-
-    const QString a0 = "XX.A..BHZ 2024-01-01T00:00:00";
-    const QString a1 = "XX.A..BHZ 2024-01-01T01:00:00";
-    const QString b0 = "XX.B.00.BHN 2024-01-01T00:00:00";
-    const QString b1 = "XX.B.00.BHN 2024-01-01T01:00:00";
-    const QString log = "YY.A..LOG 2024-01-01T00:30:00";
-    const QVector<QStringList> all;
-    const auto row = [](const char *name) -> QTestData & { return QTest::newRow(name); };
-
-    row("everything") << all << Window() << QStringList({a0, b0, log, a1, b1});
-    row("empty location as dashes")
-        << QVector<QStringList>{{"XX", "*", "--", "BH?"}} << Window() << QStringList({a0, a1});
-    row("any location") << QVector<QStringList>{{"*", "?", "*", "BH?"}} << Window()
-                        << QStringList({a0, b0, a1, b1});
-    row("window that begins with the end of a record")
-        << all << window("2024-01-01T00:01:40Z", "2024-01-01T01:00:00Z") << QStringList({log});
-    row("record without an end at the start of the window")
-        << all << window("2024-01-01T00:30:00Z", "2024-01-01T00:30:01Z") << QStringList({log});
-    row("windows of their own") << QVector<QStringList>{{"XX", "A", "*", "*",
-                                                         "2024-01-01T00:50:00Z", "2024-01-02"},
-                                                        {"XX", "B", "*", "*"}}
-                                << window("2024-01-01", "2024-01-01T00:10:00Z")
-                                << QStringList({b0, a1});
-}
-
-void TestRecordStream::deliversRequestedRecords()
-{
-    QFETCH(QVector<QStringList>, requests);
-    QFETCH(Core::TimeWindow, common);
-    QByteArray log;
-    QBuffer buffer(&log);
-    buffer.open(QIODevice::WriteOnly);
-    Formats::MiniSeedWriter(&buffer).write(Record(StreamCodes::FromID("YY.A..LOG"),
-                                                  time("2024-01-01T00:30:00Z"), 0,
-                                                  new CharArray(5, "hello")));
-
-    const RecordStreamPtr reader =
-        stream(write("file", seed("XX.A..BHZ", "2024-01-01T00:00:00Z") +
-                                 seed("XX.B.00.BHN", "2024-01-01T00:00:00Z") + log +
-                                 seed("XX.A..BHZ", "2024-01-01T01:00:00Z") +
-                                 seed("XX.B.00.BHN", "2024-01-01T01:00:00Z")));
-    reader->setTimeWindow(common);
-    for (const QStringList &request : requests)
-        reader->addStream(request[0].toStdString(), request[1].toStdString(),
-                          request[2].toStdString(), request[3].toStdString(),
-                          request.size() > 4
-                              ? window(qPrintable(request[4]), qPrintable(request[5]))
-                              : Core::TimeWindow());
-
-    QTEST(readAll(*reader), "records");
-    QCOMPARE(_messages, QStringList());
-    QCOMPARE(reader->progress(), 1.0);
-}
-
-void TestRecordStream::tellsWhatIsDamaged()
-{
-    const QByteArray sound = seed("XX.A..BHZ", "2024-01-01T00:00:00Z");
-    QByteArray encoding = sound;
-    encoding[52] = 30;
-    QByteArray empty = sound;
-    empty[30] = empty[31] = 0;
-    const struct
-    {
-        QByteArray bytes;
-        int records;
-        QString message;
-    } rows[] = {
-        {QByteArray(700000, 'x') + sound + sound, 2, "byte 0: 700000 bytes that are no record"},
-        {sound + encoding + sound, 2, "byte 512: XX.A..BHZ: unsupported encoding 30"},
-        {sound + empty + sound, 2, "byte 512: XX.A..BHZ: record has no samples (note)"},
-        {sac(100).left(632 + 42), 1, "byte 0: file is cut off: it holds 10 of 100 samples"},
-        {sac(10) + "xyz", 1, "byte 672: 3 bytes that belong to nothing"},
-    };
-    for (const auto &row : rows) {
-        _messages.clear();
-        QCOMPARE(readAll(*stream(write("file", row.bytes))).size(), row.records);
-        QCOMPARE(_messages, QStringList("file: " + row.message));
-    }
-}
-
-void TestRecordStream::readsLongFilesAgain()
-{
-    QByteArray bytes;
-    const QByteArray record = seed("XX.A..BHZ", "2024-01-01T00:00:00Z");
-    for (int i = 0; i < 2000; ++i)
-        bytes += record;
-    // Records that straddle the blocks of reading, and a damaged one in the midst of them.
-    bytes.insert(700 * 512, QByteArray(13, 'x'));
-    const RecordStreamPtr reader = stream(write("file", bytes));
-
-    QVERIFY(reader->open());
-    QVERIFY(reader->next());
-    reader->close();
-    QVERIFY(!reader->next());
-    QVERIFY(reader->open());
-    int count = 0;
-    while (const RecordPtr next = reader->next()) {
-        QCOMPARE(reader->originOffset(), int64_t(count * 512 + (count >= 700 ? 13 : 0)));
-        QCOMPARE(next->sampleCount(), 100);
-        ++count;
-    }
-    QCOMPARE(count, 2000);
-    QCOMPARE(_messages, QStringList("file: byte 358400: 13 bytes that are no record"));
-}
-
-void TestRecordStream::deliversFromPipesAtOnceUntilClosed()
-{
-    const std::string bytes = seed("XX.A..BHZ", "2024-01-01T00:00:00Z").toStdString();
-    const QByteArray name = QFile::encodeName(path("pipe"));
-    QCOMPARE(::mkfifo(name.constData(), 0600), 0);
-    const RecordStreamPtr reader = stream(name.toStdString());
-    QVERIFY(reader->open());
-    const int pipe = ::open(name.constData(), O_WRONLY);
-    QVERIFY(pipe >= 0);
-
-    // The pipe stays open: a reader that waited for more would never come back.
-    for (int i = 0; i < 2; ++i) {
-        auto record = std::async(std::launch::async, [&] { return reader->next(); });
-        QCOMPARE(::write(pipe, bytes.data(), 200), ssize_t(200));
-        QCOMPARE(record.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
-        QCOMPARE(::write(pipe, bytes.data() + 200, 312), ssize_t(312));
-        const bool inTime = record.wait_for(std::chrono::seconds(10)) == std::future_status::ready;
-        if (!inTime)
-            reader->close();
-        QVERIFY(inTime);
-        QCOMPARE(record.get()->sampleCount(), 100);
-    }
-
-    auto blocked = std::async(std::launch::async, [&] { return reader->next(); });
-    QCOMPARE(blocked.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
-    reader->close();
-    QCOMPARE(blocked.wait_for(std::chrono::seconds(10)), std::future_status::ready);
-    QVERIFY(!blocked.get());
-    ::close(pipe);
-    QCOMPARE(_messages, QStringList());
-}
-
-void TestRecordStream::readsDayFiles()
-{
-    write("2023/XX/A/HHZ.D/XX.A..HHZ.D.2023.365", seed("XX.A..HHZ", "2023-12-31T23:59:00Z"));
-    write("2024/XX/A/HHZ.D/XX.A..HHZ.D.2024.060", seed("XX.A..HHZ", "2024-02-29T12:00:00Z"));
-    write("2024/XX/B/HHZ.D/XX.B.00.HHZ.D.2024.001", seed("XX.B.00.HHZ", "2024-01-01T12:00:00Z"));
-    write("2024/XX/B/LOG.L/XX.B.00.LOG.L.2024.001", seed("XX.B.00.LOG", "2024-01-01T12:00:00Z"));
-    write("2024/XX/B/HHZ.D/notes.txt", "not a day file");
-    write("readme", "not a year");
-    const QString a1 = "XX.A..HHZ 2023-12-31T23:59:00";
-    const QString a3 = "XX.A..HHZ 2024-02-29T12:00:00";
-    const QString b2 = "XX.B.00.HHZ 2024-01-01T12:00:00";
-    const struct
-    {
-        const char *location;
-        Core::TimeWindow common;
-        QStringList records;
-    } rows[] = {
-        {"*", Core::TimeWindow(), {a1, a3, b2}},
-        // A record that runs past midnight and the year.
-        {"*", window("2024-01-01T00:00:00Z", "2024-01-01T00:10:00Z"), {a1}},
-        {"*", window("2024-02-29", "2024-03-01"), {a3}},
-        {"*", window("2024-03-01", "2024-03-02"), {}},
-        {"--", window("2024-01-01", "2024-12-31"), {a1, a3}},
-    };
-    for (const auto &row : rows) {
-        const RecordStreamPtr reader = stream("archive://" + _directory->path().toStdString());
-        reader->setTimeWindow(row.common);
-        reader->addStream("XX", "*", row.location, "HHZ");
-        QCOMPARE(readAll(*reader), row.records);
-        QCOMPARE(_messages, QStringList());
-    }
-}
-
-void TestRecordStream::goesOnAfterBrokenDayFiles()
-{
-    const QByteArray sound = seed("XX.A..HHZ", "2024-01-03T12:00:00Z");
-    const QString folder = "2024/XX/A/HHZ.D/XX.A..HHZ.D.2024.00";
-    write(folder + '1', QByteArray());
-    write(folder + '2', "nonsense");
-    write(folder + '3', sound + sound.left(77));
-    write(folder + '4',
-          seed("XX.B..HHZ", "2024-01-04T13:00:00Z") + seed("XX.A..HHZ", "2024-01-04T12:00:00Z"));
-
-    const RecordStreamPtr reader = stream("archive://" + _directory->path().toStdString());
-    reader->addStream("XX", "A", "*", "*");
-
-    QCOMPARE(readAll(*reader),
-             QStringList({"XX.A..HHZ 2024-01-03T12:00:00", "XX.A..HHZ 2024-01-04T12:00:00"}));
-    QCOMPARE(
-        _messages,
-        QStringList({folder + "1: file is empty", folder + "2: neither miniSEED nor SAC",
-                     folder + "3: byte 512: record of 512 bytes is cut off after 77 bytes",
-                     folder + "4: byte 0: file holds records of XX.B..HHZ, which are skipped"}));
-}
 
 QTEST_GUILESS_MAIN(TestRecordStream)
 

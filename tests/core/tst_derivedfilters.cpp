@@ -55,88 +55,82 @@ class DerivedFiltersTest : public QObject
     Q_OBJECT
 
 private slots:
-    void staltaIsRatioOfMeans();
-    void staltaOfSilence();
-    void staltaChecksParameters();
-    void integratesClosedForms();
-    void differentiatesClosedForms();
-};
-
-void DerivedFiltersTest::staltaIsRatioOfMeans()
-{
-    const Samples input = noise(3000, 1);
-    StaLta<double> filter(0.25, 5);
-    const Samples output = filtered(filter, input);
-    for (size_t i = 0; i < input.size(); ++i) {
-        const double expected = meanAmplitude(input, i, 25) / meanAmplitude(input, i, 500);
-        QVERIFY2(std::abs(output[i] - expected) < 1E-10, QByteArray::number(int(i)));
+    void staltaIsRatioOfMeans()
+    {
+        const Samples input = noise(3000, 1);
+        StaLta<double> filter(0.25, 5);
+        const Samples output = filtered(filter, input);
+        for (size_t i = 0; i < input.size(); ++i) {
+            const double expected = meanAmplitude(input, i, 25) / meanAmplitude(input, i, 500);
+            QVERIFY2(std::abs(output[i] - expected) < 1E-10, QByteArray::number(int(i)));
+        }
     }
-}
 
-void DerivedFiltersTest::staltaOfSilence()
-{
-    // Rounding errors of the sums must not become a ratio.
-    Samples input = noise(777, 2);
-    for (double &sample : input)
-        sample /= 3;
-    input.resize(2000, 0.0);
-    StaLta<double> filter(0.1, 1);
-    const Samples output = filtered(filter, input);
-    for (size_t i = 777; i < 786; ++i)
-        QVERIFY(output[i] > 0);
-    for (size_t i = 786; i < 2000; ++i)
-        QCOMPARE(output[i], 0.0);
-    QCOMPARE(filtered(filter, Samples(300, 0.0)), Samples(300, 0.0));
-}
+    void staltaOfSilence()
+    {
+        // Rounding errors of the sums must not become a ratio.
+        Samples input = noise(777, 2);
+        for (double &sample : input)
+            sample /= 3;
+        input.resize(2000, 0.0);
+        StaLta<double> filter(0.1, 1);
+        const Samples output = filtered(filter, input);
+        for (size_t i = 777; i < 786; ++i)
+            QVERIFY(output[i] > 0);
+        for (size_t i = 786; i < 2000; ++i)
+            QCOMPARE(output[i], 0.0);
+        QCOMPARE(filtered(filter, Samples(300, 0.0)), Samples(300, 0.0));
+    }
 
-void DerivedFiltersTest::staltaChecksParameters()
-{
-    StaLta<double> filter(1, 10);
-    const auto set = [&](const Samples &values) {
-        return filter.setParameters(static_cast<int>(values.size()), values.data());
-    };
-    QCOMPARE(set({2}), -2);
-    QCOMPARE(set({Nan, 5}), -1);
-    QCOMPARE(set({5, 5}), -2);
-    QCOMPARE(filter.lta(), 10.0);
-    QCOMPARE(set({2, 5}), 2);
-    QCOMPARE(filter.sta(), 2.0);
-}
+    void staltaChecksParameters()
+    {
+        StaLta<double> filter(1, 10);
+        const auto set = [&](const Samples &values) {
+            return filter.setParameters(static_cast<int>(values.size()), values.data());
+        };
+        QCOMPARE(set({2}), -2);
+        QCOMPARE(set({Nan, 5}), -1);
+        QCOMPARE(set({5, 5}), -2);
+        QCOMPARE(filter.lta(), 10.0);
+        QCOMPARE(set({2, 5}), 2);
+        QCOMPARE(filter.sta(), 2.0);
+    }
 
-void DerivedFiltersTest::integratesClosedForms()
-{
-    Integrate<double> filter;
-    const double rate = 50;
-    const Samples ramp = filtered(filter, sampled(1000, [](int i) { return i / 50.0; }), rate);
-    for (int i = 0; i < 1000; ++i)
-        QVERIFY(std::abs(ramp[size_t(i)] - 0.5 * i * i / (rate * rate)) < 1E-9);
+    void integratesClosedForms()
+    {
+        Integrate<double> filter;
+        const double rate = 50;
+        const Samples ramp = filtered(filter, sampled(1000, [](int i) { return i / 50.0; }), rate);
+        for (int i = 0; i < 1000; ++i)
+            QVERIFY(std::abs(ramp[size_t(i)] - 0.5 * i * i / (rate * rate)) < 1E-9);
 
-    // The trapezoid rule scales a sine by (w / 2) / tan(w / 2), w in radians per sample.
-    const double w = 2 * Pi * 4 / rate;
-    const Samples sine =
-        filtered(filter, sampled(1000, [&](int i) { return std::cos(w * i); }), rate);
-    const double gain = 0.5 / std::tan(0.5 * w) / rate;
-    for (int i = 0; i < 1000; ++i)
-        QVERIFY(std::abs(sine[size_t(i)] - gain * std::sin(w * i)) < 1E-12);
-}
+        // The trapezoid rule scales a sine by (w / 2) / tan(w / 2), w in radians per sample.
+        const double w = 2 * Pi * 4 / rate;
+        const Samples sine =
+            filtered(filter, sampled(1000, [&](int i) { return std::cos(w * i); }), rate);
+        const double gain = 0.5 / std::tan(0.5 * w) / rate;
+        for (int i = 0; i < 1000; ++i)
+            QVERIFY(std::abs(sine[size_t(i)] - gain * std::sin(w * i)) < 1E-12);
+    }
 
-void DerivedFiltersTest::differentiatesClosedForms()
-{
-    Differentiate<double> filter;
-    const double rate = 50;
-    const Samples line =
-        filtered(filter, sampled(100, [](int i) { return 7 - 3 * i / 50.0; }), rate);
-    QCOMPARE(line[0], 0.0);
-    for (size_t i = 1; i < line.size(); ++i)
-        QVERIFY(std::abs(line[i] + 3) < 1E-10);
+    void differentiatesClosedForms()
+    {
+        Differentiate<double> filter;
+        const double rate = 50;
+        const Samples line =
+            filtered(filter, sampled(100, [](int i) { return 7 - 3 * i / 50.0; }), rate);
+        QCOMPARE(line[0], 0.0);
+        for (size_t i = 1; i < line.size(); ++i)
+            QVERIFY(std::abs(line[i] + 3) < 1E-10);
 
-    const double w = 2 * Pi * 4 / rate;
-    const Samples sine =
-        filtered(filter, sampled(1000, [&](int i) { return std::sin(w * i); }), rate);
-    const double gain = 2 * rate * std::sin(0.5 * w);
-    for (int i = 1; i < 1000; ++i)
-        QVERIFY(std::abs(sine[size_t(i)] - gain * std::cos(w * (i - 0.5))) < 1E-10);
-}
+        const double w = 2 * Pi * 4 / rate;
+        const Samples sine =
+            filtered(filter, sampled(1000, [&](int i) { return std::sin(w * i); }), rate);
+        const double gain = 2 * rate * std::sin(0.5 * w);
+        for (int i = 1; i < 1000; ++i)
+            QVERIFY(std::abs(sine[size_t(i)] - gain * std::cos(w * (i - 0.5))) < 1E-10);
+    }
+};
 
 QTEST_APPLESS_MAIN(DerivedFiltersTest)
 #include "tst_derivedfilters.moc"

@@ -44,162 +44,156 @@ class FilterParserTest : public QObject
     Q_OBJECT
 
 private slots:
-    void reads();
-    void pointsAtErrors();
-    void makesFilters_data();
-    void makesFilters();
-    void tellsNoFilterFromError();
-    void readsItsOwnTexts();
-    void tellsUnsuitableRates();
-};
-
-void FilterParserTest::reads()
-{
-    const struct
+    void reads()
     {
-        const char *text, *expected;
-    } rows[] = {{"bandpass(0.7, 2, 6)", "bandpass(0.7, 2, order=6)"},
-                {"bandstop(1, upper=2)", "bandstop(1, 2, order=4)"},
-                {"BandPass(order=2, Upper=5, LOWER=1)", "bandpass(1, 5, order=2)"},
-                {" \t highpass \n( corner =1 ,order= 3 ) | integrate ( ) ",
-                 "highpass(1, order=3) | integrate()"},
-                {"integrate | Differentiate", "integrate() | differentiate()"},
-                {"stalta(+.5E+0, 6.e1)", "stalta(0.5, 60)"},
-                {"lowpass(1e-5, 1e1)", "lowpass(1e-05, order=10)"},
-                {" \t\n", ""},
-                {"self() | rmhp(10) | SELF", "rmhp(10)"}};
-    for (const auto &row : rows)
-        QCOMPARE(canonical(row.text), QString(row.expected));
-}
+        const struct
+        {
+            const char *text, *expected;
+        } rows[] = {{"bandpass(0.7, 2, 6)", "bandpass(0.7, 2, order=6)"},
+                    {"bandstop(1, upper=2)", "bandstop(1, 2, order=4)"},
+                    {"BandPass(order=2, Upper=5, LOWER=1)", "bandpass(1, 5, order=2)"},
+                    {" \t highpass \n( corner =1 ,order= 3 ) | integrate ( ) ",
+                     "highpass(1, order=3) | integrate()"},
+                    {"integrate | Differentiate", "integrate() | differentiate()"},
+                    {"stalta(+.5E+0, 6.e1)", "stalta(0.5, 60)"},
+                    {"lowpass(1e-5, 1e1)", "lowpass(1e-05, order=10)"},
+                    {" \t\n", ""},
+                    {"self() | rmhp(10) | SELF", "rmhp(10)"}};
+        for (const auto &row : rows)
+            QCOMPARE(canonical(row.text), QString(row.expected));
+    }
 
-void FilterParserTest::pointsAtErrors()
-{
-    const struct
+    void pointsAtErrors()
     {
-        const char *text;
-        int column;
-        const char *part; // of the message
-    } rows[] = {
-        {"lowpass(1) | lowpas(2)", 14, "\"lowpas\"; known are lowpass, highpass"},
-        {"integrate | | integrate", 13, "name of a filter instead of \"|\""},
-        {"integrate integrate", 11, "\"|\" or the end instead of \"i\""},
-        {"lowpass(1", 10, "\",\" or \")\", but the text ends"},
-        {"lowpass(1e)", 10, "instead of \"e\""},
-        {"lowpass(nan)", 9, "instead of \"nan\"; allowed is lowpass(corner, order=4)"},
-        {"lowpass(1e999)", 9, "corner 1e999 is beyond"},
-        {"stalta( 1 )", 11, "\"lta\" is missing"},
-        {"lowpass(1, 2, 3)", 15, "too many parameters; allowed is lowpass("},
-        {"lowpass(1, ordr=2)", 12, "unknown parameter \"ordr\"; allowed is"},
-        {"lowpass(1, corner=2)", 12, "corner is given twice"},
-        {"lowpass(corner)", 15, "\"=\" behind \"corner\""},
-        {"bandpass(lower=1, 2)", 19, "by name"},
-        {"highpass( 0 )", 11, "corner 0 Hz is not above 0"},
-        {"bandstop(upper=1, lower=2)", 16, "upper corner 1 Hz is not above"},
-        {"lowpass(1, order=21)", 18, "order 21 is not a whole number from 1 to 20"},
-        {"lowpass(1, 2.5)", 12, "order 2.5"},
-        {"stalta(60, 1)", 12, "lta 1 s is not above the sta 60 s"},
-        {"integrate \xC3\xA4 lowpass", 11, "instead of \"\xC3\xA4\""},
-    };
-    for (const auto &row : rows) {
-        FilterError error;
-        QVERIFY2(!parseFilter<double>(row.text, &error), row.text);
-        QCOMPARE(error.column, row.column);
-        QVERIFY2(error.message.find(row.part) != std::string::npos, error.message.c_str());
-        QVERIFY(filterProblem(row.text, 100).find(error.message) != std::string::npos);
-    }
-}
-
-void FilterParserTest::makesFilters_data()
-{
-    using Filter = InPlaceFilter<double>;
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<std::shared_ptr<Filter>>("filter");
-
-    const auto row = [](const char *text, Filter *filter) {
-        QTest::newRow(text) << text << std::shared_ptr<Filter>(filter);
-    };
-    row("highpass(3)", new IIR::ButterworthHighpass<double>(4, 3));
-    row("bandpass(1, 5, order=3)", new IIR::ButterworthBandpass<double>(3, 1, 5));
-    row("bandstop(1, 5, order=3)", new IIR::ButterworthBandstop<double>(3, 1, 5));
-    row("runningmean(0.3)", new RunningMean<double>(0.3));
-    row("demean(0.3)", new RunningMeanHighPass<double>(0.3));
-    row("stalta(0.1, 2)", new StaLta<double>(0.1, 2));
-
-    auto *chain = new ChainFilter<double>;
-    chain->add(new RunningMeanHighPass<double>(0.5));
-    chain->add(new IIR::ButterworthBandpass<double>(4, 2, 8));
-    row("demean(0.5) | bandpass(2, 8)", chain);
-}
-
-void FilterParserTest::makesFilters()
-{
-    QFETCH(QString, text);
-    QFETCH(std::shared_ptr<InPlaceFilter<double>>, filter);
-    const auto parsed = parseFilter<double>(text.toStdString());
-    QVERIFY(parsed != nullptr);
-    QVERIFY(response(*parsed) == response(*filter));
-}
-
-void FilterParserTest::tellsNoFilterFromError()
-{
-    for (const char *text : {"", " ", "self", "self | self"}) {
-        FilterError error{3, "left from before"};
-        QVERIFY(!parseFilter<float>(text, &error));
-        QCOMPARE(error.column, 0);
-        QCOMPARE(error.message, std::string());
-        QCOMPARE(filterProblem(text, 0), std::string());
-    }
-}
-
-void FilterParserTest::readsItsOwnTexts()
-{
-    std::mt19937 random(20240105);
-    std::uniform_real_distribution<double> exponent(-12, 12);
-    for (int round = 0; round < 500; ++round) {
-        FilterDefinition definition;
-        const int count = 1 + static_cast<int>(random() % 4);
-        for (int i = 0; i < count; ++i) {
-            FilterStage stage{&knownFilters()[random() % knownFilters().size()], {}};
-            double value = std::pow(10, exponent(random));
-            for (const FilterParameter &parameter : stage.filter->parameters)
-                stage.values.push_back(parameter.isOrder() ? 1 + random() % 20 : value *= 1.7);
-            definition.append(stage);
+        const struct
+        {
+            const char *text;
+            int column;
+            const char *part; // of the message
+        } rows[] = {
+            {"lowpass(1) | lowpas(2)", 14, "\"lowpas\"; known are lowpass, highpass"},
+            {"integrate | | integrate", 13, "name of a filter instead of \"|\""},
+            {"integrate integrate", 11, "\"|\" or the end instead of \"i\""},
+            {"lowpass(1", 10, "\",\" or \")\", but the text ends"},
+            {"lowpass(1e)", 10, "instead of \"e\""},
+            {"lowpass(nan)", 9, "instead of \"nan\"; allowed is lowpass(corner, order=4)"},
+            {"lowpass(1e999)", 9, "corner 1e999 is beyond"},
+            {"stalta( 1 )", 11, "\"lta\" is missing"},
+            {"lowpass(1, 2, 3)", 15, "too many parameters; allowed is lowpass("},
+            {"lowpass(1, ordr=2)", 12, "unknown parameter \"ordr\"; allowed is"},
+            {"lowpass(1, corner=2)", 12, "corner is given twice"},
+            {"lowpass(corner)", 15, "\"=\" behind \"corner\""},
+            {"bandpass(lower=1, 2)", 19, "by name"},
+            {"highpass( 0 )", 11, "corner 0 Hz is not above 0"},
+            {"bandstop(upper=1, lower=2)", 16, "upper corner 1 Hz is not above"},
+            {"lowpass(1, order=21)", 18, "order 21 is not a whole number from 1 to 20"},
+            {"lowpass(1, 2.5)", 12, "order 2.5"},
+            {"stalta(60, 1)", 12, "lta 1 s is not above the sta 60 s"},
+            {"integrate \xC3\xA4 lowpass", 11, "instead of \"\xC3\xA4\""},
+        };
+        for (const auto &row : rows) {
+            FilterError error;
+            QVERIFY2(!parseFilter<double>(row.text, &error), row.text);
+            QCOMPARE(error.column, row.column);
+            QVERIFY2(error.message.find(row.part) != std::string::npos, error.message.c_str());
+            QVERIFY(filterProblem(row.text, 100).find(error.message) != std::string::npos);
         }
-        FilterDefinition again;
-        FilterError error;
-        QVERIFY2(parseFilterDefinition(definition.toString(), again, &error),
-                 (definition.toString() + ": " + error.message).c_str());
-        QCOMPARE(again.toString(), definition.toString());
-        for (int i = 0; i < count; ++i)
-            QVERIFY(again.stages()[i].values == definition.stages()[i].values);
     }
-}
 
-void FilterParserTest::tellsUnsuitableRates()
-{
-    const struct
+    void makesFilters_data()
     {
-        const char *text;
-        double rate;
-        const char *problem;
-    } rows[] = {
-        {"bandpass(0.7, 2) | stalta(1, 60)", 20, ""},
-        {"highpass(0.001)", 200, ""},
-        {"bandpass(0.7, 20)", 20,
-         "bandpass: upper corner 20 Hz is not below the Nyquist frequency 10 Hz"},
-        {"integrate | lowpass(10)", 20,
-         "lowpass: corner 10 Hz is not below the Nyquist frequency 10 Hz"},
-        {"highpass(1e-18)", 100,
-         "highpass: corner 1e-18 Hz is too low for a sampling frequency of 100 Hz"},
-        {"stalta(0.004, 60)", 100, "stalta: sta 0.004 s is shorter than a sample at 100 Hz"},
-        {"average(1e7)", 100, "average: length 1e+07 s is more than 268435456 samples at 100 Hz"},
-        {"integrate", 0, "the sampling frequency 0 Hz is not above 0"},
-    };
-    for (const auto &row : rows) {
-        const QString told = QString::fromStdString(filterProblem(row.text, row.rate));
-        QVERIFY2(*row.problem ? told.startsWith(row.problem) : told.isEmpty(), qPrintable(told));
+        using Filter = InPlaceFilter<double>;
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<std::shared_ptr<Filter>>("filter");
+
+        const auto row = [](const char *text, Filter *filter) {
+            QTest::newRow(text) << text << std::shared_ptr<Filter>(filter);
+        };
+        row("highpass(3)", new IIR::ButterworthHighpass<double>(4, 3));
+        row("bandpass(1, 5, order=3)", new IIR::ButterworthBandpass<double>(3, 1, 5));
+        row("bandstop(1, 5, order=3)", new IIR::ButterworthBandstop<double>(3, 1, 5));
+        row("runningmean(0.3)", new RunningMean<double>(0.3));
+        row("demean(0.3)", new RunningMeanHighPass<double>(0.3));
+        row("stalta(0.1, 2)", new StaLta<double>(0.1, 2));
+
+        auto *chain = new ChainFilter<double>;
+        chain->add(new RunningMeanHighPass<double>(0.5));
+        chain->add(new IIR::ButterworthBandpass<double>(4, 2, 8));
+        row("demean(0.5) | bandpass(2, 8)", chain);
     }
-}
+
+    void makesFilters()
+    {
+        QFETCH(QString, text);
+        QFETCH(std::shared_ptr<InPlaceFilter<double>>, filter);
+        const auto parsed = parseFilter<double>(text.toStdString());
+        QVERIFY(parsed != nullptr);
+        QVERIFY(response(*parsed) == response(*filter));
+    }
+
+    void tellsNoFilterFromError()
+    {
+        for (const char *text : {"", " ", "self", "self | self"}) {
+            FilterError error{3, "left from before"};
+            QVERIFY(!parseFilter<float>(text, &error));
+            QCOMPARE(error.column, 0);
+            QCOMPARE(error.message, std::string());
+            QCOMPARE(filterProblem(text, 0), std::string());
+        }
+    }
+
+    void readsItsOwnTexts()
+    {
+        std::mt19937 random(20240105);
+        std::uniform_real_distribution<double> exponent(-12, 12);
+        for (int round = 0; round < 500; ++round) {
+            FilterDefinition definition;
+            const int count = 1 + static_cast<int>(random() % 4);
+            for (int i = 0; i < count; ++i) {
+                FilterStage stage{&knownFilters()[random() % knownFilters().size()], {}};
+                double value = std::pow(10, exponent(random));
+                for (const FilterParameter &parameter : stage.filter->parameters)
+                    stage.values.push_back(parameter.isOrder() ? 1 + random() % 20 : value *= 1.7);
+                definition.append(stage);
+            }
+            FilterDefinition again;
+            FilterError error;
+            QVERIFY2(parseFilterDefinition(definition.toString(), again, &error),
+                     (definition.toString() + ": " + error.message).c_str());
+            QCOMPARE(again.toString(), definition.toString());
+            for (int i = 0; i < count; ++i)
+                QVERIFY(again.stages()[i].values == definition.stages()[i].values);
+        }
+    }
+
+    void tellsUnsuitableRates()
+    {
+        const struct
+        {
+            const char *text;
+            double rate;
+            const char *problem;
+        } rows[] = {
+            {"bandpass(0.7, 2) | stalta(1, 60)", 20, ""},
+            {"highpass(0.001)", 200, ""},
+            {"bandpass(0.7, 20)", 20,
+             "bandpass: upper corner 20 Hz is not below the Nyquist frequency 10 Hz"},
+            {"integrate | lowpass(10)", 20,
+             "lowpass: corner 10 Hz is not below the Nyquist frequency 10 Hz"},
+            {"highpass(1e-18)", 100,
+             "highpass: corner 1e-18 Hz is too low for a sampling frequency of 100 Hz"},
+            {"stalta(0.004, 60)", 100, "stalta: sta 0.004 s is shorter than a sample at 100 Hz"},
+            {"average(1e7)", 100,
+             "average: length 1e+07 s is more than 268435456 samples at 100 Hz"},
+            {"integrate", 0, "the sampling frequency 0 Hz is not above 0"},
+        };
+        for (const auto &row : rows) {
+            const QString told = QString::fromStdString(filterProblem(row.text, row.rate));
+            QVERIFY2(*row.problem ? told.startsWith(row.problem) : told.isEmpty(),
+                     qPrintable(told));
+        }
+    }
+};
 
 QTEST_APPLESS_MAIN(FilterParserTest)
 #include "tst_filterparser.moc"

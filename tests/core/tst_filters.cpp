@@ -254,246 +254,234 @@ class FiltersTest : public QObject
     Q_OBJECT
 
 private slots:
-    void agreesWithReferences();
-    void coefficients();
-    void responses();
-    void impulseHasTheResponse();
-    void cornersThatDoNotFit();
-    void blocksDoNotMatter();
-    void cloneIsFresh();
-    void passesOverWhatIsNotFinite();
-    void recoversFromOverflow();
-    void checksRatesAndParameters();
-    void runningMeanOfSamplesSeenSoFar();
-    void runningMeanDoesNotDrift();
-    void chainRunsStagesInOrder();
+    void agreesWithReferences()
+    {
+        compareWithReferences<float>();
+        compareWithReferences<double>();
+    }
+
+    void coefficients()
+    {
+        // scipy 1.10.1: butter(order, corners, band, fs=rate).
+        const struct
+        {
+            Band band;
+            int order;
+            double lower, upper, rate;
+            Samples numerator, denominator;
+        } rows[] = {{Band::Lowpass,
+                     2,
+                     0,
+                     10,
+                     100,
+                     {0.06745527388907, 0.1349105477781, 0.06745527388907},
+                     {1, -1.14298050254, 0.4128015980962}},
+                    {Band::Highpass,
+                     3,
+                     0.5,
+                     0,
+                     40,
+                     {0.9244465617732, -2.773339685319, 2.773339685319, -0.9244465617732},
+                     {1, -2.842960524202, 2.698010527552, -0.8546014424303}},
+                    {Band::Bandpass,
+                     2,
+                     0.7,
+                     2,
+                     100,
+                     {0.001576105306545, 0, -0.003152210613091, 0, 0.001576105306545},
+                     {1, -3.873866856676, 5.639272924317, -3.656284591126, 0.8909073620871}}};
+        for (const auto &row : rows) {
+            const auto sections =
+                butterworthSections(row.band, row.order, row.lower, row.upper, row.rate);
+            const Samples numerator = product(sections, [](const Biquad &q) {
+                return Samples{q.b0, q.b1, q.b2};
+            });
+            const Samples denominator = product(sections, [](const Biquad &q) {
+                return Samples{1, q.a1, q.a2};
+            });
+            for (size_t i = 0; i < row.numerator.size(); ++i) {
+                QVERIFY(std::abs(numerator[i] - row.numerator[i]) < 1E-9);
+                QVERIFY(std::abs(denominator[i] - row.denominator[i]) < 1E-9);
+            }
+        }
+    }
+
+    void responses()
+    {
+        const struct
+        {
+            double lower, upper, rate;
+        } corners[] = {{0.7, 2, 100}, {0.01, 0.0101, 1}, {5, 9.99, 20}, {0.01, 0.1, 100}};
+        for (const Band band : {Band::Lowpass, Band::Highpass, Band::Bandpass, Band::Bandstop}) {
+            for (const auto &corner : corners) {
+                for (int order : {1, 2, 7, 10})
+                    compareResponse(band, order, corner.lower, corner.upper, corner.rate);
+            }
+        }
+    }
+
+    void impulseHasTheResponse()
+    {
+        ButterworthBandpass<double> filter(4, 2, 15, 100);
+        Samples impulse(8192, 0.0);
+        impulse[0] = 1;
+        const Samples output = filtered(filter, impulse);
+        for (double frequency : {1.0, 2.0, 6.0, 15.0, 30.0}) {
+            Complex sum = 0;
+            for (size_t i = 0; i < output.size(); ++i)
+                sum +=
+                    output[i] * std::polar(1.0, -2 * Pi * frequency * static_cast<double>(i) / 100);
+            QVERIFY(std::abs(sum - filter.response(frequency)) < 1E-9);
+        }
+    }
+
+    void cornersThatDoNotFit()
+    {
+        const struct
+        {
+            Band band;
+            int order;
+            double lower, upper;
+        } rows[] = {{Band::Lowpass, 0, 0, 2},        {Band::Highpass, 4, 0, 0},
+                    {Band::Lowpass, 4, 0, 50},       {Band::Bandpass, 4, 1, 51},
+                    {Band::Bandpass, 4, 2, 2},       {Band::Bandpass, 4, NaN, 2},
+                    {Band::Highpass, 4, Infinite, 0}};
+        for (const auto &row : rows) {
+            Butterworth<double> filter(row.band, row.order, row.lower, row.upper, 100);
+            QVERIFY(!filter.isValid());
+            QCOMPARE(filter.response(1.5), Complex(0));
+            const Samples output = filtered(filter, {1, 2, NaN, 3});
+            QCOMPARE((Samples{output[0], output[1], output[3]}), Samples(3, 0.0));
+            QVERIFY(std::isnan(output[2]));
+        }
+    }
+
+    void blocksDoNotMatter()
+    {
+        // Behind the signal it is silent for so long that the state fades away.
+        Samples input = noise(30000);
+        input.resize(90000, 0.0);
+        std::mt19937 generator(3);
+        int index = 0;
+        for (const auto &filter : allFilters()) {
+            const std::unique_ptr<InPlaceFilter<double>> twin(filter->clone());
+            const Samples whole = filtered(*filter, input);
+            Samples pieces = input;
+            for (size_t first = 0; first < pieces.size();) {
+                const size_t length = std::min<size_t>(generator() % 1500, pieces.size() - first);
+                twin->apply(static_cast<int>(length), pieces.data() + first);
+                twin->apply(-1, pieces.data() + first);
+                first += length;
+            }
+            QVERIFY2(sameBits(whole, pieces), QByteArray::number(index++));
+        }
+    }
+
+    void cloneIsFresh()
+    {
+        const Samples input = noise(3000);
+        for (const auto &filter : allFilters()) {
+            const Samples first = filtered(*filter, input);
+            const std::unique_ptr<InPlaceFilter<double>> copy(filter->clone());
+            QVERIFY(!sameBits(filtered(*filter, input), first));
+            QVERIFY(sameBits(filtered(*copy, input), first));
+            filter->setSamplingFrequency(100);
+            QVERIFY(sameBits(filtered(*filter, input), first));
+        }
+    }
+
+    void passesOverWhatIsNotFinite()
+    {
+        const Samples clean = noise(2000);
+        for (const auto &filter : allFilters()) {
+            const std::unique_ptr<InPlaceFilter<double>> twin(filter->clone());
+            Samples spoilt = clean;
+            spoilt.insert(spoilt.begin() + 1000, {NaN, Infinite, -Infinite});
+            spoilt.insert(spoilt.begin(), NaN);
+            spoilt = filtered(*filter, spoilt);
+            for (size_t at : {0, 1001, 1002, 1003})
+                QVERIFY(std::isnan(spoilt[at]));
+            spoilt.erase(spoilt.begin() + 1001, spoilt.begin() + 1004);
+            spoilt.erase(spoilt.begin());
+            QVERIFY(sameBits(spoilt, filtered(*twin, clean)));
+        }
+    }
+
+    void recoversFromOverflow()
+    {
+        Samples input = noise(20000);
+        std::fill(input.begin(), input.begin() + 40, std::numeric_limits<double>::max());
+        for (const auto &filter : allFilters()) {
+            // An integral keeps what it has summed up.
+            if (dynamic_cast<Integrate<double> *>(filter.get()))
+                continue;
+            const Samples output = filtered(*filter, input);
+            QVERIFY(std::all_of(output.end() - 1000, output.end(),
+                                [](double sample) { return std::isfinite(sample); }));
+        }
+    }
+
+    void checksRatesAndParameters()
+    {
+        const Samples input = noise(100);
+        for (const auto &filter : allFilters()) {
+            for (double rate : {0.0, -100.0, NaN, Infinite}) {
+                filter->setSamplingFrequency(rate);
+                QVERIFY(sameBits(filtered(*filter, input), input));
+            }
+        }
+
+        const auto set = [](InPlaceFilter<double> &filter, const Samples &values) {
+            return filter.setParameters(static_cast<int>(values.size()), values.data());
+        };
+        ButterworthBandpass<double> bandpass(2, 1, 5, 100);
+        QCOMPARE(set(bandpass, {2.5, 0.7, 2}), -1);
+        QCOMPARE(set(bandpass, {4, -0.7, 2}), -2);
+        QCOMPARE(set(bandpass, {4, 2, 0.7}), -3);
+        QCOMPARE(bandpass.upperCorner(), 5.0);
+        QCOMPARE(set(bandpass, {4, 0.7, 2}), 3);
+        QVERIFY(std::abs(std::abs(bandpass.response(0.7)) - std::sqrt(0.5)) < 1E-9);
+    }
+
+    void runningMeanOfSamplesSeenSoFar()
+    {
+        RunningMean<double> mean(0.3, 10);
+        QCOMPARE(filtered(mean, {3, 5, 1, 0, -7}), (Samples{3, 4, 3, 2, -2}));
+        RunningMeanHighPass<double> highpass(0.3, 10);
+        QCOMPARE(filtered(highpass, {3, 5, 1, 0, -7}), (Samples{0, 1, -2, -2, -5}));
+    }
+
+    void runningMeanDoesNotDrift()
+    {
+        Samples input = noise(1000000);
+        for (size_t i = 0; i < input.size(); ++i)
+            input[i] = input[i] / 3 + (i < 500000 ? 1E9 : 0);
+        RunningMean<double> mean(60, 100);
+        const Samples output = filtered(mean, input);
+        for (size_t at : {5999u, 6000u, 499999u, 503000u})
+            QVERIFY(std::abs(output[at] - meanOf(input, at, 6000)) < 1E-4);
+        // The large samples have left the window for more than its length, and nothing of them
+        // stays.
+        for (size_t at : {512000u, 700123u, 999999u})
+            QVERIFY(std::abs(output[at] - meanOf(input, at, 6000)) < 1E-9);
+    }
+
+    void chainRunsStagesInOrder()
+    {
+        ChainFilter<double> chain;
+        chain.add(new RunningMeanHighPass<double>(0.2));
+        chain.add(nullptr);
+        chain.add(new RunningMean<double>(0.3));
+        QCOMPARE(chain.count(), 2);
+        chain.setSamplingFrequency(10);
+
+        RunningMeanHighPass<double> first(0.2, 10);
+        RunningMean<double> second(0.3, 10);
+        const Samples input = noise(500);
+        const Samples expected = filtered(second, filtered(first, input));
+        QVERIFY(sameBits(filtered(chain, input), expected));
+    }
 };
-
-void FiltersTest::agreesWithReferences()
-{
-    compareWithReferences<float>();
-    compareWithReferences<double>();
-}
-
-void FiltersTest::coefficients()
-{
-    // scipy 1.10.1: butter(order, corners, band, fs=rate).
-    const struct
-    {
-        Band band;
-        int order;
-        double lower, upper, rate;
-        Samples numerator, denominator;
-    } rows[] = {{Band::Lowpass,
-                 2,
-                 0,
-                 10,
-                 100,
-                 {0.06745527388907, 0.1349105477781, 0.06745527388907},
-                 {1, -1.14298050254, 0.4128015980962}},
-                {Band::Highpass,
-                 3,
-                 0.5,
-                 0,
-                 40,
-                 {0.9244465617732, -2.773339685319, 2.773339685319, -0.9244465617732},
-                 {1, -2.842960524202, 2.698010527552, -0.8546014424303}},
-                {Band::Bandpass,
-                 2,
-                 0.7,
-                 2,
-                 100,
-                 {0.001576105306545, 0, -0.003152210613091, 0, 0.001576105306545},
-                 {1, -3.873866856676, 5.639272924317, -3.656284591126, 0.8909073620871}}};
-    for (const auto &row : rows) {
-        const auto sections =
-            butterworthSections(row.band, row.order, row.lower, row.upper, row.rate);
-        const Samples numerator = product(sections, [](const Biquad &q) {
-            return Samples{q.b0, q.b1, q.b2};
-        });
-        const Samples denominator = product(sections, [](const Biquad &q) {
-            return Samples{1, q.a1, q.a2};
-        });
-        for (size_t i = 0; i < row.numerator.size(); ++i) {
-            QVERIFY(std::abs(numerator[i] - row.numerator[i]) < 1E-9);
-            QVERIFY(std::abs(denominator[i] - row.denominator[i]) < 1E-9);
-        }
-    }
-}
-
-void FiltersTest::responses()
-{
-    const struct
-    {
-        double lower, upper, rate;
-    } corners[] = {{0.7, 2, 100}, {0.01, 0.0101, 1}, {5, 9.99, 20}, {0.01, 0.1, 100}};
-    for (const Band band : {Band::Lowpass, Band::Highpass, Band::Bandpass, Band::Bandstop}) {
-        for (const auto &corner : corners) {
-            for (int order : {1, 2, 7, 10})
-                compareResponse(band, order, corner.lower, corner.upper, corner.rate);
-        }
-    }
-}
-
-void FiltersTest::impulseHasTheResponse()
-{
-    ButterworthBandpass<double> filter(4, 2, 15, 100);
-    Samples impulse(8192, 0.0);
-    impulse[0] = 1;
-    const Samples output = filtered(filter, impulse);
-    for (double frequency : {1.0, 2.0, 6.0, 15.0, 30.0}) {
-        Complex sum = 0;
-        for (size_t i = 0; i < output.size(); ++i)
-            sum += output[i] * std::polar(1.0, -2 * Pi * frequency * static_cast<double>(i) / 100);
-        QVERIFY(std::abs(sum - filter.response(frequency)) < 1E-9);
-    }
-}
-
-void FiltersTest::cornersThatDoNotFit()
-{
-    const struct
-    {
-        Band band;
-        int order;
-        double lower, upper;
-    } rows[] = {{Band::Lowpass, 0, 0, 2},        {Band::Highpass, 4, 0, 0},
-                {Band::Lowpass, 4, 0, 50},       {Band::Bandpass, 4, 1, 51},
-                {Band::Bandpass, 4, 2, 2},       {Band::Bandpass, 4, NaN, 2},
-                {Band::Highpass, 4, Infinite, 0}};
-    for (const auto &row : rows) {
-        Butterworth<double> filter(row.band, row.order, row.lower, row.upper, 100);
-        QVERIFY(!filter.isValid());
-        QCOMPARE(filter.response(1.5), Complex(0));
-        const Samples output = filtered(filter, {1, 2, NaN, 3});
-        QCOMPARE((Samples{output[0], output[1], output[3]}), Samples(3, 0.0));
-        QVERIFY(std::isnan(output[2]));
-    }
-}
-
-void FiltersTest::blocksDoNotMatter()
-{
-    // Behind the signal it is silent for so long that the state fades away.
-    Samples input = noise(30000);
-    input.resize(90000, 0.0);
-    std::mt19937 generator(3);
-    int index = 0;
-    for (const auto &filter : allFilters()) {
-        const std::unique_ptr<InPlaceFilter<double>> twin(filter->clone());
-        const Samples whole = filtered(*filter, input);
-        Samples pieces = input;
-        for (size_t first = 0; first < pieces.size();) {
-            const size_t length = std::min<size_t>(generator() % 1500, pieces.size() - first);
-            twin->apply(static_cast<int>(length), pieces.data() + first);
-            twin->apply(-1, pieces.data() + first);
-            first += length;
-        }
-        QVERIFY2(sameBits(whole, pieces), QByteArray::number(index++));
-    }
-}
-
-void FiltersTest::cloneIsFresh()
-{
-    const Samples input = noise(3000);
-    for (const auto &filter : allFilters()) {
-        const Samples first = filtered(*filter, input);
-        const std::unique_ptr<InPlaceFilter<double>> copy(filter->clone());
-        QVERIFY(!sameBits(filtered(*filter, input), first));
-        QVERIFY(sameBits(filtered(*copy, input), first));
-        filter->setSamplingFrequency(100);
-        QVERIFY(sameBits(filtered(*filter, input), first));
-    }
-}
-
-void FiltersTest::passesOverWhatIsNotFinite()
-{
-    const Samples clean = noise(2000);
-    for (const auto &filter : allFilters()) {
-        const std::unique_ptr<InPlaceFilter<double>> twin(filter->clone());
-        Samples spoilt = clean;
-        spoilt.insert(spoilt.begin() + 1000, {NaN, Infinite, -Infinite});
-        spoilt.insert(spoilt.begin(), NaN);
-        spoilt = filtered(*filter, spoilt);
-        for (size_t at : {0, 1001, 1002, 1003})
-            QVERIFY(std::isnan(spoilt[at]));
-        spoilt.erase(spoilt.begin() + 1001, spoilt.begin() + 1004);
-        spoilt.erase(spoilt.begin());
-        QVERIFY(sameBits(spoilt, filtered(*twin, clean)));
-    }
-}
-
-void FiltersTest::recoversFromOverflow()
-{
-    Samples input = noise(20000);
-    std::fill(input.begin(), input.begin() + 40, std::numeric_limits<double>::max());
-    for (const auto &filter : allFilters()) {
-        // An integral keeps what it has summed up.
-        if (dynamic_cast<Integrate<double> *>(filter.get()))
-            continue;
-        const Samples output = filtered(*filter, input);
-        QVERIFY(std::all_of(output.end() - 1000, output.end(),
-                            [](double sample) { return std::isfinite(sample); }));
-    }
-}
-
-void FiltersTest::checksRatesAndParameters()
-{
-    const Samples input = noise(100);
-    for (const auto &filter : allFilters()) {
-        for (double rate : {0.0, -100.0, NaN, Infinite}) {
-            filter->setSamplingFrequency(rate);
-            QVERIFY(sameBits(filtered(*filter, input), input));
-        }
-    }
-
-    const auto set = [](InPlaceFilter<double> &filter, const Samples &values) {
-        return filter.setParameters(static_cast<int>(values.size()), values.data());
-    };
-    ButterworthBandpass<double> bandpass(2, 1, 5, 100);
-    QCOMPARE(set(bandpass, {2.5, 0.7, 2}), -1);
-    QCOMPARE(set(bandpass, {4, -0.7, 2}), -2);
-    QCOMPARE(set(bandpass, {4, 2, 0.7}), -3);
-    QCOMPARE(bandpass.upperCorner(), 5.0);
-    QCOMPARE(set(bandpass, {4, 0.7, 2}), 3);
-    QVERIFY(std::abs(std::abs(bandpass.response(0.7)) - std::sqrt(0.5)) < 1E-9);
-}
-
-void FiltersTest::runningMeanOfSamplesSeenSoFar()
-{
-    RunningMean<double> mean(0.3, 10);
-    QCOMPARE(filtered(mean, {3, 5, 1, 0, -7}), (Samples{3, 4, 3, 2, -2}));
-    RunningMeanHighPass<double> highpass(0.3, 10);
-    QCOMPARE(filtered(highpass, {3, 5, 1, 0, -7}), (Samples{0, 1, -2, -2, -5}));
-}
-
-void FiltersTest::runningMeanDoesNotDrift()
-{
-    Samples input = noise(1000000);
-    for (size_t i = 0; i < input.size(); ++i)
-        input[i] = input[i] / 3 + (i < 500000 ? 1E9 : 0);
-    RunningMean<double> mean(60, 100);
-    const Samples output = filtered(mean, input);
-    for (size_t at : {5999u, 6000u, 499999u, 503000u})
-        QVERIFY(std::abs(output[at] - meanOf(input, at, 6000)) < 1E-4);
-    // The large samples have left the window for more than its length, and nothing of them stays.
-    for (size_t at : {512000u, 700123u, 999999u})
-        QVERIFY(std::abs(output[at] - meanOf(input, at, 6000)) < 1E-9);
-}
-
-void FiltersTest::chainRunsStagesInOrder()
-{
-    ChainFilter<double> chain;
-    chain.add(new RunningMeanHighPass<double>(0.2));
-    chain.add(nullptr);
-    chain.add(new RunningMean<double>(0.3));
-    QCOMPARE(chain.count(), 2);
-    chain.setSamplingFrequency(10);
-
-    RunningMeanHighPass<double> first(0.2, 10);
-    RunningMean<double> second(0.3, 10);
-    const Samples input = noise(500);
-    const Samples expected = filtered(second, filtered(first, input));
-    QVERIFY(sameBits(filtered(chain, input), expected));
-}
 
 QTEST_APPLESS_MAIN(FiltersTest)
 #include "tst_filters.moc"

@@ -35,40 +35,36 @@ class InterfaceFactoryTest : public QObject
     Q_OBJECT
 
 private slots:
-    void createsByServiceName();
-    void firstFactoryOfANameWins();
-    void factoryLeavesThePoolWithItsLife();
-};
-
-void InterfaceFactoryTest::createsByServiceName()
-{
-    const Factory<Triangle> triangle("triangle");
-    const Factory<Square> square("square");
-    const std::unique_ptr<Shape> made(Pool::Create(std::string("square")));
-    QVERIFY(made);
-    QCOMPARE(made->corners(), 4);
-    QVERIFY(!Pool::Create("Square"));
-    QCOMPARE(*Pool::Services(), (Pool::ServiceNames{"triangle", "square"}));
-}
-
-void InterfaceFactoryTest::firstFactoryOfANameWins()
-{
-    const Factory<Triangle> first("shape");
-    const Factory<Square> second("shape");
-    QCOMPARE(static_cast<const Pool *>(Pool::Find("shape")), static_cast<const Pool *>(&first));
-    QCOMPARE(Pool::ServiceCount(), 2U);
-}
-
-void InterfaceFactoryTest::factoryLeavesThePoolWithItsLife()
-{
+    void createsByServiceName()
     {
         const Factory<Triangle> triangle("triangle");
-        QCOMPARE(Pool::ServiceCount(), 1U);
+        const Factory<Square> square("square");
+        const std::unique_ptr<Shape> made(Pool::Create(std::string("square")));
+        QVERIFY(made);
+        QCOMPARE(made->corners(), 4);
+        QVERIFY(!Pool::Create("Square"));
+        QCOMPARE(*Pool::Services(), (Pool::ServiceNames{"triangle", "square"}));
     }
-    QCOMPARE(Pool::ServiceCount(), 0U);
-    QVERIFY(!Pool::Find("triangle"));
-    QVERIFY(!Pool::Create("triangle"));
-}
+
+    void firstFactoryOfANameWins()
+    {
+        const Factory<Triangle> first("shape");
+        const Factory<Square> second("shape");
+        QCOMPARE(static_cast<const Pool *>(Pool::Find("shape")), static_cast<const Pool *>(&first));
+        QCOMPARE(Pool::ServiceCount(), 2U);
+    }
+
+    void factoryLeavesThePoolWithItsLife()
+    {
+        {
+            const Factory<Triangle> triangle("triangle");
+            QCOMPARE(Pool::ServiceCount(), 1U);
+        }
+        QCOMPARE(Pool::ServiceCount(), 0U);
+        QVERIFY(!Pool::Find("triangle"));
+        QVERIFY(!Pool::Create("triangle"));
+    }
+};
 
 QTEST_APPLESS_MAIN(InterfaceFactoryTest)
 #include "tst_interfacefactory.moc"

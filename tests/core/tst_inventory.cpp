@@ -28,51 +28,47 @@ class InventoryTest : public QObject
     Q_OBJECT
 
 private slots:
-    void makesIds();
-    void givesEveryChildOneParent();
-    void survivesLostParents();
-};
-
-void InventoryTest::makesIds()
-{
-    const struct
+    void makesIds()
     {
-        const char *location, *emptyCode;
-        bool keepEmptyCode;
-        const char *id;
-    } rows[] = {{"00", "--", false, "GE.APE.00.BHZ"},
-                {"", "", true, "GE.APE..BHZ"},
-                {"", "", false, "GE.APE.BHZ"},
-                {"", "--", false, "GE.APE.--.BHZ"}};
-    for (const auto &row : rows) {
-        auto *stream = new Stream("BHZ");
-        const NetworkPtr tree = network(row.location, stream);
-        QCOMPARE(id(stream, row.emptyCode, row.keepEmptyCode), std::string(row.id));
+        const struct
+        {
+            const char *location, *emptyCode;
+            bool keepEmptyCode;
+            const char *id;
+        } rows[] = {{"00", "--", false, "GE.APE.00.BHZ"},
+                    {"", "", true, "GE.APE..BHZ"},
+                    {"", "", false, "GE.APE.BHZ"},
+                    {"", "--", false, "GE.APE.--.BHZ"}};
+        for (const auto &row : rows) {
+            auto *stream = new Stream("BHZ");
+            const NetworkPtr tree = network(row.location, stream);
+            QCOMPARE(id(stream, row.emptyCode, row.keepEmptyCode), std::string(row.id));
+        }
     }
-}
 
-void InventoryTest::givesEveryChildOneParent()
-{
-    auto *stream = new Stream("BHZ");
-    const NetworkPtr tree = network("00", stream);
-    const SensorLocationPtr other(new SensorLocation("10"));
-    QVERIFY(!other->add(stream));
-    QVERIFY(!other->add(nullptr));
-    QCOMPARE(other->streamCount(), 0);
-    QCOMPARE(stream->sensorLocation()->code(), std::string("00"));
-}
+    void givesEveryChildOneParent()
+    {
+        auto *stream = new Stream("BHZ");
+        const NetworkPtr tree = network("00", stream);
+        const SensorLocationPtr other(new SensorLocation("10"));
+        QVERIFY(!other->add(stream));
+        QVERIFY(!other->add(nullptr));
+        QCOMPARE(other->streamCount(), 0);
+        QCOMPARE(stream->sensorLocation()->code(), std::string("00"));
+    }
 
-void InventoryTest::survivesLostParents()
-{
-    const StreamPtr stream(new Stream("BHZ"));
-    NetworkPtr tree = network("00", stream.get());
-    const StationPtr station(tree->findStation("APE"));
-    tree.reset();
-    QVERIFY(!station->network());
-    QCOMPARE(id(stream.get()), std::string(".APE.00.BHZ"));
-    QCOMPARE(waveformStreamID(nullptr), WaveformStreamID());
-    QCOMPARE(id(nullptr), std::string());
-}
+    void survivesLostParents()
+    {
+        const StreamPtr stream(new Stream("BHZ"));
+        NetworkPtr tree = network("00", stream.get());
+        const StationPtr station(tree->findStation("APE"));
+        tree.reset();
+        QVERIFY(!station->network());
+        QCOMPARE(id(stream.get()), std::string(".APE.00.BHZ"));
+        QCOMPARE(waveformStreamID(nullptr), WaveformStreamID());
+        QCOMPARE(id(nullptr), std::string());
+    }
+};
 
 QTEST_APPLESS_MAIN(InventoryTest)
 #include "tst_inventory.moc"

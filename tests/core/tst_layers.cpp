@@ -61,29 +61,29 @@ class LayersTest : public QObject
     Q_OBJECT
 
 private slots:
-    void includesPointOneWay();
-};
-
-void LayersTest::includesPointOneWay()
-{
-    const QDir root(QStringLiteral(NORVU_SOURCE_DIR));
-    QCOMPARE(
-        wrongIncludes(Layers[0], "libs/tellarix/core/a.h", "\n  # include \"../qt/b.h\"").size(),
-        1);
-    QCOMPARE(wrongIncludes(Layers[1], "libs/tellarix/client/a.h", "#include <QColor>").size(), 1);
-    QStringList wrong;
-    for (const Layer &layer : Layers) {
-        QDirIterator sources(root.filePath(layer.folder), {"*.h", "*.hpp", "*.cpp"}, QDir::Files,
-                             QDirIterator::Subdirectories);
-        QVERIFY2(sources.hasNext(), layer.folder);
-        while (sources.hasNext()) {
-            QFile file(sources.next());
-            QVERIFY2(file.open(QIODevice::ReadOnly), qPrintable(file.errorString()));
-            wrong += wrongIncludes(layer, root.relativeFilePath(file.fileName()), file.readAll());
+    void includesPointOneWay()
+    {
+        const QDir root(QStringLiteral(NORVU_SOURCE_DIR));
+        QCOMPARE(wrongIncludes(Layers[0], "libs/tellarix/core/a.h", "\n  # include \"../qt/b.h\"")
+                     .size(),
+                 1);
+        QCOMPARE(wrongIncludes(Layers[1], "libs/tellarix/client/a.h", "#include <QColor>").size(),
+                 1);
+        QStringList wrong;
+        for (const Layer &layer : Layers) {
+            QDirIterator sources(root.filePath(layer.folder), {"*.h", "*.hpp", "*.cpp"},
+                                 QDir::Files, QDirIterator::Subdirectories);
+            QVERIFY2(sources.hasNext(), layer.folder);
+            while (sources.hasNext()) {
+                QFile file(sources.next());
+                QVERIFY2(file.open(QIODevice::ReadOnly), qPrintable(file.errorString()));
+                wrong +=
+                    wrongIncludes(layer, root.relativeFilePath(file.fileName()), file.readAll());
+            }
         }
+        QVERIFY2(wrong.isEmpty(), qPrintable(wrong.join('\n')));
     }
-    QVERIFY2(wrong.isEmpty(), qPrintable(wrong.join('\n')));
-}
+};
 
 QTEST_APPLESS_MAIN(LayersTest)
 #include "tst_layers.moc"

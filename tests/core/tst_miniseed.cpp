@@ -132,390 +132,379 @@ class TestMiniSeed : public QObject
     Q_OBJECT
 
 private slots:
-    void keepsIntegers();
-    void keepsOtherTypes();
-    void keepsRatesAndTimes();
-    void refusesWhatTheFormatCannotHold();
-
-    void readsVersion2_data();
-    void readsVersion2();
-    void readsVersion3_data();
-    void readsVersion3();
-    void namesStreamsOfSourceIdentifiers();
-    void tellsDamagedHeaders();
-    void tellsDamagedPayloads_data();
-    void tellsDamagedPayloads();
-
-    void findsRecords_data();
-    void findsRecords();
-    void deliversEverythingAroundDamage();
-};
-
-void TestMiniSeed::keepsIntegers()
-{
-    constexpr int Max = std::numeric_limits<int>::max();
-    constexpr int Min = std::numeric_limits<int>::min();
-    const std::pair<std::vector<int>, int> rows[] = {
-        {{-5}, 512},
-        {noise(5000, 3, 1), 4096},
-        {{0, (1 << 29) - 1, 0, 1, 1 - (1 << 29), 7}, 512}, // widest step of compression
-        {{Max, Min, 0, Max}, 512},
-        {noise(300, 50, 3), 128}};
-    for (const auto &[samples, recordLength] : rows) {
-        const RecordPtr original = makeRecord(samples);
-        const QByteArray bytes = written(*original, recordLength);
-        const std::vector<RecordPtr> records = decodeAll(bytes);
-        QCOMPARE(bytes.size() % recordLength, 0);
-        QCOMPARE(samplesOf<int>(records), samples);
-        int before = 0;
-        for (const RecordPtr &record : records) {
-            QCOMPARE(record->streamID(), original->streamID());
-            QCOMPARE(record->startTime().iso(),
-                     (original->startTime() + Core::TimeSpan(before / 20.0)).iso());
-            QCOMPARE(record->timingQuality(), 87);
-            before += record->sampleCount();
+    void keepsIntegers()
+    {
+        constexpr int Max = std::numeric_limits<int>::max();
+        constexpr int Min = std::numeric_limits<int>::min();
+        const std::pair<std::vector<int>, int> rows[] = {
+            {{-5}, 512},
+            {noise(5000, 3, 1), 4096},
+            {{0, (1 << 29) - 1, 0, 1, 1 - (1 << 29), 7}, 512}, // widest step of compression
+            {{Max, Min, 0, Max}, 512},
+            {noise(300, 50, 3), 128}};
+        for (const auto &[samples, recordLength] : rows) {
+            const RecordPtr original = makeRecord(samples);
+            const QByteArray bytes = written(*original, recordLength);
+            const std::vector<RecordPtr> records = decodeAll(bytes);
+            QCOMPARE(bytes.size() % recordLength, 0);
+            QCOMPARE(samplesOf<int>(records), samples);
+            int before = 0;
+            for (const RecordPtr &record : records) {
+                QCOMPARE(record->streamID(), original->streamID());
+                QCOMPARE(record->startTime().iso(),
+                         (original->startTime() + Core::TimeSpan(before / 20.0)).iso());
+                QCOMPARE(record->timingQuality(), 87);
+                before += record->sampleCount();
+            }
         }
     }
-}
 
-void TestMiniSeed::keepsOtherTypes()
-{
-    const std::vector<float> floats{0.5f, -1e30f, 3.25f, 1e-30f};
-    std::vector<double> doubles(500);
-    for (size_t i = 0; i < doubles.size(); ++i)
-        doubles[i] = std::sin(double(i)) * 1e100;
-
-    QCOMPARE(samplesOf<float>(decodeAll(written(*makeRecord(floats)))), floats);
-    QCOMPARE(samplesOf<double>(decodeAll(written(*makeRecord(doubles)))), doubles);
-    const std::vector<char> text{'o', 'n', '\r', '\n'};
-    QCOMPARE(samplesOf<char>(decodeAll(written(*makeRecord(text, 0)))), text);
-}
-
-void TestMiniSeed::keepsRatesAndTimes()
-{
-    const struct
+    void keepsOtherTypes()
     {
-        double rate;
-        const char *start;
-    } rows[] = {{1.0 / 300, "2024-12-31T23:59:59.999999Z"},
-                {62.5, "1969-12-31T23:59:59.000001Z"},
-                {99.9, "2024-06-30T23:59:59.123449Z"}};
-    for (const auto &row : rows) {
-        const auto records = decodeAll(written(*makeRecord(noise(10, 9, 4), row.rate, row.start)));
+        const std::vector<float> floats{0.5f, -1e30f, 3.25f, 1e-30f};
+        std::vector<double> doubles(500);
+        for (size_t i = 0; i < doubles.size(); ++i)
+            doubles[i] = std::sin(double(i)) * 1e100;
+
+        QCOMPARE(samplesOf<float>(decodeAll(written(*makeRecord(floats)))), floats);
+        QCOMPARE(samplesOf<double>(decodeAll(written(*makeRecord(doubles)))), doubles);
+        const std::vector<char> text{'o', 'n', '\r', '\n'};
+        QCOMPARE(samplesOf<char>(decodeAll(written(*makeRecord(text, 0)))), text);
+    }
+
+    void keepsRatesAndTimes()
+    {
+        const struct
+        {
+            double rate;
+            const char *start;
+        } rows[] = {{1.0 / 300, "2024-12-31T23:59:59.999999Z"},
+                    {62.5, "1969-12-31T23:59:59.000001Z"},
+                    {99.9, "2024-06-30T23:59:59.123449Z"}};
+        for (const auto &row : rows) {
+            const auto records =
+                decodeAll(written(*makeRecord(noise(10, 9, 4), row.rate, row.start)));
+            QCOMPARE(records.size(), size_t(1));
+            QCOMPARE(records[0]->samplingFrequency(), row.rate);
+            QCOMPARE(records[0]->startTime().iso(), std::string(row.start));
+        }
+    }
+
+    void refusesWhatTheFormatCannotHold()
+    {
+        QByteArray bytes;
+        QBuffer buffer(&bytes);
+        buffer.open(QIODevice::WriteOnly);
+        MiniSeedWriter writer(&buffer);
+        const StreamCodesCPtr codes(new StreamCodes("XX", "STATION", "", "HHZ"));
+        QVERIFY(!writer.write(Record(codes, Core::Time(0.0), 20, new CharArray(2, "ab"))));
+        QCOMPARE(
+            writer.errorString(),
+            std::string("XX.STATION..HHZ: station code \"STATION\" is longer than 5 characters"));
+        QVERIFY(!MiniSeedWriter(&buffer, 1000).write(*makeRecord(noise(3, 1, 5))));
+        QVERIFY(bytes.isEmpty());
+
+        buffer.close();
+        buffer.open(QIODevice::ReadOnly);
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("QIODevice::write.*"));
+        QVERIFY(!writer.write(*makeRecord(noise(3, 1, 5))));
+    }
+
+    void readsVersion2_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QString>("start");
+        QTest::addColumn<double>("rate");
+        QTest::addColumn<QString>("id");
+
+        const auto row = [](const char *name, const Seed2 &record, double rate = 20,
+                            const char *start = "2024-02-29T12:00:30.000000Z",
+                            const char *id = "XX.ABC.00.HHZ") {
+            QTest::newRow(name) << record.bytes() << start << rate << id;
+        };
+        row("big endian", Seed2());
+        // Year and day make sense both ways round.
+        Seed2 ambiguous;
+        ambiguous.bigEndian = false;
+        ambiguous.year = 2056;
+        ambiguous.day = 256;
+        row("little endian, ambiguous date", ambiguous, 20, "2056-09-12T12:00:30.000000Z");
+        Seed2 microseconds;
+        microseconds.usecs = -37;
+        microseconds.fraction = 1;
+        row("microseconds below zero", microseconds, 20, "2024-02-29T12:00:30.000063Z");
+        Seed2 correction;
+        correction.correction = -15000;
+        row("clock correction to be applied", correction, 20, "2024-02-29T12:00:28.500000Z");
+        correction.activity = 2;
+        row("clock correction applied already", correction);
+        Seed2 codes;
+        codes.second = 60;
+        codes.codes = QByteArray("A\0\0\0\0  LHZ  ", 12);
+        row("leap second, null bytes in codes", codes, 20, "2024-02-29T12:01:00.000000Z",
+            ".A..LHZ");
+
+        Seed2 rate;
+        rate.factor = 1000;
+        rate.multiplier = -3;
+        row("factor / -multiplier", rate, 1000.0 / 3);
+        rate.factor = -10;
+        rate.multiplier = -6;
+        row("period over multiplier", rate, 1.0 / 60);
+        rate.factor = 0;
+        row("no rate", rate, 0);
+        Seed2 actual;
+        actual.usecs = 0;
+        actual.actualRate = 99.9f;
+        row("blockette 100", actual, 99.9);
+        actual.factor = -3;
+        actual.actualRate = 1.0f / 3;
+        row("blockette 100 of less precision", actual, 1.0 / 3);
+    }
+
+    void readsVersion2()
+    {
+        QFETCH(QByteArray, bytes);
+
+        const auto records = decodeAll(bytes);
+
         QCOMPARE(records.size(), size_t(1));
-        QCOMPARE(records[0]->samplingFrequency(), row.rate);
-        QCOMPARE(records[0]->startTime().iso(), std::string(row.start));
-    }
-}
-
-void TestMiniSeed::refusesWhatTheFormatCannotHold()
-{
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    MiniSeedWriter writer(&buffer);
-    const StreamCodesCPtr codes(new StreamCodes("XX", "STATION", "", "HHZ"));
-    QVERIFY(!writer.write(Record(codes, Core::Time(0.0), 20, new CharArray(2, "ab"))));
-    QCOMPARE(writer.errorString(),
-             std::string("XX.STATION..HHZ: station code \"STATION\" is longer than 5 characters"));
-    QVERIFY(!MiniSeedWriter(&buffer, 1000).write(*makeRecord(noise(3, 1, 5))));
-    QVERIFY(bytes.isEmpty());
-
-    buffer.close();
-    buffer.open(QIODevice::ReadOnly);
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression("QIODevice::write.*"));
-    QVERIFY(!writer.write(*makeRecord(noise(3, 1, 5))));
-}
-
-void TestMiniSeed::readsVersion2_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<QString>("start");
-    QTest::addColumn<double>("rate");
-    QTest::addColumn<QString>("id");
-
-    const auto row = [](const char *name, const Seed2 &record, double rate = 20,
-                        const char *start = "2024-02-29T12:00:30.000000Z",
-                        const char *id = "XX.ABC.00.HHZ") {
-        QTest::newRow(name) << record.bytes() << start << rate << id;
-    };
-    row("big endian", Seed2());
-    // Year and day make sense both ways round.
-    Seed2 ambiguous;
-    ambiguous.bigEndian = false;
-    ambiguous.year = 2056;
-    ambiguous.day = 256;
-    row("little endian, ambiguous date", ambiguous, 20, "2056-09-12T12:00:30.000000Z");
-    Seed2 microseconds;
-    microseconds.usecs = -37;
-    microseconds.fraction = 1;
-    row("microseconds below zero", microseconds, 20, "2024-02-29T12:00:30.000063Z");
-    Seed2 correction;
-    correction.correction = -15000;
-    row("clock correction to be applied", correction, 20, "2024-02-29T12:00:28.500000Z");
-    correction.activity = 2;
-    row("clock correction applied already", correction);
-    Seed2 codes;
-    codes.second = 60;
-    codes.codes = QByteArray("A\0\0\0\0  LHZ  ", 12);
-    row("leap second, null bytes in codes", codes, 20, "2024-02-29T12:01:00.000000Z", ".A..LHZ");
-
-    Seed2 rate;
-    rate.factor = 1000;
-    rate.multiplier = -3;
-    row("factor / -multiplier", rate, 1000.0 / 3);
-    rate.factor = -10;
-    rate.multiplier = -6;
-    row("period over multiplier", rate, 1.0 / 60);
-    rate.factor = 0;
-    row("no rate", rate, 0);
-    Seed2 actual;
-    actual.usecs = 0;
-    actual.actualRate = 99.9f;
-    row("blockette 100", actual, 99.9);
-    actual.factor = -3;
-    actual.actualRate = 1.0f / 3;
-    row("blockette 100 of less precision", actual, 1.0 / 3);
-}
-
-void TestMiniSeed::readsVersion2()
-{
-    QFETCH(QByteArray, bytes);
-
-    const auto records = decodeAll(bytes);
-
-    QCOMPARE(records.size(), size_t(1));
-    QTEST(QString::fromStdString(records[0]->startTime().iso()), "start");
-    QTEST(records[0]->samplingFrequency(), "rate");
-    QTEST(QString::fromStdString(records[0]->streamID()), "id");
-    QCOMPARE(samplesOf<int>(records), (std::vector<int>{1, 2, 3}));
-}
-
-void TestMiniSeed::readsVersion3_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<QString>("start");
-    QTest::addColumn<double>("rate");
-    QTest::addColumn<DataType>("type");
-
-    const QString start = "2024-02-29T12:00:30.000000Z";
-    Seed3 plain;
-    plain.extra = "{\"FDSN\":{}}";
-    plain.nanoseconds = 999999999;
-    QTest::newRow("nanoseconds rounded up to the next second")
-        << plain.bytes() << "2024-02-29T12:00:31.000000Z" << 20.0 << DataType::Int;
-    const struct
-    {
-        const char *name;
-        int encoding;
-        const char *payload;
-        DataType type;
-    } encodings[] = {
-        {"int16", 1, "010002000300", DataType::Int},
-        {"float32", 4, "0000803f0000004000004040", DataType::Float},
-        {"float64", 5, "000000000000f03f00000000000000400000000000000840", DataType::Double},
-        {"text", 0, "010203", DataType::Char},
-    };
-    for (const auto &entry : encodings) {
-        Seed3 record;
-        record.rate = -60;
-        record.encoding = entry.encoding;
-        record.payload = QByteArray::fromHex(entry.payload);
-        QTest::newRow(entry.name) << record.bytes() << start << 1.0 / 60 << entry.type;
+        QTEST(QString::fromStdString(records[0]->startTime().iso()), "start");
+        QTEST(records[0]->samplingFrequency(), "rate");
+        QTEST(QString::fromStdString(records[0]->streamID()), "id");
+        QCOMPARE(samplesOf<int>(records), (std::vector<int>{1, 2, 3}));
     }
 
-    // Steim is big endian here as well: one frame with the differences x, 1, 1 in 8 bits each
-    // plus a zero, and a record too short for libmseed.
-    Seed3 steim;
-    steim.encoding = 10;
-    steim.payload = QByteArray::fromHex("01000000000000010000000300010100").leftJustified(64, '\0');
-    steim.identifier = "X";
-    QTest::newRow("Steim1, shortest header") << steim.bytes() << start << 20.0 << DataType::Int;
-    steim.extra = QByteArray(65535, ' ');
-    QTest::newRow("Steim1, long extra headers") << steim.bytes() << start << 20.0 << DataType::Int;
-}
-
-void TestMiniSeed::readsVersion3()
-{
-    QFETCH(QByteArray, bytes);
-
-    std::string cause;
-    const auto records = decodeAll(bytes, &cause);
-
-    QCOMPARE(cause, std::string());
-    QCOMPARE(records.size(), size_t(1));
-    QTEST(QString::fromStdString(records[0]->startTime().iso()), "start");
-    QTEST(records[0]->samplingFrequency(), "rate");
-    QTEST(records[0]->dataType(), "type");
-    QCOMPARE(records[0]->sampleCount(), 3);
-    for (int i = 0; i < 3; ++i)
-        QCOMPARE(records[0]->data()->value(i), i + 1.0);
-}
-
-void TestMiniSeed::namesStreamsOfSourceIdentifiers()
-{
-    const struct
+    void readsVersion3_data()
     {
-        const char *identifier, *id;
-    } rows[] = {{"FDSN:XX_ABC_00_H_H_Z", "XX.ABC.00.HHZ"},
-                {"FDSN:XX2024_LONGNAME_10_H_RAW_Z", "XX2024.LONGNAME.10.H_RAW_Z"},
-                {"FDSN:XX_ABC__V__1", "XX.ABC..V1"},
-                {"FDSN:XX_ABC", ".FDSN:XX_ABC.."},
-                {"urn:lab.7", ".urn:lab_7.."}};
-    for (const auto &row : rows)
-        QCOMPARE(codesFromSourceIdentifier(row.identifier)->id(), std::string(row.id));
-}
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QString>("start");
+        QTest::addColumn<double>("rate");
+        QTest::addColumn<DataType>("type");
 
-void TestMiniSeed::tellsDamagedHeaders()
-{
-    Seed2 day;
-    day.day = 400;
-    Seed2 length;
-    length.lengthExponent = 200;
-    Seed2 data;
-    data.dataOffset = 256;
-    Seed2 chain;
-    chain.firstBlockette = 65000;
-    Seed2 rate;
-    rate.actualRate = std::numeric_limits<float>::quiet_NaN();
-    QByteArray wrongSum = Seed3().bytes();
-    wrongSum[wrongSum.size() - 1] = '\x55';
-    const std::pair<QByteArray, QString> rows[] = {
-        {day.bytes(), "start time is out of range: year 2024, day 400, 12:00:30"},
-        {length.bytes(), "blockette 1000 gives a record length that is out of range"},
-        {data.bytes(), "data begin at byte 256 of a record of 256 bytes"},
-        {chain.bytes(),
-         "blockette chain points to byte 65000 of the record, behind the beginning of the data"},
-        {rate.bytes(), "sampling frequency of nan Hz is out of range"},
-        {wrongSum, "check sum of the record is wrong"}};
-    const QByteArray sound = Seed2().bytes();
-    // What follows is found only if the damaged record does not swallow it.
-    for (const auto &[bytes, cause] : rows)
-        QCOMPARE(scan(sound + bytes + sound),
-                 QStringList({"R 0", "F 256 " + cause, QString("R %1").arg(256 + bytes.size())}));
-}
-
-void TestMiniSeed::tellsDamagedPayloads_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<int>("samples");
-    QTest::addColumn<QString>("cause");
-
-    Seed2 encoding;
-    encoding.encoding = 30;
-    QTest::newRow("encoding") << encoding.bytes() << 0 << "unsupported encoding 30";
-    Seed2 count;
-    count.sampleCount = 33;
-    QTest::newRow("one sample too many")
-        << count.bytes() << 0 << "33 samples don't fit into 128 bytes of data";
-    Seed3 huge;
-    huge.encoding = 11;
-    huge.sampleCount = 0xFFFFFFFF;
-    huge.payload = QByteArray(64, '\0');
-    QTest::newRow("4294967295 samples")
-        << huge.bytes() << 0 << "4294967295 samples don't fit into 64 bytes of data";
-
-    QByteArray steim = written(*makeRecord(noise(100, 50, 6)));
-    QByteArray last = steim;
-    last[64 + 11] = char(last[64 + 11] ^ 1);
-    QTest::newRow("last sample of Steim2") << last << 100 << "integrity check of the compressed";
-    // Steps of 3000 take half a word each: the first frame holds 26 of them.
-    std::vector<int> ramp(100);
-    for (int i = 0; i < 100; ++i)
-        ramp[size_t(i)] = 3000 * i;
-    QByteArray flags = written(*makeRecord(ramp));
-    flags.replace(128, 64, QByteArray::fromHex("aaaaaaaa").leftJustified(64, '\0'));
-    QTest::newRow("code of differences in the second frame")
-        << flags << 26 << "record holds 26 of 100 samples";
-}
-
-void TestMiniSeed::tellsDamagedPayloads()
-{
-    QFETCH(QByteArray, bytes);
-    QFETCH(QString, cause);
-
-    std::string told;
-    const auto records = decodeAll(bytes, &told);
-
-    QVERIFY2(QString::fromStdString(told).startsWith(cause), told.c_str());
-    QTEST(records.empty() ? 0 : records[0]->sampleCount(), "samples");
-}
-
-void TestMiniSeed::findsRecords_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<QStringList>("told");
-
-    const QByteArray two = Seed2().bytes();
-    const QByteArray three = Seed3().bytes();
-    Seed2 without;
-    without.has1000 = false;
-    const QByteArray unknownLength = without.bytes();
-    const QString end3 = QString("R %1").arg(256 + three.size());
-
-    QTest::newRow("both versions") << two + three + two << QStringList({"R 0", "R 256", end3});
-    QTest::newRow("no blockette 1000")
-        << unknownLength + unknownLength + two << QStringList({"R 0", "R 256", "R 512"});
-    QTest::newRow("garbage between")
-        << two + QByteArray(77, 'x') + three
-        << QStringList({"R 0", "F 256 77 bytes that are no record", "R 333"});
-    QTest::newRow("empty bytes") << two + QByteArray(1024, '\0') + two + QByteArray(64, ' ')
-                                 << QStringList({"R 0", "N 256 1024 empty bytes", "R 1280",
-                                                 "N 1536 64 empty bytes"});
-    QTest::newRow("cut off in the middle")
-        << two + two.left(200) + two + two
-        << QStringList(
-               {"R 0", "F 256 record of 256 bytes is cut off after 200 bytes", "R 456", "R 712"});
-    Seed2 swallowing;
-    swallowing.lengthExponent = 10;
-    QTest::newRow("length that swallows whole records")
-        << two + swallowing.bytes() + two + two + two + two
-        << QStringList({"R 0", "F 256 record of 1024 bytes is cut off after 256 bytes", "R 512",
-                        "R 768", "R 1024", "R 1280"});
-    QTest::newRow("control headers and noise")
-        << controlHeader('V', 4096) + controlHeader('A', 4096) + two +
-               QByteArray("000009").leftJustified(256, ' ') + two
-        << QStringList({"R 8192", "R 8704"});
-}
-
-void TestMiniSeed::findsRecords()
-{
-    QFETCH(QByteArray, bytes);
-    QFETCH(QStringList, told);
-
-    for (const int pieceSize : {1, 7, 100, 256, 1 << 20})
-        QCOMPARE(scan(bytes, pieceSize), told);
-}
-
-void TestMiniSeed::deliversEverythingAroundDamage()
-{
-    constexpr int Length = 512;
-    const QByteArray sound = written(*makeRecord(noise(20000, 1000, 7)), Length);
-    const int count = sound.size() / Length;
-    QVERIFY(count > 20);
-    const auto seed = std::random_device()();
-    std::mt19937 random(seed);
-
-    for (int run = 0; run < 300; ++run) {
-        QByteArray bytes = sound;
-        const int from = int(random() % unsigned(sound.size()));
-        const int length = std::min<int>(1 + int(random() % 1500), sound.size() - from);
-        for (int i = from; i < from + length; ++i)
-            bytes[i] = char(random());
-
-        const QStringList told = scan(bytes, 4000);
-        for (int record = 0; record < count; ++record) {
-            const int offset = record * Length;
-            const bool hit = offset + Length > from && offset < from + length;
-            if (!hit && !told.contains(QString("R %1").arg(offset)))
-                QFAIL(qPrintable(QString("seed %1, run %2: record at byte %3 is lost")
-                                     .arg(seed)
-                                     .arg(run)
-                                     .arg(offset)));
+        const QString start = "2024-02-29T12:00:30.000000Z";
+        Seed3 plain;
+        plain.extra = "{\"FDSN\":{}}";
+        plain.nanoseconds = 999999999;
+        QTest::newRow("nanoseconds rounded up to the next second")
+            << plain.bytes() << "2024-02-29T12:00:31.000000Z" << 20.0 << DataType::Int;
+        const struct
+        {
+            const char *name;
+            int encoding;
+            const char *payload;
+            DataType type;
+        } encodings[] = {
+            {"int16", 1, "010002000300", DataType::Int},
+            {"float32", 4, "0000803f0000004000004040", DataType::Float},
+            {"float64", 5, "000000000000f03f00000000000000400000000000000840", DataType::Double},
+            {"text", 0, "010203", DataType::Char},
+        };
+        for (const auto &entry : encodings) {
+            Seed3 record;
+            record.rate = -60;
+            record.encoding = entry.encoding;
+            record.payload = QByteArray::fromHex(entry.payload);
+            QTest::newRow(entry.name) << record.bytes() << start << 1.0 / 60 << entry.type;
         }
-        decodeAll(bytes);
+
+        // Steim is big endian here as well: one frame with the differences x, 1, 1 in 8 bits each
+        // plus a zero, and a record too short for libmseed.
+        Seed3 steim;
+        steim.encoding = 10;
+        steim.payload =
+            QByteArray::fromHex("01000000000000010000000300010100").leftJustified(64, '\0');
+        steim.identifier = "X";
+        QTest::newRow("Steim1, shortest header") << steim.bytes() << start << 20.0 << DataType::Int;
+        steim.extra = QByteArray(65535, ' ');
+        QTest::newRow("Steim1, long extra headers")
+            << steim.bytes() << start << 20.0 << DataType::Int;
     }
-}
+
+    void readsVersion3()
+    {
+        QFETCH(QByteArray, bytes);
+
+        std::string cause;
+        const auto records = decodeAll(bytes, &cause);
+
+        QCOMPARE(cause, std::string());
+        QCOMPARE(records.size(), size_t(1));
+        QTEST(QString::fromStdString(records[0]->startTime().iso()), "start");
+        QTEST(records[0]->samplingFrequency(), "rate");
+        QTEST(records[0]->dataType(), "type");
+        QCOMPARE(records[0]->sampleCount(), 3);
+        for (int i = 0; i < 3; ++i)
+            QCOMPARE(records[0]->data()->value(i), i + 1.0);
+    }
+
+    void namesStreamsOfSourceIdentifiers()
+    {
+        const struct
+        {
+            const char *identifier, *id;
+        } rows[] = {{"FDSN:XX_ABC_00_H_H_Z", "XX.ABC.00.HHZ"},
+                    {"FDSN:XX2024_LONGNAME_10_H_RAW_Z", "XX2024.LONGNAME.10.H_RAW_Z"},
+                    {"FDSN:XX_ABC__V__1", "XX.ABC..V1"},
+                    {"FDSN:XX_ABC", ".FDSN:XX_ABC.."},
+                    {"urn:lab.7", ".urn:lab_7.."}};
+        for (const auto &row : rows)
+            QCOMPARE(codesFromSourceIdentifier(row.identifier)->id(), std::string(row.id));
+    }
+
+    void tellsDamagedHeaders()
+    {
+        Seed2 day;
+        day.day = 400;
+        Seed2 length;
+        length.lengthExponent = 200;
+        Seed2 data;
+        data.dataOffset = 256;
+        Seed2 chain;
+        chain.firstBlockette = 65000;
+        Seed2 rate;
+        rate.actualRate = std::numeric_limits<float>::quiet_NaN();
+        QByteArray wrongSum = Seed3().bytes();
+        wrongSum[wrongSum.size() - 1] = '\x55';
+        const std::pair<QByteArray, QString> rows[] = {
+            {day.bytes(), "start time is out of range: year 2024, day 400, 12:00:30"},
+            {length.bytes(), "blockette 1000 gives a record length that is out of range"},
+            {data.bytes(), "data begin at byte 256 of a record of 256 bytes"},
+            {chain.bytes(), "blockette chain points to byte 65000 of the record, behind the "
+                            "beginning of the data"},
+            {rate.bytes(), "sampling frequency of nan Hz is out of range"},
+            {wrongSum, "check sum of the record is wrong"}};
+        const QByteArray sound = Seed2().bytes();
+        // What follows is found only if the damaged record does not swallow it.
+        for (const auto &[bytes, cause] : rows)
+            QCOMPARE(
+                scan(sound + bytes + sound),
+                QStringList({"R 0", "F 256 " + cause, QString("R %1").arg(256 + bytes.size())}));
+    }
+
+    void tellsDamagedPayloads_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<int>("samples");
+        QTest::addColumn<QString>("cause");
+
+        Seed2 encoding;
+        encoding.encoding = 30;
+        QTest::newRow("encoding") << encoding.bytes() << 0 << "unsupported encoding 30";
+        Seed2 count;
+        count.sampleCount = 33;
+        QTest::newRow("one sample too many")
+            << count.bytes() << 0 << "33 samples don't fit into 128 bytes of data";
+        Seed3 huge;
+        huge.encoding = 11;
+        huge.sampleCount = 0xFFFFFFFF;
+        huge.payload = QByteArray(64, '\0');
+        QTest::newRow("4294967295 samples")
+            << huge.bytes() << 0 << "4294967295 samples don't fit into 64 bytes of data";
+
+        QByteArray steim = written(*makeRecord(noise(100, 50, 6)));
+        QByteArray last = steim;
+        last[64 + 11] = char(last[64 + 11] ^ 1);
+        QTest::newRow("last sample of Steim2")
+            << last << 100 << "integrity check of the compressed";
+        // Steps of 3000 take half a word each: the first frame holds 26 of them.
+        std::vector<int> ramp(100);
+        for (int i = 0; i < 100; ++i)
+            ramp[size_t(i)] = 3000 * i;
+        QByteArray flags = written(*makeRecord(ramp));
+        flags.replace(128, 64, QByteArray::fromHex("aaaaaaaa").leftJustified(64, '\0'));
+        QTest::newRow("code of differences in the second frame")
+            << flags << 26 << "record holds 26 of 100 samples";
+    }
+
+    void tellsDamagedPayloads()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(QString, cause);
+
+        std::string told;
+        const auto records = decodeAll(bytes, &told);
+
+        QVERIFY2(QString::fromStdString(told).startsWith(cause), told.c_str());
+        QTEST(records.empty() ? 0 : records[0]->sampleCount(), "samples");
+    }
+
+    void findsRecords_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QStringList>("told");
+
+        const QByteArray two = Seed2().bytes();
+        const QByteArray three = Seed3().bytes();
+        Seed2 without;
+        without.has1000 = false;
+        const QByteArray unknownLength = without.bytes();
+        const QString end3 = QString("R %1").arg(256 + three.size());
+
+        QTest::newRow("both versions") << two + three + two << QStringList({"R 0", "R 256", end3});
+        QTest::newRow("no blockette 1000")
+            << unknownLength + unknownLength + two << QStringList({"R 0", "R 256", "R 512"});
+        QTest::newRow("garbage between")
+            << two + QByteArray(77, 'x') + three
+            << QStringList({"R 0", "F 256 77 bytes that are no record", "R 333"});
+        QTest::newRow("empty bytes")
+            << two + QByteArray(1024, '\0') + two + QByteArray(64, ' ')
+            << QStringList({"R 0", "N 256 1024 empty bytes", "R 1280", "N 1536 64 empty bytes"});
+        QTest::newRow("cut off in the middle")
+            << two + two.left(200) + two + two
+            << QStringList({"R 0", "F 256 record of 256 bytes is cut off after 200 bytes", "R 456",
+                            "R 712"});
+        Seed2 swallowing;
+        swallowing.lengthExponent = 10;
+        QTest::newRow("length that swallows whole records")
+            << two + swallowing.bytes() + two + two + two + two
+            << QStringList({"R 0", "F 256 record of 1024 bytes is cut off after 256 bytes", "R 512",
+                            "R 768", "R 1024", "R 1280"});
+        QTest::newRow("control headers and noise")
+            << controlHeader('V', 4096) + controlHeader('A', 4096) + two +
+                   QByteArray("000009").leftJustified(256, ' ') + two
+            << QStringList({"R 8192", "R 8704"});
+    }
+
+    void findsRecords()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(QStringList, told);
+
+        for (const int pieceSize : {1, 7, 100, 256, 1 << 20})
+            QCOMPARE(scan(bytes, pieceSize), told);
+    }
+
+    void deliversEverythingAroundDamage()
+    {
+        constexpr int Length = 512;
+        const QByteArray sound = written(*makeRecord(noise(20000, 1000, 7)), Length);
+        const int count = sound.size() / Length;
+        QVERIFY(count > 20);
+        const auto seed = std::random_device()();
+        std::mt19937 random(seed);
+
+        for (int run = 0; run < 300; ++run) {
+            QByteArray bytes = sound;
+            const int from = int(random() % unsigned(sound.size()));
+            const int length = std::min<int>(1 + int(random() % 1500), sound.size() - from);
+            for (int i = from; i < from + length; ++i)
+                bytes[i] = char(random());
+
+            const QStringList told = scan(bytes, 4000);
+            for (int record = 0; record < count; ++record) {
+                const int offset = record * Length;
+                const bool hit = offset + Length > from && offset < from + length;
+                if (!hit && !told.contains(QString("R %1").arg(offset)))
+                    QFAIL(qPrintable(QString("seed %1, run %2: record at byte %3 is lost")
+                                         .arg(seed)
+                                         .arg(run)
+                                         .arg(offset)));
+            }
+            decodeAll(bytes);
+        }
+    }
+};
 
 QTEST_GUILESS_MAIN(TestMiniSeed)
 

@@ -14,66 +14,61 @@ class TestParallel : public QObject
     Q_OBJECT
 
 private slots:
-    void callsEachNumberOnce_data();
-    void callsEachNumberOnce();
-    void usesOtherThreads();
-    void waitsForNoBusyThread();
-};
+    void callsEachNumberOnce_data()
+    {
+        QTest::addColumn<int>("count");
+        QTest::addColumn<int>("threads");
 
-void TestParallel::callsEachNumberOnce_data()
-{
-    QTest::addColumn<int>("count");
-    QTest::addColumn<int>("threads");
+        QTest::newRow("negative") << -3 << 0;
+        QTest::newRow("none") << 0 << 0;
+        QTest::newRow("one") << 1 << 0;
+        QTest::newRow("many") << 10000 << 0;
+        QTest::newRow("one thread") << 100 << 1;
+        QTest::newRow("more threads than numbers") << 3 << 100;
+    }
 
-    QTest::newRow("negative") << -3 << 0;
-    QTest::newRow("none") << 0 << 0;
-    QTest::newRow("one") << 1 << 0;
-    QTest::newRow("many") << 10000 << 0;
-    QTest::newRow("one thread") << 100 << 1;
-    QTest::newRow("more threads than numbers") << 3 << 100;
-}
+    void callsEachNumberOnce()
+    {
+        QFETCH(int, count);
+        QFETCH(int, threads);
 
-void TestParallel::callsEachNumberOnce()
-{
-    QFETCH(int, count);
-    QFETCH(int, threads);
+        std::vector<std::atomic<int>> calls(static_cast<size_t>(std::max(count, 0)));
+        parallelFor(
+            count, [&](int number) { ++calls[static_cast<size_t>(number)]; }, threads);
+        QVERIFY(std::all_of(calls.begin(), calls.end(), [](const auto &n) { return n == 1; }));
+    }
 
-    std::vector<std::atomic<int>> calls(static_cast<size_t>(std::max(count, 0)));
-    parallelFor(
-        count, [&](int number) { ++calls[static_cast<size_t>(number)]; }, threads);
-    QVERIFY(std::all_of(calls.begin(), calls.end(), [](const auto &n) { return n == 1; }));
-}
-
-void TestParallel::usesOtherThreads()
-{
-    if (QThreadPool::globalInstance()->maxThreadCount() < 2)
-        QSKIP("a single core");
-    // Each call waits for the other.
-    QSemaphore met;
-    parallelFor(2, [&](int) {
-        met.release();
-        QVERIFY(met.tryAcquire(2, 10000));
-        met.release(2);
-    });
-}
-
-void TestParallel::waitsForNoBusyThread()
-{
-    QThreadPool *pool = QThreadPool::globalInstance();
-    QSemaphore begun, end;
-    for (int i = 0; i < pool->maxThreadCount(); ++i) {
-        pool->start([&] {
-            begun.release();
-            end.acquire();
+    void usesOtherThreads()
+    {
+        if (QThreadPool::globalInstance()->maxThreadCount() < 2)
+            QSKIP("a single core");
+        // Each call waits for the other.
+        QSemaphore met;
+        parallelFor(2, [&](int) {
+            met.release();
+            QVERIFY(met.tryAcquire(2, 10000));
+            met.release(2);
         });
     }
-    begun.acquire(pool->maxThreadCount());
-    int sum = 0;
-    parallelFor(100, [&](int number) { sum += number; });
-    QCOMPARE(sum, 4950);
-    end.release(pool->maxThreadCount());
-    pool->waitForDone();
-}
+
+    void waitsForNoBusyThread()
+    {
+        QThreadPool *pool = QThreadPool::globalInstance();
+        QSemaphore begun, end;
+        for (int i = 0; i < pool->maxThreadCount(); ++i) {
+            pool->start([&] {
+                begun.release();
+                end.acquire();
+            });
+        }
+        begun.acquire(pool->maxThreadCount());
+        int sum = 0;
+        parallelFor(100, [&](int number) { sum += number; });
+        QCOMPARE(sum, 4950);
+        end.release(pool->maxThreadCount());
+        pool->waitForDone();
+    }
+};
 
 QTEST_GUILESS_MAIN(TestParallel)
 #include "tst_parallel.moc"

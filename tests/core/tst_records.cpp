@@ -154,124 +154,116 @@ class RecordsTest : public QObject
     Q_OBJECT
 
 private:
-    void comparePlain(int order, int capacity);
+    /** Feeds records in random, ascending or descending order: 0, 1 or 2. */
+    void comparePlain(int order, int capacity)
+    {
+        const unsigned seed = std::random_device()();
+        qInfo("seed %u", seed);
+        std::mt19937 random(seed);
+
+        std::vector<RecordCPtr> records;
+        for (int i = 0; i < 900; ++i)
+            records.push_back(randomRecord(random));
+        const auto earlier = [](const RecordCPtr &a, const RecordCPtr &b) {
+            return a->startTime() < b->startTime();
+        };
+        if (order)
+            std::sort(records.begin(), records.end(), earlier);
+        if (order == 2)
+            std::reverse(records.begin(), records.end());
+
+        RingBuffer sequence(capacity);
+        PlainSequence plain;
+        std::vector<RecordCPtr> &kept = plain.records();
+        for (size_t i = 0; i < records.size(); ++i) {
+            const bool full = capacity && static_cast<int>(kept.size()) == capacity;
+            const bool late = full && earlier(records[i], kept.front());
+            QCOMPARE(sequence.feed(records[i].get()), !late && plain.feed(records[i], 0.5));
+            if (capacity && static_cast<int>(kept.size()) > capacity)
+                kept.erase(kept.begin());
+            if (i % 100 == 17 || i + 1 == records.size()) {
+                compareRecords(sequence, plain);
+                compareWindows(sequence, plain, random);
+            }
+            if (QTest::currentTestFailed())
+                return;
+        }
+    }
 
 private slots:
-    void keepsWhatIsNew();
-    void equalsPlainSequence();
-    void timeWindowBufferKeepsWhatOverlaps();
-    void emptySequencesAnswer();
-    void keepsEventsAtTheSameTime();
-};
-
-void RecordsTest::keepsWhatIsNew()
-{
-    const struct
+    void keepsWhatIsNew()
     {
-        Feeds feeds;
-        double tolerance;
-        const char *told; // what is taken, gaps and overlaps
-    } rows[] = {
-        {{{0, 10, 1}, {10.4, 10, 1}, {0.3, 10, 1}}, 0.5, "++-; ; "},
-        {{{0, 10, 1}, {10.6, 10, 1}}, 0.5, "++; 10..10.6; "},
-        {{{0, 10, 1}, {11, 10, 1}, {5, 10, 1}}, 0.5, "+++; ; 5..10 11..15"},
-        {{{0, 2, 1}, {1, 50, 1}, {10, 2, 1}, {30, 5, 1}}, 0.5, "++--; ; 1..2"},
-        {{{0, 10, 1}, {0, 1000, 100}, {0.5, 1000, 100}}, 0.5, "+-+; ; 0.5..10"},
-        {{{0, 10, 1}, {0.1, 10, 1}, {10.2, 1, 1}}, 0, "+++; 10.1..10.2; 0.1..10"},
-        {{{0, 2, 1}, {2, 2, 1}, {9, 2, 1}}, 100, "+++; ; "},
-        {{{0, 5, 1}, {5, 5, 1}}, NaN, "++; ; "},
-        {{{0, 10, 1}, {12, 0, 1}, {12, 0, 1}, {20, 10, 1}}, 0.5, "++-+; 10..20; "},
-    };
-    for (const auto &row : rows) {
-        RingBuffer sequence(0, row.tolerance);
-        const QString taken = QString::fromStdString(takenBy(sequence, row.feeds));
-        QCOMPARE(taken + "; " + text(sequence.gaps()) + "; " + text(sequence.overlaps()),
-                 QString(row.told));
-    }
-}
-
-void RecordsTest::equalsPlainSequence()
-{
-    for (int order = 0; order < 3; ++order) {
-        comparePlain(order, 0);
-        comparePlain(order, 90);
-    }
-}
-
-/** Feeds records in random, ascending or descending order: 0, 1 or 2. */
-void RecordsTest::comparePlain(int order, int capacity)
-{
-    const unsigned seed = std::random_device()();
-    qInfo("seed %u", seed);
-    std::mt19937 random(seed);
-
-    std::vector<RecordCPtr> records;
-    for (int i = 0; i < 900; ++i)
-        records.push_back(randomRecord(random));
-    const auto earlier = [](const RecordCPtr &a, const RecordCPtr &b) {
-        return a->startTime() < b->startTime();
-    };
-    if (order)
-        std::sort(records.begin(), records.end(), earlier);
-    if (order == 2)
-        std::reverse(records.begin(), records.end());
-
-    RingBuffer sequence(capacity);
-    PlainSequence plain;
-    std::vector<RecordCPtr> &kept = plain.records();
-    for (size_t i = 0; i < records.size(); ++i) {
-        const bool full = capacity && static_cast<int>(kept.size()) == capacity;
-        const bool late = full && earlier(records[i], kept.front());
-        QCOMPARE(sequence.feed(records[i].get()), !late && plain.feed(records[i], 0.5));
-        if (capacity && static_cast<int>(kept.size()) > capacity)
-            kept.erase(kept.begin());
-        if (i % 100 == 17 || i + 1 == records.size()) {
-            compareRecords(sequence, plain);
-            compareWindows(sequence, plain, random);
+        const struct
+        {
+            Feeds feeds;
+            double tolerance;
+            const char *told; // what is taken, gaps and overlaps
+        } rows[] = {
+            {{{0, 10, 1}, {10.4, 10, 1}, {0.3, 10, 1}}, 0.5, "++-; ; "},
+            {{{0, 10, 1}, {10.6, 10, 1}}, 0.5, "++; 10..10.6; "},
+            {{{0, 10, 1}, {11, 10, 1}, {5, 10, 1}}, 0.5, "+++; ; 5..10 11..15"},
+            {{{0, 2, 1}, {1, 50, 1}, {10, 2, 1}, {30, 5, 1}}, 0.5, "++--; ; 1..2"},
+            {{{0, 10, 1}, {0, 1000, 100}, {0.5, 1000, 100}}, 0.5, "+-+; ; 0.5..10"},
+            {{{0, 10, 1}, {0.1, 10, 1}, {10.2, 1, 1}}, 0, "+++; 10.1..10.2; 0.1..10"},
+            {{{0, 2, 1}, {2, 2, 1}, {9, 2, 1}}, 100, "+++; ; "},
+            {{{0, 5, 1}, {5, 5, 1}}, NaN, "++; ; "},
+            {{{0, 10, 1}, {12, 0, 1}, {12, 0, 1}, {20, 10, 1}}, 0.5, "++-+; 10..20; "},
+        };
+        for (const auto &row : rows) {
+            RingBuffer sequence(0, row.tolerance);
+            const QString taken = QString::fromStdString(takenBy(sequence, row.feeds));
+            QCOMPARE(taken + "; " + text(sequence.gaps()) + "; " + text(sequence.overlaps()),
+                     QString(row.told));
         }
-        if (QTest::currentTestFailed())
-            return;
     }
-}
 
-void RecordsTest::timeWindowBufferKeepsWhatOverlaps()
-{
-    TimeWindowBuffer buffer(window(100, 200));
-    const Feeds feeds{{90, 10, 1}, {90, 11, 1},  {0, 300, 1},
-                      {150, 0, 1}, {200, 10, 1}, {199, 150, 1}};
-    QCOMPARE(takenBy(buffer, feeds), std::string("-+++-+"));
+    void equalsPlainSequence()
+    {
+        for (int order = 0; order < 3; ++order) {
+            comparePlain(order, 0);
+            comparePlain(order, 90);
+        }
+    }
 
-    buffer.setTimeWindowToStore(window(160, 250));
-    QCOMPARE(buffer.size(), 2);
-    QCOMPARE(buffer.timeWindow(), window(0, 349));
-    QCOMPARE(buffer.firstEndingAfter(at(299)), 0);
+    void timeWindowBufferKeepsWhatOverlaps()
+    {
+        TimeWindowBuffer buffer(window(100, 200));
+        const Feeds feeds{{90, 10, 1}, {90, 11, 1},  {0, 300, 1},
+                          {150, 0, 1}, {200, 10, 1}, {199, 150, 1}};
+        QCOMPARE(takenBy(buffer, feeds), std::string("-+++-+"));
 
-    TimeWindowBuffer all{Core::TimeWindow()};
-    QVERIFY(all.feed(ramp(-1E6, 5).get()));
-}
+        buffer.setTimeWindowToStore(window(160, 250));
+        QCOMPARE(buffer.size(), 2);
+        QCOMPARE(buffer.timeWindow(), window(0, 349));
+        QCOMPARE(buffer.firstEndingAfter(at(299)), 0);
 
-void RecordsTest::emptySequencesAnswer()
-{
-    RingBuffer buffer(0);
-    QVERIFY(!buffer.feed(nullptr));
-    QVERIFY(!buffer.feed(makeRecord(Core::Time(), 1, arrayOf(std::vector<int>{1})).get()));
-    QVERIFY(!buffer.timeWindow().valid());
-    QCOMPARE(buffer.amplitudeRange(), std::make_pair(0.0, 0.0));
-    QCOMPARE(buffer.firstEndingAfter(at(0)), 0);
-}
+        TimeWindowBuffer all{Core::TimeWindow()};
+        QVERIFY(all.feed(ramp(-1E6, 5).get()));
+    }
 
-void RecordsTest::keepsEventsAtTheSameTime()
-{
-    const auto message = [](const std::string &text) {
-        return makeRecord(at(0), 0, new CharArray(static_cast<int>(text.size()), text.data()));
-    };
-    RingBuffer buffer(0);
-    buffer.feed(ramp(-50, 100).get());
-    QVERIFY(buffer.feed(message("clock locked").get()));
-    QVERIFY(buffer.feed(message("clock drifts").get()));
-    QVERIFY(!buffer.feed(message("clock locked").get()));
-    QCOMPARE(buffer.amplitudeRange(), std::make_pair(0.0, 99.0));
-}
+    void emptySequencesAnswer()
+    {
+        RingBuffer buffer(0);
+        QVERIFY(!buffer.feed(nullptr));
+        QVERIFY(!buffer.feed(makeRecord(Core::Time(), 1, arrayOf(std::vector<int>{1})).get()));
+        QVERIFY(!buffer.timeWindow().valid());
+        QCOMPARE(buffer.amplitudeRange(), std::make_pair(0.0, 0.0));
+        QCOMPARE(buffer.firstEndingAfter(at(0)), 0);
+    }
+
+    void keepsEventsAtTheSameTime()
+    {
+        const auto message = [](const std::string &text) {
+            return makeRecord(at(0), 0, new CharArray(static_cast<int>(text.size()), text.data()));
+        };
+        RingBuffer buffer(0);
+        buffer.feed(ramp(-50, 100).get());
+        QVERIFY(buffer.feed(message("clock locked").get()));
+        QVERIFY(buffer.feed(message("clock drifts").get()));
+        QVERIFY(!buffer.feed(message("clock locked").get()));
+        QCOMPARE(buffer.amplitudeRange(), std::make_pair(0.0, 99.0));
+    }
+};
 
 QTEST_GUILESS_MAIN(RecordsTest)
 #include "tst_records.moc"

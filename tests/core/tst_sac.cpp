@@ -67,100 +67,95 @@ class TestSac : public QObject
     Q_OBJECT
 
 private slots:
-    void readsFiles();
-    void readsRoundRates();
-    void refusesFiles();
-    void refusesWhatTheFormatCannotHold();
-};
+    void readsFiles()
+    {
+        const QByteArray file = written(*makeRecord());
+        const char *const start = "2024-02-29T12:34:56.789012Z";
+        const struct
+        {
+            QByteArray bytes;
+            const char *start;
+            double rate;
+            int samples;
+            const char *cause;
+        } rows[] = {
+            {file, start, 20, 3, ""},
+            {swapped(file), start, 20, 3, ""},
+            {changed<float>(file, 20, -1234.567f), "2024-02-29T12:14:22.222000Z", 20, 3, ""},
+            {version7(file, 1.0 / 99.9, 0.000345), "2024-02-29T12:34:56.789345Z", 99.9, 3, ""},
+            {version7(file, 1, 1).left(file.size()), start, 20, 3,
+             "file is cut off: its double precision footer is missing"},
+            {file.left(FirstSample + 11), start, 20, 2, "file is cut off: it holds 2 of 3 samples"},
+            {changed<int32_t>(file, 70 * 4, -12345), "1970-01-01T00:00:00.000012Z", 20, 3,
+             "file has no reference time, 1970-01-01 is taken"},
+            {changed<int32_t>(changed<float>(file, 20, -12345.0f), 75 * 4, -12345),
+             "2024-02-29T12:34:56.000000Z", 20, 3, ""},
+        };
+        for (const auto &row : rows) {
+            std::string cause;
+            const RecordPtr record = decodeSac(view(row.bytes), cause);
+            QVERIFY2(record, cause.c_str());
+            QCOMPARE(cause, std::string(row.cause));
+            QCOMPARE(record->startTime().iso(), std::string(row.start));
+            QCOMPARE(record->samplingFrequency(), row.rate);
+            QCOMPARE(record->sampleCount(), row.samples);
+            for (int i = 0; i < row.samples; ++i)
+                QCOMPARE(record->data()->value(i), makeRecord()->data()->value(i));
+            QCOMPARE(record->streamID(), std::string("XX.ABC.00.BHZ"));
+        }
+    }
 
-void TestSac::readsFiles()
-{
-    const QByteArray file = written(*makeRecord());
-    const char *const start = "2024-02-29T12:34:56.789012Z";
-    const struct
+    void readsRoundRates()
+    {
+        const std::pair<float, double> rows[] = {{0.05f, 20}, {1.0f / 300, 300}, {0.3f, 1 / 0.3}};
+        for (const auto &[interval, rate] : rows) {
+            std::string cause;
+            const RecordPtr record =
+                decodeSac(view(changed(written(*makeRecord()), 0, interval)), cause);
+            QVERIFY2(record, cause.c_str());
+            // To the last bit.
+            QVERIFY2(record->samplingFrequency() == rate,
+                     qPrintable(QString::number(record->samplingFrequency(), 'g', 17)));
+        }
+    }
+
+    void refusesFiles()
+    {
+        const QByteArray file = written(*makeRecord());
+        const float nan = std::numeric_limits<float>::quiet_NaN();
+        const std::pair<QByteArray, const char *> rows[] = {
+            {changed<int32_t>(file, 76 * 4, 8), "no SAC header"},
+            {changed<int32_t>(file, 85 * 4, 2), "SAC file is no time series (type 2)"},
+            {changed<int32_t>(file, 105 * 4, 0), "SAC file is not evenly spaced"},
+            {changed<int32_t>(file, 79 * 4, std::numeric_limits<int>::min()),
+             "SAC file has no samples"},
+            {file.left(FirstSample), "file is cut off: it holds 0 of 3 samples"},
+            {changed<float>(file, 0, -12345.0f), "sampling interval is out of range"},
+            {changed<float>(file, 0, nan), "sampling interval is out of range"},
+            {changed<int32_t>(file, 71 * 4, 400),
+             "reference time is out of range: year 2024, day 400, 12:34:56.789"},
+        };
+        for (const auto &[bytes, expected] : rows) {
+            std::string cause;
+            QVERIFY(!decodeSac(view(bytes), cause));
+            QCOMPARE(cause, std::string(expected));
+        }
+    }
+
+    void refusesWhatTheFormatCannotHold()
     {
         QByteArray bytes;
-        const char *start;
-        double rate;
-        int samples;
-        const char *cause;
-    } rows[] = {
-        {file, start, 20, 3, ""},
-        {swapped(file), start, 20, 3, ""},
-        {changed<float>(file, 20, -1234.567f), "2024-02-29T12:14:22.222000Z", 20, 3, ""},
-        {version7(file, 1.0 / 99.9, 0.000345), "2024-02-29T12:34:56.789345Z", 99.9, 3, ""},
-        {version7(file, 1, 1).left(file.size()), start, 20, 3,
-         "file is cut off: its double precision footer is missing"},
-        {file.left(FirstSample + 11), start, 20, 2, "file is cut off: it holds 2 of 3 samples"},
-        {changed<int32_t>(file, 70 * 4, -12345), "1970-01-01T00:00:00.000012Z", 20, 3,
-         "file has no reference time, 1970-01-01 is taken"},
-        {changed<int32_t>(changed<float>(file, 20, -12345.0f), 75 * 4, -12345),
-         "2024-02-29T12:34:56.000000Z", 20, 3, ""},
-    };
-    for (const auto &row : rows) {
-        std::string cause;
-        const RecordPtr record = decodeSac(view(row.bytes), cause);
-        QVERIFY2(record, cause.c_str());
-        QCOMPARE(cause, std::string(row.cause));
-        QCOMPARE(record->startTime().iso(), std::string(row.start));
-        QCOMPARE(record->samplingFrequency(), row.rate);
-        QCOMPARE(record->sampleCount(), row.samples);
-        for (int i = 0; i < row.samples; ++i)
-            QCOMPARE(record->data()->value(i), makeRecord()->data()->value(i));
-        QCOMPARE(record->streamID(), std::string("XX.ABC.00.BHZ"));
+        QBuffer buffer(&bytes);
+        buffer.open(QIODevice::WriteOnly);
+        std::string error;
+
+        QVERIFY(!writeSac(buffer, *makeRecord(0), error));
+        QVERIFY(!writeSac(buffer, *makeRecord(20, "XX.STATION12..BHZ"), error));
+        QCOMPARE(error,
+                 std::string("XX.STATION12..BHZ: code \"STATION12\" is longer than 8 characters"));
+        QVERIFY(bytes.isEmpty());
     }
-}
-
-void TestSac::readsRoundRates()
-{
-    const std::pair<float, double> rows[] = {{0.05f, 20}, {1.0f / 300, 300}, {0.3f, 1 / 0.3}};
-    for (const auto &[interval, rate] : rows) {
-        std::string cause;
-        const RecordPtr record =
-            decodeSac(view(changed(written(*makeRecord()), 0, interval)), cause);
-        QVERIFY2(record, cause.c_str());
-        // To the last bit.
-        QVERIFY2(record->samplingFrequency() == rate,
-                 qPrintable(QString::number(record->samplingFrequency(), 'g', 17)));
-    }
-}
-
-void TestSac::refusesFiles()
-{
-    const QByteArray file = written(*makeRecord());
-    const float nan = std::numeric_limits<float>::quiet_NaN();
-    const std::pair<QByteArray, const char *> rows[] = {
-        {changed<int32_t>(file, 76 * 4, 8), "no SAC header"},
-        {changed<int32_t>(file, 85 * 4, 2), "SAC file is no time series (type 2)"},
-        {changed<int32_t>(file, 105 * 4, 0), "SAC file is not evenly spaced"},
-        {changed<int32_t>(file, 79 * 4, std::numeric_limits<int>::min()),
-         "SAC file has no samples"},
-        {file.left(FirstSample), "file is cut off: it holds 0 of 3 samples"},
-        {changed<float>(file, 0, -12345.0f), "sampling interval is out of range"},
-        {changed<float>(file, 0, nan), "sampling interval is out of range"},
-        {changed<int32_t>(file, 71 * 4, 400),
-         "reference time is out of range: year 2024, day 400, 12:34:56.789"},
-    };
-    for (const auto &[bytes, expected] : rows) {
-        std::string cause;
-        QVERIFY(!decodeSac(view(bytes), cause));
-        QCOMPARE(cause, std::string(expected));
-    }
-}
-
-void TestSac::refusesWhatTheFormatCannotHold()
-{
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    std::string error;
-
-    QVERIFY(!writeSac(buffer, *makeRecord(0), error));
-    QVERIFY(!writeSac(buffer, *makeRecord(20, "XX.STATION12..BHZ"), error));
-    QCOMPARE(error,
-             std::string("XX.STATION12..BHZ: code \"STATION12\" is longer than 8 characters"));
-    QVERIFY(bytes.isEmpty());
-}
+};
 
 QTEST_GUILESS_MAIN(TestSac)
 

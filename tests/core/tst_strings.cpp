@@ -34,115 +34,108 @@ class StringsTest : public QObject
     Q_OBJECT
 
 private slots:
-    void splits();
-    void readsNumbers();
-    void rejectsNumbers();
-    void readsTruthValues();
-    void comparesWithoutCase();
-    void matchesLikeSlowReference();
-    void expandsPaths();
-};
-
-void StringsTest::splits()
-{
-    using Tokens = std::vector<std::string>;
-    const struct
+    void splits()
     {
-        const char *text;
-        bool compressEmpty;
-        Tokens tokens;
-    } rows[] = {{"GE.APE..BHZ", false, {"GE", "APE", "", "BHZ"}},
-                {"GE.APE..BHZ", true, {"GE", "APE", "BHZ"}},
-                {".a,", false, {"", "a", ""}},
-                {"..,", true, {}},
-                {"", false, {""}},
-                {"", true, {}}};
-    for (const auto &row : rows)
-        QCOMPARE(split(row.text, ".,", row.compressEmpty), row.tokens);
-    QCOMPARE(trimmed(" \t a b\r\n"), std::string("a b"));
-    QCOMPARE(trimmed(" \n "), std::string());
-}
+        using Tokens = std::vector<std::string>;
+        const struct
+        {
+            const char *text;
+            bool compressEmpty;
+            Tokens tokens;
+        } rows[] = {{"GE.APE..BHZ", false, {"GE", "APE", "", "BHZ"}},
+                    {"GE.APE..BHZ", true, {"GE", "APE", "BHZ"}},
+                    {".a,", false, {"", "a", ""}},
+                    {"..,", true, {}},
+                    {"", false, {""}},
+                    {"", true, {}}};
+        for (const auto &row : rows)
+            QCOMPARE(split(row.text, ".,", row.compressEmpty), row.tokens);
+        QCOMPARE(trimmed(" \t a b\r\n"), std::string("a b"));
+        QCOMPARE(trimmed(" \n "), std::string());
+    }
 
-void StringsTest::readsNumbers()
-{
-    QVERIFY(reads(" -12 ", -12));
-    QVERIFY(reads("+7", 7));
-    QVERIFY(reads("2147483647", 2147483647));
-    QVERIFY(reads("1e-3", 0.001));
-    QVERIFY(reads("\t+2.E2\n", 200.0));
-}
+    void readsNumbers()
+    {
+        QVERIFY(reads(" -12 ", -12));
+        QVERIFY(reads("+7", 7));
+        QVERIFY(reads("2147483647", 2147483647));
+        QVERIFY(reads("1e-3", 0.001));
+        QVERIFY(reads("\t+2.E2\n", 200.0));
+    }
 
-void StringsTest::rejectsNumbers()
-{
-    for (const char *text : {"", "+", "+-1", "- 1", "1 2", "12a", "0x10", "1,5", "nan", "1e999"}) {
+    void rejectsNumbers()
+    {
+        for (const char *text :
+             {"", "+", "+-1", "- 1", "1 2", "12a", "0x10", "1,5", "nan", "1e999"}) {
+            int whole = 42;
+            double real = 42;
+            QVERIFY2(!fromString(whole, text) && whole == 42, text);
+            QVERIFY2(!fromString(real, text), text);
+        }
         int whole = 42;
-        double real = 42;
-        QVERIFY2(!fromString(whole, text) && whole == 42, text);
-        QVERIFY2(!fromString(real, text), text);
+        long long large = 42;
+        QVERIFY(!fromString(large, "99999999999999999999"));
+        QVERIFY(!fromString(whole, "2147483648"));
+        QVERIFY(!fromString(whole, "1.0"));
     }
-    int whole = 42;
-    long long large = 42;
-    QVERIFY(!fromString(large, "99999999999999999999"));
-    QVERIFY(!fromString(whole, "2147483648"));
-    QVERIFY(!fromString(whole, "1.0"));
-}
 
-void StringsTest::readsTruthValues()
-{
-    for (const char *yes : {"true", "Yes", "ON", " 1 "})
-        QVERIFY2(reads(yes, true), yes);
-    bool value = true;
-    for (const char *no : {"False", "no", "off", "0"}) {
-        value = true;
-        QVERIFY2(fromString(value, no) && !value, no);
+    void readsTruthValues()
+    {
+        for (const char *yes : {"true", "Yes", "ON", " 1 "})
+            QVERIFY2(reads(yes, true), yes);
+        bool value = true;
+        for (const char *no : {"False", "no", "off", "0"}) {
+            value = true;
+            QVERIFY2(fromString(value, no) && !value, no);
+        }
+        for (const char *neither : {"", "2", "yess", "tru"})
+            QVERIFY2(!fromString(value, neither), neither);
     }
-    for (const char *neither : {"", "2", "yess", "tru"})
-        QVERIFY2(!fromString(value, neither), neither);
-}
 
-void StringsTest::comparesWithoutCase()
-{
-    QCOMPARE(compareNoCase("bhz", "BHZ"), 0);
-    QVERIFY(compareNoCase("BH", "bhz") < 0);
-    QVERIFY(compareNoCase("[", "a") < 0);
-}
-
-void StringsTest::matchesLikeSlowReference()
-{
-    const unsigned seed = std::random_device{}();
-    qInfo("seed %u", seed);
-    std::mt19937 generator(seed);
-    const auto word = [&](const std::string &letters, unsigned longest) {
-        std::string result;
-        for (auto length = generator() % (longest + 1); length > 0; --length)
-            result += letters[generator() % letters.size()];
-        return result;
-    };
-    int matches = 0;
-    for (int i = 0; i < 20000; ++i) {
-        const std::string pattern = word("ab*?", 6);
-        const std::string text = word("ab", 8);
-        const bool expected = slowMatch(pattern.c_str(), text.c_str());
-        matches += expected;
-        QVERIFY2(wildcardMatch(pattern, text) == expected, (pattern + " on " + text).c_str());
+    void comparesWithoutCase()
+    {
+        QCOMPARE(compareNoCase("bhz", "BHZ"), 0);
+        QVERIFY(compareNoCase("BH", "bhz") < 0);
+        QVERIFY(compareNoCase("[", "a") < 0);
     }
-    QVERIFY(matches > 100);
-    QVERIFY(!wildcardMatch("bhz", "BHZ"));
-}
 
-void StringsTest::expandsPaths()
-{
-    qputenv("TELLARIX_SHARE_DIR", "/opt/tellarix/share/");
-    Environment *environment = Environment::Instance();
-    environment->refresh();
-    QCOMPARE(environment->shareDir(), "/opt/tellarix/share");
-    QCOMPARE(environment->absolutePath("@SHAREDIR@/doc/@SHAREDIR@"),
-             std::string("/opt/tellarix/share/doc//opt/tellarix/share"));
-    QCOMPARE(environment->absolutePath("~/a~/b"), QDir::homePath().toStdString() + "/a~/b");
-    QCOMPARE(environment->absolutePath("/~/b"), std::string("/~/b"));
-    qunsetenv("TELLARIX_SHARE_DIR");
-    environment->refresh();
-}
+    void matchesLikeSlowReference()
+    {
+        const unsigned seed = std::random_device{}();
+        qInfo("seed %u", seed);
+        std::mt19937 generator(seed);
+        const auto word = [&](const std::string &letters, unsigned longest) {
+            std::string result;
+            for (auto length = generator() % (longest + 1); length > 0; --length)
+                result += letters[generator() % letters.size()];
+            return result;
+        };
+        int matches = 0;
+        for (int i = 0; i < 20000; ++i) {
+            const std::string pattern = word("ab*?", 6);
+            const std::string text = word("ab", 8);
+            const bool expected = slowMatch(pattern.c_str(), text.c_str());
+            matches += expected;
+            QVERIFY2(wildcardMatch(pattern, text) == expected, (pattern + " on " + text).c_str());
+        }
+        QVERIFY(matches > 100);
+        QVERIFY(!wildcardMatch("bhz", "BHZ"));
+    }
+
+    void expandsPaths()
+    {
+        qputenv("TELLARIX_SHARE_DIR", "/opt/tellarix/share/");
+        Environment *environment = Environment::Instance();
+        environment->refresh();
+        QCOMPARE(environment->shareDir(), "/opt/tellarix/share");
+        QCOMPARE(environment->absolutePath("@SHAREDIR@/doc/@SHAREDIR@"),
+                 std::string("/opt/tellarix/share/doc//opt/tellarix/share"));
+        QCOMPARE(environment->absolutePath("~/a~/b"), QDir::homePath().toStdString() + "/a~/b");
+        QCOMPARE(environment->absolutePath("/~/b"), std::string("/~/b"));
+        qunsetenv("TELLARIX_SHARE_DIR");
+        environment->refresh();
+    }
+};
 
 QTEST_APPLESS_MAIN(StringsTest)
 #include "tst_strings.moc"

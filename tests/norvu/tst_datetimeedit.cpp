@@ -78,162 +78,156 @@ class DateTimeEditTest : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase();
-    void tiesEditAndCalendarTogether();
-    void dropsDownCalendar();
-    void staysOpenWhileTimeIsPicked();
-    void picksPartsOfTime();
-    void keepsEditOnDayThatDoesNotExist();
-};
-
-void DateTimeEditTest::initTestCase()
-{
-    // A zone whose summer time skips the hour from 02:00 to 03:00 of 28 March 2021.
-    qputenv("TZ", "Europe/Berlin");
-    tzset();
-}
-
-void DateTimeEditTest::tiesEditAndCalendarTogether()
-{
-    DateTimeEdit edit;
-    // A local time is not converted, nor moved out of the hour that summer time skips.
-    edit.setDateTime(QDateTime(QDate(2021, 7, 1), QTime(10, 5, 9)));
-    QCOMPARE(edit.text(), QStringLiteral("2021-07-01 10:05:09 UTC"));
-    edit.setDateTime(utc(2021, 3, 28, 2, 30));
-    QCOMPARE(edit.text(), QStringLiteral("2021-03-28 02:30:00 UTC"));
-    edit.setDateTime(utc(2021, 7, 31, 23, 59, 58));
-    auto *calendar = edit.findChild<CalendarWidget *>();
-    QCOMPARE(calendar->dateTime(), edit.dateTime());
-    QSignalSpy edited(&edit, SIGNAL(dateTimeChanged(QDateTime)));
-    QSignalSpy picked(calendar, SIGNAL(dateTimeChanged(QDateTime)));
-    QVERIFY(edited.isValid() && picked.isValid());
-
-    edit.show();
-    QVERIFY(QTest::qWaitForWindowActive(&edit));
-    edit.setSelectedSection(QDateTimeEdit::YearSection);
-    QTest::keyClicks(&edit, QStringLiteral("2022"));
-    QCOMPARE(calendar->dateTime(), utc(2022, 7, 31, 23, 59, 58));
-    QCOMPARE(calendar->findChild<QCalendarWidget *>()->selectedDate(), QDate(2022, 7, 31));
-    QCOMPARE(picked.size(), 0);
-
-    edited.clear();
-    calendar->setHour(4);
-    QCOMPARE(edit.text(), QStringLiteral("2022-07-31 04:59:58 UTC"));
-    QCOMPARE(edited.size(), 1);
-    QCOMPARE(picked.size(), 1);
-}
-
-void DateTimeEditTest::dropsDownCalendar()
-{
-    DateTimeEdit edit;
-    edit.setDateTime(utc(2021, 7, 14, 10));
-    edit.show();
-    QVERIFY(QTest::qWaitForWindowActive(&edit));
-    auto *button = edit.findChild<QToolButton *>(QStringLiteral("cal"));
-    auto *menu = edit.findChild<CustomWidgetMenu *>();
-    auto *calendar = edit.findChild<CalendarWidget *>();
-    QCOMPARE(button->menu(), static_cast<QMenu *>(menu));
-
-    bool wasOpen = false;
-    clickForMenu(button, [&] {
-        wasOpen = menu->isVisible() && menu->rect().contains(calendar->geometry());
-        // The day is chosen with the keys of the month's table, which the drop-down must leave it.
-        auto *days = calendar->findChild<QWidget *>(QStringLiteral("qt_calendar_calendarview"));
-        days->setFocus();
-        QTest::keyClick(menu->windowHandle(), Qt::Key_Right);
-        QTest::keyClick(menu->windowHandle(), Qt::Key_Return);
-    });
-    QVERIFY(wasOpen);
-    QCOMPARE(edit.dateTime(), utc(2021, 7, 15, 10));
-}
-
-void DateTimeEditTest::staysOpenWhileTimeIsPicked()
-{
-    DateTimeEdit edit;
-    edit.setDateTime(utc(2021, 7, 14, 10, 20, 30));
-    edit.show();
-    auto *menu = edit.findChild<CustomWidgetMenu *>();
-    auto *calendar = edit.findChild<CalendarWidget *>();
-    menu->popup(QPoint(10, 10));
-    QVERIFY(QTest::qWaitForWindowExposed(menu));
-
-    Menu *minutes = numberMenu(*calendar, 1);
-    bool wasOpen = false;
-    bool wasClosed = false;
-    clickForMenu(timeButtons(*calendar).at(1), [&] {
-        wasOpen = minutes->isVisible() && menu->isVisible();
-        clickInWindow(minutes->buttonGroup()->button(47));
-        wasClosed = !minutes->isVisible();
-    });
-    QVERIFY(wasOpen && wasClosed);
-    QVERIFY(menu->isVisible());
-    QCOMPARE(edit.dateTime(), utc(2021, 7, 14, 10, 47, 30));
-
-    // A click beside all buttons is a miss and no reason to close.
-    clickInWindow(calendar->findChild<QLabel *>());
-    QVERIFY(menu->isVisible());
-    QTest::mouseClick(menu->windowHandle(), Qt::LeftButton, Qt::NoModifier, QPoint(-5, -5));
-    QVERIFY(!menu->isVisible());
-}
-
-void DateTimeEditTest::picksPartsOfTime()
-{
-    const struct
+    void initTestCase()
     {
-        int count, columns, number;
-        const char *shown;
-    } parts[] = {{24, 4, 7, "07:20:30"}, {60, 10, 0, "07:00:30"}, {60, 10, 59, "07:00:59"}};
-    CalendarWidget calendar(utc(2021, 7, 14, 10, 20, 30).addMSecs(250));
-    QSignalSpy changed(&calendar, SIGNAL(dateTimeChanged(QDateTime)));
-    for (int i = 0; i < 3; ++i) {
-        Menu *menu = numberMenu(calendar, i);
-        menu->resize(menu->sizeHint());
-        menu->layout()->activate();
-        const QButtonGroup &numbers = *menu->buttonGroup();
-        QCOMPARE(numbers.buttons().size(), parts[i].count);
-        QCOMPARE(numbers.button(7)->text(), QStringLiteral("07"));
-        const QSize size = numbers.button(0)->size();
-        QCOMPARE(numbers.button(parts[i].count - 1)->geometry().bottomRight() + QPoint(1, 1),
-                 QPoint(parts[i].columns * size.width(), 6 * size.height()));
-
-        numbers.button(parts[i].number)->click();
-        QCOMPARE(shownTime(calendar), QString(parts[i].shown));
-        QCOMPARE(changed.size(), i + 1);
-        QCOMPARE(changed.last().first().toDateTime(), calendar.dateTime());
+        // A zone whose summer time skips the hour from 02:00 to 03:00 of 28 March 2021.
+        qputenv("TZ", "Europe/Berlin");
+        tzset();
     }
-    calendar.setHour(24);
-    calendar.setSec(-1);
-    QCOMPARE(calendar.dateTime(), utc(2021, 7, 14, 7, 0, 59));
-}
 
-void DateTimeEditTest::keepsEditOnDayThatDoesNotExist()
-{
-    DateTimeEdit edit;
-    const QDateTime last = utc(2021, 1, 31, 10, 20, 30);
-    edit.setDateTime(last);
-    auto *calendar = edit.findChild<CalendarWidget *>();
-    QSignalSpy changed(calendar, SIGNAL(dateTimeChanged(QDateTime)));
-    // Into another month, which turns the page of the month's table.
-    calendar->setDateTime(utc(2023, 2, 3, 4, 5, 6));
-    QCOMPARE(calendar->findChild<QCalendarWidget *>()->monthShown(), 2);
-    calendar->setDateTime(last);
-    QCOMPARE(changed.size(), 0);
+    void tiesEditAndCalendarTogether()
+    {
+        DateTimeEdit edit;
+        // A local time is not converted, nor moved out of the hour that summer time skips.
+        edit.setDateTime(QDateTime(QDate(2021, 7, 1), QTime(10, 5, 9)));
+        QCOMPARE(edit.text(), QStringLiteral("2021-07-01 10:05:09 UTC"));
+        edit.setDateTime(utc(2021, 3, 28, 2, 30));
+        QCOMPARE(edit.text(), QStringLiteral("2021-03-28 02:30:00 UTC"));
+        edit.setDateTime(utc(2021, 7, 31, 23, 59, 58));
+        auto *calendar = edit.findChild<CalendarWidget *>();
+        QCOMPARE(calendar->dateTime(), edit.dateTime());
+        QSignalSpy edited(&edit, SIGNAL(dateTimeChanged(QDateTime)));
+        QSignalSpy picked(calendar, SIGNAL(dateTimeChanged(QDateTime)));
+        QVERIFY(edited.isValid() && picked.isValid());
 
-    calendar->findChild<QCalendarWidget *>()->showNextMonth();
-    QCOMPARE(changed.size(), 1);
-    QVERIFY(!calendar->dateTime().isValid());
-    QCOMPARE(edit.dateTime(), last);
-    calendar->setDate(QDate(2021, 2, 14));
-    QCOMPARE(edit.dateTime(), utc(2021, 2, 14, 10, 20, 30));
+        edit.show();
+        QVERIFY(QTest::qWaitForWindowActive(&edit));
+        edit.setSelectedSection(QDateTimeEdit::YearSection);
+        QTest::keyClicks(&edit, QStringLiteral("2022"));
+        QCOMPARE(calendar->dateTime(), utc(2022, 7, 31, 23, 59, 58));
+        QCOMPARE(calendar->findChild<QCalendarWidget *>()->selectedDate(), QDate(2022, 7, 31));
+        QCOMPARE(picked.size(), 0);
 
-    // The present time is for the calendar alone.
-    for (auto *button : calendar->findChildren<QToolButton *>()) {
-        if (button->toolTip() == QStringLiteral("set current time"))
-            button->click();
+        edited.clear();
+        calendar->setHour(4);
+        QCOMPARE(edit.text(), QStringLiteral("2022-07-31 04:59:58 UTC"));
+        QCOMPARE(edited.size(), 1);
+        QCOMPARE(picked.size(), 1);
     }
-    QVERIFY(qAbs(calendar->dateTime().secsTo(QDateTime::currentDateTimeUtc())) < 60);
-    QCOMPARE(edit.dateTime(), utc(2021, 2, 14, 10, 20, 30));
-}
+
+    void dropsDownCalendar()
+    {
+        DateTimeEdit edit;
+        edit.setDateTime(utc(2021, 7, 14, 10));
+        edit.show();
+        QVERIFY(QTest::qWaitForWindowActive(&edit));
+        auto *button = edit.findChild<QToolButton *>(QStringLiteral("cal"));
+        auto *menu = edit.findChild<CustomWidgetMenu *>();
+        auto *calendar = edit.findChild<CalendarWidget *>();
+        QCOMPARE(button->menu(), static_cast<QMenu *>(menu));
+
+        bool wasOpen = false;
+        clickForMenu(button, [&] {
+            wasOpen = menu->isVisible() && menu->rect().contains(calendar->geometry());
+            // The day is chosen with the keys of the month's table, which the drop-down must leave
+            // it.
+            auto *days = calendar->findChild<QWidget *>(QStringLiteral("qt_calendar_calendarview"));
+            days->setFocus();
+            QTest::keyClick(menu->windowHandle(), Qt::Key_Right);
+            QTest::keyClick(menu->windowHandle(), Qt::Key_Return);
+        });
+        QVERIFY(wasOpen);
+        QCOMPARE(edit.dateTime(), utc(2021, 7, 15, 10));
+    }
+
+    void staysOpenWhileTimeIsPicked()
+    {
+        DateTimeEdit edit;
+        edit.setDateTime(utc(2021, 7, 14, 10, 20, 30));
+        edit.show();
+        auto *menu = edit.findChild<CustomWidgetMenu *>();
+        auto *calendar = edit.findChild<CalendarWidget *>();
+        menu->popup(QPoint(10, 10));
+        QVERIFY(QTest::qWaitForWindowExposed(menu));
+
+        Menu *minutes = numberMenu(*calendar, 1);
+        bool wasOpen = false;
+        bool wasClosed = false;
+        clickForMenu(timeButtons(*calendar).at(1), [&] {
+            wasOpen = minutes->isVisible() && menu->isVisible();
+            clickInWindow(minutes->buttonGroup()->button(47));
+            wasClosed = !minutes->isVisible();
+        });
+        QVERIFY(wasOpen && wasClosed);
+        QVERIFY(menu->isVisible());
+        QCOMPARE(edit.dateTime(), utc(2021, 7, 14, 10, 47, 30));
+
+        // A click beside all buttons is a miss and no reason to close.
+        clickInWindow(calendar->findChild<QLabel *>());
+        QVERIFY(menu->isVisible());
+        QTest::mouseClick(menu->windowHandle(), Qt::LeftButton, Qt::NoModifier, QPoint(-5, -5));
+        QVERIFY(!menu->isVisible());
+    }
+
+    void picksPartsOfTime()
+    {
+        const struct
+        {
+            int count, columns, number;
+            const char *shown;
+        } parts[] = {{24, 4, 7, "07:20:30"}, {60, 10, 0, "07:00:30"}, {60, 10, 59, "07:00:59"}};
+        CalendarWidget calendar(utc(2021, 7, 14, 10, 20, 30).addMSecs(250));
+        QSignalSpy changed(&calendar, SIGNAL(dateTimeChanged(QDateTime)));
+        for (int i = 0; i < 3; ++i) {
+            Menu *menu = numberMenu(calendar, i);
+            menu->resize(menu->sizeHint());
+            menu->layout()->activate();
+            const QButtonGroup &numbers = *menu->buttonGroup();
+            QCOMPARE(numbers.buttons().size(), parts[i].count);
+            QCOMPARE(numbers.button(7)->text(), QStringLiteral("07"));
+            const QSize size = numbers.button(0)->size();
+            QCOMPARE(numbers.button(parts[i].count - 1)->geometry().bottomRight() + QPoint(1, 1),
+                     QPoint(parts[i].columns * size.width(), 6 * size.height()));
+
+            numbers.button(parts[i].number)->click();
+            QCOMPARE(shownTime(calendar), QString(parts[i].shown));
+            QCOMPARE(changed.size(), i + 1);
+            QCOMPARE(changed.last().first().toDateTime(), calendar.dateTime());
+        }
+        calendar.setHour(24);
+        calendar.setSec(-1);
+        QCOMPARE(calendar.dateTime(), utc(2021, 7, 14, 7, 0, 59));
+    }
+
+    void keepsEditOnDayThatDoesNotExist()
+    {
+        DateTimeEdit edit;
+        const QDateTime last = utc(2021, 1, 31, 10, 20, 30);
+        edit.setDateTime(last);
+        auto *calendar = edit.findChild<CalendarWidget *>();
+        QSignalSpy changed(calendar, SIGNAL(dateTimeChanged(QDateTime)));
+        // Into another month, which turns the page of the month's table.
+        calendar->setDateTime(utc(2023, 2, 3, 4, 5, 6));
+        QCOMPARE(calendar->findChild<QCalendarWidget *>()->monthShown(), 2);
+        calendar->setDateTime(last);
+        QCOMPARE(changed.size(), 0);
+
+        calendar->findChild<QCalendarWidget *>()->showNextMonth();
+        QCOMPARE(changed.size(), 1);
+        QVERIFY(!calendar->dateTime().isValid());
+        QCOMPARE(edit.dateTime(), last);
+        calendar->setDate(QDate(2021, 2, 14));
+        QCOMPARE(edit.dateTime(), utc(2021, 2, 14, 10, 20, 30));
+
+        // The present time is for the calendar alone.
+        for (auto *button : calendar->findChildren<QToolButton *>()) {
+            if (button->toolTip() == QStringLiteral("set current time"))
+                button->click();
+        }
+        QVERIFY(qAbs(calendar->dateTime().secsTo(QDateTime::currentDateTimeUtc())) < 60);
+        QCOMPARE(edit.dateTime(), utc(2021, 2, 14, 10, 20, 30));
+    }
+};
 
 QTEST_MAIN(DateTimeEditTest)
 #include "tst_datetimeedit.moc"

@@ -48,115 +48,108 @@ class FontAwesome5Test : public QObject
     Q_OBJECT
 
 private slots:
-    void init();
-    void findsFaces();
-    void hasGlyphsOfLibrary();
-    void takesColorByMode();
-    void showsStateOfCheckedButton();
-    void sizesGlyphByBox();
-};
-
-void FontAwesome5Test::init()
-{
-    QPalette colors;
-    colors.setColor(QPalette::Active, QPalette::Text, QColor(200, 0, 0));
-    colors.setColor(QPalette::Inactive, QPalette::Text, QColor(0, 200, 0));
-    colors.setColor(QPalette::Disabled, QPalette::Text, QColor(0, 0, 200));
-    colors.setColor(QPalette::HighlightedText, QColor(200, 200, 0));
-    QApplication::setPalette(colors);
-}
-
-void FontAwesome5Test::findsFaces()
-{
-    const QVector<QPair<QFont, QString>> faces{
-        {Icons::font(), "Font Awesome 5 Pro Regular"},
-        {Icons::fontSolid(), "Font Awesome 5 Pro Solid"},
-        {Icons::fontLight(), "Font Awesome 5 Pro Light"},
-        {Icons::fontBrands(), "Font Awesome 5 Brands Regular"}};
-    // A font database hands out the application's font for a face that it doesn't have.
-    for (const auto &[font, name] : faces) {
-        const QFontInfo info(font);
-        QCOMPARE(info.family() + ' ' + info.styleName(), name);
-        QVERIFY(QFontDatabase().styles(info.family()).contains(info.styleName()));
+    void init()
+    {
+        QPalette colors;
+        colors.setColor(QPalette::Active, QPalette::Text, QColor(200, 0, 0));
+        colors.setColor(QPalette::Inactive, QPalette::Text, QColor(0, 200, 0));
+        colors.setColor(QPalette::Disabled, QPalette::Text, QColor(0, 0, 200));
+        colors.setColor(QPalette::HighlightedText, QColor(200, 200, 0));
+        QApplication::setPalette(colors);
     }
-}
 
-void FontAwesome5Test::takesColorByMode()
-{
-    const QIcon icon = Icons::iconSolid(Icons::chSquare);
-    const QIcon fixed = Icons::iconSolid(Icons::chSquare, Qt::magenta);
-    const auto shows = [](const QIcon &drawn, QIcon::Mode mode, const QColor &color) {
-        return holds(flat(drawn.pixmap(QSize(64, 64), mode)), color);
-    };
-    QVERIFY(shows(icon, QIcon::Normal, QColor(200, 0, 0)));
-    QVERIFY(shows(icon, QIcon::Selected, QColor(200, 0, 0)));
-    QVERIFY(shows(icon, QIcon::Disabled, QColor(0, 0, 200)));
-    QVERIFY(shows(fixed, QIcon::Disabled, Qt::magenta));
-
-    // The icon follows a palette that is set later.
-    QPalette gray;
-    gray.setColor(QPalette::Text, Qt::darkGray);
-    QApplication::setPalette(gray);
-    QVERIFY(shows(icon, QIcon::Normal, Qt::darkGray));
-}
-
-void FontAwesome5Test::hasGlyphsOfLibrary()
-{
-    using namespace Icons;
-    const QVector<QChar> regular{chCalendarAlt, chCheckSquare, chCircle, chDotCircle,
-                                 chSquare,      chSyncAlt,     chTimes,  chTrashAlt};
-    const QVector<QChar> solid{chAlignCenter,    chClock, chCog,   chCrosshairs, chEye,
-                               chFilter,         chList,  chPause, chPlay,       chShower,
-                               chSortAmountDown, chSync,  chTimes, chTrash};
-    for (const auto &[face, glyphs] :
-         {qMakePair(Icons::font(), regular), qMakePair(Icons::fontSolid(), solid)}) {
-        for (const QChar ch : glyphs) {
-            QVERIFY(QRawFont::fromFont(face).supportsCharacter(ch));
-            const QImage image = glyph(face, 64, QSize(100, 100), ch);
-            const int height = Ink::rectOtherThan(image, image.rect(), Qt::white).height();
-            // Smaller than its em and larger than a third of it: not a box of another font.
-            QVERIFY2(
-                height > 64 / 3 && height <= 80,
-                qPrintable(QStringLiteral("U+%1: %2 rows").arg(ch.unicode(), 4, 16).arg(height)));
+    void findsFaces()
+    {
+        const QVector<QPair<QFont, QString>> faces{
+            {Icons::font(), "Font Awesome 5 Pro Regular"},
+            {Icons::fontSolid(), "Font Awesome 5 Pro Solid"},
+            {Icons::fontLight(), "Font Awesome 5 Pro Light"},
+            {Icons::fontBrands(), "Font Awesome 5 Brands Regular"}};
+        // A font database hands out the application's font for a face that it doesn't have.
+        for (const auto &[font, name] : faces) {
+            const QFontInfo info(font);
+            QCOMPARE(info.family() + ' ' + info.styleName(), name);
+            QVERIFY(QFontDatabase().styles(info.family()).contains(info.styleName()));
         }
     }
-}
 
-void FontAwesome5Test::showsStateOfCheckedButton()
-{
-    QToolButton button;
-    button.setAutoRaise(true);
-    button.setCheckable(true);
-    button.setIconSize(QSize(48, 48));
-    button.resize(60, 60);
-    button.setIcon(
-        Icons::iconSolid(Icons::chSquare, Icons::chCircle, QColor(Qt::magenta), QColor(Qt::cyan)));
-    const QImage off = Ink::picture(button);
-    QVERIFY(holds(off, Qt::cyan) && !holds(off, Qt::magenta));
+    void hasGlyphsOfLibrary()
+    {
+        using namespace Icons;
+        const QVector<QChar> regular{chCalendarAlt, chCheckSquare, chCircle, chDotCircle,
+                                     chSquare,      chSyncAlt,     chTimes,  chTrashAlt};
+        const QVector<QChar> solid{chAlignCenter,    chClock, chCog,   chCrosshairs, chEye,
+                                   chFilter,         chList,  chPause, chPlay,       chShower,
+                                   chSortAmountDown, chSync,  chTimes, chTrash};
+        for (const auto &[face, glyphs] :
+             {qMakePair(Icons::font(), regular), qMakePair(Icons::fontSolid(), solid)}) {
+            for (const QChar ch : glyphs) {
+                QVERIFY(QRawFont::fromFont(face).supportsCharacter(ch));
+                const QImage image = glyph(face, 64, QSize(100, 100), ch);
+                const int height = Ink::rectOtherThan(image, image.rect(), Qt::white).height();
+                // Smaller than its em and larger than a third of it: not a box of another font.
+                QVERIFY2(height > 64 / 3 && height <= 80,
+                         qPrintable(
+                             QStringLiteral("U+%1: %2 rows").arg(ch.unicode(), 4, 16).arg(height)));
+            }
+        }
+    }
 
-    button.click();
-    const QImage on = Ink::picture(button);
-    QVERIFY(holds(on, Qt::magenta) && !holds(on, Qt::cyan));
+    void takesColorByMode()
+    {
+        const QIcon icon = Icons::iconSolid(Icons::chSquare);
+        const QIcon fixed = Icons::iconSolid(Icons::chSquare, Qt::magenta);
+        const auto shows = [](const QIcon &drawn, QIcon::Mode mode, const QColor &color) {
+            return holds(flat(drawn.pixmap(QSize(64, 64), mode)), color);
+        };
+        QVERIFY(shows(icon, QIcon::Normal, QColor(200, 0, 0)));
+        QVERIFY(shows(icon, QIcon::Selected, QColor(200, 0, 0)));
+        QVERIFY(shows(icon, QIcon::Disabled, QColor(0, 0, 200)));
+        QVERIFY(shows(fixed, QIcon::Disabled, Qt::magenta));
 
-    // Glyphs differ as well: alone in one colour, the square is not the circle.
-    const QIcon icon = Icons::iconSolid(Icons::chSquare, Icons::chCircle, Qt::black, Qt::black);
-    const QSize size(64, 64);
-    QCOMPARE(flat(icon.pixmap(size, QIcon::Normal, QIcon::On)),
-             glyph(Icons::fontSolid(), 51, size, Icons::chSquare));
-    QCOMPARE(flat(icon.pixmap(size, QIcon::Normal, QIcon::Off)),
-             glyph(Icons::fontSolid(), 51, size, Icons::chCircle));
-}
+        // The icon follows a palette that is set later.
+        QPalette gray;
+        gray.setColor(QPalette::Text, Qt::darkGray);
+        QApplication::setPalette(gray);
+        QVERIFY(shows(icon, QIcon::Normal, Qt::darkGray));
+    }
 
-void FontAwesome5Test::sizesGlyphByBox()
-{
-    // Narrower than five to four, glyphs fit into four fifths of the width.
-    const QVector<QPair<QSize, int>> sizes{
-        {QSize(16, 16), 12}, {QSize(40, 100), 32}, {QSize(249, 200), 199}, {QSize(20, 16), 16}};
-    const QIcon icon = Icons::icon(Icons::chCalendarAlt, Qt::black);
-    for (const auto &[box, pixelSize] : sizes)
-        QCOMPARE(flat(icon.pixmap(box)),
-                 glyph(Icons::font(), pixelSize, box, Icons::chCalendarAlt));
-}
+    void showsStateOfCheckedButton()
+    {
+        QToolButton button;
+        button.setAutoRaise(true);
+        button.setCheckable(true);
+        button.setIconSize(QSize(48, 48));
+        button.resize(60, 60);
+        button.setIcon(Icons::iconSolid(Icons::chSquare, Icons::chCircle, QColor(Qt::magenta),
+                                        QColor(Qt::cyan)));
+        const QImage off = Ink::picture(button);
+        QVERIFY(holds(off, Qt::cyan) && !holds(off, Qt::magenta));
+
+        button.click();
+        const QImage on = Ink::picture(button);
+        QVERIFY(holds(on, Qt::magenta) && !holds(on, Qt::cyan));
+
+        // Glyphs differ as well: alone in one colour, the square is not the circle.
+        const QIcon icon = Icons::iconSolid(Icons::chSquare, Icons::chCircle, Qt::black, Qt::black);
+        const QSize size(64, 64);
+        QCOMPARE(flat(icon.pixmap(size, QIcon::Normal, QIcon::On)),
+                 glyph(Icons::fontSolid(), 51, size, Icons::chSquare));
+        QCOMPARE(flat(icon.pixmap(size, QIcon::Normal, QIcon::Off)),
+                 glyph(Icons::fontSolid(), 51, size, Icons::chCircle));
+    }
+
+    void sizesGlyphByBox()
+    {
+        // Narrower than five to four, glyphs fit into four fifths of the width.
+        const QVector<QPair<QSize, int>> sizes{
+            {QSize(16, 16), 12}, {QSize(40, 100), 32}, {QSize(249, 200), 199}, {QSize(20, 16), 16}};
+        const QIcon icon = Icons::icon(Icons::chCalendarAlt, Qt::black);
+        for (const auto &[box, pixelSize] : sizes)
+            QCOMPARE(flat(icon.pixmap(box)),
+                     glyph(Icons::font(), pixelSize, box, Icons::chCalendarAlt));
+    }
+};
 
 QTEST_MAIN(FontAwesome5Test)
 #include "tst_fontawesome5.moc"

@@ -134,281 +134,268 @@ class TestGradientEditor : public QObject
     Q_OBJECT
 
 private slots:
-    void fieldsFollowSelection();
-    void keyFieldMovesStop_data();
-    void keyFieldMovesStop();
-    void refusesWhatIsNoNumber();
-    void doubleClickAsksForColor_data();
-    void doubleClickAsksForColor();
-    void editsTag();
-    void tellsRemovalOfSelectedStopOnly();
-    void newGradientIgnoresPendingInput();
-    void tableLeavesWhatWasNotEdited();
-    void tableAppliesEdits();
-    void selectionFollowsItsStop_data();
-    void selectionFollowsItsStop();
-    void tableWarnsOfLostStops();
-    void disabledEditorShowsTableReadOnly();
-};
-
-void TestGradientEditor::fieldsFollowSelection()
-{
-    Bench bench;
-    QVERIFY(!bench.key->isEnabled());
-    bench.click(Third);
-    QVERIFY(bench.key->isEnabled());
-    QCOMPARE(bench.key->text(), QStringLiteral("0.333333"));
-    QCOMPARE(bench.shownColor(), QColor(Qt::green));
-
-    bench.editor.setGradient(stops());
-    QVERIFY(!bench.key->isEnabled());
-    QCOMPARE(bench.key->text(), QString());
-    QCOMPARE(bench.shownColor(), bench.editor.palette().color(QPalette::Button));
-    QCOMPARE(bench.changes.size(), 0);
-}
-
-void TestGradientEditor::keyFieldMovesStop_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QList<double>>("keys");
-
-    QTest::newRow("unchanged") << "0" << QList<double>({0, Third, 1});
-    QTest::newRow("exponent") << "-1e1" << QList<double>({-10, Third, 1});
-    QTest::newRow("on another stop") << "1" << QList<double>({Third, 1});
-}
-
-void TestGradientEditor::keyFieldMovesStop()
-{
-    QFETCH(QString, text);
-    QFETCH(QList<double>, keys);
-
-    Bench bench;
-    bench.click(0);
-    bench.enterKey(text);
-    QCOMPARE(bench.editor.gradient().keys(), keys);
-    QCOMPARE(bench.changes.size(), 1);
-
-    // The moved stop is still the selected one.
-    bench.enterKey(QStringLiteral("7"));
-    QCOMPARE(bench.editor.gradient().value(7), qMakePair(QColor(Qt::red), QStringLiteral("low")));
-    QCOMPARE(bench.editor.gradient().size(), keys.size());
-}
-
-void TestGradientEditor::refusesWhatIsNoNumber()
-{
-    Bench bench;
-    bench.click(Third);
-    for (const char *text : {"high", "nan"}) {
-        bench.key->setText(QString::fromLatin1(text));
-        QString message;
-        Answer<QMessageBox> answer([&](QMessageBox &box) {
-            message = box.windowTitle() + ": " + box.text();
-            box.accept();
-        });
-        // The field doesn't let such a text through; a style sheet or an input method might.
-        bench.editor.valueUpdated();
-        QCOMPARE(message, QStringLiteral("Error: Invalid number"));
-        QCOMPARE(bench.key->text(), QStringLiteral("0.333333"));
-    }
-    QCOMPARE(bench.editor.gradient(), stops());
-    QCOMPARE(bench.changes.size(), 0);
-}
-
-void TestGradientEditor::doubleClickAsksForColor_data()
-{
-    QTest::addColumn<double>("key");
-    QTest::addColumn<bool>("accepted");
-    QTest::addColumn<int>("size");
-    QTest::newRow("new stop") << 2.0 / 3 << true << 4;
-    QTest::newRow("new stop, cancelled") << 2.0 / 3 << false << 3;
-    QTest::newRow("stop") << 1.0 << true << 3;
-}
-
-void TestGradientEditor::doubleClickAsksForColor()
-{
-    QFETCH(double, key);
-    QFETCH(bool, accepted);
-    QFETCH(int, size);
-
-    Bench bench;
-    const QColor color(10, 20, 30, 40);
-    const QPoint pos = bench.handleOf(key);
-    if (key < 1)
-        key = bench.bar->mapPosToKey(pos.x());
-    else
-        bench.click(key);
-    QColor offered;
-    Answer<QColorDialog> answer([&](QColorDialog &dialog) {
-        offered = dialog.currentColor();
-        dialog.setCurrentColor(color);
-        accepted ? dialog.accept() : dialog.reject();
-    });
-    QTest::mouseDClick(bench.bar, Qt::LeftButton, Qt::NoModifier, pos);
-    QCOMPARE(offered, stops().colorAt(key));
-    QCOMPARE(bench.editor.gradient().size(), size);
-    QCOMPARE(bench.changes.size(), accepted ? 1 : 0);
-    if (accepted) {
-        QCOMPARE(bench.editor.gradient().value(key), qMakePair(color, stops().value(key).second));
-        QCOMPARE(bench.shownColor(), color);
-    }
-}
-
-void TestGradientEditor::editsTag()
-{
-    Bench bench;
-    bench.click(1);
-    Answer<QDialog> answer([](QDialog &dialog) {
-        auto *edit = dialog.findChild<QLineEdit *>();
-        QCOMPARE(edit->text(), QStringLiteral("high"));
-        edit->setText(QStringLiteral("loud"));
-        QTest::keyClick(edit, Qt::Key_Return);
-    });
-    QTest::mouseClick(bench.child<QToolButton>("btnTag"), Qt::LeftButton);
-    QCOMPARE(bench.editor.gradient().value(1), qMakePair(QColor(Qt::blue), QStringLiteral("loud")));
-    QCOMPARE(bench.changes.size(), 1);
-}
-
-void TestGradientEditor::tellsRemovalOfSelectedStopOnly()
-{
-    Bench bench;
-    bench.click(Third);
-    bench.click(1, Qt::ControlModifier);
-    QCOMPARE(bench.editor.gradient().keys(), QList<double>({0, Third}));
-    QCOMPARE(bench.changes.size(), 0);
-    QVERIFY(bench.key->isEnabled());
-
-    bench.click(Third, Qt::ControlModifier);
-    QCOMPARE(bench.editor.gradient().keys(), QList<double>({0}));
-    QCOMPARE(bench.changes.size(), 1);
-    QVERIFY(!bench.key->isEnabled());
-    QCOMPARE(bench.key->text(), QString());
-}
-
-void TestGradientEditor::newGradientIgnoresPendingInput()
-{
-    Bench bench;
-    QApplication::setActiveWindow(&bench.editor);
-    bench.click(1);
-    bench.key->setFocus();
-    bench.key->setText(QStringLiteral("3"));
-    bench.editor.setGradient(stops());
-    QCOMPARE(bench.editor.gradient(), stops());
-    QCOMPARE(bench.changes.size(), 0);
-}
-
-void TestGradientEditor::tableLeavesWhatWasNotEdited()
-{
-    Bench bench;
-    bench.click(Third);
-    Answer<QDialog> answer(
-        editTable([](QTableWidget &table) { typeInto(table, 1, 0, QStringLiteral("0.333333")); }));
-    QTest::mouseClick(bench.child<QToolButton>("btnList"), Qt::LeftButton);
-    QVERIFY(answer.given);
-    QCOMPARE(bench.editor.gradient(), stops());
-    QCOMPARE(bench.changes.size(), 0);
-}
-
-void TestGradientEditor::tableAppliesEdits()
-{
-    const auto edit = [](QTableWidget &table) {
-        typeInto(table, 0, 0, QStringLiteral("0.5"));
-        table.editItem(table.item(0, 1));
-        auto *dialog = table.viewport()->findChild<QColorDialog *>();
-        QVERIFY(dialog);
-        QCOMPARE(dialog->currentColor(), QColor(Qt::red));
-        dialog->setCurrentColor(Qt::black);
-        dialog->accept();
-        typeInto(table, 1, 2, QStringLiteral("middle"));
-    };
-    Bench bench;
+    void fieldsFollowSelection()
     {
-        Answer<QDialog> cancel(editTable(edit, false));
-        bench.editor.openList();
+        Bench bench;
+        QVERIFY(!bench.key->isEnabled());
+        bench.click(Third);
+        QVERIFY(bench.key->isEnabled());
+        QCOMPARE(bench.key->text(), QStringLiteral("0.333333"));
+        QCOMPARE(bench.shownColor(), QColor(Qt::green));
+
+        bench.editor.setGradient(stops());
+        QVERIFY(!bench.key->isEnabled());
+        QCOMPARE(bench.key->text(), QString());
+        QCOMPARE(bench.shownColor(), bench.editor.palette().color(QPalette::Button));
+        QCOMPARE(bench.changes.size(), 0);
     }
-    QCOMPARE(bench.editor.gradient(), stops());
 
-    Answer<QDialog> answer(editTable(edit));
-    bench.editor.openList();
-    Gradient expected;
-    expected.setColorAt(Third, Qt::green, QStringLiteral("middle"));
-    expected.setColorAt(0.5, Qt::black, QStringLiteral("low"));
-    expected.setColorAt(1, Qt::blue, QStringLiteral("high"));
-    QCOMPARE(bench.editor.gradient(), expected);
-    QCOMPARE(bench.changes.size(), 1);
-}
+    void keyFieldMovesStop_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QList<double>>("keys");
 
-void TestGradientEditor::selectionFollowsItsStop_data()
-{
-    QTest::addColumn<QStringList>("keys");
-    QTest::addColumn<QString>("key");
-    QTest::addColumn<QColor>("color");
+        QTest::newRow("unchanged") << "0" << QList<double>({0, Third, 1});
+        QTest::newRow("exponent") << "-1e1" << QList<double>({-10, Third, 1});
+        QTest::newRow("on another stop") << "1" << QList<double>({Third, 1});
+    }
 
-    QTest::newRow("moved") << QStringList({"2", "", ""}) << "2" << QColor(Qt::red);
-    QTest::newRow("moved twice") << QStringList({"1", "", "2"}) << "2" << QColor(Qt::red);
-    QTest::newRow("another one below") << QStringList({"", "", "-1"}) << "0" << QColor(Qt::red);
-    QTest::newRow("replaced") << QStringList({"", "", "0"}) << "0" << QColor(Qt::blue);
-}
+    void keyFieldMovesStop()
+    {
+        QFETCH(QString, text);
+        QFETCH(QList<double>, keys);
 
-void TestGradientEditor::selectionFollowsItsStop()
-{
-    QFETCH(QStringList, keys);
-    QFETCH(QString, key);
-    QFETCH(QColor, color);
+        Bench bench;
+        bench.click(0);
+        bench.enterKey(text);
+        QCOMPARE(bench.editor.gradient().keys(), keys);
+        QCOMPARE(bench.changes.size(), 1);
 
-    Bench bench;
-    bench.click(0);
-    Answer<QDialog> answer(editTable([&](QTableWidget &table) {
-        for (int row = 0; row < keys.size(); ++row) {
-            if (!keys[row].isEmpty())
-                typeInto(table, row, 0, keys[row]);
+        // The moved stop is still the selected one.
+        bench.enterKey(QStringLiteral("7"));
+        QCOMPARE(bench.editor.gradient().value(7),
+                 qMakePair(QColor(Qt::red), QStringLiteral("low")));
+        QCOMPARE(bench.editor.gradient().size(), keys.size());
+    }
+
+    void refusesWhatIsNoNumber()
+    {
+        Bench bench;
+        bench.click(Third);
+        for (const char *text : {"high", "nan"}) {
+            bench.key->setText(QString::fromLatin1(text));
+            QString message;
+            Answer<QMessageBox> answer([&](QMessageBox &box) {
+                message = box.windowTitle() + ": " + box.text();
+                box.accept();
+            });
+            // The field doesn't let such a text through; a style sheet or an input method might.
+            bench.editor.valueUpdated();
+            QCOMPARE(message, QStringLiteral("Error: Invalid number"));
+            QCOMPARE(bench.key->text(), QStringLiteral("0.333333"));
         }
-    }));
-    bench.editor.openList();
-    QCOMPARE(bench.key->text(), key);
-    QCOMPARE(bench.shownColor(), color);
-    QCOMPARE(bench.editor.gradient().value(key.toDouble()).first, color);
+        QCOMPARE(bench.editor.gradient(), stops());
+        QCOMPARE(bench.changes.size(), 0);
+    }
 
-    // The handle of the same stop is the selected one.
-    bench.bar->deleteCurrent();
-    QVERIFY(!bench.editor.gradient().contains(key.toDouble()));
-}
+    void doubleClickAsksForColor_data()
+    {
+        QTest::addColumn<double>("key");
+        QTest::addColumn<bool>("accepted");
+        QTest::addColumn<int>("size");
+        QTest::newRow("new stop") << 2.0 / 3 << true << 4;
+        QTest::newRow("new stop, cancelled") << 2.0 / 3 << false << 3;
+        QTest::newRow("stop") << 1.0 << true << 3;
+    }
 
-void TestGradientEditor::tableWarnsOfLostStops()
-{
-    Bench bench;
-    Answer<QDialog> answer(editTable([](QTableWidget &table) {
-        const auto *warning = table.window()->findChild<QLabel *>();
-        typeInto(table, 0, 0, QStringLiteral("1"));
-        QVERIFY(warning->isVisible());
-        QCOMPARE(warning->text(),
-                 QStringLiteral("The stop of 1 will be lost: the one of 0 takes its key."));
-        typeInto(table, 0, 0, QStringLiteral("0"));
-        QVERIFY(!warning->isVisible());
-        typeInto(table, 0, 0, QStringLiteral("1"));
-        typeInto(table, 2, 0, QStringLiteral("2"));
-        QVERIFY(warning->isVisible());
-    }));
-    bench.editor.openList();
-    QCOMPARE(bench.editor.gradient().keys(), QList<double>({Third, 2}));
-    QCOMPARE(bench.editor.gradient().value(2).second, QStringLiteral("low"));
-}
+    void doubleClickAsksForColor()
+    {
+        QFETCH(double, key);
+        QFETCH(bool, accepted);
+        QFETCH(int, size);
 
-void TestGradientEditor::disabledEditorShowsTableReadOnly()
-{
-    Bench bench;
-    bench.click(0);
-    bench.editor.setEditorEnabled(false);
-    QVERIFY(!bench.key->isEnabled());
-    QVERIFY(!bench.bar->isEnabled());
-    Answer<QDialog> answer(editTable([](QTableWidget &table) {
-        QCOMPARE(table.editTriggers(), QAbstractItemView::NoEditTriggers);
-    }));
-    QTest::mouseClick(bench.child<QToolButton>("btnList"), Qt::LeftButton);
-    QVERIFY(answer.given);
+        Bench bench;
+        const QColor color(10, 20, 30, 40);
+        const QPoint pos = bench.handleOf(key);
+        if (key < 1)
+            key = bench.bar->mapPosToKey(pos.x());
+        else
+            bench.click(key);
+        QColor offered;
+        Answer<QColorDialog> answer([&](QColorDialog &dialog) {
+            offered = dialog.currentColor();
+            dialog.setCurrentColor(color);
+            accepted ? dialog.accept() : dialog.reject();
+        });
+        QTest::mouseDClick(bench.bar, Qt::LeftButton, Qt::NoModifier, pos);
+        QCOMPARE(offered, stops().colorAt(key));
+        QCOMPARE(bench.editor.gradient().size(), size);
+        QCOMPARE(bench.changes.size(), accepted ? 1 : 0);
+        if (accepted) {
+            QCOMPARE(bench.editor.gradient().value(key),
+                     qMakePair(color, stops().value(key).second));
+            QCOMPARE(bench.shownColor(), color);
+        }
+    }
 
-    bench.editor.setEditorEnabled(true);
-    QVERIFY(bench.key->isEnabled());
-}
+    void editsTag()
+    {
+        Bench bench;
+        bench.click(1);
+        Answer<QDialog> answer([](QDialog &dialog) {
+            auto *edit = dialog.findChild<QLineEdit *>();
+            QCOMPARE(edit->text(), QStringLiteral("high"));
+            edit->setText(QStringLiteral("loud"));
+            QTest::keyClick(edit, Qt::Key_Return);
+        });
+        QTest::mouseClick(bench.child<QToolButton>("btnTag"), Qt::LeftButton);
+        QCOMPARE(bench.editor.gradient().value(1),
+                 qMakePair(QColor(Qt::blue), QStringLiteral("loud")));
+        QCOMPARE(bench.changes.size(), 1);
+    }
+
+    void tellsRemovalOfSelectedStopOnly()
+    {
+        Bench bench;
+        bench.click(Third);
+        bench.click(1, Qt::ControlModifier);
+        QCOMPARE(bench.editor.gradient().keys(), QList<double>({0, Third}));
+        QCOMPARE(bench.changes.size(), 0);
+        QVERIFY(bench.key->isEnabled());
+
+        bench.click(Third, Qt::ControlModifier);
+        QCOMPARE(bench.editor.gradient().keys(), QList<double>({0}));
+        QCOMPARE(bench.changes.size(), 1);
+        QVERIFY(!bench.key->isEnabled());
+        QCOMPARE(bench.key->text(), QString());
+    }
+
+    void newGradientIgnoresPendingInput()
+    {
+        Bench bench;
+        QApplication::setActiveWindow(&bench.editor);
+        bench.click(1);
+        bench.key->setFocus();
+        bench.key->setText(QStringLiteral("3"));
+        bench.editor.setGradient(stops());
+        QCOMPARE(bench.editor.gradient(), stops());
+        QCOMPARE(bench.changes.size(), 0);
+    }
+
+    void tableLeavesWhatWasNotEdited()
+    {
+        Bench bench;
+        bench.click(Third);
+        Answer<QDialog> answer(editTable(
+            [](QTableWidget &table) { typeInto(table, 1, 0, QStringLiteral("0.333333")); }));
+        QTest::mouseClick(bench.child<QToolButton>("btnList"), Qt::LeftButton);
+        QVERIFY(answer.given);
+        QCOMPARE(bench.editor.gradient(), stops());
+        QCOMPARE(bench.changes.size(), 0);
+    }
+
+    void tableAppliesEdits()
+    {
+        const auto edit = [](QTableWidget &table) {
+            typeInto(table, 0, 0, QStringLiteral("0.5"));
+            table.editItem(table.item(0, 1));
+            auto *dialog = table.viewport()->findChild<QColorDialog *>();
+            QVERIFY(dialog);
+            QCOMPARE(dialog->currentColor(), QColor(Qt::red));
+            dialog->setCurrentColor(Qt::black);
+            dialog->accept();
+            typeInto(table, 1, 2, QStringLiteral("middle"));
+        };
+        Bench bench;
+        {
+            Answer<QDialog> cancel(editTable(edit, false));
+            bench.editor.openList();
+        }
+        QCOMPARE(bench.editor.gradient(), stops());
+
+        Answer<QDialog> answer(editTable(edit));
+        bench.editor.openList();
+        Gradient expected;
+        expected.setColorAt(Third, Qt::green, QStringLiteral("middle"));
+        expected.setColorAt(0.5, Qt::black, QStringLiteral("low"));
+        expected.setColorAt(1, Qt::blue, QStringLiteral("high"));
+        QCOMPARE(bench.editor.gradient(), expected);
+        QCOMPARE(bench.changes.size(), 1);
+    }
+
+    void selectionFollowsItsStop_data()
+    {
+        QTest::addColumn<QStringList>("keys");
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QColor>("color");
+
+        QTest::newRow("moved") << QStringList({"2", "", ""}) << "2" << QColor(Qt::red);
+        QTest::newRow("moved twice") << QStringList({"1", "", "2"}) << "2" << QColor(Qt::red);
+        QTest::newRow("another one below") << QStringList({"", "", "-1"}) << "0" << QColor(Qt::red);
+        QTest::newRow("replaced") << QStringList({"", "", "0"}) << "0" << QColor(Qt::blue);
+    }
+
+    void selectionFollowsItsStop()
+    {
+        QFETCH(QStringList, keys);
+        QFETCH(QString, key);
+        QFETCH(QColor, color);
+
+        Bench bench;
+        bench.click(0);
+        Answer<QDialog> answer(editTable([&](QTableWidget &table) {
+            for (int row = 0; row < keys.size(); ++row) {
+                if (!keys[row].isEmpty())
+                    typeInto(table, row, 0, keys[row]);
+            }
+        }));
+        bench.editor.openList();
+        QCOMPARE(bench.key->text(), key);
+        QCOMPARE(bench.shownColor(), color);
+        QCOMPARE(bench.editor.gradient().value(key.toDouble()).first, color);
+
+        // The handle of the same stop is the selected one.
+        bench.bar->deleteCurrent();
+        QVERIFY(!bench.editor.gradient().contains(key.toDouble()));
+    }
+
+    void tableWarnsOfLostStops()
+    {
+        Bench bench;
+        Answer<QDialog> answer(editTable([](QTableWidget &table) {
+            const auto *warning = table.window()->findChild<QLabel *>();
+            typeInto(table, 0, 0, QStringLiteral("1"));
+            QVERIFY(warning->isVisible());
+            QCOMPARE(warning->text(),
+                     QStringLiteral("The stop of 1 will be lost: the one of 0 takes its key."));
+            typeInto(table, 0, 0, QStringLiteral("0"));
+            QVERIFY(!warning->isVisible());
+            typeInto(table, 0, 0, QStringLiteral("1"));
+            typeInto(table, 2, 0, QStringLiteral("2"));
+            QVERIFY(warning->isVisible());
+        }));
+        bench.editor.openList();
+        QCOMPARE(bench.editor.gradient().keys(), QList<double>({Third, 2}));
+        QCOMPARE(bench.editor.gradient().value(2).second, QStringLiteral("low"));
+    }
+
+    void disabledEditorShowsTableReadOnly()
+    {
+        Bench bench;
+        bench.click(0);
+        bench.editor.setEditorEnabled(false);
+        QVERIFY(!bench.key->isEnabled());
+        QVERIFY(!bench.bar->isEnabled());
+        Answer<QDialog> answer(editTable([](QTableWidget &table) {
+            QCOMPARE(table.editTriggers(), QAbstractItemView::NoEditTriggers);
+        }));
+        QTest::mouseClick(bench.child<QToolButton>("btnList"), Qt::LeftButton);
+        QVERIFY(answer.given);
+
+        bench.editor.setEditorEnabled(true);
+        QVERIFY(bench.key->isEnabled());
+    }
+};
 
 QTEST_MAIN(TestGradientEditor)
 #include "tst_gradienteditor.moc"

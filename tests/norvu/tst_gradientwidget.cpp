@@ -101,231 +101,223 @@ class TestGradientWidget : public QObject
     Q_OBJECT
 
 private slots:
-    void mapsKeysAndPixels_data();
-    void mapsKeysAndPixels();
-    void clickSelectsOrRemoves();
-    void dragPassesNeighbours();
-    void dragDoesNotLandOnAnotherStop();
-    void dragKeepsStopsOfEndlessSpan();
-    void doubleClickAsksForPoint();
-    void contextMenuAddsAndRemoves();
-    void tabWalksHandlesAndLeaves();
-    void paintsBarAndSteps();
-    void paintsTransparencyOverCheckerboard();
-};
+    void mapsKeysAndPixels_data()
+    {
+        QTest::addColumn<Gradient>("gradient");
+        QTest::addColumn<bool>("interpolated");
+        QTest::addColumn<double>("keyAt50");
+        QTest::addColumn<int>("lastHandle");
 
-void TestGradientWidget::mapsKeysAndPixels_data()
-{
-    QTest::addColumn<Gradient>("gradient");
-    QTest::addColumn<bool>("interpolated");
-    QTest::addColumn<double>("keyAt50");
-    QTest::addColumn<int>("lastHandle");
-
-    Gradient single;
-    single.setColorAt(7, Qt::red);
-    // The span is 15: the last step is as wide as the first.
-    QTest::newRow("in steps") << threeStops() << false << 7.5 << 66;
-    QTest::newRow("single stop") << single << true << 7.0 << 0;
-    QTest::newRow("single step") << single << false << 7.0 << 0;
-    QTest::newRow("empty") << Gradient() << true << 0.0 << -1;
-}
-
-void TestGradientWidget::mapsKeysAndPixels()
-{
-    QFETCH(Gradient, gradient);
-    QFETCH(bool, interpolated);
-    QFETCH(double, keyAt50);
-    QFETCH(int, lastHandle);
-
-    Bench bench(gradient);
-    bench.widget.setInterpolation(interpolated);
-    QCOMPARE(bench.widget.mapPosToKey(50), keyAt50);
-    QCOMPARE(bench.widget.findHandle(bench.handle(qMax(0, lastHandle)), true), gradient.size() - 1);
-    QCOMPARE(bench.widget.findHandle(QPoint(qMax(0, lastHandle), 5), true), -1);
-}
-
-void TestGradientWidget::clickSelectsOrRemoves()
-{
-    Gradient gradient = threeStops();
-    gradient.setColorAt(5.2, Qt::white);
-    Bench bench(gradient);
-    const auto logOf = [&](int x, int y, Qt::MouseButton button = Qt::LeftButton,
-                           Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
-        QTest::mouseClick(&bench.widget, button, modifiers, QPoint(x, y));
-        return bench.takeLog().join(", ");
-    };
-    const int y = Height - 3;
-    QCOMPARE(logOf(50, 10), QString());
-    QCOMPARE(logOf(25, y), QString());
-    QCOMPARE(logOf(50, y, Qt::RightButton), QString());
-    // Of close handles the left one is hit.
-    QCOMPARE(logOf(52, y), QStringLiteral("clicked 5 #00ff00"));
-    QCOMPARE(logOf(48, y), QStringLiteral("clicked 5 #00ff00"));
-    QCOMPARE(logOf(52, y, Qt::LeftButton, Qt::ControlModifier | Qt::ShiftModifier),
-             QStringLiteral("clicked 5 #00ff00"));
-    QCOMPARE(logOf(52, y, Qt::LeftButton, Qt::ControlModifier), QStringLiteral("removed 5 of 4"));
-    QCOMPARE(bench.gradient.keys(), QList<double>({0, 5.2, 10}));
-    QCOMPARE(bench.widget.cursor().shape(), Qt::ArrowCursor);
-}
-
-void TestGradientWidget::dragPassesNeighbours()
-{
-    Bench bench;
-    bench.press(0);
-    bench.move(70);
-    // The first key is now 5: the bar spans 5 to 10.
-    QCOMPARE(bench.takeLog(), QStringList({"clicked 0 #ff0000", "clicked 7 #ff0000", "changed"}));
-    QCOMPARE(bench.gradient.keys(), QList<double>({5, 7, 10}));
-    QCOMPARE(bench.gradient.value(7).second, QStringLiteral("low"));
-    QCOMPARE(bench.handleColor(40), QColor(Qt::white).rgb());
-
-    bench.release(40);
-    bench.move(80);
-    QCOMPARE(bench.takeLog(), QStringList());
-}
-
-void TestGradientWidget::dragDoesNotLandOnAnotherStop()
-{
-    Bench bench;
-    bench.press(50);
-    bench.move(100);
-    QCOMPARE(bench.gradient.keys(), QList<double>({0, 5, 10}));
-    bench.move(90);
-    QCOMPARE(bench.gradient.keys(), QList<double>({0, 9, 10}));
-    QCOMPARE(bench.gradient.value(10).first, QColor(Qt::blue));
-    QCOMPARE(bench.takeLog(), QStringList({"clicked 5 #00ff00", "clicked 5 #00ff00", "changed",
-                                           "clicked 9 #00ff00", "changed"}));
-
-    bench.gradient.remove(9);
-    bench.move(30);
-    QCOMPARE(bench.takeLog(), QStringList());
-}
-
-void TestGradientWidget::dragKeepsStopsOfEndlessSpan()
-{
-    Gradient gradient;
-    gradient.setColorAt(-1.5E308, Qt::red);
-    gradient.setColorAt(1.5E308, Qt::blue);
-    Bench bench(gradient);
-    bench.press(0);
-    for (int x : {50, 0, 100})
-        bench.move(x);
-    QCOMPARE(bench.gradient, gradient);
-}
-
-void TestGradientWidget::doubleClickAsksForPoint()
-{
-    Bench bench;
-    QTest::mouseDClick(&bench.widget, Qt::LeftButton, Qt::NoModifier, QPoint(25, 10));
-    QCOMPARE(bench.takeLog(), QStringList("double 2.5 0"));
-
-    bench.move(50);
-    QTest::mouseDClick(&bench.widget, Qt::LeftButton, Qt::NoModifier, bench.handle(50));
-    QVERIFY(bench.takeLog().contains("double 5 1"));
-
-    Gradient single;
-    single.setColorAt(3, Qt::red);
-    Bench one(single);
-    QTest::mouseDClick(&one.widget, Qt::LeftButton, Qt::NoModifier, QPoint(60, 10));
-    QCOMPARE(one.takeLog(), QStringList("double 4 0"));
-}
-
-void TestGradientWidget::contextMenuAddsAndRemoves()
-{
-    Bench bench;
-    bool found = false;
-    chooseFromMenu(QStringLiteral("Add"), found);
-    openContextMenu(bench.widget, QPoint(25, 10));
-    QVERIFY(found);
-    QCOMPARE(bench.takeLog(), QStringList("double 2.5 0"));
-
-    found = false;
-    bench.move(100);
-    chooseFromMenu(QStringLiteral("Remove"), found);
-    // The pointer is over the menu while that is open.
-    QTimer::singleShot(0, [&] {
-        QEvent leave(QEvent::Leave);
-        QApplication::sendEvent(&bench.widget, &leave);
-    });
-    openContextMenu(bench.widget, bench.handle(100));
-    QVERIFY(found);
-    QCOMPARE(bench.takeLog(), QStringList("removed 10 of 4"));
-    QCOMPARE(bench.gradient.keys(), QList<double>({0, 2.5, 5}));
-}
-
-void TestGradientWidget::tabWalksHandlesAndLeaves()
-{
-    Gradient gradient = threeStops();
-    QWidget window;
-    QVBoxLayout layout(&window);
-    QLineEdit before;
-    QLineEdit after;
-    GradientWidget widget(&gradient);
-    for (QWidget *child : {static_cast<QWidget *>(&before), static_cast<QWidget *>(&widget),
-                           static_cast<QWidget *>(&after)})
-        layout.addWidget(child);
-    window.show();
-    window.activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(&window));
-    QSignalSpy clicked(&widget, &GradientWidget::pointClicked);
-
-    before.setFocus();
-    QTest::keyClick(&before, Qt::Key_Tab);
-    QVERIFY(widget.hasFocus());
-    QTest::keyClick(&widget, Qt::Key_Tab);
-    QTest::keyClick(&widget, Qt::Key_Space);
-    QCOMPARE(clicked.takeFirst().first().toDouble(), 5.0);
-    QTest::keyClick(&widget, Qt::Key_Backtab);
-    QVERIFY(widget.hasFocus());
-    QTest::keyClick(&widget, Qt::Key_Backtab);
-    QVERIFY(before.hasFocus());
-
-    after.setFocus();
-    QTest::keyClick(&after, Qt::Key_Backtab);
-    QVERIFY(widget.hasFocus());
-    QTest::keyClick(&widget, Qt::Key_Space);
-    QCOMPARE(clicked.takeFirst().first().toDouble(), 10.0);
-}
-
-void TestGradientWidget::paintsBarAndSteps()
-{
-    Bench bench;
-    QImage image = Ink::picture(bench.widget);
-    QCOMPARE(image.pixel(0, 3), QColor(Qt::red).rgb());
-    QCOMPARE(image.pixel(25, 3), qRgb(128, 128, 0));
-    QCOMPARE(image.pixel(RightEdge, 3), QColor(Qt::blue).rgb());
-
-    bench.widget.setInterpolation(false);
-    image = Ink::picture(bench.widget);
-    const QRect bar(0, 0, RightEdge + 1, 10);
-    const auto columnsOf = [&](QColor color) {
-        const QRect ink = Ink::rectOf(image, bar, [&](QRgb pixel) { return pixel == color.rgb(); });
-        return qMakePair(ink.left(), ink.right());
-    };
-    QCOMPARE(columnsOf(Qt::red), qMakePair(0, 33));
-    QCOMPARE(columnsOf(Qt::green), qMakePair(34, 66));
-    QCOMPARE(columnsOf(Qt::blue), qMakePair(67, 100));
-}
-
-void TestGradientWidget::paintsTransparencyOverCheckerboard()
-{
-    Gradient gradient;
-    gradient.setColorAt(0, QColor(255, 0, 0, 0));
-    gradient.setColorAt(1, QColor(255, 0, 0, 0));
-    for (const Gradient &shown : {gradient, Gradient()}) {
-        Bench bench(shown);
-        const QImage image = Ink::picture(bench.widget);
-        QCOMPARE(image.pixel(7, 7), QColor(Qt::black).rgb());
-        QCOMPARE(image.pixel(8, 7), QColor(Qt::white).rgb());
-        QCOMPARE(image.pixel(7, 8), QColor(Qt::white).rgb());
-        // Between the handles nothing reaches out of the bar.
-        const int handleSize = static_cast<int>(bench.widget.fontMetrics().ascent() * 0.75);
-        const QRect strip(40, 0, 20, Height);
-        const QColor background = bench.widget.palette().color(QPalette::Window);
-        QCOMPARE(Ink::rectOtherThan(image, strip, background),
-                 QRect(40, 0, 20, Height - handleSize));
+        Gradient single;
+        single.setColorAt(7, Qt::red);
+        // The span is 15: the last step is as wide as the first.
+        QTest::newRow("in steps") << threeStops() << false << 7.5 << 66;
+        QTest::newRow("single stop") << single << true << 7.0 << 0;
+        QTest::newRow("single step") << single << false << 7.0 << 0;
+        QTest::newRow("empty") << Gradient() << true << 0.0 << -1;
     }
-}
+
+    void mapsKeysAndPixels()
+    {
+        QFETCH(Gradient, gradient);
+        QFETCH(bool, interpolated);
+        QFETCH(double, keyAt50);
+        QFETCH(int, lastHandle);
+
+        Bench bench(gradient);
+        bench.widget.setInterpolation(interpolated);
+        QCOMPARE(bench.widget.mapPosToKey(50), keyAt50);
+        QCOMPARE(bench.widget.findHandle(bench.handle(qMax(0, lastHandle)), true),
+                 gradient.size() - 1);
+        QCOMPARE(bench.widget.findHandle(QPoint(qMax(0, lastHandle), 5), true), -1);
+    }
+
+    void clickSelectsOrRemoves()
+    {
+        Gradient gradient = threeStops();
+        gradient.setColorAt(5.2, Qt::white);
+        Bench bench(gradient);
+        const auto logOf = [&](int x, int y, Qt::MouseButton button = Qt::LeftButton,
+                               Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+            QTest::mouseClick(&bench.widget, button, modifiers, QPoint(x, y));
+            return bench.takeLog().join(", ");
+        };
+        const int y = Height - 3;
+        QCOMPARE(logOf(50, 10), QString());
+        QCOMPARE(logOf(25, y), QString());
+        QCOMPARE(logOf(50, y, Qt::RightButton), QString());
+        // Of close handles the left one is hit.
+        QCOMPARE(logOf(52, y), QStringLiteral("clicked 5 #00ff00"));
+        QCOMPARE(logOf(48, y), QStringLiteral("clicked 5 #00ff00"));
+        QCOMPARE(logOf(52, y, Qt::LeftButton, Qt::ControlModifier | Qt::ShiftModifier),
+                 QStringLiteral("clicked 5 #00ff00"));
+        QCOMPARE(logOf(52, y, Qt::LeftButton, Qt::ControlModifier),
+                 QStringLiteral("removed 5 of 4"));
+        QCOMPARE(bench.gradient.keys(), QList<double>({0, 5.2, 10}));
+        QCOMPARE(bench.widget.cursor().shape(), Qt::ArrowCursor);
+    }
+
+    void dragPassesNeighbours()
+    {
+        Bench bench;
+        bench.press(0);
+        bench.move(70);
+        // The first key is now 5: the bar spans 5 to 10.
+        QCOMPARE(bench.takeLog(),
+                 QStringList({"clicked 0 #ff0000", "clicked 7 #ff0000", "changed"}));
+        QCOMPARE(bench.gradient.keys(), QList<double>({5, 7, 10}));
+        QCOMPARE(bench.gradient.value(7).second, QStringLiteral("low"));
+        QCOMPARE(bench.handleColor(40), QColor(Qt::white).rgb());
+
+        bench.release(40);
+        bench.move(80);
+        QCOMPARE(bench.takeLog(), QStringList());
+    }
+
+    void dragDoesNotLandOnAnotherStop()
+    {
+        Bench bench;
+        bench.press(50);
+        bench.move(100);
+        QCOMPARE(bench.gradient.keys(), QList<double>({0, 5, 10}));
+        bench.move(90);
+        QCOMPARE(bench.gradient.keys(), QList<double>({0, 9, 10}));
+        QCOMPARE(bench.gradient.value(10).first, QColor(Qt::blue));
+        QCOMPARE(bench.takeLog(), QStringList({"clicked 5 #00ff00", "clicked 5 #00ff00", "changed",
+                                               "clicked 9 #00ff00", "changed"}));
+
+        bench.gradient.remove(9);
+        bench.move(30);
+        QCOMPARE(bench.takeLog(), QStringList());
+    }
+
+    void dragKeepsStopsOfEndlessSpan()
+    {
+        Gradient gradient;
+        gradient.setColorAt(-1.5E308, Qt::red);
+        gradient.setColorAt(1.5E308, Qt::blue);
+        Bench bench(gradient);
+        bench.press(0);
+        for (int x : {50, 0, 100})
+            bench.move(x);
+        QCOMPARE(bench.gradient, gradient);
+    }
+
+    void doubleClickAsksForPoint()
+    {
+        Bench bench;
+        QTest::mouseDClick(&bench.widget, Qt::LeftButton, Qt::NoModifier, QPoint(25, 10));
+        QCOMPARE(bench.takeLog(), QStringList("double 2.5 0"));
+
+        bench.move(50);
+        QTest::mouseDClick(&bench.widget, Qt::LeftButton, Qt::NoModifier, bench.handle(50));
+        QVERIFY(bench.takeLog().contains("double 5 1"));
+
+        Gradient single;
+        single.setColorAt(3, Qt::red);
+        Bench one(single);
+        QTest::mouseDClick(&one.widget, Qt::LeftButton, Qt::NoModifier, QPoint(60, 10));
+        QCOMPARE(one.takeLog(), QStringList("double 4 0"));
+    }
+
+    void contextMenuAddsAndRemoves()
+    {
+        Bench bench;
+        bool found = false;
+        chooseFromMenu(QStringLiteral("Add"), found);
+        openContextMenu(bench.widget, QPoint(25, 10));
+        QVERIFY(found);
+        QCOMPARE(bench.takeLog(), QStringList("double 2.5 0"));
+
+        found = false;
+        bench.move(100);
+        chooseFromMenu(QStringLiteral("Remove"), found);
+        // The pointer is over the menu while that is open.
+        QTimer::singleShot(0, [&] {
+            QEvent leave(QEvent::Leave);
+            QApplication::sendEvent(&bench.widget, &leave);
+        });
+        openContextMenu(bench.widget, bench.handle(100));
+        QVERIFY(found);
+        QCOMPARE(bench.takeLog(), QStringList("removed 10 of 4"));
+        QCOMPARE(bench.gradient.keys(), QList<double>({0, 2.5, 5}));
+    }
+
+    void tabWalksHandlesAndLeaves()
+    {
+        Gradient gradient = threeStops();
+        QWidget window;
+        QVBoxLayout layout(&window);
+        QLineEdit before;
+        QLineEdit after;
+        GradientWidget widget(&gradient);
+        for (QWidget *child : {static_cast<QWidget *>(&before), static_cast<QWidget *>(&widget),
+                               static_cast<QWidget *>(&after)})
+            layout.addWidget(child);
+        window.show();
+        window.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        QSignalSpy clicked(&widget, &GradientWidget::pointClicked);
+
+        before.setFocus();
+        QTest::keyClick(&before, Qt::Key_Tab);
+        QVERIFY(widget.hasFocus());
+        QTest::keyClick(&widget, Qt::Key_Tab);
+        QTest::keyClick(&widget, Qt::Key_Space);
+        QCOMPARE(clicked.takeFirst().first().toDouble(), 5.0);
+        QTest::keyClick(&widget, Qt::Key_Backtab);
+        QVERIFY(widget.hasFocus());
+        QTest::keyClick(&widget, Qt::Key_Backtab);
+        QVERIFY(before.hasFocus());
+
+        after.setFocus();
+        QTest::keyClick(&after, Qt::Key_Backtab);
+        QVERIFY(widget.hasFocus());
+        QTest::keyClick(&widget, Qt::Key_Space);
+        QCOMPARE(clicked.takeFirst().first().toDouble(), 10.0);
+    }
+
+    void paintsBarAndSteps()
+    {
+        Bench bench;
+        QImage image = Ink::picture(bench.widget);
+        QCOMPARE(image.pixel(0, 3), QColor(Qt::red).rgb());
+        QCOMPARE(image.pixel(25, 3), qRgb(128, 128, 0));
+        QCOMPARE(image.pixel(RightEdge, 3), QColor(Qt::blue).rgb());
+
+        bench.widget.setInterpolation(false);
+        image = Ink::picture(bench.widget);
+        const QRect bar(0, 0, RightEdge + 1, 10);
+        const auto columnsOf = [&](QColor color) {
+            const QRect ink =
+                Ink::rectOf(image, bar, [&](QRgb pixel) { return pixel == color.rgb(); });
+            return qMakePair(ink.left(), ink.right());
+        };
+        QCOMPARE(columnsOf(Qt::red), qMakePair(0, 33));
+        QCOMPARE(columnsOf(Qt::green), qMakePair(34, 66));
+        QCOMPARE(columnsOf(Qt::blue), qMakePair(67, 100));
+    }
+
+    void paintsTransparencyOverCheckerboard()
+    {
+        Gradient gradient;
+        gradient.setColorAt(0, QColor(255, 0, 0, 0));
+        gradient.setColorAt(1, QColor(255, 0, 0, 0));
+        for (const Gradient &shown : {gradient, Gradient()}) {
+            Bench bench(shown);
+            const QImage image = Ink::picture(bench.widget);
+            QCOMPARE(image.pixel(7, 7), QColor(Qt::black).rgb());
+            QCOMPARE(image.pixel(8, 7), QColor(Qt::white).rgb());
+            QCOMPARE(image.pixel(7, 8), QColor(Qt::white).rgb());
+            // Between the handles nothing reaches out of the bar.
+            const int handleSize = static_cast<int>(bench.widget.fontMetrics().ascent() * 0.75);
+            const QRect strip(40, 0, 20, Height);
+            const QColor background = bench.widget.palette().color(QPalette::Window);
+            QCOMPARE(Ink::rectOtherThan(image, strip, background),
+                     QRect(40, 0, 20, Height - handleSize));
+        }
+    }
+};
 
 QTEST_MAIN(TestGradientWidget)
 #include "tst_gradientwidget.moc"

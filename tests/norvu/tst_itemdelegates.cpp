@@ -122,128 +122,122 @@ class ItemDelegatesTest : public QObject
     Q_OBJECT
 
 private slots:
-    void drawsGlyphOfState_data();
-    void drawsGlyphOfState();
-    void togglesWithMouseAndKeys();
-    void reachesOneCheckBoxOfRow();
-    void keepsGroupExclusive();
-    void centersIconsOnly();
+    void drawsGlyphOfState_data()
+    {
+        QTest::addColumn<bool>("exclusive");
+        QTest::addColumn<int>("state");
+        QTest::addColumn<bool>("selected");
+        QTest::addColumn<QChar>("glyph");
+        QTest::addColumn<QColor>("color");
+
+        namespace Icons = Norvu::FontAwesome5;
+        const QColor pen(Qt::blue);
+        const QColor highlighted(Qt::red);
+        const QColor disabled(Qt::green);
+        QTest::newRow("unchecked") << false << 0 << false << Icons::chSquare << pen;
+        QTest::newRow("checked") << false << 2 << false << Icons::chCheckSquare << pen;
+        QTest::newRow("radio on") << true << 2 << false << Icons::chDotCircle << pen;
+        QTest::newRow("selected") << false << 2 << true << Icons::chCheckSquare << highlighted;
+        QTest::newRow("partial, selected")
+            << false << 1 << true << Icons::chCheckSquare << disabled;
+    }
+
+    void drawsGlyphOfState()
+    {
+        QFETCH(bool, exclusive);
+        QFETCH(int, state);
+        QFETCH(bool, selected);
+        QFETCH(QChar, glyph);
+        QFETCH(QColor, color);
+
+        QStandardItemModel model;
+        fillGroup(&model, exclusive, 0);
+        const QModelIndex index = model.index(0, 0, model.index(0, 0));
+        model.setData(index, state, Qt::CheckStateRole);
+        QStyleOptionViewItem option = cellOption();
+        option.state.setFlag(QStyle::State_Selected, selected);
+        QCOMPARE(painted(AwesomeCheckBoxItemDelegate(), option, index), glyphInCell(glyph, color));
+    }
+
+    void togglesWithMouseAndKeys()
+    {
+        QStandardItemModel model;
+        model.appendRow(checkItem(Qt::Unchecked));
+        model.appendRow(checkItem(Qt::PartiallyChecked));
+        CheckView view(&model);
+
+        // Anywhere in the cell, not only on the glyph.
+        view.click(model.index(0, 0), QPoint(100, 3));
+        QCOMPARE(model.item(0)->checkState(), Qt::Checked);
+        QTest::keyClick(&view, Qt::Key_Return);
+        QCOMPARE(model.item(0)->checkState(), Qt::Checked);
+        QTest::keyClick(&view, Qt::Key_Space);
+        QCOMPARE(model.item(0)->checkState(), Qt::Unchecked);
+
+        view.setCurrentIndex(model.index(1, 0));
+        QTest::keyClick(&view, Qt::Key_Space);
+        QCOMPARE(model.item(1)->checkState(), Qt::Unchecked);
+        model.item(1)->setEnabled(false);
+        view.click(model.index(1, 0));
+        QCOMPARE(model.item(1)->checkState(), Qt::Unchecked);
+    }
+
+    void reachesOneCheckBoxOfRow()
+    {
+        const struct
+        {
+            QVector<int> checkableColumns;
+            int clicked, toggled;
+        } clicks[] = {{{0}, 2, 0}, {{0, 1}, 1, 1}, {{0, 1}, 2, -1}};
+        for (const auto &click : clicks) {
+            QStandardItemModel model;
+            QList<QStandardItem *> row;
+            for (int column = 0; column < 3; ++column)
+                row << (click.checkableColumns.contains(column) ? checkItem(Qt::Unchecked)
+                                                                : new QStandardItem("text"));
+            model.appendRow(row);
+            CheckView(&model).click(model.index(0, click.clicked));
+            for (const int column : click.checkableColumns)
+                QCOMPARE(row[column]->checkState() == Qt::Checked, column == click.toggled);
+        }
+    }
+
+    void keepsGroupExclusive()
+    {
+        const struct
+        {
+            bool isExclusive;
+            int row, column;
+            QVector<int> result;
+        } clicks[] = {{true, 2, 0, {0, 0, 2}},
+                      {true, 2, 1, {0, 0, 2}},
+                      {true, 0, 0, {2, 0, 0}},
+                      {false, 0, 0, {0, 0, 0}}};
+        for (const auto &click : clicks) {
+            QStandardItemModel model;
+            fillGroup(&model, click.isExclusive, 0);
+            CheckView(&model).click(model.index(click.row, click.column, model.index(0, 0)));
+            QCOMPARE(states(model), click.result);
+        }
+    }
+
+    void centersIconsOnly()
+    {
+        QPixmap pixmap(16, 16);
+        pixmap.fill(Qt::magenta);
+        QStandardItemModel model;
+        model.appendRow(new QStandardItem(QIcon(pixmap), QString()));
+        const QImage image = painted(CenterIconDelegate(), cellOption(), model.index(0, 0));
+        QCOMPARE(Ink::rectOfColor(image, Qt::magenta), QRect(10 + 22, 20 + 12, 16, 16));
+
+        // Items without a check box or an icon look as ever.
+        model.appendRow(new QStandardItem(QStringLiteral("MMM")));
+        const QModelIndex text = model.index(1, 0);
+        const QImage plain = painted(QStyledItemDelegate(), cellOption(), text);
+        QCOMPARE(painted(CenterIconDelegate(), cellOption(), text), plain);
+        QCOMPARE(painted(AwesomeCheckBoxItemDelegate(), cellOption(), text), plain);
+    }
 };
-
-void ItemDelegatesTest::drawsGlyphOfState_data()
-{
-    QTest::addColumn<bool>("exclusive");
-    QTest::addColumn<int>("state");
-    QTest::addColumn<bool>("selected");
-    QTest::addColumn<QChar>("glyph");
-    QTest::addColumn<QColor>("color");
-
-    namespace Icons = Norvu::FontAwesome5;
-    const QColor pen(Qt::blue);
-    const QColor highlighted(Qt::red);
-    const QColor disabled(Qt::green);
-    QTest::newRow("unchecked") << false << 0 << false << Icons::chSquare << pen;
-    QTest::newRow("checked") << false << 2 << false << Icons::chCheckSquare << pen;
-    QTest::newRow("radio on") << true << 2 << false << Icons::chDotCircle << pen;
-    QTest::newRow("selected") << false << 2 << true << Icons::chCheckSquare << highlighted;
-    QTest::newRow("partial, selected") << false << 1 << true << Icons::chCheckSquare << disabled;
-}
-
-void ItemDelegatesTest::drawsGlyphOfState()
-{
-    QFETCH(bool, exclusive);
-    QFETCH(int, state);
-    QFETCH(bool, selected);
-    QFETCH(QChar, glyph);
-    QFETCH(QColor, color);
-
-    QStandardItemModel model;
-    fillGroup(&model, exclusive, 0);
-    const QModelIndex index = model.index(0, 0, model.index(0, 0));
-    model.setData(index, state, Qt::CheckStateRole);
-    QStyleOptionViewItem option = cellOption();
-    option.state.setFlag(QStyle::State_Selected, selected);
-    QCOMPARE(painted(AwesomeCheckBoxItemDelegate(), option, index), glyphInCell(glyph, color));
-}
-
-void ItemDelegatesTest::togglesWithMouseAndKeys()
-{
-    QStandardItemModel model;
-    model.appendRow(checkItem(Qt::Unchecked));
-    model.appendRow(checkItem(Qt::PartiallyChecked));
-    CheckView view(&model);
-
-    // Anywhere in the cell, not only on the glyph.
-    view.click(model.index(0, 0), QPoint(100, 3));
-    QCOMPARE(model.item(0)->checkState(), Qt::Checked);
-    QTest::keyClick(&view, Qt::Key_Return);
-    QCOMPARE(model.item(0)->checkState(), Qt::Checked);
-    QTest::keyClick(&view, Qt::Key_Space);
-    QCOMPARE(model.item(0)->checkState(), Qt::Unchecked);
-
-    view.setCurrentIndex(model.index(1, 0));
-    QTest::keyClick(&view, Qt::Key_Space);
-    QCOMPARE(model.item(1)->checkState(), Qt::Unchecked);
-    model.item(1)->setEnabled(false);
-    view.click(model.index(1, 0));
-    QCOMPARE(model.item(1)->checkState(), Qt::Unchecked);
-}
-
-void ItemDelegatesTest::reachesOneCheckBoxOfRow()
-{
-    const struct
-    {
-        QVector<int> checkableColumns;
-        int clicked, toggled;
-    } clicks[] = {{{0}, 2, 0}, {{0, 1}, 1, 1}, {{0, 1}, 2, -1}};
-    for (const auto &click : clicks) {
-        QStandardItemModel model;
-        QList<QStandardItem *> row;
-        for (int column = 0; column < 3; ++column)
-            row << (click.checkableColumns.contains(column) ? checkItem(Qt::Unchecked)
-                                                            : new QStandardItem("text"));
-        model.appendRow(row);
-        CheckView(&model).click(model.index(0, click.clicked));
-        for (const int column : click.checkableColumns)
-            QCOMPARE(row[column]->checkState() == Qt::Checked, column == click.toggled);
-    }
-}
-
-void ItemDelegatesTest::keepsGroupExclusive()
-{
-    const struct
-    {
-        bool isExclusive;
-        int row, column;
-        QVector<int> result;
-    } clicks[] = {{true, 2, 0, {0, 0, 2}},
-                  {true, 2, 1, {0, 0, 2}},
-                  {true, 0, 0, {2, 0, 0}},
-                  {false, 0, 0, {0, 0, 0}}};
-    for (const auto &click : clicks) {
-        QStandardItemModel model;
-        fillGroup(&model, click.isExclusive, 0);
-        CheckView(&model).click(model.index(click.row, click.column, model.index(0, 0)));
-        QCOMPARE(states(model), click.result);
-    }
-}
-
-void ItemDelegatesTest::centersIconsOnly()
-{
-    QPixmap pixmap(16, 16);
-    pixmap.fill(Qt::magenta);
-    QStandardItemModel model;
-    model.appendRow(new QStandardItem(QIcon(pixmap), QString()));
-    const QImage image = painted(CenterIconDelegate(), cellOption(), model.index(0, 0));
-    QCOMPARE(Ink::rectOfColor(image, Qt::magenta), QRect(10 + 22, 20 + 12, 16, 16));
-
-    // Items without a check box or an icon look as ever.
-    model.appendRow(new QStandardItem(QStringLiteral("MMM")));
-    const QModelIndex text = model.index(1, 0);
-    const QImage plain = painted(QStyledItemDelegate(), cellOption(), text);
-    QCOMPARE(painted(CenterIconDelegate(), cellOption(), text), plain);
-    QCOMPARE(painted(AwesomeCheckBoxItemDelegate(), cellOption(), text), plain);
-}
 
 QTEST_MAIN(ItemDelegatesTest)
 #include "tst_itemdelegates.moc"

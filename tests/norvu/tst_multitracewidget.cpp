@@ -149,379 +149,365 @@ class MultiTraceWidgetTest : public QObject
     Q_OBJECT
 
 private slots:
-    void takesThePlaceOfTheRows();
-    void dividesTheAreaBetweenRows();
-    void keysChangeAmplitudesAndOverlap();
-    void clickSelectsNearestTrace_data();
-    void clickSelectsNearestTrace();
-    void dragSelectsAgain();
-    void drawsTracesInTheirRows();
-    void turnsTracesClockwise();
-    void normalizesRows();
-    void fillsLobesOnlyWithWiggles();
-    void drawsGridAtTicks();
-    void drawsMarkers();
-    void showsRecordsThatArrive();
-};
+    void takesThePlaceOfTheRows()
+    {
+        Overview overview;
+        Trace *row = overview.addRow("A", wave);
+        MultiTraceWidget &widget = *overview.widget;
+        QVERIFY(widget.isVisible() && !row->isVisible());
+        widget.setActive(true);
+        widget.setActive(false);
+        QVERIFY(widget.isHidden() && row->isVisible());
 
-void MultiTraceWidgetTest::takesThePlaceOfTheRows()
-{
-    Overview overview;
-    Trace *row = overview.addRow("A", wave);
-    MultiTraceWidget &widget = *overview.widget;
-    QVERIFY(widget.isVisible() && !row->isVisible());
-    widget.setActive(true);
-    widget.setActive(false);
-    QVERIFY(widget.isHidden() && row->isVisible());
+        // What the other one has left in the row must not be painted.
+        const auto draws = [&](QWidget &painted) {
+            return !Ink::rectOfColor(Ink::picture(painted), Qt::magenta).isNull();
+        };
+        row->recordWidget()->setRecordPen(0, QPen(Qt::magenta, 1));
+        QVERIFY(draws(*row));
+        widget.setActive(true);
+        QVERIFY(draws(widget));
+        delete overview.widget;
+        QVERIFY(row->isVisible());
 
-    // What the other one has left in the row must not be painted.
-    const auto draws = [&](QWidget &painted) {
-        return !Ink::rectOfColor(Ink::picture(painted), Qt::magenta).isNull();
-    };
-    row->recordWidget()->setRecordPen(0, QPen(Qt::magenta, 1));
-    QVERIFY(draws(*row));
-    widget.setActive(true);
-    QVERIFY(draws(widget));
-    delete overview.widget;
-    QVERIFY(row->isVisible());
+        // The view goes first, and takes both along.
+        auto doomed = std::make_unique<Overview>();
+        QPointer<Trace> last = doomed->addRow("B", wave);
+        QPointer<QWidget> contents = last->parentWidget();
+        doomed.reset();
+        QVERIFY(last.isNull() && contents.isNull());
+    }
 
-    // The view goes first, and takes both along.
-    auto doomed = std::make_unique<Overview>();
-    QPointer<Trace> last = doomed->addRow("B", wave);
-    QPointer<QWidget> contents = last->parentWidget();
-    doomed.reset();
-    QVERIFY(last.isNull() && contents.isNull());
-}
+    void dividesTheAreaBetweenRows()
+    {
+        Overview overview;
+        overview.addRow("A", constant);
+        overview.addRow("no records", nullptr)->recordWidget()->setSlotCount(1);
+        overview.addRow("no slot", nullptr);
+        overview.addRow("B", constant);
+        overview.addRow("C", constant);
+        const int size = overview.area().height();
+        const auto check = [&](double heightShare, double distanceShare) {
+            overview.repaint();
+            int index = 0;
+            for (const int row : {0, 3, 4}) {
+                QVERIFY(qAbs(overview.info(row).height - heightShare * size) <= 1);
+                QVERIFY(qAbs(overview.info(row).pos - index * distanceShare * size) <= 1);
+                ++index;
+            }
+        };
+        check(1.0 / 3, 1.0 / 3);
+        for (int i = 0; i < 5; ++i)
+            overview.widget->increaseOverlap();
+        check(0.5, 0.25);
+        for (int i = 0; i < 7; ++i)
+            overview.widget->increaseOverlap();
+        check(1, 0);
+        QCOMPARE(overview.info(1).height, -1);
 
-void MultiTraceWidgetTest::dividesTheAreaBetweenRows()
-{
-    Overview overview;
-    overview.addRow("A", constant);
-    overview.addRow("no records", nullptr)->recordWidget()->setSlotCount(1);
-    overview.addRow("no slot", nullptr);
-    overview.addRow("B", constant);
-    overview.addRow("C", constant);
-    const int size = overview.area().height();
-    const auto check = [&](double heightShare, double distanceShare) {
-        overview.repaint();
-        int index = 0;
-        for (const int row : {0, 3, 4}) {
-            QVERIFY(qAbs(overview.info(row).height - heightShare * size) <= 1);
-            QVERIFY(qAbs(overview.info(row).pos - index * distanceShare * size) <= 1);
-            ++index;
+        // Of equal traces the first one wins.
+        overview.click(5, overview.area().center().y());
+        QCOMPARE(overview.selected(), QStringList{"A"});
+
+        const int needed = 3 * overview.widget->fontMetrics().ascent();
+        overview.widget->setOrientation(Qt::Vertical);
+        QCOMPARE(overview.widget->minimumSize(), QSize(0, needed));
+        overview.widget->setOrientation(Qt::Horizontal);
+        QCOMPARE(overview.widget->minimumSize(), QSize(needed, 0));
+    }
+
+    void keysChangeAmplitudesAndOverlap()
+    {
+        Overview overview;
+        overview.addRow("A", wave);
+        MultiTraceWidget &widget = *overview.widget;
+        const Qt::KeyboardModifiers both = Qt::ControlModifier | Qt::ShiftModifier;
+        overview.view.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&overview.view));
+        const auto press = [&](Qt::Key key, Qt::KeyboardModifiers modifiers, int times) {
+            for (int i = 0; i < times; ++i)
+                QTest::keyClick(&overview.view, key, modifiers);
+        };
+        press(Qt::Key_Up, Qt::ControlModifier, 3);
+        QCOMPARE(widget.ampScale(), 2.5f);
+        press(Qt::Key_Down, Qt::ControlModifier, 5);
+        QCOMPARE(widget.ampScale(), 1.0f);
+        press(Qt::Key_Up, both, 12);
+        QVERIFY(widget.overlap() == 1.0);
+        press(Qt::Key_Down, both, 12);
+        QVERIFY(widget.overlap() == 0.0);
+    }
+
+    void clickSelectsNearestTrace_data()
+    {
+        QTest::addColumn<int>("overlapSteps");
+        QTest::addColumn<double>("seconds");
+        QTest::addColumn<double>("share");
+        QTest::addColumn<QString>("expected");
+        QTest::addColumn<QString>("turned");
+
+        // Of rows side by side only the one below the pointer counts, however far its trace is;
+        // with the rows beside each other, amplitudes grow to the right.
+        QTest::newRow("second row") << 0 << 7.0 << 0.60 << "falling"
+                                    << "falling";
+        // On top of each other the traces cross in the middle.
+        QTest::newRow("upper left") << 10 << 2.0 << 0.2 << "falling"
+                                    << "rising";
+        QTest::newRow("lower right") << 10 << 7.0 << 0.8 << "falling"
+                                     << "rising";
+        QTest::newRow("in the gap of both") << 10 << 8.5 << 0.5 << ""
+                                            << "";
+    }
+
+    void clickSelectsNearestTrace()
+    {
+        QFETCH(int, overlapSteps);
+        QFETCH(double, seconds);
+        QFETCH(double, share);
+
+        Overview overview;
+        for (int i = 0; i < overlapSteps; ++i)
+            overview.widget->increaseOverlap();
+        overview.view.setFilter(new NoFilter);
+        overview.view.setFilterEnabled(true);
+        overview.addRow("rising", rising, Qt::black, 8);
+        overview.addRow("falling", falling, Qt::black, 8);
+        for (const bool isFiltered : {true, false}) {
+            overview.view.setFilterEnabled(isFiltered);
+            overview.repaint();
+            overview.view.clearSelection();
+            const QRect area = overview.area();
+            overview.click(seconds, area.top() + static_cast<int>(share * area.height()));
+            QTEST(overview.selected().join(','), "expected");
         }
-    };
-    check(1.0 / 3, 1.0 / 3);
-    for (int i = 0; i < 5; ++i)
-        overview.widget->increaseOverlap();
-    check(0.5, 0.25);
-    for (int i = 0; i < 7; ++i)
-        overview.widget->increaseOverlap();
-    check(1, 0);
-    QCOMPARE(overview.info(1).height, -1);
 
-    // Of equal traces the first one wins.
-    overview.click(5, overview.area().center().y());
-    QCOMPARE(overview.selected(), QStringList{"A"});
-
-    const int needed = 3 * overview.widget->fontMetrics().ascent();
-    overview.widget->setOrientation(Qt::Vertical);
-    QCOMPARE(overview.widget->minimumSize(), QSize(0, needed));
-    overview.widget->setOrientation(Qt::Horizontal);
-    QCOMPARE(overview.widget->minimumSize(), QSize(needed, 0));
-}
-
-void MultiTraceWidgetTest::keysChangeAmplitudesAndOverlap()
-{
-    Overview overview;
-    overview.addRow("A", wave);
-    MultiTraceWidget &widget = *overview.widget;
-    const Qt::KeyboardModifiers both = Qt::ControlModifier | Qt::ShiftModifier;
-    overview.view.activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(&overview.view));
-    const auto press = [&](Qt::Key key, Qt::KeyboardModifiers modifiers, int times) {
-        for (int i = 0; i < times; ++i)
-            QTest::keyClick(&overview.view, key, modifiers);
-    };
-    press(Qt::Key_Up, Qt::ControlModifier, 3);
-    QCOMPARE(widget.ampScale(), 2.5f);
-    press(Qt::Key_Down, Qt::ControlModifier, 5);
-    QCOMPARE(widget.ampScale(), 1.0f);
-    press(Qt::Key_Up, both, 12);
-    QVERIFY(widget.overlap() == 1.0);
-    press(Qt::Key_Down, both, 12);
-    QVERIFY(widget.overlap() == 0.0);
-}
-
-void MultiTraceWidgetTest::clickSelectsNearestTrace_data()
-{
-    QTest::addColumn<int>("overlapSteps");
-    QTest::addColumn<double>("seconds");
-    QTest::addColumn<double>("share");
-    QTest::addColumn<QString>("expected");
-    QTest::addColumn<QString>("turned");
-
-    // Of rows side by side only the one below the pointer counts, however far its trace is; with
-    // the rows beside each other, amplitudes grow to the right.
-    QTest::newRow("second row") << 0 << 7.0 << 0.60 << "falling"
-                                << "falling";
-    // On top of each other the traces cross in the middle.
-    QTest::newRow("upper left") << 10 << 2.0 << 0.2 << "falling"
-                                << "rising";
-    QTest::newRow("lower right") << 10 << 7.0 << 0.8 << "falling"
-                                 << "rising";
-    QTest::newRow("in the gap of both") << 10 << 8.5 << 0.5 << ""
-                                        << "";
-}
-
-void MultiTraceWidgetTest::clickSelectsNearestTrace()
-{
-    QFETCH(int, overlapSteps);
-    QFETCH(double, seconds);
-    QFETCH(double, share);
-
-    Overview overview;
-    for (int i = 0; i < overlapSteps; ++i)
-        overview.widget->increaseOverlap();
-    overview.view.setFilter(new NoFilter);
-    overview.view.setFilterEnabled(true);
-    overview.addRow("rising", rising, Qt::black, 8);
-    overview.addRow("falling", falling, Qt::black, 8);
-    for (const bool isFiltered : {true, false}) {
-        overview.view.setFilterEnabled(isFiltered);
+        overview.widget->setOrientation(Qt::Horizontal);
         overview.repaint();
         overview.view.clearSelection();
         const QRect area = overview.area();
-        overview.click(seconds, area.top() + static_cast<int>(share * area.height()));
-        QTEST(overview.selected().join(','), "expected");
+        const int length = area.height() - overview.view.rulerSpacing();
+        QTest::mouseClick(overview.widget, Qt::LeftButton, Qt::NoModifier,
+                          QPoint(static_cast<int>(share * area.width()),
+                                 area.top() + static_cast<int>(seconds / Length * length)));
+        QTEST(overview.selected().join(','), "turned");
     }
 
-    overview.widget->setOrientation(Qt::Horizontal);
-    overview.repaint();
-    overview.view.clearSelection();
-    const QRect area = overview.area();
-    const int length = area.height() - overview.view.rulerSpacing();
-    QTest::mouseClick(overview.widget, Qt::LeftButton, Qt::NoModifier,
-                      QPoint(static_cast<int>(share * area.width()),
-                             area.top() + static_cast<int>(seconds / Length * length)));
-    QTEST(overview.selected().join(','), "turned");
-}
-
-void MultiTraceWidgetTest::dragSelectsAgain()
-{
-    Overview overview;
-    overview.addRow("A", constant);
-    overview.addRow("B", constant);
-    const QRect area = overview.area();
-    const QPoint inA(area.center().x(), area.top() + area.height() / 4);
-    const QPoint inB(area.center().x(), area.top() + area.height() * 3 / 4);
-
-    QTest::mouseClick(overview.widget, Qt::RightButton, Qt::NoModifier, inA);
-    QCOMPARE(overview.selected(), QStringList());
-    QTest::mousePress(overview.widget, Qt::LeftButton, Qt::NoModifier, inA);
-    QCOMPARE(overview.selected(), QStringList{"A"});
-    const auto moveTo = [&](const QPoint &position, Qt::MouseButtons buttons) {
-        QMouseEvent event(QEvent::MouseMove, position, Qt::NoButton, buttons, Qt::NoModifier);
-        QCoreApplication::sendEvent(overview.widget, &event);
-    };
-    moveTo(inB, Qt::LeftButton);
-    QCOMPARE(overview.selected(), QStringList{"B"});
-    QTest::mouseRelease(overview.widget, Qt::LeftButton, Qt::NoModifier, inB);
-    moveTo(inA, Qt::NoButton);
-    QCOMPARE(overview.selected(), QStringList{"B"});
-    QVERIFY(!overview.view.itemAt(0)->isSelected());
-}
-
-void MultiTraceWidgetTest::drawsTracesInTheirRows()
-{
-    OwnScheme scheme;
-    for (const bool antiAliasing : {false, true}) {
-        scheme.records().antiAliasing = antiAliasing;
+    void dragSelectsAgain()
+    {
         Overview overview;
-        overview.addRow("", wave, Qt::red);
-        overview.addRow("", wave, Qt::green);
+        overview.addRow("A", constant);
+        overview.addRow("B", constant);
+        const QRect area = overview.area();
+        const QPoint inA(area.center().x(), area.top() + area.height() / 4);
+        const QPoint inB(area.center().x(), area.top() + area.height() * 3 / 4);
+
+        QTest::mouseClick(overview.widget, Qt::RightButton, Qt::NoModifier, inA);
+        QCOMPARE(overview.selected(), QStringList());
+        QTest::mousePress(overview.widget, Qt::LeftButton, Qt::NoModifier, inA);
+        QCOMPARE(overview.selected(), QStringList{"A"});
+        const auto moveTo = [&](const QPoint &position, Qt::MouseButtons buttons) {
+            QMouseEvent event(QEvent::MouseMove, position, Qt::NoButton, buttons, Qt::NoModifier);
+            QCoreApplication::sendEvent(overview.widget, &event);
+        };
+        moveTo(inB, Qt::LeftButton);
+        QCOMPARE(overview.selected(), QStringList{"B"});
+        QTest::mouseRelease(overview.widget, Qt::LeftButton, Qt::NoModifier, inB);
+        moveTo(inA, Qt::NoButton);
+        QCOMPARE(overview.selected(), QStringList{"B"});
+        QVERIFY(!overview.view.itemAt(0)->isSelected());
+    }
+
+    void drawsTracesInTheirRows()
+    {
+        OwnScheme scheme;
+        for (const bool antiAliasing : {false, true}) {
+            scheme.records().antiAliasing = antiAliasing;
+            Overview overview;
+            overview.addRow("", wave, Qt::red);
+            overview.addRow("", wave, Qt::green);
+            const QImage picture = overview.repaint();
+            const QRect area = overview.area();
+            int top = area.top();
+            for (const QColor color : {Qt::red, Qt::green}) {
+                const QRect ink = Ink::rectOf(picture, picture.rect(), [&](QRgb pixel) {
+                    const QColor found(pixel);
+                    return qAbs(found.hue() - color.hue()) < 3 && found.saturation() > 100;
+                });
+                QVERIFY(qAbs(ink.top() - top) <= 1);
+                QVERIFY(qAbs(ink.height() - area.height() / 2) <= 2);
+                QVERIFY(qAbs(ink.left() - area.left()) <= 1);
+                QVERIFY(qAbs(ink.right() - area.right()) <= 3);
+                top += area.height() / 2;
+            }
+        }
+    }
+
+    void turnsTracesClockwise()
+    {
+        Overview overview;
+        overview.view.resize(800, 800);
+        overview.addRow(
+            "", [](double seconds) { return seconds < 2 ? 1000 : 0; }, Qt::red);
+        overview.addRow("", constant, Qt::green);
+        overview.widget->setOrientation(Qt::Horizontal);
         const QImage picture = overview.repaint();
         const QRect area = overview.area();
-        int top = area.top();
-        for (const QColor color : {Qt::red, Qt::green}) {
-            const QRect ink = Ink::rectOf(picture, picture.rect(), [&](QRgb pixel) {
-                const QColor found(pixel);
-                return qAbs(found.hue() - color.hue()) < 3 && found.saturation() > 100;
-            });
-            QVERIFY(qAbs(ink.top() - top) <= 1);
-            QVERIFY(qAbs(ink.height() - area.height() / 2) <= 2);
-            QVERIFY(qAbs(ink.left() - area.left()) <= 1);
-            QVERIFY(qAbs(ink.right() - area.right()) <= 3);
-            top += area.height() / 2;
-        }
+
+        // The step up of the first two seconds lies on the right, at the top.
+        const QRect upper(area.left(), area.top(), area.width(), area.height() / 10);
+        const QRect lower(area.left(), area.center().y(), area.width(), area.height() / 10);
+        const auto isRed = [](QRgb pixel) { return pixel == QColor(Qt::red).rgb(); };
+        QVERIFY(qAbs(Ink::rectOf(picture, upper, isRed).left() - area.width() / 2) <= 2);
+        QVERIFY(Ink::rectOf(picture, lower, isRed).right() <= 1);
+        const QRect second = Ink::rectOfColor(picture, Qt::green);
+        QVERIFY(qAbs(second.left() - area.width() * 3 / 4) <= 2);
+        QCOMPARE(second.width(), 1);
     }
-}
 
-void MultiTraceWidgetTest::turnsTracesClockwise()
-{
-    Overview overview;
-    overview.view.resize(800, 800);
-    overview.addRow(
-        "", [](double seconds) { return seconds < 2 ? 1000 : 0; }, Qt::red);
-    overview.addRow("", constant, Qt::green);
-    overview.widget->setOrientation(Qt::Horizontal);
-    const QImage picture = overview.repaint();
-    const QRect area = overview.area();
-
-    // The step up of the first two seconds lies on the right, at the top.
-    const QRect upper(area.left(), area.top(), area.width(), area.height() / 10);
-    const QRect lower(area.left(), area.center().y(), area.width(), area.height() / 10);
-    const auto isRed = [](QRgb pixel) { return pixel == QColor(Qt::red).rgb(); };
-    QVERIFY(qAbs(Ink::rectOf(picture, upper, isRed).left() - area.width() / 2) <= 2);
-    QVERIFY(Ink::rectOf(picture, lower, isRed).right() <= 1);
-    const QRect second = Ink::rectOfColor(picture, Qt::green);
-    QVERIFY(qAbs(second.left() - area.width() * 3 / 4) <= 2);
-    QCOMPARE(second.width(), 1);
-}
-
-void MultiTraceWidgetTest::normalizesRows()
-{
-    Overview overview;
-    overview.addRow(
-        "", [](double seconds) { return wave(seconds) * (seconds < Length ? 1 : 10); }, Qt::red,
-        2 * Length);
-    overview.addRow(
-        "", [](double seconds) { return wave(seconds) / 4; }, Qt::green);
-    const int rowHeight = overview.area().height() / 2;
-    const auto fits = [&](const QColor &color, int height) {
-        return qAbs(Ink::rectOfColor(overview.repaint(), color).height() - height) < 4;
-    };
-    QVERIFY(fits(Qt::red, rowHeight) && fits(Qt::green, rowHeight));
-    overview.view.setAllTracesNormalization(true);
-    QVERIFY(fits(Qt::red, rowHeight) && fits(Qt::green, rowHeight / 4));
-    // Twice the amplitude.
-    overview.widget->increaseAmpScale();
-    overview.widget->increaseAmpScale();
-    QVERIFY(fits(Qt::green, rowHeight / 2));
-    overview.widget->decreaseAmpScale();
-    overview.widget->decreaseAmpScale();
-    overview.view.setAllTracesNormalization(false);
-    overview.view.setWindowNormalization(false);
-    QVERIFY(fits(Qt::red, rowHeight / 10));
-}
-
-void MultiTraceWidgetTest::fillsLobesOnlyWithWiggles()
-{
-    OwnScheme scheme;
-    for (const bool antiAliasing : {false, true}) {
-        scheme.records().antiAliasing = antiAliasing;
+    void normalizesRows()
+    {
         Overview overview;
-        Trace *row = overview.addRow("", wave);
-        const auto inkOf = [&](const QColor &color, double from, double to) {
-            const QRect area = overview.area();
-            const QImage part =
-                overview.repaint().copy(QRect(QPoint(overview.pixelOf(from), area.top()),
-                                              QPoint(overview.pixelOf(to), area.bottom())));
-            return Ink::rectOfColor(part, color);
+        overview.addRow(
+            "", [](double seconds) { return wave(seconds) * (seconds < Length ? 1 : 10); }, Qt::red,
+            2 * Length);
+        overview.addRow(
+            "", [](double seconds) { return wave(seconds) / 4; }, Qt::green);
+        const int rowHeight = overview.area().height() / 2;
+        const auto fits = [&](const QColor &color, int height) {
+            return qAbs(Ink::rectOfColor(overview.repaint(), color).height() - height) < 4;
         };
-        QVERIFY(inkOf(red, 0, Length).isNull() && inkOf(blue, 0, Length).isNull());
-
-        overview.widget->setWigglesShown(true);
-        const int height = overview.area().height();
-        const QRect above = inkOf(red, 5, 7.5);
-        const QRect below = inkOf(blue, 7.5, 10);
-        QVERIFY(above.height() > height * 4 / 10 && above.bottom() < height / 2 + 3);
-        QVERIFY(below.height() > height * 4 / 10 && below.top() > height / 2 - 3);
-
-        // The offset of a trace moves the line of its lobes: here to the top of the row.
-        row->recordWidget()->records(0)->clear();
-        feed(row, 0, record(0, Length, [](double seconds) { return wave(seconds) + 1000; }));
-        QVERIFY(inkOf(red, 0, Length).height() <= 2);
-        QVERIFY(inkOf(blue, 0, Length).height() > height * 9 / 10);
+        QVERIFY(fits(Qt::red, rowHeight) && fits(Qt::green, rowHeight));
+        overview.view.setAllTracesNormalization(true);
+        QVERIFY(fits(Qt::red, rowHeight) && fits(Qt::green, rowHeight / 4));
+        // Twice the amplitude.
+        overview.widget->increaseAmpScale();
+        overview.widget->increaseAmpScale();
+        QVERIFY(fits(Qt::green, rowHeight / 2));
+        overview.widget->decreaseAmpScale();
+        overview.widget->decreaseAmpScale();
+        overview.view.setAllTracesNormalization(false);
+        overview.view.setWindowNormalization(false);
+        QVERIFY(fits(Qt::red, rowHeight / 10));
     }
-}
 
-void MultiTraceWidgetTest::drawsGridAtTicks()
-{
-    OwnScheme scheme;
-    scheme.records().gridMinor = QPen(Qt::yellow, 1);
-    Overview overview;
-    const Tellarix::Gui::TimeScale &scale = *overview.view.timeScale();
-    const auto columns = [&] {
+    void fillsLobesOnlyWithWiggles()
+    {
+        OwnScheme scheme;
+        for (const bool antiAliasing : {false, true}) {
+            scheme.records().antiAliasing = antiAliasing;
+            Overview overview;
+            Trace *row = overview.addRow("", wave);
+            const auto inkOf = [&](const QColor &color, double from, double to) {
+                const QRect area = overview.area();
+                const QImage part =
+                    overview.repaint().copy(QRect(QPoint(overview.pixelOf(from), area.top()),
+                                                  QPoint(overview.pixelOf(to), area.bottom())));
+                return Ink::rectOfColor(part, color);
+            };
+            QVERIFY(inkOf(red, 0, Length).isNull() && inkOf(blue, 0, Length).isNull());
+
+            overview.widget->setWigglesShown(true);
+            const int height = overview.area().height();
+            const QRect above = inkOf(red, 5, 7.5);
+            const QRect below = inkOf(blue, 7.5, 10);
+            QVERIFY(above.height() > height * 4 / 10 && above.bottom() < height / 2 + 3);
+            QVERIFY(below.height() > height * 4 / 10 && below.top() > height / 2 - 3);
+
+            // The offset of a trace moves the line of its lobes: here to the top of the row.
+            row->recordWidget()->records(0)->clear();
+            feed(row, 0, record(0, Length, [](double seconds) { return wave(seconds) + 1000; }));
+            QVERIFY(inkOf(red, 0, Length).height() <= 2);
+            QVERIFY(inkOf(blue, 0, Length).height() > height * 9 / 10);
+        }
+    }
+
+    void drawsGridAtTicks()
+    {
+        OwnScheme scheme;
+        scheme.records().gridMinor = QPen(Qt::yellow, 1);
+        Overview overview;
+        const Tellarix::Gui::TimeScale &scale = *overview.view.timeScale();
+        const auto columns = [&] {
+            const QImage picture = overview.repaint();
+            QVector<int> found;
+            for (int x = 0; x < picture.width(); ++x) {
+                if (picture.pixel(x, 100) == QColor(Qt::yellow).rgb())
+                    found.append(x);
+            }
+            return found;
+        };
+
+        // Ticks stand at whole times of day, not at whole seconds from here.
+        overview.view.setAlignment(timeAt(100.7));
+        QVERIFY(scale.offset() != 0);
+        for (const double start : {0.0, 0.3}) {
+            overview.view.setTimeRange(start, start + Length);
+            QVector<int> expected;
+            for (const double tick : Tellarix::Gui::tickValues(
+                     scale.lower(), scale.upper(), scale.minorSpacing(), scale.offset())) {
+                const double x = overview.area().left() + (tick - scale.lower()) * scale.scale();
+                if (x < overview.area().right())
+                    expected.append(static_cast<int>(x + 1E-6));
+            }
+            QCOMPARE(columns(), expected);
+        }
+    }
+
+    void drawsMarkers()
+    {
+        Overview overview;
+        overview.addRow("A", constant);
+        Trace *row = overview.addRow("B", constant);
+        overview.addRow("C", constant);
+        const auto add = [&](double seconds, const QColor &color, Qt::Alignment alignment = {}) {
+            auto *marker = new RecordMarker(timeAt(seconds));
+            marker->setColor(color);
+            marker->setAlignment(alignment);
+            row->recordWidget()->addMarker(marker);
+            return marker;
+        };
+        add(4, Qt::magenta);
+        add(5, Qt::yellow, Qt::AlignTop);
+        add(7, Qt::darkGreen, Qt::AlignBottom);
+        add(6, Qt::cyan)->setHidden(true);
+        add(-0.5, Qt::cyan);
+        RecordMarker *moved = add(2, Qt::cyan);
+        moved->setMovable(true);
+        moved->setModifiedColor(Qt::green);
+        moved->setCorrectedTime(timeAt(3));
         const QImage picture = overview.repaint();
-        QVector<int> found;
-        for (int x = 0; x < picture.width(); ++x) {
-            if (picture.pixel(x, 100) == QColor(Qt::yellow).rgb())
-                found.append(x);
-        }
-        return found;
-    };
 
-    // Ticks stand at whole times of day, not at whole seconds from here.
-    overview.view.setAlignment(timeAt(100.7));
-    QVERIFY(scale.offset() != 0);
-    for (const double start : {0.0, 0.3}) {
-        overview.view.setTimeRange(start, start + Length);
-        QVector<int> expected;
-        for (const double tick : Tellarix::Gui::tickValues(scale.lower(), scale.upper(),
-                                                           scale.minorSpacing(), scale.offset())) {
-            const double x = overview.area().left() + (tick - scale.lower()) * scale.scale();
-            if (x < overview.area().right())
-                expected.append(static_cast<int>(x + 1E-6));
-        }
-        QCOMPARE(columns(), expected);
+        const double height = overview.area().height() / 3.0;
+        const double top = overview.area().top() + height;
+        const auto stands = [&](const QColor &color, double seconds, double from, double to) {
+            const QRect ink = Ink::rectOfColor(picture, color);
+            return ink.left() == overview.pixelOf(seconds) && ink.width() == 1 &&
+                   qAbs(ink.top() - (top + from * height)) <= 2 &&
+                   qAbs(ink.bottom() - (top + to * height)) <= 2;
+        };
+        QVERIFY(stands(Qt::magenta, 4, 0, 1));
+        QVERIFY(stands(Qt::yellow, 5, 0, 0.5));
+        QVERIFY(stands(Qt::darkGreen, 7, 0.5, 1));
+        QVERIFY(stands(Qt::green, 3, 0, 1));
+        // Hidden, in the strip of the labels, or moved on.
+        QVERIFY(Ink::rectOfColor(picture, Qt::cyan).isNull());
     }
-}
 
-void MultiTraceWidgetTest::drawsMarkers()
-{
-    Overview overview;
-    overview.addRow("A", constant);
-    Trace *row = overview.addRow("B", constant);
-    overview.addRow("C", constant);
-    const auto add = [&](double seconds, const QColor &color, Qt::Alignment alignment = {}) {
-        auto *marker = new RecordMarker(timeAt(seconds));
-        marker->setColor(color);
-        marker->setAlignment(alignment);
-        row->recordWidget()->addMarker(marker);
-        return marker;
-    };
-    add(4, Qt::magenta);
-    add(5, Qt::yellow, Qt::AlignTop);
-    add(7, Qt::darkGreen, Qt::AlignBottom);
-    add(6, Qt::cyan)->setHidden(true);
-    add(-0.5, Qt::cyan);
-    RecordMarker *moved = add(2, Qt::cyan);
-    moved->setMovable(true);
-    moved->setModifiedColor(Qt::green);
-    moved->setCorrectedTime(timeAt(3));
-    const QImage picture = overview.repaint();
-
-    const double height = overview.area().height() / 3.0;
-    const double top = overview.area().top() + height;
-    const auto stands = [&](const QColor &color, double seconds, double from, double to) {
-        const QRect ink = Ink::rectOfColor(picture, color);
-        return ink.left() == overview.pixelOf(seconds) && ink.width() == 1 &&
-               qAbs(ink.top() - (top + from * height)) <= 2 &&
-               qAbs(ink.bottom() - (top + to * height)) <= 2;
-    };
-    QVERIFY(stands(Qt::magenta, 4, 0, 1));
-    QVERIFY(stands(Qt::yellow, 5, 0, 0.5));
-    QVERIFY(stands(Qt::darkGreen, 7, 0.5, 1));
-    QVERIFY(stands(Qt::green, 3, 0, 1));
-    // Hidden, in the strip of the labels, or moved on.
-    QVERIFY(Ink::rectOfColor(picture, Qt::cyan).isNull());
-}
-
-void MultiTraceWidgetTest::showsRecordsThatArrive()
-{
-    Overview overview;
-    overview.addRow("", wave, Qt::green);
-    Trace *row = overview.addRow("", nullptr, Qt::red);
-    QVERIFY(Ink::rectOfColor(overview.repaint(), Qt::red).isNull());
-    feed(row, 0, record(0, 3, wave));
-    QTRY_VERIFY(!Ink::rectOfColor(overview.repaint(), Qt::red).isNull());
-    // The other row has made room.
-    QVERIFY(Ink::rectOfColor(overview.repaint(), Qt::green).bottom() <=
-            overview.area().center().y() + 1);
-    feed(row, 0, record(3, 6, wave));
-    QTRY_VERIFY(Ink::rectOfColor(overview.repaint(), Qt::red).right() >= overview.pixelOf(5.8));
-}
+    void showsRecordsThatArrive()
+    {
+        Overview overview;
+        overview.addRow("", wave, Qt::green);
+        Trace *row = overview.addRow("", nullptr, Qt::red);
+        QVERIFY(Ink::rectOfColor(overview.repaint(), Qt::red).isNull());
+        feed(row, 0, record(0, 3, wave));
+        QTRY_VERIFY(!Ink::rectOfColor(overview.repaint(), Qt::red).isNull());
+        // The other row has made room.
+        QVERIFY(Ink::rectOfColor(overview.repaint(), Qt::green).bottom() <=
+                overview.area().center().y() + 1);
+        feed(row, 0, record(3, 6, wave));
+        QTRY_VERIFY(Ink::rectOfColor(overview.repaint(), Qt::red).right() >= overview.pixelOf(5.8));
+    }
+};
 
 QTEST_MAIN(MultiTraceWidgetTest)
 #include "tst_multitracewidget.moc"

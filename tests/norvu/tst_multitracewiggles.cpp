@@ -134,143 +134,139 @@ class MultiTraceWigglesTest : public QObject
     Q_OBJECT
 
 private slots:
-    void splitsTracesIntoLobes_data();
-    void splitsTracesIntoLobes();
-    void crossesBetweenPixels();
-    void spansFillWhatPolygonsFill();
-    void statisticsEqualPlainScan();
-    void ignoresSamplesThatAreNotFinite();
-    void findsAmplitudes();
+    void splitsTracesIntoLobes_data()
+    {
+        QTest::addColumn<Polygons>("lines");
+        QTest::addColumn<Polygons>("positive");
+        QTest::addColumn<Polygons>("negative");
+        using P = QPoint;
+
+        QTest::newRow("below, in two stretches")
+            << Polygons{line({P(0, 13), P(4, 11)}), line({P(6, 12)})} << Polygons()
+            << Polygons{line({P(0, 10), P(0, 13), P(4, 11), P(4, 10)}),
+                        line({P(6, 10), P(6, 12), P(6, 10)})};
+        QTest::newRow("crosses twice, truncated")
+            << Polygons{line({P(0, 5), P(3, 14), P(10, 9)})}
+            << Polygons{line({P(0, 10), P(0, 5), P(1, 10)}), line({P(8, 10), P(10, 9), P(10, 10)})}
+            << Polygons{line({P(1, 10), P(3, 14), P(8, 10)})};
+        QTest::newRow("point on the line belongs to both")
+            << Polygons{line({P(0, 8), P(2, 10), P(4, 8)})}
+            << Polygons{line({P(0, 10), P(0, 8), P(2, 10), P(4, 8), P(4, 10)})}
+            << Polygons{line({P(2, 10), P(2, 10), P(2, 10)})};
+        QTest::newRow("upper lobe is lost at an end on the line")
+            << Polygons{line({P(0, 8), P(2, 10)}), line({P(6, 8)})}
+            << Polygons{line({P(6, 10), P(6, 8), P(6, 10)})}
+            << Polygons{line({P(2, 10), P(2, 10), P(2, 10)})};
+    }
+
+    void splitsTracesIntoLobes()
+    {
+        QFETCH(Polygons, lines);
+        Polygons positive, negative;
+        generateWiggles<QPolygon, QPoint>(positive, negative, lines, 10);
+        QTEST(positive, "positive");
+        QTEST(negative, "negative");
+    }
+
+    void crossesBetweenPixels()
+    {
+        QVector<QPolygonF> positive, negative;
+        const QPolygonF trace(QVector<QPointF>{QPointF(0, 5), QPointF(3, 14)});
+        generateWiggles<QPolygonF, QPointF>(positive, negative, {trace}, 9.5);
+        const QPointF crossing(1.5, 9.5);
+        QCOMPARE(positive,
+                 QVector<QPolygonF>{QPolygonF({QPointF(0, 9.5), QPointF(0, 5), crossing})});
+        QCOMPARE(negative,
+                 QVector<QPolygonF>{QPolygonF({crossing, QPointF(3, 14), QPointF(3, 9.5)})});
+    }
+
+    void spansFillWhatPolygonsFill()
+    {
+        // Several points a column, one a column, and one in several.
+        const QPair<int, int> densities[] = {{6, 1}, {1, 1}, {1, 12}};
+        std::mt19937 random(7);
+        for (int run = 0; run < 48; ++run) {
+            const auto [mostPoints, mostStep] = densities[run % 3];
+            const bool isTurned = run % 2;
+            Polygons lobes[2];
+            const QPolygon trace = randomTrace(random, 100, mostPoints, mostStep);
+            generateWiggles<QPolygon, QPoint>(lobes[0], lobes[1], {trace}, 30 + run);
+            for (Polygons &side : lobes) {
+                for (QPolygon &lobe : side)
+                    lobe = isTurned ? turned(lobe, 100) : lobe;
+                const QImage spans = filled([&](QPainter &painter) {
+                    fillSpans(painter, lobeSpans(side, isTurned), isTurned);
+                });
+                const QImage polygons = filled([&](QPainter &painter) {
+                    for (const QPolygon &lobe : qAsConst(side))
+                        painter.drawPolygon(lobe, Qt::OddEvenFill);
+                });
+                // A centre right on a slanted edge may fall to either side.
+                int differing = 0;
+                for (int i = 0; i < spans.width() * spans.height(); ++i)
+                    differing += spans.pixel(i % 120, i / 120) != polygons.pixel(i % 120, i / 120);
+                QVERIFY(differing <= 10);
+            }
+        }
+    }
+
+    void statisticsEqualPlainScan()
+    {
+        std::mt19937 random(3);
+        std::uniform_real_distribution<double> time(-20, 250);
+        for (int run = 0; run < 200; ++run) {
+            const auto sequence = randomSequence(random);
+            const auto randomWindow = [&](int rarity) {
+                const double start = time(random);
+                return run % rarity ? window(start, start + std::abs(time(random)) / (run % 7 + 1))
+                                    : TimeWindow();
+            };
+            const TimeWindow shown = randomWindow(10);
+            const TimeWindow offsetWindow = run % 3 ? TimeWindow() : randomWindow(2);
+            const Statistics expected = plainStatistics(*sequence, shown, offsetWindow);
+
+            Statistics found{-1, -1, -1};
+            minmax(sequence.get(), shown, found.offset, found.minimum, found.maximum, offsetWindow);
+            QCOMPARE(found.minimum, expected.minimum);
+            QCOMPARE(found.maximum, expected.maximum);
+            QVERIFY(std::abs(found.offset - expected.offset) <=
+                    1E-9 * (1 + std::abs(expected.offset)));
+        }
+    }
+
+    void ignoresSamplesThatAreNotFinite()
+    {
+        RingBuffer sequence(0);
+        sequence.feed(
+            makeRecord(at(0), 1, arrayOf<double>({NaN, 2, Infinity, 4, -Infinity})).get());
+        Statistics found;
+        minmax(&sequence, {}, found.offset, found.minimum, found.maximum, {});
+        QCOMPARE(found.minimum, 2.0);
+        QCOMPARE(found.maximum, 4.0);
+        QCOMPARE(found.offset, 3.0);
+    }
+
+    void findsAmplitudes()
+    {
+        // Before, at the first of several points of a column, between points, in the gap.
+        const QPair<int, double> amplitudes[] = {{-1, NaN}, {4, 20}, {5, 27}, {8, 28}, {15, NaN}};
+        const Polygons lines{
+            line({QPoint(0, 10), QPoint(4, 20), QPoint(7, 41), QPoint(9, 14), QPoint(10, 11)}),
+            QPolygon(), line({QPoint(20, 99)})};
+        for (const bool isTurned : {false, true}) {
+            Polygons polygons = lines;
+            for (QPolygon &polygon : polygons) {
+                for (QPoint &point : polygon)
+                    point = isTurned ? QPoint(point.y(), point.x()) : point;
+            }
+            for (const auto &[time, expected] : amplitudes) {
+                double found = NaN;
+                QCOMPARE(amplitudeAt(polygons, time, isTurned, found), !std::isnan(expected));
+                QCOMPARE(found, expected);
+            }
+        }
+    }
 };
-
-void MultiTraceWigglesTest::splitsTracesIntoLobes_data()
-{
-    QTest::addColumn<Polygons>("lines");
-    QTest::addColumn<Polygons>("positive");
-    QTest::addColumn<Polygons>("negative");
-    using P = QPoint;
-
-    QTest::newRow("below, in two stretches")
-        << Polygons{line({P(0, 13), P(4, 11)}), line({P(6, 12)})} << Polygons()
-        << Polygons{line({P(0, 10), P(0, 13), P(4, 11), P(4, 10)}),
-                    line({P(6, 10), P(6, 12), P(6, 10)})};
-    QTest::newRow("crosses twice, truncated")
-        << Polygons{line({P(0, 5), P(3, 14), P(10, 9)})}
-        << Polygons{line({P(0, 10), P(0, 5), P(1, 10)}), line({P(8, 10), P(10, 9), P(10, 10)})}
-        << Polygons{line({P(1, 10), P(3, 14), P(8, 10)})};
-    QTest::newRow("point on the line belongs to both")
-        << Polygons{line({P(0, 8), P(2, 10), P(4, 8)})}
-        << Polygons{line({P(0, 10), P(0, 8), P(2, 10), P(4, 8), P(4, 10)})}
-        << Polygons{line({P(2, 10), P(2, 10), P(2, 10)})};
-    QTest::newRow("upper lobe is lost at an end on the line")
-        << Polygons{line({P(0, 8), P(2, 10)}), line({P(6, 8)})}
-        << Polygons{line({P(6, 10), P(6, 8), P(6, 10)})}
-        << Polygons{line({P(2, 10), P(2, 10), P(2, 10)})};
-}
-
-void MultiTraceWigglesTest::splitsTracesIntoLobes()
-{
-    QFETCH(Polygons, lines);
-    Polygons positive, negative;
-    generateWiggles<QPolygon, QPoint>(positive, negative, lines, 10);
-    QTEST(positive, "positive");
-    QTEST(negative, "negative");
-}
-
-void MultiTraceWigglesTest::crossesBetweenPixels()
-{
-    QVector<QPolygonF> positive, negative;
-    const QPolygonF trace(QVector<QPointF>{QPointF(0, 5), QPointF(3, 14)});
-    generateWiggles<QPolygonF, QPointF>(positive, negative, {trace}, 9.5);
-    const QPointF crossing(1.5, 9.5);
-    QCOMPARE(positive, QVector<QPolygonF>{QPolygonF({QPointF(0, 9.5), QPointF(0, 5), crossing})});
-    QCOMPARE(negative, QVector<QPolygonF>{QPolygonF({crossing, QPointF(3, 14), QPointF(3, 9.5)})});
-}
-
-void MultiTraceWigglesTest::spansFillWhatPolygonsFill()
-{
-    // Several points a column, one a column, and one in several.
-    const QPair<int, int> densities[] = {{6, 1}, {1, 1}, {1, 12}};
-    std::mt19937 random(7);
-    for (int run = 0; run < 48; ++run) {
-        const auto [mostPoints, mostStep] = densities[run % 3];
-        const bool isTurned = run % 2;
-        Polygons lobes[2];
-        const QPolygon trace = randomTrace(random, 100, mostPoints, mostStep);
-        generateWiggles<QPolygon, QPoint>(lobes[0], lobes[1], {trace}, 30 + run);
-        for (Polygons &side : lobes) {
-            for (QPolygon &lobe : side)
-                lobe = isTurned ? turned(lobe, 100) : lobe;
-            const QImage spans = filled([&](QPainter &painter) {
-                fillSpans(painter, lobeSpans(side, isTurned), isTurned);
-            });
-            const QImage polygons = filled([&](QPainter &painter) {
-                for (const QPolygon &lobe : qAsConst(side))
-                    painter.drawPolygon(lobe, Qt::OddEvenFill);
-            });
-            // A centre right on a slanted edge may fall to either side.
-            int differing = 0;
-            for (int i = 0; i < spans.width() * spans.height(); ++i)
-                differing += spans.pixel(i % 120, i / 120) != polygons.pixel(i % 120, i / 120);
-            QVERIFY(differing <= 10);
-        }
-    }
-}
-
-void MultiTraceWigglesTest::statisticsEqualPlainScan()
-{
-    std::mt19937 random(3);
-    std::uniform_real_distribution<double> time(-20, 250);
-    for (int run = 0; run < 200; ++run) {
-        const auto sequence = randomSequence(random);
-        const auto randomWindow = [&](int rarity) {
-            const double start = time(random);
-            return run % rarity ? window(start, start + std::abs(time(random)) / (run % 7 + 1))
-                                : TimeWindow();
-        };
-        const TimeWindow shown = randomWindow(10);
-        const TimeWindow offsetWindow = run % 3 ? TimeWindow() : randomWindow(2);
-        const Statistics expected = plainStatistics(*sequence, shown, offsetWindow);
-
-        Statistics found{-1, -1, -1};
-        minmax(sequence.get(), shown, found.offset, found.minimum, found.maximum, offsetWindow);
-        QCOMPARE(found.minimum, expected.minimum);
-        QCOMPARE(found.maximum, expected.maximum);
-        QVERIFY(std::abs(found.offset - expected.offset) <= 1E-9 * (1 + std::abs(expected.offset)));
-    }
-}
-
-void MultiTraceWigglesTest::ignoresSamplesThatAreNotFinite()
-{
-    RingBuffer sequence(0);
-    sequence.feed(makeRecord(at(0), 1, arrayOf<double>({NaN, 2, Infinity, 4, -Infinity})).get());
-    Statistics found;
-    minmax(&sequence, {}, found.offset, found.minimum, found.maximum, {});
-    QCOMPARE(found.minimum, 2.0);
-    QCOMPARE(found.maximum, 4.0);
-    QCOMPARE(found.offset, 3.0);
-}
-
-void MultiTraceWigglesTest::findsAmplitudes()
-{
-    // Before, at the first of several points of a column, between points, in the gap.
-    const QPair<int, double> amplitudes[] = {{-1, NaN}, {4, 20}, {5, 27}, {8, 28}, {15, NaN}};
-    const Polygons lines{
-        line({QPoint(0, 10), QPoint(4, 20), QPoint(7, 41), QPoint(9, 14), QPoint(10, 11)}),
-        QPolygon(), line({QPoint(20, 99)})};
-    for (const bool isTurned : {false, true}) {
-        Polygons polygons = lines;
-        for (QPolygon &polygon : polygons) {
-            for (QPoint &point : polygon)
-                point = isTurned ? QPoint(point.y(), point.x()) : point;
-        }
-        for (const auto &[time, expected] : amplitudes) {
-            double found = NaN;
-            QCOMPARE(amplitudeAt(polygons, time, isTurned, found), !std::isnan(expected));
-            QCOMPARE(found, expected);
-        }
-    }
-}
 
 QTEST_APPLESS_MAIN(MultiTraceWigglesTest)
 #include "tst_multitracewiggles.moc"

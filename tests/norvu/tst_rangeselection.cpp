@@ -48,53 +48,52 @@ class RangeSelectionTest : public QObject
     Q_OBJECT
 
 private slots:
-    void showsBandWhileDragging();
-    void bandStandsBesideAxis();
+    void showsBandWhileDragging()
+    {
+        Selecting<Tellarix::DataModel::WaveformStreamID> widget{
+            Tellarix::DataModel::WaveformStreamID()};
+        QSignalSpy spy(&widget,
+                       SIGNAL(selectedTimeRange(Tellarix::Core::Time, Tellarix::Core::Time)));
+        QVERIFY(spy.isValid());
+
+        QTest::mousePress(&widget, Qt::LeftButton, Qt::NoModifier, QPoint(50, 30));
+        QVERIFY(widget.bandRect().isEmpty());
+        moveTo(widget, QPoint(120, 30));
+        const QRect band = widget.bandRect();
+        QCOMPARE(band.left(), 50);
+        QCOMPARE(band.right(), 120);
+        QVERIFY(band.height() >= widget.height() - 2);
+        // Blue with an alpha of 64, laid on once.
+        const QImage picture = Ink::picture(widget);
+        QVERIFY(std::abs(qRed(picture.pixel(85, 20)) - qRed(picture.pixel(20, 20)) * 191 / 255) <=
+                2);
+
+        widget.setDrawSelection(false);
+        QVERIFY(widget.bandRect().isEmpty());
+        widget.setDrawSelection(true);
+
+        QTest::mouseRelease(&widget, Qt::LeftButton, Qt::NoModifier, QPoint(120, 30));
+        QVERIFY(widget.bandRect().isEmpty());
+        QCOMPARE(spy.count(), 1);
+        QVERIFY(spy[0][0].value<Time>() == Start + TimeSpan(25.0));
+        QVERIFY(spy[0][1].value<Time>() == Start + TimeSpan(60.0));
+
+        widget.onChangingTimeRange(Start + TimeSpan(40.0), Start + TimeSpan(40.0));
+        QVERIFY(widget.bandRect().isEmpty());
+    }
+
+    void bandStandsBesideAxis()
+    {
+        Selecting<> widget;
+        widget.setDrawAxis(true);
+        widget.setAxisWidth(60);
+        const QImage before = Ink::picture(widget);
+        widget.onChangingTimeRange(Start + TimeSpan(10.0), Start + TimeSpan(30.0));
+        const QRect band = Ink::rectOfDifference(before, Ink::picture(widget));
+        QCOMPARE(band.left(), 80);
+        QCOMPARE(band.width(), 41);
+    }
 };
-
-void RangeSelectionTest::showsBandWhileDragging()
-{
-    Selecting<Tellarix::DataModel::WaveformStreamID> widget{
-        Tellarix::DataModel::WaveformStreamID()};
-    QSignalSpy spy(&widget, SIGNAL(selectedTimeRange(Tellarix::Core::Time, Tellarix::Core::Time)));
-    QVERIFY(spy.isValid());
-
-    QTest::mousePress(&widget, Qt::LeftButton, Qt::NoModifier, QPoint(50, 30));
-    QVERIFY(widget.bandRect().isEmpty());
-    moveTo(widget, QPoint(120, 30));
-    const QRect band = widget.bandRect();
-    QCOMPARE(band.left(), 50);
-    QCOMPARE(band.right(), 120);
-    QVERIFY(band.height() >= widget.height() - 2);
-    // Blue with an alpha of 64, laid on once.
-    const QImage picture = Ink::picture(widget);
-    QVERIFY(std::abs(qRed(picture.pixel(85, 20)) - qRed(picture.pixel(20, 20)) * 191 / 255) <= 2);
-
-    widget.setDrawSelection(false);
-    QVERIFY(widget.bandRect().isEmpty());
-    widget.setDrawSelection(true);
-
-    QTest::mouseRelease(&widget, Qt::LeftButton, Qt::NoModifier, QPoint(120, 30));
-    QVERIFY(widget.bandRect().isEmpty());
-    QCOMPARE(spy.count(), 1);
-    QVERIFY(spy[0][0].value<Time>() == Start + TimeSpan(25.0));
-    QVERIFY(spy[0][1].value<Time>() == Start + TimeSpan(60.0));
-
-    widget.onChangingTimeRange(Start + TimeSpan(40.0), Start + TimeSpan(40.0));
-    QVERIFY(widget.bandRect().isEmpty());
-}
-
-void RangeSelectionTest::bandStandsBesideAxis()
-{
-    Selecting<> widget;
-    widget.setDrawAxis(true);
-    widget.setAxisWidth(60);
-    const QImage before = Ink::picture(widget);
-    widget.onChangingTimeRange(Start + TimeSpan(10.0), Start + TimeSpan(30.0));
-    const QRect band = Ink::rectOfDifference(before, Ink::picture(widget));
-    QCOMPARE(band.left(), 80);
-    QCOMPARE(band.width(), 41);
-}
 
 QTEST_MAIN(RangeSelectionTest)
 #include "tst_rangeselection.moc"

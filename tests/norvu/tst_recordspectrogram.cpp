@@ -30,118 +30,115 @@ class RecordSpectrogramTest : public QObject
     Q_OBJECT
 
 private slots:
-    void convertsSamples();
-    void keepsTimeOfRecords();
-    void mapsTimesToColumns();
-    void trimsByTime();
-    void takesNewTimeBaseAfterReset();
-    void passesOverRecordsWithoutSamples();
-    void feedsManyRecordsAsOneBlock();
-};
-
-void RecordSpectrogramTest::convertsSamples()
-{
-    const auto spectrogram = fedSpectrogram();
-    Spectrogram<float> plain(spectrogram->settings());
-    plain.setSamplingFrequency(10);
-    std::vector<float> samples;
-    for (int i = 0; i < 100; ++i)
-        samples.push_back(float(i < 60 ? i : i - 60));
-    plain.pushData(100, samples.data());
-    QCOMPARE(spectrogram->columns(), 100);
-    QVERIFY(spectrogram->maximum() > 0);
-    QVERIFY(std::equal(plain.data(), plain.data() + 300, spectrogram->data()));
-}
-
-void RecordSpectrogramTest::keepsTimeOfRecords()
-{
-    const auto spectrogram = fedSpectrogram();
-    QCOMPARE(spectrogram->startTime(), at(0));
-    QCOMPARE(spectrogram->endTime(), at(10));
-
-    // The rate of later records is not looked at, their end is.
-    spectrogram->feed(ramp(10.02, 100, 100).get());
-    QCOMPARE(spectrogram->samplingFrequency(), 10.0);
-    QCOMPARE(spectrogram->columns(), 200);
-    QCOMPARE(spectrogram->endTime(), at(11.02));
-}
-
-void RecordSpectrogramTest::mapsTimesToColumns()
-{
-    const QVector<QPair<double, int>> cases{
-        {2.59, 25}, {10.0, 100}, {-0.09, 0}, {-1.25, -12}, {3E9, std::numeric_limits<int>::max()}};
-    for (const auto &[seconds, column] : cases)
-        QCOMPARE(fedSpectrogram()->mapTime(at(seconds)), column);
-}
-
-void RecordSpectrogramTest::trimsByTime()
-{
-    const struct
+    void convertsSamples()
     {
-        double start, end, newStart;
-        int columns;
-    } cases[] = {{2.55, 20, 2.5, 75}, {-1, 4, 0, 40}, {10, 20, 0, 0}, {-20, -10, 0, 0}};
-    for (const auto &item : cases) {
         const auto spectrogram = fedSpectrogram();
-        spectrogram->trim(at(item.start), at(item.end));
-        QCOMPARE(spectrogram->columns(), item.columns);
-        QCOMPARE(spectrogram->startTime(), at(item.newStart));
-        QCOMPARE(spectrogram->endTime(), at(item.newStart + item.columns / 10.0));
+        Spectrogram<float> plain(spectrogram->settings());
+        plain.setSamplingFrequency(10);
+        std::vector<float> samples;
+        for (int i = 0; i < 100; ++i)
+            samples.push_back(float(i < 60 ? i : i - 60));
+        plain.pushData(100, samples.data());
+        QCOMPARE(spectrogram->columns(), 100);
+        QVERIFY(spectrogram->maximum() > 0);
+        QVERIFY(std::equal(plain.data(), plain.data() + 300, spectrogram->data()));
     }
-}
 
-void RecordSpectrogramTest::takesNewTimeBaseAfterReset()
-{
-    const auto spectrogram = fedSpectrogram();
-    const std::vector<float> first(spectrogram->data(), spectrogram->data() + 180);
-    spectrogram->reset();
-    QVERIFY(!spectrogram->endTime().valid());
-    spectrogram->feed(ramp(50, 60, 20).get());
-    QCOMPARE(spectrogram->samplingFrequency(), 20.0);
-    spectrogram->reset();
-    spectrogram->feed(ramp(90, 60, 10).get());
-    QCOMPARE(spectrogram->startTime(), at(90));
-    QVERIFY(std::equal(first.begin(), first.end(), spectrogram->data()));
-}
+    void keepsTimeOfRecords()
+    {
+        const auto spectrogram = fedSpectrogram();
+        QCOMPARE(spectrogram->startTime(), at(0));
+        QCOMPARE(spectrogram->endTime(), at(10));
 
-void RecordSpectrogramTest::passesOverRecordsWithoutSamples()
-{
-    SpectrogramSettings settings;
-    settings.fromString("freqs(1,4,2,3)");
-    RecordSpectrogram<double> spectrogram(settings);
-    spectrogram.feed(nullptr);
-    spectrogram.feed(makeRecord(at(0), 0, arrayOf<int>({1, 2, 3})).get());
-    QVERIFY(!spectrogram.startTime().valid());
-    spectrogram.feed(makeRecord(at(5), 10, nullptr).get());
-    QVERIFY(spectrogram.isNull());
-    QCOMPARE(spectrogram.endTime(), at(5));
-}
-
-void RecordSpectrogramTest::feedsManyRecordsAsOneBlock()
-{
-    // Enough samples for several blocks, each of them big enough for several threads.
-    SpectrogramSettings settings;
-    settings.fromString("periods_log(0.1,10,10,36)");
-    RecordSpectrogram<float> single(settings), together(settings);
-    std::mt19937 random(11);
-    std::vector<RecordCPtr> records;
-    std::vector<const Record *> pointers{nullptr};
-    for (int done = 0; done < 300000; done += 3000) {
-        const auto samples = randomSamples<double>(random, 3000, 2000);
-        records.push_back(makeRecord(at(done / 100.0), 100, arrayOf(samples)));
-        pointers.push_back(records.back().get());
-        single.feed(records.back().get());
+        // The rate of later records is not looked at, their end is.
+        spectrogram->feed(ramp(10.02, 100, 100).get());
+        QCOMPARE(spectrogram->samplingFrequency(), 10.0);
+        QCOMPARE(spectrogram->columns(), 200);
+        QCOMPARE(spectrogram->endTime(), at(11.02));
     }
-    together.feed(pointers);
-    QCOMPARE(together.columns(), 300000);
-    QCOMPARE(together.startTime(), at(0));
-    QCOMPARE(together.endTime(), at(3000));
-    QCOMPARE(together.minimum(), single.minimum());
-    QCOMPARE(together.maximum(), single.maximum());
-    const auto isSame = [](float a, float b) { return a == b || (std::isnan(a) && std::isnan(b)); };
-    const size_t size = 300000 * 36;
-    QVERIFY(std::equal(single.data(), single.data() + size, together.data(), isSame));
-}
+
+    void mapsTimesToColumns()
+    {
+        const QVector<QPair<double, int>> cases{{2.59, 25},
+                                                {10.0, 100},
+                                                {-0.09, 0},
+                                                {-1.25, -12},
+                                                {3E9, std::numeric_limits<int>::max()}};
+        for (const auto &[seconds, column] : cases)
+            QCOMPARE(fedSpectrogram()->mapTime(at(seconds)), column);
+    }
+
+    void trimsByTime()
+    {
+        const struct
+        {
+            double start, end, newStart;
+            int columns;
+        } cases[] = {{2.55, 20, 2.5, 75}, {-1, 4, 0, 40}, {10, 20, 0, 0}, {-20, -10, 0, 0}};
+        for (const auto &item : cases) {
+            const auto spectrogram = fedSpectrogram();
+            spectrogram->trim(at(item.start), at(item.end));
+            QCOMPARE(spectrogram->columns(), item.columns);
+            QCOMPARE(spectrogram->startTime(), at(item.newStart));
+            QCOMPARE(spectrogram->endTime(), at(item.newStart + item.columns / 10.0));
+        }
+    }
+
+    void takesNewTimeBaseAfterReset()
+    {
+        const auto spectrogram = fedSpectrogram();
+        const std::vector<float> first(spectrogram->data(), spectrogram->data() + 180);
+        spectrogram->reset();
+        QVERIFY(!spectrogram->endTime().valid());
+        spectrogram->feed(ramp(50, 60, 20).get());
+        QCOMPARE(spectrogram->samplingFrequency(), 20.0);
+        spectrogram->reset();
+        spectrogram->feed(ramp(90, 60, 10).get());
+        QCOMPARE(spectrogram->startTime(), at(90));
+        QVERIFY(std::equal(first.begin(), first.end(), spectrogram->data()));
+    }
+
+    void passesOverRecordsWithoutSamples()
+    {
+        SpectrogramSettings settings;
+        settings.fromString("freqs(1,4,2,3)");
+        RecordSpectrogram<double> spectrogram(settings);
+        spectrogram.feed(nullptr);
+        spectrogram.feed(makeRecord(at(0), 0, arrayOf<int>({1, 2, 3})).get());
+        QVERIFY(!spectrogram.startTime().valid());
+        spectrogram.feed(makeRecord(at(5), 10, nullptr).get());
+        QVERIFY(spectrogram.isNull());
+        QCOMPARE(spectrogram.endTime(), at(5));
+    }
+
+    void feedsManyRecordsAsOneBlock()
+    {
+        // Enough samples for several blocks, each of them big enough for several threads.
+        SpectrogramSettings settings;
+        settings.fromString("periods_log(0.1,10,10,36)");
+        RecordSpectrogram<float> single(settings), together(settings);
+        std::mt19937 random(11);
+        std::vector<RecordCPtr> records;
+        std::vector<const Record *> pointers{nullptr};
+        for (int done = 0; done < 300000; done += 3000) {
+            const auto samples = randomSamples<double>(random, 3000, 2000);
+            records.push_back(makeRecord(at(done / 100.0), 100, arrayOf(samples)));
+            pointers.push_back(records.back().get());
+            single.feed(records.back().get());
+        }
+        together.feed(pointers);
+        QCOMPARE(together.columns(), 300000);
+        QCOMPARE(together.startTime(), at(0));
+        QCOMPARE(together.endTime(), at(3000));
+        QCOMPARE(together.minimum(), single.minimum());
+        QCOMPARE(together.maximum(), single.maximum());
+        const auto isSame = [](float a, float b) {
+            return a == b || (std::isnan(a) && std::isnan(b));
+        };
+        const size_t size = 300000 * 36;
+        QVERIFY(std::equal(single.data(), single.data() + size, together.data(), isSame));
+    }
+};
 
 QTEST_APPLESS_MAIN(RecordSpectrogramTest)
 

@@ -41,283 +41,272 @@ class SpectrogramAxisTest : public QObject
     Q_OBJECT
 
 private slots:
-    void valuesStandAtCentresOfBands_data();
-    void valuesStandAtCentresOfBands();
-    void positionsAndValuesAreInverse();
-    void isEmptyWithoutBands();
-    void ticksAreRound_data();
-    void ticksAreRound();
-    void anyAxisHasTwoSeparateLabels();
-    void numberTexts();
-    void settingsProblems_data();
-    void settingsProblems();
-    void problemsAgreeWithParser();
-    void rateProblems_data();
-    void rateProblems();
-};
-
-void SpectrogramAxisTest::valuesStandAtCentresOfBands_data()
-{
-    QTest::addColumn<QByteArray>("settings");
-    QTest::addColumn<double>("position");
-    QTest::addColumn<double>("value");
-    QTest::newRow("linear, bottom") << QByteArray("freqs(1,10,2,3)") << 0.0 << 3.25;
-    QTest::newRow("linear, between rows") << QByteArray("freqs(1,10,2,3)") << 0.5 << 6.625;
-    QTest::newRow("linear, last row") << QByteArray("freqs(1,10,2,3)") << 2 / 3.0 << 7.75;
-    QTest::newRow("top stays at last row") << QByteArray("freqs(1,10,2,3)") << 1.0 << 7.75;
-    QTest::newRow("below the picture") << QByteArray("freqs(1,10,2,3)") << -1.0 << 3.25;
-    QTest::newRow("not a number") << QByteArray("freqs(1,10,2,3)") << NaN << 3.25;
-    QTest::newRow("log, middle row") << QByteArray("periods_log(1,100,2,3)") << 1 / 3.0 << 10.0;
-    QTest::newRow("descending") << QByteArray("periods_log(100,1,2,3)") << 0.0
-                                << std::pow(10.0, 1.5);
-    QTest::newRow("one band") << QByteArray("periods_log(1,100,2,1)") << 0.7 << std::sqrt(10.0);
-    QTest::newRow("bands cover each other") << QByteArray("freqs(1,3,1,4)") << 1.0 << 2.0;
-}
-
-void SpectrogramAxisTest::valuesStandAtCentresOfBands()
-{
-    QFETCH(QByteArray, settings);
-    QFETCH(double, position);
-    QFETCH(double, value);
-    QCOMPARE(axisOf(settings).valueAt(position), value);
-}
-
-void SpectrogramAxisTest::positionsAndValuesAreInverse()
-{
-    for (const char *text : {"periods_log(0.05,100,10,64)", "freqs(20,1,5,16)", "periods(2,3,9,2)",
-                             "freqs_log(40,0.1,3,7)"}) {
-        const SpectrogramAxis axis = axisOf(text);
-        const double last = (axis.rows() - 1.0) / axis.rows();
-        for (int i = 0; i <= 20; ++i) {
-            const double position = last * i / 20;
-            QVERIFY(std::abs(axis.positionOf(axis.valueAt(position)) - position) < 1E-12);
-        }
-    }
-    QCOMPARE(axisOf("freqs(1,10,2,3)").positionOf(12.25), 4 / 3.0);
-    QVERIFY(std::isnan(axisOf("freqs_log(1,10,2,3)").positionOf(0)));
-    QCOMPARE(axisOf("freqs_log(1,10,2,1)").positionOf(5), 0.5);
-}
-
-void SpectrogramAxisTest::isEmptyWithoutBands()
-{
-    struct Case
+    void valuesStandAtCentresOfBands_data()
     {
-        double lower;
-        int mode, divisions, bands;
-    };
-    for (const Case &one : {Case{1, 2, 4, 8}, Case{1, 1, 4, 0}, Case{1, 1, 0, 8}, Case{0, 0, 4, 8},
-                            Case{NaN, 0, 4, 8}}) {
+        QTest::addColumn<QByteArray>("settings");
+        QTest::addColumn<double>("position");
+        QTest::addColumn<double>("value");
+        QTest::newRow("linear, bottom") << QByteArray("freqs(1,10,2,3)") << 0.0 << 3.25;
+        QTest::newRow("linear, between rows") << QByteArray("freqs(1,10,2,3)") << 0.5 << 6.625;
+        QTest::newRow("linear, last row") << QByteArray("freqs(1,10,2,3)") << 2 / 3.0 << 7.75;
+        QTest::newRow("top stays at last row") << QByteArray("freqs(1,10,2,3)") << 1.0 << 7.75;
+        QTest::newRow("below the picture") << QByteArray("freqs(1,10,2,3)") << -1.0 << 3.25;
+        QTest::newRow("not a number") << QByteArray("freqs(1,10,2,3)") << NaN << 3.25;
+        QTest::newRow("log, middle row") << QByteArray("periods_log(1,100,2,3)") << 1 / 3.0 << 10.0;
+        QTest::newRow("descending")
+            << QByteArray("periods_log(100,1,2,3)") << 0.0 << std::pow(10.0, 1.5);
+        QTest::newRow("one band") << QByteArray("periods_log(1,100,2,1)") << 0.7 << std::sqrt(10.0);
+        QTest::newRow("bands cover each other") << QByteArray("freqs(1,3,1,4)") << 1.0 << 2.0;
+    }
+
+    void valuesStandAtCentresOfBands()
+    {
+        QFETCH(QByteArray, settings);
+        QFETCH(double, position);
+        QFETCH(double, value);
+        QCOMPARE(axisOf(settings).valueAt(position), value);
+    }
+
+    void positionsAndValuesAreInverse()
+    {
+        for (const char *text : {"periods_log(0.05,100,10,64)", "freqs(20,1,5,16)",
+                                 "periods(2,3,9,2)", "freqs_log(40,0.1,3,7)"}) {
+            const SpectrogramAxis axis = axisOf(text);
+            const double last = (axis.rows() - 1.0) / axis.rows();
+            for (int i = 0; i <= 20; ++i) {
+                const double position = last * i / 20;
+                QVERIFY(std::abs(axis.positionOf(axis.valueAt(position)) - position) < 1E-12);
+            }
+        }
+        QCOMPARE(axisOf("freqs(1,10,2,3)").positionOf(12.25), 4 / 3.0);
+        QVERIFY(std::isnan(axisOf("freqs_log(1,10,2,3)").positionOf(0)));
+        QCOMPARE(axisOf("freqs_log(1,10,2,1)").positionOf(5), 0.5);
+    }
+
+    void isEmptyWithoutBands()
+    {
+        struct Case
+        {
+            double lower;
+            int mode, divisions, bands;
+        };
+        for (const Case &one : {Case{1, 2, 4, 8}, Case{1, 1, 4, 0}, Case{1, 1, 0, 8},
+                                Case{0, 0, 4, 8}, Case{NaN, 0, 4, 8}}) {
+            SpectrogramSettings settings;
+            settings.lower = one.lower;
+            settings.upper = 10;
+            settings.mode = one.mode;
+            settings.divisions = one.divisions;
+            settings.bands = one.bands;
+            settings.logarithmic = true;
+            const SpectrogramAxis axis(settings);
+            QVERIFY(axis.isEmpty() && axis.ticks(0.1).isEmpty());
+            QVERIFY(std::isnan(axis.valueAt(0.5)) && std::isnan(axis.positionOf(1)));
+        }
+        QVERIFY(SpectrogramAxis(SpectrogramSettings()).isEmpty());
+    }
+
+    void ticksAreRound_data()
+    {
+        QTest::addColumn<double>("begin");
+        QTest::addColumn<double>("end");
+        QTest::addColumn<bool>("logarithmic");
+        QTest::addColumn<double>("distance");
+        QTest::addColumn<QString>("labels");
+        QTest::newRow("decades") << 0.05 << 100.0 << true << 0.2 << "0.1 1 10 100";
+        QTest::newRow("1-2-5") << 0.05 << 100.0 << true << 0.09
+                               << "0.05 0.1 0.2 0.5 1 2 5 10 20 50 100";
+        QTest::newRow("each digit")
+            << 0.5 << 6.0 << true << 0.04 << "0.5 0.6 0.7 0.8 0.9 1 2 3 4 5 6";
+        QTest::newRow("descending") << 100.0 << 0.05 << true << 0.2 << "100 10 1 0.1";
+        QTest::newRow("many decades")
+            << 1E-6 << 1E6 << true << 0.15 << "1e-6 1e-4 0.01 1 100 10000 1e6";
+        QTest::newRow("one decade mark in reach") << 0.6 << 3.0 << true << 0.4 << "1 2";
+        QTest::newRow("less than a digit") << 2.1 << 2.9 << true << 0.3 << "2.2 2.5 2.8";
+        QTest::newRow("room for the ends alone") << 0.1 << 100.0 << true << 0.9 << "0.1 100";
+        QTest::newRow("room for one") << 0.3 << 30.0 << true << 1.5 << "10";
+        QTest::newRow("linear") << 0.0 << 10.0 << false << 0.15 << "0 2 4 6 8 10";
+        QTest::newRow("linear, both signs") << -1.0 << 1.0 << false << 0.2 << "-1 -0.5 0 0.5 1";
+        QTest::newRow("linear, narrow")
+            << 1000.0 << 1000.3 << false << 0.3 << "1000 1000.1 1000.2 1000.3";
+        QTest::newRow("linear, far apart") << 1.0 << 1.9 << false << 0.7 << "1 1.8";
+        QTest::newRow("no extent") << 3.0 << 3.0 << false << 0.1 << "";
+        QTest::newRow("no logarithm") << 0.0 << 3.0 << true << 0.1 << "";
+    }
+
+    void ticksAreRound()
+    {
+        QFETCH(double, begin);
+        QFETCH(double, end);
+        QFETCH(bool, logarithmic);
+        QFETCH(double, distance);
+        QTEST(labelsOf(roundTicks(begin, end, logarithmic, distance)), "labels");
+    }
+
+    /** Whatever the axis: labels are apart, in order, and tell the value that stands there. */
+    void anyAxisHasTwoSeparateLabels()
+    {
+        const unsigned seed = 7;
+        qInfo("seed %u", seed);
+        std::mt19937 random(seed);
+        std::uniform_real_distribution<double> exponent(-4, 4), share(0.01, 0.6);
+        for (int i = 0; i < 3000; ++i) {
+            SpectrogramSettings settings;
+            settings.lower = std::pow(10.0, exponent(random));
+            settings.upper =
+                i % 3 ? settings.lower * (1 + share(random)) : std::pow(10.0, exponent(random));
+            settings.mode = i % 2;
+            settings.divisions = 1 + i % 40;
+            settings.bands = 2 + i % 64;
+            settings.logarithmic = i % 4 < 2;
+            const SpectrogramAxis axis(settings);
+            if (axis.isSingleValue())
+                continue;
+
+            const double distance = share(random) * (axis.rows() - 1) / axis.rows();
+            QVector<RoundTick> labelled;
+            double last = -1;
+            for (const RoundTick &tick : axis.ticks(distance)) {
+                QVERIFY2(tick.position > last, qPrintable(tick.text));
+                last = tick.position;
+                QVERIFY(std::abs(axis.valueAt(tick.position) / tick.value - 1) < 1E-6);
+                if (tick.isMajor())
+                    labelled << tick;
+            }
+            QVERIFY2(labelled.size() >= 2, qPrintable(labelsOf(labelled)));
+            for (int k = 0; k < labelled.size(); ++k) {
+                QVERIFY(std::abs(labelled[k].text.toDouble() / labelled[k].value - 1) < 1E-9);
+                QVERIFY(k == 0 ||
+                        labelled[k].position - labelled[k - 1].position > 0.999 * distance);
+            }
+        }
+    }
+
+    void numberTexts()
+    {
+        const QVector<QPair<double, QString>> cases{
+            {0.05, "0.05"},           {3 * 0.1, "0.3"}, {1e5, "100000"},
+            {2.5e6, "2.5e6"},         {0.0002, "2e-4"}, {-1.5e-7, "-1.5e-7"},
+            {0.001 - 1e-19, "0.001"}, {0, "0"},         {1e-9, "1e-9"},
+            {1e6 - 1e-9, "1e6"},      {120, "120"},
+        };
+        for (const auto &one : cases)
+            QCOMPARE(roundNumberText(one.first), one.second);
+    }
+
+    void settingsProblems_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("problem");
+        QTest::newRow("right") << "Periods_LOG (0.1, 100,10,64) rest"
+                               << "";
+        QTest::newRow("no bracket") << "periods"
+                                    << "expected \"(\" behind the name of an axis, as in "
+                                       "periods_log(0.1,100,10,64)";
+        QTest::newRow("unknown name") << "per%2 (1,2,3,4)"
+                                      << "unknown axis \"per%2\"; known are periods_log, periods, "
+                                         "freqs_log and freqs";
+        QTest::newRow("no name") << "(1,2,3,4)"
+                                 << "expected the name of an axis in front of \"(\"; known are "
+                                    "periods_log, periods, freqs_log and freqs";
+        QTest::newRow("not closed") << "freqs(1,2,3,4"
+                                    << "expected \")\" behind the numbers, but the text ends";
+        const QString count =
+            "expected 4 numbers (lower, upper, divisions and bands) instead of %1";
+        QTest::newRow("nothing inside") << "freqs( )" << count.arg(0);
+        QTest::newRow("too few") << "freqs(1,2,3)" << count.arg(3);
+        QTest::newRow("too many") << "freqs(1,2,3,4,)" << count.arg(5);
+        QTest::newRow("no number") << "freqs(1,%1x,3,4)"
+                                   << "expected a number for upper instead of \"%1x\"";
+        QTest::newRow("left out") << "freqs(, 2,3,4)"
+                                  << "expected a number for lower, but there is nothing";
+        QTest::newRow("fraction") << "freqs(1,2,3.5,4)"
+                                  << "expected a whole number for divisions instead of \"3.5\"";
+        QTest::newRow("too large") << "freqs(1,2,3,3000000000)"
+                                   << "bands 3e+09 is above 2147483647";
+        QTest::newRow("sign") << "freqs(1,-2,3,0)"
+                              << "upper -2 is not above 0";
+        QTest::newRow("zero") << "freqs(1,2,3, 0)"
+                              << "bands 0 is not above 0";
+        QTest::newRow("number before sign") << "freqs(-1,2,3,x)"
+                                            << "expected a whole number for bands instead of \"x\"";
+    }
+
+    void settingsProblems()
+    {
+        QFETCH(QString, text);
+        QTEST(spectrogramSettingsProblem(text), "problem");
+    }
+
+    void problemsAgreeWithParser()
+    {
+        const unsigned seed = 11;
+        qInfo("seed %u", seed);
+        std::mt19937 random(seed);
+        const std::string letters = "(),.0123456789-+eE xperiodsfq_log\t";
+        int right = 0;
+        for (int i = 0; i < 20000; ++i) {
+            std::string text = i % 2 ? "periods_log(0.1,100,10,64)" : "freqs(1,10,2,3)";
+            for (unsigned k = random() % 4; k > 0; --k) {
+                const size_t place = random() % text.size();
+                const char letter = letters[random() % letters.size()];
+                text.replace(place, random() % 2, random() % 2, letter);
+            }
+            const bool isRight = SpectrogramSettings().fromString(text);
+            right += isRight;
+            QVERIFY2(spectrogramSettingsProblem(text.c_str()).isEmpty() == isRight, text.c_str());
+        }
+        QVERIFY(right > 2000 && right < 18000);
+    }
+
+    void rateProblems_data()
+    {
+        QTest::addColumn<QByteArray>("text");
+        QTest::addColumn<double>("rate");
+        QTest::addColumn<int>("silent");
+        QTest::addColumn<QString>("problem");
+        const QString limit = " up to or above 10 Hz, half the sampling frequency; ";
+        QTest::newRow("all fit") << QByteArray("periods_log(0.5,20,4,8)") << 20.0 << 0 << "";
+        QTest::newRow("highest corner at the limit")
+            << QByteArray("freqs(1,10,3,5)") << 20.0 << 1
+            << "1 of 5 bands reaches" + limit + "it stays at 0";
+        QTest::newRow("periods") << QByteArray("periods_log(0.06,20,4,8)") << 20.0 << 1
+                                 << "1 of 8 bands reaches" + limit + "it stays at 0";
+        QTest::newRow("descending") << QByteArray("freqs_log(12,1,10,16)") << 20.0 << 2
+                                    << "2 of 16 bands reach" + limit + "they stay at 0";
+        QTest::newRow("all beyond") << QByteArray("freqs(12,20,4,6)") << 20.0 << 6
+                                    << "all bands reach" + limit + "they stay at 0";
+        QTest::newRow("mean of one sample") << QByteArray("freqs_log(40,1,10,16)") << 20.0 << 16
+                                            << "all bands stay at 0: the running mean that is "
+                                               "taken off, over 0.025 s, holds a single "
+                                               "sample at 20 Hz";
+        QTest::newRow("no width")
+            << QByteArray("freqs(3,3,2,4)") << 20.0 << 4
+            << "lower and upper are both 3: the bands have no width and stay at 0";
+    }
+
+    /** Counted in a matrix too: the bands that the message speaks of are those without signal. */
+    void rateProblems()
+    {
+        QFETCH(QByteArray, text);
+        QFETCH(double, rate);
+        QFETCH(int, silent);
         SpectrogramSettings settings;
-        settings.lower = one.lower;
-        settings.upper = 10;
-        settings.mode = one.mode;
-        settings.divisions = one.divisions;
-        settings.bands = one.bands;
-        settings.logarithmic = true;
-        const SpectrogramAxis axis(settings);
-        QVERIFY(axis.isEmpty() && axis.ticks(0.1).isEmpty());
-        QVERIFY(std::isnan(axis.valueAt(0.5)) && std::isnan(axis.positionOf(1)));
+        QVERIFY(settings.fromString(text.toStdString()));
+        QTEST(spectrogramRateProblem(settings, rate), "problem");
+
+        Spectrogram<float> spectrogram(settings);
+        spectrogram.setSamplingFrequency(rate);
+        std::mt19937 random(3);
+        std::normal_distribution<float> noise;
+        std::vector<float> samples(500);
+        for (float &sample : samples)
+            sample = noise(random);
+        spectrogram.pushData(static_cast<int>(samples.size()), samples.data());
+        const float *last = spectrogram.data() + (spectrogram.columns() - 1) * spectrogram.rows();
+        QCOMPARE(static_cast<int>(std::count(last, last + spectrogram.rows(), 0.0f)), silent);
     }
-    QVERIFY(SpectrogramAxis(SpectrogramSettings()).isEmpty());
-}
-
-void SpectrogramAxisTest::ticksAreRound_data()
-{
-    QTest::addColumn<double>("begin");
-    QTest::addColumn<double>("end");
-    QTest::addColumn<bool>("logarithmic");
-    QTest::addColumn<double>("distance");
-    QTest::addColumn<QString>("labels");
-    QTest::newRow("decades") << 0.05 << 100.0 << true << 0.2 << "0.1 1 10 100";
-    QTest::newRow("1-2-5") << 0.05 << 100.0 << true << 0.09
-                           << "0.05 0.1 0.2 0.5 1 2 5 10 20 50 100";
-    QTest::newRow("each digit") << 0.5 << 6.0 << true << 0.04 << "0.5 0.6 0.7 0.8 0.9 1 2 3 4 5 6";
-    QTest::newRow("descending") << 100.0 << 0.05 << true << 0.2 << "100 10 1 0.1";
-    QTest::newRow("many decades") << 1E-6 << 1E6 << true << 0.15
-                                  << "1e-6 1e-4 0.01 1 100 10000 1e6";
-    QTest::newRow("one decade mark in reach") << 0.6 << 3.0 << true << 0.4 << "1 2";
-    QTest::newRow("less than a digit") << 2.1 << 2.9 << true << 0.3 << "2.2 2.5 2.8";
-    QTest::newRow("room for the ends alone") << 0.1 << 100.0 << true << 0.9 << "0.1 100";
-    QTest::newRow("room for one") << 0.3 << 30.0 << true << 1.5 << "10";
-    QTest::newRow("linear") << 0.0 << 10.0 << false << 0.15 << "0 2 4 6 8 10";
-    QTest::newRow("linear, both signs") << -1.0 << 1.0 << false << 0.2 << "-1 -0.5 0 0.5 1";
-    QTest::newRow("linear, narrow")
-        << 1000.0 << 1000.3 << false << 0.3 << "1000 1000.1 1000.2 1000.3";
-    QTest::newRow("linear, far apart") << 1.0 << 1.9 << false << 0.7 << "1 1.8";
-    QTest::newRow("no extent") << 3.0 << 3.0 << false << 0.1 << "";
-    QTest::newRow("no logarithm") << 0.0 << 3.0 << true << 0.1 << "";
-}
-
-void SpectrogramAxisTest::ticksAreRound()
-{
-    QFETCH(double, begin);
-    QFETCH(double, end);
-    QFETCH(bool, logarithmic);
-    QFETCH(double, distance);
-    QTEST(labelsOf(roundTicks(begin, end, logarithmic, distance)), "labels");
-}
-
-/** Whatever the axis: labels are apart, in order, and tell the value that stands there. */
-void SpectrogramAxisTest::anyAxisHasTwoSeparateLabels()
-{
-    const unsigned seed = 7;
-    qInfo("seed %u", seed);
-    std::mt19937 random(seed);
-    std::uniform_real_distribution<double> exponent(-4, 4), share(0.01, 0.6);
-    for (int i = 0; i < 3000; ++i) {
-        SpectrogramSettings settings;
-        settings.lower = std::pow(10.0, exponent(random));
-        settings.upper =
-            i % 3 ? settings.lower * (1 + share(random)) : std::pow(10.0, exponent(random));
-        settings.mode = i % 2;
-        settings.divisions = 1 + i % 40;
-        settings.bands = 2 + i % 64;
-        settings.logarithmic = i % 4 < 2;
-        const SpectrogramAxis axis(settings);
-        if (axis.isSingleValue())
-            continue;
-
-        const double distance = share(random) * (axis.rows() - 1) / axis.rows();
-        QVector<RoundTick> labelled;
-        double last = -1;
-        for (const RoundTick &tick : axis.ticks(distance)) {
-            QVERIFY2(tick.position > last, qPrintable(tick.text));
-            last = tick.position;
-            QVERIFY(std::abs(axis.valueAt(tick.position) / tick.value - 1) < 1E-6);
-            if (tick.isMajor())
-                labelled << tick;
-        }
-        QVERIFY2(labelled.size() >= 2, qPrintable(labelsOf(labelled)));
-        for (int k = 0; k < labelled.size(); ++k) {
-            QVERIFY(std::abs(labelled[k].text.toDouble() / labelled[k].value - 1) < 1E-9);
-            QVERIFY(k == 0 || labelled[k].position - labelled[k - 1].position > 0.999 * distance);
-        }
-    }
-}
-
-void SpectrogramAxisTest::numberTexts()
-{
-    const QVector<QPair<double, QString>> cases{
-        {0.05, "0.05"},           {3 * 0.1, "0.3"}, {1e5, "100000"},
-        {2.5e6, "2.5e6"},         {0.0002, "2e-4"}, {-1.5e-7, "-1.5e-7"},
-        {0.001 - 1e-19, "0.001"}, {0, "0"},         {1e-9, "1e-9"},
-        {1e6 - 1e-9, "1e6"},      {120, "120"},
-    };
-    for (const auto &one : cases)
-        QCOMPARE(roundNumberText(one.first), one.second);
-}
-
-void SpectrogramAxisTest::settingsProblems_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("problem");
-    QTest::newRow("right") << "Periods_LOG (0.1, 100,10,64) rest"
-                           << "";
-    QTest::newRow("no bracket") << "periods"
-                                << "expected \"(\" behind the name of an axis, as in "
-                                   "periods_log(0.1,100,10,64)";
-    QTest::newRow("unknown name") << "per%2 (1,2,3,4)"
-                                  << "unknown axis \"per%2\"; known are periods_log, periods, "
-                                     "freqs_log and freqs";
-    QTest::newRow("no name") << "(1,2,3,4)"
-                             << "expected the name of an axis in front of \"(\"; known are "
-                                "periods_log, periods, freqs_log and freqs";
-    QTest::newRow("not closed") << "freqs(1,2,3,4"
-                                << "expected \")\" behind the numbers, but the text ends";
-    const QString count = "expected 4 numbers (lower, upper, divisions and bands) instead of %1";
-    QTest::newRow("nothing inside") << "freqs( )" << count.arg(0);
-    QTest::newRow("too few") << "freqs(1,2,3)" << count.arg(3);
-    QTest::newRow("too many") << "freqs(1,2,3,4,)" << count.arg(5);
-    QTest::newRow("no number") << "freqs(1,%1x,3,4)"
-                               << "expected a number for upper instead of \"%1x\"";
-    QTest::newRow("left out") << "freqs(, 2,3,4)"
-                              << "expected a number for lower, but there is nothing";
-    QTest::newRow("fraction") << "freqs(1,2,3.5,4)"
-                              << "expected a whole number for divisions instead of \"3.5\"";
-    QTest::newRow("too large") << "freqs(1,2,3,3000000000)"
-                               << "bands 3e+09 is above 2147483647";
-    QTest::newRow("sign") << "freqs(1,-2,3,0)"
-                          << "upper -2 is not above 0";
-    QTest::newRow("zero") << "freqs(1,2,3, 0)"
-                          << "bands 0 is not above 0";
-    QTest::newRow("number before sign") << "freqs(-1,2,3,x)"
-                                        << "expected a whole number for bands instead of \"x\"";
-}
-
-void SpectrogramAxisTest::settingsProblems()
-{
-    QFETCH(QString, text);
-    QTEST(spectrogramSettingsProblem(text), "problem");
-}
-
-void SpectrogramAxisTest::problemsAgreeWithParser()
-{
-    const unsigned seed = 11;
-    qInfo("seed %u", seed);
-    std::mt19937 random(seed);
-    const std::string letters = "(),.0123456789-+eE xperiodsfq_log\t";
-    int right = 0;
-    for (int i = 0; i < 20000; ++i) {
-        std::string text = i % 2 ? "periods_log(0.1,100,10,64)" : "freqs(1,10,2,3)";
-        for (unsigned k = random() % 4; k > 0; --k) {
-            const size_t place = random() % text.size();
-            const char letter = letters[random() % letters.size()];
-            text.replace(place, random() % 2, random() % 2, letter);
-        }
-        const bool isRight = SpectrogramSettings().fromString(text);
-        right += isRight;
-        QVERIFY2(spectrogramSettingsProblem(text.c_str()).isEmpty() == isRight, text.c_str());
-    }
-    QVERIFY(right > 2000 && right < 18000);
-}
-
-void SpectrogramAxisTest::rateProblems_data()
-{
-    QTest::addColumn<QByteArray>("text");
-    QTest::addColumn<double>("rate");
-    QTest::addColumn<int>("silent");
-    QTest::addColumn<QString>("problem");
-    const QString limit = " up to or above 10 Hz, half the sampling frequency; ";
-    QTest::newRow("all fit") << QByteArray("periods_log(0.5,20,4,8)") << 20.0 << 0 << "";
-    QTest::newRow("highest corner at the limit")
-        << QByteArray("freqs(1,10,3,5)") << 20.0 << 1
-        << "1 of 5 bands reaches" + limit + "it stays at 0";
-    QTest::newRow("periods") << QByteArray("periods_log(0.06,20,4,8)") << 20.0 << 1
-                             << "1 of 8 bands reaches" + limit + "it stays at 0";
-    QTest::newRow("descending") << QByteArray("freqs_log(12,1,10,16)") << 20.0 << 2
-                                << "2 of 16 bands reach" + limit + "they stay at 0";
-    QTest::newRow("all beyond") << QByteArray("freqs(12,20,4,6)") << 20.0 << 6
-                                << "all bands reach" + limit + "they stay at 0";
-    QTest::newRow("mean of one sample")
-        << QByteArray("freqs_log(40,1,10,16)") << 20.0 << 16
-        << "all bands stay at 0: the running mean that is taken off, over 0.025 s, holds a single "
-           "sample at 20 Hz";
-    QTest::newRow("no width")
-        << QByteArray("freqs(3,3,2,4)") << 20.0 << 4
-        << "lower and upper are both 3: the bands have no width and stay at 0";
-}
-
-/** Counted in a matrix too: the bands that the message speaks of are those without signal. */
-void SpectrogramAxisTest::rateProblems()
-{
-    QFETCH(QByteArray, text);
-    QFETCH(double, rate);
-    QFETCH(int, silent);
-    SpectrogramSettings settings;
-    QVERIFY(settings.fromString(text.toStdString()));
-    QTEST(spectrogramRateProblem(settings, rate), "problem");
-
-    Spectrogram<float> spectrogram(settings);
-    spectrogram.setSamplingFrequency(rate);
-    std::mt19937 random(3);
-    std::normal_distribution<float> noise;
-    std::vector<float> samples(500);
-    for (float &sample : samples)
-        sample = noise(random);
-    spectrogram.pushData(static_cast<int>(samples.size()), samples.data());
-    const float *last = spectrogram.data() + (spectrogram.columns() - 1) * spectrogram.rows();
-    QCOMPARE(static_cast<int>(std::count(last, last + spectrogram.rows(), 0.0f)), silent);
-}
+};
 
 QTEST_MAIN(SpectrogramAxisTest)
 #include "tst_spectrogramaxis.moc"

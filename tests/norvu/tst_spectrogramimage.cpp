@@ -151,96 +151,91 @@ class TestSpectrogramImage : public QObject
     Q_OBJECT
 
 private slots:
-    void hasThePixelsOfThePlainForm();
-    void limitsIndicesToTheTable();
-    void survivesImpossibleScales();
-    void leavesImageAloneWithoutPicture();
-    void writesIntoImageOfTheSize();
-};
-
-void TestSpectrogramImage::hasThePixelsOfThePlainForm()
-{
-    const unsigned seed = std::random_device()();
-    qInfo("seed %u", seed);
-    compareRandomPictures<float>(seed);
-    compareRandomPictures<double>(seed);
-}
-
-void TestSpectrogramImage::limitsIndicesToTheTable()
-{
-    const double infinity = std::numeric_limits<double>::infinity();
-    const struct
+    void hasThePixelsOfThePlainForm()
     {
-        double minKey, scale; // relative to the value, which is 0
-        int entry;
-    } cases[] = {{-1022.5, 1, 1022}, {-1025, 1, 1023},  {0.5, 1, 0},
-                 {-1e12, 1, 0},      {-1, infinity, 0}, {0, infinity, 0}};
-    Spectrogram<double> spectrogram;
-    fill(spectrogram, 1, 1, 2);
-    const double zero = 0;
-    spectrogram.reset();
-    spectrogram.setSamplingFrequency(SamplingFrequency);
-    spectrogram.pushData(1, &zero);
-    for (const auto &item : cases) {
-        Table table = tableFor(0, 1);
-        table._minKey = item.minKey;
-        table._scale = item.scale;
-        QImage image;
-        QVERIFY(generateImageCW(image, &spectrogram, &table, 40, 1, 0, 0));
-        for (int x = 0; x < 40; ++x)
-            QCOMPARE(image.pixel(x, 0), table._table[item.entry]);
+        const unsigned seed = std::random_device()();
+        qInfo("seed %u", seed);
+        compareRandomPictures<float>(seed);
+        compareRandomPictures<double>(seed);
     }
-}
 
-void TestSpectrogramImage::survivesImpossibleScales()
-{
-    Spectrogram<float> spectrogram;
-    fill(spectrogram, 5, 20, 3);
-    const Table table = tableFor(spectrogram.minimum(), spectrogram.maximum());
-    for (const double scale : {0.0, 1e-300, -1.0, std::numeric_limits<double>::quiet_NaN()}) {
-        QImage image;
-        QVERIFY(generateImagePPS(image, &spectrogram, &table, 300, 10, 4, scale));
-        QCOMPARE(image.pixel(0, 9), table.at(static_cast<double>(spectrogram.data()[4 * 5])));
+    void limitsIndicesToTheTable()
+    {
+        const double infinity = std::numeric_limits<double>::infinity();
+        const struct
+        {
+            double minKey, scale; // relative to the value, which is 0
+            int entry;
+        } cases[] = {{-1022.5, 1, 1022}, {-1025, 1, 1023},  {0.5, 1, 0},
+                     {-1e12, 1, 0},      {-1, infinity, 0}, {0, infinity, 0}};
+        Spectrogram<double> spectrogram;
+        fill(spectrogram, 1, 1, 2);
+        const double zero = 0;
+        spectrogram.reset();
+        spectrogram.setSamplingFrequency(SamplingFrequency);
+        spectrogram.pushData(1, &zero);
+        for (const auto &item : cases) {
+            Table table = tableFor(0, 1);
+            table._minKey = item.minKey;
+            table._scale = item.scale;
+            QImage image;
+            QVERIFY(generateImageCW(image, &spectrogram, &table, 40, 1, 0, 0));
+            for (int x = 0; x < 40; ++x)
+                QCOMPARE(image.pixel(x, 0), table._table[item.entry]);
+        }
     }
-}
 
-void TestSpectrogramImage::leavesImageAloneWithoutPicture()
-{
-    Spectrogram<float> spectrogram;
-    fill(spectrogram, 5, 20, 3);
-    const Spectrogram<float> empty;
-    const Table table = tableFor(0, 1);
-    QImage image(7, 8, QImage::Format_ARGB32);
-    image.fill(Qt::green);
-    const QImage before = image.copy();
+    void survivesImpossibleScales()
+    {
+        Spectrogram<float> spectrogram;
+        fill(spectrogram, 5, 20, 3);
+        const Table table = tableFor(spectrogram.minimum(), spectrogram.maximum());
+        for (const double scale : {0.0, 1e-300, -1.0, std::numeric_limits<double>::quiet_NaN()}) {
+            QImage image;
+            QVERIFY(generateImagePPS(image, &spectrogram, &table, 300, 10, 4, scale));
+            QCOMPARE(image.pixel(0, 9), table.at(static_cast<double>(spectrogram.data()[4 * 5])));
+        }
+    }
 
-    QVERIFY(!generateImageCW<float>(image, &spectrogram, nullptr, 10, 10, 0, 0));
-    QVERIFY(!generateImageCW<float>(image, nullptr, &table, 10, 10, 0, 0));
-    QVERIFY(!generateImageCW(image, &empty, &table, 10, 10, 0, 0));
-    for (const int first : {-1, 20, 21})
-        QVERIFY(!generateImagePPS(image, &spectrogram, &table, 10, 10, first, 1));
-    for (const QSize size : {QSize(0, 10), QSize(10, 0), QSize(-3, 10)})
-        QVERIFY(!generateImagePPS(image, &spectrogram, &table, size.width(), size.height(), 0, 1));
-    QCOMPARE(image, before);
-}
+    void leavesImageAloneWithoutPicture()
+    {
+        Spectrogram<float> spectrogram;
+        fill(spectrogram, 5, 20, 3);
+        const Spectrogram<float> empty;
+        const Table table = tableFor(0, 1);
+        QImage image(7, 8, QImage::Format_ARGB32);
+        image.fill(Qt::green);
+        const QImage before = image.copy();
 
-void TestSpectrogramImage::writesIntoImageOfTheSize()
-{
-    Spectrogram<float> spectrogram;
-    fill(spectrogram, 5, 20, 3);
-    const Table table = tableFor(0, 1);
-    QImage image(30, 10, QImage::Format_ARGB32);
-    const uchar *pixels = image.constBits();
-    QVERIFY(generateImageCW(image, &spectrogram, &table, 30, 10, 19, 0));
-    QCOMPARE(image.constBits(), pixels);
-    QVERIFY(generateImageCW(image, &spectrogram, &table, 31, 10, 19, 0));
-    QCOMPARE(image.size(), QSize(31, 10));
-    QCOMPARE(image.format(), QImage::Format_ARGB32);
+        QVERIFY(!generateImageCW<float>(image, &spectrogram, nullptr, 10, 10, 0, 0));
+        QVERIFY(!generateImageCW<float>(image, nullptr, &table, 10, 10, 0, 0));
+        QVERIFY(!generateImageCW(image, &empty, &table, 10, 10, 0, 0));
+        for (const int first : {-1, 20, 21})
+            QVERIFY(!generateImagePPS(image, &spectrogram, &table, 10, 10, first, 1));
+        for (const QSize size : {QSize(0, 10), QSize(10, 0), QSize(-3, 10)})
+            QVERIFY(
+                !generateImagePPS(image, &spectrogram, &table, size.width(), size.height(), 0, 1));
+        QCOMPARE(image, before);
+    }
 
-    QImage narrow(31, 10, QImage::Format_Grayscale8);
-    QVERIFY(generateImageCW(narrow, &spectrogram, &table, 31, 10, 19, 0));
-    QCOMPARE(narrow, image);
-}
+    void writesIntoImageOfTheSize()
+    {
+        Spectrogram<float> spectrogram;
+        fill(spectrogram, 5, 20, 3);
+        const Table table = tableFor(0, 1);
+        QImage image(30, 10, QImage::Format_ARGB32);
+        const uchar *pixels = image.constBits();
+        QVERIFY(generateImageCW(image, &spectrogram, &table, 30, 10, 19, 0));
+        QCOMPARE(image.constBits(), pixels);
+        QVERIFY(generateImageCW(image, &spectrogram, &table, 31, 10, 19, 0));
+        QCOMPARE(image.size(), QSize(31, 10));
+        QCOMPARE(image.format(), QImage::Format_ARGB32);
+
+        QImage narrow(31, 10, QImage::Format_Grayscale8);
+        QVERIFY(generateImageCW(narrow, &spectrogram, &table, 31, 10, 19, 0));
+        QCOMPARE(narrow, image);
+    }
+};
 
 QTEST_APPLESS_MAIN(TestSpectrogramImage)
 #include "tst_spectrogramimage.moc"

@@ -133,233 +133,223 @@ class TestSpectrogramRecordWidget : public QObject
     Q_OBJECT
 
 private slots:
-    void followsRecords_data();
-    void followsRecords();
-    void newStretchHasNoHistory_data();
-    void newStretchHasNoHistory();
-    void trimsWithItsRecords();
-    void keepsTheRangeOfAllStretches();
-    void standsBelowTheTrace_data();
-    void standsBelowTheTrace();
-    void switchesKeepTheData();
-    void liesBehindOrInFrontOfTraces();
-    void usesTheRecordsAskedFor();
-};
-
-void TestSpectrogramRecordWidget::followsRecords_data()
-{
-    QTest::addColumn<Records>("records");
-    QTest::addColumn<QStringList>("spans");
-
-    const auto first = makeRecord(10, 10);
-    QTest::newRow("next") << Records{first, makeRecord(20, 10)} << QStringList("40-119");
-    QTest::newRow("nearly next") << Records{first, makeRecord(20.02, 10)} << QStringList("40-119");
-    QTest::newRow("gap") << Records{first, makeRecord(30, 10)} << QStringList({"40-79", "120-159"});
-    QTest::newRow("twice") << Records{first, first} << QStringList("40-79");
-    QTest::newRow("overlap") << Records{first, makeRecord(15, 10)} << QStringList("40-79");
-    QTest::newRow("another rate") << Records{first, makeRecord(20, 10, 50)}
-                                  << QStringList("40-119");
-    QTest::newRow("out of view") << Records{makeRecord(-20, 10), makeRecord(110, 5)}
-                                 << QStringList();
-    QTest::newRow("across both edges") << Records{makeRecord(-20, 200)} << QStringList("1-398");
-}
-
-void TestSpectrogramRecordWidget::followsRecords()
-{
-    QFETCH(Records, records);
-    QFETCH(QStringList, spans);
-
-    Widget live;
-    for (const RecordCPtr &record : records)
-        live.feed(record);
-    QCOMPARE(::spans(live), spans);
-
-    Widget complete;
-    complete.setSpectrogramEnabled(false);
-    auto *sequence = new RingBuffer(0);
-    for (const RecordCPtr &record : records)
-        sequence->feed(record.get());
-    complete.setRecords(0, sequence, true);
-    QCOMPARE(::spans(complete), QStringList());
-    complete.setSpectrogramEnabled(true);
-    QCOMPARE(Ink::picture(complete), Ink::picture(live));
-}
-
-void TestSpectrogramRecordWidget::newStretchHasNoHistory_data()
-{
-    QTest::addColumn<double>("start");
-    QTest::addColumn<double>("rate");
-    QTest::addColumn<bool>("isNew");
-
-    QTest::newRow("goes on") << 20.0 << Rate << false;
-    QTest::newRow("one sample missing") << 20.05 << Rate << true;
-    QTest::newRow("another rate") << 20.0 << 40.0 << true;
-}
-
-void TestSpectrogramRecordWidget::newStretchHasNoHistory()
-{
-    QFETCH(double, start);
-    QFETCH(double, rate);
-    QFETCH(bool, isNew);
-
-    Widget widget;
-    widget.feed(makeRecord(10, 10, Rate, 19.5));
-    widget.feed(makeRecord(start, 10, rate));
-    Widget fresh;
-    fresh.feed(makeRecord(start, 10, rate));
-    const QRect second(81, 0, 30, Height);
-    QCOMPARE(Ink::picture(widget).copy(second) == Ink::picture(fresh).copy(second), isNew);
-}
-
-void TestSpectrogramRecordWidget::trimsWithItsRecords()
-{
-    Widget widget(3);
-    widget.feed(makeRecord(0, 10));
-    widget.feed(makeRecord(20, 10));
-    widget.feed(makeRecord(30, 10, Rate, 37));
-    QCOMPARE(spans(widget), QStringList({"1-39", "80-159"}));
-    const int pulse = ridge(Ink::picture(widget));
-    QVERIFY(pulse >= 37 * 4);
-
-    widget.feed(makeRecord(40, 10));
-    QCOMPARE(spans(widget), QStringList("80-199"));
-    // A stretch as long as before, but ten seconds later: the pulse stays where it was.
-    widget.feed(makeRecord(50, 10));
-    QCOMPARE(spans(widget), QStringList("120-239"));
-    QCOMPARE(ridge(Ink::picture(widget)), pulse);
-    for (int start = 60; start < 90; start += 10)
-        widget.feed(makeRecord(start, 10));
-    QCOMPARE(spans(widget), QStringList("240-359"));
-}
-
-void TestSpectrogramRecordWidget::keepsTheRangeOfAllStretches()
-{
-    Widget widget(3);
-    widget.feed(makeRecord(0, 10, Rate, 5));
-    const double pulse = widget.maximum();
-    QCOMPARE(widget.greatestValue(), pulse);
-    widget.feed(makeRecord(10, 10));
-    widget.feed(makeRecord(30, 10));
-    widget.feed(makeRecord(40, 10));
-    // The pulse has left the first stretch, which is still there.
-    QVERIFY(widget.greatestValue() < pulse);
-    QCOMPARE(widget.maximum(), pulse);
-    widget.feed(makeRecord(50, 10));
-    QCOMPARE(widget.maximum(), widget.greatestValue());
-    QVERIFY(widget.maximum() > 0);
-}
-
-void TestSpectrogramRecordWidget::standsBelowTheTrace_data()
-{
-    QTest::addColumn<int>("axisWidth");
-    QTest::addColumn<double>("tmin");
-    QTest::addColumn<double>("pixelsPerSecond");
-
-    // The envelope rises within a few samples, which are less than a pixel or two here.
-    QTest::newRow("whole") << 0 << 0.0 << 4.0;
-    QTest::newRow("cut at the left") << 0 << 20.0 << 4.0;
-    QTest::newRow("axis, cut at the left") << 60 << 20.01 << 4.0;
-    QTest::newRow("starts within") << 60 << -30.0 << 4.0;
-}
-
-void TestSpectrogramRecordWidget::standsBelowTheTrace()
-{
-    QFETCH(int, axisWidth);
-    QFETCH(double, tmin);
-    QFETCH(double, pixelsPerSecond);
-
-    constexpr double Pulse = 50;
-    Widget widget;
-    widget.setAxisWidth(axisWidth);
-    widget.setDrawAxis(axisWidth > 0);
-    widget.setTimeRange(tmin, tmin + ShownSeconds);
-    widget.setTimeScale(pixelsPerSecond);
-    widget.feed(makeRecord(5, 80, Rate, Pulse));
-    QCOMPARE(widget.canvasOffset(), axisWidth);
-
-    const int rise = ridge(Ink::picture(widget));
-    const int trace = widget.mapTime(timeAt(Pulse));
-    // Half a sample before the pulse the interpolation begins to rise.
-    const double sample = pixelsPerSecond / Rate;
-    QVERIFY2(rise >= trace - sample - 1 && rise <= trace + sample + 1,
-             qPrintable(QStringLiteral("%1, trace %2").arg(rise).arg(trace)));
-}
-
-void TestSpectrogramRecordWidget::switchesKeepTheData()
-{
-    Widget widget;
-    widget.feed(makeRecord(10, 10));
-    const QImage shown = Ink::picture(widget);
-
-    widget.setSpectrogramDisplayEnabled(false);
-    QCOMPARE(spans(widget), QStringList());
-    widget.feed(makeRecord(20, 10));
-    widget.setSpectrogramDisplayEnabled(true);
-    QCOMPARE(spans(widget), QStringList("40-119"));
-
-    widget.setSpectrogramEnabled(false);
-    QCOMPARE(spans(widget), QStringList());
-    widget.setSpectrogramEnabled(true);
-    QCOMPARE(spans(widget), QStringList("40-119"));
-    QCOMPARE(Ink::picture(widget).copy(0, 0, 79, Height), shown.copy(0, 0, 79, Height));
-
-    widget.setColorLUT(nullptr);
-    QCOMPARE(spans(widget), QStringList());
-    widget.setColorLUT(&table());
-    for (const int slot : {3, -1, 0}) {
-        widget.setSpectrogramSlot(slot);
-        QCOMPARE(spans(widget), slot == 0 ? QStringList("40-119") : QStringList());
-    }
-
-    widget.setSpectrogramSettings(0.2, 2, 3, 2);
-    QVERIFY(Ink::picture(widget).copy(0, 0, 79, Height) != shown.copy(0, 0, 79, Height));
-    widget.clearRecords();
-    QCOMPARE(spans(widget), QStringList());
-}
-
-void TestSpectrogramRecordWidget::liesBehindOrInFrontOfTraces()
-{
-    Widget widget;
-    widget.setRecordVisible(0, true);
-    widget.setRecordPen(0, QPen(Qt::red));
-    widget.feed(makeRecord(10, 80));
-    for (const bool isInFront : {false, true}) {
-        widget.setDrawSpectrogramInFront(isInFront);
-        QCOMPARE(Ink::rectOfColor(Ink::picture(widget), Qt::red).isNull(), isInFront);
-    }
-}
-
-void TestSpectrogramRecordWidget::usesTheRecordsAskedFor()
-{
-    /** Makes all samples 1000 times as large. */
-    class Amplifier : public Math::Filtering::InPlaceFilter<double>
+    void followsRecords_data()
     {
-    public:
-        void setSamplingFrequency(double) override {}
-        int setParameters(int, const double *) override { return 0; }
-        void apply(int n, double *samples) override
-        {
-            std::for_each(samples, samples + n, [](double &sample) { sample *= 1000; });
+        QTest::addColumn<Records>("records");
+        QTest::addColumn<QStringList>("spans");
+
+        const auto first = makeRecord(10, 10);
+        QTest::newRow("next") << Records{first, makeRecord(20, 10)} << QStringList("40-119");
+        QTest::newRow("nearly next")
+            << Records{first, makeRecord(20.02, 10)} << QStringList("40-119");
+        QTest::newRow("gap") << Records{first, makeRecord(30, 10)}
+                             << QStringList({"40-79", "120-159"});
+        QTest::newRow("twice") << Records{first, first} << QStringList("40-79");
+        QTest::newRow("overlap") << Records{first, makeRecord(15, 10)} << QStringList("40-79");
+        QTest::newRow("another rate")
+            << Records{first, makeRecord(20, 10, 50)} << QStringList("40-119");
+        QTest::newRow("out of view")
+            << Records{makeRecord(-20, 10), makeRecord(110, 5)} << QStringList();
+        QTest::newRow("across both edges") << Records{makeRecord(-20, 200)} << QStringList("1-398");
+    }
+
+    void followsRecords()
+    {
+        QFETCH(Records, records);
+        QFETCH(QStringList, spans);
+
+        Widget live;
+        for (const RecordCPtr &record : records)
+            live.feed(record);
+        QCOMPARE(::spans(live), spans);
+
+        Widget complete;
+        complete.setSpectrogramEnabled(false);
+        auto *sequence = new RingBuffer(0);
+        for (const RecordCPtr &record : records)
+            sequence->feed(record.get());
+        complete.setRecords(0, sequence, true);
+        QCOMPARE(::spans(complete), QStringList());
+        complete.setSpectrogramEnabled(true);
+        QCOMPARE(Ink::picture(complete), Ink::picture(live));
+    }
+
+    void newStretchHasNoHistory_data()
+    {
+        QTest::addColumn<double>("start");
+        QTest::addColumn<double>("rate");
+        QTest::addColumn<bool>("isNew");
+
+        QTest::newRow("goes on") << 20.0 << Rate << false;
+        QTest::newRow("one sample missing") << 20.05 << Rate << true;
+        QTest::newRow("another rate") << 20.0 << 40.0 << true;
+    }
+
+    void newStretchHasNoHistory()
+    {
+        QFETCH(double, start);
+        QFETCH(double, rate);
+        QFETCH(bool, isNew);
+
+        Widget widget;
+        widget.feed(makeRecord(10, 10, Rate, 19.5));
+        widget.feed(makeRecord(start, 10, rate));
+        Widget fresh;
+        fresh.feed(makeRecord(start, 10, rate));
+        const QRect second(81, 0, 30, Height);
+        QCOMPARE(Ink::picture(widget).copy(second) == Ink::picture(fresh).copy(second), isNew);
+    }
+
+    void trimsWithItsRecords()
+    {
+        Widget widget(3);
+        widget.feed(makeRecord(0, 10));
+        widget.feed(makeRecord(20, 10));
+        widget.feed(makeRecord(30, 10, Rate, 37));
+        QCOMPARE(spans(widget), QStringList({"1-39", "80-159"}));
+        const int pulse = ridge(Ink::picture(widget));
+        QVERIFY(pulse >= 37 * 4);
+
+        widget.feed(makeRecord(40, 10));
+        QCOMPARE(spans(widget), QStringList("80-199"));
+        // A stretch as long as before, but ten seconds later: the pulse stays where it was.
+        widget.feed(makeRecord(50, 10));
+        QCOMPARE(spans(widget), QStringList("120-239"));
+        QCOMPARE(ridge(Ink::picture(widget)), pulse);
+        for (int start = 60; start < 90; start += 10)
+            widget.feed(makeRecord(start, 10));
+        QCOMPARE(spans(widget), QStringList("240-359"));
+    }
+
+    void keepsTheRangeOfAllStretches()
+    {
+        Widget widget(3);
+        widget.feed(makeRecord(0, 10, Rate, 5));
+        const double pulse = widget.maximum();
+        QCOMPARE(widget.greatestValue(), pulse);
+        widget.feed(makeRecord(10, 10));
+        widget.feed(makeRecord(30, 10));
+        widget.feed(makeRecord(40, 10));
+        // The pulse has left the first stretch, which is still there.
+        QVERIFY(widget.greatestValue() < pulse);
+        QCOMPARE(widget.maximum(), pulse);
+        widget.feed(makeRecord(50, 10));
+        QCOMPARE(widget.maximum(), widget.greatestValue());
+        QVERIFY(widget.maximum() > 0);
+    }
+
+    void standsBelowTheTrace_data()
+    {
+        QTest::addColumn<int>("axisWidth");
+        QTest::addColumn<double>("tmin");
+        QTest::addColumn<double>("pixelsPerSecond");
+
+        // The envelope rises within a few samples, which are less than a pixel or two here.
+        QTest::newRow("whole") << 0 << 0.0 << 4.0;
+        QTest::newRow("cut at the left") << 0 << 20.0 << 4.0;
+        QTest::newRow("axis, cut at the left") << 60 << 20.01 << 4.0;
+        QTest::newRow("starts within") << 60 << -30.0 << 4.0;
+    }
+
+    void standsBelowTheTrace()
+    {
+        QFETCH(int, axisWidth);
+        QFETCH(double, tmin);
+        QFETCH(double, pixelsPerSecond);
+
+        constexpr double Pulse = 50;
+        Widget widget;
+        widget.setAxisWidth(axisWidth);
+        widget.setDrawAxis(axisWidth > 0);
+        widget.setTimeRange(tmin, tmin + ShownSeconds);
+        widget.setTimeScale(pixelsPerSecond);
+        widget.feed(makeRecord(5, 80, Rate, Pulse));
+        QCOMPARE(widget.canvasOffset(), axisWidth);
+
+        const int rise = ridge(Ink::picture(widget));
+        const int trace = widget.mapTime(timeAt(Pulse));
+        // Half a sample before the pulse the interpolation begins to rise.
+        const double sample = pixelsPerSecond / Rate;
+        QVERIFY2(rise >= trace - sample - 1 && rise <= trace + sample + 1,
+                 qPrintable(QStringLiteral("%1, trace %2").arg(rise).arg(trace)));
+    }
+
+    void switchesKeepTheData()
+    {
+        Widget widget;
+        widget.feed(makeRecord(10, 10));
+        const QImage shown = Ink::picture(widget);
+
+        widget.setSpectrogramDisplayEnabled(false);
+        QCOMPARE(spans(widget), QStringList());
+        widget.feed(makeRecord(20, 10));
+        widget.setSpectrogramDisplayEnabled(true);
+        QCOMPARE(spans(widget), QStringList("40-119"));
+
+        widget.setSpectrogramEnabled(false);
+        QCOMPARE(spans(widget), QStringList());
+        widget.setSpectrogramEnabled(true);
+        QCOMPARE(spans(widget), QStringList("40-119"));
+        QCOMPARE(Ink::picture(widget).copy(0, 0, 79, Height), shown.copy(0, 0, 79, Height));
+
+        widget.setColorLUT(nullptr);
+        QCOMPARE(spans(widget), QStringList());
+        widget.setColorLUT(&table());
+        for (const int slot : {3, -1, 0}) {
+            widget.setSpectrogramSlot(slot);
+            QCOMPARE(spans(widget), slot == 0 ? QStringList("40-119") : QStringList());
         }
-        Amplifier *clone() const override { return new Amplifier; }
-    };
 
-    Widget widget;
-    widget.feed(makeRecord(10, 80));
-    const QImage raw = Ink::picture(widget);
-    widget.useFilteredRecords(true);
-    QCOMPARE(spans(widget), QStringList());
+        widget.setSpectrogramSettings(0.2, 2, 3, 2);
+        QVERIFY(Ink::picture(widget).copy(0, 0, 79, Height) != shown.copy(0, 0, 79, Height));
+        widget.clearRecords();
+        QCOMPARE(spans(widget), QStringList());
+    }
 
-    const Amplifier amplifier;
-    widget.setFilter(&amplifier);
-    widget.enableFiltering(true);
-    QVERIFY(ridge(Ink::picture(widget)) > 0);
-    widget.useFilteredRecords(false);
-    QCOMPARE(Ink::picture(widget), raw);
-    widget.enableFiltering(false);
-    widget.enableFiltering(true);
-    QCOMPARE(Ink::picture(widget), raw);
-}
+    void liesBehindOrInFrontOfTraces()
+    {
+        Widget widget;
+        widget.setRecordVisible(0, true);
+        widget.setRecordPen(0, QPen(Qt::red));
+        widget.feed(makeRecord(10, 80));
+        for (const bool isInFront : {false, true}) {
+            widget.setDrawSpectrogramInFront(isInFront);
+            QCOMPARE(Ink::rectOfColor(Ink::picture(widget), Qt::red).isNull(), isInFront);
+        }
+    }
+
+    void usesTheRecordsAskedFor()
+    {
+        /** Makes all samples 1000 times as large. */
+        class Amplifier : public Math::Filtering::InPlaceFilter<double>
+        {
+        public:
+            void setSamplingFrequency(double) override {}
+            int setParameters(int, const double *) override { return 0; }
+            void apply(int n, double *samples) override
+            {
+                std::for_each(samples, samples + n, [](double &sample) { sample *= 1000; });
+            }
+            Amplifier *clone() const override { return new Amplifier; }
+        };
+
+        Widget widget;
+        widget.feed(makeRecord(10, 80));
+        const QImage raw = Ink::picture(widget);
+        widget.useFilteredRecords(true);
+        QCOMPARE(spans(widget), QStringList());
+
+        const Amplifier amplifier;
+        widget.setFilter(&amplifier);
+        widget.enableFiltering(true);
+        QVERIFY(ridge(Ink::picture(widget)) > 0);
+        widget.useFilteredRecords(false);
+        QCOMPARE(Ink::picture(widget), raw);
+        widget.enableFiltering(false);
+        widget.enableFiltering(true);
+        QCOMPARE(Ink::picture(widget), raw);
+    }
+};
 
 QTEST_MAIN(TestSpectrogramRecordWidget)
 #include "tst_spectrogramrecordwidget.moc"

@@ -103,212 +103,202 @@ class TabWidgetTest : public QObject
     Q_OBJECT
 
 private slots:
-    void draggingOutTearsOff();
-    void movesTabAndTearsItOff();
-    void moveGoesOnAfterComingBack();
-    void pagesReturnToTheirPlace_data();
-    void pagesReturnToTheirPlace();
-    void hidesWithoutTabs();
-    void f11TogglesFullScreenOfDetachedPages();
-    void insertsBeforeTab();
-    void listsPagesWithoutTabs();
-    void outlivesItsPages();
-};
-
-void TabWidgetTest::draggingOutTearsOff()
-{
-    Tabs tabs;
-    const QPoint start = tabs.centerOf(1);
-    const QPoint end = start + QPoint(30, 150);
-    tabs.widget.setTabIcon(1, QIcon(QPixmap(4, 4)));
-    tabs.drag({start, end});
-    const QSize size = tabs.page("B")->size();
-    const QPoint position = tabs.bar()->mapToGlobal(end);
-    QCOMPARE(tabs.bar()->cursor().shape(), Qt::OpenHandCursor);
-    QCOMPARE(tabs.widget.count(), 4);
-    tabs.send(QEvent::MouseButtonRelease, end);
-
-    QWidget *page = tabs.page("B");
-    QCOMPARE(tabs.log, QStringList("detached B"));
-    QCOMPARE(tabs.tabNames(), QString("ACD"));
-    QCOMPARE(tabs.pageNames(), QString("ABCD"));
-    QVERIFY(page->isWindow() && page->isVisible());
-    QCOMPARE(page->windowTitle(), QString("B"));
-    QVERIFY(!page->windowIcon().isNull());
-    QCOMPARE(page->geometry(),
-             QRect(QPoint(position.x() - size.width() / 2, position.y() + 10), size));
-    QCOMPARE(tabs.bar()->cursor().shape(), Qt::ArrowCursor);
-}
-
-void TabWidgetTest::movesTabAndTearsItOff()
-{
-    Tabs tabs;
-    const QPoint start = tabs.centerOf(0);
-    const QPoint below = tabs.centerOf(2) + QPoint(0, 120);
-    tabs.drag({start, tabs.centerOf(2), below});
-    QCOMPARE(tabs.tabNames(), QString("BCAD"));
-    QCOMPARE(tabs.pageNames(), QString("BCAD"));
-
-    tabs.send(QEvent::MouseButtonRelease, below);
-    QCOMPARE(tabs.log, QStringList("detached A"));
-    QCOMPARE(tabs.tabNames(), QString("BCD"));
-}
-
-void TabWidgetTest::moveGoesOnAfterComingBack()
-{
-    Tabs tabs;
-    const QPoint start = tabs.centerOf(1);
-    const QPoint beside(tabs.bar()->tabRect(3).right() + 5, 5);
-    tabs.dragAndDrop({beside, beside + QPoint(0, 150)});
-    tabs.dragAndDrop({start, start + QPoint(0, 120), start});
-    QCOMPARE(tabs.tabNames(), QString("ABCD"));
-    tabs.dragAndDrop({start, start + QPoint(0, 120), start, tabs.centerOf(2)});
-    QCOMPARE(tabs.tabNames(), QString("ACBD"));
-    QCOMPARE(tabs.pageNames(), QString("ACBD"));
-    QCOMPARE(tabs.log, QStringList());
-}
-
-void TabWidgetTest::pagesReturnToTheirPlace_data()
-{
-    QTest::addColumn<QString>("detached");
-    QTest::addColumn<QString>("closed");
-    QTest::addColumn<QString>("expected");
-    const QString rows[][4] = {
-        {"between two", "C", "C", "ABCD"},
-        {"all before it are gone", "ABC", "C", "CD"},
-        {"neighbours, the last torn off first", "BC", "CB", "ABCD"},
-        {"neighbours, the first torn off first", "BC", "BC", "ACBD"},
-        {"all, in any order", "ABCD", "CADB", "BDAC"},
-    };
-    for (const auto &row : rows)
-        QTest::newRow(qPrintable(row[0])) << row[1] << row[2] << row[3];
-}
-
-void TabWidgetTest::pagesReturnToTheirPlace()
-{
-    QFETCH(QString, detached);
-    QFETCH(QString, closed);
-    QFETCH(QString, expected);
-    Tabs tabs;
-    tabs.detach(detached);
-    for (const QChar name : closed) {
-        QWidget *page = tabs.page(name);
-        QVERIFY(!page->close());
-        QVERIFY(!page->isWindow());
-        QVERIFY(page->isVisible());
-        QCOMPARE(tabs.widget.currentWidget(), page);
-        QCOMPARE(tabs.widget.tabText(tabs.widget.currentIndex()), QString(name));
-        QCOMPARE(tabs.log.takeLast(), "attached " + QString(name));
-    }
-    QCOMPARE(tabs.tabNames(), expected);
-}
-
-void TabWidgetTest::hidesWithoutTabs()
-{
-    Tabs tabs("AB");
-    tabs.detach("A");
-    QVERIFY(tabs.widget.isVisible());
-    tabs.detach("B");
-    QVERIFY(tabs.widget.isHidden());
-    QVERIFY(tabs.page("A")->isVisible());
-    tabs.page("B")->close();
-    QVERIFY(tabs.widget.isVisible());
-}
-
-void TabWidgetTest::f11TogglesFullScreenOfDetachedPages()
-{
-    Tabs tabs("AB");
-    auto *editor = new QLineEdit(tabs.page("B"));
-    tabs.widget.setCurrentIndex(1);
-    editor->setFocus();
-    QTest::keyClick(editor, Qt::Key_F11);
-    QVERIFY(!tabs.page("B")->isFullScreen());
-
-    tabs.detach("B");
-    QTest::keyClick(editor, Qt::Key_F11);
-    QVERIFY(tabs.page("B")->isFullScreen());
-    QTest::keyClick(editor, Qt::Key_F11);
-    QVERIFY(!tabs.page("B")->isFullScreen());
-    QVERIFY(tabs.page("B")->isVisible());
-}
-
-void TabWidgetTest::insertsBeforeTab()
-{
-    const struct
+    void draggingOutTearsOff()
     {
-        QString detached, page;
-        int index;
-        QString tabNames, pageNames;
-    } rows[] = {{"", "E", -1, "ABCDE", "ABCDE"},
-                {"AC", "E", 1, "BED", "ABCED"},
-                {"B", "B", 2, "ACBD", "ACBD"},
-                {"", "C", 0, "CABD", "CABD"},
-                {"", "A", 2, "BCAD", "BCAD"}};
-    for (const auto &row : rows) {
         Tabs tabs;
-        tabs.detach(row.detached);
-        QWidget *known = tabs.page(row.page);
-        QWidget *page = known ? known : tabs.newPage(row.page);
-        QCOMPARE(tabs.widget.insertTab(row.index, page, row.page), row.tabNames.indexOf(row.page));
-        QCOMPARE(tabs.tabNames(), row.tabNames);
-        QCOMPARE(tabs.pageNames(), row.pageNames);
-        QVERIFY(!page->isWindow());
+        const QPoint start = tabs.centerOf(1);
+        const QPoint end = start + QPoint(30, 150);
+        tabs.widget.setTabIcon(1, QIcon(QPixmap(4, 4)));
+        tabs.drag({start, end});
+        const QSize size = tabs.page("B")->size();
+        const QPoint position = tabs.bar()->mapToGlobal(end);
+        QCOMPARE(tabs.bar()->cursor().shape(), Qt::OpenHandCursor);
+        QCOMPARE(tabs.widget.count(), 4);
+        tabs.send(QEvent::MouseButtonRelease, end);
+
+        QWidget *page = tabs.page("B");
+        QCOMPARE(tabs.log, QStringList("detached B"));
+        QCOMPARE(tabs.tabNames(), QString("ACD"));
+        QCOMPARE(tabs.pageNames(), QString("ABCD"));
+        QVERIFY(page->isWindow() && page->isVisible());
+        QCOMPARE(page->windowTitle(), QString("B"));
+        QVERIFY(!page->windowIcon().isNull());
+        QCOMPARE(page->geometry(),
+                 QRect(QPoint(position.x() - size.width() / 2, position.y() + 10), size));
+        QCOMPARE(tabs.bar()->cursor().shape(), Qt::ArrowCursor);
+    }
+
+    void movesTabAndTearsItOff()
+    {
+        Tabs tabs;
+        const QPoint start = tabs.centerOf(0);
+        const QPoint below = tabs.centerOf(2) + QPoint(0, 120);
+        tabs.drag({start, tabs.centerOf(2), below});
+        QCOMPARE(tabs.tabNames(), QString("BCAD"));
+        QCOMPARE(tabs.pageNames(), QString("BCAD"));
+
+        tabs.send(QEvent::MouseButtonRelease, below);
+        QCOMPARE(tabs.log, QStringList("detached A"));
+        QCOMPARE(tabs.tabNames(), QString("BCD"));
+    }
+
+    void moveGoesOnAfterComingBack()
+    {
+        Tabs tabs;
+        const QPoint start = tabs.centerOf(1);
+        const QPoint beside(tabs.bar()->tabRect(3).right() + 5, 5);
+        tabs.dragAndDrop({beside, beside + QPoint(0, 150)});
+        tabs.dragAndDrop({start, start + QPoint(0, 120), start});
+        QCOMPARE(tabs.tabNames(), QString("ABCD"));
+        tabs.dragAndDrop({start, start + QPoint(0, 120), start, tabs.centerOf(2)});
+        QCOMPARE(tabs.tabNames(), QString("ACBD"));
+        QCOMPARE(tabs.pageNames(), QString("ACBD"));
         QCOMPARE(tabs.log, QStringList());
     }
-}
 
-void TabWidgetTest::listsPagesWithoutTabs()
-{
-    Tabs tabs;
-    QWidget *page = tabs.newPage("E");
-    QCOMPARE(tabs.widget.insertWidget(2, page), 2);
-    QCOMPARE(tabs.widget.insertWidget(0, page), -1);
-    QCOMPARE(tabs.widget.insertWidget(9, tabs.newPage("F")), 5);
-    QCOMPARE(tabs.pageNames(), QString("ABECDF"));
-    QCOMPARE(tabs.tabNames(), QString("ABCD"));
-    page->show();
-    QVERIFY(page->isWindow());
-    page->close();
-    QCOMPARE(tabs.tabNames(), QString("ABECD"));
-
-    // Added pages are tied to the tabs, but not listed.
-    tabs.log.clear();
-    tabs.widget.addWidget(tabs.newPage("G"));
-    QCOMPARE(tabs.pageNames(), QString("ABECDF"));
-    tabs.page("G")->close();
-    QCOMPARE(tabs.tabNames(), QString("ABECDG"));
-    QCOMPARE(tabs.log, QStringList("attached G"));
-
-    tabs.detach("B");
-    QCOMPARE(tabs.widget.addTab(tabs.page("B"), "back"), 5);
-    QCOMPARE(tabs.log, QStringList("attached B"));
-    QCOMPARE(tabs.tabNames(), QString("AECDGB"));
-}
-
-void TabWidgetTest::outlivesItsPages()
-{
-    QPointer<QWidget> detached;
-    QPointer<QWidget> removed;
+    void pagesReturnToTheirPlace_data()
     {
-        Tabs tabs("ABCDEF");
-        tabs.detach("ABCD");
-        delete tabs.page("A");
-        delete tabs.page("F");
-        removed = tabs.page("E");
-        tabs.widget.removeWidget(removed);
-        tabs.widget.removeWidget(tabs.page("B"));
-        tabs.widget.removeWidget(&tabs.widget);
-        QCOMPARE(tabs.pageNames(), QString("CD"));
-        QVERIFY(removed);
-        QVERIFY(!tabs.page("B"));
-        tabs.page("C")->close();
-        QCOMPARE(tabs.tabNames(), QString("C"));
-        detached = tabs.page("D");
-        detached->setParent(nullptr, detached->windowFlags());
+        QTest::addColumn<QString>("detached");
+        QTest::addColumn<QString>("closed");
+        QTest::addColumn<QString>("expected");
+        const QString rows[][4] = {
+            {"between two", "C", "C", "ABCD"},
+            {"all before it are gone", "ABC", "C", "CD"},
+            {"neighbours, the last torn off first", "BC", "CB", "ABCD"},
+            {"neighbours, the first torn off first", "BC", "BC", "ACBD"},
+            {"all, in any order", "ABCD", "CADB", "BDAC"},
+        };
+        for (const auto &row : rows)
+            QTest::newRow(qPrintable(row[0])) << row[1] << row[2] << row[3];
     }
-    QVERIFY(detached.isNull());
-    delete removed;
-}
+
+    void pagesReturnToTheirPlace()
+    {
+        QFETCH(QString, detached);
+        QFETCH(QString, closed);
+        QFETCH(QString, expected);
+        Tabs tabs;
+        tabs.detach(detached);
+        for (const QChar name : closed) {
+            QWidget *page = tabs.page(name);
+            QVERIFY(!page->close());
+            QVERIFY(!page->isWindow());
+            QVERIFY(page->isVisible());
+            QCOMPARE(tabs.widget.currentWidget(), page);
+            QCOMPARE(tabs.widget.tabText(tabs.widget.currentIndex()), QString(name));
+            QCOMPARE(tabs.log.takeLast(), "attached " + QString(name));
+        }
+        QCOMPARE(tabs.tabNames(), expected);
+    }
+
+    void hidesWithoutTabs()
+    {
+        Tabs tabs("AB");
+        tabs.detach("A");
+        QVERIFY(tabs.widget.isVisible());
+        tabs.detach("B");
+        QVERIFY(tabs.widget.isHidden());
+        QVERIFY(tabs.page("A")->isVisible());
+        tabs.page("B")->close();
+        QVERIFY(tabs.widget.isVisible());
+    }
+
+    void f11TogglesFullScreenOfDetachedPages()
+    {
+        Tabs tabs("AB");
+        auto *editor = new QLineEdit(tabs.page("B"));
+        tabs.widget.setCurrentIndex(1);
+        editor->setFocus();
+        QTest::keyClick(editor, Qt::Key_F11);
+        QVERIFY(!tabs.page("B")->isFullScreen());
+
+        tabs.detach("B");
+        QTest::keyClick(editor, Qt::Key_F11);
+        QVERIFY(tabs.page("B")->isFullScreen());
+        QTest::keyClick(editor, Qt::Key_F11);
+        QVERIFY(!tabs.page("B")->isFullScreen());
+        QVERIFY(tabs.page("B")->isVisible());
+    }
+
+    void insertsBeforeTab()
+    {
+        const struct
+        {
+            QString detached, page;
+            int index;
+            QString tabNames, pageNames;
+        } rows[] = {{"", "E", -1, "ABCDE", "ABCDE"},
+                    {"AC", "E", 1, "BED", "ABCED"},
+                    {"B", "B", 2, "ACBD", "ACBD"},
+                    {"", "C", 0, "CABD", "CABD"},
+                    {"", "A", 2, "BCAD", "BCAD"}};
+        for (const auto &row : rows) {
+            Tabs tabs;
+            tabs.detach(row.detached);
+            QWidget *known = tabs.page(row.page);
+            QWidget *page = known ? known : tabs.newPage(row.page);
+            QCOMPARE(tabs.widget.insertTab(row.index, page, row.page),
+                     row.tabNames.indexOf(row.page));
+            QCOMPARE(tabs.tabNames(), row.tabNames);
+            QCOMPARE(tabs.pageNames(), row.pageNames);
+            QVERIFY(!page->isWindow());
+            QCOMPARE(tabs.log, QStringList());
+        }
+    }
+
+    void listsPagesWithoutTabs()
+    {
+        Tabs tabs;
+        QWidget *page = tabs.newPage("E");
+        QCOMPARE(tabs.widget.insertWidget(2, page), 2);
+        QCOMPARE(tabs.widget.insertWidget(0, page), -1);
+        QCOMPARE(tabs.widget.insertWidget(9, tabs.newPage("F")), 5);
+        QCOMPARE(tabs.pageNames(), QString("ABECDF"));
+        QCOMPARE(tabs.tabNames(), QString("ABCD"));
+        page->show();
+        QVERIFY(page->isWindow());
+        page->close();
+        QCOMPARE(tabs.tabNames(), QString("ABECD"));
+
+        // Added pages are tied to the tabs, but not listed.
+        tabs.log.clear();
+        tabs.widget.addWidget(tabs.newPage("G"));
+        QCOMPARE(tabs.pageNames(), QString("ABECDF"));
+        tabs.page("G")->close();
+        QCOMPARE(tabs.tabNames(), QString("ABECDG"));
+        QCOMPARE(tabs.log, QStringList("attached G"));
+
+        tabs.detach("B");
+        QCOMPARE(tabs.widget.addTab(tabs.page("B"), "back"), 5);
+        QCOMPARE(tabs.log, QStringList("attached B"));
+        QCOMPARE(tabs.tabNames(), QString("AECDGB"));
+    }
+
+    void outlivesItsPages()
+    {
+        QPointer<QWidget> detached;
+        QPointer<QWidget> removed;
+        {
+            Tabs tabs("ABCDEF");
+            tabs.detach("ABCD");
+            delete tabs.page("A");
+            delete tabs.page("F");
+            removed = tabs.page("E");
+            tabs.widget.removeWidget(removed);
+            tabs.widget.removeWidget(tabs.page("B"));
+            tabs.widget.removeWidget(&tabs.widget);
+            QCOMPARE(tabs.pageNames(), QString("CD"));
+            QVERIFY(removed);
+            QVERIFY(!tabs.page("B"));
+            tabs.page("C")->close();
+            QCOMPARE(tabs.tabNames(), QString("C"));
+            detached = tabs.page("D");
+            detached->setParent(nullptr, detached->windowFlags());
+        }
+        QVERIFY(detached.isNull());
+        delete removed;
+    }
+};
 
 QTEST_MAIN(TabWidgetTest)
 #include "tst_tabwidget.moc"

@@ -69,266 +69,252 @@ class TraceTest : public QObject
     Q_OBJECT
 
 private slots:
-    void paintsColorBar();
-    void namesStreams();
-    void replacesExtraWidget();
-    void showsRecord();
-    void setsSymmetricAmplitudeRange_data();
-    void setsSymmetricAmplitudeRange();
-    void fitsRecordWhenResized();
-    void followsTimeAxis();
-    void keepsAxisAndTracesTogether();
-    void showsDescriptionBesideLabel();
-    void looksSelectedUnlessStatic();
-    void arrangesLabelItems_data();
-    void arrangesLabelItems();
-};
-
-void TraceTest::paintsColorBar()
-{
-    // Narrower than its margins it is not there, beyond them as wide as what is left.
-    for (const int width : {-3, 4, 12}) {
-        Trace trace(QStringLiteral("A"), QColor(250, 10, 20));
-        trace.setColorBarWidth(width);
-        trace.resize(400, 100);
-        const QRect ink = Ink::rectOfColor(Ink::picture(trace), trace.color());
-        QCOMPARE(ink.width(), qMax(0, width - 4));
-        QVERIFY(ink.isNull() || (ink.left() == Trace::Padding() + 2 && ink.height() > 60));
+    void paintsColorBar()
+    {
+        // Narrower than its margins it is not there, beyond them as wide as what is left.
+        for (const int width : {-3, 4, 12}) {
+            Trace trace(QStringLiteral("A"), QColor(250, 10, 20));
+            trace.setColorBarWidth(width);
+            trace.resize(400, 100);
+            const QRect ink = Ink::rectOfColor(Ink::picture(trace), trace.color());
+            QCOMPARE(ink.width(), qMax(0, width - 4));
+            QVERIFY(ink.isNull() || (ink.left() == Trace::Padding() + 2 && ink.height() > 60));
+        }
     }
-}
 
-void TraceTest::namesStreams()
-{
-    auto *stream = new DataModel::Stream("BHZ");
-    const DataModel::NetworkPtr tree = network(stream);
-    Trace trace(QStringLiteral("A"), Qt::red);
-    trace.setData(Norvu::Gui::TraceNetworkCode, QStringLiteral("XX"));
-    trace.setData(Norvu::Gui::TraceStationCode, QString::fromUtf8("ÄB"));
-    trace.setData(Norvu::Gui::TraceChannelCode, QStringLiteral("HHN"));
-    QVERIFY(!trace.setMetaData(-1, stream));
-    QVERIFY(trace.setMetaData(1, stream));
+    void namesStreams()
+    {
+        auto *stream = new DataModel::Stream("BHZ");
+        const DataModel::NetworkPtr tree = network(stream);
+        Trace trace(QStringLiteral("A"), Qt::red);
+        trace.setData(Norvu::Gui::TraceNetworkCode, QStringLiteral("XX"));
+        trace.setData(Norvu::Gui::TraceStationCode, QString::fromUtf8("ÄB"));
+        trace.setData(Norvu::Gui::TraceChannelCode, QStringLiteral("HHN"));
+        QVERIFY(!trace.setMetaData(-1, stream));
+        QVERIFY(trace.setMetaData(1, stream));
 
-    QCOMPARE(trace.waveformID(1).id(), std::string("GE.APE.00.BHZ"));
-    QCOMPARE(trace.waveformID(0).id(), std::string("XX.\xC3\x84"
-                                                   "B..HHN"));
-    QCOMPARE(trace.waveformID(-1).id(), trace.waveformID(7).id());
-}
+        QCOMPARE(trace.waveformID(1).id(), std::string("GE.APE.00.BHZ"));
+        QCOMPARE(trace.waveformID(0).id(), std::string("XX.\xC3\x84"
+                                                       "B..HHN"));
+        QCOMPARE(trace.waveformID(-1).id(), trace.waveformID(7).id());
+    }
 
-void TraceTest::replacesExtraWidget()
-{
-    Trace trace(QStringLiteral("A"), Qt::red);
-    QPointer<QWidget> first(new QWidget), second(new QWidget);
-    auto *grid = qobject_cast<QGridLayout *>(trace.layout());
-    trace.setExtraWidget(first);
-    QCOMPARE(grid->itemAtPosition(1, 3)->widget(), first.data());
-    trace.setExtraWidget(first);
-    QVERIFY(first);
-    trace.setExtraWidget(second);
-    QVERIFY(!first);
-    QCOMPARE(trace.extraWidget(), second.data());
-    trace.setExtraWidget(nullptr);
-    QVERIFY(!second);
-    QVERIFY(!grid->itemAtPosition(1, 3));
-}
+    void replacesExtraWidget()
+    {
+        Trace trace(QStringLiteral("A"), Qt::red);
+        QPointer<QWidget> first(new QWidget), second(new QWidget);
+        auto *grid = qobject_cast<QGridLayout *>(trace.layout());
+        trace.setExtraWidget(first);
+        QCOMPARE(grid->itemAtPosition(1, 3)->widget(), first.data());
+        trace.setExtraWidget(first);
+        QVERIFY(first);
+        trace.setExtraWidget(second);
+        QVERIFY(!first);
+        QCOMPARE(trace.extraWidget(), second.data());
+        trace.setExtraWidget(nullptr);
+        QVERIFY(!second);
+        QVERIFY(!grid->itemAtPosition(1, 3));
+    }
 
-void TraceTest::showsRecord()
-{
-    ShownTrace trace(QSize(600, 120));
-    trace.setAlignment(Start - Core::TimeSpan(5.0));
-    trace.setTimeAxisEnabled(true, false);
-    trace.setExtraWidget(new QLabel(QStringLiteral("beside the traces")));
-    QApplication::processEvents();
-    trace.setRecord(record<double>().get(), false, false, 2);
+    void showsRecord()
+    {
+        ShownTrace trace(QSize(600, 120));
+        trace.setAlignment(Start - Core::TimeSpan(5.0));
+        trace.setTimeAxisEnabled(true, false);
+        trace.setExtraWidget(new QLabel(QStringLiteral("beside the traces")));
+        QApplication::processEvents();
+        trace.setRecord(record<double>().get(), false, false, 2);
 
-    const Gui::RecordWidget *widget = trace.recordWidget();
-    QCOMPARE(widget->records(2)->size(), 1);
-    QVERIFY(widget->ownsRecords(2));
-    QCOMPARE(widget->tmin(), 5.0);
-    QCOMPARE(widget->tmax(), 15.0);
-    QCOMPARE(trace.timeAxis()->lower(), 5.0);
-    // ticks stay below the samples although the axis is wider
-    QCOMPARE(trace.timeAxis()->scale(), widget->timeScale());
-    QVERIFY(trace.timeAxis()->width() > widget->canvasWidth() + 20);
-    QVERIFY(qAbs(10 * widget->timeScale() - widget->canvasWidth()) <= 1);
-
-    trace.setRecord(nullptr, true, false, 2);
-    QVERIFY(!widget->records(2));
-    trace.resize(700, 120);
-    QCOMPARE(widget->tmin(), 5.0);
-}
-
-void TraceTest::setsSymmetricAmplitudeRange_data()
-{
-    QTest::addColumn<RecordCPtr>("record");
-    QTest::addColumn<double>("lower");
-    QTest::addColumn<double>("upper");
-
-    // mean 0.1, and the sample farthest from it is 3
-    QTest::newRow("double, deeper than high")
-        << RecordCPtr(record<double>(-1)) << -0.1 - 2.9 << -0.1 + 2.9;
-    const float mean = 0.1f, half = 3.0f - mean;
-    QTest::newRow("float") << RecordCPtr(record<float>()) << double(mean - half)
-                           << double(mean + half);
-    QTest::newRow("integer") << RecordCPtr(record<int>()) << -50.0 << 70.0;
-}
-
-void TraceTest::setsSymmetricAmplitudeRange()
-{
-    QFETCH(RecordCPtr, record);
-    QFETCH(double, lower);
-    QFETCH(double, upper);
-
-    Trace trace(QStringLiteral("A"), Qt::red);
-    trace.recordWidget()->setAmplRange(-50, 70);
-    trace.setRecord(record.get(), true, false, 0);
-    QCOMPARE(trace.recordWidget()->amplRange(), qMakePair(-50.0, 70.0));
-    trace.setRecord(record.get(), true, true, 0);
-    QCOMPARE(trace.recordWidget()->amplRange(), qMakePair(lower, upper));
-}
-
-void TraceTest::fitsRecordWhenResized()
-{
-    for (const bool fit : {true, false}) {
-        ShownTrace trace(QSize(500, 120));
-        trace.setAlignment(Start);
-        trace.setRecord(record<double>().get(), fit, false, 0);
         const Gui::RecordWidget *widget = trace.recordWidget();
-        trace.resize(900, 120);
-        QTRY_VERIFY(widget->canvasWidth() > 500);
-        const int right = widget->mapCanvasTime(Start + Core::TimeSpan(10.0));
-        QCOMPARE(qAbs(right - widget->canvasWidth()) <= 1, fit);
+        QCOMPARE(widget->records(2)->size(), 1);
+        QVERIFY(widget->ownsRecords(2));
+        QCOMPARE(widget->tmin(), 5.0);
+        QCOMPARE(widget->tmax(), 15.0);
+        QCOMPARE(trace.timeAxis()->lower(), 5.0);
+        // ticks stay below the samples although the axis is wider
+        QCOMPARE(trace.timeAxis()->scale(), widget->timeScale());
+        QVERIFY(trace.timeAxis()->width() > widget->canvasWidth() + 20);
+        QVERIFY(qAbs(10 * widget->timeScale() - widget->canvasWidth()) <= 1);
+
+        trace.setRecord(nullptr, true, false, 2);
+        QVERIFY(!widget->records(2));
+        trace.resize(700, 120);
+        QCOMPARE(widget->tmin(), 5.0);
     }
-}
 
-void TraceTest::followsTimeAxis()
-{
-    ShownTrace trace(QSize(600, 160));
-    trace.setTimeAxisEnabled(true, true);
-    QPointer<Gui::TimeScale> axis(trace.timeAxis());
-    QTRY_VERIFY(axis->width() > 300);
-    trace.setDisplay(0, 100, axis->width() / 100.0);
+    void setsSymmetricAmplitudeRange_data()
+    {
+        QTest::addColumn<RecordCPtr>("record");
+        QTest::addColumn<double>("lower");
+        QTest::addColumn<double>("upper");
 
-    const QPointF middle(axis->width() / 2.0, 5);
-    QWheelEvent wheel(middle, axis->mapToGlobal(middle.toPoint()), QPoint(), QPoint(0, 120),
-                      Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
-    QApplication::sendEvent(axis, &wheel);
-    QVERIFY(axis->upper() - axis->lower() < 99);
-    QCOMPARE(trace.recordWidget()->tmin(), axis->lower());
-    QCOMPARE(trace.recordWidget()->timeScale(), axis->scale());
-    trace.setTimeAxisEnabled(false, false);
-    QVERIFY(!axis);
-}
-
-void TraceTest::keepsAxisAndTracesTogether()
-{
-    ShownTrace trace(QSize(700, 160));
-    trace.setTimeAxisEnabled(true, false);
-    trace.setAlignment(Start);
-    trace.setDisplay(-20, 80, 5);
-    QApplication::processEvents();
-
-    const Gui::TimeScale *axis = trace.timeAxis();
-    Gui::RecordWidget *widget = trace.recordWidget();
-    QCOMPARE(axis->alignment(), Start);
-    QCOMPARE(axis->geometry().right(), widget->geometry().right());
-    const int inAxis = axis->x() + qRound(axis->valueToPixel(30.0));
-    QVERIFY(qAbs(widget->x() + widget->mapTime(30.0) - inAxis) <= 1);
-
-    // Grid lines stand at the ticks, also at those of a later range.
-    trace.setDisplay(-20, 0, 25);
-    const QImage shown = Ink::picture(*widget);
-    widget->setGridSpacing(axis->majorSpacing(), axis->minorSpacing(), axis->offset());
-    QCOMPARE(Ink::picture(*widget), shown);
-
-    for (const int bar : {20, 6, 0}) {
-        trace.setColorBarWidth(bar);
-        const int left = Trace::Padding() + Trace::FixedLabelWidth(bar);
-        QTRY_COMPARE(axis->x(), left);
-        QCOMPARE(widget->x() + widget->canvasRect().left(), left);
+        // mean 0.1, and the sample farthest from it is 3
+        QTest::newRow("double, deeper than high")
+            << RecordCPtr(record<double>(-1)) << -0.1 - 2.9 << -0.1 + 2.9;
+        const float mean = 0.1f, half = 3.0f - mean;
+        QTest::newRow("float") << RecordCPtr(record<float>()) << double(mean - half)
+                               << double(mean + half);
+        QTest::newRow("integer") << RecordCPtr(record<int>()) << -50.0 << 70.0;
     }
-    trace.setSpacing(150);
-    QTRY_COMPARE(axis->x(), Trace::Padding() + 150);
-    QCOMPARE(widget->axisWidth(), 150);
-}
 
-void TraceTest::showsDescriptionBesideLabel()
-{
-    Trace trace(QString(), Qt::red);
-    trace.setDescription(QStringLiteral("plain"));
-    QCOMPARE(trace.labelText(), QStringLiteral("plain"));
-    trace.setLabel(QStringLiteral("GE %2 APE"));
-    trace.setDescription(QStringLiteral("12.5 km"));
-    QCOMPARE(trace.labelText(), QStringLiteral("<b>GE %2 APE</b> 12.5 km"));
-    trace.setLabel(QStringLiteral("B"));
-    QCOMPARE(trace.labelText(), QStringLiteral("<b>B</b>"));
-}
+    void setsSymmetricAmplitudeRange()
+    {
+        QFETCH(RecordCPtr, record);
+        QFETCH(double, lower);
+        QFETCH(double, upper);
 
-void TraceTest::looksSelectedUnlessStatic()
-{
-    Trace trace(QStringLiteral("A"), Qt::red);
-    QPalette palette = trace.palette();
-    palette.setColor(QPalette::Highlight, QColor(20, 60, 220));
-    trace.setPalette(palette);
-    trace.resize(300, 100);
-    const auto isHighlighted = [&] {
-        return !Ink::rectOfColor(Ink::picture(trace), QColor(20, 60, 220)).isEmpty();
-    };
-    QVERIFY(!isHighlighted());
-    QVERIFY(trace.setSelected(true));
-    QVERIFY(!trace.setSelected(true));
-    QVERIFY(isHighlighted());
-    trace.setStatic(true);
-    QVERIFY(!isHighlighted());
-}
-
-void TraceTest::arrangesLabelItems_data()
-{
-    QTest::addColumn<QStringList>("texts");
-    QTest::addColumn<int>("height");
-    QTest::addColumn<QVector<QPoint>>("cells"); // x of text and index of its row
-
-    const QStringList six{"HHH", "HHH", "HHH", "HHH", "HHH", "HHH"};
-    QTest::newRow("all") << six << 120
-                         << QVector<QPoint>{{0, 0}, {50, 0}, {0, 1}, {50, 1}, {0, 2}, {0, 3}};
-    QTest::newRow("second missing, third beside first")
-        << QStringList{"HHH", "", "HHH"} << 60 << QVector<QPoint>{{0, 0}, {}, {50, 0}};
-    QTest::newRow("too low for its letters")
-        << six << 24 << QVector<QPoint>{{0, 0}, {50, 0}, {0, 1}, {50, 1}, {0, 2}, {0, 3}};
-}
-
-void TraceTest::arrangesLabelItems()
-{
-    QFETCH(QStringList, texts);
-    QFETCH(int, height);
-    QFETCH(QVector<QPoint>, cells);
-
-    TraceLabel label(3);
-    label.resize(200, height);
-    const int ascent = label.fontMetrics().ascent();
-    int rows = 0;
-    for (int i = 0; i < texts.size(); ++i) {
-        label.setText(texts[i], i);
-        label.setColor(QColor(255, 40 * i, 0), i);
-        label.setWidth(50, i);
+        Trace trace(QStringLiteral("A"), Qt::red);
+        trace.recordWidget()->setAmplRange(-50, 70);
+        trace.setRecord(record.get(), true, false, 0);
+        QCOMPARE(trace.recordWidget()->amplRange(), qMakePair(-50.0, 70.0));
+        trace.setRecord(record.get(), true, true, 0);
+        QCOMPARE(trace.recordWidget()->amplRange(), qMakePair(lower, upper));
     }
-    for (const QPoint &cell : cells)
-        rows = qMax(rows, cell.y() + 1);
 
-    // letters and gaps as tall as fit, the whole of it in the middle
-    const int fontSize = qMin(ascent, height / rows);
-    const int gap = qMin(4, (height - fontSize * rows) / (rows + 1));
-    const int top = (height - (rows + 1) * gap - fontSize * rows) / 2;
-    const QImage image = Ink::picture(label);
-    for (int i = 0; i < cells.size(); ++i) {
-        const QRect cell(cells[i].x(), top + cells[i].y() * (gap + fontSize), 50, fontSize);
-        const auto isInk = [&](QRgb pixel) { return pixel == QColor(255, 40 * i, 0).rgb(); };
-        const QRect ink = Ink::rectOf(image, image.rect(), isInk);
-        if (texts[i].isEmpty() || fontSize < 10)
-            QVERIFY(ink.isEmpty() || cell.contains(ink));
-        else
-            QVERIFY2(!ink.isEmpty() && cell.contains(ink), QByteArray::number(i));
+    void fitsRecordWhenResized()
+    {
+        for (const bool fit : {true, false}) {
+            ShownTrace trace(QSize(500, 120));
+            trace.setAlignment(Start);
+            trace.setRecord(record<double>().get(), fit, false, 0);
+            const Gui::RecordWidget *widget = trace.recordWidget();
+            trace.resize(900, 120);
+            QTRY_VERIFY(widget->canvasWidth() > 500);
+            const int right = widget->mapCanvasTime(Start + Core::TimeSpan(10.0));
+            QCOMPARE(qAbs(right - widget->canvasWidth()) <= 1, fit);
+        }
     }
-}
+
+    void followsTimeAxis()
+    {
+        ShownTrace trace(QSize(600, 160));
+        trace.setTimeAxisEnabled(true, true);
+        QPointer<Gui::TimeScale> axis(trace.timeAxis());
+        QTRY_VERIFY(axis->width() > 300);
+        trace.setDisplay(0, 100, axis->width() / 100.0);
+
+        const QPointF middle(axis->width() / 2.0, 5);
+        QWheelEvent wheel(middle, axis->mapToGlobal(middle.toPoint()), QPoint(), QPoint(0, 120),
+                          Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+        QApplication::sendEvent(axis, &wheel);
+        QVERIFY(axis->upper() - axis->lower() < 99);
+        QCOMPARE(trace.recordWidget()->tmin(), axis->lower());
+        QCOMPARE(trace.recordWidget()->timeScale(), axis->scale());
+        trace.setTimeAxisEnabled(false, false);
+        QVERIFY(!axis);
+    }
+
+    void keepsAxisAndTracesTogether()
+    {
+        ShownTrace trace(QSize(700, 160));
+        trace.setTimeAxisEnabled(true, false);
+        trace.setAlignment(Start);
+        trace.setDisplay(-20, 80, 5);
+        QApplication::processEvents();
+
+        const Gui::TimeScale *axis = trace.timeAxis();
+        Gui::RecordWidget *widget = trace.recordWidget();
+        QCOMPARE(axis->alignment(), Start);
+        QCOMPARE(axis->geometry().right(), widget->geometry().right());
+        const int inAxis = axis->x() + qRound(axis->valueToPixel(30.0));
+        QVERIFY(qAbs(widget->x() + widget->mapTime(30.0) - inAxis) <= 1);
+
+        // Grid lines stand at the ticks, also at those of a later range.
+        trace.setDisplay(-20, 0, 25);
+        const QImage shown = Ink::picture(*widget);
+        widget->setGridSpacing(axis->majorSpacing(), axis->minorSpacing(), axis->offset());
+        QCOMPARE(Ink::picture(*widget), shown);
+
+        for (const int bar : {20, 6, 0}) {
+            trace.setColorBarWidth(bar);
+            const int left = Trace::Padding() + Trace::FixedLabelWidth(bar);
+            QTRY_COMPARE(axis->x(), left);
+            QCOMPARE(widget->x() + widget->canvasRect().left(), left);
+        }
+        trace.setSpacing(150);
+        QTRY_COMPARE(axis->x(), Trace::Padding() + 150);
+        QCOMPARE(widget->axisWidth(), 150);
+    }
+
+    void showsDescriptionBesideLabel()
+    {
+        Trace trace(QString(), Qt::red);
+        trace.setDescription(QStringLiteral("plain"));
+        QCOMPARE(trace.labelText(), QStringLiteral("plain"));
+        trace.setLabel(QStringLiteral("GE %2 APE"));
+        trace.setDescription(QStringLiteral("12.5 km"));
+        QCOMPARE(trace.labelText(), QStringLiteral("<b>GE %2 APE</b> 12.5 km"));
+        trace.setLabel(QStringLiteral("B"));
+        QCOMPARE(trace.labelText(), QStringLiteral("<b>B</b>"));
+    }
+
+    void looksSelectedUnlessStatic()
+    {
+        Trace trace(QStringLiteral("A"), Qt::red);
+        QPalette palette = trace.palette();
+        palette.setColor(QPalette::Highlight, QColor(20, 60, 220));
+        trace.setPalette(palette);
+        trace.resize(300, 100);
+        const auto isHighlighted = [&] {
+            return !Ink::rectOfColor(Ink::picture(trace), QColor(20, 60, 220)).isEmpty();
+        };
+        QVERIFY(!isHighlighted());
+        QVERIFY(trace.setSelected(true));
+        QVERIFY(!trace.setSelected(true));
+        QVERIFY(isHighlighted());
+        trace.setStatic(true);
+        QVERIFY(!isHighlighted());
+    }
+
+    void arrangesLabelItems_data()
+    {
+        QTest::addColumn<QStringList>("texts");
+        QTest::addColumn<int>("height");
+        QTest::addColumn<QVector<QPoint>>("cells"); // x of text and index of its row
+
+        const QStringList six{"HHH", "HHH", "HHH", "HHH", "HHH", "HHH"};
+        QTest::newRow("all") << six << 120
+                             << QVector<QPoint>{{0, 0}, {50, 0}, {0, 1}, {50, 1}, {0, 2}, {0, 3}};
+        QTest::newRow("second missing, third beside first")
+            << QStringList{"HHH", "", "HHH"} << 60 << QVector<QPoint>{{0, 0}, {}, {50, 0}};
+        QTest::newRow("too low for its letters")
+            << six << 24 << QVector<QPoint>{{0, 0}, {50, 0}, {0, 1}, {50, 1}, {0, 2}, {0, 3}};
+    }
+
+    void arrangesLabelItems()
+    {
+        QFETCH(QStringList, texts);
+        QFETCH(int, height);
+        QFETCH(QVector<QPoint>, cells);
+
+        TraceLabel label(3);
+        label.resize(200, height);
+        const int ascent = label.fontMetrics().ascent();
+        int rows = 0;
+        for (int i = 0; i < texts.size(); ++i) {
+            label.setText(texts[i], i);
+            label.setColor(QColor(255, 40 * i, 0), i);
+            label.setWidth(50, i);
+        }
+        for (const QPoint &cell : cells)
+            rows = qMax(rows, cell.y() + 1);
+
+        // letters and gaps as tall as fit, the whole of it in the middle
+        const int fontSize = qMin(ascent, height / rows);
+        const int gap = qMin(4, (height - fontSize * rows) / (rows + 1));
+        const int top = (height - (rows + 1) * gap - fontSize * rows) / 2;
+        const QImage image = Ink::picture(label);
+        for (int i = 0; i < cells.size(); ++i) {
+            const QRect cell(cells[i].x(), top + cells[i].y() * (gap + fontSize), 50, fontSize);
+            const auto isInk = [&](QRgb pixel) { return pixel == QColor(255, 40 * i, 0).rgb(); };
+            const QRect ink = Ink::rectOf(image, image.rect(), isInk);
+            if (texts[i].isEmpty() || fontSize < 10)
+                QVERIFY(ink.isEmpty() || cell.contains(ink));
+            else
+                QVERIFY2(!ink.isEmpty() && cell.contains(ink), QByteArray::number(i));
+        }
+    }
+};
 
 QTEST_MAIN(TraceTest)
 #include "tst_trace.moc"

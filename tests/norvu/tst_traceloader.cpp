@@ -130,194 +130,185 @@ class TraceLoaderTest : public QObject
     Q_OBJECT
 
 private slots:
-    void init();
-    void loadsBoundStreams();
-    void putsRecordsIntoSlots_data();
-    void putsRecordsIntoSlots();
-    void tellsWhatCanNotBeLoaded();
-    void warnsOfInvalidStreamIds();
-    void showsProgressAndEndsByCancel();
-    void releasesRecords();
-    void readsFileIntoNewRows();
-};
+    void init()
+    {
+        FakeStream::records.clear();
+        FakeStream::streams.clear();
+        FakeStream::waits = false;
+    }
 
-void TraceLoaderTest::init()
-{
-    FakeStream::records.clear();
-    FakeStream::streams.clear();
-    FakeStream::waits = false;
-}
-
-void TraceLoaderTest::loadsBoundStreams()
-{
-    TraceView view;
-    view.setItems({makeRow("A"), makeRow("B"), makeRow("unbound")});
-    view.bindItem("XX.A.00.BHZ", view.itemAt(0), 0);
-    view.bindItem("XX.B..BHZ", view.itemAt(1), 0);
-    FakeStream::records = {makeRecord("XX.A.00.BHZ", 0, 10), makeRecord("XX.unknown..BHZ", 0, 10),
-                           makeRecord("XX.A.00.BHZ", 10, 20), makeRecord("XX.A.00.BHZ", 200, 210)};
-
-    TraceLoader loader("fake://");
-    QVERIFY(loader.load(&view, window(0, 100)));
-    QCOMPARE(FakeStream::streams, QStringList({"XX/A/00/BHZ", "XX/B//BHZ"}));
-    QVERIFY(FakeStream::window == window(0, 100));
-    QVERIFY(view.itemAt(0)->recordWidget()->records(0)->timeWindow() == window(0, 20));
-    QVERIFY(view.itemAt(1)->recordWidget()->records(0)->isEmpty());
-    QCOMPARE(colors(view), QList<QColor>({Qt::green, Qt::red, Qt::red}));
-    QCOMPARE(view.emptyDataSlots(), 3);
-    QVERIFY(!loader.wasCancelled());
-}
-
-void TraceLoaderTest::putsRecordsIntoSlots_data()
-{
-    QTest::addColumn<int>("target");
-    QTest::addColumn<Tellarix::Core::TimeWindow>("first");
-    QTest::addColumn<Tellarix::Core::TimeWindow>("third");
-    QTest::newRow("of their binding") << -1 << window(20, 30) << window(0, 10);
-    QTest::newRow("that is the target") << 2 << Tellarix::Core::TimeWindow() << window(0, 30);
-}
-
-void TraceLoaderTest::putsRecordsIntoSlots()
-{
-    QFETCH(int, target);
-    TraceView view;
-    view.setItems({makeRow("A"), makeRow("subscribed")});
-    view.bindItem("XX.A..BHZ", view.itemAt(0), 0);
-    view.bindItem("XX.A..BHE", view.itemAt(0), 2);
-    view.bindItem("XX.S..BHE", view.itemAt(1), 0);
-    view.subscribedToData(view.itemAt(1));
-    // A record without a rate has no end.
-    const Tellarix::RecordPtr endless(new Tellarix::Record(
-        Tellarix::StreamCodes::FromID("XX.A..BHZ"), timeAt(0), 0, new Tellarix::IntArray(5)));
-    FakeStream::records = {makeRecord("XX.A..BHE", 0, 10), makeRecord("XX.A..BHZ", 20, 30),
-                           endless};
-
-    TraceLoader loader("fake://");
-    loader.setTargetSlot(target);
-    QVERIFY(loader.load(&view, window(0, 100)));
-    QCOMPARE(FakeStream::streams, QStringList({"XX/A//BHE", "XX/A//BHZ"}));
-    const auto *widget = view.itemAt(0)->recordWidget();
-    const auto windowOf = [widget](int slot) {
-        const auto *records = widget->records(slot);
-        return records->isEmpty() ? Tellarix::Core::TimeWindow() : records->timeWindow();
-    };
-    QTEST(windowOf(0), "first");
-    QTEST(windowOf(2), "third");
-}
-
-void TraceLoaderTest::tellsWhatCanNotBeLoaded()
-{
-    TraceView view;
-    bool isLoaded = true;
-    TraceFileLoader fileLoader("/no/such/file.mseed");
-    QCOMPARE(messageOf([&] { isLoaded = fileLoader.load(&view, window(0, 1)); }),
-             QString("Error: Could not open file:///no/such/file.mseed"));
-    QVERIFY(!isLoaded);
-
-    TraceLoader loader("fake://unreachable");
-    QVERIFY(loader.load(&view, window(0, 1)));
-    view.addItem(makeRow("A"));
-    view.bindItem("XX.A..BHZ", view.itemAt(0), 0);
-    QCOMPARE(messageOf([&] { isLoaded = loader.load(&view, window(0, 1)); }),
-             QString("Error: Could not connect to fake://unreachable"));
-    QVERIFY(!isLoaded);
-}
-
-void TraceLoaderTest::warnsOfInvalidStreamIds()
-{
-    TraceView view;
-    view.setItems({makeRow("A"), makeRow("B")});
-    view.bindItem("XX.A.BHZ", view.itemAt(0), 0);
-    view.bindItem("XX.B..BHZ", view.itemAt(1), 5000);
-    QTest::ignoreMessage(QtWarningMsg, "Invalid stream id: XX.A.BHZ");
-    QTest::ignoreMessage(QtWarningMsg, "Failed to allocate trace");
-    TraceLoader loader("fake://");
-    QVERIFY(loader.load(&view, window(0, 100)));
-    QCOMPARE(FakeStream::streams, QStringList());
-}
-
-void TraceLoaderTest::showsProgressAndEndsByCancel()
-{
-    TraceView view;
-    view.setItems({makeRow("A"), makeRow("B")});
-    view.bindItem("XX.A..BHZ", view.itemAt(0), 0);
-    view.bindItem("XX.B..BHZ", view.itemAt(1), 0);
-    FakeStream::records = {makeRecord("XX.A..BHZ", 0, 10)};
-    FakeStream::waits = true;
-    TraceLoader loader("fake://");
-    QString label;
-    QList<QColor> waiting;
-    QSignalSpy updates(view.itemAt(1)->recordWidget(),
-                       SIGNAL(traceUpdated(Tellarix::Gui::RecordWidget *)));
-    QVERIFY(updates.isValid());
-    int updateCount = 0;
-    whenLoading(
-        &view, [&] { return !view.itemAt(0)->recordWidget()->records(0)->isEmpty(); },
-        [&](QProgressDialog *dialog) {
-            label = dialog->labelText();
-            waiting = colors(view);
-            // Of two ticks of the clock only the first one finds news.
-            updates.clear();
-            QMetaObject::invokeMethod(&loader, "timeout");
-            QMetaObject::invokeMethod(&loader, "timeout");
-            updateCount = updates.count();
-            QTest::keyClick(dialog, Qt::Key_Escape);
-        });
-
-    QVERIFY(loader.load(&view, window(0, 100)));
-    QCOMPARE(label, QString("Loading waveforms"));
-    QCOMPARE(updateCount, 1);
-    QCOMPARE(waiting, QList<QColor>({Qt::yellow, Qt::yellow}));
-    QCOMPARE(colors(view), QList<QColor>({Qt::green, Qt::red}));
-    QVERIFY(loader.wasCancelled());
-    QVERIFY(!FakeStream::isOpen);
-}
-
-void TraceLoaderTest::releasesRecords()
-{
-    TraceLoader loader("fake://");
+    void loadsBoundStreams()
     {
         TraceView view;
+        view.setItems({makeRow("A"), makeRow("B"), makeRow("unbound")});
+        view.bindItem("XX.A.00.BHZ", view.itemAt(0), 0);
+        view.bindItem("XX.B..BHZ", view.itemAt(1), 0);
+        FakeStream::records = {
+            makeRecord("XX.A.00.BHZ", 0, 10), makeRecord("XX.unknown..BHZ", 0, 10),
+            makeRecord("XX.A.00.BHZ", 10, 20), makeRecord("XX.A.00.BHZ", 200, 210)};
+
+        TraceLoader loader("fake://");
+        QVERIFY(loader.load(&view, window(0, 100)));
+        QCOMPARE(FakeStream::streams, QStringList({"XX/A/00/BHZ", "XX/B//BHZ"}));
+        QVERIFY(FakeStream::window == window(0, 100));
+        QVERIFY(view.itemAt(0)->recordWidget()->records(0)->timeWindow() == window(0, 20));
+        QVERIFY(view.itemAt(1)->recordWidget()->records(0)->isEmpty());
+        QCOMPARE(colors(view), QList<QColor>({Qt::green, Qt::red, Qt::red}));
+        QCOMPARE(view.emptyDataSlots(), 3);
+        QVERIFY(!loader.wasCancelled());
+    }
+
+    void putsRecordsIntoSlots_data()
+    {
+        QTest::addColumn<int>("target");
+        QTest::addColumn<Tellarix::Core::TimeWindow>("first");
+        QTest::addColumn<Tellarix::Core::TimeWindow>("third");
+        QTest::newRow("of their binding") << -1 << window(20, 30) << window(0, 10);
+        QTest::newRow("that is the target") << 2 << Tellarix::Core::TimeWindow() << window(0, 30);
+    }
+
+    void putsRecordsIntoSlots()
+    {
+        QFETCH(int, target);
+        TraceView view;
+        view.setItems({makeRow("A"), makeRow("subscribed")});
+        view.bindItem("XX.A..BHZ", view.itemAt(0), 0);
+        view.bindItem("XX.A..BHE", view.itemAt(0), 2);
+        view.bindItem("XX.S..BHE", view.itemAt(1), 0);
+        view.subscribedToData(view.itemAt(1));
+        // A record without a rate has no end.
+        const Tellarix::RecordPtr endless(new Tellarix::Record(
+            Tellarix::StreamCodes::FromID("XX.A..BHZ"), timeAt(0), 0, new Tellarix::IntArray(5)));
+        FakeStream::records = {makeRecord("XX.A..BHE", 0, 10), makeRecord("XX.A..BHZ", 20, 30),
+                               endless};
+
+        TraceLoader loader("fake://");
+        loader.setTargetSlot(target);
+        QVERIFY(loader.load(&view, window(0, 100)));
+        QCOMPARE(FakeStream::streams, QStringList({"XX/A//BHE", "XX/A//BHZ"}));
+        const auto *widget = view.itemAt(0)->recordWidget();
+        const auto windowOf = [widget](int slot) {
+            const auto *records = widget->records(slot);
+            return records->isEmpty() ? Tellarix::Core::TimeWindow() : records->timeWindow();
+        };
+        QTEST(windowOf(0), "first");
+        QTEST(windowOf(2), "third");
+    }
+
+    void tellsWhatCanNotBeLoaded()
+    {
+        TraceView view;
+        bool isLoaded = true;
+        TraceFileLoader fileLoader("/no/such/file.mseed");
+        QCOMPARE(messageOf([&] { isLoaded = fileLoader.load(&view, window(0, 1)); }),
+                 QString("Error: Could not open file:///no/such/file.mseed"));
+        QVERIFY(!isLoaded);
+
+        TraceLoader loader("fake://unreachable");
+        QVERIFY(loader.load(&view, window(0, 1)));
         view.addItem(makeRow("A"));
         view.bindItem("XX.A..BHZ", view.itemAt(0), 0);
-        FakeStream::records = {makeRecord("XX.A..BHZ", 0, 10), makeRecord("XX.B..BHZ", 0, 10)};
-        QVERIFY(loader.load(&view, window(0, 100)));
-        QCOMPARE(FakeStream::records[0]->use_count(), 2u);
+        QCOMPARE(messageOf([&] { isLoaded = loader.load(&view, window(0, 1)); }),
+                 QString("Error: Could not connect to fake://unreachable"));
+        QVERIFY(!isLoaded);
     }
-    QCOMPARE(FakeStream::records[0]->use_count(), 1u);
-    QCOMPARE(FakeStream::records[1]->use_count(), 1u);
-}
 
-void TraceLoaderTest::readsFileIntoNewRows()
-{
-    QTemporaryDir folder;
-    const QString name = folder.filePath("two streams.mseed");
-    QFile file(name);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    Tellarix::Formats::MiniSeedWriter writer(&file);
-    QVERIFY(writer.write(*makeRecord("XX.A.00.BHZ", 1000, 1100)));
-    QVERIFY(writer.write(*makeRecord("XX.B..BHN", 1050, 1200)));
-    file.write("this is no record");
-    file.close();
+    void warnsOfInvalidStreamIds()
+    {
+        TraceView view;
+        view.setItems({makeRow("A"), makeRow("B")});
+        view.bindItem("XX.A.BHZ", view.itemAt(0), 0);
+        view.bindItem("XX.B..BHZ", view.itemAt(1), 5000);
+        QTest::ignoreMessage(QtWarningMsg, "Invalid stream id: XX.A.BHZ");
+        QTest::ignoreMessage(QtWarningMsg, "Failed to allocate trace");
+        TraceLoader loader("fake://");
+        QVERIFY(loader.load(&view, window(0, 100)));
+        QCOMPARE(FakeStream::streams, QStringList());
+    }
 
-    TraceView view;
-    view.setAlignment(timeAt(1000));
-    TraceFileLoader loader(name.toStdString());
-    loader.setTargetSlot(-1);
-    QVERIFY(loader.load(&view, Tellarix::Core::TimeWindow()));
-    QCOMPARE(view.count(), 0);
-    loader.setTargetSlot(3);
-    QVERIFY(loader.load(&view, Tellarix::Core::TimeWindow()));
-    QCOMPARE(labels(view.items()), QStringList({"XX.A.00.BHZ", "XX.B..BHN"}));
-    QVERIFY(view.itemAt(0)->recordWidget()->records(0) == nullptr);
-    QVERIFY(view.itemAt(0)->recordWidget()->records(3) != nullptr);
-    QCOMPARE(view.itemAt(1)->data(TraceChannelCode).toString(), QString("BHN"));
-    QVERIFY(view.coveredTimeWindow() == window(1000, 1200));
-    QVERIFY(view.itemBoundTo("XX.B..BHN") == view.itemAt(1));
-    QCOMPARE(colors(view), QList<QColor>({Qt::green, Qt::green}));
-    QVERIFY(view.itemAt(0)->recordWidget()->alignment() == timeAt(1000));
-    QCOMPARE(loader.messages().size(), 1);
-}
+    void showsProgressAndEndsByCancel()
+    {
+        TraceView view;
+        view.setItems({makeRow("A"), makeRow("B")});
+        view.bindItem("XX.A..BHZ", view.itemAt(0), 0);
+        view.bindItem("XX.B..BHZ", view.itemAt(1), 0);
+        FakeStream::records = {makeRecord("XX.A..BHZ", 0, 10)};
+        FakeStream::waits = true;
+        TraceLoader loader("fake://");
+        QString label;
+        QList<QColor> waiting;
+        QSignalSpy updates(view.itemAt(1)->recordWidget(),
+                           SIGNAL(traceUpdated(Tellarix::Gui::RecordWidget *)));
+        QVERIFY(updates.isValid());
+        int updateCount = 0;
+        whenLoading(
+            &view, [&] { return !view.itemAt(0)->recordWidget()->records(0)->isEmpty(); },
+            [&](QProgressDialog *dialog) {
+                label = dialog->labelText();
+                waiting = colors(view);
+                // Of two ticks of the clock only the first one finds news.
+                updates.clear();
+                QMetaObject::invokeMethod(&loader, "timeout");
+                QMetaObject::invokeMethod(&loader, "timeout");
+                updateCount = updates.count();
+                QTest::keyClick(dialog, Qt::Key_Escape);
+            });
+
+        QVERIFY(loader.load(&view, window(0, 100)));
+        QCOMPARE(label, QString("Loading waveforms"));
+        QCOMPARE(updateCount, 1);
+        QCOMPARE(waiting, QList<QColor>({Qt::yellow, Qt::yellow}));
+        QCOMPARE(colors(view), QList<QColor>({Qt::green, Qt::red}));
+        QVERIFY(loader.wasCancelled());
+        QVERIFY(!FakeStream::isOpen);
+    }
+
+    void releasesRecords()
+    {
+        TraceLoader loader("fake://");
+        {
+            TraceView view;
+            view.addItem(makeRow("A"));
+            view.bindItem("XX.A..BHZ", view.itemAt(0), 0);
+            FakeStream::records = {makeRecord("XX.A..BHZ", 0, 10), makeRecord("XX.B..BHZ", 0, 10)};
+            QVERIFY(loader.load(&view, window(0, 100)));
+            QCOMPARE(FakeStream::records[0]->use_count(), 2u);
+        }
+        QCOMPARE(FakeStream::records[0]->use_count(), 1u);
+        QCOMPARE(FakeStream::records[1]->use_count(), 1u);
+    }
+
+    void readsFileIntoNewRows()
+    {
+        QTemporaryDir folder;
+        const QString name = folder.filePath("two streams.mseed");
+        QFile file(name);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        Tellarix::Formats::MiniSeedWriter writer(&file);
+        QVERIFY(writer.write(*makeRecord("XX.A.00.BHZ", 1000, 1100)));
+        QVERIFY(writer.write(*makeRecord("XX.B..BHN", 1050, 1200)));
+        file.write("this is no record");
+        file.close();
+
+        TraceView view;
+        view.setAlignment(timeAt(1000));
+        TraceFileLoader loader(name.toStdString());
+        loader.setTargetSlot(-1);
+        QVERIFY(loader.load(&view, Tellarix::Core::TimeWindow()));
+        QCOMPARE(view.count(), 0);
+        loader.setTargetSlot(3);
+        QVERIFY(loader.load(&view, Tellarix::Core::TimeWindow()));
+        QCOMPARE(labels(view.items()), QStringList({"XX.A.00.BHZ", "XX.B..BHN"}));
+        QVERIFY(view.itemAt(0)->recordWidget()->records(0) == nullptr);
+        QVERIFY(view.itemAt(0)->recordWidget()->records(3) != nullptr);
+        QCOMPARE(view.itemAt(1)->data(TraceChannelCode).toString(), QString("BHN"));
+        QVERIFY(view.coveredTimeWindow() == window(1000, 1200));
+        QVERIFY(view.itemBoundTo("XX.B..BHN") == view.itemAt(1));
+        QCOMPARE(colors(view), QList<QColor>({Qt::green, Qt::green}));
+        QVERIFY(view.itemAt(0)->recordWidget()->alignment() == timeAt(1000));
+        QCOMPARE(loader.messages().size(), 1);
+    }
+};
 
 QTEST_MAIN(TraceLoaderTest)
 #include "tst_traceloader.moc"

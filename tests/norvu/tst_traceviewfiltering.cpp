@@ -61,14 +61,86 @@ class TraceViewFilteringTest : public QObject
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
+    // The gate is closed when a test begins.
+    void init() { QCOMPARE(GatedGain::gate.available(), 0); }
 
-    void normalizesOnceAllRowsAreThrough();
-    void countsRowsAfresh();
-    void removedRowsDoNotCount();
-    void dyingViewIsNotTold();
-    void laterRowsAreFiltered();
+    void cleanup() { GatedGain::gate.acquire(); }
+
+    void normalizesOnceAllRowsAreThrough()
+    {
+        TraceView view;
+        fill(view);
+        FilteringLog log(&view);
+        view.setFilter(new GatedGain(10));
+        QCOMPARE(log.take(), (QStringList{"0/3", "layout"}));
+        QCOMPARE(view.itemAt(0)->recordWidget()->amplRange(), Range(-3, 3));
+
+        GatedGain::gate.release();
+        QTRY_VERIFY(log.contains("3/3"));
+        QCOMPARE(log.take(), (QStringList{"1/3", "2/3", "3/3", "layout"}));
+        for (const Trace *row : view.items())
+            QCOMPARE(row->recordWidget()->amplRange(), Range(-30, 30));
+    }
+
+    void countsRowsAfresh()
+    {
+        TraceView view;
+        fill(view);
+        FilteringLog log(&view);
+        view.setFilter(new GatedGain(10));
+        view.setFilter(new GatedGain(20));
+        QCOMPARE(log.take(), (QStringList{"0/3", "layout", "0/3", "layout"}));
+        view.setFilter(nullptr);
+        QCOMPARE(log.take(), (QStringList{"3/3", "layout"}));
+        view.setFilter(nullptr);
+        QCOMPARE(log.take(), QStringList("layout"));
+        GatedGain::gate.release();
+    }
+
+    void removedRowsDoNotCount()
+    {
+        for (const int removed : {1, 3}) {
+            TraceView view;
+            fill(view);
+            FilteringLog log(&view);
+            view.setFilter(new GatedGain(10));
+            for (int i = 0; i < removed; ++i)
+                view.removeItem(view.itemAt(0));
+            QCOMPARE(log.contains("3/3"), removed == 3);
+            GatedGain::gate.release();
+            QTRY_VERIFY(log.contains("3/3"));
+            GatedGain::gate.acquire();
+        }
+        GatedGain::gate.release();
+    }
+
+    void dyingViewIsNotTold()
+    {
+        auto view = std::make_unique<TraceView>();
+        fill(*view);
+        FilteringLog log(view.get());
+        view->setFilter(new GatedGain(10));
+        log.take();
+        view.reset();
+        QCOMPARE(log.take(), QStringList());
+        GatedGain::gate.release();
+    }
+
+    void laterRowsAreFiltered()
+    {
+        GatedGain::gate.release();
+        TraceView view;
+        fill(view);
+        view.setFilter(new GatedGain(10));
+        view.addItem(makeRow("late", makeRecord("XX.B..BHZ", 0, 100, -7, 7)));
+        FilteringLog log(&view);
+        QTRY_VERIFY(log.contains("4/4"));
+        QCOMPARE(view.itemAt(3)->recordWidget()->amplRange(), Range(-70, 70));
+
+        view.addItem(makeRow("later", makeRecord("XX.C..BHZ", 0, 100, -8, 8)));
+        QTRY_VERIFY(log.contains("1/1"));
+        QCOMPARE(view.itemAt(0)->recordWidget()->amplRange(), Range(-80, 80));
+    }
 
 private:
     /** Three rows with amplitudes of 1, 2 and 3. */
@@ -82,93 +154,6 @@ private:
         view.setFilterEnabled(true);
     }
 };
-
-// The gate is closed when a test begins.
-void TraceViewFilteringTest::init()
-{
-    QCOMPARE(GatedGain::gate.available(), 0);
-}
-
-void TraceViewFilteringTest::cleanup()
-{
-    GatedGain::gate.acquire();
-}
-
-void TraceViewFilteringTest::normalizesOnceAllRowsAreThrough()
-{
-    TraceView view;
-    fill(view);
-    FilteringLog log(&view);
-    view.setFilter(new GatedGain(10));
-    QCOMPARE(log.take(), (QStringList{"0/3", "layout"}));
-    QCOMPARE(view.itemAt(0)->recordWidget()->amplRange(), Range(-3, 3));
-
-    GatedGain::gate.release();
-    QTRY_VERIFY(log.contains("3/3"));
-    QCOMPARE(log.take(), (QStringList{"1/3", "2/3", "3/3", "layout"}));
-    for (const Trace *row : view.items())
-        QCOMPARE(row->recordWidget()->amplRange(), Range(-30, 30));
-}
-
-void TraceViewFilteringTest::countsRowsAfresh()
-{
-    TraceView view;
-    fill(view);
-    FilteringLog log(&view);
-    view.setFilter(new GatedGain(10));
-    view.setFilter(new GatedGain(20));
-    QCOMPARE(log.take(), (QStringList{"0/3", "layout", "0/3", "layout"}));
-    view.setFilter(nullptr);
-    QCOMPARE(log.take(), (QStringList{"3/3", "layout"}));
-    view.setFilter(nullptr);
-    QCOMPARE(log.take(), QStringList("layout"));
-    GatedGain::gate.release();
-}
-
-void TraceViewFilteringTest::removedRowsDoNotCount()
-{
-    for (const int removed : {1, 3}) {
-        TraceView view;
-        fill(view);
-        FilteringLog log(&view);
-        view.setFilter(new GatedGain(10));
-        for (int i = 0; i < removed; ++i)
-            view.removeItem(view.itemAt(0));
-        QCOMPARE(log.contains("3/3"), removed == 3);
-        GatedGain::gate.release();
-        QTRY_VERIFY(log.contains("3/3"));
-        GatedGain::gate.acquire();
-    }
-    GatedGain::gate.release();
-}
-
-void TraceViewFilteringTest::dyingViewIsNotTold()
-{
-    auto view = std::make_unique<TraceView>();
-    fill(*view);
-    FilteringLog log(view.get());
-    view->setFilter(new GatedGain(10));
-    log.take();
-    view.reset();
-    QCOMPARE(log.take(), QStringList());
-    GatedGain::gate.release();
-}
-
-void TraceViewFilteringTest::laterRowsAreFiltered()
-{
-    GatedGain::gate.release();
-    TraceView view;
-    fill(view);
-    view.setFilter(new GatedGain(10));
-    view.addItem(makeRow("late", makeRecord("XX.B..BHZ", 0, 100, -7, 7)));
-    FilteringLog log(&view);
-    QTRY_VERIFY(log.contains("4/4"));
-    QCOMPARE(view.itemAt(3)->recordWidget()->amplRange(), Range(-70, 70));
-
-    view.addItem(makeRow("later", makeRecord("XX.C..BHZ", 0, 100, -8, 8)));
-    QTRY_VERIFY(log.contains("1/1"));
-    QCOMPARE(view.itemAt(0)->recordWidget()->amplRange(), Range(-80, 80));
-}
 
 QTEST_MAIN(TraceViewFilteringTest)
 #include "tst_traceviewfiltering.moc"

@@ -49,388 +49,371 @@ class TraceViewInteractionTest : public QObject
     Q_OBJECT
 
 private slots:
-    void clicksSelect_data();
-    void clicksSelect();
-    void keysSelect_data();
-    void keysSelect();
-    void selectsByPattern();
-    void keysAskForPattern_data();
-    void keysAskForPattern();
-    void viewMayGoWhileAskingForPattern();
-    void clickBesideRowsDeselects();
-    void keysScrollWithoutCurrentRow();
-    void positionsWrapAround();
-    void doubleClickActivatesCurrentRow();
-    void dragMovesSelectedRows();
-    void leapsAndRemovedRowsAreNotDragged();
-    void shortcutsReachTheView();
-    void crosshairTellsTimeAndValue();
-};
+    void clicksSelect_data()
+    {
+        QTest::addColumn<QAbstractItemView::SelectionMode>("mode");
+        QTest::addColumn<int>("row");
+        QTest::addColumn<int>("modifiers");
+        QTest::addColumn<QStringList>("selected");
+        QTest::addColumn<QStringList>("signalled");
+        const auto extended = QAbstractItemView::ExtendedSelection;
+        const auto single = QAbstractItemView::SingleSelection;
+        const int none = Qt::NoModifier;
+        const int control = Qt::ControlModifier;
+        const int shift = Qt::ShiftModifier;
 
-void TraceViewInteractionTest::clicksSelect_data()
-{
-    QTest::addColumn<QAbstractItemView::SelectionMode>("mode");
-    QTest::addColumn<int>("row");
-    QTest::addColumn<int>("modifiers");
-    QTest::addColumn<QStringList>("selected");
-    QTest::addColumn<QStringList>("signalled");
-    const auto extended = QAbstractItemView::ExtendedSelection;
-    const auto single = QAbstractItemView::SingleSelection;
-    const int none = Qt::NoModifier;
-    const int control = Qt::ControlModifier;
-    const int shift = Qt::ShiftModifier;
+        // B is selected and current at first.
+        QTest::newRow("another row") << extended << 3 << none << QStringList("D")
+                                     << QStringList({"current B>D", "selection"});
+        QTest::newRow("the same row") << extended << 1 << none << QStringList("B") << QStringList();
+        QTest::newRow("Ctrl adds") << extended << 3 << control << QStringList({"B", "D"})
+                                   << QStringList({"current B>D", "selection"});
+        QTest::newRow("Ctrl takes away")
+            << extended << 1 << control << QStringList() << QStringList("selection");
+        QTest::newRow("Shift down") << extended << 3 << shift << QStringList({"B", "C", "D"})
+                                    << QStringList({"current B>D", "selection"});
+        QTest::newRow("Shift never deselects")
+            << extended << 1 << shift << QStringList("B") << QStringList();
+        QTest::newRow("single, Shift") << single << 3 << shift << QStringList("D")
+                                       << QStringList({"current B>D", "selection"});
+        QTest::newRow("no selection")
+            << QAbstractItemView::NoSelection << 3 << none << QStringList("B") << QStringList();
+    }
 
-    // B is selected and current at first.
-    QTest::newRow("another row") << extended << 3 << none << QStringList("D")
-                                 << QStringList({"current B>D", "selection"});
-    QTest::newRow("the same row") << extended << 1 << none << QStringList("B") << QStringList();
-    QTest::newRow("Ctrl adds") << extended << 3 << control << QStringList({"B", "D"})
-                               << QStringList({"current B>D", "selection"});
-    QTest::newRow("Ctrl takes away")
-        << extended << 1 << control << QStringList() << QStringList("selection");
-    QTest::newRow("Shift down") << extended << 3 << shift << QStringList({"B", "C", "D"})
-                                << QStringList({"current B>D", "selection"});
-    QTest::newRow("Shift never deselects")
-        << extended << 1 << shift << QStringList("B") << QStringList();
-    QTest::newRow("single, Shift")
-        << single << 3 << shift << QStringList("D") << QStringList({"current B>D", "selection"});
-    QTest::newRow("no selection") << QAbstractItemView::NoSelection << 3 << none << QStringList("B")
-                                  << QStringList();
-}
-
-void TraceViewInteractionTest::clicksSelect()
-{
-    QFETCH(QAbstractItemView::SelectionMode, mode);
-    QFETCH(int, row);
-    QFETCH(int, modifiers);
-    QFETCH(QStringList, selected);
-    QFETCH(QStringList, signalled);
-    TraceView view;
-    show(view, Rows);
-    view.setSelectionMode(mode);
-    view.select(view.itemAt(1));
-    SignalLog log(&view);
-
-    click(view, row, Qt::KeyboardModifiers(modifiers));
-    QCOMPARE(labels(view.selectedItems()), selected);
-    QCOMPARE(log.take(), signalled);
-}
-
-void TraceViewInteractionTest::keysSelect_data()
-{
-    QTest::addColumn<int>("current");
-    QTest::addColumn<int>("key");
-    QTest::addColumn<int>("modifiers");
-    QTest::addColumn<QStringList>("signalled");
-    const int none = Qt::NoModifier;
-
-    QTest::newRow("down from the last")
-        << 4 << int(Qt::Key_Down) << none << QStringList({"current E>A", "selection"});
-    QTest::newRow("end") << 3 << int(Qt::Key_End) << none
-                         << QStringList({"current D>E", "selection"});
-    QTest::newRow("end at the end") << 4 << int(Qt::Key_End) << none << QStringList();
-    QTest::newRow("space") << 2 << int(Qt::Key_Space) << none << QStringList("activated C");
-    QTest::newRow("Ctrl+A") << 2 << int(Qt::Key_A) << int(Qt::ControlModifier)
-                            << QStringList("selection");
-    QTest::newRow("Ctrl+Shift+A") << 2 << int(Qt::Key_A)
-                                  << int(Qt::ControlModifier | Qt::ShiftModifier) << QStringList();
-}
-
-void TraceViewInteractionTest::keysSelect()
-{
-    QFETCH(int, current);
-    QFETCH(int, key);
-    QFETCH(int, modifiers);
-    QFETCH(QStringList, signalled);
-    TraceView view;
-    show(view, Rows);
-    view.setCurrentItem(current);
-    SignalLog log(&view);
-    QTest::keyClick(&view, Qt::Key(key), Qt::KeyboardModifiers(modifiers));
-    QCOMPARE(log.take(), signalled);
-}
-
-void TraceViewInteractionTest::selectsByPattern()
-{
-    const QVector<QPair<QString, QStringList>> patterns{
-        {"APE", {"APE"}}, {"?P*", {"APE", "APEX"}}, {"[MX]*", {"MTE"}}, {"", {}}};
-    TraceView view;
-    view.setItems({makeRow("APE"), makeRow("ape"), makeRow("APEX"), makeRow("MTE")});
-    for (const auto &[pattern, selected] : patterns) {
-        view.clearSelection();
+    void clicksSelect()
+    {
+        QFETCH(QAbstractItemView::SelectionMode, mode);
+        QFETCH(int, row);
+        QFETCH(int, modifiers);
+        QFETCH(QStringList, selected);
+        QFETCH(QStringList, signalled);
+        TraceView view;
+        show(view, Rows);
+        view.setSelectionMode(mode);
+        view.select(view.itemAt(1));
         SignalLog log(&view);
-        view.selectMatching(pattern, true);
+
+        click(view, row, Qt::KeyboardModifiers(modifiers));
         QCOMPARE(labels(view.selectedItems()), selected);
-        QCOMPARE(log.take().count("selection"), selected.isEmpty() ? 0 : 1);
-        view.selectAll();
-        view.selectMatching(pattern, false);
-        QCOMPARE(view.numberOfSelectedItems(), 4 - selected.size());
+        QCOMPARE(log.take(), signalled);
     }
-}
 
-void TraceViewInteractionTest::keysAskForPattern_data()
-{
-    QTest::addColumn<QAbstractItemView::SelectionMode>("mode");
-    QTest::addColumn<int>("key");
-    QTest::addColumn<QString>("typed");
-    QTest::addColumn<int>("answer");
-    QTest::addColumn<QString>("title");
-    QTest::addColumn<QStringList>("selected");
-    const auto extended = QAbstractItemView::ExtendedSelection;
-    const int plus = Qt::Key_Plus;
-    const int minus = Qt::Key_Minus;
+    void keysSelect_data()
+    {
+        QTest::addColumn<int>("current");
+        QTest::addColumn<int>("key");
+        QTest::addColumn<int>("modifiers");
+        QTest::addColumn<QStringList>("signalled");
+        const int none = Qt::NoModifier;
 
-    // B is selected and current at first.
-    QTest::newRow("all as it comes")
-        << extended << plus << QString() << int(Qt::Key_Return) << "Select pattern" << Rows;
-    QTest::newRow("one more") << extended << plus << "D" << int(Qt::Key_Return) << "Select pattern"
-                              << QStringList({"B", "D"});
-    QTest::newRow("one less") << extended << minus << "[AB]" << int(Qt::Key_Return)
-                              << "Deselect pattern" << QStringList();
-    QTest::newRow("cancelled") << extended << plus << "D" << int(Qt::Key_Escape) << "Select pattern"
-                               << QStringList("B");
-    QTest::newRow("single selection") << QAbstractItemView::SingleSelection << plus << QString()
-                                      << int(Qt::Key_Return) << QString() << QStringList("B");
-}
-
-void TraceViewInteractionTest::keysAskForPattern()
-{
-    QFETCH(QAbstractItemView::SelectionMode, mode);
-    QFETCH(int, key);
-    QFETCH(QString, typed);
-    QFETCH(int, answer);
-    QFETCH(QStringList, selected);
-    TraceView view;
-    show(view, Rows);
-    view.setSelectionMode(mode);
-    view.select(view.itemAt(1));
-    SignalLog log(&view);
-
-    QString title;
-    QTimer timer;
-    connect(&timer, &QTimer::timeout, [&] {
-        // Keys reach the dialog as soon as its field has the focus.
-        auto *field = qobject_cast<QLineEdit *>(QApplication::focusWidget());
-        if (!field)
-            return;
-        timer.stop();
-        title = field->window()->windowTitle();
-        QTest::keyClicks(field, typed);
-        QTest::keyClick(field, Qt::Key(answer));
-    });
-    timer.start(1);
-    QTest::keyClick(&view, Qt::Key(key));
-    QTEST(title, "title");
-    QCOMPARE(labels(view.selectedItems()), selected);
-    QCOMPARE(log.take().count("selection"), selected == QStringList("B") ? 0 : 1);
-    QVERIFY(view.currentItem() == view.itemAt(1));
-}
-
-void TraceViewInteractionTest::viewMayGoWhileAskingForPattern()
-{
-    QPointer<TraceView> view(new TraceView);
-    show(*view, Rows);
-    QTimer::singleShot(0, view, [view] { delete view; });
-    QKeyEvent event(QEvent::KeyPress, Qt::Key_Plus, Qt::NoModifier);
-    QApplication::sendEvent(view, &event);
-    QVERIFY(!view);
-}
-
-void TraceViewInteractionTest::clickBesideRowsDeselects()
-{
-    TraceView view;
-    show(view, {"A", "B"});
-    for (Trace *row : view.items())
-        row->setFixedHeight(50);
-    view.findChild<QScrollArea *>()->widget()->layout()->setAlignment(Qt::AlignTop);
-    view.resize(500, 500);
-    view.select(view.itemAt(0));
-    QApplication::processEvents();
-    SignalLog log(&view);
-
-    const QPoint below = view.itemAt(1)->mapTo(&view, QPoint(50, 50 + 120));
-    QTest::mouseClick(&view, Qt::LeftButton, Qt::ControlModifier, below);
-    QTest::mouseClick(&view, Qt::LeftButton, Qt::NoModifier, QPoint(20, view.height() - 2));
-    QTest::mouseClick(view.itemAt(0)->recordWidget(), Qt::RightButton);
-    QCOMPARE(log.take(), QStringList());
-    QTest::mouseClick(&view, Qt::LeftButton, Qt::NoModifier, below);
-    QCOMPARE(log.take(), QStringList("selection"));
-    QVERIFY(view.emptySelection());
-    QVERIFY(view.currentItem() == view.itemAt(0));
-}
-
-void TraceViewInteractionTest::keysScrollWithoutCurrentRow()
-{
-    TraceView view;
-    show(view, Rows);
-    view.setMinimumRowHeight(100);
-    view.resize(600, 250);
-    const QScrollBar *bar = view.findChild<QScrollArea *>()->verticalScrollBar();
-    QTRY_VERIFY(bar->maximum() > 250);
-    SignalLog log(&view);
-    const QVector<QPair<Qt::Key, int>> keys{{Qt::Key_Down, view.itemAt(0)->height()},
-                                            {Qt::Key_Up, 0},
-                                            {Qt::Key_End, bar->maximum()},
-                                            {Qt::Key_Home, 0}};
-    for (const auto &[key, value] : keys) {
-        QTest::keyClick(&view, key);
-        QCOMPARE(bar->value(), value);
+        QTest::newRow("down from the last")
+            << 4 << int(Qt::Key_Down) << none << QStringList({"current E>A", "selection"});
+        QTest::newRow("end") << 3 << int(Qt::Key_End) << none
+                             << QStringList({"current D>E", "selection"});
+        QTest::newRow("end at the end") << 4 << int(Qt::Key_End) << none << QStringList();
+        QTest::newRow("space") << 2 << int(Qt::Key_Space) << none << QStringList("activated C");
+        QTest::newRow("Ctrl+A") << 2 << int(Qt::Key_A) << int(Qt::ControlModifier)
+                                << QStringList("selection");
+        QTest::newRow("Ctrl+Shift+A")
+            << 2 << int(Qt::Key_A) << int(Qt::ControlModifier | Qt::ShiftModifier) << QStringList();
     }
-    QCOMPARE(log.take(), QStringList());
-    view.setSelectedTrace(-1);
-    QVERIFY(!view.itemAt(4)->visibleRegion().isEmpty());
-}
 
-void TraceViewInteractionTest::positionsWrapAround()
-{
-    TraceView view;
-    view.selectNextRow();
-    view.selectPreviousRow();
-    view.setItems({makeRow("A"), makeRow("B"), makeRow("C")});
-    const QVector<QPair<int, int>> positions{{-1, 2}, {3, 0}, {-7, 2}, {301, 1}};
-    for (const auto &[position, row] : positions) {
-        view.setSelectedTrace(position);
-        QVERIFY(view.currentItem() == view.itemAt(row));
+    void keysSelect()
+    {
+        QFETCH(int, current);
+        QFETCH(int, key);
+        QFETCH(int, modifiers);
+        QFETCH(QStringList, signalled);
+        TraceView view;
+        show(view, Rows);
+        view.setCurrentItem(current);
+        SignalLog log(&view);
+        QTest::keyClick(&view, Qt::Key(key), Qt::KeyboardModifiers(modifiers));
+        QCOMPARE(log.take(), signalled);
     }
-}
 
-void TraceViewInteractionTest::doubleClickActivatesCurrentRow()
-{
-    TraceView view;
-    show(view, Rows);
-    click(view, 2);
-    SignalLog log(&view);
-    QTest::mouseDClick(&view, Qt::RightButton, Qt::NoModifier, centerOf(view, 2));
-    QCOMPARE(log.take(), QStringList());
-    QTest::mouseDClick(view.itemAt(2)->recordWidget(), Qt::LeftButton);
-    QCOMPARE(log.take(), QStringList({"double C", "activated C"}));
-}
-
-void TraceViewInteractionTest::dragMovesSelectedRows()
-{
-    TraceView view;
-    show(view, Rows);
-    click(view, 0);
-    click(view, 2, Qt::ControlModifier);
-    SignalLog log(&view);
-
-    const QPoint start = centerOf(view, 0);
-    QTest::mousePress(&view, Qt::LeftButton, Qt::NoModifier, start);
-    move(view, start + QPoint(0, 1));
-    move(view, centerOf(view, 4));
-    QCOMPARE(labels(view.items()), QStringList({"B", "D", "E", "A", "C"}));
-    QTRY_COMPARE(labelsFromTop(view), labels(view.items()));
-    QTest::mouseRelease(&view, Qt::LeftButton, Qt::NoModifier, centerOf(view, 1));
-    QCOMPARE(log.take(), QStringList("current C>A"));
-    QCOMPARE(labels(view.selectedItems()), QStringList({"A", "C"}));
-
-    click(view, 1);
-    QCOMPARE(labels(view.selectedItems()), QStringList("D"));
-}
-
-void TraceViewInteractionTest::leapsAndRemovedRowsAreNotDragged()
-{
-    TraceView view;
-    show(view, Rows);
-    // A leap at once is no drag.
-    QTest::mousePress(&view, Qt::LeftButton, Qt::NoModifier, centerOf(view, 0));
-    move(view, centerOf(view, 3));
-    QCOMPARE(labels(view.items()), Rows);
-    QTest::mouseRelease(&view, Qt::LeftButton, Qt::NoModifier, centerOf(view, 3));
-    QCOMPARE(labels(view.selectedItems()), QStringList("D"));
-
-    const QPoint start = centerOf(view, 0);
-    QTest::mousePress(&view, Qt::LeftButton, Qt::NoModifier, start);
-    move(view, start);
-    view.removeItem(view.itemAt(0));
-    move(view, centerOf(view, 2));
-    QCOMPARE(view.count(), 4);
-}
-
-void TraceViewInteractionTest::shortcutsReachTheView()
-{
-    TraceView view;
-    show(view, Rows);
-    view.setFocus();
-    view.activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(&view));
-    QTest::keyClick(&view, Qt::Key_Y, Qt::ShiftModifier);
-    QCOMPARE(view.minimumRowHeight(), 32);
-    view.setTimeRange(100, 180);
-    const QVector<QPair<Qt::Key, QPair<double, double>>> keys{{Qt::Key_Right, {110, 190}},
-                                                              {Qt::Key_Left, {100, 180}}};
-    for (const auto &[key, range] : keys) {
-        QTest::keyClick(&view, key);
-        QCOMPARE(qMakePair(view.tmin(), view.tmax()), range);
+    void selectsByPattern()
+    {
+        const QVector<QPair<QString, QStringList>> patterns{
+            {"APE", {"APE"}}, {"?P*", {"APE", "APEX"}}, {"[MX]*", {"MTE"}}, {"", {}}};
+        TraceView view;
+        view.setItems({makeRow("APE"), makeRow("ape"), makeRow("APEX"), makeRow("MTE")});
+        for (const auto &[pattern, selected] : patterns) {
+            view.clearSelection();
+            SignalLog log(&view);
+            view.selectMatching(pattern, true);
+            QCOMPARE(labels(view.selectedItems()), selected);
+            QCOMPARE(log.take().count("selection"), selected.isEmpty() ? 0 : 1);
+            view.selectAll();
+            view.selectMatching(pattern, false);
+            QCOMPARE(view.numberOfSelectedItems(), 4 - selected.size());
+        }
     }
-    view.horizontalZoomIn();
-    QCOMPARE(qMakePair(view.tmin(), view.tmax()), qMakePair(120.0, 160.0));
-    QTest::keyClick(&view, Qt::Key_A, Qt::ControlModifier);
-    QCOMPARE(view.numberOfSelectedItems(), 5);
-    QTest::keyClick(&view, Qt::Key_Escape);
-    QVERIFY(view.emptySelection());
-    // Loading is a matter of the tool bar, which this view does without.
-    SignalLog log(&view);
-    QTest::keyClick(&view, Qt::Key_F5);
-    QCOMPARE(log.take(), QStringList());
-}
 
-void TraceViewInteractionTest::crosshairTellsTimeAndValue()
-{
-    TraceView view;
-    QFont font;
-    font.setPixelSize(14); // points depend on what is painted on
-    view.setFont(font);
-    show(view, Rows);
-    view.resize(700, 600);
-    RecordWidget *widget = view.itemAt(2)->recordWidget();
-    widget->setFixedHeight(40);
-    view.setAllTracesNormalization(true);
-    widget->setRecords(0, new Tellarix::RingBuffer(0), true);
-    widget->setAmplRange(-10, 90);
-    widget->setRecordScale(0, 0.5);
-    widget->showScaledValues(true);
-    widget->setAlignment(timeAt(3600));
-    QApplication::processEvents();
+    void keysAskForPattern_data()
+    {
+        QTest::addColumn<QAbstractItemView::SelectionMode>("mode");
+        QTest::addColumn<int>("key");
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<int>("answer");
+        QTest::addColumn<QString>("title");
+        QTest::addColumn<QStringList>("selected");
+        const auto extended = QAbstractItemView::ExtendedSelection;
+        const int plus = Qt::Key_Plus;
+        const int minus = Qt::Key_Minus;
 
-    // Three quarters down: 15 by 0.5.
-    const QString value("7.5");
-    const QPoint pointer(widget->canvasRect().left() + 200, 30);
-    hover(view, 2, pointer);
-    const QPixmap before = view.grab();
-    QPixmap expected = before;
-    view.showCrosshair(true);
-    const QImage shown = view.grab().toImage();
+        // B is selected and current at first.
+        QTest::newRow("all as it comes")
+            << extended << plus << QString() << int(Qt::Key_Return) << "Select pattern" << Rows;
+        QTest::newRow("one more") << extended << plus << "D" << int(Qt::Key_Return)
+                                  << "Select pattern" << QStringList({"B", "D"});
+        QTest::newRow("one less") << extended << minus << "[AB]" << int(Qt::Key_Return)
+                                  << "Deselect pattern" << QStringList();
+        QTest::newRow("cancelled") << extended << plus << "D" << int(Qt::Key_Escape)
+                                   << "Select pattern" << QStringList("B");
+        QTest::newRow("single selection") << QAbstractItemView::SingleSelection << plus << QString()
+                                          << int(Qt::Key_Return) << QString() << QStringList("B");
+    }
 
-    const double seconds = 200 / view.timeScale()->scale();
-    const QString time =
-        QString::fromStdString((timeAt(3600) + Tellarix::Core::TimeSpan(seconds)).iso());
-    const QPoint position = widget->mapTo(&view, pointer);
-    QPainter painter(&expected);
-    QColor color = view.palette().color(QPalette::Highlight);
-    color.setAlpha(192);
-    painter.setFont(font);
-    painter.setPen(color);
-    painter.setCompositionMode(QPainter::CompositionMode_Multiply);
-    const QSize valueSize = painter.fontMetrics().boundingRect(value).size();
-    const QSize timeSize = painter.fontMetrics().boundingRect(time).size();
-    QRect valueRect(QPoint(), valueSize);
-    valueRect.moveBottomRight(position - QPoint(16, 4));
-    const QRect timeRect(position + QPoint(4, 16), timeSize);
-    painter.drawText(valueRect, Qt::AlignCenter | Qt::TextDontClip, value);
-    painter.drawText(timeRect, Qt::AlignCenter | Qt::TextDontClip, time);
-    painter.end();
-    QCOMPARE(shown.copy(valueRect), expected.copy(valueRect).toImage());
-    QCOMPARE(shown.copy(timeRect), expected.copy(timeRect).toImage());
-    const QPoint far = position + QPoint(0, 60);
-    const QPoint beside = position + QPoint(200, 0);
-    for (const QPoint &point : {far, beside})
-        QVERIFY(shown.pixel(point) != before.toImage().pixel(point));
+    void keysAskForPattern()
+    {
+        QFETCH(QAbstractItemView::SelectionMode, mode);
+        QFETCH(int, key);
+        QFETCH(QString, typed);
+        QFETCH(int, answer);
+        QFETCH(QStringList, selected);
+        TraceView view;
+        show(view, Rows);
+        view.setSelectionMode(mode);
+        view.select(view.itemAt(1));
+        SignalLog log(&view);
 
-    QEvent leave(QEvent::Leave);
-    QApplication::sendEvent(widget, &leave);
-    QCOMPARE(view.grab().toImage(), before.toImage());
-}
+        QString title;
+        QTimer timer;
+        connect(&timer, &QTimer::timeout, [&] {
+            // Keys reach the dialog as soon as its field has the focus.
+            auto *field = qobject_cast<QLineEdit *>(QApplication::focusWidget());
+            if (!field)
+                return;
+            timer.stop();
+            title = field->window()->windowTitle();
+            QTest::keyClicks(field, typed);
+            QTest::keyClick(field, Qt::Key(answer));
+        });
+        timer.start(1);
+        QTest::keyClick(&view, Qt::Key(key));
+        QTEST(title, "title");
+        QCOMPARE(labels(view.selectedItems()), selected);
+        QCOMPARE(log.take().count("selection"), selected == QStringList("B") ? 0 : 1);
+        QVERIFY(view.currentItem() == view.itemAt(1));
+    }
+
+    void viewMayGoWhileAskingForPattern()
+    {
+        QPointer<TraceView> view(new TraceView);
+        show(*view, Rows);
+        QTimer::singleShot(0, view, [view] { delete view; });
+        QKeyEvent event(QEvent::KeyPress, Qt::Key_Plus, Qt::NoModifier);
+        QApplication::sendEvent(view, &event);
+        QVERIFY(!view);
+    }
+
+    void clickBesideRowsDeselects()
+    {
+        TraceView view;
+        show(view, {"A", "B"});
+        for (Trace *row : view.items())
+            row->setFixedHeight(50);
+        view.findChild<QScrollArea *>()->widget()->layout()->setAlignment(Qt::AlignTop);
+        view.resize(500, 500);
+        view.select(view.itemAt(0));
+        QApplication::processEvents();
+        SignalLog log(&view);
+
+        const QPoint below = view.itemAt(1)->mapTo(&view, QPoint(50, 50 + 120));
+        QTest::mouseClick(&view, Qt::LeftButton, Qt::ControlModifier, below);
+        QTest::mouseClick(&view, Qt::LeftButton, Qt::NoModifier, QPoint(20, view.height() - 2));
+        QTest::mouseClick(view.itemAt(0)->recordWidget(), Qt::RightButton);
+        QCOMPARE(log.take(), QStringList());
+        QTest::mouseClick(&view, Qt::LeftButton, Qt::NoModifier, below);
+        QCOMPARE(log.take(), QStringList("selection"));
+        QVERIFY(view.emptySelection());
+        QVERIFY(view.currentItem() == view.itemAt(0));
+    }
+
+    void keysScrollWithoutCurrentRow()
+    {
+        TraceView view;
+        show(view, Rows);
+        view.setMinimumRowHeight(100);
+        view.resize(600, 250);
+        const QScrollBar *bar = view.findChild<QScrollArea *>()->verticalScrollBar();
+        QTRY_VERIFY(bar->maximum() > 250);
+        SignalLog log(&view);
+        const QVector<QPair<Qt::Key, int>> keys{{Qt::Key_Down, view.itemAt(0)->height()},
+                                                {Qt::Key_Up, 0},
+                                                {Qt::Key_End, bar->maximum()},
+                                                {Qt::Key_Home, 0}};
+        for (const auto &[key, value] : keys) {
+            QTest::keyClick(&view, key);
+            QCOMPARE(bar->value(), value);
+        }
+        QCOMPARE(log.take(), QStringList());
+        view.setSelectedTrace(-1);
+        QVERIFY(!view.itemAt(4)->visibleRegion().isEmpty());
+    }
+
+    void positionsWrapAround()
+    {
+        TraceView view;
+        view.selectNextRow();
+        view.selectPreviousRow();
+        view.setItems({makeRow("A"), makeRow("B"), makeRow("C")});
+        const QVector<QPair<int, int>> positions{{-1, 2}, {3, 0}, {-7, 2}, {301, 1}};
+        for (const auto &[position, row] : positions) {
+            view.setSelectedTrace(position);
+            QVERIFY(view.currentItem() == view.itemAt(row));
+        }
+    }
+
+    void doubleClickActivatesCurrentRow()
+    {
+        TraceView view;
+        show(view, Rows);
+        click(view, 2);
+        SignalLog log(&view);
+        QTest::mouseDClick(&view, Qt::RightButton, Qt::NoModifier, centerOf(view, 2));
+        QCOMPARE(log.take(), QStringList());
+        QTest::mouseDClick(view.itemAt(2)->recordWidget(), Qt::LeftButton);
+        QCOMPARE(log.take(), QStringList({"double C", "activated C"}));
+    }
+
+    void dragMovesSelectedRows()
+    {
+        TraceView view;
+        show(view, Rows);
+        click(view, 0);
+        click(view, 2, Qt::ControlModifier);
+        SignalLog log(&view);
+
+        const QPoint start = centerOf(view, 0);
+        QTest::mousePress(&view, Qt::LeftButton, Qt::NoModifier, start);
+        move(view, start + QPoint(0, 1));
+        move(view, centerOf(view, 4));
+        QCOMPARE(labels(view.items()), QStringList({"B", "D", "E", "A", "C"}));
+        QTRY_COMPARE(labelsFromTop(view), labels(view.items()));
+        QTest::mouseRelease(&view, Qt::LeftButton, Qt::NoModifier, centerOf(view, 1));
+        QCOMPARE(log.take(), QStringList("current C>A"));
+        QCOMPARE(labels(view.selectedItems()), QStringList({"A", "C"}));
+
+        click(view, 1);
+        QCOMPARE(labels(view.selectedItems()), QStringList("D"));
+    }
+
+    void leapsAndRemovedRowsAreNotDragged()
+    {
+        TraceView view;
+        show(view, Rows);
+        // A leap at once is no drag.
+        QTest::mousePress(&view, Qt::LeftButton, Qt::NoModifier, centerOf(view, 0));
+        move(view, centerOf(view, 3));
+        QCOMPARE(labels(view.items()), Rows);
+        QTest::mouseRelease(&view, Qt::LeftButton, Qt::NoModifier, centerOf(view, 3));
+        QCOMPARE(labels(view.selectedItems()), QStringList("D"));
+
+        const QPoint start = centerOf(view, 0);
+        QTest::mousePress(&view, Qt::LeftButton, Qt::NoModifier, start);
+        move(view, start);
+        view.removeItem(view.itemAt(0));
+        move(view, centerOf(view, 2));
+        QCOMPARE(view.count(), 4);
+    }
+
+    void shortcutsReachTheView()
+    {
+        TraceView view;
+        show(view, Rows);
+        view.setFocus();
+        view.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&view));
+        QTest::keyClick(&view, Qt::Key_Y, Qt::ShiftModifier);
+        QCOMPARE(view.minimumRowHeight(), 32);
+        view.setTimeRange(100, 180);
+        const QVector<QPair<Qt::Key, QPair<double, double>>> keys{{Qt::Key_Right, {110, 190}},
+                                                                  {Qt::Key_Left, {100, 180}}};
+        for (const auto &[key, range] : keys) {
+            QTest::keyClick(&view, key);
+            QCOMPARE(qMakePair(view.tmin(), view.tmax()), range);
+        }
+        view.horizontalZoomIn();
+        QCOMPARE(qMakePair(view.tmin(), view.tmax()), qMakePair(120.0, 160.0));
+        QTest::keyClick(&view, Qt::Key_A, Qt::ControlModifier);
+        QCOMPARE(view.numberOfSelectedItems(), 5);
+        QTest::keyClick(&view, Qt::Key_Escape);
+        QVERIFY(view.emptySelection());
+        // Loading is a matter of the tool bar, which this view does without.
+        SignalLog log(&view);
+        QTest::keyClick(&view, Qt::Key_F5);
+        QCOMPARE(log.take(), QStringList());
+    }
+
+    void crosshairTellsTimeAndValue()
+    {
+        TraceView view;
+        QFont font;
+        font.setPixelSize(14); // points depend on what is painted on
+        view.setFont(font);
+        show(view, Rows);
+        view.resize(700, 600);
+        RecordWidget *widget = view.itemAt(2)->recordWidget();
+        widget->setFixedHeight(40);
+        view.setAllTracesNormalization(true);
+        widget->setRecords(0, new Tellarix::RingBuffer(0), true);
+        widget->setAmplRange(-10, 90);
+        widget->setRecordScale(0, 0.5);
+        widget->showScaledValues(true);
+        widget->setAlignment(timeAt(3600));
+        QApplication::processEvents();
+
+        // Three quarters down: 15 by 0.5.
+        const QString value("7.5");
+        const QPoint pointer(widget->canvasRect().left() + 200, 30);
+        hover(view, 2, pointer);
+        const QPixmap before = view.grab();
+        QPixmap expected = before;
+        view.showCrosshair(true);
+        const QImage shown = view.grab().toImage();
+
+        const double seconds = 200 / view.timeScale()->scale();
+        const QString time =
+            QString::fromStdString((timeAt(3600) + Tellarix::Core::TimeSpan(seconds)).iso());
+        const QPoint position = widget->mapTo(&view, pointer);
+        QPainter painter(&expected);
+        QColor color = view.palette().color(QPalette::Highlight);
+        color.setAlpha(192);
+        painter.setFont(font);
+        painter.setPen(color);
+        painter.setCompositionMode(QPainter::CompositionMode_Multiply);
+        const QSize valueSize = painter.fontMetrics().boundingRect(value).size();
+        const QSize timeSize = painter.fontMetrics().boundingRect(time).size();
+        QRect valueRect(QPoint(), valueSize);
+        valueRect.moveBottomRight(position - QPoint(16, 4));
+        const QRect timeRect(position + QPoint(4, 16), timeSize);
+        painter.drawText(valueRect, Qt::AlignCenter | Qt::TextDontClip, value);
+        painter.drawText(timeRect, Qt::AlignCenter | Qt::TextDontClip, time);
+        painter.end();
+        QCOMPARE(shown.copy(valueRect), expected.copy(valueRect).toImage());
+        QCOMPARE(shown.copy(timeRect), expected.copy(timeRect).toImage());
+        const QPoint far = position + QPoint(0, 60);
+        const QPoint beside = position + QPoint(200, 0);
+        for (const QPoint &point : {far, beside})
+            QVERIFY(shown.pixel(point) != before.toImage().pixel(point));
+
+        QEvent leave(QEvent::Leave);
+        QApplication::sendEvent(widget, &leave);
+        QCOMPARE(view.grab().toImage(), before.toImage());
+    }
+};
 
 QTEST_MAIN(TraceViewInteractionTest)
 #include "tst_traceviewinteraction.moc"

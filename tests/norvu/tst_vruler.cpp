@@ -41,127 +41,120 @@ class VRulerTest : public QObject
     Q_OBJECT
 
 private slots:
-    void tickTexts_data();
-    void tickTexts();
-    void takesRangeOfCurrentSlot();
-    void takesRangeOfShownSlotsWhenOverlaid();
-    void gridFallsOnTicks();
-    void annotationStandsCentredAtLeftEdge();
+    void tickTexts_data()
+    {
+        QTest::addColumn<double>("value");
+        QTest::addColumn<double>("next");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("large") << 1500.0 << 2000.0 << "1.5e+03";
+        QTest::newRow("1 itself") << 1.0 << 1.5 << "1";
+        QTest::newRow("below 1") << -0.25 << 0.0 << "-0.25";
+        QTest::newRow("rounding noise about zero") << 1.4E-17 << 0.1 << "0";
+        QTest::newRow("a hundredth of the distance") << 0.001 << 0.101 << "0.001";
+        QTest::newRow("no distance") << 0.0 << 0.0 << "0";
+    }
+
+    void tickTexts()
+    {
+        QFETCH(double, value);
+        QFETCH(double, next);
+        QFETCH(QString, text);
+        VRuler ruler;
+        QString result;
+        QVERIFY(ruler.getTickText(value, next, 0, result));
+        QCOMPARE(result, text);
+        QVERIFY(!ruler.getTickText(value, next, 1, result));
+    }
+
+    void takesRangeOfCurrentSlot()
+    {
+        VRuler ruler;
+        RecordWidget widget;
+        setRecords(widget, 0, 10);
+        setRecords(widget, 1, 30);
+        widget.setRecordScale(1, 0.5);
+        widget.setCurrentRecords(1);
+        ruler.updateScale(&widget);
+        QCOMPARE(ruler.lower(), widget.amplitudeRange(1).first);
+        QCOMPARE(ruler.upper(), widget.amplitudeRange(1).second);
+
+        widget.showScaledValues(true);
+        ruler.updateScale(&widget);
+        QCOMPARE(ruler.lower(), 0.5 * widget.amplitudeRange(1).first);
+        QCOMPARE(ruler.upper(), 0.5 * widget.amplitudeRange(1).second);
+        QCOMPARE(ruler.valueToPixel(ruler.upper()), 0.0);
+        QCOMPARE(ruler.valueToPixel(ruler.lower()), double(ruler.height()));
+    }
+
+    void takesRangeOfShownSlotsWhenOverlaid()
+    {
+        RecordWidget widget;
+        widget.setDrawMode(RecordWidget::SameOffset);
+        for (int slot = 0; slot < 3; ++slot) {
+            setRecords(widget, slot, 10);
+            widget.setRecordScale(slot, slot + 1);
+        }
+        widget.showScaledValues(true);
+
+        VRuler ruler;
+        ruler.updateScale(&widget);
+        QCOMPARE(ruler.upper(), 31.5);
+        widget.setRecordVisible(2, false);
+        ruler.updateScale(&widget);
+        QCOMPARE(ruler.upper(), 21.0);
+        widget.setRecords(1, nullptr);
+        ruler.updateScale(&widget);
+        QCOMPARE(ruler.upper(), 10.5);
+
+        // With filtering on and no filter there are no filtered sequences.
+        widget.enableFiltering(true);
+        ruler.updateScale(&widget);
+        QCOMPARE(ruler.lower(), 0.0);
+        QCOMPARE(ruler.upper(), 0.0);
+    }
+
+    void gridFallsOnTicks()
+    {
+        RecordWidget widget;
+        widget.resize(100, 240);
+        setRecords(widget, 0, 10);
+        VRuler ruler;
+        ruler.resize(60, 240);
+        ruler.updateScale(&widget);
+
+        widget.setRecordPen(0, QPen(Qt::transparent));
+        const QImage withGrid = Ink::picture(widget);
+        widget.setGridVRange(0, 0);
+        const QImage withoutGrid = Ink::picture(widget);
+        QVector<int> lines;
+        for (int y = 2; y < widget.height() - 2; ++y) {
+            if (withGrid.pixel(50, y) != withoutGrid.pixel(50, y))
+                lines.append(y);
+        }
+
+        const QImage picture = Ink::picture(ruler);
+        const int column = ruler.width() - Tellarix::Gui::Scheme::Current().rulers.minorTick - 1;
+        QVector<int> ticks;
+        for (int y = 2; y < ruler.height() - 2; ++y) {
+            if (picture.pixel(column, y) == ruler.palette().color(QPalette::WindowText).rgb())
+                ticks.append(y);
+        }
+        QVERIFY(ticks.size() > 3);
+        QCOMPARE(lines, ticks);
+    }
+
+    void annotationStandsCentredAtLeftEdge()
+    {
+        VRuler ruler;
+        ruler.resize(80, 300);
+        const QRect ink = annotationRect(ruler, "Hnnnnnnnnnnnn");
+        QVERIFY(ink.height() > ink.width());
+        QVERIFY(ink.right() <= ruler.fontMetrics().height());
+        QVERIFY(std::abs(ink.center().y() - 150) <= 3);
+        ruler.resize(80, ink.height());
+        QVERIFY(annotationRect(ruler, "Hnnnnnnnnnnnn").isEmpty());
+    }
 };
-
-void VRulerTest::tickTexts_data()
-{
-    QTest::addColumn<double>("value");
-    QTest::addColumn<double>("next");
-    QTest::addColumn<QString>("text");
-    QTest::newRow("large") << 1500.0 << 2000.0 << "1.5e+03";
-    QTest::newRow("1 itself") << 1.0 << 1.5 << "1";
-    QTest::newRow("below 1") << -0.25 << 0.0 << "-0.25";
-    QTest::newRow("rounding noise about zero") << 1.4E-17 << 0.1 << "0";
-    QTest::newRow("a hundredth of the distance") << 0.001 << 0.101 << "0.001";
-    QTest::newRow("no distance") << 0.0 << 0.0 << "0";
-}
-
-void VRulerTest::tickTexts()
-{
-    QFETCH(double, value);
-    QFETCH(double, next);
-    QFETCH(QString, text);
-    VRuler ruler;
-    QString result;
-    QVERIFY(ruler.getTickText(value, next, 0, result));
-    QCOMPARE(result, text);
-    QVERIFY(!ruler.getTickText(value, next, 1, result));
-}
-
-void VRulerTest::takesRangeOfCurrentSlot()
-{
-    VRuler ruler;
-    RecordWidget widget;
-    setRecords(widget, 0, 10);
-    setRecords(widget, 1, 30);
-    widget.setRecordScale(1, 0.5);
-    widget.setCurrentRecords(1);
-    ruler.updateScale(&widget);
-    QCOMPARE(ruler.lower(), widget.amplitudeRange(1).first);
-    QCOMPARE(ruler.upper(), widget.amplitudeRange(1).second);
-
-    widget.showScaledValues(true);
-    ruler.updateScale(&widget);
-    QCOMPARE(ruler.lower(), 0.5 * widget.amplitudeRange(1).first);
-    QCOMPARE(ruler.upper(), 0.5 * widget.amplitudeRange(1).second);
-    QCOMPARE(ruler.valueToPixel(ruler.upper()), 0.0);
-    QCOMPARE(ruler.valueToPixel(ruler.lower()), double(ruler.height()));
-}
-
-void VRulerTest::takesRangeOfShownSlotsWhenOverlaid()
-{
-    RecordWidget widget;
-    widget.setDrawMode(RecordWidget::SameOffset);
-    for (int slot = 0; slot < 3; ++slot) {
-        setRecords(widget, slot, 10);
-        widget.setRecordScale(slot, slot + 1);
-    }
-    widget.showScaledValues(true);
-
-    VRuler ruler;
-    ruler.updateScale(&widget);
-    QCOMPARE(ruler.upper(), 31.5);
-    widget.setRecordVisible(2, false);
-    ruler.updateScale(&widget);
-    QCOMPARE(ruler.upper(), 21.0);
-    widget.setRecords(1, nullptr);
-    ruler.updateScale(&widget);
-    QCOMPARE(ruler.upper(), 10.5);
-
-    // With filtering on and no filter there are no filtered sequences.
-    widget.enableFiltering(true);
-    ruler.updateScale(&widget);
-    QCOMPARE(ruler.lower(), 0.0);
-    QCOMPARE(ruler.upper(), 0.0);
-}
-
-void VRulerTest::gridFallsOnTicks()
-{
-    RecordWidget widget;
-    widget.resize(100, 240);
-    setRecords(widget, 0, 10);
-    VRuler ruler;
-    ruler.resize(60, 240);
-    ruler.updateScale(&widget);
-
-    widget.setRecordPen(0, QPen(Qt::transparent));
-    const QImage withGrid = Ink::picture(widget);
-    widget.setGridVRange(0, 0);
-    const QImage withoutGrid = Ink::picture(widget);
-    QVector<int> lines;
-    for (int y = 2; y < widget.height() - 2; ++y) {
-        if (withGrid.pixel(50, y) != withoutGrid.pixel(50, y))
-            lines.append(y);
-    }
-
-    const QImage picture = Ink::picture(ruler);
-    const int column = ruler.width() - Tellarix::Gui::Scheme::Current().rulers.minorTick - 1;
-    QVector<int> ticks;
-    for (int y = 2; y < ruler.height() - 2; ++y) {
-        if (picture.pixel(column, y) == ruler.palette().color(QPalette::WindowText).rgb())
-            ticks.append(y);
-    }
-    QVERIFY(ticks.size() > 3);
-    QCOMPARE(lines, ticks);
-}
-
-void VRulerTest::annotationStandsCentredAtLeftEdge()
-{
-    VRuler ruler;
-    ruler.resize(80, 300);
-    const QRect ink = annotationRect(ruler, "Hnnnnnnnnnnnn");
-    QVERIFY(ink.height() > ink.width());
-    QVERIFY(ink.right() <= ruler.fontMetrics().height());
-    QVERIFY(std::abs(ink.center().y() - 150) <= 3);
-    ruler.resize(80, ink.height());
-    QVERIFY(annotationRect(ruler, "Hnnnnnnnnnnnn").isEmpty());
-}
 
 QTEST_MAIN(VRulerTest)
 #include "tst_vruler.moc"

@@ -79,188 +79,178 @@ class TestWorkbench : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase();
-    void writesPicture();
-    void tellsWhatCannotBeOpened_data();
-    void tellsWhatCannotBeOpened();
-    void makesRowForEachStream();
-    void wheelZoomsAboutPointer();
-    void draggingPans();
-    void goesFromStretchToStretch();
-    void reloadsResetRows();
-    void rowMenuSwitchesItsRow();
+    void initTestCase()
+    {
+        qputenv("XDG_DATA_HOME", _folder.path().toLocal8Bit());
+        qputenv("XDG_CONFIG_HOME", _folder.path().toLocal8Bit());
+        _file = writeFile(_folder, "some.mseed", {"AAA", "BBB", "CCC"});
+        QVERIFY(!_file.isEmpty());
+    }
+
+    void writesPicture()
+    {
+        const QString pictures = _folder.filePath("pictures");
+        const Outcome outcome = runWorkbench({"--snapshot", pictures, _file});
+        QCOMPARE(outcome.exitCode, 0);
+
+        for (const char *name : {"waveforms", "overview", "overview-horizontal", "spectrogram"})
+            QCOMPARE(QImage(pictures + '/' + name + ".png").size(), QSize(1600, 900));
+        for (const char *name : {"gradients", "gradient-editor", "widgets"})
+            QVERIFY2(QImage(pictures + '/' + name + ".png").width() > 200, name);
+        // Every row shows its spectrogram over the whole minute.
+        const QImage spectrogram(pictures + "/spectrogram.png");
+        int dark = 0;
+        for (int x = 0; x < 800; ++x)
+            dark += spectrogram.pixelColor(x, 160).lightness() < 100;
+        QVERIFY2(dark > 400, qPrintable(QString::number(dark)));
+    }
+
+    void tellsWhatCannotBeOpened_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<int>("exitCode");
+        QTest::addColumn<QString>("message");
+
+        const QString pictures = _folder.filePath("pictures");
+        QTest::newRow("missing file")
+            << QStringList{"--snapshot", pictures, "/missing.mseed", _file} << 1
+            << "/missing.mseed";
+        QTest::newRow("unknown scheme")
+            << QStringList{"--snapshot", pictures, "nonsense://host"} << 1 << "nonsense";
+        QTest::newRow("no folder") << QStringList{_file, "--snapshot"} << 2 << "--snapshot";
+        QTest::newRow("unknown option") << QStringList{"--nonsense"} << 2 << "nonsense";
+    }
+
+    void tellsWhatCannotBeOpened()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(int, exitCode);
+        QFETCH(QString, message);
+
+        const Outcome outcome = runWorkbench(arguments);
+        QCOMPARE(outcome.exitCode, exitCode);
+        QVERIFY2(outcome.errors.contains(message), qPrintable(outcome.errors));
+    }
+
+    void makesRowForEachStream()
+    {
+        MainWindow window;
+        window.setInteractive(false);
+        QVERIFY(window.open({_file}));
+
+        QStringList labels;
+        for (const Norvu::Gui::Trace *row : window.findChild<WaveformPanel *>()->view()->items())
+            labels.append(row->label());
+        QCOMPARE(labels, QStringList({"XX.AAA..HHZ", "XX.BBB..HHZ", "XX.CCC..HHZ"}));
+    }
+
+    void wheelZoomsAboutPointer()
+    {
+        MainWindow window;
+        window.setInteractive(false);
+        window.show();
+        QVERIFY(window.open({_file}));
+
+        auto *view = window.findChild<WaveformPanel *>()->view();
+        Gui::TimeScale *scale = view->timeScale();
+        const QPoint pointer(scale->width() / 4, scale->height() / 2);
+        const double span = view->tmax() - view->tmin();
+        const double before = scale->pixelToValue(pointer.x());
+        turnWheel(scale, pointer, 1);
+
+        QVERIFY(view->tmax() - view->tmin() < 0.95 * span);
+        QVERIFY(std::abs(scale->pixelToValue(pointer.x()) - before) < 1E-3 * span);
+        for (const Norvu::Gui::Trace *row : view->items()) {
+            QCOMPARE(row->recordWidget()->tmin(), view->tmin());
+            QCOMPARE(row->recordWidget()->timeScale(), scale->scale());
+        }
+    }
+
+    void draggingPans()
+    {
+        MainWindow window;
+        window.setInteractive(false);
+        window.show();
+        QVERIFY(window.open({_file}));
+
+        auto *view = window.findChild<WaveformPanel *>()->view();
+        Gui::TimeScale *scale = view->timeScale();
+        const double before = view->tmin();
+        const QPoint from(scale->width() / 2, scale->height() / 2);
+        QTest::mousePress(scale, Qt::LeftButton, Qt::NoModifier, from);
+        QMouseEvent move(QEvent::MouseMove, from + QPoint(100, 0), Qt::NoButton, Qt::LeftButton,
+                         Qt::NoModifier);
+        QCoreApplication::sendEvent(scale, &move);
+        QTest::mouseRelease(scale, Qt::LeftButton, Qt::NoModifier, from + QPoint(100, 0));
+
+        QVERIFY(std::abs(view->tmin() - (before - 100 / scale->scale())) < 1E-6);
+    }
+
+    void goesFromStretchToStretch()
+    {
+        MainWindow window;
+        window.setInteractive(false);
+        window.show();
+        QVERIFY(window.open({_file}));
+
+        auto *panel = window.findChild<WaveformPanel *>();
+        QCOMPARE(panel->stretches().size(), 2);
+        QVERIFY(panel->view()->visibleTimeWindow().contains(Start));
+        panel->showNextStretch();
+        QVERIFY(panel->view()->visibleTimeWindow().contains(Start + Core::TimeSpan(86400)));
+        panel->showNextStretch();
+        QVERIFY(panel->view()->visibleTimeWindow().contains(Start + Core::TimeSpan(86400)));
+        panel->showAllData();
+        QVERIFY(panel->view()->visibleTimeWindow().contains(
+            Core::TimeWindow(Start, Start + Core::TimeSpan(86400))));
+    }
+
+    void reloadsResetRows()
+    {
+        MainWindow window;
+        window.setInteractive(false);
+        window.show();
+        QVERIFY(window.open({_file}));
+
+        auto *view = window.findChild<WaveformPanel *>()->view();
+        Norvu::Gui::Trace *row = view->itemAt(1);
+        view->select(row);
+        view->resetSelectedTraces();
+        QCOMPARE(row->recordWidget()->slotCount(), 0);
+        view->loadData();
+        QCOMPARE(row->recordWidget()->records(0)->size(),
+                 view->itemAt(0)->recordWidget()->records(0)->size());
+    }
+
+    void rowMenuSwitchesItsRow()
+    {
+        MainWindow window;
+        window.setInteractive(false);
+        window.show();
+        QVERIFY(window.open({_file}));
+
+        auto *panel = window.findChild<WaveformPanel *>();
+        panel->view()->select(panel->view()->itemAt(0));
+        Norvu::Gui::Trace *row = panel->view()->itemAt(1);
+        QTimer::singleShot(0, [] {
+            auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
+            QVERIFY(menu);
+            menu->actions().first()->trigger();
+            menu->close();
+        });
+        const QPoint point = row->recordWidget()->rect().center();
+        QContextMenuEvent event(QContextMenuEvent::Mouse, point,
+                                row->recordWidget()->mapToGlobal(point));
+        QCoreApplication::sendEvent(row->recordWidget(), &event);
+
+        for (Norvu::Gui::Trace *item : panel->view()->items())
+            QCOMPARE(panel->spectrograms()->isShown(item), item == row);
+    }
 
 private:
     QTemporaryDir _folder;
     QString _file;
 };
-
-void TestWorkbench::initTestCase()
-{
-    qputenv("XDG_DATA_HOME", _folder.path().toLocal8Bit());
-    qputenv("XDG_CONFIG_HOME", _folder.path().toLocal8Bit());
-    _file = writeFile(_folder, "some.mseed", {"AAA", "BBB", "CCC"});
-    QVERIFY(!_file.isEmpty());
-}
-
-void TestWorkbench::writesPicture()
-{
-    const QString pictures = _folder.filePath("pictures");
-    const Outcome outcome = runWorkbench({"--snapshot", pictures, _file});
-    QCOMPARE(outcome.exitCode, 0);
-
-    for (const char *name : {"waveforms", "overview", "overview-horizontal", "spectrogram"})
-        QCOMPARE(QImage(pictures + '/' + name + ".png").size(), QSize(1600, 900));
-    for (const char *name : {"gradients", "gradient-editor", "widgets"})
-        QVERIFY2(QImage(pictures + '/' + name + ".png").width() > 200, name);
-    // Every row shows its spectrogram over the whole minute.
-    const QImage spectrogram(pictures + "/spectrogram.png");
-    int dark = 0;
-    for (int x = 0; x < 800; ++x)
-        dark += spectrogram.pixelColor(x, 160).lightness() < 100;
-    QVERIFY2(dark > 400, qPrintable(QString::number(dark)));
-}
-
-void TestWorkbench::tellsWhatCannotBeOpened_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<int>("exitCode");
-    QTest::addColumn<QString>("message");
-
-    const QString pictures = _folder.filePath("pictures");
-    QTest::newRow("missing file") << QStringList{"--snapshot", pictures, "/missing.mseed", _file}
-                                  << 1 << "/missing.mseed";
-    QTest::newRow("unknown scheme")
-        << QStringList{"--snapshot", pictures, "nonsense://host"} << 1 << "nonsense";
-    QTest::newRow("no folder") << QStringList{_file, "--snapshot"} << 2 << "--snapshot";
-    QTest::newRow("unknown option") << QStringList{"--nonsense"} << 2 << "nonsense";
-}
-
-void TestWorkbench::tellsWhatCannotBeOpened()
-{
-    QFETCH(QStringList, arguments);
-    QFETCH(int, exitCode);
-    QFETCH(QString, message);
-
-    const Outcome outcome = runWorkbench(arguments);
-    QCOMPARE(outcome.exitCode, exitCode);
-    QVERIFY2(outcome.errors.contains(message), qPrintable(outcome.errors));
-}
-
-void TestWorkbench::makesRowForEachStream()
-{
-    MainWindow window;
-    window.setInteractive(false);
-    QVERIFY(window.open({_file}));
-
-    QStringList labels;
-    for (const Norvu::Gui::Trace *row : window.findChild<WaveformPanel *>()->view()->items())
-        labels.append(row->label());
-    QCOMPARE(labels, QStringList({"XX.AAA..HHZ", "XX.BBB..HHZ", "XX.CCC..HHZ"}));
-}
-
-void TestWorkbench::wheelZoomsAboutPointer()
-{
-    MainWindow window;
-    window.setInteractive(false);
-    window.show();
-    QVERIFY(window.open({_file}));
-
-    auto *view = window.findChild<WaveformPanel *>()->view();
-    Gui::TimeScale *scale = view->timeScale();
-    const QPoint pointer(scale->width() / 4, scale->height() / 2);
-    const double span = view->tmax() - view->tmin();
-    const double before = scale->pixelToValue(pointer.x());
-    turnWheel(scale, pointer, 1);
-
-    QVERIFY(view->tmax() - view->tmin() < 0.95 * span);
-    QVERIFY(std::abs(scale->pixelToValue(pointer.x()) - before) < 1E-3 * span);
-    for (const Norvu::Gui::Trace *row : view->items()) {
-        QCOMPARE(row->recordWidget()->tmin(), view->tmin());
-        QCOMPARE(row->recordWidget()->timeScale(), scale->scale());
-    }
-}
-
-void TestWorkbench::draggingPans()
-{
-    MainWindow window;
-    window.setInteractive(false);
-    window.show();
-    QVERIFY(window.open({_file}));
-
-    auto *view = window.findChild<WaveformPanel *>()->view();
-    Gui::TimeScale *scale = view->timeScale();
-    const double before = view->tmin();
-    const QPoint from(scale->width() / 2, scale->height() / 2);
-    QTest::mousePress(scale, Qt::LeftButton, Qt::NoModifier, from);
-    QMouseEvent move(QEvent::MouseMove, from + QPoint(100, 0), Qt::NoButton, Qt::LeftButton,
-                     Qt::NoModifier);
-    QCoreApplication::sendEvent(scale, &move);
-    QTest::mouseRelease(scale, Qt::LeftButton, Qt::NoModifier, from + QPoint(100, 0));
-
-    QVERIFY(std::abs(view->tmin() - (before - 100 / scale->scale())) < 1E-6);
-}
-
-void TestWorkbench::goesFromStretchToStretch()
-{
-    MainWindow window;
-    window.setInteractive(false);
-    window.show();
-    QVERIFY(window.open({_file}));
-
-    auto *panel = window.findChild<WaveformPanel *>();
-    QCOMPARE(panel->stretches().size(), 2);
-    QVERIFY(panel->view()->visibleTimeWindow().contains(Start));
-    panel->showNextStretch();
-    QVERIFY(panel->view()->visibleTimeWindow().contains(Start + Core::TimeSpan(86400)));
-    panel->showNextStretch();
-    QVERIFY(panel->view()->visibleTimeWindow().contains(Start + Core::TimeSpan(86400)));
-    panel->showAllData();
-    QVERIFY(panel->view()->visibleTimeWindow().contains(
-        Core::TimeWindow(Start, Start + Core::TimeSpan(86400))));
-}
-
-void TestWorkbench::reloadsResetRows()
-{
-    MainWindow window;
-    window.setInteractive(false);
-    window.show();
-    QVERIFY(window.open({_file}));
-
-    auto *view = window.findChild<WaveformPanel *>()->view();
-    Norvu::Gui::Trace *row = view->itemAt(1);
-    view->select(row);
-    view->resetSelectedTraces();
-    QCOMPARE(row->recordWidget()->slotCount(), 0);
-    view->loadData();
-    QCOMPARE(row->recordWidget()->records(0)->size(),
-             view->itemAt(0)->recordWidget()->records(0)->size());
-}
-
-void TestWorkbench::rowMenuSwitchesItsRow()
-{
-    MainWindow window;
-    window.setInteractive(false);
-    window.show();
-    QVERIFY(window.open({_file}));
-
-    auto *panel = window.findChild<WaveformPanel *>();
-    panel->view()->select(panel->view()->itemAt(0));
-    Norvu::Gui::Trace *row = panel->view()->itemAt(1);
-    QTimer::singleShot(0, [] {
-        auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
-        QVERIFY(menu);
-        menu->actions().first()->trigger();
-        menu->close();
-    });
-    const QPoint point = row->recordWidget()->rect().center();
-    QContextMenuEvent event(QContextMenuEvent::Mouse, point,
-                            row->recordWidget()->mapToGlobal(point));
-    QCoreApplication::sendEvent(row->recordWidget(), &event);
-
-    for (Norvu::Gui::Trace *item : panel->view()->items())
-        QCOMPARE(panel->spectrograms()->isShown(item), item == row);
-}
 
 QTEST_MAIN(TestWorkbench)
 #include "tst_workbench.moc"
