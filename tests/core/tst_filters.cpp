@@ -64,99 +64,60 @@ Samples filtered(InPlaceFilter<double> &filter, Samples samples)
     return samples;
 }
 
-struct Reference
+struct Design
 {
     Band band;
     int order;
     double lower, upper, rate;
+};
+
+struct Reference
+{
+    Design design;
     Complex responses[2]; // at 0.8 and 1.5 times the lowest corner
-    int at;
-    double early, late; // samples 1 and at of the impulse response
+    struct
+    {
+        int at;
+        double early, late; // samples 1 and at
+    } impulse;
 };
 
 /** scipy 1.10.1: freqz_zpk(*butter(order, corners, band, output='zpk', fs=rate)) and
  *  sosfilt(butter(..., output='sos')) of an impulse. */
 const Reference References[] = {
-    {Band::Lowpass,
-     4,
-     0,
-     2,
-     100,
+    {{Band::Lowpass, 4, 0, 2, 100},
      {{-0.6633335223286, -0.6455899674135}, {-0.05974731065119, 0.1830554174006}},
-     30,
-     0.000101985886696,
-     0.03865412094192},
-    {Band::Lowpass,
-     3,
-     0,
-     0.01,
-     100,
+     {30, 0.000101985886696, 0.03865412094192}},
+    {{Band::Lowpass, 3, 0, 0.01, 100},
      {{-0.2218447132925, -0.8620252643924}, {-0.2824715925321, 0.03026483393261}},
-     10000,
-     1.858818850692e-10,
-     -2.86054244216e-05},
-    {Band::Highpass,
-     5,
-     0.5,
-     0,
-     40,
+     {10000, 1.858818850692e-10, -2.86054244216e-05}},
+    {{Band::Highpass, 5, 0.5, 0, 40},
      {{0.0698925256128, -0.3031763465287}, {-0.6749391460056, 0.7263048089825}},
-     30,
-     -0.2238037101104,
-     0.02676584233963},
-    {Band::Highpass,
-     4,
-     0.01,
-     0,
-     100,
+     {30, -0.2238037101104, 0.02676584233963}},
+    {{Band::Highpass, 4, 0.01, 0, 100},
      {{-0.2720080397519, -0.2639700509738}, {-0.3078841379136, 0.9314795723085}},
-     10000,
-     -0.001640528107264,
-     -3.910638492359e-05},
-    {Band::Bandpass,
-     4,
-     0.7,
-     2,
-     100,
+     {10000, -0.001640528107264, -3.910638492359e-05}},
+    {{Band::Bandpass, 4, 0.7, 2, 100},
      {{-0.06435916253353, -0.1870440521043}, {0.8394516485752, 0.5434296254763}},
-     30,
-     1.94589931638e-05,
-     -0.001433249139367},
-    {Band::Bandpass,
-     4,
-     0.01,
-     0.1,
-     100,
+     {30, 1.94589931638e-05, -0.001433249139367}},
+    {{Band::Bandpass, 4, 0.01, 0.1, 100},
      {{-0.2090049592929, -0.2559676406032}, {-0.01638891386096, 0.9940184344535}},
-     10000,
-     5.065841448936e-10,
-     -4.757374872255e-05},
-    {Band::Bandpass,
-     3,
-     5,
-     9.9,
-     20,
+     {10000, 5.065841448936e-10, -4.757374872255e-05}},
+    {{Band::Bandpass, 3, 5, 9.9, 20},
      {{-0.3508566451752, 0.01314861953712}, {0.7055008698948, 0.7065101562669}},
-     30,
-     -0.470887853217,
-     -0.0184786222099},
-    {Band::Bandstop,
-     2,
-     1,
-     3,
-     40,
+     {30, -0.470887853217, -0.0184786222099}},
+    {{Band::Bandstop, 2, 1, 3, 40},
      {{0.4432966181213, -0.7921812947479}, {-0.06089595818165, -0.02357295953101}},
-     30,
-     -0.3384110233385,
-     -0.01586877731433}};
+     {30, -0.3384110233385, -0.01586877731433}}};
 
 /** Compares with the references; an impulse shows that the state of float filters is in double. */
 template <typename T>
 void compareWithReferences()
 {
     for (const Reference &item : References) {
-        Butterworth<T> filter(item.band, item.order, item.lower, item.upper, item.rate);
-        const double corner = item.lower > 0 ? item.lower : item.upper;
+        const auto &[band, order, lower, upper, rate] = item.design;
+        Butterworth<T> filter(band, order, lower, upper, rate);
+        const double corner = lower > 0 ? lower : upper;
         QVERIFY(std::abs(filter.response(0.8 * corner) - item.responses[0]) < 1E-9);
         QVERIFY(std::abs(filter.response(1.5 * corner) - item.responses[1]) < 1E-9);
 
@@ -168,8 +129,8 @@ void compareWithReferences()
             return std::abs(double(impulse[at]) - expected) <
                    (1E-9 + rounding) * std::abs(expected);
         };
-        QVERIFY(isAt(1, item.early));
-        QVERIFY(isAt(size_t(item.at), item.late));
+        QVERIFY(isAt(1, item.impulse.early));
+        QVERIFY(isAt(size_t(item.impulse.at), item.impulse.late));
     }
 }
 
@@ -265,34 +226,20 @@ private slots:
         // scipy 1.10.1: butter(order, corners, band, fs=rate).
         const struct
         {
-            Band band;
-            int order;
-            double lower, upper, rate;
+            Design design;
             Samples numerator, denominator;
-        } rows[] = {{Band::Lowpass,
-                     2,
-                     0,
-                     10,
-                     100,
+        } rows[] = {{{Band::Lowpass, 2, 0, 10, 100},
                      {0.06745527388907, 0.1349105477781, 0.06745527388907},
                      {1, -1.14298050254, 0.4128015980962}},
-                    {Band::Highpass,
-                     3,
-                     0.5,
-                     0,
-                     40,
+                    {{Band::Highpass, 3, 0.5, 0, 40},
                      {0.9244465617732, -2.773339685319, 2.773339685319, -0.9244465617732},
                      {1, -2.842960524202, 2.698010527552, -0.8546014424303}},
-                    {Band::Bandpass,
-                     2,
-                     0.7,
-                     2,
-                     100,
+                    {{Band::Bandpass, 2, 0.7, 2, 100},
                      {0.001576105306545, 0, -0.003152210613091, 0, 0.001576105306545},
                      {1, -3.873866856676, 5.639272924317, -3.656284591126, 0.8909073620871}}};
         for (const auto &row : rows) {
-            const auto sections =
-                butterworthSections(row.band, row.order, row.lower, row.upper, row.rate);
+            const auto &[band, order, lower, upper, rate] = row.design;
+            const auto sections = butterworthSections(band, order, lower, upper, rate);
             const Samples numerator = product(sections, [](const Biquad &q) {
                 return Samples{q.b0, q.b1, q.b2};
             });

@@ -8,11 +8,12 @@
 namespace Ink {
 
 /** A widget as it paints itself and its children, at one device pixel per pixel. */
-inline QImage picture(QWidget &widget)
+inline QImage picture(QWidget &widget, QWidget::RenderFlags parts = QWidget::DrawWindowBackground |
+                                                                    QWidget::DrawChildren)
 {
     QImage image(widget.size(), QImage::Format_RGB32);
     image.fill(Qt::white);
-    widget.render(&image);
+    widget.render(&image, QPoint(), QRegion(), parts);
     return image;
 }
 

@@ -1,5 +1,6 @@
+#include "gradienttesting.h"
+
 #include <norvu/gui/gradienteditor.h>
-#include <norvu/gui/gradientwidget.h>
 
 #include <QColorDialog>
 #include <QLabel>
@@ -13,7 +14,7 @@
 #include <functional>
 
 using namespace Norvu::Gui;
-using Tellarix::Gui::Gradient;
+using namespace GradientTesting;
 
 namespace {
 
@@ -21,11 +22,7 @@ constexpr double Third = 1.0 / 3;
 
 Gradient stops()
 {
-    Gradient gradient;
-    gradient.setColorAt(0, Qt::red, QStringLiteral("low"));
-    gradient.setColorAt(Third, Qt::green);
-    gradient.setColorAt(1, Qt::blue, QStringLiteral("high"));
-    return gradient;
+    return gradientOf({{0, Qt::red, "low"}, {Third, Qt::green}, {1, Qt::blue, "high"}});
 }
 
 /** An editor, the number of its changes and short ways to its parts. */
@@ -44,19 +41,9 @@ struct Bench
     {
         return editor.findChild<T *>(QString::fromLatin1(name));
     }
-    QPoint handleOf(double at) const
-    {
-        const double span = editor.gradient().lastKey() - editor.gradient().firstKey();
-        const int x =
-            static_cast<int>((at - editor.gradient().firstKey()) * (bar->width() - 1) / span);
-        return QPoint(x, bar->height() - 2);
-    }
     void click(double at, Qt::KeyboardModifiers modifiers = Qt::NoModifier) const
     {
-        // Other than the pointer, a click of a test leaves no place behind.
-        QEvent leave(QEvent::Leave);
-        QApplication::sendEvent(bar, &leave);
-        QTest::mouseClick(bar, Qt::LeftButton, modifiers, handleOf(at));
+        clickHandle(*bar, editor.gradient(), at, modifiers);
     }
     void enterKey(const QString &text) const
     {
@@ -216,7 +203,7 @@ private slots:
 
         Bench bench;
         const QColor color(10, 20, 30, 40);
-        const QPoint pos = bench.handleOf(key);
+        const QPoint pos = handleOf(*bench.bar, bench.editor.gradient(), key);
         if (key < 1)
             key = bench.bar->mapPosToKey(pos.x());
         else
@@ -315,11 +302,9 @@ private slots:
 
         Answer<QDialog> answer(editTable(edit));
         bench.editor.openList();
-        Gradient expected;
-        expected.setColorAt(Third, Qt::green, QStringLiteral("middle"));
-        expected.setColorAt(0.5, Qt::black, QStringLiteral("low"));
-        expected.setColorAt(1, Qt::blue, QStringLiteral("high"));
-        QCOMPARE(bench.editor.gradient(), expected);
+        QCOMPARE(bench.editor.gradient(), gradientOf({{Third, Qt::green, "middle"},
+                                                      {0.5, Qt::black, "low"},
+                                                      {1, Qt::blue, "high"}}));
         QCOMPARE(bench.changes.size(), 1);
     }
 

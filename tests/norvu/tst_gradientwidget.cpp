@@ -1,6 +1,5 @@
-#include "norvu/ink.h"
-
-#include <norvu/gui/gradientwidget.h>
+#include "gradienttesting.h"
+#include "ink.h"
 
 #include <QLineEdit>
 #include <QMenu>
@@ -8,7 +7,7 @@
 #include <QtTest>
 
 using namespace Norvu::Gui;
-using Tellarix::Gui::Gradient;
+using namespace GradientTesting;
 
 namespace {
 
@@ -17,11 +16,7 @@ constexpr int Height = 40;
 
 Gradient threeStops()
 {
-    Gradient gradient;
-    gradient.setColorAt(0, Qt::red, QStringLiteral("low"));
-    gradient.setColorAt(5, Qt::green);
-    gradient.setColorAt(10, Qt::blue, QStringLiteral("high"));
-    return gradient;
+    return gradientOf({{0, Qt::red, "low"}, {5, Qt::green}, {10, Qt::blue, "high"}});
 }
 
 /** A widget whose keys 0, 5 and 10 stand at x 0, 50 and 100, and what it tells, in order. */
@@ -54,19 +49,8 @@ struct Bench
         QTest::mousePress(&widget, Qt::LeftButton, modifiers, handle(x));
     }
     void release(int x) { QTest::mouseRelease(&widget, Qt::LeftButton, Qt::NoModifier, handle(x)); }
-    void move(int x)
-    {
-        const QPoint pos = handle(x);
-        QMouseEvent event(QEvent::MouseMove, pos, widget.mapToGlobal(pos), Qt::NoButton,
-                          Qt::LeftButton, Qt::NoModifier);
-        QApplication::sendEvent(&widget, &event);
-    }
-    QStringList takeLog()
-    {
-        QStringList result;
-        result.swap(log);
-        return result;
-    }
+    void move(int x) { Pointer::move(widget, handle(x), Qt::LeftButton); }
+    QStringList takeLog() { return std::exchange(log, {}); }
 
     /** Colour of a handle's inside. */
     QRgb handleColor(int x) { return Ink::picture(widget).pixel(handle(x)); }
@@ -108,8 +92,7 @@ private slots:
         QTest::addColumn<double>("keyAt50");
         QTest::addColumn<int>("lastHandle");
 
-        Gradient single;
-        single.setColorAt(7, Qt::red);
+        const Gradient single = gradientOf({{7, Qt::red}});
         // The span is 15: the last step is as wide as the first.
         QTest::newRow("in steps") << threeStops() << false << 7.5 << 66;
         QTest::newRow("single stop") << single << true << 7.0 << 0;
@@ -193,9 +176,7 @@ private slots:
 
     void dragKeepsStopsOfEndlessSpan()
     {
-        Gradient gradient;
-        gradient.setColorAt(-1.5E308, Qt::red);
-        gradient.setColorAt(1.5E308, Qt::blue);
+        const Gradient gradient = gradientOf({{-1.5E308, Qt::red}, {1.5E308, Qt::blue}});
         Bench bench(gradient);
         bench.press(0);
         for (int x : {50, 0, 100})
@@ -213,9 +194,7 @@ private slots:
         QTest::mouseDClick(&bench.widget, Qt::LeftButton, Qt::NoModifier, bench.handle(50));
         QVERIFY(bench.takeLog().contains("double 5 1"));
 
-        Gradient single;
-        single.setColorAt(3, Qt::red);
-        Bench one(single);
+        Bench one(gradientOf({{3, Qt::red}}));
         QTest::mouseDClick(&one.widget, Qt::LeftButton, Qt::NoModifier, QPoint(60, 10));
         QCOMPARE(one.takeLog(), QStringList("double 4 0"));
     }
@@ -233,10 +212,7 @@ private slots:
         bench.move(100);
         chooseFromMenu(QStringLiteral("Remove"), found);
         // The pointer is over the menu while that is open.
-        QTimer::singleShot(0, [&] {
-            QEvent leave(QEvent::Leave);
-            QApplication::sendEvent(&bench.widget, &leave);
-        });
+        QTimer::singleShot(0, [&] { Pointer::leave(bench.widget); });
         openContextMenu(bench.widget, bench.handle(100));
         QVERIFY(found);
         QCOMPARE(bench.takeLog(), QStringList("removed 10 of 4"));
@@ -300,10 +276,8 @@ private slots:
 
     void paintsTransparencyOverCheckerboard()
     {
-        Gradient gradient;
-        gradient.setColorAt(0, QColor(255, 0, 0, 0));
-        gradient.setColorAt(1, QColor(255, 0, 0, 0));
-        for (const Gradient &shown : {gradient, Gradient()}) {
+        const QColor seeThrough(255, 0, 0, 0);
+        for (const Gradient &shown : {gradientOf({{0, seeThrough}, {1, seeThrough}}), Gradient()}) {
             Bench bench(shown);
             const QImage image = Ink::picture(bench.widget);
             QCOMPARE(image.pixel(7, 7), QColor(Qt::black).rgb());

@@ -1,10 +1,11 @@
+#include "gainfilter.h"
 #include "ink.h"
+#include "pointer.h"
 #include "traces.h"
 
 #include <norvu/gui/gradients.h>
 #include <norvu/gui/multitracewidget.h>
 
-#include <tellarix/core/math/filter.h>
 #include <tellarix/qt/application.h>
 #include <tellarix/qt/records/recordmarker.h>
 #include <tellarix/qt/scheme.h>
@@ -130,16 +131,6 @@ private:
     char _name[5]{"test"};
     char *_argv[2]{_name, nullptr};
     Tellarix::Gui::Application _application{_argc, _argv, 0};
-};
-
-/** A filter that changes nothing. */
-class NoFilter : public Tellarix::Math::Filtering::InPlaceFilter<double>
-{
-public:
-    void setSamplingFrequency(double) override {}
-    int setParameters(int, const double *) override { return 0; }
-    void apply(int, double *) override {}
-    InPlaceFilter<double> *clone() const override { return new NoFilter; }
 };
 
 } // namespace
@@ -268,7 +259,7 @@ private slots:
         Overview overview;
         for (int i = 0; i < overlapSteps; ++i)
             overview.widget->increaseOverlap();
-        overview.view.setFilter(new NoFilter);
+        overview.view.setFilter(new GainFilter(1));
         overview.view.setFilterEnabled(true);
         overview.addRow("rising", rising, Qt::black, 8);
         overview.addRow("falling", falling, Qt::black, 8);
@@ -305,14 +296,10 @@ private slots:
         QCOMPARE(overview.selected(), QStringList());
         QTest::mousePress(overview.widget, Qt::LeftButton, Qt::NoModifier, inA);
         QCOMPARE(overview.selected(), QStringList{"A"});
-        const auto moveTo = [&](const QPoint &position, Qt::MouseButtons buttons) {
-            QMouseEvent event(QEvent::MouseMove, position, Qt::NoButton, buttons, Qt::NoModifier);
-            QCoreApplication::sendEvent(overview.widget, &event);
-        };
-        moveTo(inB, Qt::LeftButton);
+        Pointer::move(*overview.widget, inB, Qt::LeftButton);
         QCOMPARE(overview.selected(), QStringList{"B"});
         QTest::mouseRelease(overview.widget, Qt::LeftButton, Qt::NoModifier, inB);
-        moveTo(inA, Qt::NoButton);
+        Pointer::move(*overview.widget, inA);
         QCOMPARE(overview.selected(), QStringList{"B"});
         QVERIFY(!overview.view.itemAt(0)->isSelected());
     }

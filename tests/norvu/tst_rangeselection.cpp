@@ -1,8 +1,8 @@
 #include "ink.h"
+#include "pointer.h"
 
 #include <norvu/gui/rangeselectionrecordwidget.h>
 
-#include <QMouseEvent>
 #include <QtTest>
 
 using namespace Norvu::Gui;
@@ -12,12 +12,6 @@ using Tellarix::Core::TimeSpan;
 namespace {
 
 const Time Start(2024, 1, 5);
-
-void moveTo(QWidget &widget, const QPoint &position)
-{
-    QMouseEvent event(QEvent::MouseMove, position, Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(&widget, &event);
-}
 
 /** A widget of 200 x 60 pixels that shows 100 s, and what its band adds to its picture. */
 template <typename... Arguments>
@@ -58,7 +52,7 @@ private slots:
 
         QTest::mousePress(&widget, Qt::LeftButton, Qt::NoModifier, QPoint(50, 30));
         QVERIFY(widget.bandRect().isEmpty());
-        moveTo(widget, QPoint(120, 30));
+        Pointer::move(widget, QPoint(120, 30), Qt::LeftButton);
         const QRect band = widget.bandRect();
         QCOMPARE(band.left(), 50);
         QCOMPARE(band.right(), 120);

@@ -1,4 +1,5 @@
 #include "core/recordtesting.h"
+#include "spectrograms.h"
 
 #include <norvu/gui/recordspectrogram.h>
 
@@ -15,9 +16,7 @@ namespace {
 /** A spectrogram of a ramp of 100 samples at 10 Hz that begins at the time base. */
 std::unique_ptr<RecordSpectrogram<float>> fedSpectrogram()
 {
-    SpectrogramSettings settings;
-    settings.fromString("freqs(1,4,2,3)");
-    auto spectrogram = std::make_unique<RecordSpectrogram<float>>(settings);
+    auto spectrogram = std::make_unique<RecordSpectrogram<float>>(settingsOf("freqs(1,4,2,3)"));
     spectrogram->feed(ramp(0, 60, 10).get());
     spectrogram->feed(ramp(6, 40, 10).get());
     return spectrogram;
@@ -100,9 +99,7 @@ private slots:
 
     void passesOverRecordsWithoutSamples()
     {
-        SpectrogramSettings settings;
-        settings.fromString("freqs(1,4,2,3)");
-        RecordSpectrogram<double> spectrogram(settings);
+        RecordSpectrogram<double> spectrogram(settingsOf("freqs(1,4,2,3)"));
         spectrogram.feed(nullptr);
         spectrogram.feed(makeRecord(at(0), 0, arrayOf<int>({1, 2, 3})).get());
         QVERIFY(!spectrogram.startTime().valid());
@@ -114,8 +111,7 @@ private slots:
     void feedsManyRecordsAsOneBlock()
     {
         // Enough samples for several blocks, each of them big enough for several threads.
-        SpectrogramSettings settings;
-        settings.fromString("periods_log(0.1,10,10,36)");
+        const SpectrogramSettings settings = settingsOf("periods_log(0.1,10,10,36)");
         RecordSpectrogram<float> single(settings), together(settings);
         std::mt19937 random(11);
         std::vector<RecordCPtr> records;

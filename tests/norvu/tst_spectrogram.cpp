@@ -1,5 +1,6 @@
+#include "spectrograms.h"
+
 #include <norvu/gui/iirenvelope_p.h>
-#include <norvu/gui/spectrogram.h>
 
 #include <QtTest>
 
@@ -27,14 +28,6 @@ struct Band
 using Bands = std::vector<Band>;
 using Real = long double;
 using Signal = std::vector<Real>;
-
-SpectrogramSettings settingsOf(const std::string &text)
-{
-    SpectrogramSettings settings;
-    if (!settings.fromString(text))
-        qFatal("%s: wrong settings", text.c_str());
-    return settings;
-}
 
 template <typename T>
 Tellarix::Core::SmartPointer<Spectrogram<T>> spectrogramOf(const std::string &text, double rate)

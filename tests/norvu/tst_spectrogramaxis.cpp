@@ -1,4 +1,5 @@
-#include <norvu/gui/spectrogram.h>
+#include "spectrograms.h"
+
 #include <norvu/gui/spectrogramaxis.h>
 #include <norvu/gui/spectrogramproblem.h>
 
@@ -18,10 +19,7 @@ constexpr double NaN = std::numeric_limits<double>::quiet_NaN();
 
 SpectrogramAxis axisOf(const char *text)
 {
-    SpectrogramSettings settings;
-    if (!settings.fromString(text))
-        qFatal("%s: wrong settings", text);
-    return SpectrogramAxis(settings);
+    return SpectrogramAxis(settingsOf(text));
 }
 
 QString labelsOf(const QVector<RoundTick> &ticks)
@@ -194,48 +192,31 @@ private slots:
             QCOMPARE(roundNumberText(one.first), one.second);
     }
 
-    void settingsProblems_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("problem");
-        QTest::newRow("right") << "Periods_LOG (0.1, 100,10,64) rest"
-                               << "";
-        QTest::newRow("no bracket") << "periods"
-                                    << "expected \"(\" behind the name of an axis, as in "
-                                       "periods_log(0.1,100,10,64)";
-        QTest::newRow("unknown name") << "per%2 (1,2,3,4)"
-                                      << "unknown axis \"per%2\"; known are periods_log, periods, "
-                                         "freqs_log and freqs";
-        QTest::newRow("no name") << "(1,2,3,4)"
-                                 << "expected the name of an axis in front of \"(\"; known are "
-                                    "periods_log, periods, freqs_log and freqs";
-        QTest::newRow("not closed") << "freqs(1,2,3,4"
-                                    << "expected \")\" behind the numbers, but the text ends";
-        const QString count =
-            "expected 4 numbers (lower, upper, divisions and bands) instead of %1";
-        QTest::newRow("nothing inside") << "freqs( )" << count.arg(0);
-        QTest::newRow("too few") << "freqs(1,2,3)" << count.arg(3);
-        QTest::newRow("too many") << "freqs(1,2,3,4,)" << count.arg(5);
-        QTest::newRow("no number") << "freqs(1,%1x,3,4)"
-                                   << "expected a number for upper instead of \"%1x\"";
-        QTest::newRow("left out") << "freqs(, 2,3,4)"
-                                  << "expected a number for lower, but there is nothing";
-        QTest::newRow("fraction") << "freqs(1,2,3.5,4)"
-                                  << "expected a whole number for divisions instead of \"3.5\"";
-        QTest::newRow("too large") << "freqs(1,2,3,3000000000)"
-                                   << "bands 3e+09 is above 2147483647";
-        QTest::newRow("sign") << "freqs(1,-2,3,0)"
-                              << "upper -2 is not above 0";
-        QTest::newRow("zero") << "freqs(1,2,3, 0)"
-                              << "bands 0 is not above 0";
-        QTest::newRow("number before sign") << "freqs(-1,2,3,x)"
-                                            << "expected a whole number for bands instead of \"x\"";
-    }
-
     void settingsProblems()
     {
-        QFETCH(QString, text);
-        QTEST(spectrogramSettingsProblem(text), "problem");
+        const QString known = "known are periods_log, periods, freqs_log and freqs";
+        const QString count =
+            "expected 4 numbers (lower, upper, divisions and bands) instead of %1";
+        const QPair<QString, QString> rows[] = {
+            {"Periods_LOG (0.1, 100,10,64) rest", ""},
+            {"periods",
+             "expected \"(\" behind the name of an axis, as in periods_log(0.1,100,10,64)"},
+            {"per%2 (1,2,3,4)", "unknown axis \"per%2\"; " + known},
+            {"(1,2,3,4)", "expected the name of an axis in front of \"(\"; " + known},
+            {"freqs(1,2,3,4", "expected \")\" behind the numbers, but the text ends"},
+            {"freqs( )", count.arg(0)},
+            {"freqs(1,2,3)", count.arg(3)},
+            {"freqs(1,2,3,4,)", count.arg(5)},
+            {"freqs(1,%1x,3,4)", "expected a number for upper instead of \"%1x\""},
+            {"freqs(, 2,3,4)", "expected a number for lower, but there is nothing"},
+            {"freqs(1,2,3.5,4)", "expected a whole number for divisions instead of \"3.5\""},
+            {"freqs(1,2,3,3000000000)", "bands 3e+09 is above 2147483647"},
+            {"freqs(1,-2,3,0)", "upper -2 is not above 0"},
+            {"freqs(1,2,3, 0)", "bands 0 is not above 0"},
+            {"freqs(-1,2,3,x)", "expected a whole number for bands instead of \"x\""},
+        };
+        for (const auto &[text, problem] : rows)
+            QCOMPARE(spectrogramSettingsProblem(text), problem);
     }
 
     void problemsAgreeWithParser()
@@ -291,8 +272,7 @@ private slots:
         QFETCH(QByteArray, text);
         QFETCH(double, rate);
         QFETCH(int, silent);
-        SpectrogramSettings settings;
-        QVERIFY(settings.fromString(text.toStdString()));
+        const SpectrogramSettings settings = settingsOf(text.toStdString());
         QTEST(spectrogramRateProblem(settings, rate), "problem");
 
         Spectrogram<float> spectrogram(settings);

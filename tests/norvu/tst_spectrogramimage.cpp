@@ -1,3 +1,5 @@
+#include "spectrograms.h"
+
 #include <norvu/gui/spectrogramimage.h>
 
 #include <QtTest>
@@ -21,14 +23,7 @@ constexpr double SamplingFrequency = 20;
 template <typename T>
 void fill(Spectrogram<T> &spectrogram, int rows, int columns, unsigned seed, bool broken = false)
 {
-    SpectrogramSettings settings;
-    settings.lower = 0.5;
-    settings.upper = 8;
-    settings.mode = SpectrogramSettings::Frequencies;
-    settings.divisions = 4;
-    settings.bands = rows;
-    settings.logarithmic = true;
-    spectrogram.init(settings);
+    spectrogram.init(settingsOf("freqs_log(0.5,8,4," + std::to_string(rows) + ')'));
     spectrogram.setSamplingFrequency(SamplingFrequency);
 
     std::minstd_rand random(seed);

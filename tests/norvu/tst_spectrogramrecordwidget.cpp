@@ -1,8 +1,8 @@
-#include "norvu/ink.h"
+#include "gainfilter.h"
+#include "ink.h"
 
 #include <norvu/gui/spectrogramrecordwidget.h>
 
-#include <tellarix/core/math/filter.h>
 #include <tellarix/core/records/ringbuffer.h>
 #include <tellarix/core/records/typedarray.h>
 
@@ -320,26 +320,13 @@ private slots:
 
     void usesTheRecordsAskedFor()
     {
-        /** Makes all samples 1000 times as large. */
-        class Amplifier : public Math::Filtering::InPlaceFilter<double>
-        {
-        public:
-            void setSamplingFrequency(double) override {}
-            int setParameters(int, const double *) override { return 0; }
-            void apply(int n, double *samples) override
-            {
-                std::for_each(samples, samples + n, [](double &sample) { sample *= 1000; });
-            }
-            Amplifier *clone() const override { return new Amplifier; }
-        };
-
         Widget widget;
         widget.feed(makeRecord(10, 80));
         const QImage raw = Ink::picture(widget);
         widget.useFilteredRecords(true);
         QCOMPARE(spans(widget), QStringList());
 
-        const Amplifier amplifier;
+        const GainFilter amplifier(1000);
         widget.setFilter(&amplifier);
         widget.enableFiltering(true);
         QVERIFY(ridge(Ink::picture(widget)) > 0);

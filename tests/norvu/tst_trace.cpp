@@ -11,6 +11,7 @@
 #include <tellarix/qt/records/timescale.h>
 
 #include "ink.h"
+#include "pointer.h"
 
 #include <QGridLayout>
 #include <QLabel>
@@ -193,10 +194,7 @@ private slots:
         QTRY_VERIFY(axis->width() > 300);
         trace.setDisplay(0, 100, axis->width() / 100.0);
 
-        const QPointF middle(axis->width() / 2.0, 5);
-        QWheelEvent wheel(middle, axis->mapToGlobal(middle.toPoint()), QPoint(), QPoint(0, 120),
-                          Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
-        QApplication::sendEvent(axis, &wheel);
+        Pointer::turnWheel(*axis, {axis->width() / 2.0, 5}, {0, 120});
         QVERIFY(axis->upper() - axis->lower() < 99);
         QCOMPARE(trace.recordWidget()->tmin(), axis->lower());
         QCOMPARE(trace.recordWidget()->timeScale(), axis->scale());

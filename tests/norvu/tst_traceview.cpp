@@ -1,3 +1,4 @@
+#include "gainfilter.h"
 #include "ink.h"
 #include "traces.h"
 
@@ -5,7 +6,6 @@
 #include <tellarix/core/datamodel/sensorlocation.h>
 #include <tellarix/core/datamodel/station.h>
 #include <tellarix/core/datamodel/stream.h>
-#include <tellarix/core/math/filter.h>
 
 #include <limits>
 
@@ -19,31 +19,6 @@ namespace {
 using Range = QPair<double, double>;
 
 constexpr double NaN = std::numeric_limits<double>::quiet_NaN();
-
-/** A filter that multiplies by a factor, and counts how many of it are alive. */
-class GainFilter : public Tellarix::Math::Filtering::InPlaceFilter<double>
-{
-public:
-    explicit GainFilter(double factor) : _factor(factor) { ++alive; }
-    ~GainFilter() override { --alive; }
-    GainFilter(const GainFilter &other) : InPlaceFilter(other), _factor(other._factor) { ++alive; }
-
-    void setSamplingFrequency(double) override {}
-    int setParameters(int, const double *) override { return 0; }
-    void apply(int n, double *samples) override
-    {
-        for (int i = 0; i < n; ++i)
-            samples[i] *= _factor;
-    }
-    InPlaceFilter<double> *clone() const override { return new GainFilter(*this); }
-
-    static int alive;
-
-private:
-    double _factor;
-};
-
-int GainFilter::alive = 0;
 
 } // namespace
 
@@ -344,7 +319,7 @@ private slots:
             QVERIFY(late->recordWidget()->filter() == nullptr);
             view.setFilter(new GainFilter(2));
         }
-        QCOMPARE(GainFilter::alive, 0);
+        QCOMPARE(GainFilter::alive.load(), 0);
     }
 };
 

@@ -1,6 +1,5 @@
+#include "gainfilter.h"
 #include "traces.h"
-
-#include <tellarix/core/math/filter.h>
 
 #include <QSemaphore>
 #include <QSignalSpy>
@@ -12,26 +11,20 @@ using Range = QPair<double, double>;
 namespace {
 
 /** Multiplies by a factor once the gate is open. */
-class GatedGain : public Tellarix::Math::Filtering::InPlaceFilter<double>
+class GatedGain : public GainFilter
 {
 public:
-    explicit GatedGain(double factor) : _factor(factor) {}
+    using GainFilter::GainFilter;
 
-    void setSamplingFrequency(double) override {}
-    int setParameters(int, const double *) override { return 0; }
     void apply(int n, double *samples) override
     {
         gate.acquire();
         gate.release();
-        for (int i = 0; i < n; ++i)
-            samples[i] *= _factor;
+        GainFilter::apply(n, samples);
     }
-    InPlaceFilter<double> *clone() const override { return new GatedGain(_factor); }
+    GatedGain *clone() const override { return new GatedGain(*this); }
 
     static QSemaphore gate;
-
-private:
-    double _factor;
 };
 
 QSemaphore GatedGain::gate;

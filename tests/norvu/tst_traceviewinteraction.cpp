@@ -1,3 +1,4 @@
+#include "pointer.h"
 #include "traces.h"
 
 #include <QBoxLayout>
@@ -29,17 +30,9 @@ QPoint centerOf(TraceView &view, int row)
     return trace->mapTo(&view, trace->rect().center());
 }
 
-void move(TraceView &view, const QPoint &position)
+void dragTo(TraceView &view, const QPoint &position)
 {
-    QMouseEvent event(QEvent::MouseMove, position, Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(&view, &event);
-}
-
-/** Moves the pointer over the record widget of a row. */
-void hover(TraceView &view, int row, const QPoint &position)
-{
-    QMouseEvent event(QEvent::MouseMove, position, Qt::NoButton, Qt::NoButton, Qt::NoModifier);
-    QApplication::sendEvent(view.itemAt(row)->recordWidget(), &event);
+    Pointer::move(view, position, Qt::LeftButton);
 }
 
 } // namespace
@@ -298,8 +291,8 @@ private slots:
 
         const QPoint start = centerOf(view, 0);
         QTest::mousePress(&view, Qt::LeftButton, Qt::NoModifier, start);
-        move(view, start + QPoint(0, 1));
-        move(view, centerOf(view, 4));
+        dragTo(view, start + QPoint(0, 1));
+        dragTo(view, centerOf(view, 4));
         QCOMPARE(labels(view.items()), QStringList({"B", "D", "E", "A", "C"}));
         QTRY_COMPARE(labelsFromTop(view), labels(view.items()));
         QTest::mouseRelease(&view, Qt::LeftButton, Qt::NoModifier, centerOf(view, 1));
@@ -316,16 +309,16 @@ private slots:
         show(view, Rows);
         // A leap at once is no drag.
         QTest::mousePress(&view, Qt::LeftButton, Qt::NoModifier, centerOf(view, 0));
-        move(view, centerOf(view, 3));
+        dragTo(view, centerOf(view, 3));
         QCOMPARE(labels(view.items()), Rows);
         QTest::mouseRelease(&view, Qt::LeftButton, Qt::NoModifier, centerOf(view, 3));
         QCOMPARE(labels(view.selectedItems()), QStringList("D"));
 
         const QPoint start = centerOf(view, 0);
         QTest::mousePress(&view, Qt::LeftButton, Qt::NoModifier, start);
-        move(view, start);
+        dragTo(view, start);
         view.removeItem(view.itemAt(0));
-        move(view, centerOf(view, 2));
+        dragTo(view, centerOf(view, 2));
         QCOMPARE(view.count(), 4);
     }
 
@@ -378,7 +371,7 @@ private slots:
         // Three quarters down: 15 by 0.5.
         const QString value("7.5");
         const QPoint pointer(widget->canvasRect().left() + 200, 30);
-        hover(view, 2, pointer);
+        Pointer::move(*widget, pointer);
         const QPixmap before = view.grab();
         QPixmap expected = before;
         view.showCrosshair(true);
@@ -409,8 +402,7 @@ private slots:
         for (const QPoint &point : {far, beside})
             QVERIFY(shown.pixel(point) != before.toImage().pixel(point));
 
-        QEvent leave(QEvent::Leave);
-        QApplication::sendEvent(widget, &leave);
+        Pointer::leave(*widget);
         QCOMPARE(view.grab().toImage(), before.toImage());
     }
 };

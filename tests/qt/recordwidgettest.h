@@ -1,11 +1,12 @@
 #pragma once
 
+#include "norvu/ink.h"
+
 #include <tellarix/core/math/filter.h>
 #include <tellarix/core/records/ringbuffer.h>
 #include <tellarix/core/records/typedarray.h>
 #include <tellarix/qt/records/recordwidget.h>
 
-#include <QImage>
 #include <QPaintEvent>
 #include <QtTest>
 
@@ -80,23 +81,13 @@ inline Samples samplesOf(const RecordSequence *sequence)
 
 inline QImage picture(QWidget &widget)
 {
-    QImage image(widget.size(), QImage::Format_ARGB32);
-    image.fill(Qt::white);
-    widget.render(&image, QPoint(), QRegion(), QWidget::DrawChildren);
-    return image;
+    return Ink::picture(widget, QWidget::DrawChildren);
 }
 
 /** The smallest rectangle that holds all pixels of a colour. */
 inline QRect inkRect(const QImage &image, const QColor &color)
 {
-    QRect result;
-    for (int y = 0; y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x) {
-            if (image.pixel(x, y) == color.rgb())
-                result |= QRect(x, y, 1, 1);
-        }
-    }
-    return result;
+    return Ink::rectOfColor(image, color);
 }
 
 /** A widget of 200 x 100 pixels whose canvas shows 100 s from at(0), slot 0 drawn in red. */

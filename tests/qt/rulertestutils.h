@@ -1,12 +1,12 @@
 #pragma once
 
+#include "norvu/ink.h"
+
 #include <tellarix/qt/records/ruler.h>
 
 #include <QApplication>
-#include <QImage>
 #include <QMouseEvent>
 #include <QResizeEvent>
-#include <QWheelEvent>
 
 namespace TestUtils {
 
@@ -38,20 +38,9 @@ inline void drag(QWidget &widget, const QVector<QPointF> &positions, Qt::MouseBu
     sendMouse(widget, QEvent::MouseButtonRelease, positions.last(), button, modifiers);
 }
 
-/** Turns the wheel; 120 units are one notch of 15 degrees. */
-inline void turnWheel(QWidget &widget, const QPointF &position, const QPoint &units)
-{
-    QWheelEvent event(position, widget.mapToGlobal(position.toPoint()), QPoint(), units,
-                      Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
-    QApplication::sendEvent(&widget, &event);
-}
-
 inline QImage picture(QWidget &widget)
 {
-    QImage image(widget.size(), QImage::Format_ARGB32_Premultiplied);
-    image.fill(Qt::white);
-    widget.render(&image, QPoint(), QRegion(), QWidget::DrawChildren);
-    return image;
+    return Ink::picture(widget, QWidget::DrawChildren);
 }
 
 /** What a random case was, for the message of its failure. */

@@ -1,3 +1,4 @@
+#include "pointer.h"
 #include "recordwidgettest.h"
 
 #include <tellarix/qt/records/recordmarker.h>
@@ -74,19 +75,9 @@ private:
 void drag(QWidget &widget, const QVector<QPoint> &way)
 {
     QTest::mousePress(&widget, Qt::LeftButton, Qt::NoModifier, way.first());
-    for (int i = 1; i < way.size(); ++i) {
-        QMouseEvent move(QEvent::MouseMove, way[i], widget.mapToGlobal(way[i]), Qt::NoButton,
-                         Qt::LeftButton, Qt::NoModifier);
-        QCoreApplication::sendEvent(&widget, &move);
-    }
+    for (int i = 1; i < way.size(); ++i)
+        Pointer::move(widget, way[i], Qt::LeftButton);
     QTest::mouseRelease(&widget, Qt::LeftButton, Qt::NoModifier, way.last());
-}
-
-void moveTo(QWidget &widget, const QPoint &position)
-{
-    QMouseEvent move(QEvent::MouseMove, position, widget.mapToGlobal(position), Qt::NoButton,
-                     Qt::NoButton, Qt::NoModifier);
-    QCoreApplication::sendEvent(&widget, &move);
 }
 
 /** A parent that counts what its child leaves to it. */
@@ -145,7 +136,7 @@ private slots:
         drag(widget, {{20, 50}, {40, 50}});
         QCOMPARE(parent.events, 3);
         widget.setMouseTracking(true);
-        moveTo(widget, {70, 50});
+        Pointer::move(widget, {70, 50});
         QCOMPARE(parent.events, 4);
     }
 
@@ -155,20 +146,19 @@ private slots:
         widget.setDrawAxis(true);
         widget.setAxisWidth(20);
         SignalLog log(&widget);
-        moveTo(widget, {40, 50});
+        Pointer::move(widget, {40, 50});
         QCOMPARE(log.take(), QStringList());
 
         widget.setCursorShown(true);
         const QRgb bare = picture(widget).pixel(40, 50);
-        moveTo(widget, {40, 50});
-        moveTo(widget, {40, 51});
-        moveTo(widget, {42, 50});
+        Pointer::move(widget, {40, 50});
+        Pointer::move(widget, {40, 51});
+        Pointer::move(widget, {42, 50});
         QVERIFY(picture(widget).pixel(42, 50) != bare);
         QCOMPARE(picture(widget).pixel(40, 50), bare);
-        moveTo(widget, {10, 50});
-        moveTo(widget, {60, 50});
-        QEvent leave(QEvent::Leave);
-        QCoreApplication::sendEvent(&widget, &leave);
+        Pointer::move(widget, {10, 50});
+        Pointer::move(widget, {60, 50});
+        Pointer::leave(widget);
         QCOMPARE(log.take(),
                  (QStringList{"cursor 10", "cursor 11", "cursor -", "cursor 20", "cursor -"}));
         widget.setCursorTime(at(30));
@@ -312,9 +302,7 @@ private slots:
         QTest::mousePress(&widget, Qt::LeftButton, Qt::NoModifier, {40, 50});
         widget.clearMarkers();
         SignalLog log(&widget);
-        QMouseEvent move(QEvent::MouseMove, QPoint(60, 50), Qt::NoButton, Qt::LeftButton,
-                         Qt::NoModifier);
-        QCoreApplication::sendEvent(&widget, &move);
+        Pointer::move(widget, {60, 50}, Qt::LeftButton);
         QTest::mouseRelease(&widget, Qt::LeftButton, Qt::NoModifier, {60, 50});
         QCOMPARE(log.take(), QStringList());
     }

@@ -1,3 +1,4 @@
+#include "pointer.h"
 #include "rulertestutils.h"
 
 #include <QtTest>
@@ -163,7 +164,7 @@ private slots:
             ruler.setRangeLimits(1, 10000);
             ruler.showRange(-20, 80);
             const double value = ruler.pixelToValue(70);
-            turnWheel(ruler, {70, 70}, {0, item.units});
+            Pointer::turnWheel(ruler, {70, 70}, {0, item.units});
             QVERIFY(std::abs(ruler.pixelToValue(70) - value) < 1E-9);
             QCOMPARE(ruler.upper() - ruler.lower(), item.width);
         }

@@ -3,6 +3,8 @@
 #include "spectrograms/gradientpicture.h"
 #include "spectrograms/gradientsheet.h"
 
+#include "norvu/gradienttesting.h"
+
 #include <norvu/gui/gradients.h>
 #include <norvu/gui/gradientwidget.h>
 
@@ -22,19 +24,11 @@
 using namespace Workbench;
 using Norvu::Gui::GradientWidget;
 using Norvu::Gui::Gradients::Registry;
-using Tellarix::Gui::Gradient;
+using namespace GradientTesting;
 
 namespace {
 
 const QColor SeeThrough(0, 0, 255, 0);
-
-Gradient gradientOf(const QVector<QPair<double, QColor>> &stops)
-{
-    Gradient gradient;
-    for (const auto &[key, color] : stops)
-        gradient.setColorAt(key, color);
-    return gradient;
-}
 
 /** A panel, the number of its changes and what a user does with it. */
 struct Bench
@@ -51,15 +45,8 @@ struct Bench
 
     void clickStop(int index, Qt::KeyboardModifiers modifiers = Qt::NoModifier) const
     {
-        // Other than the pointer, a click of a test leaves no place behind.
-        QEvent leave(QEvent::Leave);
-        QApplication::sendEvent(bar, &leave);
         const Gradient &gradient = panel.gradient();
-        const double at = std::next(gradient.constBegin(), index).key();
-        const double span = gradient.lastKey() - gradient.firstKey();
-        const double share = span > 0 ? (at - gradient.firstKey()) / span : 0;
-        const QPoint handle(static_cast<int>(share * (bar->width() - 1)), bar->height() - 2);
-        QTest::mouseClick(bar, Qt::LeftButton, modifiers, handle);
+        clickHandle(*bar, gradient, std::next(gradient.constBegin(), index).key(), modifiers);
         QCoreApplication::processEvents();
     }
     void enterKey(const QString &text) const
@@ -251,8 +238,9 @@ private slots:
     void settingsKeepChoiceAndEditedGradient()
     {
         const QTemporaryDir folder;
-        Gradient edited = gradientOf({{-1.0 / 3, QColor(1, 2, 3, 4)}, {1e-12, SeeThrough}});
-        edited.setColorAt(7, Qt::red, "a \"tag\", with ; and é");
+        const Gradient edited = gradientOf({{-1.0 / 3, QColor(1, 2, 3, 4)},
+                                            {1e-12, SeeThrough},
+                                            {7, Qt::red, "a \"tag\", with ; and é"}});
         for (const QString &name : {QString(), QString("PuRd")}) {
             QSettings settings(folder.filePath("kept.ini"), QSettings::IniFormat);
             {

@@ -1,6 +1,8 @@
 #include "waveforms/measuring.h"
 #include "waveforms/measuringoverlay.h"
 
+#include "pointer.h"
+
 #include <norvu/gui/trace.h>
 #include <norvu/gui/traceview.h>
 
@@ -71,9 +73,7 @@ struct Bench
     void moveTo(int grabbing, int index, double seconds)
     {
         const QPoint global = row(index)->mapToGlobal(at(index, seconds));
-        QMouseEvent event(QEvent::MouseMove, row(grabbing)->mapFromGlobal(global), global,
-                          Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
-        QApplication::sendEvent(row(grabbing), &event);
+        Pointer::move(*row(grabbing), row(grabbing)->mapFromGlobal(global), Qt::LeftButton);
     }
 
     void drag(int index, double from, double to)

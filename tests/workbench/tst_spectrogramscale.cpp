@@ -1,8 +1,9 @@
 #include "spectrograms/spectrogramscale.h"
 
+#include "norvu/gradienttesting.h"
 #include "norvu/ink.h"
+#include "norvu/spectrograms.h"
 
-#include <norvu/gui/spectrogram.h>
 #include <norvu/gui/spectrogramimage.h>
 #include <tellarix/qt/scheme.h>
 
@@ -24,21 +25,9 @@ namespace {
 
 constexpr double Pi = 3.14159265358979323846;
 
-SpectrogramSettings settingsOf(const char *text)
-{
-    SpectrogramSettings settings;
-    if (!settings.fromString(text))
-        qFatal("%s: wrong settings", text);
-    return settings;
-}
-
 Gradient threeColors()
 {
-    Gradient gradient;
-    gradient.setColorAt(0, Qt::red);
-    gradient.setColorAt(1, Qt::green);
-    gradient.setColorAt(2, Qt::blue);
-    return gradient;
+    return GradientTesting::gradientOf({{0, Qt::red}, {1, Qt::green}, {2, Qt::blue}});
 }
 
 /** A scale as wide as it wants to be, with amplitudes up to 4300 counts. */

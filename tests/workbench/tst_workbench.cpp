@@ -2,6 +2,8 @@
 #include "spectrograms/spectrograms.h"
 #include "waveforms/waveformpanel.h"
 
+#include "pointer.h"
+
 #include <norvu/gui/trace.h>
 #include <norvu/gui/traceview.h>
 
@@ -65,12 +67,23 @@ Outcome runWorkbench(const QStringList &arguments)
             QString::fromUtf8(process.readAllStandardError())};
 }
 
-void turnWheel(QWidget *widget, const QPoint &at, int notches)
+/** A shown window of the files given. */
+struct OpenWindow
 {
-    QWheelEvent event(at, widget->mapToGlobal(at), QPoint(), QPoint(0, 120 * notches), Qt::NoButton,
-                      Qt::NoModifier, Qt::NoScrollPhase, false);
-    QCoreApplication::sendEvent(widget, &event);
-}
+    explicit OpenWindow(const QStringList &files)
+    {
+        window.setInteractive(false);
+        window.show();
+        if (!window.open(files))
+            qFatal("Can't open %s", qPrintable(files.join(' ')));
+        panel = window.findChild<WaveformPanel *>();
+        view = panel->view();
+    }
+
+    MainWindow window;
+    WaveformPanel *panel;
+    Norvu::Gui::TraceView *view;
+};
 
 } // namespace
 
@@ -134,29 +147,22 @@ private slots:
 
     void makesRowForEachStream()
     {
-        MainWindow window;
-        window.setInteractive(false);
-        QVERIFY(window.open({_file}));
-
+        const OpenWindow window({_file});
         QStringList labels;
-        for (const Norvu::Gui::Trace *row : window.findChild<WaveformPanel *>()->view()->items())
+        for (const Norvu::Gui::Trace *row : window.view->items())
             labels.append(row->label());
         QCOMPARE(labels, QStringList({"XX.AAA..HHZ", "XX.BBB..HHZ", "XX.CCC..HHZ"}));
     }
 
     void wheelZoomsAboutPointer()
     {
-        MainWindow window;
-        window.setInteractive(false);
-        window.show();
-        QVERIFY(window.open({_file}));
-
-        auto *view = window.findChild<WaveformPanel *>()->view();
+        const OpenWindow window({_file});
+        auto *view = window.view;
         Gui::TimeScale *scale = view->timeScale();
         const QPoint pointer(scale->width() / 4, scale->height() / 2);
         const double span = view->tmax() - view->tmin();
         const double before = scale->pixelToValue(pointer.x());
-        turnWheel(scale, pointer, 1);
+        Pointer::turnWheel(*scale, pointer, {0, 120});
 
         QVERIFY(view->tmax() - view->tmin() < 0.95 * span);
         QVERIFY(std::abs(scale->pixelToValue(pointer.x()) - before) < 1E-3 * span);
@@ -168,19 +174,13 @@ private slots:
 
     void draggingPans()
     {
-        MainWindow window;
-        window.setInteractive(false);
-        window.show();
-        QVERIFY(window.open({_file}));
-
-        auto *view = window.findChild<WaveformPanel *>()->view();
+        const OpenWindow window({_file});
+        auto *view = window.view;
         Gui::TimeScale *scale = view->timeScale();
         const double before = view->tmin();
         const QPoint from(scale->width() / 2, scale->height() / 2);
         QTest::mousePress(scale, Qt::LeftButton, Qt::NoModifier, from);
-        QMouseEvent move(QEvent::MouseMove, from + QPoint(100, 0), Qt::NoButton, Qt::LeftButton,
-                         Qt::NoModifier);
-        QCoreApplication::sendEvent(scale, &move);
+        Pointer::move(*scale, from + QPoint(100, 0), Qt::LeftButton);
         QTest::mouseRelease(scale, Qt::LeftButton, Qt::NoModifier, from + QPoint(100, 0));
 
         QVERIFY(std::abs(view->tmin() - (before - 100 / scale->scale())) < 1E-6);
@@ -188,12 +188,8 @@ private slots:
 
     void goesFromStretchToStretch()
     {
-        MainWindow window;
-        window.setInteractive(false);
-        window.show();
-        QVERIFY(window.open({_file}));
-
-        auto *panel = window.findChild<WaveformPanel *>();
+        const OpenWindow window({_file});
+        auto *panel = window.panel;
         QCOMPARE(panel->stretches().size(), 2);
         QVERIFY(panel->view()->visibleTimeWindow().contains(Start));
         panel->showNextStretch();
@@ -207,12 +203,8 @@ private slots:
 
     void reloadsResetRows()
     {
-        MainWindow window;
-        window.setInteractive(false);
-        window.show();
-        QVERIFY(window.open({_file}));
-
-        auto *view = window.findChild<WaveformPanel *>()->view();
+        const OpenWindow window({_file});
+        auto *view = window.view;
         Norvu::Gui::Trace *row = view->itemAt(1);
         view->select(row);
         view->resetSelectedTraces();
@@ -224,12 +216,9 @@ private slots:
 
     void rowMenuSwitchesItsRow()
     {
-        MainWindow window;
-        window.setInteractive(false);
-        window.show();
-        QVERIFY(window.open({_file}));
+        const OpenWindow window({_file});
 
-        auto *panel = window.findChild<WaveformPanel *>();
+        auto *panel = window.panel;
         panel->view()->select(panel->view()->itemAt(0));
         Norvu::Gui::Trace *row = panel->view()->itemAt(1);
         QTimer::singleShot(0, [] {
