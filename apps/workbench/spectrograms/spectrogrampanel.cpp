@@ -51,6 +51,7 @@ SpectrogramPanel::SpectrogramPanel(Spectrograms *spectrograms, QWidget *parent)
     createAxis(form);
     createRange(form);
     layout->addLayout(form);
+    layout->addWidget(_problem); // A form would give it the height of a single line, or two.
     layout->addWidget(_gradient);
     layout->addStretch();
 
@@ -70,7 +71,6 @@ void SpectrogramPanel::createAxis(QFormLayout *form)
     _problem->setWordWrap(true);
     _problem->hide();
     form->addRow(tr("&Axis:"), _axis);
-    form->addRow(_problem);
     connect(_axis, SIGNAL(entered(QString)), this, SLOT(applyAxis(QString)));
 }
 
