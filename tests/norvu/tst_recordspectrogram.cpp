@@ -83,6 +83,24 @@ private slots:
         }
     }
 
+    void keepsTimesWithPeaks()
+    {
+        RecordSpectrogram<float> spectrogram(settingsOf("freqs(1,4,2,3)"));
+        spectrogram.setColumnInterval(8);
+        spectrogram.feed(ramp(0, 60, 10).get());
+        spectrogram.feed(ramp(6, 40, 10).get());
+        QCOMPARE(spectrogram.columns(), 12);
+        QCOMPARE(spectrogram.mapTime(at(2.5)), 3);
+        // The last four samples, which wait for their column, still count.
+        spectrogram.trim(at(2.5), at(10));
+        QCOMPARE(spectrogram.startTime(), at(2.4));
+        QCOMPARE(spectrogram.endTime(), at(10));
+        spectrogram.feed(ramp(10, 4, 10).get());
+        QCOMPARE(spectrogram.columns(), 10);
+        spectrogram.trim(at(0), at(4.1));
+        QCOMPARE(spectrogram.endTime(), at(4));
+    }
+
     void takesNewTimeBaseAfterReset()
     {
         const auto spectrogram = fedSpectrogram();

@@ -558,6 +558,46 @@ private slots:
         QVERIFY(matrixOf(*trimmed) == expected);
     }
 
+    void keepsPeaksOfIntervals()
+    {
+        constexpr int Interval = 7, Total = 60000, Rows = 5, Kept = 3000;
+        auto samples = noise<float>(Total);
+        std::fill_n(samples.begin() + 100 * Interval, Interval + 2, float(NaN));
+        const auto all = spectrogramOf<float>("freqs(1,20,2,5)", 100);
+        all->pushData(Total, samples.data());
+        const auto peaks = spectrogramOf<float>("freqs(1,20,2,5)", 100);
+        peaks->setColumnInterval(Interval);
+        QCOMPARE(peaks->columnRate(), 100.0 / Interval);
+
+        std::mt19937 random(6);
+        int64_t trimmed = 0;
+        for (int done = 0; done < Total;) {
+            const int n = std::min(Total - done, 1 + int(random() % 9000));
+            peaks->pushData(n, samples.data() + done);
+            done += n;
+            QCOMPARE(trimmed + peaks->columns(), int64_t(done / Interval));
+            QCOMPARE(peaks->pendingSamples(), done % Interval);
+            int kept = 0;
+            peaks->trimData(peaks->columns() - Kept, peaks->columns(), &kept);
+            trimmed += kept;
+        }
+        for (int c = 0; c < peaks->columns(); ++c) {
+            for (int r = 0; r < Rows; ++r) {
+                double peak = NaN;
+                for (int64_t i = 0; i < Interval; ++i) {
+                    const double value = all->data()[((trimmed + c) * Interval + i) * Rows + r];
+                    peak = std::isnan(peak) ? value : std::fmax(peak, value);
+                }
+                const double kept = peaks->data()[c * Rows + r];
+                QVERIFY(kept == peak || (std::isnan(kept) && std::isnan(peak)));
+            }
+        }
+        QCOMPARE(peaks->maximum(),
+                 double(*std::max_element(peaks->data(), peaks->data() + peaks->columns() * Rows)));
+        peaks->setColumnInterval(1);
+        QVERIFY(peaks->isNull());
+    }
+
     void movesOnWithLiveData()
     {
         constexpr int Kept = 5000, Total = 60000;

@@ -80,7 +80,7 @@ int RecordSpectrogram<T>::mapTime(const Time &time) const
 {
     constexpr double Least = std::numeric_limits<int>::min();
     constexpr double Most = std::numeric_limits<int>::max();
-    const double column = (time - _startTime).length() * this->samplingFrequency();
+    const double column = (time - _startTime).length() * this->columnRate();
     return static_cast<int>(std::clamp(column, Least, Most));
 }
 
@@ -93,14 +93,14 @@ void RecordSpectrogram<T>::trim(const Time &start, const Time &end)
 template <typename T>
 void RecordSpectrogram<T>::trimData(int first, int last, int *firstKept)
 {
-    const auto length = [this](int columns) {
-        return TimeSpan(columns / this->samplingFrequency());
-    };
+    const auto length = [this](int columns) { return TimeSpan(columns / this->columnRate()); };
     int kept = 0;
     Spectrogram<T>::trimData(first, last, &kept);
     if (kept > 0)
         _startTime += length(kept);
-    _endTime = _startTime + length(this->columns());
+    const double samples =
+        static_cast<double>(this->columns()) * this->columnInterval() + this->pendingSamples();
+    _endTime = _startTime + TimeSpan(samples / this->samplingFrequency());
     if (firstKept)
         *firstKept = kept;
 }

@@ -32,6 +32,8 @@ namespace Gui {
 namespace {
 
 constexpr int Order = 4;
+/** Values that are filtered at once when only their peaks are kept: they stay in the cache. */
+constexpr size_t PeakBlock = 1 << 19;
 /** More bands are a mistake in a setting, and would only fill the memory. */
 constexpr int MostBands = 1 << 16;
 /** Columns whose range is kept once it was worked out. */
@@ -205,6 +207,18 @@ void Spectrogram<T>::initFilters()
 }
 
 template <typename T>
+void Spectrogram<T>::setColumnInterval(int samples)
+{
+    const int interval = std::max(samples, 1);
+    if (interval == _columnInterval)
+        return;
+    resetData();
+    _columnInterval = interval;
+    if (_samplingFrequency > 0)
+        _maxColumns = updatedLimit();
+}
+
+template <typename T>
 void Spectrogram<T>::setMaximumSeconds(double seconds)
 {
     _maximumSeconds = seconds;
@@ -225,7 +239,7 @@ void Spectrogram<T>::setSamplingFrequency(double samplingFrequency)
 template <typename T>
 int Spectrogram<T>::updatedLimit() const
 {
-    return _maximumSeconds > 0 ? toColumns(_maximumSeconds * _samplingFrequency) : -1;
+    return _maximumSeconds > 0 ? toColumns(_maximumSeconds * columnRate()) : -1;
 }
 
 /** Moves the columns into a block for @p columns columns. */
@@ -300,6 +314,8 @@ void Spectrogram<T>::pushData(int n, const T *samples)
 {
     if (n < 1)
         return;
+    if (_columnInterval > 1)
+        return pushPeaks(n, samples);
 
     const bool isLimited = _maxColumns > 0;
     const int skip = isLimited ? std::max(0, n - _maxColumns) : 0;
@@ -349,6 +365,69 @@ void Spectrogram<T>::pushData(int n, const T *samples)
         _front = _head;
 }
 
+/** Filters blocks of samples into a matrix of their own, of which only the peaks stay. */
+template <typename T>
+void Spectrogram<T>::pushPeaks(int n, const T *samples)
+{
+    if (!_data && _pendingSamples == 0) {
+        _minimum = std::numeric_limits<double>::infinity();
+        _maximum = -_minimum;
+    }
+    const size_t rows = static_cast<size_t>(_rows);
+    const int blockLength = static_cast<int>(PeakBlock / std::max<size_t>(rows, 1)) + 1;
+    static thread_local std::vector<T> block;
+    block.resize(rows * static_cast<size_t>(std::min(n, blockLength)));
+    for (int first = 0; first < n; first += blockLength) {
+        const int count = std::min(n - first, blockLength);
+        const MatrixColumns<T> target{block.data(), rows, static_cast<size_t>(count), 0, 0};
+        _bank->apply(count, samples + first, target);
+        runFilters(count, samples + first, target);
+        collectPeaks(block.data(), static_cast<size_t>(count));
+    }
+    if (_maxColumns > 0 && _columns > _maxColumns)
+        trimData(_columns - _maxColumns, _columns, nullptr);
+}
+
+/** Not-a-number is the peak only of nothing else. */
+template <typename T>
+void Spectrogram<T>::collectPeaks(const T *columns, size_t count)
+{
+    const size_t rows = static_cast<size_t>(_rows);
+    _peaks.resize(rows, std::numeric_limits<T>::quiet_NaN());
+    T *peaks = _peaks.data();
+    for (size_t i = 0; i < count; ++i) {
+        const T *column = columns + i * rows;
+        for (size_t r = 0; r < rows; ++r)
+            peaks[r] = column[r] > peaks[r] || peaks[r] != peaks[r] ? column[r] : peaks[r];
+        if (++_pendingSamples < _columnInterval)
+            continue;
+        if (!appendPeaks())
+            return;
+        std::fill(_peaks.begin(), _peaks.end(), std::numeric_limits<T>::quiet_NaN());
+        _pendingSamples = 0;
+    }
+}
+
+template <typename T>
+bool Spectrogram<T>::appendPeaks()
+{
+    if (_columns == std::numeric_limits<int>::max() || !makeRoom(_columns + 1))
+        return false;
+    const size_t rows = static_cast<size_t>(_rows);
+    std::copy(_peaks.begin(), _peaks.end(), _data + static_cast<size_t>(_columns) * rows);
+    _head = ++_columns;
+    const size_t begin = rows ? static_cast<size_t>(_data - _block) / rows : 0;
+    _usedColumns = std::max(_usedColumns, static_cast<int>(begin) + _columns);
+    for (const T peak : _peaks) {
+        const auto value = static_cast<double>(peak);
+        if (std::isfinite(value)) {
+            _minimum = std::min(_minimum, value);
+            _maximum = std::max(_maximum, value);
+        }
+    }
+    return true;
+}
+
 template <typename T>
 void Spectrogram<T>::reset()
 {
@@ -369,6 +448,8 @@ void Spectrogram<T>::resetData()
     _data = _block = nullptr;
     _blockColumns = _usedColumns = 0;
     _columns = _front = _head = 0;
+    _pendingSamples = 0;
+    _peaks.clear();
     _firstColumn = 0;
     _blockRanges.clear();
 }
@@ -409,6 +490,10 @@ void Spectrogram<T>::trimData(int first, int last, int *firstKept)
     if (kept == _columns)
         return;
 
+    if (last < _columns) {
+        _pendingSamples = 0;
+        _peaks.clear();
+    }
     _columns = _head = kept;
     _front = 0;
     if (kept < _usedColumns / 8)

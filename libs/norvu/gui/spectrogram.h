@@ -59,8 +59,22 @@ public:
     const SpectrogramSettings &settings() const { return _settings; }
 
     /**
+     * Keeps one column for so many samples, with the largest value of each band among them, instead
+     * of one for each sample: for views of long times, in which a pixel stands for many samples.
+     * The filters see all samples nevertheless. Drops the data if it is another interval.
+     * @param samples  1, as at the start, and below for a column for each sample
+     */
+    void setColumnInterval(int samples);
+    int columnInterval() const { return _columnInterval; }
+    /** Columns a second. */
+    double columnRate() const { return _samplingFrequency / _columnInterval; }
+    /** Samples that were pushed since the last column was complete; 0 with a column for each. */
+    int pendingSamples() const { return _pendingSamples; }
+
+    /**
      * Limits the matrix to the latest columns: once full it is a ring, which data() shows in the
-     * order of storage. Takes effect with the next pushData().
+     * order of storage, or, with a column interval, drops the oldest columns. Takes effect with the
+     * next pushData().
      * @param seconds  0 and below for no limit
      */
     void setMaximumSeconds(double seconds);
@@ -108,6 +122,9 @@ private:
     void findRange();
     ValueRange runFilters(int n, const T *samples, const MatrixColumns<T> &target);
     int updatedLimit() const;
+    void pushPeaks(int n, const T *samples);
+    void collectPeaks(const T *columns, size_t count);
+    bool appendPeaks();
 
     /** One ChainFilter for each band, owned. Those that _bank runs only describe their bands: they
      *  have no sampling frequency and no state. */
@@ -131,6 +148,9 @@ private:
     int _front{0};
     int _head{0};
     int _rows{0};
+    int _columnInterval{1};
+    int _pendingSamples{0};
+    std::vector<T> _peaks; /**< of the pending samples, for each band */
     double _samplingFrequency{0};
     double _maximumSeconds{-1};
     double _minimum{0};

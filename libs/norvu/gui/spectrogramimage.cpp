@@ -146,7 +146,7 @@ bool generateImagePPS(QImage &image, const Spectrogram<T> *spectrogram,
         return false;
 
     const int available = spectrogram->columns() - firstColumn;
-    const int64_t step = stepOf(spectrogram->samplingFrequency() / pixelsPerSecond, available);
+    const int64_t step = stepOf(spectrogram->columnRate() / pixelsPerSecond, available);
     draw(image, *spectrogram, *lut, {firstColumn, available, step});
     return true;
 }

@@ -107,6 +107,17 @@ void SpectrogramRecordWidget::setSpectrogramTimeWindow(const TimeWindow &window)
     }
 }
 
+void SpectrogramRecordWidget::setSpectrogramColumnInterval(int samples)
+{
+    const int interval = std::max(samples, 1);
+    if (interval == _columnInterval)
+        return;
+
+    _columnInterval = interval;
+    recordsChanged();
+    update();
+}
+
 void SpectrogramRecordWidget::setSpectrogramEnabled(bool enable)
 {
     if (enable == _enabled)
@@ -232,6 +243,12 @@ SpectrogramRecordWidget::Tail SpectrogramRecordWidget::tail() const
     return {last.endTime(), last.samplingFrequency()};
 }
 
+void SpectrogramRecordWidget::addItem()
+{
+    _items.push_back({new RecordSpectrogram<float>(_settings), QImage(), -1, 0});
+    _items.back().spectrogram->setColumnInterval(_columnInterval);
+}
+
 /** Hands records that follow each other over together, which is faster. */
 template <typename Iterator>
 void SpectrogramRecordWidget::feedRecords(Iterator begin, Iterator end)
@@ -244,7 +261,7 @@ void SpectrogramRecordWidget::feedRecords(Iterator begin, Iterator end)
         if (!reached.continuesWith(**record)) {
             feedLast(stretch);
             stretch.clear();
-            _items.push_back({new RecordSpectrogram<float>(_settings), QImage(), -1, 0});
+            addItem();
         }
         stretch.push_back(record->get());
         reached = {(*record)->endTime(), (*record)->samplingFrequency()};
@@ -375,8 +392,8 @@ void SpectrogramRecordWidget::drawItem(QPainter &painter, SpectrogramItem &item)
     const int offset = std::max(0, spectrogram.mapTime(leftTime()));
     if (offset > 0) {
         // The first column may begin before the canvas, by many pixels at a large scale.
-        const double before = (leftTime() - spectrogram.startTime()).length() -
-                              offset / spectrogram.samplingFrequency();
+        const double before =
+            (leftTime() - spectrogram.startTime()).length() - offset / spectrogram.columnRate();
         x0 = canvas.left() - static_cast<int>(std::lround(before * timeScale()));
     }
     const int width = std::min(x1, canvas.right() + 1) - x0;

@@ -58,6 +58,13 @@ public:
     void setSpectrogramTimeWindow(const Tellarix::Core::TimeWindow &window);
     const Tellarix::Core::TimeWindow &spectrogramTimeWindow() const { return _window; }
 
+    /**
+     * Keeps one column of peaks for so many samples, for views in which a pixel stands for more;
+     * 1, as at the start, for a column for each sample. The spectrogram is worked out anew.
+     */
+    void setSpectrogramColumnInterval(int samples);
+    int spectrogramColumnInterval() const { return _columnInterval; }
+
     bool isSpectrogramEnabled() const { return _enabled; }
     bool isSpectrogramDisplayEnabled() const { return _displayEnabled; }
 
@@ -129,6 +136,7 @@ private:
     };
 
     Tail tail() const;
+    void addItem();
     void feedWindow(const Tellarix::Core::TimeWindow &window);
     void extendToWindow();
     template <typename Iterator>
@@ -145,6 +153,7 @@ private:
     bool _useFilteredRecords{false};
     SpectrogramSettings _settings;
     int _slot{-1};
+    int _columnInterval{1};
     Tellarix::Core::TimeWindow _window;
 };
 
