@@ -20,11 +20,14 @@ namespace {
 
 constexpr int RowSlot = 0;
 /** Values that are worked out at once: some milliseconds, and tens where memory is slow. */
-constexpr double PieceValues = 2E6;
+constexpr double PieceValues = 4E6;
 /** Longest periods of the axis until the filters have forgotten that there was nothing before. */
 constexpr double RunIn = 3;
 /** What is worked out beside the visible stretch on either side, in parts of it. */
-constexpr double Margin = 0.5;
+constexpr double Margin = 0.25;
+/** Columns that make up a pixel, from which on coarser ones are made. */
+constexpr int FinestColumns = 8;
+constexpr int LongestInterval = 1 << 20;
 /** Panning makes a stretch longer until it has so many times the length that is wanted. */
 constexpr double LongestStretch = 3;
 /** Memory of a stretch in parts of what the wanted one takes, from which on it is a waste. */
@@ -178,7 +181,7 @@ TimeWindow SpectrogramRow::visibleData() const
 /** Nobody tells of a new filter while filtering is switched off. */
 bool SpectrogramRow::isUpToDate() const
 {
-    return isSpectrogramEnabled() && content() == _content;
+    return isSpectrogramEnabled() && content() == _content && hasFittingColumns();
 }
 
 bool SpectrogramRow::isComplete() const
@@ -207,13 +210,35 @@ double SpectrogramRow::samplingFrequency() const
     return found == records->end() ? 0 : (*found)->samplingFrequency();
 }
 
+double SpectrogramRow::samplesPerPixel() const
+{
+    return samplingFrequency() / (timeScale() * devicePixelRatioF());
+}
+
+/** Samples of a column, of which one or two make up a pixel. */
+int SpectrogramRow::wantedInterval() const
+{
+    int interval = 1;
+    while (interval < LongestInterval && 2 * interval <= samplesPerPixel())
+        interval *= 2;
+    return interval;
+}
+
+/** Whether columns are fine enough for the pixels, and not so fine that they are a waste. */
+bool SpectrogramRow::hasFittingColumns() const
+{
+    const int interval = spectrogramColumnInterval();
+    const int wanted = wantedInterval();
+    return interval <= wanted && wanted < FinestColumns * interval;
+}
+
 /** Bytes that the wanted stretch takes. */
 double SpectrogramRow::stretchMemory() const
 {
     const TimeWindow data = source()->timeWindow().overlap(wantedStretch());
-    return data.isEmpty()
-               ? 0
-               : data.length().length() * samplingFrequency() * _axis.bands * sizeof(float);
+    return data.isEmpty() ? 0
+                          : data.length().length() * samplingFrequency() / wantedInterval() *
+                                _axis.bands * sizeof(float);
 }
 
 double SpectrogramRow::memoryNeeded() const
@@ -276,6 +301,7 @@ void SpectrogramRow::beginAnew(const TimeWindow &stretch)
 {
     setSpectrogramEnabled(false);
     _content = content();
+    setSpectrogramColumnInterval(wantedInterval());
     setSpectrogramTimeWindow({stretch.startTime(), stretch.startTime()});
     setSpectrogramEnabled(true);
     goOn(stretch);

@@ -88,6 +88,9 @@ private:
     Tellarix::Core::TimeWindow visibleData() const;
     Tellarix::Core::TimeWindow wantedStretch() const;
     double stretchMemory() const;
+    double samplesPerPixel() const;
+    int wantedInterval() const;
+    bool hasFittingColumns() const;
     bool canGoOn(const Tellarix::Core::TimeWindow &stretch) const;
     void goOn(const Tellarix::Core::TimeWindow &stretch);
     void beginAnew(const Tellarix::Core::TimeWindow &stretch);
