@@ -110,11 +110,21 @@ void pushRecords(Bank &bank, int recordLength)
 
 struct Engine
 {
-    Engine() : spectrogram(periods()) { spectrogram.setSamplingFrequency(SamplingFrequency); }
+    explicit Engine(int columnInterval = 1) : spectrogram(periods())
+    {
+        spectrogram.setColumnInterval(columnInterval);
+        spectrogram.setSamplingFrequency(SamplingFrequency);
+    }
     void push(int n, const float *samples) { spectrogram.pushData(n, samples); }
     float maximum() const { return float(spectrogram.maximum()); }
 
     Spectrogram<float> spectrogram;
+};
+
+/** For an hour in 1600 pixels. */
+struct PeakEngine : Engine
+{
+    PeakEngine() : Engine(128) {}
 };
 
 template <typename Bank>
@@ -128,13 +138,14 @@ double secondsFor(int recordLength)
     return double(timer.nsecsElapsed()) * 1E-9;
 }
 
+template <typename Bank>
 void run(benchmark::State &state, int recordLength)
 {
     samples();
     double plain = std::numeric_limits<double>::infinity();
     double best = plain;
     for (auto _ : state) {
-        const double seconds = secondsFor<Engine>(recordLength);
+        const double seconds = secondsFor<Bank>(recordLength);
         state.SetIterationTime(seconds);
         best = std::min(best, seconds);
         plain = std::min(plain, secondsFor<PlainBank>(RecordLength));
@@ -148,13 +159,19 @@ void run(benchmark::State &state, int recordLength)
 /** Record by record, as a stream delivers them: on one thread. */
 void hourOfRecords(benchmark::State &state)
 {
-    run(state, RecordLength);
+    run<Engine>(state, RecordLength);
 }
 
 /** The whole hour at once: on all processors. */
 void hourAtOnce(benchmark::State &state)
 {
-    run(state, Hour);
+    run<Engine>(state, Hour);
+}
+
+/** The whole hour at once, of which one column of peaks is kept for each 128 samples. */
+void hourOfPeaks(benchmark::State &state)
+{
+    run<PeakEngine>(state, Hour);
 }
 
 /** The same, on one thread. */
@@ -163,7 +180,7 @@ void hourAtOnceOnOneThread(benchmark::State &state)
     QThreadPool *pool = QThreadPool::globalInstance();
     const int threads = pool->maxThreadCount();
     pool->setMaxThreadCount(1);
-    run(state, Hour);
+    run<Engine>(state, Hour);
     pool->setMaxThreadCount(threads);
 }
 
@@ -197,6 +214,7 @@ void recordOfLiveHour(benchmark::State &state)
 BENCHMARK(recordOfLiveHour)->Unit(benchmark::kMicrosecond)->Iterations(1500);
 BENCHMARK(hourOfRecords)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(8);
 BENCHMARK(hourAtOnce)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(8);
+BENCHMARK(hourOfPeaks)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(8);
 BENCHMARK(hourAtOnceOnOneThread)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(8);
 
 BENCHMARK_MAIN();

@@ -2,6 +2,8 @@
 
 #include <tellarix/core/parallel.h>
 
+#include <QThreadPool>
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -430,9 +432,12 @@ ValueRange FilterBank::apply(int n, const T *samples, const MatrixColumns<T> &ta
 
     const Input input = highPass(n, samples);
     const size_t size = input.blockLength() * _bandCount;
-    // Parts of whole lines of the cache, which no two threads share.
+    // One part a thread, since the more bands a part has the better it writes, but parts of whole
+    // lines of the cache, which no two threads share.
     const size_t count = _groups.size();
-    const size_t parts = size < BigBlock ? 1 : (count + GroupsOfPart - 1) / GroupsOfPart;
+    const auto threads = static_cast<size_t>(QThreadPool::globalInstance()->maxThreadCount());
+    const size_t most = (count + GroupsOfPart - 1) / GroupsOfPart;
+    const size_t parts = size < BigBlock ? 1 : std::clamp<size_t>(threads, 1, most);
     double firstValue = 0;
     Tellarix::Core::parallelFor(static_cast<int>(parts), [&](int number) {
         const auto part = static_cast<size_t>(number);

@@ -34,6 +34,8 @@ namespace {
 constexpr int Order = 4;
 /** Values that are filtered at once when only their peaks are kept: they stay in the cache. */
 constexpr size_t PeakBlock = 1 << 19;
+/** Below any envelope. */
+constexpr int NoPeak = -1;
 /** More bands are a mistake in a setting, and would only fill the memory. */
 constexpr int MostBands = 1 << 16;
 /** Columns whose range is kept once it was worked out. */
@@ -388,22 +390,22 @@ void Spectrogram<T>::pushPeaks(int n, const T *samples)
         trimData(_columns - _maxColumns, _columns, nullptr);
 }
 
-/** Not-a-number is the peak only of nothing else. */
+/** Envelopes are not negative, so that a peak below 0 is that of nothing but not-a-number. */
 template <typename T>
 void Spectrogram<T>::collectPeaks(const T *columns, size_t count)
 {
     const size_t rows = static_cast<size_t>(_rows);
-    _peaks.resize(rows, std::numeric_limits<T>::quiet_NaN());
+    _peaks.resize(rows, T(NoPeak));
     T *peaks = _peaks.data();
     for (size_t i = 0; i < count; ++i) {
         const T *column = columns + i * rows;
         for (size_t r = 0; r < rows; ++r)
-            peaks[r] = column[r] > peaks[r] || peaks[r] != peaks[r] ? column[r] : peaks[r];
+            peaks[r] = column[r] > peaks[r] ? column[r] : peaks[r];
         if (++_pendingSamples < _columnInterval)
             continue;
         if (!appendPeaks())
             return;
-        std::fill(_peaks.begin(), _peaks.end(), std::numeric_limits<T>::quiet_NaN());
+        std::fill(_peaks.begin(), _peaks.end(), T(NoPeak));
         _pendingSamples = 0;
     }
 }
@@ -414,6 +416,7 @@ bool Spectrogram<T>::appendPeaks()
     if (_columns == std::numeric_limits<int>::max() || !makeRoom(_columns + 1))
         return false;
     const size_t rows = static_cast<size_t>(_rows);
+    std::replace(_peaks.begin(), _peaks.end(), T(NoPeak), std::numeric_limits<T>::quiet_NaN());
     std::copy(_peaks.begin(), _peaks.end(), _data + static_cast<size_t>(_columns) * rows);
     _head = ++_columns;
     const size_t begin = rows ? static_cast<size_t>(_data - _block) / rows : 0;
