@@ -107,6 +107,7 @@ private slots:
     void switchesRows();
     void followsTheView();
     void keepsWhatPixelsNeed();
+    void keepsPictureWhileZooming();
     void followsLiveRecords();
     void keepsWithinItsMemory();
     void restsWithoutMemory();
@@ -219,6 +220,32 @@ void TestSpectrograms::keepsWhatPixelsNeed()
                      columns < 8 * row->canvasWidth(),
                  qPrintable(QString::number(columns)));
     }
+}
+
+/** Until there are finer columns the old ones stay in the picture. */
+void TestSpectrograms::keepsPictureWhileZooming()
+{
+    Desk desk;
+    desk.spectrograms->setAllShown(true);
+    desk.settle();
+    SpectrogramRow *row = desk.rows[0];
+    const int interval = row->spectrogramColumnInterval();
+    const double loudest = row->amplitudeRange().second;
+
+    desk.show(200, 240);
+    QVERIFY(!row->isComplete());
+    QVERIFY(row->workOut(size_t(1) << 30));
+    QVERIFY(row->spectrogramColumnInterval() < interval);
+    QVERIFY(row->hasPicture());
+    desk.settle();
+    QVERIFY(row->isComplete());
+    QVERIFY(row->amplitudeRange().second <= loudest);
+
+    // What was made of other records is no picture of these.
+    auto *other = new RingBuffer(-1);
+    other->feed(sine(200, 2, 10).get());
+    row->setRecords(0, other, true);
+    QVERIFY(!row->hasPicture());
 }
 
 void TestSpectrograms::followsLiveRecords()

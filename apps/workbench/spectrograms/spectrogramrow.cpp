@@ -93,6 +93,8 @@ void SpectrogramRow::setColors(const AmplitudeColors &colors)
         return;
     _colors = colors;
     setColorLUT(colors.fillTable(_table, unitFactor()) ? &_table : nullptr);
+    for (SpectrogramItem &item : _former)
+        item = {item.spectrogram, QImage(), -1, 0};
     emit colorsChanged();
 }
 
@@ -106,8 +108,10 @@ QColor SpectrogramRow::quietColor() const
 /** Whether most of the traces in view stand above colours. */
 bool SpectrogramRow::coversTraces() const
 {
-    if (!_wanted || _inFront || _colors.gradient.isEmpty() || !isUpToDate())
+    if (!_wanted || _inFront || _colors.gradient.isEmpty() || !isOfTheseRecords())
         return false;
+    if (!_former.empty())
+        return true;
     const TimeWindow data = visibleData();
     const TimeWindow covered = spectrogramTimeWindow().overlap(data);
     return !covered.isEmpty() && 2 * covered.length().length() >= data.length().length();
@@ -145,7 +149,12 @@ QString SpectrogramRow::unit() const
 
 QPair<double, double> SpectrogramRow::amplitudeRange() const
 {
-    const QPair<double, double> range = spectrogramRange();
+    QPair<double, double> range = spectrogramRange();
+    if (!_former.empty()) {
+        const bool isAlone = _items.empty();
+        range.first = isAlone ? _formerRange.first : std::min(range.first, _formerRange.first);
+        range.second = std::max(range.second, _formerRange.second);
+    }
     return {range.first * unitFactor(), range.second * unitFactor()};
 }
 
@@ -179,9 +188,14 @@ TimeWindow SpectrogramRow::visibleData() const
 }
 
 /** Nobody tells of a new filter while filtering is switched off. */
+bool SpectrogramRow::isOfTheseRecords() const
+{
+    return isSpectrogramEnabled() && content() == _content;
+}
+
 bool SpectrogramRow::isUpToDate() const
 {
-    return isSpectrogramEnabled() && content() == _content && hasFittingColumns();
+    return isOfTheseRecords() && hasFittingColumns();
 }
 
 bool SpectrogramRow::isComplete() const
@@ -264,6 +278,7 @@ bool SpectrogramRow::workOut(size_t memory)
     const double needed = memoryNeeded();
     if (needed > static_cast<double>(memory)) {
         setSpectrogramEnabled(false);
+        _former.clear();
         setHint(tr("Zoom in for the spectrogram: this much of it takes %1 GB of memory")
                     .arg(QString::number(needed / 1E9, 'f', 1)));
         _hintWindow = {leftTime(), rightTime()};
@@ -275,6 +290,10 @@ bool SpectrogramRow::workOut(size_t memory)
         goOn(stretch);
     else
         beginAnew(stretch);
+    if (isComplete()) {
+        _hasBeenComplete = true;
+        _former.clear();
+    }
     emit amplitudeRangeChanged();
     return true;
 }
@@ -297,8 +316,23 @@ void SpectrogramRow::goOn(const TimeWindow &stretch)
         {done.startTime(), next < dataEnd ? std::min(next, stretch.endTime()) : stretch.endTime()});
 }
 
+/** A zoom asks for other columns of the same records: until there are enough of them the old ones
+ *  are better than nothing. */
+void SpectrogramRow::keepFormer()
+{
+    if (!isOfTheseRecords())
+        _former.clear();
+    else if (_hasBeenComplete) {
+        _formerRange = spectrogramRange();
+        _former = std::move(_items);
+    }
+    _items.clear();
+    _hasBeenComplete = false;
+}
+
 void SpectrogramRow::beginAnew(const TimeWindow &stretch)
 {
+    keepFormer();
     setSpectrogramEnabled(false);
     _content = content();
     setSpectrogramColumnInterval(wantedInterval());
@@ -310,6 +344,7 @@ void SpectrogramRow::beginAnew(const TimeWindow &stretch)
 void SpectrogramRow::release()
 {
     setHint(QString());
+    _former.clear();
     setSpectrogramEnabled(false);
 }
 
@@ -364,7 +399,7 @@ void SpectrogramRow::changedRecords(int slot, RecordSequence *)
 /** The picture covers the grid, of which the time that rows are aligned to is missed. */
 void SpectrogramRow::drawAlignment(QPainter &painter) const
 {
-    if (!alignment().valid() || spectrogramSize() == 0)
+    if (!alignment().valid() || !hasPicture())
         return;
     const QColor color =
         Gui::readableColor(Gui::Scheme::Current().records.alignment, quietColor(), LineContrast);
@@ -399,6 +434,9 @@ void SpectrogramRow::drawSpectrogram(QPainter &painter)
 {
     if (!_wanted)
         return;
+    _items.swap(_former);
+    SpectrogramRecordWidget::drawSpectrogram(painter);
+    _items.swap(_former);
     SpectrogramRecordWidget::drawSpectrogram(painter);
     drawAlignment(painter);
     if (!isComplete())

@@ -5,6 +5,8 @@
 #include <norvu/gui/spectrogramaxis.h>
 #include <norvu/gui/spectrogramrecordwidget.h>
 
+#include <deque>
+
 namespace Workbench {
 
 /**
@@ -29,7 +31,9 @@ public:
 
     void setColors(const AmplitudeColors &colors);
     const AmplitudeColors &colors() const { return _colors; }
-    /** Smallest and largest amplitude, in the unit. */
+    /** Whether there is anything of a picture. */
+    bool hasPicture() const { return spectrogramSize() > 0 || !_former.empty(); }
+    /** Smallest and largest amplitude in the picture, in the unit; (0, 0) without one. */
     QPair<double, double> amplitudeRange() const;
     /** Unit of amplitudes. */
     QString unit() const;
@@ -83,6 +87,7 @@ private:
 
     const Tellarix::RecordSequence *source() const;
     Content content() const;
+    bool isOfTheseRecords() const;
     bool isUpToDate() const;
     double samplingFrequency() const;
     Tellarix::Core::TimeWindow visibleData() const;
@@ -94,6 +99,7 @@ private:
     bool canGoOn(const Tellarix::Core::TimeWindow &stretch) const;
     void goOn(const Tellarix::Core::TimeWindow &stretch);
     void beginAnew(const Tellarix::Core::TimeWindow &stretch);
+    void keepFormer();
     Tellarix::Core::TimeSpan pieceLength() const;
     double unitFactor() const;
     void setHint(const QString &hint);
@@ -110,6 +116,9 @@ private:
     QString _hint;
     Tellarix::Core::TimeWindow _hintWindow; /**< was visible when the hint was given */
     Content _content;
+    std::deque<SpectrogramItem> _former; /**< painted until the new ones have come so far */
+    QPair<double, double> _formerRange;  /**< in samples */
+    bool _hasBeenComplete{false};        /**< since the spectrogram was begun */
     bool _wanted{false};
     bool _inFront{false};
 };

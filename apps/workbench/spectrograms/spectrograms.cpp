@@ -279,7 +279,7 @@ QPair<double, double> Spectrograms::sharedRange() const
     QPair<double, double> shared(0, 0);
     bool isFirst = true;
     for (const SpectrogramRow *row : wantedRows()) {
-        if (row->spectrogramSize() == 0)
+        if (!row->hasPicture())
             continue;
         const QPair<double, double> range = row->amplitudeRange();
         shared.first = isFirst ? range.first : std::min(shared.first, range.first);
@@ -296,7 +296,7 @@ void Spectrograms::updateColors()
     const QPair<double, double> shared = isShared ? sharedRange() : qMakePair(0.0, 0.0);
     for (SpectrogramRow *row : wantedRows()) {
         const QPair<double, double> range = isShared ? shared : row->amplitudeRange();
-        const bool isKnown = _range.mode == ColorRange::Fixed || row->spectrogramSize() > 0;
+        const bool isKnown = _range.mode == ColorRange::Fixed || row->hasPicture();
         const QPair<double, double> ends =
             isKnown ? _range.endsFor(range.first, range.second) : qMakePair(0.0, 0.0);
         row->setColors({_gradient, _discrete, ends.first, ends.second, _range.logarithmic});
