@@ -174,6 +174,22 @@ private slots:
         QCOMPARE(Ink::picture(complete), Ink::picture(live));
     }
 
+    void passesOverColumnsFarWiderThanTheView()
+    {
+        Widget widget;
+        widget.setSpectrogramColumnInterval(1000);
+        widget.feed(makeRecord(-5, 8));
+        // Nothing is known before the first column is complete.
+        QCOMPARE(widget.spectrogramRange(), qMakePair(0.0, 0.0));
+        widget.feed(makeRecord(3, 100));
+        QVERIFY(widget.spectrogramRange().second > 0);
+        QVERIFY(!spans(widget).isEmpty());
+        for (const double pixelsPerSecond : {1E5, 1E9}) {
+            widget.setTimeScale(pixelsPerSecond);
+            QCOMPARE(spans(widget), QStringList());
+        }
+    }
+
     void newStretchHasNoHistory_data()
     {
         QTest::addColumn<double>("start");

@@ -18,6 +18,13 @@ using Core::TimeWindow;
 namespace Norvu {
 namespace Gui {
 
+namespace {
+
+/** Pixels that a column may begin before the canvas; beyond, one fills the view many times over. */
+constexpr double MostBefore = 1 << 15;
+
+} // namespace
+
 TimeSpan SpectrogramRecordWidget::Tail::tolerance() const
 {
     return TimeSpan(0.5 / rate);
@@ -323,7 +330,8 @@ void SpectrogramRecordWidget::trimItems(const TimeWindow &window)
 
 QPair<double, double> SpectrogramRecordWidget::spectrogramRange() const
 {
-    return _items.empty() ? qMakePair(0.0, 0.0) : qMakePair(_minimum, _maximum);
+    const bool isKnown = !_items.empty() && _minimum <= _maximum;
+    return isKnown ? qMakePair(_minimum, _maximum) : qMakePair(0.0, 0.0);
 }
 
 size_t SpectrogramRecordWidget::spectrogramSize() const
@@ -390,12 +398,13 @@ void SpectrogramRecordWidget::drawItem(QPainter &painter, SpectrogramItem &item)
         return;
 
     const int offset = std::max(0, spectrogram.mapTime(leftTime()));
-    if (offset > 0) {
-        // The first column may begin before the canvas, by many pixels at a large scale.
-        const double before =
-            (leftTime() - spectrogram.startTime()).length() - offset / spectrogram.columnRate();
+    // The first column may begin before the canvas, by many pixels at a large scale.
+    const double before =
+        (leftTime() - spectrogram.startTime()).length() - offset / spectrogram.columnRate();
+    if (before * timeScale() > MostBefore)
+        return;
+    if (offset > 0)
         x0 = canvas.left() - static_cast<int>(std::lround(before * timeScale()));
-    }
     const int width = std::min(x1, canvas.right() + 1) - x0;
     if (width < 1 || canvas.height() < 1)
         return;

@@ -24,7 +24,8 @@ namespace Gui {
  * starts without history. Nothing is worked out before setSpectrogramEnabled(true), and nothing is
  * seen before setColorLUT().
  *
- * The matrix has a column for each sample of the slot; pictures of it are kept for what is in view.
+ * The matrix has a column for each sample of the slot, or for each interval of them; pictures of it
+ * are kept for what is in view.
  */
 class NORVU_GUI_API SpectrogramRecordWidget : public Tellarix::Gui::RecordWidget
 {
@@ -68,7 +69,8 @@ public:
     bool isSpectrogramEnabled() const { return _enabled; }
     bool isSpectrogramDisplayEnabled() const { return _displayEnabled; }
 
-    /** Smallest and largest amplitude of all stretches, in samples; (0, 0) without any. */
+    /** Smallest and largest amplitude of all stretches, in the unit of the samples; (0, 0) without
+     *  any. */
     QPair<double, double> spectrogramRange() const;
     /** Memory of all stretches in bytes. */
     size_t spectrogramSize() const;
@@ -76,7 +78,7 @@ public:
      * What the spectrogram shows at a point of the widget.
      * @param position   set to where the point stands between the bottom (0) and the top (1) of the
      *                   picture
-     * @param amplitude  set to the value of the nearest sample and band, in samples
+     * @param amplitude  set to the value of the nearest column and band, in the unit of the samples
      * @return false, leaving the results alone, where there is nothing
      */
     bool spectrogramAt(const QPoint &point, double *position, double *amplitude) const;
