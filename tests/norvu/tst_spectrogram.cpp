@@ -598,6 +598,25 @@ private slots:
         QVERIFY(peaks->isNull());
     }
 
+    void keepsTheLatestPeaks()
+    {
+        const auto samples = noise<float>(1000);
+        // A limit below the length of a column is one column, not none.
+        for (const auto &[seconds, columns] : {qMakePair(3.0, 15), qMakePair(0.1, 1)}) {
+            const auto all = spectrogramOf<float>("freqs(1,20,2,5)", 100);
+            all->setColumnInterval(20);
+            all->pushData(1000, samples.data());
+            const auto latest = spectrogramOf<float>("freqs(1,20,2,5)", 100);
+            latest->setColumnInterval(20);
+            latest->setMaximumSeconds(seconds);
+            for (int done = 0; done < 1000; done += 50)
+                latest->pushData(50, samples.data() + done);
+            QCOMPARE(latest->columns(), columns);
+            QVERIFY(std::equal(latest->data(), latest->data() + columns * 5,
+                               all->data() + (50 - columns) * 5));
+        }
+    }
+
     void movesOnWithLiveData()
     {
         constexpr int Kept = 5000, Total = 60000;

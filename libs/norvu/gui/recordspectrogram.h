@@ -16,7 +16,8 @@ namespace Gui {
 /**
  * The spectrogram of one stretch of records without gaps and with one sampling frequency.
  *
- * It sees to neither: whoever feeds it begins a new one at a gap, an overlap or a change of rate.
+ * It sees to neither: whoever feeds it begins a new one at a gap, an overlap or a change of rate,
+ * and for another column interval, as times don't follow when data is dropped.
  */
 template <typename T>
 class NORVU_GUI_API RecordSpectrogram : public Spectrogram<T>
@@ -40,7 +41,7 @@ public:
     const Tellarix::Core::Time &startTime() const { return _startTime; }
     /** End of the last record, or of the last column once the data was trimmed. */
     const Tellarix::Core::Time &endTime() const { return _endTime; }
-    /** Column of a time, truncated toward zero: less than a sample before the start is column 0,
+    /** Column of a time, truncated toward zero: less than a column before the start is column 0,
      *  what lies further before it is negative. */
     int mapTime(const Tellarix::Core::Time &time) const;
 

@@ -241,7 +241,11 @@ void Spectrogram<T>::setSamplingFrequency(double samplingFrequency)
 template <typename T>
 int Spectrogram<T>::updatedLimit() const
 {
-    return _maximumSeconds > 0 ? toColumns(_maximumSeconds * columnRate()) : -1;
+    if (!(_maximumSeconds > 0))
+        return -1;
+    const int columns = toColumns(_maximumSeconds * columnRate());
+    // 0 would be no limit, and columns may be longer than what is wanted.
+    return _columnInterval > 1 ? std::max(columns, 1) : columns;
 }
 
 /** Moves the columns into a block for @p columns columns. */
@@ -263,6 +267,19 @@ bool Spectrogram<T>::reallocate(int columns)
     return true;
 }
 
+/** Columns of the block that lie before column 0. */
+template <typename T>
+int Spectrogram<T>::columnsBefore() const
+{
+    return _rows ? static_cast<int>((_data - _block) / _rows) : 0;
+}
+
+template <typename T>
+void Spectrogram<T>::countUsedColumns()
+{
+    _usedColumns = std::max(_usedColumns, columnsBefore() + _columns);
+}
+
 /** Sees to it that the block holds at least @p columns behind _data. */
 template <typename T>
 bool Spectrogram<T>::makeRoom(int columns)
@@ -270,7 +287,7 @@ bool Spectrogram<T>::makeRoom(int columns)
     if (!_block)
         return reallocate(columns);
     const int64_t size = int64_t(columns) * _rows * int64_t(sizeof(T));
-    const int before = _rows ? static_cast<int>((_data - _block) / _rows) : 0;
+    const int before = columnsBefore();
     const bool fits = columns <= _blockColumns - before;
     // A window that moves on goes back to the begin of the block, once in a while.
     if (before / MostLeftBehind > columns || (!fits && _blockColumns >= int64_t(columns) * 5 / 4)) {
@@ -348,8 +365,7 @@ void Spectrogram<T>::pushData(int n, const T *samples)
     if (newColumns > _columns && _head != _columns)
         std::fill(_data + _columns * rows, _data + newColumns * rows, T(0));
     _columns = newColumns;
-    const size_t begin = rows ? static_cast<size_t>(_data - _block) / rows : 0;
-    _usedColumns = std::max(_usedColumns, static_cast<int>(begin) + newColumns);
+    countUsedColumns();
 
     const MatrixColumns<T> target{_data, rows, static_cast<size_t>(newColumns),
                                   static_cast<size_t>(_head), static_cast<size_t>(skip)};
@@ -371,11 +387,11 @@ void Spectrogram<T>::pushData(int n, const T *samples)
 template <typename T>
 void Spectrogram<T>::pushPeaks(int n, const T *samples)
 {
+    const size_t rows = static_cast<size_t>(_rows);
     if (!_data && _pendingSamples == 0) {
-        _minimum = std::numeric_limits<double>::infinity();
+        _minimum = rows ? std::numeric_limits<double>::infinity() : 0;
         _maximum = -_minimum;
     }
-    const size_t rows = static_cast<size_t>(_rows);
     const int blockLength = static_cast<int>(PeakBlock / std::max<size_t>(rows, 1)) + 1;
     static thread_local std::vector<T> block;
     block.resize(rows * static_cast<size_t>(std::min(n, blockLength)));
@@ -419,8 +435,7 @@ bool Spectrogram<T>::appendPeaks()
     std::replace(_peaks.begin(), _peaks.end(), T(NoPeak), std::numeric_limits<T>::quiet_NaN());
     std::copy(_peaks.begin(), _peaks.end(), _data + static_cast<size_t>(_columns) * rows);
     _head = ++_columns;
-    const size_t begin = rows ? static_cast<size_t>(_data - _block) / rows : 0;
-    _usedColumns = std::max(_usedColumns, static_cast<int>(begin) + _columns);
+    countUsedColumns();
     for (const T peak : _peaks) {
         const auto value = static_cast<double>(peak);
         if (std::isfinite(value)) {

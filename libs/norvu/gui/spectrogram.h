@@ -40,7 +40,8 @@ public:
     Spectrogram &operator=(const Spectrogram &) = delete;
     ~Spectrogram() override;
 
-    /** Drops everything and builds the bank of @p settings; the sampling frequency stays. */
+    /** Drops everything and builds the bank of @p settings; sampling frequency, column interval
+     *  and limit stay. */
     void init(const SpectrogramSettings &settings);
     /** Drops everything and takes settings and bank of @p other over, but neither its data nor
      *  its sampling frequency, which has to be set again. */
@@ -61,12 +62,13 @@ public:
     /**
      * Keeps one column for so many samples, with the largest value of each band among them, instead
      * of one for each sample: for views of long times, in which a pixel stands for many samples.
-     * The filters see all samples nevertheless. Drops the data if it is another interval.
+     * The filters see all samples nevertheless. Drops the data if it is another interval, but not
+     * the state of the filters: to be set before the first pushData().
      * @param samples  1, as at the start, and below for a column for each sample
      */
     void setColumnInterval(int samples);
     int columnInterval() const { return _columnInterval; }
-    /** Columns a second. */
+    /** Columns a second; 0 without a sampling frequency. */
     double columnRate() const { return _samplingFrequency / _columnInterval; }
     /** Samples that were pushed since the last column was complete; 0 with a column for each. */
     int pendingSamples() const { return _pendingSamples; }
@@ -75,15 +77,16 @@ public:
      * Limits the matrix to the latest columns: once full it is a ring, which data() shows in the
      * order of storage, or, with a column interval, drops the oldest columns. Takes effect with the
      * next pushData().
-     * @param seconds  0 and below for no limit
+     * @param seconds  0 and below for no limit; with a column interval one column stays at least
      */
     void setMaximumSeconds(double seconds);
     /** Sampling frequency in Hz; resets the filters. To be set before the first pushData(). */
     void setSamplingFrequency(double samplingFrequency);
     double samplingFrequency() const { return _samplingFrequency; }
 
-    /** Filters @p n samples and appends as many columns; n below 1 does nothing. If there is not
-     *  enough memory, this is logged and nothing happens. */
+    /** Filters @p n samples and appends as many columns, or one for each column interval that they
+     *  complete; n below 1 does nothing. If there is not enough memory, this is logged and no
+     *  column is appended. */
     void pushData(int n, const T *samples);
 
     /** The matrix of rows() x columns(), column by column: band r of column c stands at index
@@ -91,7 +94,8 @@ public:
     const T *data() const { return _data; }
     int columns() const { return _columns; }
     int rows() const { return _rows; }
-    /** Smallest and largest value; values that a ring has overwritten still count. */
+    /** Smallest and largest value; values that a ring has overwritten still count. Infinity and
+     *  its negative while samples have been pushed that made no finite value. */
     double minimum() const { return _minimum; }
     double maximum() const { return _maximum; }
     bool isNull() const { return _columns == 0; }
@@ -106,7 +110,8 @@ public:
     /**
      * Keeps the columns from @p first up to, but not including, @p last and works out the range of
      * values anew. Nothing happens if @p first is not below @p last, unless the matrix ends before
-     * @p first or @p last is below 1: then all data is dropped. Not for a ring.
+     * @p first or @p last is below 1: then all data is dropped. Pending samples go with the last
+     * column. Not for a ring.
      * @param firstKept  may be null; set to the old number of the first column kept, else to 0
      */
     virtual void trimData(int first, int last, int *firstKept);
@@ -116,6 +121,8 @@ public:
 private:
     void adoptFilter(size_t index);
     void clearFilters();
+    int columnsBefore() const;
+    void countUsedColumns();
     bool makeRoom(int columns);
     bool reallocate(int columns);
     ValueRange rangeOf(int first, int last) const;
