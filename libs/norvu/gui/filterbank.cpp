@@ -441,7 +441,8 @@ ValueRange FilterBank::apply(int n, const T *samples, const MatrixColumns<T> &ta
     double firstValue = 0;
     Tellarix::Core::parallelFor(static_cast<int>(parts), [&](int number) {
         const auto part = static_cast<size_t>(number);
-        const double value = run(count * part / parts, count * (part + 1) / parts, input, target);
+        const size_t end = std::min(count, most * (part + 1) / parts * GroupsOfPart);
+        const double value = run(most * part / parts * GroupsOfPart, end, input, target);
         if (part == 0)
             firstValue = value;
     });
