@@ -45,11 +45,11 @@ public:
     void setAxis(const Norvu::Gui::SpectrogramAxis &axis);
     /**
      * Sets the colour bar.
-     * @param gradient      its keys are stretched over the amplitudes; without stops there is no
-     * bar
+     * @param gradient      its keys are stretched over the amplitudes; no bar without stops
      * @param discrete      one colour from stop to stop
      * @param lower, upper  amplitudes of the first and the last colour
      * @param logarithmic   equal ratios of amplitudes take equal heights
+     * @param unit          of the amplitudes, a text for the user
      */
     void setColors(const Tellarix::Gui::Gradient &gradient, bool discrete, double lower,
                    double upper, bool logarithmic, const QString &unit);

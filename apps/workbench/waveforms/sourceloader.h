@@ -24,6 +24,8 @@ public:
 
 protected slots:
     void receivedRecord(Tellarix::Record *record) override;
+
+protected:
     Norvu::Gui::Trace *makeRow(const QString &label) const override;
 
 private:

@@ -9,7 +9,7 @@ namespace Core {
 
 /**
  * Calls @p work with each number from 0 to @p count - 1, in this thread and in idle ones of Qt's
- * global thread pool, and returns when all calls have returned.
+ * global thread pool, and returns when all calls have returned. A count below 1 does nothing.
  *
  * The numbers are taken in ascending order, each by whichever thread is free. This thread waits for
  * no other that hasn't begun: on a busy machine that can take longer than the work itself.

@@ -129,6 +129,7 @@ public:
     /** The pen set for a slot, otherwise one of the scheme's colour and line width. */
     QPen recordPen(int slot) const;
     void setRecordPen(int slot, const QPen &pen);
+    /** Goes back to the pen of the scheme. */
     void removeRecordPen(int slot);
     bool isRecordVisible(int slot) const;
     void setRecordVisible(int slot, bool visible);
