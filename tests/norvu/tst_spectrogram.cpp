@@ -2,6 +2,7 @@
 
 #include <norvu/gui/iirenvelope_p.h>
 
+#include <QThreadPool>
 #include <QtTest>
 
 #include <algorithm>
@@ -596,6 +597,24 @@ private slots:
                  double(*std::max_element(peaks->data(), peaks->data() + peaks->columns() * Rows)));
         peaks->setColumnInterval(1);
         QVERIFY(peaks->isNull());
+    }
+
+    void dependsOnNoNumberOfThreads()
+    {
+        constexpr int Total = 20000;
+        const auto samples = noise<float>(Total);
+        QThreadPool *pool = QThreadPool::globalInstance();
+        const int before = pool->maxThreadCount();
+        std::vector<float> expected;
+        for (const int threads : {1, 2, 3, 9}) {
+            pool->setMaxThreadCount(threads);
+            const auto spectrogram = spectrogramOf<float>("freqs(1,20,8,45)", 100);
+            spectrogram->pushData(Total, samples.data());
+            if (expected.empty())
+                expected = matrixOf(*spectrogram);
+            QVERIFY2(matrixOf(*spectrogram) == expected, qPrintable(QString::number(threads)));
+        }
+        pool->setMaxThreadCount(before);
     }
 
     void keepsTheLatestPeaks()
