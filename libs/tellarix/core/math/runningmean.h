@@ -24,7 +24,8 @@ public:
 
     /** Samples of a window, from 1 to LongestLength; 0 without a usable sampling frequency. */
     static int samplesIn(double seconds, double samplingFrequency);
-    /** Window of @p length samples, at least one; forgets all samples. */
+    /** Window of @p length samples, at least one; forgets all samples. Throws std::bad_alloc if
+     *  there is no memory for it. */
     void resize(int length);
     int length() const { return static_cast<int>(_length); }
     /** Takes a finite sample in and gives the mean. */
