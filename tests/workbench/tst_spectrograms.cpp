@@ -1,4 +1,5 @@
 #include "spectrograms/gradientpanel.h"
+#include "spectrograms/spectrogrammenu.h"
 #include "spectrograms/spectrogrampanel.h"
 #include "spectrograms/spectrogramrow.h"
 #include "spectrograms/spectrograms.h"
@@ -122,6 +123,7 @@ private slots:
     void refusesBadRanges_data();
     void refusesBadRanges();
     void remembersSettings();
+    void menuFollowsRestoredSettings();
 
 private:
     QTemporaryDir _folder;
@@ -533,6 +535,19 @@ void TestSpectrograms::remembersSettings()
     desk.spectrograms->setAllShown(true);
     desk.settle();
     QCOMPARE(desk.rows[0]->colors().gradient, Norvu::Gui::Gradients::Inferno);
+}
+
+/** Shortcuts switch what is in force, also before the menu was open. */
+void TestSpectrograms::menuFollowsRestoredSettings()
+{
+    Desk desk;
+    const SpectrogramMenu menu(desk.spectrograms, nullptr);
+    desk.spectrograms->setInFront(true);
+    for (QAction *action : menu.actions()) {
+        if (action->shortcut() == QKeySequence("Ctrl+Shift+S"))
+            action->trigger();
+    }
+    QVERIFY(!desk.spectrograms->isInFront());
 }
 
 QTEST_MAIN(TestSpectrograms)

@@ -15,6 +15,7 @@ SpectrogramMenu::SpectrogramMenu(Spectrograms *spectrograms, QWidget *parent)
     _filtered = addToggle(tr("Of the fi&ltered traces"), QString(), SLOT(useFilteredRecords(bool)));
 
     connect(_spectrograms, SIGNAL(shownChanged()), this, SLOT(showState()));
+    connect(_spectrograms, SIGNAL(placeChanged()), this, SLOT(showState()));
     connect(this, SIGNAL(aboutToShow()), this, SLOT(showState()));
 }
 

@@ -186,6 +186,7 @@ void Spectrograms::setInFront(bool inFront)
         if (SpectrogramRow *row = rowOf(trace))
             row->setInFront(inFront);
     }
+    emit placeChanged();
 }
 
 void Spectrograms::useFilteredRecords(bool use)

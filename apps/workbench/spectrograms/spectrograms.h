@@ -76,6 +76,8 @@ public slots:
 signals:
     /** Spectrograms of some rows were switched on or off. */
     void shownChanged();
+    /** They went in front of the traces, or behind them. */
+    void placeChanged();
     void axisChanged();
     void colorsChanged();
 
