@@ -151,7 +151,7 @@ QPair<double, double> SpectrogramRow::amplitudeRange() const
 {
     QPair<double, double> range = spectrogramRange();
     if (!_former.empty()) {
-        const bool isAlone = _items.empty();
+        const bool isAlone = spectrogramSize() == 0;
         range.first = isAlone ? _formerRange.first : std::min(range.first, _formerRange.first);
         range.second = std::max(range.second, _formerRange.second);
     }

@@ -117,7 +117,7 @@ private:
     Tellarix::Core::TimeWindow _hintWindow; /**< was visible when the hint was given */
     Content _content;
     std::deque<SpectrogramItem> _former; /**< painted until the new ones have come so far */
-    QPair<double, double> _formerRange;  /**< in samples */
+    QPair<double, double> _formerRange;  /**< in the unit of the samples */
     bool _hasBeenComplete{false};        /**< since the spectrogram was begun */
     bool _wanted{false};
     bool _inFront{false};
