@@ -224,24 +224,32 @@ void TestSpectrograms::keepsWhatPixelsNeed()
     }
 }
 
-/** Until there are finer columns the old ones stay in the picture. */
+/** Until there are finer columns the old ones stay in the picture, if there is room for both. */
 void TestSpectrograms::keepsPictureWhileZooming()
 {
     Desk desk;
+    desk.spectrograms->setAxis("periods_log(0.5,8,4,2048)"); // some minutes in several pieces
     desk.spectrograms->setAllShown(true);
     desk.settle();
     SpectrogramRow *row = desk.rows[0];
     const int interval = row->spectrogramColumnInterval();
     const double loudest = row->amplitudeRange().second;
 
-    desk.show(200, 240);
-    QVERIFY(!row->isComplete());
+    desk.show(200, 440);
     QVERIFY(row->workOut(size_t(1) << 30));
+    QVERIFY(!row->isComplete());
     QVERIFY(row->spectrogramColumnInterval() < interval);
-    QVERIFY(row->hasPicture());
+    QVERIFY(row->memoryUsed() > row->spectrogramSize());
     desk.settle();
     QVERIFY(row->isComplete());
+    QCOMPARE(row->memoryUsed(), row->spectrogramSize());
     QVERIFY(row->amplitudeRange().second <= loudest);
+
+    desk.show(0, Seconds);
+    QVERIFY(row->workOut(static_cast<size_t>(row->memoryNeeded()) + row->memoryUsed() / 2));
+    QVERIFY(!row->isComplete());
+    QCOMPARE(row->memoryUsed(), row->spectrogramSize());
+    desk.settle();
 
     // What was made of other records is no picture of these.
     auto *other = new RingBuffer(-1);

@@ -284,6 +284,8 @@ bool SpectrogramRow::workOut(size_t memory)
         _hintWindow = {leftTime(), rightTime()};
         return false;
     }
+    if (needed + static_cast<double>(memoryUsed()) > static_cast<double>(memory))
+        forgetFormer();
     const TimeWindow stretch = wantedStretch();
     setHint(QString());
     if (canGoOn(stretch))
@@ -327,6 +329,13 @@ void SpectrogramRow::keepFormer()
         _former = std::move(_items);
     }
     _items.clear();
+    _hasBeenComplete = false;
+}
+
+/** For want of memory; what is there now isn't kept either. */
+void SpectrogramRow::forgetFormer()
+{
+    _former.clear();
     _hasBeenComplete = false;
 }
 

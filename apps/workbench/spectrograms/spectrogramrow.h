@@ -44,6 +44,8 @@ public:
     bool isComplete() const;
     /** Bytes that the whole stretch takes that workOut() works out. */
     double memoryNeeded() const;
+    /** Bytes that are taken now, also by a former picture. */
+    size_t memoryUsed() const { return spectrogramSize() + sizeOf(_former); }
     /** Whether it takes much more than what is visible now needs. */
     bool isOversized() const;
     /**
@@ -100,6 +102,7 @@ private:
     void goOn(const Tellarix::Core::TimeWindow &stretch);
     void beginAnew(const Tellarix::Core::TimeWindow &stretch);
     void keepFormer();
+    void forgetFormer();
     Tellarix::Core::TimeSpan pieceLength() const;
     double unitFactor() const;
     void setHint(const QString &hint);

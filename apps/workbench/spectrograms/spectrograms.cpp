@@ -231,7 +231,7 @@ size_t Spectrograms::roomFor(const SpectrogramRow *row) const
     const QList<SpectrogramRow *> rows = wantedRows();
     const size_t used =
         std::accumulate(rows.begin(), rows.end(), size_t(0), [row](size_t sum, const auto *other) {
-            return other == row ? sum : sum + other->spectrogramSize();
+            return other == row ? sum : sum + other->memoryUsed();
         });
     size_t room = _memoryLimit > used ? _memoryLimit - used : 0;
     for (SpectrogramRow *other : rows) {
@@ -239,7 +239,7 @@ size_t Spectrograms::roomFor(const SpectrogramRow *row) const
             break;
         if (other == row || (isInSight(other) && !other->isOversized()))
             continue;
-        room += other->spectrogramSize();
+        room += other->memoryUsed();
         other->release();
     }
     return room;

@@ -334,10 +334,10 @@ QPair<double, double> SpectrogramRecordWidget::spectrogramRange() const
     return isKnown ? qMakePair(_minimum, _maximum) : qMakePair(0.0, 0.0);
 }
 
-size_t SpectrogramRecordWidget::spectrogramSize() const
+size_t SpectrogramRecordWidget::sizeOf(const std::deque<SpectrogramItem> &items)
 {
     size_t size = 0;
-    for (const SpectrogramItem &item : _items)
+    for (const SpectrogramItem &item : items)
         size += sizeof(float) * static_cast<size_t>(item.spectrogram->columns()) *
                 static_cast<size_t>(item.spectrogram->rows());
     return size;

@@ -73,7 +73,7 @@ public:
      *  any. */
     QPair<double, double> spectrogramRange() const;
     /** Memory of all stretches in bytes. */
-    size_t spectrogramSize() const;
+    size_t spectrogramSize() const { return sizeOf(_items); }
     /**
      * What the spectrogram shows at a point of the widget.
      * @param position   set to where the point stands between the bottom (0) and the top (1) of the
@@ -117,6 +117,8 @@ protected:
     void customPaintTracesEnd(QPainter &painter) override;
     /** Paints all stretches in view; x is mapTime() of the widget. */
     virtual void drawSpectrogram(QPainter &painter);
+    /** Memory of stretches in bytes. */
+    static size_t sizeOf(const std::deque<SpectrogramItem> &items);
     /** The records of a slot that its spectrogram is made of, raw or filtered; may be null. */
     Tellarix::RecordSequence *spectrogramRecords(int slot) const;
 
