@@ -2,6 +2,7 @@
 
 #include <norvu/gui/filterbank_p.h>
 #include <norvu/gui/iirenvelope_p.h>
+#include <norvu/gui/spectrogrambands.h>
 
 #include <tellarix/core/math/average.h>
 #include <tellarix/core/math/butterworth.h>
@@ -169,8 +170,8 @@ template <typename T>
 void Spectrogram<T>::initFilters()
 {
     clearData();
-    const bool isPeriods = _settings.mode == SpectrogramSettings::Periods;
-    if (!isPeriods && _settings.mode != SpectrogramSettings::Frequencies)
+    if (_settings.mode != SpectrogramSettings::Periods &&
+        _settings.mode != SpectrogramSettings::Frequencies)
         return;
 
     _rows = 0;
@@ -181,29 +182,10 @@ void Spectrogram<T>::initFilters()
         return;
     }
 
-    const bool isLogarithmic = _settings.logarithmic;
-    const double begin = isLogarithmic ? std::log(_settings.lower) : _settings.lower;
-    const double end = isLogarithmic ? std::log(_settings.upper) : _settings.upper;
-    const double span = end - begin;
-    const double width = span / _settings.divisions;
-    const double step = _settings.bands > 1 ? (span - width) / (_settings.bands - 1) : 0.0;
-    // By the shortest period of a frequency axis, but by the longest one of a period axis.
-    const double greater = std::max(_settings.lower, _settings.upper);
-    const double highPass = isPeriods ? greater : 1.0 / greater;
-    for (int i = 0; i < _settings.bands; ++i) {
-        double low = i * step + begin;
-        double high = low + width;
-        if (isLogarithmic) {
-            low = std::exp(low);
-            high = std::exp(high);
-        }
-        if (isPeriods) {
-            low = 1.0 / low;
-            high = 1.0 / high;
-        }
-        if (low > high)
-            std::swap(low, high);
-        addFilter(low, high, highPass);
+    const SpectrogramBands bands(_settings);
+    for (int i = 0; i < bands.count; ++i) {
+        const SpectrogramBands::Corners corners = bands.corners(i);
+        addFilter(corners.low, corners.high, bands.highPassSeconds);
     }
     _rows = static_cast<int>(_filters.size());
 }

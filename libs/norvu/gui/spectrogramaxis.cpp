@@ -15,63 +15,40 @@ constexpr double NaN = std::numeric_limits<double>::quiet_NaN();
 
 SpectrogramAxis::SpectrogramAxis(const SpectrogramSettings &settings)
 {
-    const bool isPeriods = settings.mode == SpectrogramSettings::Periods;
-    if ((!isPeriods && settings.mode != SpectrogramSettings::Frequencies) || settings.bands < 1)
+    if ((settings.mode != SpectrogramSettings::Periods &&
+         settings.mode != SpectrogramSettings::Frequencies) ||
+        settings.bands < 1)
         return;
 
-    _hasPeriods = isPeriods;
-    _logarithmic = settings.logarithmic;
-    _begin = _logarithmic ? std::log(settings.lower) : settings.lower;
-    const double span = (_logarithmic ? std::log(settings.upper) : settings.upper) - _begin;
-    _width = span / settings.divisions;
-    _step = settings.bands > 1 ? (span - _width) / (settings.bands - 1) : 0.0;
-    _rows = settings.bands;
-    if (!std::isfinite(firstValue()) || !std::isfinite(lastValue()))
-        *this = SpectrogramAxis();
+    const SpectrogramBands bands(settings);
+    if (std::isfinite(bands.centre(0)) && std::isfinite(bands.centre(bands.count - 1)))
+        _bands = bands;
 }
 
 QString SpectrogramAxis::unit() const
 {
     if (isEmpty())
         return QString();
-    return _hasPeriods ? QStringLiteral("s") : QStringLiteral("Hz");
-}
-
-SpectrogramAxis::Band SpectrogramAxis::band(int row) const
-{
-    const double begin = row * _step + _begin;
-    double low = toValue(begin);
-    double high = toValue(begin + _width);
-    if (_hasPeriods) {
-        low = 1.0 / low;
-        high = 1.0 / high;
-    }
-    return {std::min(low, high), std::max(low, high)};
-}
-
-double SpectrogramAxis::toValue(double coordinate) const
-{
-    return _logarithmic ? std::exp(coordinate) : coordinate;
+    return hasPeriods() ? QStringLiteral("s") : QStringLiteral("Hz");
 }
 
 double SpectrogramAxis::valueOfRow(double row) const
 {
-    return isEmpty() ? NaN : toValue(_begin + 0.5 * _width + row * _step);
+    return isEmpty() ? NaN : _bands.centre(row);
 }
 
 double SpectrogramAxis::valueAt(double position) const
 {
-    return valueOfRow(std::min(std::max(0.0, position * _rows), _rows - 1.0));
+    return valueOfRow(std::min(std::max(0.0, position * rows()), rows() - 1.0));
 }
 
 double SpectrogramAxis::positionOf(double value) const
 {
-    if (isEmpty() || (_logarithmic && !(value > 0)))
+    if (isEmpty() || (isLogarithmic() && !(value > 0)))
         return NaN;
     if (isSingleValue())
         return 0.5;
-    const double coordinate = _logarithmic ? std::log(value) : value;
-    return (coordinate - _begin - 0.5 * _width) / _step / _rows;
+    return _bands.bandOf(value) / rows();
 }
 
 QVector<RoundTick> SpectrogramAxis::ticks(double minimumDistance) const
@@ -84,8 +61,8 @@ QVector<RoundTick> SpectrogramAxis::ticks(double minimumDistance) const
         return {{value, 0.5, roundNumberText(value)}};
     }
 
-    const double last = (_rows - 1.0) / _rows;
-    auto result = roundTicks(firstValue(), lastValue(), _logarithmic, minimumDistance / last);
+    const double last = (rows() - 1.0) / rows();
+    auto result = roundTicks(firstValue(), lastValue(), isLogarithmic(), minimumDistance / last);
     for (RoundTick &tick : result)
         tick.position *= last;
     return result;

@@ -2,7 +2,7 @@
 
 #include <norvu/api.h>
 #include <norvu/gui/roundticks.h>
-#include <norvu/gui/spectrogramsettings.h>
+#include <norvu/gui/spectrogrambands.h>
 
 #include <QString>
 #include <QVector>
@@ -21,32 +21,25 @@ namespace Gui {
 class NORVU_GUI_API SpectrogramAxis
 {
 public:
-    /** Corners of a band in Hz. */
-    struct Band
-    {
-        double lower;
-        double upper;
-    };
-
     /** An empty axis. */
     SpectrogramAxis() = default;
     /** The axis of @p settings; empty if they make no bands, or bands that are not finite. */
     explicit SpectrogramAxis(const SpectrogramSettings &settings);
 
-    bool isEmpty() const { return _rows < 1; }
-    int rows() const { return _rows; }
+    bool isEmpty() const { return rows() < 1; }
+    int rows() const { return _bands.count; }
     /** Periods in seconds instead of frequencies in Hz. */
-    bool hasPeriods() const { return _hasPeriods; }
-    bool isLogarithmic() const { return _logarithmic; }
+    bool hasPeriods() const { return _bands.hasPeriods; }
+    bool isLogarithmic() const { return _bands.isLogarithmic; }
     /** "s" or "Hz"; empty for an empty axis. */
     QString unit() const;
 
-    /** Corners of the band of a row, 0 to rows() - 1, the lower one first. */
-    Band band(int row) const;
+    /** The bands of the rows. */
+    const SpectrogramBands &bands() const { return _bands; }
 
     /** Centres of the bands of the first and the last row; not a number if the axis is empty. */
     double firstValue() const { return valueOfRow(0); }
-    double lastValue() const { return valueOfRow(_rows - 1); }
+    double lastValue() const { return valueOfRow(rows() - 1); }
     /** Whether all rows stand for the same value: there is one of them, or they cover each other.
      */
     bool isSingleValue() const { return !isEmpty() && firstValue() == lastValue(); }
@@ -67,15 +60,8 @@ public:
 
 private:
     double valueOfRow(double row) const;
-    double toValue(double coordinate) const;
 
-    int _rows{0};
-    bool _hasPeriods{true};
-    bool _logarithmic{false};
-    // In the natural logarithm of the unit if the axis is logarithmic:
-    double _begin{0}; /**< where the first band begins */
-    double _width{0}; /**< of a band; negative if the axis descends */
-    double _step{0};  /**< from band to band */
+    SpectrogramBands _bands;
 };
 
 } // namespace Gui

@@ -81,23 +81,23 @@ QString numbersProblem(const std::vector<std::string> &texts)
     return QString();
 }
 
-bool holdsSignal(const SpectrogramAxis::Band &band, double nyquist)
+bool holdsSignal(const SpectrogramBands::Corners &band, double nyquist)
 {
-    return band.lower > 0 && band.upper < nyquist && band.lower < band.upper;
+    return band.low > 0 && band.high < nyquist && band.low < band.high;
 }
 
 /** The bands ascend or descend, so that those beyond a frequency lie at one end. */
 int silentBands(const SpectrogramAxis &axis, double nyquist)
 {
-    const bool silentFirst = !holdsSignal(axis.band(0), nyquist);
-    if (silentFirst == !holdsSignal(axis.band(axis.rows() - 1), nyquist))
+    const bool silentFirst = !holdsSignal(axis.bands().corners(0), nyquist);
+    if (silentFirst == !holdsSignal(axis.bands().corners(axis.rows() - 1), nyquist))
         return silentFirst ? axis.rows() : 0;
 
     int sameAsFirst = 0;
     int other = axis.rows() - 1;
     while (other - sameAsFirst > 1) {
         const int middle = sameAsFirst + (other - sameAsFirst) / 2;
-        const bool isSilent = !holdsSignal(axis.band(middle), nyquist);
+        const bool isSilent = !holdsSignal(axis.bands().corners(middle), nyquist);
         (isSilent == silentFirst ? sameAsFirst : other) = middle;
     }
     return silentFirst ? other : axis.rows() - other;
@@ -113,13 +113,6 @@ QString silentText(int count, int bands, double nyquist)
     const QString form = count == 1 ? tr("%1 of %2 bands reaches up to or above %3; it stays at 0")
                                     : tr("%1 of %2 bands reach up to or above %3; they stay at 0");
     return form.arg(count).arg(bands).arg(limit);
-}
-
-/** Seconds of the running mean that is taken off before the bands. */
-double meanLength(const SpectrogramSettings &settings)
-{
-    const double greater = std::max(settings.lower, settings.upper);
-    return settings.mode == SpectrogramSettings::Periods ? greater : 1.0 / greater;
 }
 
 } // namespace
@@ -164,10 +157,11 @@ QString spectrogramRateProblem(const SpectrogramSettings &settings, double sampl
 
     const double nyquist = 0.5 * samplingFrequency;
     const int count = silentBands(axis, nyquist);
-    if (count < axis.rows() && MeanWindow::samplesIn(meanLength(settings), samplingFrequency) == 1)
+    if (count < axis.rows() &&
+        MeanWindow::samplesIn(axis.bands().highPassSeconds, samplingFrequency) == 1)
         return tr("all bands stay at 0: the running mean that is taken off, over %1 s, holds a "
                   "single sample at %2 Hz")
-            .arg(meanLength(settings))
+            .arg(axis.bands().highPassSeconds)
             .arg(samplingFrequency);
     return silentText(count, axis.rows(), nyquist);
 }
