@@ -30,37 +30,6 @@ using Bands = std::vector<Band>;
 using Real = long double;
 using Signal = std::vector<Real>;
 
-template <typename T>
-Tellarix::Core::SmartPointer<Spectrogram<T>> spectrogramOf(const std::string &text, double rate)
-{
-    auto *spectrogram = new Spectrogram<T>(settingsOf(text));
-    spectrogram->setSamplingFrequency(rate);
-    return spectrogram;
-}
-
-/** Noise of all periods with a few bursts, about an offset. */
-template <typename T>
-std::vector<T> noise(int n, unsigned seed = 1)
-{
-    std::mt19937 random(seed);
-    std::normal_distribution<double> step;
-    std::vector<T> samples;
-    double slow = 0;
-    for (int i = 0; i < n; ++i) {
-        slow = 0.999 * slow + step(random);
-        const double burst = i % 9000 < 300 ? 50.0 : 1.0;
-        samples.push_back(static_cast<T>(700.0 + 3.0 * slow + burst * step(random)));
-    }
-    return samples;
-}
-
-template <typename T>
-std::vector<T> matrixOf(const Spectrogram<T> &spectrogram)
-{
-    const size_t size = size_t(spectrogram.columns()) * size_t(spectrogram.rows());
-    return {spectrogram.data(), spectrogram.data() + size};
-}
-
 // The plain form of a band, with sums from prefix sums and each pole by itself.
 
 Signal runningMean(const Signal &x, double seconds, double rate)
@@ -173,27 +142,9 @@ void compareWithPlainForm(double tolerance)
     QCOMPARE(spectrogram->maximum(), double(*range.second));
 }
 
-/** Number of the sample that made each column of @p ring, by comparison with all columns. */
-std::vector<int> sourcesOf(const Spectrogram<double> &ring, const Spectrogram<double> &all)
-{
-    const auto rows = size_t(all.rows());
-    std::vector<int> sources;
-    for (int c = 0; c < ring.columns(); ++c) {
-        const double *column = ring.data() + size_t(c) * rows;
-        int source = -1;
-        for (int i = 0; i < all.columns() && source < 0; ++i) {
-            if (std::equal(column, column + rows, all.data() + size_t(i) * rows))
-                source = i;
-        }
-        sources.push_back(source);
-    }
-    return sources;
-}
-
 } // namespace
 
 Q_DECLARE_METATYPE(Bands)
-Q_DECLARE_METATYPE(std::vector<int>)
 
 class SpectrogramTest : public QObject
 {
@@ -450,155 +401,6 @@ private slots:
         QCOMPARE(spectrogram->maximum(), clean->maximum());
     }
 
-    void keepsLatestColumnsInRing_data()
-    {
-        using Numbers = std::vector<int>;
-        QTest::addColumn<Numbers>("before");
-        QTest::addColumn<Numbers>("pushes");
-        QTest::addColumn<Numbers>("sources");
-        QTest::newRow("just full")
-            << Numbers{} << Numbers{4, 6} << Numbers{0, 1, 2, 3, 4, 5, 6, 7, 8, 9};
-        QTest::newRow("wraps in a push")
-            << Numbers{} << Numbers{4, 4, 4} << Numbers{10, 11, 2, 3, 4, 5, 6, 7, 8, 9};
-        QTest::newRow("goes round twice")
-            << Numbers{} << Numbers{7, 7, 7, 2} << Numbers{20, 21, 22, 13, 14, 15, 16, 17, 18, 19};
-        QTest::newRow("moves on by the whole push")
-            << Numbers{} << Numbers{25, 3} << Numbers{15, 16, 17, 18, 19, 25, 26, 27, 23, 24};
-        QTest::newRow("limit set later")
-            << Numbers{36} << Numbers{3} << Numbers{0, 1, 2, 3, 4, 5, 36, 37, 38, 9};
-    }
-
-    void keepsLatestColumnsInRing()
-    {
-        QFETCH(std::vector<int>, before);
-        QFETCH(std::vector<int>, pushes);
-        const auto samples = noise<double>(60);
-        const auto all = spectrogramOf<double>("freqs(1,4,2,3)", 10);
-        all->pushData(60, samples.data());
-        const auto ring = spectrogramOf<double>("freqs(1,4,2,3)", 10);
-        int done = 0;
-        const auto push = [&](int n) {
-            ring->pushData(n, samples.data() + done);
-            done += n;
-        };
-        std::for_each(before.begin(), before.end(), push);
-        ring->setMaximumSeconds(1.0);
-        std::for_each(pushes.begin(), pushes.end(), push);
-        QTEST(sourcesOf(*ring, *all), "sources");
-
-        // Columns that a raised limit adds elsewhere than at the head are zero.
-        const auto kept = matrixOf(*ring);
-        ring->setMaximumSeconds(2.0);
-        push(1);
-        QVERIFY(std::all_of(ring->data() + kept.size(), ring->data() + 3 * size_t(ring->columns()),
-                            [&](double v) { return v == 0 || done - 1 == int(kept.size() / 3); }));
-    }
-
-    void countsFirstFilteredSampleInRange()
-    {
-        std::vector<double> samples(400, 0.0);
-        for (int i = 0; i < 40; ++i)
-            samples[size_t(i)] = i % 4 < 2 ? 100 : -100;
-        const auto all = spectrogramOf<double>("freqs(1,4,1,1)", 10);
-        all->pushData(400, samples.data());
-        const auto ring = spectrogramOf<double>("freqs(1,4,1,1)", 10);
-        ring->setMaximumSeconds(2);
-        ring->pushData(40, samples.data());
-        ring->resetData();
-        QVERIFY(ring->isNull());
-        QVERIFY(ring->maximum() > 0);
-        ring->pushData(360, samples.data() + 40);
-        QCOMPARE(ring->columns(), 20);
-        QCOMPARE(ring->maximum(), all->data()[40]);
-        QVERIFY(ring->data()[0] < 1E-3 * ring->maximum());
-    }
-
-    void trims_data()
-    {
-        QTest::addColumn<int>("first");
-        QTest::addColumn<int>("last");
-        QTest::addColumn<int>("kept");
-        QTest::addColumn<int>("columns");
-        QTest::newRow("beyond all") << -5 << 105 << 0 << 100;
-        QTest::newRow("front") << 30 << 100 << 30 << 70;
-        QTest::newRow("end") << 0 << 60 << 0 << 60;
-        QTest::newRow("empty") << 50 << 50 << 0 << 100;
-        QTest::newRow("reversed") << 60 << 50 << 0 << 100;
-        QTest::newRow("behind all") << 100 << 101 << 0 << 0;
-        QTest::newRow("before all") << -9 << 0 << 0 << 0;
-    }
-
-    void trims()
-    {
-        QFETCH(int, first);
-        QFETCH(int, last);
-        QFETCH(int, kept);
-        QFETCH(int, columns);
-        const auto samples = noise<float>(150);
-        const auto all = spectrogramOf<float>("freqs(1,4,2,3)", 10);
-        all->pushData(150, samples.data());
-        const auto whole = matrixOf(*all);
-        const auto trimmed = spectrogramOf<float>("freqs(1,4,2,3)", 10);
-        trimmed->pushData(100, samples.data());
-        int firstKept = -1;
-        trimmed->trimData(first, last, &firstKept);
-        QCOMPARE(firstKept, kept);
-        QCOMPARE(trimmed->columns(), columns);
-        QCOMPARE(trimmed->data() == nullptr, columns == 0);
-        std::vector<float> expected(whole.begin() + kept * 3, whole.begin() + (kept + columns) * 3);
-        QVERIFY(matrixOf(*trimmed) == expected);
-        if (columns) {
-            const auto range = std::minmax_element(expected.begin(), expected.end());
-            QCOMPARE(trimmed->minimum(), double(*range.first));
-            QCOMPARE(trimmed->maximum(), double(*range.second));
-        }
-
-        // The filters go on whatever became of the matrix.
-        trimmed->pushData(50, samples.data() + 100);
-        expected.insert(expected.end(), whole.begin() + 300, whole.end());
-        QVERIFY(matrixOf(*trimmed) == expected);
-    }
-
-    void keepsPeaksOfIntervals()
-    {
-        constexpr int Interval = 7, Total = 60000, Rows = 5, Kept = 3000;
-        auto samples = noise<float>(Total);
-        std::fill_n(samples.begin() + 100 * Interval, Interval + 2, float(NaN));
-        const auto all = spectrogramOf<float>("freqs(1,20,2,5)", 100);
-        all->pushData(Total, samples.data());
-        const auto peaks = spectrogramOf<float>("freqs(1,20,2,5)", 100);
-        peaks->setColumnInterval(Interval);
-        QCOMPARE(peaks->columnRate(), 100.0 / Interval);
-
-        std::mt19937 random(6);
-        int64_t trimmed = 0;
-        for (int done = 0; done < Total;) {
-            const int n = std::min(Total - done, 1 + int(random() % 9000));
-            peaks->pushData(n, samples.data() + done);
-            done += n;
-            QCOMPARE(trimmed + peaks->columns(), int64_t(done / Interval));
-            QCOMPARE(peaks->pendingSamples(), done % Interval);
-            int kept = 0;
-            peaks->trimData(peaks->columns() - Kept, peaks->columns(), &kept);
-            trimmed += kept;
-        }
-        for (int c = 0; c < peaks->columns(); ++c) {
-            for (int r = 0; r < Rows; ++r) {
-                double peak = NaN;
-                for (int64_t i = 0; i < Interval; ++i) {
-                    const double value = all->data()[((trimmed + c) * Interval + i) * Rows + r];
-                    peak = std::isnan(peak) ? value : std::fmax(peak, value);
-                }
-                const double kept = peaks->data()[c * Rows + r];
-                QVERIFY(kept == peak || (std::isnan(kept) && std::isnan(peak)));
-            }
-        }
-        QCOMPARE(peaks->maximum(),
-                 double(*std::max_element(peaks->data(), peaks->data() + peaks->columns() * Rows)));
-        peaks->setColumnInterval(1);
-        QVERIFY(peaks->isNull());
-    }
-
     void dependsOnNoNumberOfThreads()
     {
         constexpr int Total = 20000;
@@ -615,54 +417,6 @@ private slots:
             QVERIFY2(matrixOf(*spectrogram) == expected, qPrintable(QString::number(threads)));
         }
         pool->setMaxThreadCount(before);
-    }
-
-    void keepsTheLatestPeaks()
-    {
-        const auto samples = noise<float>(1000);
-        // A limit below the length of a column is one column, not none.
-        for (const auto &[seconds, columns] : {qMakePair(3.0, 15), qMakePair(0.1, 1)}) {
-            const auto all = spectrogramOf<float>("freqs(1,20,2,5)", 100);
-            all->setColumnInterval(20);
-            all->pushData(1000, samples.data());
-            const auto latest = spectrogramOf<float>("freqs(1,20,2,5)", 100);
-            latest->setColumnInterval(20);
-            latest->setMaximumSeconds(seconds);
-            for (int done = 0; done < 1000; done += 50)
-                latest->pushData(50, samples.data() + done);
-            QCOMPARE(latest->columns(), columns);
-            QVERIFY(std::equal(latest->data(), latest->data() + columns * 5,
-                               all->data() + (50 - columns) * 5));
-        }
-    }
-
-    void movesOnWithLiveData()
-    {
-        constexpr int Kept = 5000, Total = 60000;
-        const auto samples = noise<float>(Total);
-        const auto all = spectrogramOf<float>("freqs(1,20,2,5)", 100);
-        all->pushData(Total, samples.data());
-        const auto window = spectrogramOf<float>("freqs(1,20,2,5)", 100);
-        std::mt19937 random(5);
-        for (int done = 0, pushed = 0; pushed < 2 * Total;) {
-            if (pushed == Total) {
-                window->reset();
-                window->setSamplingFrequency(100);
-                done = 0;
-            }
-            const int n = std::min(Total - done, 1 + int(random() % 1500));
-            pushed += n;
-            window->pushData(n, samples.data() + done);
-            done += n;
-            window->trimData(window->columns() - Kept, window->columns(), nullptr);
-            const int columns = std::min(done, Kept);
-            QCOMPARE(window->columns(), columns);
-            const float *expected = all->data() + size_t(done - columns) * 5;
-            QVERIFY(std::equal(expected, expected + columns * 5, window->data()));
-            const auto range = std::minmax_element(expected, expected + columns * 5);
-            QCOMPARE(window->minimum(), double(*range.first));
-            QCOMPARE(window->maximum(), double(*range.second));
-        }
     }
 
     void startsAfresh()
