@@ -402,7 +402,8 @@ QPixmap MainWindow::gradientEditorPicture()
 {
     _spectrogramDock->show();
     QCoreApplication::processEvents();
-    const QPixmap picture = _spectrogramPanel->gradientPanel()->grab();
+    GradientPanel *panel = _spectrogramPanel->gradientPanel();
+    const QPixmap picture = panel->grab(QRect(0, 0, panel->width(), panel->sizeHint().height()));
     _spectrogramDock->hide();
     return picture;
 }
