@@ -475,7 +475,7 @@ QRectF Ruler::labelRect(const RulerLabel &label, int line) const
 
 void Ruler::drawBaseline(QPainter &painter) const
 {
-    QColor color = palette().color(QPalette::WindowText);
+    QColor color = palette().color(foregroundRole());
     color.setAlphaF(0.4);
     const double breadth = 1 / devicePixelRatioF();
     switch (_position) {
@@ -524,14 +524,14 @@ void Ruler::drawSelection(QPainter &painter) const
 
 void Ruler::drawTicks(QPainter &painter, double spacing, int length) const
 {
-    const QColor color = palette().color(QPalette::WindowText);
+    const QColor color = palette().color(foregroundRole());
     for (const double value : tickValues(_lower, _upper, spacing, _offset))
         painter.fillRect(tickRect(valueToPixel(value), length), color);
 }
 
 void Ruler::drawLabels(QPainter &painter, int line) const
 {
-    QColor color = palette().color(QPalette::WindowText);
+    QColor color = palette().color(foregroundRole());
     if (line > 0)
         color.setAlphaF(0.75);
     painter.setPen(color);
