@@ -5,14 +5,11 @@
 #include <QLineEdit>
 #include <QSettings>
 
-using Tellarix::Gui::Scheme;
-
 namespace Workbench {
 
 namespace {
 
 constexpr int HistoryLength = 12;
-constexpr double ReadableContrast = 4.5;
 
 } // namespace
 
@@ -66,9 +63,8 @@ void HistoryBox::showProblem(const QString &message, int column)
 {
     QPalette palette;
     if (!message.isEmpty()) {
-        palette.setColor(QPalette::Text, Tellarix::Gui::readableColor(
-                                             Scheme::Current().status.missing,
-                                             palette.color(QPalette::Base), ReadableContrast));
+        palette.setColor(QPalette::Text,
+                         Tellarix::Gui::problemColor(palette.color(QPalette::Base)));
         if (column > 0)
             lineEdit()->setCursorPosition(column - 1);
     }

@@ -13,15 +13,12 @@
 #include <QLineEdit>
 #include <QSettings>
 
-using Tellarix::Gui::Scheme;
-
 namespace Workbench {
 
 namespace {
 
 constexpr auto HistoryKey = "Workbench/spectrogramAxes";
 constexpr auto SettingsGroup = "Workbench/spectrograms";
-constexpr double ReadableContrast = 4.5;
 
 const QStringList &presets()
 {
@@ -119,8 +116,7 @@ void SpectrogramPanel::showProblem(const QString &message)
 {
     QPalette colors = palette();
     colors.setColor(QPalette::WindowText,
-                    Tellarix::Gui::readableColor(Scheme::Current().status.missing,
-                                                 colors.color(QPalette::Window), ReadableContrast));
+                    Tellarix::Gui::problemColor(colors.color(QPalette::Window)));
     _problem->setPalette(colors);
     _problem->setText(message);
     _problem->setVisible(!message.isEmpty());

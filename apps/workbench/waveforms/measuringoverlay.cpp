@@ -158,8 +158,7 @@ void MeasuringOverlay::drawPanel(QPainter &painter) const
         painter.drawText(line, Qt::AlignRight | Qt::AlignVCenter, entry.second);
         line.translate(0, line.height());
     }
-    painter.setPen(Tellarix::Gui::readableColor(Scheme::Current().status.missing,
-                                                palette().color(QPalette::Base), 4.5));
+    painter.setPen(Tellarix::Gui::problemColor(palette().color(QPalette::Base)));
     painter.drawText(line, Qt::AlignLeft | Qt::AlignVCenter, _marks.warning);
 }
 

@@ -100,6 +100,12 @@ QColor readableColor(const QColor &color, const QColor &background, double ratio
     return far;
 }
 
+QColor problemColor(const QColor &background)
+{
+    constexpr double TextContrast = 4.5; // WCAG 2.1, level AA
+    return readableColor(Scheme::Current().status.missing, background, TextContrast);
+}
+
 Scheme::Scheme() : Scheme(presentPalette())
 {}
 

@@ -124,5 +124,8 @@ TELLARIX_GUI_API double contrastRatio(const QColor &a, const QColor &b);
 /** @p color with its lightness moved away from @p background's by as much as @p ratio asks for. */
 TELLARIX_GUI_API QColor readableColor(const QColor &color, const QColor &background, double ratio);
 
+/** The current scheme's colour for text that tells what is wrong, readable on @p background. */
+TELLARIX_GUI_API QColor problemColor(const QColor &background);
+
 } // namespace Gui
 } // namespace Tellarix
