@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
 // Band-pass filtering of waveform rows, from the bare filter to a view that goes on answering. Each
 // benchmark times the plain form of its work in the same run and prints the ratio of the two.
 

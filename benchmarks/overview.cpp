@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
 // The overview of a day of waveform rows: built again after a change and repainted from what it
 // keeps, with and without lobes. Each run times a frame of plain rows, without labels, grid and
 // lobes, beside it and prints the ratio.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
 // Spectrogram of an hour: from samples in memory to the matrix and its range. The benchmark of each
 // form times the plain loop, one band after the other, in the same run and prints the ratio.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
 // The picture of an hour of spectrogram at 100 Hz, 64 bands on 1600 x 400 pixels. The plain form
 // beside it interpolates and colours one pixel after the other; each run prints the ratio.
 

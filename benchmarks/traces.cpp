@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
 // Waveform rows of a day: from samples in memory to pixels. Each benchmark times the plain form of
 // its work in the same run and prints the ratio of the two.
 

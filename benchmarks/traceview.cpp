@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
 // A trace view of 30 rows, 24 h at 100 Hz each: what one pan or zoom step costs from the call to
 // the finished picture, widgets and all. The plain form is the same view repainted without a
 // change.

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: LGPL-3.0-or-later
+
 # Settings that hold for every target of this project.
 
 set(CMAKE_CXX_STANDARD 17)

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: LGPL-3.0-or-later
+
 # The four faces of the icon font, as Qt resources under :/fonts.
 #
 # They are built from the free Font Awesome package of the npm registry, pinned by version and

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: LGPL-3.0-or-later
+
 # What a host needs to build against the installed libraries: find_package(TellarixNorvu) with the
 # components Core, Client, Gui and Norvu, and one pkg-config file for each library.
 

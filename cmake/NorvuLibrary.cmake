@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: LGPL-3.0-or-later
+
 # norvu_add_library(<target>
 #     COMPONENT <name>        component of find_package(TellarixNorvu)
 #     EXPORT_MACRO <macro>    <macro>_BUILD is defined while the library itself is compiled

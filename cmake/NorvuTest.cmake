@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: LGPL-3.0-or-later
+
 # norvu_add_test(<name> SOURCES <file>... LIBRARIES <target>...)
 #
 # One Qt Test executable, run on the offscreen platform. A test that prints a failed signal/slot

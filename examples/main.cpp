@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
 // The smallest host of the library: one window with the traces of the files given.
 //
 //   minimal-host [--once] FILE...

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: LGPL-3.0-or-later
 """Builds the four faces of the icon font from the free Font Awesome 5 package.
 
     build-icon-fonts.py PACKAGE.tgz OUTPUT_FOLDER

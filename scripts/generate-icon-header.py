@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: LGPL-3.0-or-later
 """Writes the constants of the icon font's code table.
 
     generate-icon-header.py TABLE.csv > libs/norvu/gui/fontawesome5.h

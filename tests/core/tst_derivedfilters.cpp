@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
 #include <tellarix/core/math/differentiate.h>
 #include <tellarix/core/math/integrate.h>
 #include <tellarix/core/math/stalta.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
 #include <tellarix/core/math/average.h>
 #include <tellarix/core/math/butterworth.h>
 #include <tellarix/core/math/chainfilter.h>

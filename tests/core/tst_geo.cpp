@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
 #include <tellarix/core/math/geo.h>
 
 #include <QtTest>
@@ -64,7 +66,7 @@ private slots:
             const double direction = uniform(0, 360);
             double latitude2 = 0;
             double longitude2 = 0;
-            Geo::delandaz2coord(distance, direction, latitude, longitude, &latitude2, &longitude2);
+            Geo::destination(distance, direction, latitude, longitude, &latitude2, &longitude2);
 
             double km = 0;
             double azimuth = 0;

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
 #include "seedbytes.h"
 
 #include <tellarix/core/records/formats/miniseed.h>

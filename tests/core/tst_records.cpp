@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
 #include "recordtesting.h"
 
 #include <tellarix/core/records/ringbuffer.h>
@@ -232,7 +234,7 @@ private slots:
                           {150, 0, 1}, {200, 10, 1}, {199, 150, 1}};
         QCOMPARE(takenBy(buffer, feeds), std::string("-+++-+"));
 
-        buffer.setTimeWindowToStore(window(160, 250));
+        buffer.setStoredWindow(window(160, 250));
         QCOMPARE(buffer.size(), 2);
         QCOMPARE(buffer.timeWindow(), window(0, 349));
         QCOMPARE(buffer.firstEndingAfter(at(299)), 0);

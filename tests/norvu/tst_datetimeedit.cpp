@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
 #include <norvu/gui/calendarwidget.h>
 #include <norvu/gui/customwidgetmenu.h>
 #include <norvu/gui/datetimeedit.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
 #include "core/recordtesting.h"
 
 #include <norvu/gui/multitracewiggles_p.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
 #include "pointer.h"
 #include "recordwidgettest.h"
 
@@ -44,9 +46,9 @@ public:
         };
         connect(widget, &RecordWidget::selectedTimeRangeChanged, this, timed("selecting"));
         connect(widget, &RecordWidget::selectedTimeRange, this, timed("selected"));
-        connect(widget, &RecordWidget::clickedOnTime, this,
+        connect(widget, &RecordWidget::timeClicked, this,
                 [this](Core::Time time) { _lines << "clicked " + text(time); });
-        connect(widget, &RecordWidget::cursorUpdated, this,
+        connect(widget, &RecordWidget::cursorMoved, this,
                 [this](RecordWidget *, Core::Time time) { _lines << "cursor " + text(time); });
         connect(widget, &RecordWidget::currentMarkerChanged, this,
                 [this](RecordWidget *, RecordMarker *marker) {

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
 #include "recordwidgettest.h"
 
 #include <tellarix/core/records/timewindowbuffer.h>
@@ -203,7 +205,7 @@ private slots:
         widget.setRecords(0, buffer);
         for (int i = 0; i < 5; ++i)
             widget.feed(record(2 * i, {1, 1}));
-        buffer->setTimeWindowToStore(window(3, 6));
+        buffer->setStoredWindow(window(3, 6));
         QCOMPARE(widget.filteredRecords(0)->size(), buffer->size());
         buffer->clear();
         QVERIFY(widget.filteredRecords(0)->isEmpty());

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
 #include "spectrograms/gradientbox.h"
 #include "spectrograms/gradientpanel.h"
 #include "spectrograms/gradientpicture.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
 #include "spectrograms/gradientpanel.h"
 #include "spectrograms/spectrogrammenu.h"
 #include "spectrograms/spectrogrampanel.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
 #include "recordscommand.h"
 
 #include "streamtable.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
 #include <norvu/gui/toolbutton.h>
 
 #include <QPalette>

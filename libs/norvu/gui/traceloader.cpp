@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
 #include "traceloader.h"
 
 #include <norvu/gui/trace.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
 #include <tellarix/client/configuration.h>
 
 #include <tellarix/core/strings.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
 #include <tellarix/client/demo/seismogram_p.h>
 
 #include <tellarix/client/demo/regionalmodel_p.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
 #include <tellarix/core/math/filterdefinition.h>
 
 #include <tellarix/core/math/average.h>
@@ -94,7 +96,7 @@ std::unique_ptr<InPlaceFilter<T>> makeFilter(const FilterStage &stage)
     const std::string &name = stage.filter->name;
     if (name == "runningmean" || name == "average")
         return std::make_unique<Average<T>>(stage.values[0]);
-    if (name == "demean" || name == "rmhp")
+    if (name == "demean")
         return std::make_unique<RunningMeanHighPass<T>>(stage.values[0]);
     if (name == "stalta")
         return std::make_unique<StaLta<T>>(stage.values[0], stage.values[1]);
@@ -205,7 +207,6 @@ const std::vector<FilterDescription> &knownFilters()
         {"runningmean", {Length}, "Mean of the samples that lie at most the length back"},
         {"average", {Length}, "The same as runningmean"},
         {"demean", {Length}, "Subtracts the running mean: a gentle high-pass"},
-        {"rmhp", {Length}, "The same as demean"},
         {"stalta", {Sta, Lta}, "Ratio of short to long term average of the absolute amplitudes"},
         {"integrate", {}, "Integral over time, as from velocity to displacement"},
         {"differentiate", {}, "Derivative in time, as from velocity to acceleration"},

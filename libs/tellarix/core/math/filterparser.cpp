@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
 #include <tellarix/core/math/filterparser.h>
 
 #include <tellarix/core/strings.h>
@@ -11,7 +13,7 @@ namespace Filtering {
 
 namespace {
 
-constexpr char NoFilter[] = "self";
+constexpr char NoFilter[] = "none";
 
 // Not those of <cctype>, which follow the locale of the program.
 bool isBlank(char c)

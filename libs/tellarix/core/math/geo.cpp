@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
 #include <tellarix/core/math/geo.h>
 
 #include <GeographicLib/Geodesic.hpp>
@@ -59,8 +61,8 @@ void delaziKm(double latitude1, double longitude1, double latitude2, double long
     store(line, line.length / 1000.0, distanceKm, azimuth, backAzimuth);
 }
 
-void delandaz2coord(double distanceKm, double azimuth, double latitude, double longitude,
-                    double *resultLatitude, double *resultLongitude)
+void destination(double distanceKm, double azimuth, double latitude, double longitude,
+                 double *resultLatitude, double *resultLongitude)
 {
     GeographicLib::Geodesic::WGS84().Direct(latitude, longitude, azimuth, 1000.0 * distanceKm,
                                             *resultLatitude, *resultLongitude);

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
 #pragma once
 
 #include <tellarix/core/api.h>
@@ -27,9 +29,9 @@ TELLARIX_CORE_API void delaziKm(double latitude1, double longitude1, double lati
                                 double *backAzimuth = nullptr);
 
 /** The point at a distance and direction from another one. */
-TELLARIX_CORE_API void delandaz2coord(double distanceKm, double azimuth, double latitude,
-                                      double longitude, double *resultLatitude,
-                                      double *resultLongitude);
+TELLARIX_CORE_API void destination(double distanceKm, double azimuth, double latitude,
+                                   double longitude, double *resultLatitude,
+                                   double *resultLongitude);
 
 } // namespace Geo
 } // namespace Math

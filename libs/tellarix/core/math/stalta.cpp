@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
 #include <tellarix/core/math/stalta.h>
 
 #include <tellarix/core/math/finite_p.h>

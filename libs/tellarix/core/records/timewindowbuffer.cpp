@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
 #include <tellarix/core/records/timewindowbuffer.h>
 
 namespace Tellarix {
@@ -16,7 +18,7 @@ TimeWindowBuffer::TimeWindowBuffer(const Core::TimeWindow &window, double tolera
     : RecordSequence(tolerance), _window(window)
 {}
 
-void TimeWindowBuffer::setTimeWindowToStore(const Core::TimeWindow &window)
+void TimeWindowBuffer::setStoredWindow(const Core::TimeWindow &window)
 {
     _window = window;
     removeIf([&window](const Record *record) { return !belongsTo(record, window); });

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
 #pragma once
 
 #include <tellarix/core/records/recordsequence.h>
@@ -15,9 +17,9 @@ public:
      */
     explicit TimeWindowBuffer(const Core::TimeWindow &window, double tolerance = 0.5);
 
-    const Core::TimeWindow &timeWindowToStore() const { return _window; }
+    const Core::TimeWindow &storedWindow() const { return _window; }
     /** Moves the window and drops records that lie outside of the new one. */
-    void setTimeWindowToStore(const Core::TimeWindow &window);
+    void setStoredWindow(const Core::TimeWindow &window);
 
     bool feed(const Record *record) override;
     RecordSequence *clone() const override;

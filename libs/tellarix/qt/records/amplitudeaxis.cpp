@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
 #include <tellarix/qt/records/amplitudeaxis_p.h>
 
 #include <tellarix/qt/records/ruler.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
 #pragma once
 
 #include <tellarix/core/datamodel/waveformstreamid.h>
@@ -307,13 +309,13 @@ signals:
     /** So many of the slots that were to be filtered since filteringStarted() are through. */
     void filteringProgress(Tellarix::Gui::RecordWidget *widget, int done, int total);
     /** The left button was pressed and released at the same place of the canvas. */
-    void clickedOnTime(const Tellarix::Core::Time &time);
+    void timeClicked(const Tellarix::Core::Time &time);
     /** The selection while it is dragged, from where the button was pressed to the pointer, in
      *  that order; and when the button is released, in ascending order. */
     void selectedTimeRangeChanged(Tellarix::Core::Time start, Tellarix::Core::Time end);
     void selectedTimeRange(Tellarix::Core::Time start, Tellarix::Core::Time end);
     /** The hover cursor has moved; an invalid time when the pointer left. */
-    void cursorUpdated(Tellarix::Gui::RecordWidget *widget, const Tellarix::Core::Time &time);
+    void cursorMoved(Tellarix::Gui::RecordWidget *widget, const Tellarix::Core::Time &time);
     void currentMarkerChanged(Tellarix::Gui::RecordWidget *widget,
                               Tellarix::Gui::RecordMarker *marker);
     /** A marker is being dragged, and was released. */

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
 #include <tellarix/qt/records/recordwidget.h>
 
 #include <tellarix/qt/records/recordmarker.h>
@@ -292,7 +294,7 @@ void RecordWidget::mouseReleaseEvent(QMouseEvent *event)
             std::minmax({unmapTime(_dragStart.x()), unmapTime(clampedToCanvas(event->pos().x()))});
         emit selectedTimeRange(start, end);
     } else if (isClick(_dragStart, event->pos())) {
-        emit clickedOnTime(unmapTime(_dragStart.x()));
+        emit timeClicked(unmapTime(_dragStart.x()));
     }
 }
 
@@ -302,7 +304,7 @@ void RecordWidget::leaveEvent(QEvent *event)
     if (!_cursorShown || !_cursorTime.valid())
         return;
     setCursorTime(Core::Time());
-    emit cursorUpdated(this, Core::Time());
+    emit cursorMoved(this, Core::Time());
 }
 
 void RecordWidget::hover(const QPoint &position)
@@ -312,7 +314,7 @@ void RecordWidget::hover(const QPoint &position)
         const Core::Time time = onCanvas ? unmapTime(position.x()) : Core::Time();
         if (time != _cursorTime) {
             setCursorTime(time);
-            emit cursorUpdated(this, time);
+            emit cursorMoved(this, time);
         }
     }
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "tellarix/core/records/formats/steim.cpp"
 #include <hwy/foreach_target.h>
