@@ -2,16 +2,28 @@
 
 # The four faces of the icon font, as Qt resources under :/fonts.
 #
-# They are built from the free Font Awesome package of the npm registry, pinned by version and
-# checksum. Holders of a licence for the full font point NORVU_ICON_FONT_DIR to a folder with their
-# own fa-regular-400.ttf, fa-solid-900.ttf, fa-light-300.ttf and fa-brands-400.ttf instead.
+# They are built from the free Font Awesome package, pinned by version and checksum. npm fetches it at
+# the first configuration, so that the registry, mirror or proxy set there holds. Without a network,
+# NORVU_ICON_FONT_PACKAGE names a package file fetched before. Holders of a licence for the full font
+# point NORVU_ICON_FONT_DIR to a folder with their own fa-regular-400.ttf, fa-solid-900.ttf,
+# fa-light-300.ttf and fa-brands-400.ttf instead. Both can also be environment variables, so that the
+# scripts need no options of their own.
+set(NORVU_ICON_FONT_PACKAGE "" CACHE FILEPATH "Package file of the icon font, fetched before")
 set(NORVU_ICON_FONT_DIR "" CACHE PATH "Folder with icon font files to use instead of built ones")
 
 set(icon_font_version 5.13.1)
-set(icon_font_url
-    "https://registry.npmjs.org/@fortawesome/fontawesome-free/-/fontawesome-free-${icon_font_version}.tgz")
+set(icon_font_package "@fortawesome/fontawesome-free@${icon_font_version}")
 set(icon_font_sha512 "0fcd7d7f7e052c778137fe31bf0d07474bbb5361bb46a8cf4a0817a9fecb92db31590e3c5407c6c2f32b85c56e6995767c5d3af5cffad7d45d8020a6b340c787")
 set(icon_font_faces fa-regular-400.ttf fa-solid-900.ttf fa-light-300.ttf fa-brands-400.ttf)
+
+# An option that is not set takes the environment's value and keeps it for later configurations.
+foreach(option IN ITEMS NORVU_ICON_FONT_PACKAGE NORVU_ICON_FONT_DIR)
+    if(NOT ${option} AND NOT "$ENV{${option}}" STREQUAL "")
+        set(path "$ENV{${option}}")
+        cmake_path(ABSOLUTE_PATH path BASE_DIRECTORY "${PROJECT_SOURCE_DIR}" NORMALIZE)
+        set_property(CACHE ${option} PROPERTY VALUE "${path}")
+    endif()
+endforeach()
 
 # norvu_add_icon_fonts(<target>)
 function(norvu_add_icon_fonts target)
@@ -48,16 +60,7 @@ endfunction()
 
 function(norvu_build_icon_fonts folder)
     norvu_find_fonttools(python)
-    set(package "${PROJECT_BINARY_DIR}/fontawesome-free-${icon_font_version}.tgz")
-    file(DOWNLOAD "${icon_font_url}" "${package}"
-        EXPECTED_HASH SHA512=${icon_font_sha512} STATUS status TLS_VERIFY ON)
-    list(GET status 0 code)
-    if(NOT code EQUAL 0)
-        list(GET status 1 reason)
-        file(REMOVE "${package}")
-        message(FATAL_ERROR "${icon_font_url} can't be fetched: ${reason}. "
-            "Set NORVU_ICON_FONT_DIR to build without the network.")
-    endif()
+    norvu_find_icon_package(package)
 
     set(script "${PROJECT_SOURCE_DIR}/scripts/build-icon-fonts.py")
     list(TRANSFORM icon_font_faces PREPEND "${folder}/" OUTPUT_VARIABLE paths)
@@ -70,6 +73,61 @@ function(norvu_build_icon_fonts folder)
         DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT libraries)
     install(FILES "${PROJECT_SOURCE_DIR}/LICENSE.OFL-1.1"
         DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT libraries)
+endfunction()
+
+function(norvu_find_icon_package result)
+    set(package "${NORVU_ICON_FONT_PACKAGE}")
+    if(NOT package)
+        set(package "${PROJECT_BINARY_DIR}/fontawesome-free-${icon_font_version}.tgz")
+        norvu_is_icon_package("${package}" fetched)
+        if(NOT fetched)
+            norvu_fetch_icon_package("${package}")
+        endif()
+    endif()
+    norvu_is_icon_package("${package}" valid)
+    if(NOT valid)
+        message(FATAL_ERROR "${package} is not ${icon_font_package}: its SHA-512 differs, or there "
+            "is no such file. NORVU_ICON_FONT_PACKAGE names a package file fetched before.")
+    endif()
+    set(${result} "${package}" PARENT_SCOPE)
+endfunction()
+
+function(norvu_is_icon_package file result)
+    set(sha512 "")
+    if(EXISTS "${file}" AND NOT IS_DIRECTORY "${file}")
+        file(SHA512 "${file}" sha512)
+    endif()
+    string(COMPARE EQUAL "${sha512}" "${icon_font_sha512}" same)
+    set(${result} ${same} PARENT_SCOPE)
+endfunction()
+
+function(norvu_fetch_icon_package target)
+    find_program(NORVU_NPM NAMES npm DOC "Fetches the package of the icon font")
+    # The cache is our own, since the user's may be missing or read-only.
+    set(scratch "${PROJECT_BINARY_DIR}/npm")
+    file(REMOVE_RECURSE "${scratch}")
+    file(MAKE_DIRECTORY "${scratch}")
+    set(messages "There is no npm.")
+    if(NORVU_NPM)
+        message(STATUS "Fetching ${icon_font_package}")
+        execute_process(
+            COMMAND "${NORVU_NPM}" pack "${icon_font_package}" --pack-destination "${scratch}"
+                --cache "${scratch}/cache" --ignore-scripts --update-notifier=false
+                --loglevel=error
+            WORKING_DIRECTORY "${scratch}"
+            TIMEOUT 600
+            OUTPUT_QUIET ERROR_VARIABLE messages)
+    endif()
+    file(GLOB packages "${scratch}/*.tgz")
+    if(NOT packages)
+        message(NOTICE "${messages}")
+        message(FATAL_ERROR "${icon_font_package} can't be fetched. Set NORVU_ICON_FONT_PACKAGE, "
+            "as an option or in the environment, to the file that \"npm pack ${icon_font_package}\" "
+            "writes on a machine with a network, or NORVU_ICON_FONT_DIR to a folder with ready "
+            "font files.")
+    endif()
+    file(RENAME "${packages}" "${target}")
+    file(REMOVE_RECURSE "${scratch}")
 endfunction()
 
 # A Python that has fontTools; Debian's own comes first, since others rarely have it.
