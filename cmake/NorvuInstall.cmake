@@ -49,21 +49,3 @@ norvu_install_pkgconfig(tellarix-gui tellarix_qt
     "Tellarix: record widget, rulers and scheme" "tellarix-client Qt5Gui Qt5Widgets")
 norvu_install_pkgconfig(tellarix-norvu tellarix_norvugui
     "Norvu: widgets and signal tools for seismology" "tellarix-gui")
-
-set(CPACK_GENERATOR DEB)
-set(CPACK_PACKAGE_NAME norvu)
-set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
-set(CPACK_PACKAGE_CONTACT "Norvu developers <norvu@example.org>")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
-set(CPACK_RESOURCE_FILE_LICENSE "${PROJECT_SOURCE_DIR}/LICENSE")
-set(CPACK_DEB_COMPONENT_INSTALL ON)
-set(CPACK_COMPONENTS_ALL libraries development applications)
-set(CPACK_DEBIAN_LIBRARIES_PACKAGE_NAME libtellarix-norvu${PROJECT_VERSION_MAJOR})
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libtellarix-norvu-dev)
-set(CPACK_DEBIAN_APPLICATIONS_PACKAGE_NAME norvu-workbench)
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
-    "libtellarix-norvu${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION}), qtbase5-dev, libboost-dev")
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${CMAKE_LIBRARY_OUTPUT_DIRECTORY}")
-set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-include(CPack)
