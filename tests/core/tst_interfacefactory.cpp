@@ -56,6 +56,17 @@ private slots:
         QCOMPARE(Pool::ServiceCount(), 2U);
     }
 
+    void poolCopesWithStrangers()
+    {
+        Factory<Triangle> nameless(nullptr);
+        QVERIFY(!Pool::Find(nullptr));
+        QVERIFY(!Pool::Create(nullptr));
+        QVERIFY(Pool::Find("") == &nameless);
+        QVERIFY(!Pool::RegisterFactory(&nameless));
+        QVERIFY(Pool::UnregisterFactory(&nameless));
+        QVERIFY(!Pool::UnregisterFactory(&nameless));
+    }
+
     void factoryLeavesThePoolWithItsLife()
     {
         {

@@ -24,7 +24,9 @@ public:
     using FactoryPool = std::vector<InterfaceFactoryInterface<T> *>;
     using ServiceNames = std::vector<std::string>;
 
-    explicit InterfaceFactoryInterface(const char *serviceName) : _serviceName(serviceName)
+    /** @param serviceName  null stands for an empty name */
+    explicit InterfaceFactoryInterface(const char *serviceName)
+        : _serviceName(serviceName ? serviceName : "")
     {
         RegisterFactory(this);
     }
@@ -44,9 +46,11 @@ public:
     }
     static T *Create(const std::string &serviceName) { return Create(serviceName.c_str()); }
 
-    /** The first factory of that name, or null. */
+    /** The first factory of that name, or null; null for a null name. */
     static InterfaceFactoryInterface *Find(const char *serviceName)
     {
+        if (!serviceName)
+            return nullptr;
         const FactoryPool &pool = Pool();
         const auto found = std::find_if(pool.begin(), pool.end(), [&](const auto *factory) {
             return factory->serviceName() == serviceName;
