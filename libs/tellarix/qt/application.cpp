@@ -9,6 +9,7 @@
 #include <QEvent>
 #include <QMessageBox>
 #include <QPixmap>
+#include <QPointer>
 #include <QSplashScreen>
 #include <QTimer>
 
@@ -76,9 +77,15 @@ void Application::showMessage(const char *message)
 void Application::showWarning(const char *message)
 {
     Client::Application::showWarning(message);
-    if (_mainWidget != nullptr)
-        QMessageBox::warning(_mainWidget, QString::fromStdString(name()),
-                             QString::fromUtf8(message));
+    if (_mainWidget == nullptr)
+        return;
+
+    // The main widget may go away, and the box with it, before it is answered.
+    const QPointer<QMessageBox> box(
+        new QMessageBox(QMessageBox::Warning, QString::fromStdString(name()),
+                        QString::fromUtf8(message), QMessageBox::Ok, _mainWidget));
+    box->exec();
+    delete box;
 }
 
 bool Application::init()

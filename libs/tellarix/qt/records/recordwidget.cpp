@@ -7,6 +7,7 @@
 #include <tellarix/qt/scheme.h>
 
 #include <QEvent>
+#include <QPointer>
 #include <QResizeEvent>
 
 #include <algorithm>
@@ -49,9 +50,20 @@ RecordWidget::Slot *RecordWidget::makeSlot(int slot)
 {
     if (slot < 0 || slot >= MaximumSlots)
         return nullptr;
-    if (slot >= slotCount())
-        setSlotCount(slot + 1);
+    // Without a word: whoever asked for the slot is not done with it.
+    addSlots(slot + 1);
     return slotAt(slot);
+}
+
+void RecordWidget::addSlots(int count)
+{
+    if (count <= slotCount())
+        return;
+
+    while (slotCount() < count)
+        _slots.push_back(std::make_unique<Slot>());
+    forgetPolylines();
+    update();
 }
 
 bool RecordWidget::setSlotCount(int count)
@@ -61,12 +73,16 @@ bool RecordWidget::setSlotCount(int count)
     if (count == slotCount())
         return true;
 
+    const QPointer<RecordWidget> alive(this);
     const int present = slotCount();
-    for (int i = count; i < present; ++i)
+    for (int i = count; alive && i < present; ++i)
         setRecords(i, nullptr);
-    _slots.resize(static_cast<size_t>(count));
-    for (int i = present; i < count; ++i)
-        _slots[static_cast<size_t>(i)] = std::make_unique<Slot>();
+    if (!alive)
+        return true;
+
+    if (count < slotCount())
+        _slots.resize(static_cast<size_t>(count));
+    addSlots(count);
     updateAll();
     return true;
 }
@@ -84,8 +100,10 @@ bool RecordWidget::setRecords(int slot, RecordSequence *sequence, bool owner)
     filterInBackground(slot);
     forgetExtrema();
     notifyRecords(slot);
+    const QPointer<RecordWidget> alive(this);
     updateAll();
-    announceFiltering();
+    if (alive)
+        announceFiltering();
     return true;
 }
 
@@ -103,7 +121,8 @@ bool RecordWidget::ownsRecords(int slot) const
 
 void RecordWidget::clearRecords()
 {
-    for (int i = 0; i < slotCount(); ++i)
+    const QPointer<RecordWidget> alive(this);
+    for (int i = 0; alive && i < slotCount(); ++i)
         setRecords(i, nullptr);
 }
 

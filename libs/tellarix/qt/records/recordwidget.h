@@ -360,6 +360,7 @@ private:
 
     Slot *slotAt(int slot) const;
     Slot *makeSlot(int slot);
+    void addSlots(int count);
     bool isFiltered(const Slot &slot) const;
     bool isSlotDrawn(int slot) const;
     QVector<int> drawnSlots() const;
@@ -382,7 +383,7 @@ private:
     void finishJob(int slot);
     void announceFiltering();
     void notifyRecords(int slot);
-    void displayedRecordsChanged();
+    void displayedRecordsChanged(bool areOthersShown);
     const Extrema &extremaOf(Slot &slot) const;
     Extrema commonExtrema() const;
     ShownRange shownRange(int slot) const;
@@ -420,6 +421,7 @@ private:
 
     void updateMarker(const RecordMarker &marker);
     void updateCursor();
+    bool owns(const RecordMarker *marker) const;
     void detachMarker(RecordMarker *marker);
     bool grabMarker(const QPoint &position);
     void dragTo(const QPoint &position);

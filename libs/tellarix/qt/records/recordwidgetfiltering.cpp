@@ -4,6 +4,8 @@
 
 #include <tellarix/qt/records/recordwidget_p.h>
 
+#include <QPointer>
+
 #include <algorithm>
 #include <utility>
 
@@ -87,9 +89,7 @@ void RecordWidget::setFilter(const Math::Filtering::InPlaceFilter<double> *filte
         forgetFiltered(i);
     _filter.reset(filter != nullptr ? filter->clone() : nullptr);
     filterAll();
-    if (_filtering)
-        displayedRecordsChanged();
-    announceFiltering();
+    displayedRecordsChanged(_filtering);
 }
 
 void RecordWidget::enableFiltering(bool enable)
@@ -101,9 +101,7 @@ void RecordWidget::enableFiltering(bool enable)
     if (!enable)
         cancelFiltering();
     filterAll();
-    if (_filter != nullptr)
-        displayedRecordsChanged();
-    announceFiltering();
+    displayedRecordsChanged(_filter != nullptr);
 }
 
 void RecordWidget::setBackgroundFiltering(bool enable)
@@ -114,19 +112,23 @@ void RecordWidget::setBackgroundFiltering(bool enable)
     _backgroundFiltering = enable;
     cancelFiltering();
     filterAll();
-    if (_filtering && _filter != nullptr)
-        displayedRecordsChanged();
-    announceFiltering();
+    displayedRecordsChanged(_filtering && _filter != nullptr);
 }
 
-void RecordWidget::displayedRecordsChanged()
+/** Tells that slots may show other records, if they do, and of jobs that were begun or ended. */
+void RecordWidget::displayedRecordsChanged(bool areOthersShown)
 {
-    forgetExtrema();
-    for (int i = 0; i < slotCount(); ++i) {
-        if (_slots[static_cast<size_t>(i)]->raw != nullptr)
-            notifyRecords(i);
+    const QPointer<RecordWidget> alive(this);
+    if (areOthersShown) {
+        forgetExtrema();
+        for (int i = 0; i < slotCount(); ++i) {
+            if (_slots[static_cast<size_t>(i)]->raw != nullptr)
+                notifyRecords(i);
+        }
+        updateAll();
     }
-    updateAll();
+    if (alive)
+        announceFiltering();
 }
 
 void RecordWidget::notifyRecords(int slot)
@@ -231,11 +233,16 @@ void RecordWidget::finishJob(int slot)
     if (behind < 0)
         startJob(slot, makeFiltered(item));
 
+    ++_jobsDone;
     forgetExtrema();
     notifyRecords(slot);
+    const QPointer<RecordWidget> alive(this);
     updateAll();
-    emit filteringProgress(this, ++_jobsDone, _jobCount);
-    announceFiltering();
+    // A receiver may have ended all filtering, and that was told then.
+    if (alive && _filteringAnnounced)
+        emit filteringProgress(this, _jobsDone, _jobCount);
+    if (alive)
+        announceFiltering();
 }
 
 /** Tells once when the first job has begun and when none is left. */

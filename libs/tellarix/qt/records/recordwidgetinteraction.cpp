@@ -7,6 +7,7 @@
 #include <tellarix/qt/scheme.h>
 
 #include <QMouseEvent>
+#include <QPointer>
 
 #include <algorithm>
 #include <cmath>
@@ -51,6 +52,12 @@ bool RecordWidget::takeMarker(RecordMarker *marker)
     return true;
 }
 
+bool RecordWidget::owns(const RecordMarker *marker) const
+{
+    return std::any_of(_markers.begin(), _markers.end(),
+                       [marker](const auto &item) { return item.get() == marker; });
+}
+
 /** Gives a marker up without deleting it. */
 void RecordWidget::detachMarker(RecordMarker *marker)
 {
@@ -66,9 +73,9 @@ void RecordWidget::detachMarker(RecordMarker *marker)
         _dragMarker = nullptr;
         _drag = Drag::None;
     }
+    updateCanvas();
     if (_currentMarker == marker)
         setCurrentMarker(nullptr);
-    updateCanvas();
 }
 
 bool RecordWidget::removeMarker(int index)
@@ -84,8 +91,13 @@ bool RecordWidget::removeMarker(int index)
 
 void RecordWidget::clearMarkers()
 {
-    while (removeMarker(markerCount() - 1)) {
-    }
+    const std::vector<std::unique_ptr<RecordMarker>> markers = std::exchange(_markers, {});
+    for (const auto &marker : markers)
+        marker->_parent = nullptr;
+    if (std::exchange(_dragMarker, nullptr) != nullptr)
+        _drag = Drag::None;
+    updateCanvas();
+    setCurrentMarker(nullptr);
 }
 
 RecordMarker *RecordWidget::marker(int index) const
@@ -226,8 +238,10 @@ void RecordWidget::mousePressEvent(QMouseEvent *event)
 
     _drag = Drag::Press;
     _dragStart = event->pos();
-    const bool usesEvent = grabMarker(event->pos()) || _selectionEnabled;
-    event->setAccepted(usesEvent);
+    const QPointer<RecordWidget> alive(this);
+    const bool isGrabbed = grabMarker(event->pos());
+    // Events that a widget leaves alone go on to its parent, which a deleted one can't name.
+    event->setAccepted(!alive || isGrabbed || _selectionEnabled);
 }
 
 /** Makes the marker at a position the current one; true if the pointer can move it. */
@@ -238,8 +252,9 @@ bool RecordWidget::grabMarker(const QPoint &position)
     if (marker == nullptr)
         return false;
 
+    const QPointer<RecordWidget> alive(this);
     setCurrentMarker(marker);
-    if (!marker->isMovable() || !marker->isEnabled())
+    if (!alive || !owns(marker) || !marker->isMovable() || !marker->isEnabled())
         return false;
     _dragMarker = marker;
     _dragGrip = position.x() - mapTime(marker->correctedTime());
@@ -248,9 +263,10 @@ bool RecordWidget::grabMarker(const QPoint &position)
 
 void RecordWidget::mouseMoveEvent(QMouseEvent *event)
 {
-    event->ignore();
+    const QPointer<RecordWidget> alive(this);
     hover(event->pos());
-    if (!event->buttons().testFlag(Qt::LeftButton) || _drag == Drag::None)
+    event->setAccepted(!alive);
+    if (!alive || !event->buttons().testFlag(Qt::LeftButton) || _drag == Drag::None)
         return;
 
     if (_drag == Drag::Press && !isClick(_dragStart, event->pos())) {
@@ -287,6 +303,7 @@ void RecordWidget::mouseReleaseEvent(QMouseEvent *event)
     _drag = Drag::None;
     _dragMarker = nullptr;
     event->setAccepted(marker != nullptr || _selectionEnabled);
+    const QPointer<RecordWidget> alive(this);
     if (drag == Drag::Marker) {
         emit markerMoved(this, marker);
     } else if (drag == Drag::Select) {
@@ -296,6 +313,8 @@ void RecordWidget::mouseReleaseEvent(QMouseEvent *event)
     } else if (isClick(_dragStart, event->pos())) {
         emit timeClicked(unmapTime(_dragStart.x()));
     }
+    if (!alive)
+        event->accept();
 }
 
 void RecordWidget::leaveEvent(QEvent *event)
@@ -313,8 +332,11 @@ void RecordWidget::hover(const QPoint &position)
     if (_cursorShown) {
         const Core::Time time = onCanvas ? unmapTime(position.x()) : Core::Time();
         if (time != _cursorTime) {
+            const QPointer<RecordWidget> alive(this);
             setCursorTime(time);
             emit cursorMoved(this, time);
+            if (!alive)
+                return;
         }
     }
 

@@ -4,6 +4,7 @@
 
 #include <tellarix/qt/records/recordwidget_p.h>
 
+#include <QPointer>
 #include <QTimerEvent>
 
 #include <algorithm>
@@ -36,7 +37,12 @@ void RecordWidget::fed(int slot, const Record *record)
 
     const ShownRange before = shownRange(slot);
     Core::TimeWindow changed = touchedWindow(*item, record);
+    const QPointer<RecordWidget> alive(this);
     changed = changed.united(filterFed(slot, record));
+    // A receiver of its signal may have taken the slot away.
+    item = alive ? slotAt(slot) : nullptr;
+    if (item == nullptr || item->raw == nullptr)
+        return;
 
     item->stretchesKnown = false;
     item->traces[0].dirty = true;

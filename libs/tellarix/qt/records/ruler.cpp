@@ -7,6 +7,7 @@
 #include <QEvent>
 #include <QFontMetricsF>
 #include <QPainter>
+#include <QPointer>
 #include <QtMath>
 
 #include <algorithm>
@@ -134,10 +135,12 @@ void Ruler::setPosition(Position position)
     _position = position;
     setSizePolicy(isVertical() ? QSizePolicy(QSizePolicy::Fixed, QSizePolicy::Expanding)
                                : QSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed));
-    applyRange(_lower, _upper, _scale);
-    updateSpacing();
     updateGeometry();
     update();
+    const QPointer<Ruler> alive(this);
+    applyRange(_lower, _upper, _scale);
+    if (alive)
+        updateSpacing();
 }
 
 void Ruler::setAutoScaleEnabled(bool enable)
@@ -189,11 +192,11 @@ bool Ruler::setScale(double pixelsPerUnit)
     if (_autoScale || !isPositive(pixelsPerUnit))
         return false;
 
-    const double before = _scale;
     const double length = rulerLength();
     const double scale = length > 0 ? length / limitedWidth(length / pixelsPerUnit) : pixelsPerUnit;
+    const bool isOther = scale != _scale;
     applyRange(_lower, _lower + length / scale, scale);
-    return _scale != before;
+    return isOther;
 }
 
 bool Ruler::setRange(double lower, double upper)
@@ -266,12 +269,14 @@ bool Ruler::applyRange(double lower, double upper, double scale)
     _scale = scale;
     _lower = lower;
     _upper = upper;
+    update();
+    const QPointer<Ruler> alive(this);
     if (otherScale)
         emit scaleChanged(_scale);
-    if (otherRange)
+    if (alive && otherRange)
         emit rangeChanged(_lower, _upper);
-    updateSpacing();
-    update();
+    if (alive)
+        updateSpacing();
     return true;
 }
 
@@ -303,8 +308,8 @@ void Ruler::applySpacing(double major, double minor, double offset)
     _majorSpacing = major;
     _minorSpacing = minor;
     _offset = offset;
-    emit changedInterval(_majorSpacing, _minorSpacing, _offset);
     update();
+    emit changedInterval(_majorSpacing, _minorSpacing, _offset);
 }
 
 bool Ruler::getTickText(double value, double nextValue, int line, QString &text) const
@@ -415,11 +420,11 @@ void Ruler::resizeEvent(QResizeEvent *event)
 
 void Ruler::changeEvent(QEvent *event)
 {
-    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) {
-        updateSpacing();
-        updateGeometry();
-    }
     QWidget::changeEvent(event);
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) {
+        updateGeometry();
+        updateSpacing();
+    }
 }
 
 double Ruler::textDistance() const

@@ -3,6 +3,7 @@
 #include <tellarix/qt/records/ruler.h>
 
 #include <QMouseEvent>
+#include <QPointer>
 #include <QWheelEvent>
 
 #include <algorithm>
@@ -113,8 +114,11 @@ void Ruler::mouseReleaseEvent(QMouseEvent *event)
         return;
 
     const double pixel = pixelAlong(event->localPos());
+    const QPointer<Ruler> alive(this);
     if (_drag != Drag::Pan)
         finishSelection(pixel);
+    if (!alive)
+        return;
     _drag = Drag::None;
     setHovered(handleAt(pixel));
     updateCursor();

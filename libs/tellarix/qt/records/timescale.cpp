@@ -221,9 +221,9 @@ void TimeScale::setAbsoluteTimeEnabled(bool enable, bool absoluteDate)
         return;
     _absoluteTime = enable;
     _absoluteDate = absoluteDate;
-    updateSpacing();
     updateGeometry();
     update();
+    updateSpacing();
 }
 
 void TimeScale::setLocalTimeShown(bool show)
@@ -231,9 +231,9 @@ void TimeScale::setLocalTimeShown(bool show)
     if (show == _localTime)
         return;
     _localTime = show;
-    updateSpacing();
     updateGeometry();
     update();
+    updateSpacing();
 }
 
 void TimeScale::setAlignment(Core::Time alignment)
@@ -241,8 +241,8 @@ void TimeScale::setAlignment(Core::Time alignment)
     if (alignment == _alignment)
         return;
     _alignment = alignment;
-    updateSpacing();
     update();
+    updateSpacing();
 }
 
 int TimeScale::lineCount() const
