@@ -82,9 +82,11 @@ inline void sendMouse(const QPointer<QWidget> &widget, QEvent::Type type, const 
 
 /** Presses at one place, moves to another one and releases there. */
 inline void dragMouse(const QPointer<QWidget> &widget, const QPoint &from, const QPoint &to,
-                      Qt::MouseButton button = Qt::LeftButton)
+                      Qt::MouseButton button = Qt::LeftButton,
+                      Qt::KeyboardModifiers modifiers = Qt::NoModifier)
 {
-    sendMouse(widget, QEvent::MouseButtonPress, from, button);
-    sendMouse(widget, QEvent::MouseMove, to, button);
-    sendMouse(widget, QEvent::MouseButtonRelease, to, button);
+    sendMouse(widget, QEvent::MouseButtonPress, from, button, modifiers);
+    if (to != from)
+        sendMouse(widget, QEvent::MouseMove, to, button, modifiers);
+    sendMouse(widget, QEvent::MouseButtonRelease, to, button, modifiers);
 }

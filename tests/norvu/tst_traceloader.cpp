@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
+#include "interference.h"
 #include "traces.h"
 
 #include <norvu/gui/tracefileloader.h>
@@ -8,6 +9,7 @@
 #include <tellarix/client/io/recordstream.h>
 #include <tellarix/core/records/formats/miniseedwriter.h>
 #include <tellarix/core/records/timewindowbuffer.h>
+#include <tellarix/qt/records/recordstreamthread.h>
 
 #include <QMessageBox>
 #include <QProgressDialog>
@@ -263,6 +265,58 @@ private slots:
         QCOMPARE(colors(view), QList<QColor>({Qt::green, Qt::red}));
         QVERIFY(loader.wasCancelled());
         QVERIFY(!FakeStream::isOpen);
+    }
+
+    void viewAndLoaderMayGoMeanwhile_data()
+    {
+        QTest::addColumn<QString>("goes");
+        for (const char *what : {"row", "view", "loader"})
+            QTest::newRow(what) << what;
+    }
+
+    void viewAndLoaderMayGoMeanwhile()
+    {
+        QFETCH(QString, goes);
+        auto *view = new TraceView;
+        const QPointer<TraceView> presentView(view);
+        view->addItem(makeRow("A"));
+        view->bindItem("XX.A..BHZ", view->itemAt(0), 0);
+        FakeStream::waits = true;
+        auto *loader = new TraceLoader("fake://");
+        const QPointer<TraceLoader> presentLoader(loader);
+        Interference interference(view->itemAt(0)->recordWidget(),
+                                  SIGNAL(traceUpdated(Tellarix::Gui::RecordWidget *)), [&] {
+                                      if (goes == "row")
+                                          view->clear();
+                                  });
+        whenLoading(
+            qApp, [] { return true; },
+            [&](QProgressDialog *dialog) {
+                if (goes == "loader")
+                    delete loader;
+                else if (goes == "view")
+                    delete view;
+                if (goes != "loader")
+                    QTest::keyClick(dialog, Qt::Key_Escape);
+            });
+        QVERIFY(loader->load(view, window(0, 100)));
+        QVERIFY(interference.done);
+        delete presentLoader;
+        delete presentView;
+    }
+
+    void newRowMayGoAtOnce()
+    {
+        struct Loader : TraceFileLoader
+        {
+            Loader() : TraceFileLoader(new Tellarix::Gui::RecordStreamThread("fake://")) {}
+        };
+        FakeStream::records = {makeRecord("XX.A..BHZ", 0, 10)};
+        TraceView view;
+        Interference interference(&view, SIGNAL(layoutOrContentChanged()), [&] { view.clear(); });
+        QVERIFY(Loader().load(&view, Tellarix::Core::TimeWindow()));
+        QVERIFY(interference.done);
+        QCOMPARE(view.count(), 0);
     }
 
     void releasesRecords()

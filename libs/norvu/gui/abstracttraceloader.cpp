@@ -70,14 +70,21 @@ void AbstractTraceLoader::load(TraceView *view)
     dialog.setRange(0, 0);
     dialog.setLabelText(tr("Loading waveforms"));
     connect(_stream, SIGNAL(finished()), &dialog, SLOT(accept()));
+    connect(this, SIGNAL(destroyed()), &dialog, SLOT(reject()));
 
     _stream->start(QThread::InheritPriority);
     _timer.start(RefreshInterval);
-    _wasCancelled = dialog.exec() != QDialog::Accepted;
+    const QPointer<AbstractTraceLoader> alive(this);
+    const bool wasCancelled = dialog.exec() != QDialog::Accepted;
+    if (!alive)
+        return;
+
+    _wasCancelled = wasCancelled;
     if (_wasCancelled)
         _stream->stop(true);
     acquisitionFinished();
-    _view = nullptr;
+    if (alive)
+        _view = nullptr;
 }
 
 void AbstractTraceLoader::timeout()
@@ -85,8 +92,8 @@ void AbstractTraceLoader::timeout()
     if (!_dirty || !_view)
         return;
 
-    _view->updateRecords();
     _dirty = false;
+    _view->updateRecords();
 }
 
 void AbstractTraceLoader::acquisitionFinished()
@@ -120,8 +127,8 @@ void AbstractTraceLoader::feed(Trace *row, int slot, const Tellarix::Record *rec
     if (!records || !records->feed(record))
         return;
 
-    row->recordWidget()->fed(slot, record);
     _dirty = true;
+    row->recordWidget()->fed(slot, record);
 }
 
 } // namespace Gui

@@ -5,6 +5,7 @@
 #include <norvu/api.h>
 
 #include <QObject>
+#include <QPointer>
 #include <QStringList>
 #include <QTimer>
 
@@ -70,7 +71,7 @@ protected:
     void feed(Trace *row, int slot, const Tellarix::Record *record);
 
     Tellarix::Gui::RecordStreamThread *_stream{nullptr};
-    TraceView *_view{nullptr};
+    QPointer<TraceView> _view; /**< that is being loaded */
     QTimer _timer;
     bool _dirty{false};
     int _targetSlot{0};

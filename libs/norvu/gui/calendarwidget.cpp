@@ -196,8 +196,8 @@ void CalendarWidget::setTime(const QTime &time)
         return;
 
     _dateTime.setTime(time);
-    emit dateTimeChanged(_dateTime);
     updateTimeButtons();
+    emit dateTimeChanged(_dateTime);
 }
 
 void CalendarWidget::updateTimeButtons()

@@ -4,6 +4,7 @@
 
 #include <norvu/gui/gradienttabledelegate.h>
 #include <norvu/gui/gradientwidget.h>
+#include <norvu/gui/modaldialog_p.h>
 
 #include <QColorDialog>
 #include <QDialog>
@@ -13,6 +14,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QPointer>
 #include <QPushButton>
 #include <QTableWidget>
 #include <QVBoxLayout>
@@ -154,7 +156,15 @@ GradientEditor::GradientEditor(QWidget *parent, Qt::WindowFlags f)
     setCurrentValid(false);
 }
 
-GradientEditor::~GradientEditor() = default;
+GradientEditor::~GradientEditor()
+{
+    // A field or button that is telling of its use is not done with itself.
+    auto *control = qobject_cast<QWidget *>(sender());
+    if (!control || control == _gradientWidget)
+        return;
+    control->setParent(nullptr);
+    control->deleteLater();
+}
 
 void GradientEditor::setupTabOrder()
 {
@@ -243,14 +253,16 @@ QColor GradientEditor::getColorSelection(const QColor &start, bool *ok)
 {
     if (ok)
         *ok = false;
-    QColorDialog dialog(this);
-    dialog.setOption(QColorDialog::ShowAlphaChannel);
-    dialog.setCurrentColor(start);
-    if (dialog.exec() != QDialog::Accepted)
-        return start;
+    // What is passed may go with the editor.
+    const QColor before = start;
+    ModalDialog<QColorDialog> dialog(this);
+    dialog->setOption(QColorDialog::ShowAlphaChannel);
+    dialog->setCurrentColor(before);
+    if (!dialog.isAccepted())
+        return before;
     if (ok)
         *ok = true;
-    return dialog.selectedColor();
+    return dialog->selectedColor();
 }
 
 // The selected stop
@@ -341,7 +353,9 @@ void GradientEditor::valueUpdated()
     const double key = editedKey(_ui.editKey->text(), _currentKey, &ok);
     if (!ok) {
         _ui.editKey->setText(keyText(_currentKey));
-        QMessageBox::critical(this, tr("Error"), tr("Invalid number"));
+        ModalDialog<QMessageBox>(QMessageBox::Critical, tr("Error"), tr("Invalid number"),
+                                 QMessageBox::Ok, this)
+            ->exec();
         return;
     }
 
@@ -356,8 +370,10 @@ void GradientEditor::valueUpdated()
 void GradientEditor::selectColor()
 {
     bool ok = false;
+    const double key = _currentKey;
     const QColor color = getColorSelection(_currentColor, &ok);
-    if (!ok)
+    // The stop may have gone meanwhile.
+    if (!ok || key != _currentKey)
         return;
 
     _currentColor = color;
@@ -372,11 +388,13 @@ void GradientEditor::selectTag()
     if (!_gradient.contains(_currentKey))
         return;
 
-    ValueDialog dialog(tr("Tag"), _gradient.value(_currentKey).second, this);
-    dialog.setModal(true);
-    if (dialog.exec() != QDialog::Accepted)
+    const double key = _currentKey;
+    ModalDialog<ValueDialog> dialog(tr("Tag"), _gradient.value(key).second, this);
+    dialog->setModal(true);
+    // The stop may have gone meanwhile.
+    if (!dialog.isAccepted() || !_gradient.contains(key))
         return;
-    _gradient[_currentKey].second = dialog.value();
+    _gradient[key].second = dialog->value();
     emit gradientChanged();
 }
 
@@ -400,7 +418,9 @@ void GradientEditor::openList()
     });
     addButtons(dialog, *layout, tr("OK"), tr("Cancel"));
     dialog.resize(TableWidth * fontMetrics().height(), TableHeight * fontMetrics().height());
-    if (dialog.exec() == QDialog::Accepted)
+    const QPointer<GradientEditor> alive(this);
+    const bool isAccepted = dialog.exec() == QDialog::Accepted;
+    if (alive && isAccepted)
         applyTable(*table);
 }
 
@@ -465,6 +485,9 @@ bool GradientEditor::applyRow(const QTableWidget &table, int row)
     const bool colorChanged = color != colorItem.data(Qt::UserRole).value<QColor>();
     const bool tagChanged = tagItem.text() != tagItem.data(Qt::UserRole).toString();
     if (newKey == oldKey && !colorChanged && !tagChanged)
+        return false;
+    // The stop may have gone while the table was open.
+    if (!_gradient.contains(oldKey))
         return false;
 
     auto stop = _gradient.take(oldKey);

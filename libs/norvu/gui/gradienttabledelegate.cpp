@@ -2,6 +2,8 @@
 
 #include <norvu/gui/gradienttabledelegate.h>
 
+#include <norvu/gui/modaldialog_p.h>
+
 #include <QColorDialog>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -80,7 +82,9 @@ void GradientTableDelegate::setModelData(QWidget *editor, QAbstractItemModel *mo
     bool ok = false;
     const double key = toKey(edit->text(), &ok);
     if (!ok) {
-        QMessageBox::critical(editor, tr("Conversion error"), tr("Invalid number"));
+        ModalDialog<QMessageBox>(QMessageBox::Critical, tr("Conversion error"),
+                                 tr("Invalid number"), QMessageBox::Ok, editor)
+            ->exec();
         return;
     }
     // Opening and leaving the editor is no edit.

@@ -132,7 +132,10 @@ void GradientWidget::deleteHandle(int index)
         return;
 
     const double key = mapIndexToIterator(index).key();
+    const QPointer<GradientWidget> alive(this);
     emit pointRemoved(key);
+    if (!alive)
+        return;
     _gradient->remove(key);
     clearHoverHandle();
     _currentHandle = -1;
@@ -185,9 +188,11 @@ void GradientWidget::dragTo(int x)
     }
     _currentHandle = mapKeyToIndex(_dragKey);
     _hoverHandle = _currentHandle;
-    emit pointClicked(_dragKey, value.first);
-    emit gradientChanged();
     update();
+    const QPointer<GradientWidget> alive(this);
+    emit pointClicked(_dragKey, value.first);
+    if (alive)
+        emit gradientChanged();
 }
 
 void GradientWidget::requestPoint(int x)
@@ -231,8 +236,8 @@ void GradientWidget::mousePressEvent(QMouseEvent *event)
     _currentHandle = _hoverHandle;
     _dragging = true;
     _dragKey = stop.key();
-    emit pointClicked(stop.key(), stop->first);
     update();
+    emit pointClicked(stop.key(), stop->first);
 }
 
 void GradientWidget::mouseReleaseEvent(QMouseEvent *event)
@@ -276,6 +281,8 @@ void GradientWidget::contextMenuEvent(QContextMenuEvent *event)
     // The pointer leaves for the menu, and the handle below it is forgotten.
     const int handle = _hoverHandle;
     const int x = event->x();
+    const bool isOnStop = handle >= 0 && handle < _gradient->size();
+    const double key = isOnStop ? mapIndexToIterator(handle).key() : 0.0;
 
     const QPointer<GradientWidget> alive(this);
     QMenu menu;
@@ -284,10 +291,11 @@ void GradientWidget::contextMenuEvent(QContextMenuEvent *event)
     if (!alive || !chosen)
         return;
 
+    // Stops may have come or gone meanwhile.
     if (handle == -1)
         requestPoint(x);
-    else
-        deleteHandle(handle);
+    else if (isOnStop)
+        deleteHandle(mapKeyToIndex(key));
 }
 
 // Keyboard

@@ -4,6 +4,7 @@
 
 #include <QCoreApplication>
 #include <QMouseEvent>
+#include <QPointer>
 
 namespace Norvu {
 namespace Gui {
@@ -90,10 +91,15 @@ void TabBar::endMove(const QPoint &position)
 
 void TabBar::mouseReleaseEvent(QMouseEvent *event)
 {
+    const QPointer<TabBar> alive(this);
     QTabBar::mouseReleaseEvent(event);
-    if (!rect().contains(event->pos()))
+    if (alive)
+        setCursor(Qt::ArrowCursor);
+    if (alive && !rect().contains(event->pos()))
         emit detachRequested(_dragTab, event->globalPos());
-    setCursor(Qt::ArrowCursor);
+    // A bar that is gone has no parent to which the event could go on.
+    if (!alive)
+        event->accept();
 }
 
 } // namespace Gui

@@ -7,6 +7,7 @@
 #include <QEvent>
 #include <QGuiApplication>
 #include <QKeyEvent>
+#include <QPointer>
 #include <QScreen>
 
 #include <utility>
@@ -46,8 +47,10 @@ TabWidget::TabWidget(QWidget *parent) : QTabWidget(parent)
 
 TabWidget::~TabWidget()
 {
-    const QVector<QWidget *> pages = std::exchange(_widgets, {});
-    for (QWidget *page : pages) {
+    // Nothing is torn off any more. A page that goes may take another one along.
+    _isEnding = true;
+    while (!_widgets.isEmpty()) {
+        QWidget *page = _widgets.takeFirst();
         disconnect(page, nullptr, this, nullptr);
         if (hasTab(page))
             continue;
@@ -91,13 +94,13 @@ void TabWidget::forgetPage(QObject *page)
 
 void TabWidget::addWidget(QWidget *page)
 {
-    if (!_widgets.contains(page))
+    if (page && !_widgets.contains(page))
         makeWindow(page);
 }
 
 int TabWidget::insertWidget(int index, QWidget *page)
 {
-    if (_widgets.contains(page))
+    if (!page || _widgets.contains(page))
         return -1;
 
     if (index < 0 || index >= _widgets.size())
@@ -130,6 +133,11 @@ int TabWidget::addTab(QWidget *page, const QString &label)
 
 int TabWidget::addTab(QWidget *page, const QIcon &icon, const QString &label)
 {
+    if (!page)
+        return -1;
+
+    const QPointer<TabWidget> alive(this);
+    const QPointer<QWidget> present(page);
     const bool isKnown = _widgets.contains(page);
     const bool wasDetached = isKnown && !hasTab(page);
     if (isKnown)
@@ -140,7 +148,7 @@ int TabWidget::addTab(QWidget *page, const QIcon &icon, const QString &label)
     if (wasDetached)
         unmakeWindow(page);
     const int tab = QTabWidget::addTab(page, icon, label);
-    if (wasDetached)
+    if (wasDetached && alive && present)
         emit attached(page);
     return tab;
 }
@@ -152,10 +160,8 @@ int TabWidget::insertTab(int index, QWidget *page, const QString &label)
 
 int TabWidget::insertTab(int index, QWidget *page, const QIcon &icon, const QString &label)
 {
-    if (index < 0 || index >= count()) {
-        addTab(page, icon, label);
-        return count() - 1;
-    }
+    if (!page || index < 0 || index >= count())
+        return addTab(page, icon, label);
 
     // A page that has a tab already leaves it first, by which those behind it move up.
     const int present = indexOf(page);
@@ -173,16 +179,20 @@ int TabWidget::insertTab(int index, QWidget *page, const QIcon &icon, const QStr
 
 void TabWidget::detach(int index, const QPoint &position)
 {
-    QWidget *page = widget(index);
-    if (!page)
+    const QPointer<QWidget> page(widget(index));
+    if (!page || _isEnding)
         return;
 
     const QString title = tabText(index);
     const QIcon icon = tabIcon(index);
     const QSize size = page->size();
+    const QPointer<TabWidget> alive(this);
     removeTab(index);
-    if (count() == 0)
+    if (alive && count() == 0)
         hide();
+    // The tabs that are left tell of a new current one.
+    if (!alive || !page || hasTab(page))
+        return;
 
     makeWindow(page);
     page->setGeometry(QRect(position - QPoint(size.width() / 2, -DropDistance), size));
@@ -191,7 +201,8 @@ void TabWidget::detach(int index, const QPoint &position)
     if (isOnSecondaryScreen(position))
         page->showMaximized();
     page->show();
-    emit detached(page);
+    if (alive && page)
+        emit detached(page);
 }
 
 void TabWidget::updateIndices(int from, int to)
@@ -233,12 +244,17 @@ int TabWidget::returnIndex(int place) const
 
 void TabWidget::takeBack(QWidget *page)
 {
+    const QPointer<TabWidget> alive(this);
+    const QPointer<QWidget> present(page);
     unmakeWindow(page);
     const int index = returnIndex(_widgets.indexOf(page));
-    setCurrentIndex(insertTab(index, page, page->windowIcon(), page->windowTitle()));
-    if (isHidden())
+    const int tab = insertTab(index, page, page->windowIcon(), page->windowTitle());
+    if (alive)
+        setCurrentIndex(tab);
+    if (alive && isHidden())
         show();
-    emit attached(page);
+    if (alive && present)
+        emit attached(page);
 }
 
 } // namespace Gui

@@ -26,13 +26,15 @@ public:
     explicit TabWidget(QWidget *parent = nullptr);
     ~TabWidget() override;
 
+    // Null is no page: it is left alone.
+
     /** Makes a window of a page that returns as the last tab when it is closed; until then it is
      *  not in the list. Nothing happens to a page of the list. */
     void addWidget(QWidget *page);
     /**
      * Adds a page to the list as a detached window, which the caller shows.
      * @param index  place in the list; outside of it the page goes to its end
-     * @return the place; -1 if the page is in the list already
+     * @return the place; -1 if the page is null or in the list already
      */
     int insertWidget(int index, QWidget *page);
     /** Takes a page out of the list. One with a tab is the caller's again, a detached one is
@@ -47,7 +49,7 @@ public:
     int indexOfWidget(QWidget *page, int from = 0) const { return _widgets.indexOf(page, from); }
 
     /** Adds a page, or moves one of the list, to the end; attached() tells of one that was
-     *  detached. @return index of the tab */
+     *  detached. @return index of the tab, -1 for null */
     int addTab(QWidget *page, const QString &label);
     int addTab(QWidget *page, const QIcon &icon, const QString &label);
     /** Inserts a page before the tab at @p index; as addTab() if there is no such tab. Emits
@@ -59,7 +61,8 @@ public:
 
 public slots:
     /** Makes a window of the page with the tab at @p index, with its upper edge centred below
-     *  @p position, in global coordinates; without such a tab nothing happens. */
+     *  @p position, in global coordinates; without such a tab nothing happens. Receivers of
+     *  detached() may delete the page and the tab widget. */
     void detach(int index, const QPoint &position);
     /** Exchanges the pages at two places of the list, if there are such; called when a tab is
      *  moved. */
@@ -84,6 +87,7 @@ private:
     void takeBack(QWidget *page);
 
     QVector<QWidget *> _widgets;
+    bool _isEnding{false};
 };
 
 } // namespace Gui

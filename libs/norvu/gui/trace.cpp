@@ -2,6 +2,8 @@
 
 #include "trace.h"
 
+#include <norvu/gui/traceview.h>
+
 #include <tellarix/core/datamodel/utils.h>
 #include <tellarix/core/records/ringbuffer.h>
 #include <tellarix/qt/records/recordwidget.h>
@@ -13,6 +15,7 @@
 #include <QLabel>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QPointer>
 #include <QStyleOptionFrame>
 #include <QStyleOptionViewItem>
 
@@ -77,16 +80,20 @@ public:
     /** Takes over what the record widget shows. */
     void follow()
     {
+        const QPointer<RowTimeScale> alive(this);
         setScale(_widget->timeScale());
-        setRange(_widget->tmin(), _widget->tmax());
+        if (alive)
+            setRange(_widget->tmin(), _widget->tmax());
     }
 
 protected:
     void resizeEvent(QResizeEvent *event) override
     {
+        const QPointer<RowTimeScale> alive(this);
         TimeScale::resizeEvent(event);
         // The record widget only finds its scale when it gets its size, just before this axis.
-        follow();
+        if (alive)
+            follow();
     }
 
 private:
@@ -164,7 +171,11 @@ Trace::Trace(const QString &label, Tellarix::Gui::RecordWidget *widget, QColor c
     init(color);
 }
 
-Trace::~Trace() = default;
+Trace::~Trace()
+{
+    if (_view)
+        _view->forgetDeletedItem(this);
+}
 
 void Trace::init(const QColor &color)
 {
@@ -385,6 +396,7 @@ void Trace::setRecord(const Tellarix::Record *record, bool fit, bool autoAmplitu
         return;
     }
 
+    const QPointer<Trace> alive(this);
     auto sequence = std::make_unique<Tellarix::RingBuffer>(0, 0.5);
     sequence->feed(record);
     if (!_recordWidget->setRecords(slot, sequence.get(), true))
@@ -392,8 +404,9 @@ void Trace::setRecord(const Tellarix::Record *record, bool fit, bool autoAmplitu
     sequence.release();
 
     const Tellarix::Core::TimeWindow window = record->timeWindow();
-    showWindow(window.startTime(), window.endTime());
-    if (autoAmplitude)
+    if (alive)
+        showWindow(window.startTime(), window.endTime());
+    if (alive && autoAmplitude)
         setAutomaticRange(_recordWidget, *record);
 }
 
@@ -452,27 +465,26 @@ bool Trace::setSelected(bool selected)
 
 void Trace::reset()
 {
-    _recordWidget->setSlotCount(0);
     _metaData.clear();
+    _recordWidget->setSlotCount(0);
 }
 
 void Trace::setDisplay(double tmin, double tmax, double pps)
 {
     _recordWidget->setTimeScale(pps);
     _recordWidget->setTimeRange(tmin, tmax);
-    if (_timeAxis) {
-        _timeAxis->setScale(pps);
-        _timeAxis->setRange(tmin, tmax);
-    }
+    const QPointer<Tellarix::Gui::TimeScale> axis(_timeAxis);
+    if (axis)
+        axis->setScale(pps);
+    if (axis)
+        axis->setRange(tmin, tmax);
 }
 
 void Trace::setAlignment(Tellarix::Core::Time time)
 {
     _recordWidget->setAlignment(time);
-    if (_timeAxis) {
+    if (_timeAxis)
         _timeAxis->setAlignment(time);
-        _timeAxis->update();
-    }
 }
 
 void Trace::setSpacing(int pixels)
@@ -483,15 +495,23 @@ void Trace::setSpacing(int pixels)
 
 void Trace::setTimeRange(double tmin, double tmax)
 {
-    _timeAxis->showRange(tmin, tmax);
-    _recordWidget->setTimeScale(_timeAxis->scale());
-    _recordWidget->setTimeRange(_timeAxis->lower(), _timeAxis->upper());
+    const QPointer<Tellarix::Gui::TimeScale> axis(_timeAxis);
+    if (axis)
+        axis->showRange(tmin, tmax);
+    if (!axis)
+        return;
+    _recordWidget->setTimeScale(axis->scale());
+    _recordWidget->setTimeRange(axis->lower(), axis->upper());
 }
 
 void Trace::mouseReleaseEvent(QMouseEvent *event)
 {
     QWidget::mouseReleaseEvent(event);
+    const QPointer<Trace> alive(this);
     emit clicked(event);
+    // A row that is gone has no parent to which the event could go on.
+    if (!alive)
+        event->accept();
 }
 
 void Trace::enterEvent(QEvent *)

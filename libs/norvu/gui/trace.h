@@ -35,6 +35,8 @@ class TimeScale;
 namespace Norvu {
 namespace Gui {
 
+class TraceView;
+
 /** Keys of Trace::setData() that rows and views use themselves; hosts take others from 5 on. */
 enum TraceDataKey
 {
@@ -190,6 +192,7 @@ private:
 
     friend class TraceView;
 
+    TraceView *_view{nullptr}; /**< that the row stands in */
     ColoredWidget *_colorBar{nullptr};
     QLabel *_labelWidget{nullptr};
     Tellarix::Gui::TimeScale *_timeAxis{nullptr};

@@ -60,10 +60,12 @@ Trace *TraceFileLoader::addRowFor(const Tellarix::Record &record)
 {
     const QString codes[] = {record.networkCode().c_str(), record.stationCode().c_str(),
                              record.locationCode().c_str(), record.channelCode().c_str()};
-    Trace *row = makeRow(record.streamID().c_str());
+    const QPointer<Trace> row(makeRow(record.streamID().c_str()));
     for (int key = 0; key < 4; ++key)
         row->setData(key, codes[key]);
     _view->addItem(row, TraceView::NoRecordID);
+    if (!_view || !row)
+        return nullptr;
     _view->bindItem(record.streamID(), row, _targetSlot);
 
     auto records = std::make_unique<Tellarix::RingBuffer>(-1, 0.5);

@@ -29,21 +29,25 @@ bool TraceLoader::load(TraceView *view, const Tellarix::Core::TimeWindow &window
         return false;
 
     _stream->setTimeWindow(window);
-    for (int i = 0; i < view->count(); ++i) {
-        Trace *row = view->itemAt(i);
-        if (!row->isDataRequested() && requestRow(row, view->bindingsFor(row), window))
+    // New sequences are told of, and whoever hears of them may remove rows.
+    const QPointer<TraceView> present(view);
+    for (int i = 0; present && i < view->count(); ++i) {
+        const QPointer<Trace> row(view->itemAt(i));
+        if (!row->isDataRequested() && requestRow(row, view->bindingsFor(row), window) && row)
             row->setColor(Qt::yellow);
     }
-    AbstractTraceLoader::load(view);
+    if (present)
+        AbstractTraceLoader::load(view);
     return true;
 }
 
-bool TraceLoader::requestRow(Trace *row, const QList<QPair<std::string, int>> &bindings,
+bool TraceLoader::requestRow(const QPointer<Trace> &row,
+                             const QList<QPair<std::string, int>> &bindings,
                              const Tellarix::Core::TimeWindow &window)
 {
     bool isRequested = false;
     for (const auto &binding : bindings)
-        isRequested |= requestStream(row, binding.first, binding.second, window);
+        isRequested |= row && requestStream(row, binding.first, binding.second, window);
     return isRequested;
 }
 

@@ -8,6 +8,7 @@
 
 #include <QList>
 #include <QPair>
+#include <QPointer>
 
 #include <string>
 
@@ -35,7 +36,7 @@ protected:
     void receivedRecord(Tellarix::Record *record) override;
 
 private:
-    bool requestRow(Trace *row, const QList<QPair<std::string, int>> &bindings,
+    bool requestRow(const QPointer<Trace> &row, const QList<QPair<std::string, int>> &bindings,
                     const Tellarix::Core::TimeWindow &window);
     bool requestStream(Trace *row, const std::string &id, int slot,
                        const Tellarix::Core::TimeWindow &window);

@@ -93,7 +93,7 @@ TraceView::~TraceView()
     _crosshairOverlay->removeEventFilter(this);
     for (Trace *row : std::as_const(_items)) {
         row->recordWidget()->removeEventFilter(this);
-        row->recordWidget()->disconnect(this);
+        releaseItem(row);
     }
 
     delete _filter;
@@ -193,11 +193,12 @@ bool TraceView::addItem(Trace *row, RecordIDStrategy strategy)
 {
     Q_ASSERT(row && !_items.contains(row));
 
-    Tellarix::Gui::RecordWidget *widget = row->recordWidget();
+    const QPointer<Tellarix::Gui::RecordWidget> widget(row->recordWidget());
     widget->setMinimumHeight(_minRowHeight);
     row->setColorBarWidth(_colorIndicator ? ColorBarWidth : 0);
 
     _items.append(row);
+    row->_view = this;
     rowLayout()->addWidget(row);
     row->setFocusProxy(this);
     widget->setMouseTracking(true);
@@ -209,12 +210,15 @@ bool TraceView::addItem(Trace *row, RecordIDStrategy strategy)
 
     watchFiltering(widget);
     applyViewTo(widget);
-    bindStreams(row, strategy);
-    emit layoutOrContentChanged();
+    if (widget)
+        bindStreams(row, strategy);
+    // Without the view its rows are gone as well.
+    if (widget)
+        emit layoutOrContentChanged();
     return true;
 }
 
-void TraceView::applyViewTo(Tellarix::Gui::RecordWidget *widget)
+void TraceView::applyViewTo(const QPointer<Tellarix::Gui::RecordWidget> &widget)
 {
     if (!widget->alignment().valid() && _timeScale->alignment().valid())
         widget->setAlignment(_timeScale->alignment());
@@ -223,32 +227,48 @@ void TraceView::applyViewTo(Tellarix::Gui::RecordWidget *widget)
     const bool common = _normMode.testFlag(AllTracesNormalization);
     const Tellarix::Core::TimeWindow window = windowOf(widget);
     const Tellarix::RecordSequence *records = widget->records(widget->currentRecords());
-    if (common && records) {
-        const auto range = records->amplitudeRange(byWindow ? &window : nullptr);
-        widget->setAmplRange(range.first, range.second);
+    // Steps that the widget tells of, so that it may be gone before the next one.
+    const std::function<void()> steps[] = {
+        [&] {
+            if (!common || !records)
+                return;
+            const auto range = records->amplitudeRange(byWindow ? &window : nullptr);
+            widget->setAmplRange(range.first, range.second);
+        },
+        [&] { widget->setBackgroundFiltering(_backgroundFiltering); },
+        [&] {
+            if (_filter)
+                widget->setFilter(_filter);
+        },
+        [&] { widget->setAmplAutoScaleEnabled(!common); },
+        [&] {
+            widget->setTimeScale(_timeScale->scale());
+            widget->setGridSpacing(_timeScale->majorSpacing(), _timeScale->minorSpacing(),
+                                   _timeScale->offset());
+            widget->setTimeRange(_tmin, _tmax);
+            widget->enableFiltering(_filterEnabled);
+        },
+        [&] { widget->setNormalizationWindow(byWindow ? window : Tellarix::Core::TimeWindow()); },
+    };
+    for (const auto &step : steps) {
+        if (!widget)
+            return;
+        step();
     }
-    widget->setBackgroundFiltering(_backgroundFiltering);
-    if (_filter)
-        widget->setFilter(_filter);
-    widget->setAmplAutoScaleEnabled(!common);
-
-    widget->setTimeScale(_timeScale->scale());
-    widget->setGridSpacing(_timeScale->majorSpacing(), _timeScale->minorSpacing(),
-                           _timeScale->offset());
-    widget->setTimeRange(_tmin, _tmax);
-    widget->enableFiltering(_filterEnabled);
-    widget->setNormalizationWindow(byWindow ? window : Tellarix::Core::TimeWindow());
 }
 
 void TraceView::bindStreams(Trace *row, RecordIDStrategy strategy)
 {
-    for (int slot = 0; slot < row->metaDataCount(); ++slot) {
+    const QPointer<Trace> present(row);
+    for (int slot = 0; present && slot < row->metaDataCount(); ++slot) {
         Tellarix::DataModel::Stream *stream = row->metaData(slot);
         if (!stream)
             continue;
 
         if (stream->gain() != 0.0)
             row->recordWidget()->setRecordScale(slot, 1.0 / stream->gain());
+        if (!present)
+            return;
         if (strategy != NoRecordID)
             row->recordWidget()->setRecordID(slot, recordIDText(stream, strategy));
         bindItem(Tellarix::DataModel::id(stream, "", true), row, slot);
@@ -257,72 +277,119 @@ void TraceView::bindStreams(Trace *row, RecordIDStrategy strategy)
 
 void TraceView::setItems(QList<Trace *> rows)
 {
+    const QPointer<TraceView> alive(this);
+    const QVector<QPointer<Trace>> added(rows.begin(), rows.end());
     removeItems();
-    for (Trace *row : std::as_const(rows))
-        addItem(row, NoRecordID);
+    for (const QPointer<Trace> &row : added) {
+        if (!alive)
+            delete row;
+        else if (row)
+            addItem(row, NoRecordID);
+    }
 }
 
 void TraceView::removeItem(Trace *row)
 {
+    const QPointer<TraceView> alive(this);
     if (row && row == _currentItem)
         updateCurrentTrace(nullptr);
-
-    const auto position = std::find(_items.begin(), _items.end(), row);
-    if (position == _items.end())
+    if (!alive || !_items.contains(row))
         return;
 
-    removeTraceItem(position);
-    emit layoutOrContentChanged();
+    removeTraceItem(row);
+    if (alive)
+        emit layoutOrContentChanged();
 }
 
-QList<Trace *>::iterator TraceView::removeTraceItem(QList<Trace *>::iterator position)
+/** Deletes a row of the list. */
+void TraceView::removeTraceItem(Trace *row)
 {
-    Trace *row = *position;
+    const QPointer<TraceView> alive(this);
+    const QPointer<Trace> present(row);
+    const bool wasFiltering = forgetItem(row);
+    if (row == _currentItem)
+        updateCurrentTrace(nullptr);
+    delete present;
+    if (alive && wasFiltering)
+        tellFilteringProgress();
+}
+
+/** Takes a row that is about to go out of the list and all that goes with it; true if it was being
+ *  filtered in the background. */
+bool TraceView::forgetItem(Trace *row)
+{
     if (!row->_dataRequested) {
         --_emptyDataSlots;
         updateToolbar();
     }
     clearBindings(row);
-    if (row == _currentItem)
-        updateCurrentTrace(nullptr);
-
-    // Whoever heard of the current row may have changed the list.
-    const int index = _items.indexOf(row);
-    if (index < 0)
-        return _items.end();
-
-    _items.removeAt(index);
-    forgetItem(row);
-    delete row;
-    return _items.begin() + index;
+    _items.removeOne(row);
+    return releaseItem(row);
 }
 
-void TraceView::forgetItem(Trace *row)
+/** Parts from a row; true if it was being filtered in the background. */
+bool TraceView::releaseItem(Trace *row)
 {
+    row->_view = nullptr;
+    row->recordWidget()->disconnect(this);
     _dragItems.removeAll(row);
     if (_crosshairRow == row)
         hideCrosshair();
+    return _filteringRows.remove(row->recordWidget());
+}
+
+/** Forgets a row that is being deleted by someone else. */
+void TraceView::forgetDeletedItem(Trace *row)
+{
+    const bool wasFiltering = forgetItem(row);
+    const bool wasCurrent = row == _currentItem;
+    if (wasCurrent)
+        _currentItem = nullptr;
+
+    // A receiver that deletes the view now would delete the row once more.
+    const auto tell = [this, wasFiltering, wasCurrent] {
+        const QPointer<TraceView> alive(this);
+        if (wasCurrent && !_currentItem)
+            emit currentItemChanged(nullptr, nullptr);
+        if (alive && wasFiltering)
+            tellFilteringProgress();
+        if (alive)
+            emit layoutOrContentChanged();
+    };
+    QMetaObject::invokeMethod(this, tell, Qt::QueuedConnection);
 }
 
 void TraceView::removeItems()
 {
     for (Trace *row : std::as_const(_items))
         rowLayout()->removeWidget(row);
+    const QPointer<TraceView> alive(this);
     updateCurrentTrace(nullptr);
+    if (!alive)
+        return;
 
-    const QList<Trace *> rows = std::exchange(_items, {});
     _bindings.clear();
+    bool wasFiltering = false;
+    while (alive && !_items.isEmpty()) {
+        Trace *row = _items.takeFirst();
+        wasFiltering |= releaseItem(row);
+        delete row;
+    }
+    if (!alive)
+        return;
     _emptyDataSlots = 0;
-    for (Trace *row : rows)
-        forgetItem(row);
-    qDeleteAll(rows);
+    if (wasFiltering)
+        tellFilteringProgress();
 }
 
 void TraceView::clear()
 {
+    const QPointer<TraceView> alive(this);
     removeItems();
-    emit itemSelectionCleared();
-    emit layoutOrContentChanged();
+    if (alive)
+        emit itemSelectionCleared();
+    if (alive)
+        emit layoutOrContentChanged();
 }
 
 Trace *TraceView::itemAt(int index) const
@@ -337,7 +404,10 @@ int TraceView::indexOf(Trace *row) const
 
 void TraceView::sort(bool (*lessThan)(const Trace *, const Trace *))
 {
+    const QPointer<TraceView> alive(this);
     emit distanceValuesRequired();
+    if (!alive)
+        return;
 
     for (Trace *row : std::as_const(_items))
         rowLayout()->removeWidget(row);
@@ -361,8 +431,7 @@ void TraceView::updateView()
 
 void TraceView::updateRecords()
 {
-    for (Trace *row : std::as_const(_items))
-        row->recordWidget()->updateRecords();
+    visitRows([](Trace *row) { row->recordWidget()->updateRecords(); });
 }
 
 QBoxLayout *TraceView::rowLayout() const

@@ -15,6 +15,7 @@
 #include <QMap>
 #include <QPair>
 #include <QPoint>
+#include <QPointer>
 #include <QSet>
 
 #include <functional>
@@ -42,6 +43,11 @@ namespace Gui {
  * rows and slots, so that a record that arrives finds its place; rows that still wait for data are
  * counted, and loadData() requests data for them. A view requests nothing by itself: a subclass
  * overrides the three request operations, or the host answers loadDataRequested() with a loader.
+ *
+ * Receivers of its signals may remove or delete rows, and the view itself unless it is just being
+ * resized. A row that is deleted without removeItem() is forgotten at once;
+ * layoutOrContentChanged() and, for the current row, currentItemChanged() with two null rows tell
+ * of it as soon as the event loop runs.
  */
 class NORVU_GUI_API TraceView : public QFrame
 {
@@ -146,7 +152,7 @@ public:
     void removeItemBoundTo(const std::string &id);
     /** Ids and slots bound to a row, in ascending order of the ids. */
     QList<QPair<std::string, int>> bindingsFor(Trace *row) const;
-    void clearBindings(Trace *row);
+    void clearBindings(const Trace *row);
     /** Removes the records of a slot from every row; the rows still count as requested. */
     void clearDataSlot(int slot);
 
@@ -314,7 +320,6 @@ protected:
 private slots:
     void countFilteringRow(Tellarix::Gui::RecordWidget *widget);
     void finishFilteringRow(Tellarix::Gui::RecordWidget *widget);
-    void forgetFilteringRow(QObject *widget);
 
 private:
     static constexpr int ColorBarWidth = 6;
@@ -336,15 +341,22 @@ private:
 
     QBoxLayout *rowLayout() const;
     Tellarix::Core::TimeWindow windowOf(const Tellarix::Gui::RecordWidget *widget) const;
-    void applyViewTo(Tellarix::Gui::RecordWidget *widget);
+    void applyViewTo(const QPointer<Tellarix::Gui::RecordWidget> &widget);
     void bindStreams(Trace *row, RecordIDStrategy strategy);
-    void forgetItem(Trace *row);
-    QList<Trace *>::iterator removeTraceItem(QList<Trace *>::iterator position);
+    bool forgetItem(Trace *row);
+    bool releaseItem(Trace *row);
+    void forgetDeletedItem(Trace *row);
+    void removeTraceItem(Trace *row);
+    template <typename Visit>
+    bool visitRows(QList<Trace *> rows, Visit visit);
+    template <typename Visit>
+    bool visitRows(Visit visit);
 
-    void changeFiltering(const std::function<void(Tellarix::Gui::RecordWidget *)> &change);
+    bool changeFiltering(const std::function<void(Tellarix::Gui::RecordWidget *)> &change);
     void watchFiltering(Tellarix::Gui::RecordWidget *widget);
-    void applyNormMode();
-    void applyCommonAmplitudeRange();
+    void tellFilteringProgress();
+    bool applyNormMode();
+    bool applyCommonAmplitudeRange();
     void prepareVisibleRows();
 
     void markRequested(Trace *row);
@@ -358,6 +370,7 @@ private:
         return _selectionMode > QAbstractItemView::SingleSelection;
     }
     bool setOnlySelected(const Trace *target);
+    void setSelected(const QList<Trace *> &rows, bool select);
     void selectByDialog(const QString &title, bool select);
     void selectNeighbour(int step);
     void scrollContents(int pixels);
@@ -418,7 +431,32 @@ private:
     QAction *_normSeparator{nullptr};
 
     friend class MultiTraceWidget;
+    friend class Trace;
 };
+
+/**
+ * Visits rows one by one, save those that are gone when it is their turn: what a visit sets off may
+ * remove any of them.
+ * @return false if the view is gone
+ */
+template <typename Visit>
+bool TraceView::visitRows(QList<Trace *> rows, Visit visit)
+{
+    const QPointer<TraceView> alive(this);
+    for (int i = 0; alive && i < rows.size(); ++i) {
+        // As a rule a row is still where it was.
+        if (_items.value(i) == rows.at(i) || _items.contains(rows.at(i)))
+            visit(rows.at(i));
+    }
+    return !alive.isNull();
+}
+
+/** Visits all rows. */
+template <typename Visit>
+bool TraceView::visitRows(Visit visit)
+{
+    return visitRows(_items, visit);
+}
 
 Q_DECLARE_OPERATORS_FOR_FLAGS(TraceView::NormalizationModes)
 

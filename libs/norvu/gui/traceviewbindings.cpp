@@ -83,7 +83,7 @@ QList<QPair<std::string, int>> TraceView::bindingsFor(Trace *row) const
     return bindings;
 }
 
-void TraceView::clearBindings(Trace *row)
+void TraceView::clearBindings(const Trace *row)
 {
     for (auto binding = _bindings.begin(); binding != _bindings.end();) {
         if (binding->first == row)
@@ -95,8 +95,7 @@ void TraceView::clearBindings(Trace *row)
 
 void TraceView::clearDataSlot(int slot)
 {
-    for (Trace *row : std::as_const(_items))
-        row->recordWidget()->setRecords(slot, nullptr, true);
+    visitRows([slot](Trace *row) { row->recordWidget()->setRecords(slot, nullptr, true); });
 }
 
 void TraceView::markRequested(Trace *row)
@@ -132,25 +131,29 @@ void TraceView::endDataRequest()
 
 void TraceView::loadData()
 {
+    const QPointer<TraceView> alive(this);
     emit loadDataRequested();
+    if (!alive)
+        return;
 
     bool isRequesting = false;
-    const QList<Trace *> rows = _items;
-    for (Trace *row : rows) {
-        // An answer to an earlier row may have removed this one.
-        if (!_items.contains(row) || row->_dataRequested)
-            continue;
-        if (!isRequesting && !beginDataRequest())
+    bool isRefused = false;
+    visitRows([&](Trace *row) {
+        if (isRefused || row->_dataRequested)
+            return;
+        isRefused = !isRequesting && !beginDataRequest();
+        if (isRefused)
             return;
 
         isRequesting = true;
         markRequested(row);
         requestData(row);
-    }
+    });
 
-    if (isRequesting)
+    if (alive && isRequesting)
         endDataRequest();
-    updateToolbar();
+    if (alive && !isRefused)
+        updateToolbar();
 }
 
 void TraceView::updateToolbar()
@@ -165,13 +168,16 @@ void TraceView::updateToolbar()
 
 void TraceView::resetSelectedTraces()
 {
-    for (Trace *row : std::as_const(_items)) {
+    const bool isAlive = visitRows([this](Trace *row) {
         if (!row->isSelected())
-            continue;
+            return;
+        const QPointer<Trace> present(row);
         row->reset();
-        markNotRequested(row);
-    }
-    updateToolbar();
+        if (present)
+            markNotRequested(row);
+    });
+    if (isAlive)
+        updateToolbar();
 }
 
 void TraceView::resetDataStateOfAllTraces()
@@ -183,13 +189,11 @@ void TraceView::resetDataStateOfAllTraces()
 
 void TraceView::cleanTraces()
 {
-    for (auto position = _items.begin(); position != _items.end();) {
-        const RecordSequence *records = (*position)->recordWidget()->records(0);
+    visitRows([this](Trace *row) {
+        const RecordSequence *records = row->recordWidget()->records(0);
         if (!records || records->isEmpty())
-            position = removeTraceItem(position);
-        else
-            ++position;
-    }
+            removeTraceItem(row);
+    });
 }
 
 bool TraceView::copyDataFrom(const TraceView *other)
@@ -205,9 +209,11 @@ bool TraceView::copyDataFrom(const TraceView *other, const TimeWindow &window)
 bool TraceView::copyRows(const TraceView *other, const TimeWindow *window)
 {
     bool hasCopied = false;
-    const QList<Trace *> sources = other->items();
-    for (const Trace *source : sources) {
-        Trace *copy = copyRow(source, window);
+    const QPointer<TraceView> alive(this);
+    const QList<Trace *> rows = other->items();
+    const QVector<QPointer<const Trace>> sources(rows.begin(), rows.end());
+    for (const QPointer<const Trace> &source : sources) {
+        Trace *copy = alive && source ? copyRow(source, window) : nullptr;
         if (!copy)
             continue;
         addItem(copy, NoRecordID);

@@ -6,8 +6,6 @@
 
 #include <tellarix/qt/records/recordwidget.h>
 
-#include <QScopedValueRollback>
-
 #include <utility>
 
 namespace Norvu {
@@ -20,9 +18,9 @@ void TraceView::setFilter(Tellarix::Math::Filtering::InPlaceFilter<double> *filt
     if (filter != _filter)
         delete std::exchange(_filter, filter);
 
-    changeFiltering([this](RecordWidget *widget) { widget->setFilter(_filter); });
-    applyNormMode();
-    emit layoutOrContentChanged();
+    if (changeFiltering([this](RecordWidget *widget) { widget->setFilter(_filter); }) &&
+        applyNormMode())
+        emit layoutOrContentChanged();
 }
 
 void TraceView::setFilterEnabled(bool enable)
@@ -31,9 +29,9 @@ void TraceView::setFilterEnabled(bool enable)
         return;
 
     _filterEnabled = enable;
-    changeFiltering([enable](RecordWidget *widget) { widget->enableFiltering(enable); });
-    applyNormMode();
-    emit layoutOrContentChanged();
+    if (changeFiltering([enable](RecordWidget *widget) { widget->enableFiltering(enable); }) &&
+        applyNormMode())
+        emit layoutOrContentChanged();
 }
 
 void TraceView::setBackgroundFiltering(bool enable)
@@ -42,30 +40,31 @@ void TraceView::setBackgroundFiltering(bool enable)
         return;
 
     _backgroundFiltering = enable;
-    changeFiltering([enable](RecordWidget *widget) { widget->setBackgroundFiltering(enable); });
-    if (!_filter || !_filterEnabled)
-        return;
-    applyNormMode();
-    emit layoutOrContentChanged();
+    const auto change = [enable](RecordWidget *widget) { widget->setBackgroundFiltering(enable); };
+    if (changeFiltering(change) && _filter && _filterEnabled && applyNormMode())
+        emit layoutOrContentChanged();
 }
 
 // In the background
 
-/** Changes all rows and then tells of those that filter now, all together. */
-void TraceView::changeFiltering(const std::function<void(RecordWidget *)> &change)
+/** Changes all rows and then tells of those that filter now, all together; false if the view is
+ *  gone. */
+bool TraceView::changeFiltering(const std::function<void(RecordWidget *)> &change)
 {
+    const QPointer<TraceView> alive(this);
     const int previousTotal = _filteringTotal;
-    {
-        const QScopedValueRollback<bool> changing(_filterIsChanging, true);
-        for (Trace *row : std::as_const(_items))
-            change(row->recordWidget());
-    }
+    const bool wasChanging = std::exchange(_filterIsChanging, true);
+    if (!visitRows([&change](Trace *row) { change(row->recordWidget()); }))
+        return false;
+
+    _filterIsChanging = wasChanging;
     const int count = _filteringRows.size();
     _filteringTotal = count;
     if (count > 0)
         emit filteringProgress(0, count);
     else if (previousTotal > 0)
         emit filteringProgress(previousTotal, previousTotal);
+    return !alive.isNull();
 }
 
 void TraceView::watchFiltering(RecordWidget *widget)
@@ -74,7 +73,6 @@ void TraceView::watchFiltering(RecordWidget *widget)
             SLOT(countFilteringRow(Tellarix::Gui::RecordWidget *)));
     connect(widget, SIGNAL(filteringFinished(Tellarix::Gui::RecordWidget *)), this,
             SLOT(finishFilteringRow(Tellarix::Gui::RecordWidget *)));
-    connect(widget, SIGNAL(destroyed(QObject *)), this, SLOT(forgetFilteringRow(QObject *)));
 }
 
 void TraceView::countFilteringRow(RecordWidget *widget)
@@ -87,22 +85,26 @@ void TraceView::countFilteringRow(RecordWidget *widget)
 
 void TraceView::finishFilteringRow(RecordWidget *widget)
 {
-    forgetFilteringRow(widget);
+    if (_filteringRows.remove(widget))
+        tellFilteringProgress();
 }
 
-void TraceView::forgetFilteringRow(QObject *widget)
+void TraceView::tellFilteringProgress()
 {
-    if (!_filteringRows.remove(widget) || _filterIsChanging)
+    if (_filterIsChanging)
         return;
 
     const int total = _filteringTotal;
+    const int done = total - _filteringRows.size();
     const bool isLast = _filteringRows.isEmpty();
+    const QPointer<TraceView> alive(this);
     if (isLast) {
         _filteringTotal = 0;
         applyNormMode();
     }
-    emit filteringProgress(total - _filteringRows.size(), total);
-    if (isLast)
+    if (alive)
+        emit filteringProgress(done, total);
+    if (alive && isLast)
         emit layoutOrContentChanged();
 }
 

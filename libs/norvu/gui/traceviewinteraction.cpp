@@ -62,8 +62,9 @@ void TraceView::activateCurrentRow()
     if (!_currentItem)
         return;
 
+    const QPointer<TraceView> alive(this);
     setSelectedTrace(indexOf(_currentItem));
-    if (_currentItem)
+    if (alive && _currentItem)
         emit itemActivated(_currentItem);
 }
 
@@ -123,6 +124,7 @@ void TraceView::mouseReleaseEvent(QMouseEvent *event)
     if (_selectionMode == QAbstractItemView::NoSelection || !mapToContents(event->pos(), position))
         return;
 
+    const QPointer<TraceView> alive(this);
     const bool isMultiple = allowsMultipleSelection();
     if (isMultiple && event->modifiers().testFlag(Qt::ShiftModifier) && _currentItem)
         selectUpTo(rowAt(position), event);
@@ -131,7 +133,10 @@ void TraceView::mouseReleaseEvent(QMouseEvent *event)
     else
         selectOnly(rowAt(position), event);
 
-    if (!event->isAccepted())
+    // A view that is gone has no parent to which the event could go on.
+    if (!alive)
+        event->accept();
+    else if (!event->isAccepted())
         QFrame::mouseReleaseEvent(event);
 }
 
@@ -139,18 +144,15 @@ void TraceView::selectUpTo(Trace *row, QMouseEvent *event)
 {
     const int from = rowLayout()->indexOf(_currentItem);
     const int to = row ? rowLayout()->indexOf(row) : -1;
+    const QList<Trace *> rows = rowsInLayoutOrder(std::min(from, to), std::max(from, to));
+    const QPointer<TraceView> alive(this);
     if (row)
         updateCurrentTrace(row);
-    if (from < 0 || to < 0)
+    if (!alive || from < 0 || to < 0)
         return;
 
     event->accept();
-    bool hasChanged = false;
-    const QList<Trace *> rows = rowsInLayoutOrder(std::min(from, to), std::max(from, to));
-    for (Trace *selected : rows)
-        hasChanged |= selected->setSelected(true);
-    if (hasChanged)
-        emit itemSelectionChanged();
+    setSelected(rows, true);
 }
 
 void TraceView::toggleRow(Trace *row, QMouseEvent *event)
@@ -158,16 +160,20 @@ void TraceView::toggleRow(Trace *row, QMouseEvent *event)
     if (!row)
         return;
 
-    updateCurrentTrace(row);
     event->accept();
-    if (row->setSelected(!row->isSelected()))
-        emit itemSelectionChanged();
+    const QPointer<TraceView> alive(this);
+    updateCurrentTrace(row);
+    if (alive && _items.contains(row))
+        setSelected({row}, !row->isSelected());
 }
 
 void TraceView::selectOnly(Trace *row, QMouseEvent *event)
 {
+    const QPointer<TraceView> alive(this);
     if (row)
         updateCurrentTrace(row);
+    if (!alive)
+        return;
     event->setAccepted(!_items.isEmpty());
     if (setOnlySelected(row))
         emit itemSelectionChanged();
@@ -181,10 +187,11 @@ void TraceView::mouseDoubleClickEvent(QMouseEvent *event)
         !_currentItem)
         return;
 
-    emit itemDoubleClicked(_currentItem);
-    if (_currentItem)
-        emit itemActivated(_currentItem);
     event->accept();
+    const QPointer<TraceView> alive(this);
+    emit itemDoubleClicked(_currentItem);
+    if (alive && _currentItem)
+        emit itemActivated(_currentItem);
 }
 
 void TraceView::mouseMoveEvent(QMouseEvent *event)
@@ -200,11 +207,12 @@ void TraceView::mouseMoveEvent(QMouseEvent *event)
             return;
         _dragging = true;
     }
+    const QPointer<TraceView> alive(this);
     if (_dragItems.isEmpty())
         takeDragItems();
 
     QPoint position;
-    if (mapToContents(event->pos(), position))
+    if (alive && mapToContents(event->pos(), position))
         moveDragItemsTo(rowAt(position));
 }
 
@@ -215,9 +223,14 @@ void TraceView::takeDragItems()
     if (!row)
         return;
 
+    const QPointer<TraceView> alive(this);
     updateCurrentTrace(row);
+    if (!alive || !_items.contains(row))
+        return;
     if (!row->isSelected() && setOnlySelected(row))
         emit itemSelectionChanged();
+    if (!alive)
+        return;
 
     const QList<Trace *> rows = rowsInLayoutOrder(0, rowLayout()->count() - 1);
     std::copy_if(rows.begin(), rows.end(), std::back_inserter(_dragItems),

@@ -118,8 +118,10 @@ void TraceView::setAlignment(Tellarix::Core::Time time)
 {
     for (Trace *row : std::as_const(_items))
         row->recordWidget()->setAlignment(time);
+    const QPointer<TraceView> alive(this);
     _timeScale->setAlignment(time);
-    emit alignmentChanged(time);
+    if (alive)
+        emit alignmentChanged(time);
 }
 
 void TraceView::setTimeRange(double tmin, double tmax)
@@ -134,9 +136,13 @@ void TraceView::setTimeRange(double tmin, double tmax)
         return;
 
     const double length = tmax - tmin;
-    applyNormMode();
-    _timeScale->setScale(width / (length > 0 ? length : 1.0));
-    _timeScale->setRange(tmin, tmax);
+    const QPointer<TraceView> alive(this);
+    if (applyNormMode())
+        _timeScale->setScale(width / (length > 0 ? length : 1.0));
+    if (alive)
+        _timeScale->setRange(tmin, tmax);
+    if (!alive)
+        return;
 
     // The ruler limits what it is asked for.
     _tmin = _timeScale->lower();
@@ -201,9 +207,12 @@ void TraceView::setCoveredTimeRange()
 
 void TraceView::resetView()
 {
+    const QPointer<TraceView> alive(this);
     setAlignment(_timeScale->alignment());
-    setCoveredTimeRange();
-    emit viewReset();
+    if (alive)
+        setCoveredTimeRange();
+    if (alive)
+        emit viewReset();
 }
 
 void TraceView::ensureVisible(const Trace *row)

@@ -68,21 +68,24 @@ void TraceView::updateTraceNormalization()
     setTimeRange(_tmin, _tmax);
 }
 
-void TraceView::applyNormMode()
+/** Normalizes the rows, which tell of it; false if the view is gone. */
+bool TraceView::applyNormMode()
 {
     const bool byWindow = _normMode.testFlag(WindowNormalization);
     const bool common = _normMode.testFlag(AllTracesNormalization);
-    if (common)
-        applyCommonAmplitudeRange();
+    if (common && !applyCommonAmplitudeRange())
+        return false;
 
-    for (Trace *row : std::as_const(_items)) {
-        RecordWidget *widget = row->recordWidget();
+    return visitRows([&](Trace *row) {
+        const QPointer<RecordWidget> widget(row->recordWidget());
         widget->setAmplAutoScaleEnabled(!common);
-        widget->setNormalizationWindow(byWindow ? windowOf(widget) : Tellarix::Core::TimeWindow());
-    }
+        if (widget)
+            widget->setNormalizationWindow(byWindow ? windowOf(widget)
+                                                    : Tellarix::Core::TimeWindow());
+    });
 }
 
-void TraceView::applyCommonAmplitudeRange()
+bool TraceView::applyCommonAmplitudeRange()
 {
     const bool byWindow = _normMode.testFlag(WindowNormalization);
     bool isFirst = true;
@@ -102,12 +105,12 @@ void TraceView::applyCommonAmplitudeRange()
         isFirst = false;
     }
 
-    for (Trace *row : std::as_const(_items)) {
+    return visitRows([&](Trace *row) {
         RecordWidget *widget = row->recordWidget();
         const double scale = displayedScale(widget);
         const Range range = inOrder(common.first / scale, common.second / scale);
         widget->setAmplRange(range.first, range.second);
-    }
+    });
 }
 
 } // namespace Gui

@@ -2,6 +2,7 @@
 
 #include "traceview.h"
 
+#include <norvu/gui/modaldialog_p.h>
 #include <norvu/gui/simpledialog.h>
 #include <norvu/gui/trace.h>
 
@@ -46,9 +47,9 @@ bool TraceView::emptySelection() const
 bool TraceView::setOnlySelected(const Trace *target)
 {
     bool hasChanged = false;
-    for (Trace *row : std::as_const(_items))
-        hasChanged |= row->setSelected(row == target);
-    return hasChanged;
+    const bool isAlive =
+        visitRows([&](Trace *row) { hasChanged |= row->setSelected(row == target); });
+    return isAlive && hasChanged;
 }
 
 void TraceView::updateCurrentTrace(Trace *row)
@@ -62,9 +63,10 @@ void TraceView::updateCurrentTrace(Trace *row)
 
 void TraceView::select(Trace *row)
 {
+    const QPointer<TraceView> alive(this);
     if (_items.contains(row))
         updateCurrentTrace(row);
-    if (setOnlySelected(row))
+    if (alive && setOnlySelected(row))
         emit itemSelectionChanged();
 }
 
@@ -73,32 +75,36 @@ void TraceView::selectAll()
     if (!allowsMultipleSelection())
         return;
 
+    setSelected(_items, true);
+}
+
+/** Selects or deselects rows of the list, and tells so if it changes any. */
+void TraceView::setSelected(const QList<Trace *> &rows, bool select)
+{
     bool hasChanged = false;
-    for (Trace *row : std::as_const(_items))
-        hasChanged |= row->setSelected(true);
-    if (hasChanged)
+    if (visitRows(rows, [&](Trace *row) { hasChanged |= row->setSelected(select); }) && hasChanged)
         emit itemSelectionChanged();
 }
 
 void TraceView::clearSelection()
 {
+    const QPointer<TraceView> alive(this);
     const bool hasChanged = setOnlySelected(nullptr);
-    updateCurrentTrace(nullptr);
-    emit itemSelectionCleared();
-    if (hasChanged)
+    if (alive)
+        updateCurrentTrace(nullptr);
+    if (alive)
+        emit itemSelectionCleared();
+    if (alive && hasChanged)
         emit itemSelectionChanged();
 }
 
 void TraceView::selectMatching(const QString &pattern, bool select)
 {
     const QRegExp expression(pattern, Qt::CaseSensitive, QRegExp::Wildcard);
-    bool hasChanged = false;
-    for (Trace *row : std::as_const(_items)) {
-        if (expression.exactMatch(row->label()))
-            hasChanged |= row->setSelected(select);
-    }
-    if (hasChanged)
-        emit itemSelectionChanged();
+    QList<Trace *> rows;
+    std::copy_if(_items.begin(), _items.end(), std::back_inserter(rows),
+                 [&](const Trace *row) { return expression.exactMatch(row->label()); });
+    setSelected(rows, select);
 }
 
 void TraceView::selectPattern()
@@ -118,17 +124,10 @@ void TraceView::selectByDialog(const QString &title, bool select)
 
     auto *pattern = new QLineEdit(QStringLiteral("*"));
     pattern->selectAll();
-    // The view may go away, and the dialog with it, while the user thinks.
-    const QPointer<SimpleDialog> dialog(new SimpleDialog(pattern, this));
+    ModalDialog<SimpleDialog> dialog(pattern, this);
     dialog->setWindowTitle(title);
-    const bool isAccepted = dialog->exec() == QDialog::Accepted;
-    if (!dialog)
-        return;
-
-    const QString text = pattern->text();
-    delete dialog;
-    if (isAccepted)
-        selectMatching(text, select);
+    if (dialog.isAccepted())
+        selectMatching(pattern->text(), select);
 }
 
 void TraceView::setSelectedTrace(int index)
@@ -139,15 +138,15 @@ void TraceView::setSelectedTrace(int index)
         return;
     }
 
-    Trace *old = _currentItem;
+    const QPointer<TraceView> alive(this);
     Trace *row = _items[(index % rowCount + rowCount) % rowCount];
-    _currentItem = row;
+    Trace *old = std::exchange(_currentItem, row);
     const bool hasChanged = setOnlySelected(row);
     _scrollArea->ensureVisible(0, row->y(), 0, row->height());
 
     if (old != row)
         emit currentItemChanged(old, row);
-    if (hasChanged)
+    if (alive && hasChanged)
         emit itemSelectionChanged();
 }
 

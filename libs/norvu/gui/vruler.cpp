@@ -5,6 +5,7 @@
 #include <tellarix/qt/records/recordwidget.h>
 
 #include <QPainter>
+#include <QPointer>
 
 #include <cmath>
 
@@ -70,8 +71,10 @@ void VRuler::updateScale(RecordWidget *widget)
     const Range range = widget->drawMode() == RecordWidget::SameOffset
                             ? rangeOfOverlaidSlots(*widget)
                             : shownRange(*widget, widget->currentRecords());
+    const QPointer<RecordWidget> present(widget);
     setRange(range.first, range.second);
-    widget->setGridVRange(range.first, range.second);
+    if (present)
+        present->setGridVRange(range.first, range.second);
 }
 
 bool VRuler::getTickText(double value, double nextValue, int line, QString &text) const
