@@ -19,7 +19,7 @@ class Host : public Norvu::Gui::Application
 {
 public:
     Host(int &argc, char **argv)
-        : Norvu::Gui::Application(argc, argv, 0, Tellarix::Gui::Application::GuiClient, nullptr,
+        : Norvu::Gui::Application(argc, argv, 0, Tellarix::Gui::Application::Desktop, nullptr,
                                   nullptr, "Minimal host", "An example", "1.0")
     {}
 

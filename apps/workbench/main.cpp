@@ -33,7 +33,7 @@ int main(int argc, char **argv)
 {
     using Workbench::WorkbenchApplication;
 
-    int flags = WorkbenchApplication::WantRecordStream | WorkbenchApplication::ShowSplash;
+    int flags = WorkbenchApplication::OfferRecordStream | WorkbenchApplication::ShowSplash;
     if (wantsPictures(argc, argv)) {
         flags &= ~WorkbenchApplication::ShowSplash;
         originalHandler = qInstallMessageHandler(dropPlatformNotes);

@@ -32,7 +32,7 @@ void printError(const QString &text)
 } // namespace
 
 WorkbenchApplication::WorkbenchApplication(int &argc, char **argv, int flags)
-    : Norvu::Gui::Application(argc, argv, flags, GuiClient, SplashImage, IconFile, "Norvu",
+    : Norvu::Gui::Application(argc, argv, flags, Desktop, SplashImage, IconFile, "Norvu",
                               "Waveforms, spectrograms, events and maps on one desk",
                               Core::CurrentVersion.toString().c_str())
 {

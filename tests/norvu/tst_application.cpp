@@ -35,7 +35,7 @@ class Host : private Arguments, public Application
 {
 public:
     explicit Host(int flags = 0, const char *icon = nullptr)
-        : Application(count, values, flags, GuiClient, ":/norvu/gui/splash.png", icon, "Picker",
+        : Application(count, values, flags, Desktop, ":/norvu/gui/splash.png", icon, "Picker",
                       "Onsets by hand", "1.4")
     {}
 };

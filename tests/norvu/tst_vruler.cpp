@@ -91,7 +91,7 @@ private slots:
     void takesRangeOfShownSlotsWhenOverlaid()
     {
         RecordWidget widget;
-        widget.setDrawMode(RecordWidget::SameOffset);
+        widget.setDrawMode(RecordWidget::Overlaid);
         for (int slot = 0; slot < 3; ++slot) {
             setRecords(widget, slot, 10);
             widget.setRecordScale(slot, slot + 1);

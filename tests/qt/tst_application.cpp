@@ -36,7 +36,7 @@ struct Arguments
 class TestApplication : public Gui::Application
 {
 public:
-    TestApplication(Arguments &arguments, int flags = 0, Type type = GuiClient)
+    TestApplication(Arguments &arguments, int flags = 0, Type type = Desktop)
         : Gui::Application(arguments.count, arguments.pointers.data(), flags, type)
     {}
 
@@ -98,13 +98,13 @@ private slots:
     void offersOptionsByFlags()
     {
         for (const int flag :
-             {Gui::Application::WantDatabase, Gui::Application::WantRecordStream}) {
+             {Gui::Application::OfferDatabase, Gui::Application::OfferRecordStream}) {
             Arguments arguments({"--database=sqlite:///x"});
             QCOMPARE(TestApplication(arguments, flag).init(),
-                     flag == Gui::Application::WantDatabase);
+                     flag == Gui::Application::OfferDatabase);
             Arguments others({"--record-stream=file:///x"});
             QCOMPARE(TestApplication(others, flag).init(),
-                     flag == Gui::Application::WantRecordStream);
+                     flag == Gui::Application::OfferRecordStream);
         }
     }
 
@@ -123,7 +123,7 @@ private slots:
     void runsUntilExitWithoutWindows()
     {
         Arguments arguments;
-        TestApplication application(arguments, 0, Gui::Application::Tty);
+        TestApplication application(arguments, 0, Gui::Application::Console);
         QTimer::singleShot(10, &application, [&] { application.exit(3); });
         QCOMPARE(application.exec(), 3);
         QCOMPARE(application.calls.last(), QStringLiteral("done"));

@@ -191,12 +191,12 @@ private slots:
         }
 
         widget.install({record(0, {0, 0, 0, 8})});
-        widget.setAmplScale(2);
-        widget.setAmplScale(0);
-        widget.setAmplScale(NaN);
+        widget.setMagnification(2);
+        widget.setMagnification(0);
+        widget.setMagnification(NaN);
         QVERIFY(isClose(widget.amplitudeRange(0), Range(2 + (-0.2 - 2) / 2, 2 + (8.2 - 2) / 2)));
 
-        widget.setAmplScale(1);
+        widget.setMagnification(1);
         widget.setAmplAutoScaleEnabled(false);
         widget.setAmplRange(3, -3);
         QVERIFY(isClose(widget.amplitudeRange(0), Range(-3, 3)));
@@ -211,7 +211,7 @@ private slots:
         widget.install({record(0, {-1, 3})}, 1);
         widget.setRecordScale(1, 10);
         QVERIFY(isClose(widget.amplitudeRange(1), Range(-1.1, 3.1)));
-        widget.setDrawMode(RecordWidget::SameOffset);
+        widget.setDrawMode(RecordWidget::Overlaid);
         QVERIFY(isClose(widget.amplitudeRange(0), Range(-10.5, 10.5)));
         widget.showScaledValues(true);
         QVERIFY(isClose(widget.amplitudeRange(0), Range(-11, 31)));

@@ -109,7 +109,7 @@ private slots:
     void keepsTracesInTheirRows()
     {
         View view;
-        view.lastRow()->recordWidget()->setAmplScale(20);
+        view.lastRow()->recordWidget()->setMagnification(20);
         // Lines, and spans of dense samples.
         for (const double seconds : {2.0, 600.0}) {
             view.setTimeRange(0, seconds);

@@ -68,7 +68,7 @@ void VRuler::updateScale(RecordWidget *widget)
     if (!widget)
         return;
 
-    const Range range = widget->drawMode() == RecordWidget::SameOffset
+    const Range range = widget->drawMode() == RecordWidget::Overlaid
                             ? rangeOfOverlaidSlots(*widget)
                             : shownRange(*widget, widget->currentRecords());
     const QPointer<RecordWidget> present(widget);

@@ -22,7 +22,7 @@ std::unique_ptr<QCoreApplication> makeApplication(int &argc, char **argv, Applic
 {
     if (QCoreApplication::instance() != nullptr)
         return nullptr;
-    if (type == Application::Tty)
+    if (type == Application::Console)
         return std::make_unique<QCoreApplication>(argc, argv);
 
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
@@ -107,7 +107,7 @@ bool Application::run()
         _mainWidget->show();
         if (_splash)
             _splash->finish(_mainWidget);
-    } else if (_type != Tty) {
+    } else if (_type != Console) {
         return true;
     }
 
@@ -130,8 +130,8 @@ void Application::exit(int returnCode)
 
 void Application::createCommandLineDescription()
 {
-    setDatabaseOffered((_flags & WantDatabase) != 0);
-    setRecordStreamOffered((_flags & WantRecordStream) != 0);
+    setDatabaseOffered((_flags & OfferDatabase) != 0);
+    setRecordStreamOffered((_flags & OfferRecordStream) != 0);
     Client::Application::createCommandLineDescription();
 }
 

@@ -32,20 +32,20 @@ class TELLARIX_GUI_API Application : public QObject, public Client::Application
 public:
     enum Type
     {
-        Tty,       /**< QCoreApplication, no windows */
-        GuiClient, /**< QApplication */
+        Console, /**< QCoreApplication, no windows */
+        Desktop, /**< QApplication */
     };
 
     /** Bits of the constructor's flags. */
     enum Flag
     {
-        ShowSplash = 0x01,       /**< shows the splash picture of splashImagePath() */
-        WantDatabase = 0x02,     /**< offers --database */
-        WantRecordStream = 0x04, /**< offers --record-stream */
-        DefaultFlags = ShowSplash | WantDatabase | WantRecordStream,
+        ShowSplash = 0x01,        /**< shows the splash picture of splashImagePath() */
+        OfferDatabase = 0x02,     /**< offers --database */
+        OfferRecordStream = 0x04, /**< offers --record-stream */
+        DefaultFlags = ShowSplash | OfferDatabase | OfferRecordStream,
     };
 
-    Application(int &argc, char **argv, int flags = DefaultFlags, Type type = GuiClient);
+    Application(int &argc, char **argv, int flags = DefaultFlags, Type type = Desktop);
     ~Application() override;
 
     static Application *Instance();
@@ -62,7 +62,7 @@ public:
     bool init() override;
     /**
      * Shows the main widget and runs the event loop until the widget is closed or exit() is
-     * called. Without a main widget only a Tty application has something to wait for.
+     * called. Without a main widget only a Console application has something to wait for.
      */
     bool run() override;
     void done() override;

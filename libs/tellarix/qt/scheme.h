@@ -55,7 +55,6 @@ public:
         int lineWidth{1};           /**< of traces and markers, in pixels */
         bool antiAliasing{false};   /**< smooth slanted lines where samples are far apart */
         bool optimize{true};        /**< polylines hold what pixels can show, not every sample */
-        bool showEngineeringValues{false};
     };
 
     struct Rulers

@@ -204,7 +204,7 @@ QPen RecordWidget::recordPen(int slot) const
         return *item->pen;
 
     const Scheme::Records &scheme = Scheme::Current().records;
-    const bool overlaid = _drawMode == SameOffset && slot > 0;
+    const bool overlaid = _drawMode == Overlaid && slot > 0;
     QPen pen(overlaid ? scheme.alternateForeground : scheme.foreground, scheme.lineWidth);
     pen.setCosmetic(true);
     return pen;

@@ -53,9 +53,9 @@ public:
     /** How slots share the canvas. */
     enum DrawMode
     {
-        Single = 0,     /**< only the current slot */
-        InRows = 1,     /**< visible slots below each other */
-        SameOffset = 2, /**< visible slots on top of each other */
+        Single = 0,   /**< only the current slot */
+        InRows = 1,   /**< visible slots below each other */
+        Overlaid = 2, /**< visible slots on top of each other */
     };
 
     enum AxisPosition
@@ -187,7 +187,7 @@ public:
     /** The range given to setAmplRange(). */
     QPair<double, double> amplRange() const { return {_amplMin, _amplMax}; }
     bool isAmplAutoScaleEnabled() const { return _amplAutoScale; }
-    double amplScale() const { return _amplScale; }
+    double magnification() const { return _magnification; }
     const Core::TimeWindow &normalizationWindow() const { return _normalizationWindow; }
     bool areScaledValuesShown() const { return _showScaledValues; }
     /** Value of a slot at a y of the widget, in samples; and the y of a value. */
@@ -283,7 +283,7 @@ public slots:
     void setAmplRange(double minimum, double maximum);
     void setAmplAutoScaleEnabled(bool enable);
     /** Magnifies amplitudes about the offset; above 0, 1 shows the whole range. */
-    void setAmplScale(double scale);
+    void setMagnification(double magnification);
     /** Time window that counts for the automatic range; an invalid one means all data. */
     void setNormalizationWindow(const Tellarix::Core::TimeWindow &window);
     /** Whether axis and pointer show samples times recordScale(). */
@@ -450,7 +450,7 @@ private:
     double _gridUpper{0};
     double _amplMin{-1};
     double _amplMax{1};
-    double _amplScale{1};
+    double _magnification{1};
     int _currentSlot{0};
     int _axisWidth{0};
     int _axisSpacing{0};

@@ -239,8 +239,8 @@ void RecordWidget::buildTrace(int slot)
     info.yOffset = range.offset;
     info.fyMin = range.lower - range.offset;
     info.fyMax = range.upper - range.offset;
-    info.yMin = info.fyMin * _amplScale;
-    info.yMax = info.fyMax * _amplScale;
+    info.yMin = info.fyMin * _magnification;
+    info.yMax = info.fyMax * _magnification;
 
     const RecordSequence *sequence = displayedRecords(slot);
     const QRect area = slotRect(slot);
@@ -358,7 +358,7 @@ void RecordWidget::drawAmplitudeGrid(QPainter &painter, const Look &colors) cons
 
         for (const int y : isSet ? rangeGridLines(area.height()) : tickLines(slot))
             lines.append(QLine(area.left(), area.top() + y, area.right(), area.top() + y));
-        if (_drawMode == SameOffset)
+        if (_drawMode == Overlaid)
             break;
     }
     drawLines(painter, colors.gridMinor, lines);
@@ -469,7 +469,7 @@ void RecordWidget::drawSlotTexts(QPainter &painter, const Look &colors) const
         if (text.isEmpty() || area.height() < metrics.height() + TextGap)
             continue;
         // Overlaid slots stand beside each other, each in the colour of its trace.
-        const bool overlaid = _drawMode == SameOffset;
+        const bool overlaid = _drawMode == Overlaid;
         painter.setClipRect(area);
         painter.setPen(overlaid && !colors.highlighted ? recordPen(slot).color() : colors.text);
         drawTextOnTrace(painter,
@@ -557,7 +557,7 @@ void RecordWidget::drawAxes(QPainter &painter, const Look &colors) const
 
     painter.save();
     const QVector<int> rows = drawnSlots();
-    if (_drawMode == SameOffset && !rows.isEmpty())
+    if (_drawMode == Overlaid && !rows.isEmpty())
         drawAxis(painter, colors, rows.contains(_currentSlot) ? _currentSlot : rows.first());
     else
         std::for_each(rows.begin(), rows.end(), [&](int slot) { drawAxis(painter, colors, slot); });

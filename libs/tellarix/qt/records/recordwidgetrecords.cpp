@@ -20,7 +20,7 @@ namespace {
 constexpr double Margin = 0.05;
 // Sums and differences of amplitudes within these limits stay finite.
 constexpr double AmplitudeLimit = 1E250;
-constexpr double LargestAmplScale = 1E9;
+constexpr double LargestMagnification = 1E9;
 // Least distance of repaints for fed records in ms: while a day is loaded, painting each of its
 // records would take longer than reading it.
 constexpr int FeedInterval = 200;
@@ -212,7 +212,7 @@ RecordWidget::ShownRange RecordWidget::shownRange(int slot) const
     double upper = std::max(_amplMin, _amplMax);
     double offset = 0.5 * lower + 0.5 * upper;
     if (_amplAutoScale) {
-        const bool overlaid = _drawMode == SameOffset && isSlotDrawn(slot);
+        const bool overlaid = _drawMode == Overlaid && isSlotDrawn(slot);
         const double factor = overlaid ? 1 / std::abs(shownFactor(slot)) : 1.0;
         const Extrema extrema = overlaid ? commonExtrema() : extremaOf(*item);
         if (extrema.empty)
@@ -232,8 +232,8 @@ RecordWidget::ShownRange RecordWidget::shownRange(int slot) const
     }
     range.empty = false;
     range.offset = offset;
-    range.lower = offset + (lower - offset) / _amplScale;
-    range.upper = offset + (upper - offset) / _amplScale;
+    range.lower = offset + (lower - offset) / _magnification;
+    range.upper = offset + (upper - offset) / _magnification;
     return range;
 }
 
@@ -291,12 +291,13 @@ void RecordWidget::setAmplAutoScaleEnabled(bool enable)
     updateAll();
 }
 
-void RecordWidget::setAmplScale(double scale)
+void RecordWidget::setMagnification(double magnification)
 {
-    if (!(scale >= 1 / LargestAmplScale) || !(scale <= LargestAmplScale) || scale == _amplScale)
+    if (!(magnification >= 1 / LargestMagnification) || !(magnification <= LargestMagnification) ||
+        magnification == _magnification)
         return;
 
-    _amplScale = scale;
+    _magnification = magnification;
     forgetExtrema();
     updateAll();
 }
