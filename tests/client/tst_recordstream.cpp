@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
+#include "core/seedbytes.h"
+
 #include <tellarix/client/io/recordstream.h>
 #include <tellarix/core/records/formats/miniseedwriter.h>
 #include <tellarix/core/records/formats/sac.h>
@@ -14,6 +16,7 @@
 #include <future>
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -58,6 +61,24 @@ QByteArray sac(int count)
                              new FloatArray(count, std::vector<float>(size_t(count)).data())),
                       error);
     return bytes;
+}
+
+/** A version 3 record without samples, 40 bytes long. */
+QByteArray emptyRecord()
+{
+    Seed3 record;
+    record.identifier.clear();
+    record.payload.clear();
+    record.sampleCount = 0;
+    return record.bytes();
+}
+
+/** The most memory that the process has had so far, in bytes. */
+int64_t peakMemory()
+{
+    rusage usage;
+    ::getrusage(RUSAGE_SELF, &usage);
+    return int64_t(usage.ru_maxrss) * 1024;
 }
 
 QString isoStart(const Record &record)
@@ -171,7 +192,7 @@ private slots:
     {
         const QByteArray sound = seed("XX.A..BHZ", "2024-01-01T00:00:00Z");
         QByteArray encoding = sound;
-        encoding[52] = 30;
+        encoding[52] = 31;
         QByteArray empty = sound;
         empty[30] = empty[31] = 0;
         const struct
@@ -181,16 +202,44 @@ private slots:
             QString message;
         } rows[] = {
             {QByteArray(700000, 'x') + sound + sound, 2, "byte 0: 700000 bytes that are no record"},
-            {sound + encoding + sound, 2, "byte 512: XX.A..BHZ: unsupported encoding 30"},
+            {sound + encoding + sound, 2, "byte 512: XX.A..BHZ: unsupported encoding 31"},
             {sound + empty + sound, 2, "byte 512: XX.A..BHZ: record has no samples (note)"},
             {sac(100).left(632 + 42), 1, "byte 0: file is cut off: it holds 10 of 100 samples"},
-            {sac(10) + "xyz", 1, "byte 672: 3 bytes that belong to nothing"},
+            {sac(10) + QByteArray(700000, 'x'), 1, "byte 672: 700000 bytes that belong to nothing"},
         };
         for (const auto &row : rows) {
             _messages.clear();
             QCOMPARE(readAll(*stream(write("file", row.bytes))).size(), row.records);
             QCOMPARE(_messages, QStringList("file: " + row.message));
         }
+    }
+
+    void takesNoMemoryForWhatIsMissing()
+    {
+        const std::pair<QByteArray, QString> rows[] = {
+            {changed<int32_t>(sac(1).left(632), 79 * 4, 1 << 27),
+             "file: byte 0: file is cut off: it holds 0 of 134217728 samples"},
+            {changed<uint32_t>(emptyRecord(), 36, 130000000),
+             "file: byte 0: record of 130000040 bytes is cut off after 40 bytes"},
+        };
+        for (const auto &[bytes, message] : rows) {
+            _messages.clear();
+            const int64_t before = peakMemory();
+            QCOMPARE(readAll(*stream(write("file", bytes))), QStringList());
+            QVERIFY(peakMemory() - before < 32 * 1024 * 1024);
+            QCOMPARE(_messages, QStringList(message));
+        }
+    }
+
+    void tellsSoManyThingsAtMost()
+    {
+        const QByteArray damaged =
+            QByteArray(seed("XX.A..BHZ", "2024-01-01T00:00:00Z")).replace(52, 1, QByteArray(1, 31));
+        readAll(*stream(write("file", emptyRecord().repeated(2000) + damaged.repeated(5))));
+
+        QCOMPARE(_messages.size(), 1001);
+        QCOMPARE(_messages.last(), QString("file: 1005 further messages, of which 5 tell of "
+                                           "something that could not be read"));
     }
 
     void readsLongFilesAgain()
@@ -295,17 +344,37 @@ private slots:
         write(folder + '3', sound + sound.left(77));
         write(folder + '4', seed("XX.B..HHZ", "2024-01-04T13:00:00Z") +
                                 seed("XX.A..HHZ", "2024-01-04T12:00:00Z"));
+        // Nobody writes to it: reading would take for ever.
+        QCOMPARE(::mkfifo(QFile::encodeName(path(folder + '5')).constData(), 0600), 0);
 
         const RecordStreamPtr reader = stream("archive://" + _directory->path().toStdString());
         reader->addStream("XX", "A", "*", "*");
 
         QCOMPARE(readAll(*reader),
                  QStringList({"XX.A..HHZ 2024-01-03T12:00:00", "XX.A..HHZ 2024-01-04T12:00:00"}));
-        QCOMPARE(_messages,
-                 QStringList(
-                     {folder + "1: file is empty", folder + "2: neither miniSEED nor SAC",
-                      folder + "3: byte 512: record of 512 bytes is cut off after 77 bytes",
-                      folder + "4: byte 0: file holds records of XX.B..HHZ, which are skipped"}));
+        QCOMPARE(
+            _messages,
+            QStringList({folder + "1: file is empty", folder + "2: neither miniSEED nor SAC",
+                         folder + "3: byte 512: record of 512 bytes is cut off after 77 bytes",
+                         folder + "4: byte 0: file holds records of XX.B..HHZ, which are skipped",
+                         folder + "5: is not a regular file"}));
+    }
+
+    void closesFilesOfArchives()
+    {
+        QByteArray damaged = seed("XX.A..HHZ", "2024-01-01T12:00:00Z");
+        damaged[52] = 31;
+        write("2024/XX/A/HHZ.D/XX.A..HHZ.D.2024.001", damaged.repeated(10));
+        const RecordStreamPtr reader = stream("archive://" + _directory->path().toStdString());
+        int messages = 0;
+        reader->setMessageHandler([&](const StreamMessage &) {
+            ++messages;
+            reader->close();
+        });
+
+        QVERIFY(reader->open());
+        QVERIFY(!reader->next());
+        QCOMPARE(messages, 1);
     }
 
 private:

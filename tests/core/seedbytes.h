@@ -33,6 +33,14 @@ private:
     bool _bigEndian;
 };
 
+/** @p bytes with a little-endian number at @p offset. */
+template <typename T>
+QByteArray changed(QByteArray bytes, int offset, T value)
+{
+    qToLittleEndian<T>(&value, 1, bytes.data() + offset);
+    return bytes;
+}
+
 /** A miniSEED 2 record of 256 bytes with 32-bit integers, built field by field. */
 struct Seed2
 {
@@ -152,3 +160,17 @@ struct Seed3
         return header.bytes() + identifier + extra + payload;
     }
 };
+
+/** Version 3 headers of 40 bytes that all claim what follows, up to @p behind bytes behind the last
+ *  one, and whose check sums are wrong. */
+inline QByteArray greedyHeaders(int count, int behind = 0)
+{
+    Seed3 empty;
+    empty.identifier.clear();
+    empty.payload.clear();
+    const QByteArray header = changed<uint32_t>(empty.bytes(), 28, 1);
+    QByteArray bytes;
+    for (int i = count - 1; i >= 0; --i)
+        bytes += changed<uint32_t>(header, 36, static_cast<uint32_t>(40 * i + behind));
+    return bytes;
+}

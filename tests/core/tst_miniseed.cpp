@@ -84,6 +84,8 @@ QStringList scan(const QByteArray &bytes, int pieceSize = 1 << 20, bool lookAhea
                 scanner.append(view(bytes.mid(position, pieceSize)));
             position = std::min(bytes.size(), position + pieceSize);
             break;
+        case RecordScanner::Step::Pause:
+            break;
         case RecordScanner::Step::End:
             return told;
         }
@@ -384,97 +386,121 @@ private slots:
                 QStringList({"R 0", "F 256 " + cause, QString("R %1").arg(256 + bytes.size())}));
     }
 
-    void tellsDamagedPayloads_data()
+    void tellsDamagedPayloads()
     {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<int>("samples");
-        QTest::addColumn<QString>("cause");
-
         Seed2 encoding;
-        encoding.encoding = 30;
-        QTest::newRow("encoding") << encoding.bytes() << 0 << "unsupported encoding 30";
+        encoding.encoding = 31;
         Seed2 count;
         count.sampleCount = 33;
-        QTest::newRow("one sample too many")
-            << count.bytes() << 0 << "33 samples don't fit into 128 bytes of data";
         Seed3 huge;
         huge.encoding = 11;
         huge.sampleCount = 0xFFFFFFFF;
         huge.payload = QByteArray(64, '\0');
-        QTest::newRow("4294967295 samples")
-            << huge.bytes() << 0 << "4294967295 samples don't fit into 64 bytes of data";
-
-        QByteArray steim = written(*makeRecord(noise(100, 50, 6)));
-        QByteArray last = steim;
+        QByteArray last = written(*makeRecord(noise(100, 50, 6)));
         last[64 + 11] = char(last[64 + 11] ^ 1);
-        QTest::newRow("last sample of Steim2")
-            << last << 100 << "integrity check of the compressed";
         // Steps of 3000 take half a word each: the first frame holds 26 of them.
         std::vector<int> ramp(100);
         for (int i = 0; i < 100; ++i)
             ramp[size_t(i)] = 3000 * i;
-        QByteArray flags = written(*makeRecord(ramp));
-        flags.replace(128, 64, QByteArray::fromHex("aaaaaaaa").leftJustified(64, '\0'));
-        QTest::newRow("code of differences in the second frame")
-            << flags << 26 << "record holds 26 of 100 samples";
-    }
+        QByteArray codes = written(*makeRecord(ramp));
+        codes.replace(128, 64, QByteArray::fromHex("aaaaaaaa").leftJustified(64, '\0'));
 
-    void tellsDamagedPayloads()
-    {
-        QFETCH(QByteArray, bytes);
-        QFETCH(QString, cause);
-
-        std::string told;
-        const auto records = decodeAll(bytes, &told);
-
-        QVERIFY2(QString::fromStdString(told).startsWith(cause), told.c_str());
-        QTEST(records.empty() ? 0 : records[0]->sampleCount(), "samples");
-    }
-
-    void findsRecords_data()
-    {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<QStringList>("told");
-
-        const QByteArray two = Seed2().bytes();
-        const QByteArray three = Seed3().bytes();
-        Seed2 without;
-        without.has1000 = false;
-        const QByteArray unknownLength = without.bytes();
-        const QString end3 = QString("R %1").arg(256 + three.size());
-
-        QTest::newRow("both versions") << two + three + two << QStringList({"R 0", "R 256", end3});
-        QTest::newRow("no blockette 1000")
-            << unknownLength + unknownLength + two << QStringList({"R 0", "R 256", "R 512"});
-        QTest::newRow("garbage between")
-            << two + QByteArray(77, 'x') + three
-            << QStringList({"R 0", "F 256 77 bytes that are no record", "R 333"});
-        QTest::newRow("empty bytes")
-            << two + QByteArray(1024, '\0') + two + QByteArray(64, ' ')
-            << QStringList({"R 0", "N 256 1024 empty bytes", "R 1280", "N 1536 64 empty bytes"});
-        QTest::newRow("cut off in the middle")
-            << two + two.left(200) + two + two
-            << QStringList({"R 0", "F 256 record of 256 bytes is cut off after 200 bytes", "R 456",
-                            "R 712"});
-        Seed2 swallowing;
-        swallowing.lengthExponent = 10;
-        QTest::newRow("length that swallows whole records")
-            << two + swallowing.bytes() + two + two + two + two
-            << QStringList({"R 0", "F 256 record of 1024 bytes is cut off after 256 bytes", "R 512",
-                            "R 768", "R 1024", "R 1280"});
-        QTest::newRow("control headers and noise")
-            << controlHeader('V', 4096) + controlHeader('A', 4096) + two +
-                   QByteArray("000009").leftJustified(256, ' ') + two
-            << QStringList({"R 8192", "R 8704"});
+        const struct
+        {
+            QByteArray bytes;
+            int samples;
+            QString cause;
+        } rows[] = {{encoding.bytes(), 0, "unsupported encoding 31"},
+                    {count.bytes(), 0, "33 samples don't fit into 128 bytes of data"},
+                    {huge.bytes(), 0, "4294967295 samples don't fit into 64 bytes of data"},
+                    {last, 100, "integrity check of the compressed samples failed"},
+                    {codes, 26, "record holds 26 of 100 samples"}};
+        for (const auto &row : rows) {
+            std::string told;
+            const auto records = decodeAll(row.bytes, &told);
+            QVERIFY2(QString::fromStdString(told).startsWith(row.cause), told.c_str());
+            QCOMPARE(records.empty() ? 0 : records[0]->sampleCount(), row.samples);
+        }
     }
 
     void findsRecords()
     {
-        QFETCH(QByteArray, bytes);
-        QFETCH(QStringList, told);
+        const QByteArray two = Seed2().bytes();
+        const QByteArray three = Seed3().bytes();
+        Seed2 unknown;
+        unknown.has1000 = false;
+        Seed2 swallowing;
+        swallowing.lengthExponent = 10;
+        Seed3 longer;
+        longer.extra = QByteArray(777, ' ');
+        const QByteArray swallowed = longer.bytes() + three + longer.bytes();
+        const std::pair<QByteArray, QStringList> rows[] = {
+            {two + three + two, {"R 0", "R 256", "R 328"}},
+            {unknown.bytes() + unknown.bytes() + two, {"R 0", "R 256", "R 512"}},
+            {two + QByteArray(77, 'x') + three,
+             {"R 0", "F 256 77 bytes that are no record", "R 333"}},
+            {two + QByteArray(1024, '\0') + two + QByteArray(64, ' '),
+             {"R 0", "N 256 1024 empty bytes", "R 1280", "N 1536 64 empty bytes"}},
+            {two + two.left(200) + two + two,
+             {"R 0", "F 256 record of 256 bytes is cut off after 200 bytes", "R 456", "R 712"}},
+            {two + swallowing.bytes() + two + two + two + two,
+             {"R 0", "F 256 record of 1024 bytes is cut off after 256 bytes", "R 512", "R 768",
+              "R 1024", "R 1280"}},
+            {three + greedyHeaders(1, swallowed.size()) + swallowed,
+             {"R 0", "F 72 check sum of the record is wrong", "R 112", "R 961", "R 1033"}},
+            {controlHeader('V', 4096) + controlHeader('A', 4096) + two +
+                 QByteArray("000009").leftJustified(256, ' ') + two,
+             {"R 8192", "R 8704"}},
+        };
+        for (const auto &[bytes, told] : rows) {
+            for (const int pieceSize : {1, 7, 100, 256, 1 << 20})
+                QCOMPARE(scan(bytes, pieceSize), told);
+        }
+    }
 
-        for (const int pieceSize : {1, 7, 100, 256, 1 << 20})
-            QCOMPARE(scan(bytes, pieceSize), told);
+    void takesTimeInProportion()
+    {
+        // Headers that claim all that follows, by themselves and in the payload of a record.
+        Seed2 around;
+        around.lengthExponent = 20;
+        Seed2 damaged;
+        damaged.day = 400;
+        const QByteArray inside = around.bytes() + damaged.bytes().left(48).repeated(20000) +
+                                  greedyHeaders(2000, 4000000) + QByteArray(4000000, 'x');
+        const std::pair<QByteArray, int> inputs[] = {{greedyHeaders(30000), 1}, {inside, 2}};
+        for (const auto &[bytes, told] : inputs) {
+            QElapsedTimer elapsed;
+            elapsed.start();
+            QCOMPARE(scan(bytes, 1000).size(), told);
+            // Takes minutes if it grows with the square.
+            QVERIFY2(elapsed.elapsed() < 10000, QByteArray::number(elapsed.elapsed()));
+        }
+
+        // Who calls gets a chance to stop.
+        RecordScanner scanner;
+        scanner.append(view(inputs[0].first));
+        scanner.finish();
+        int pauses = 0;
+        while (scanner.next() == RecordScanner::Step::Pause)
+            ++pauses;
+        QVERIFY2(pauses >= inputs[0].first.size() / 300000, QByteArray::number(pauses));
+    }
+
+    void addsUpOverlappingStretches()
+    {
+        const auto seed = std::random_device()();
+        std::mt19937 random(seed);
+        QByteArray bytes(100000, '\0');
+        std::generate(bytes.begin(), bytes.end(), [&] { return char(random()); });
+
+        ChecksumIndex index;
+        for (int begin = 0; begin < bytes.size(); begin += int(random() % 900)) {
+            const QByteArray stretch =
+                bytes.mid(begin, int(random() % (random() % 2 ? 300 : 90000)));
+            const uint32_t checksum = ~index.add(ChecksumStart, view(stretch), begin);
+            QVERIFY2(checksum == slowCrc32c(stretch),
+                     qPrintable(QString("seed %1, byte %2").arg(seed).arg(begin)));
+        }
     }
 
     void deliversEverythingAroundDamage()

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
+#include "seedbytes.h"
+
 #include <tellarix/core/records/formats/sac.h>
 #include <tellarix/core/records/typedarray.h>
 
 #include <QBuffer>
-#include <QtEndian>
 #include <QtTest>
 
 #include <algorithm>
@@ -36,13 +37,6 @@ QByteArray written(const Record &record)
     buffer.open(QIODevice::WriteOnly);
     std::string error;
     return writeSac(buffer, record, error) ? bytes : QByteArray();
-}
-
-template <typename T>
-QByteArray changed(QByteArray bytes, int offset, T value)
-{
-    qToLittleEndian<T>(&value, 1, bytes.data() + offset);
-    return bytes;
 }
 
 QByteArray swapped(QByteArray bytes)

@@ -19,6 +19,7 @@ const RecordStreamScheme archiveScheme("archive",
 const std::string TypeOption = "?type=";
 const char *const KnownTypes = "DELTCRO";
 constexpr double SecondsPerDay = 86400;
+constexpr size_t MaxStrangers = 100;
 
 bool isNumber(const std::string &text, size_t digits)
 {
@@ -60,7 +61,7 @@ bool ArchiveStream::open()
     _progress = 0;
     _files.clear();
     _current = 0;
-    _file.reset();
+    setFile(nullptr);
     for (const std::string &name : entries(_root, true)) {
         int year = 0;
         if (isNumber(name, 4) && Core::fromString(year, name) && isRequestedYear(year))
@@ -80,18 +81,29 @@ RecordPtr ArchiveStream::next()
             ++_current;
             continue;
         }
+        // Opening the file may have undone a close() that came just before.
+        if (_closed)
+            break;
         const RecordPtr record = _file->next();
         _progress = (static_cast<double>(_current) + std::max(0.0, _file->progress())) /
                     static_cast<double>(_files.size());
         if (record && accepts(*record))
             return record;
         if (!record) {
-            _file.reset();
+            setFile(nullptr);
             ++_current;
         }
     }
-    _file.reset();
+    setFile(nullptr);
     return RecordPtr();
+}
+
+void ArchiveStream::close()
+{
+    _closed = true;
+    const std::lock_guard<std::mutex> lock(_fileMutex);
+    if (_file)
+        _file->close();
 }
 
 std::string ArchiveStream::originName() const
@@ -170,7 +182,7 @@ std::vector<std::string> ArchiveStream::entries(const std::string &directory,
     namespace fs = std::filesystem;
     std::vector<std::string> names;
     std::error_code error;
-    for (fs::directory_iterator entry(directory, error), end; !error && entry != end;
+    for (fs::directory_iterator entry(directory, error), end; !error && !_closed && entry != end;
          entry.increment(error)) {
         std::error_code ignored;
         if (entry->is_directory(ignored) == directories)
@@ -199,15 +211,28 @@ bool ArchiveStream::openCurrent()
 {
     const DayFile &file = _files[_current];
     _strangers.clear();
-    _file.reset(new FileStream);
+    std::error_code error;
+    const auto status = std::filesystem::status(file.path, error);
+    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
+        report({StreamMessage::Severity::Fault, file.path, -1, "is not a regular file"});
+        return false;
+    }
+
+    setFile(new FileStream);
     _file->setMessageHandler([this](const StreamMessage &message) { report(message); });
     requestOf(file, *_file);
     if (_file->setSource(file.path) && _file->open())
         return true;
 
     report({StreamMessage::Severity::Fault, file.path, -1, _file->failureCause()});
-    _file.reset();
+    setFile(nullptr);
     return false;
+}
+
+void ArchiveStream::setFile(const Core::SmartPointer<FileStream> &file)
+{
+    const std::lock_guard<std::mutex> lock(_fileMutex);
+    _file = file;
 }
 
 /** Asks for all streams in the file, since records may carry other codes than its name. */
@@ -226,12 +251,13 @@ bool ArchiveStream::accepts(const Record &record)
     if (record.streamID() == _files[_current].codes->id())
         return requested;
 
-    if (_strangers.insert(record.streamID()).second) {
+    if (_strangers.size() < MaxStrangers && _strangers.insert(record.streamID()).second) {
         const auto severity =
             requested ? StreamMessage::Severity::Note : StreamMessage::Severity::Fault;
+        const std::string others = _strangers.size() == MaxStrangers ? " and other streams" : "";
         const std::string outcome = requested ? "" : ", which are skipped";
         report({severity, _file->originName(), _file->originOffset(),
-                "file holds records of " + record.streamID() + outcome});
+                "file holds records of " + record.streamID() + others + outcome});
     }
     return requested;
 }

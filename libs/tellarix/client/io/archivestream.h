@@ -5,6 +5,7 @@
 #include <tellarix/client/io/filestream.h>
 
 #include <atomic>
+#include <mutex>
 #include <set>
 #include <string>
 #include <vector>
@@ -19,8 +20,8 @@ namespace IO {
  * A file of the tree is YEAR/NET/STA/CHA.TYPE/NET.STA.LOC.CHA.TYPE.YEAR.DAY, the day being that of
  * the year in three digits. A record belongs to the day of its first sample and may run past
  * midnight, so the file of the day before a time window is read as well. Streams are delivered one
- * after another in the order of their ids, the files of each in the order of time. A file that
- * can't be read is told and left out.
+ * after another in the order of their ids, the files of each in the order of time. What can't be
+ * read, or is a pipe or another thing than a file, is told and left out.
  */
 class TELLARIX_CLIENT_API ArchiveStream : public RecordStream
 {
@@ -32,7 +33,7 @@ public:
     /** Lists the files that hold requested streams and times. */
     bool open() override;
     RecordPtr next() override;
-    void close() override { _closed = true; }
+    void close() override;
 
     std::string originName() const override;
     int64_t originOffset() const override;
@@ -57,6 +58,7 @@ private:
     bool parseFileName(const std::string &name, DayFile &file) const;
 
     bool openCurrent();
+    void setFile(const Core::SmartPointer<FileStream> &file);
     void requestOf(const DayFile &file, FileStream &stream) const;
     bool accepts(const Record &record);
 
@@ -65,6 +67,7 @@ private:
     std::vector<DayFile> _files;
     size_t _current{0};
     Core::SmartPointer<FileStream> _file;
+    std::mutex _fileMutex;            /**< close() comes from any thread */
     std::set<std::string> _strangers; /**< foreign streams of the file that were told */
     std::atomic<bool> _closed{true};
     std::atomic<double> _progress{-1};

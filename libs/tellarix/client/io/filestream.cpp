@@ -25,6 +25,9 @@ const RecordStreamScheme fileScheme("file", [] { return RecordStreamPtr(new File
 constexpr size_t BlockSize = 256 * 1024;
 // What is no record within so many bytes from the start makes the file one of another format.
 constexpr int64_t MaxGarbage = 16 * 1024 * 1024;
+constexpr int MaxMessages = 1000;
+// Without a descriptor to be woken by, close() is looked for so often.
+constexpr int PollMSecs = 50;
 
 const char *const StandardInput = "-";
 
@@ -70,11 +73,14 @@ bool FileStream::setSource(const std::string &source)
 bool FileStream::open()
 {
     closeFile();
-    if (!setSource(_path) || !openFile())
-        return false;
-
     _closed = false;
+    if (!setSource(_path) || !openFile()) {
+        _closed = true;
+        return false;
+    }
+
     _atEnd = false;
+    _messages = _faultsLeftOut = _notesLeftOut = 0;
     _position = 0;
     _originOffset = -1;
     _format = Format::Unknown;
@@ -100,8 +106,10 @@ RecordPtr FileStream::next()
     RecordPtr record;
     if (!_closed)
         record = _format == Format::Sac ? nextSac() : nextMiniSeed();
-    if (!record)
+    if (!record) {
+        reportLeftOut();
         closeFile();
+    }
     return record;
 }
 
@@ -165,7 +173,7 @@ void FileStream::detectFormat()
             _format = Format::Sac;
         if (_format != Format::Unknown || bytes.size() >= Formats::SacHeaderSize)
             break;
-        if (!readMore(Formats::SacHeaderSize - bytes.size()))
+        if (!readMore())
             break;
     }
     if (_format == Format::Unknown && (!_regular || findFirstRecord()))
@@ -190,30 +198,35 @@ bool FileStream::checkFormat()
 bool FileStream::findFirstRecord()
 {
     using Step = Formats::RecordScanner::Step;
-    for (;;) {
+    while (!_closed) {
         const Step step = _scanner.next();
+        if (step == Step::Pause)
+            continue;
         if (step != Step::NeedsBytes) {
             _heldStep = step;
             return step == Step::Record || !_scanner.pending().empty();
         }
         if (_position > MaxGarbage)
             return false;
-        if (!readMore(_scanner.wanted()))
+        if (!readMore())
             _scanner.finish();
     }
+    return true;
 }
 
-/** Reads what is there, at least a byte; false at the end, after close() and on errors. */
-bool FileStream::readMore(size_t size)
+/**
+ * Reads what is there, at least a byte; false at the end, after close() and on errors. Blocks of
+ * one size, however many bytes are wanted: a damaged header may want any number of them.
+ */
+bool FileStream::readMore()
 {
     if (!isReading() || (!_regular && !waitForBytes()))
         return false;
 
-    const size_t room = std::max(size, BlockSize);
-    char *target = _scanner.reserve(room);
+    char *target = _scanner.reserve(BlockSize);
     ssize_t count;
     do {
-        count = ::read(_file, target, room);
+        count = ::read(_file, target, BlockSize);
     } while (count < 0 && (errno == EINTR || (errno == EAGAIN && waitForBytes())));
     if (_closed)
         return false;
@@ -233,7 +246,8 @@ bool FileStream::waitForBytes() const
 {
     pollfd descriptors[] = {{_file, POLLIN, 0}, {_wakeUp, POLLIN, 0}};
     while (!_closed) {
-        if (::poll(descriptors, 2, -1) > 0 && descriptors[0].revents != 0 && !_closed)
+        if (::poll(descriptors, 2, _wakeUp < 0 ? PollMSecs : -1) > 0 &&
+            descriptors[0].revents != 0 && !_closed)
             return true;
     }
     return false;
@@ -257,8 +271,10 @@ RecordPtr FileStream::nextMiniSeed()
             reportAt(StreamMessage::Severity::Note, _scanner.offset(), _scanner.cause());
             break;
         case Step::NeedsBytes:
-            if (!readMore(_scanner.wanted()))
+            if (!readMore())
                 _scanner.finish();
+            break;
+        case Step::Pause:
             break;
         case Step::End:
             return RecordPtr();
@@ -309,7 +325,7 @@ RecordPtr FileStream::nextSac()
     }
     _originOffset = 0;
     const size_t size = static_cast<size_t>(header.fileSize());
-    while (_scanner.pending().size() < size && readMore(size - _scanner.pending().size())) {
+    while (_scanner.pending().size() < size && readMore()) {
     }
     if (_closed)
         return RecordPtr();
@@ -317,17 +333,36 @@ RecordPtr FileStream::nextSac()
     const RecordPtr record = Formats::decodeSac(_scanner.pending(), cause);
     if (!cause.empty())
         reportAt(StreamMessage::Severity::Fault, 0, cause);
-    if (_scanner.pending().size() > size)
+    // The rest of a file need not be read for that.
+    const int64_t there = std::max<int64_t>(_size, static_cast<int64_t>(_scanner.pending().size()));
+    if (there > header.fileSize())
         reportAt(StreamMessage::Severity::Fault, header.fileSize(),
-                 std::to_string(_scanner.pending().size() - size) +
-                     " bytes that belong to nothing");
+                 std::to_string(there - header.fileSize()) + " bytes that belong to nothing");
+    if (_regular)
+        _position = there;
     return record && isRequested(*record->codes(), record->timeWindow()) ? record : RecordPtr();
 }
 
 void FileStream::reportAt(StreamMessage::Severity severity, int64_t offset,
                           const std::string &cause)
 {
-    report({severity, _name, offset, cause});
+    if (_messages++ < MaxMessages)
+        report({severity, _name, offset, cause});
+    else
+        ++(severity == StreamMessage::Severity::Fault ? _faultsLeftOut : _notesLeftOut);
+}
+
+void FileStream::reportLeftOut()
+{
+    const int64_t count = _faultsLeftOut + _notesLeftOut;
+    if (count == 0)
+        return;
+    const auto severity =
+        _faultsLeftOut > 0 ? StreamMessage::Severity::Fault : StreamMessage::Severity::Note;
+    report({severity, _name, -1,
+            std::to_string(count) + " further messages, of which " +
+                std::to_string(_faultsLeftOut) + " tell of something that could not be read"});
+    _faultsLeftOut = _notesLeftOut = 0;
 }
 
 } // namespace IO

@@ -18,6 +18,9 @@ namespace IO {
  * Reads miniSEED 2 and 3, also mixed, and SAC, told apart by what is in the file. The path is taken
  * as it stands, without percent-encoding. Records come in the order of the file. Pipes are read
  * as their bytes arrive.
+ *
+ * A file that is damaged all over is told by 1000 messages and one that counts the others. close()
+ * also ends a read that finds nothing to deliver.
  */
 class TELLARIX_CLIENT_API FileStream : public RecordStream
 {
@@ -56,13 +59,14 @@ private:
     bool findFirstRecord();
 
     bool isReading() const { return !_atEnd && !_closed; }
-    bool readMore(size_t size);
+    bool readMore();
     bool waitForBytes() const;
 
     RecordPtr nextMiniSeed();
     RecordPtr decodeFound();
     RecordPtr nextSac();
     void reportAt(StreamMessage::Severity severity, int64_t offset, const std::string &cause);
+    void reportLeftOut();
 
     std::string _path;
     std::string _failureCause;
@@ -79,6 +83,9 @@ private:
     Formats::MiniSeedDecoder _decoder;
     bool _atEnd{false};
     int64_t _originOffset{-1};
+    int64_t _messages{0};
+    int64_t _faultsLeftOut{0};
+    int64_t _notesLeftOut{0};
 };
 
 } // namespace IO

@@ -3,8 +3,6 @@
 #include <tellarix/core/records/formats/bytes_p.h>
 #include <tellarix/core/records/formats/miniseed.h>
 
-#include <boost/crc.hpp>
-
 #include <algorithm>
 #include <cctype>
 
@@ -402,17 +400,14 @@ int64_t guessMiniSeedLength(std::string_view bytes, bool complete)
     return -1;
 }
 
-uint32_t miniSeed3Checksum(std::string_view record)
+uint32_t miniSeed3Checksum(std::string_view record, int64_t offset, ChecksumIndex &index)
 {
     constexpr size_t ChecksumOffset = 28;
     constexpr size_t ChecksumSize = 4;
-    const char zeros[ChecksumSize] = {};
-    boost::crc_optimal<32, 0x1EDC6F41, 0xFFFFFFFF, 0xFFFFFFFF, true, true> crc;
-    crc.process_bytes(record.data(), ChecksumOffset);
-    crc.process_bytes(zeros, ChecksumSize);
-    crc.process_bytes(record.data() + ChecksumOffset + ChecksumSize,
-                      record.size() - ChecksumOffset - ChecksumSize);
-    return crc.checksum();
+    constexpr size_t Rest = ChecksumOffset + ChecksumSize;
+    uint32_t checksum = addToChecksum(ChecksumStart, record.substr(0, ChecksumOffset));
+    checksum = addToChecksum(checksum, std::string_view("\0\0\0", ChecksumSize));
+    return ~index.add(checksum, record.substr(Rest), offset + static_cast<int64_t>(Rest));
 }
 
 } // namespace Formats

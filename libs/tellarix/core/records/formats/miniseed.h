@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <tellarix/core/records/formats/checksumindex.h>
 #include <tellarix/core/records/record.h>
 
 #include <cstdint>
@@ -84,8 +85,10 @@ TELLARIX_CORE_API Finding parseMiniSeedHeader(std::string_view bytes, bool compl
  */
 TELLARIX_CORE_API int64_t guessMiniSeedLength(std::string_view bytes, bool complete);
 
-/** CRC-32C of a version 3 record, its own field counted as zero. */
-TELLARIX_CORE_API uint32_t miniSeed3Checksum(std::string_view record);
+/** CRC-32C of a version 3 record, its own field counted as zero, that begins at @p offset of the
+ *  run of bytes that @p index is about. */
+TELLARIX_CORE_API uint32_t miniSeed3Checksum(std::string_view record, int64_t offset,
+                                             ChecksumIndex &index);
 
 /**
  * Codes of a version 3 source identifier.

@@ -14,6 +14,8 @@ namespace {
 constexpr size_t SignatureSize = 48;
 constexpr size_t MinFillerSize = 256;
 constexpr size_t MaxFillerSize = 32768;
+constexpr int64_t PauseSize = 256 * 1024;
+constexpr size_t SkipSize = 64 * 1024;
 
 bool isBlank(std::string_view bytes)
 {
@@ -46,14 +48,21 @@ char *RecordScanner::reserve(size_t size)
 {
     consume(_used);
     _used = 0;
-    if (_end + size > _buffer.size()) {
-        if (_end > _begin)
-            std::memmove(_buffer.data(), _buffer.data() + _begin, _end - _begin);
-        _end -= _begin;
-        _begin = 0;
-    }
-    if (_end + size > _buffer.size())
-        _buffer.resize(_end + size);
+    if (_end + size <= _buffer.size())
+        return _buffer.data() + _end;
+
+    // Half as much again as there is: bytes are moved a few times each, in however many pieces
+    // they come.
+    const size_t used = _end - _begin;
+    const size_t wanted = used + used / 2 + size;
+    std::vector<char> larger(wanted > _buffer.size() ? wanted : 0);
+    std::vector<char> &target = larger.empty() ? _buffer : larger;
+    if (used > 0)
+        std::memmove(target.data(), _buffer.data() + _begin, used);
+    if (!larger.empty())
+        _buffer.swap(larger);
+    _begin = 0;
+    _end = used;
     return _buffer.data() + _end;
 }
 
@@ -78,6 +87,8 @@ void RecordScanner::reset()
     _baseOffset = 0;
     _lastLength = 0;
     _skipping = false;
+    _insideEnd = 0;
+    _checksums.clear();
 }
 
 std::string_view RecordScanner::pending() const
@@ -89,10 +100,12 @@ RecordScanner::Step RecordScanner::next()
 {
     consume(_used);
     _used = 0;
-    for (;;) {
+    const int64_t pauseOffset = _baseOffset + PauseSize;
+    while (_baseOffset < pauseOffset) {
         if (const OptionalStep step = _skipping ? stepSkip() : stepRecord())
             return *step;
     }
+    return Step::Pause;
 }
 
 RecordScanner::OptionalStep RecordScanner::stepRecord()
@@ -158,10 +171,9 @@ RecordScanner::OptionalStep RecordScanner::stepFiller()
 
 RecordScanner::OptionalStep RecordScanner::stepSkip()
 {
-    for (;;) {
-        const size_t position = nextCandidate(pending(), 0);
-        if (position == pending().size())
-            break;
+    const std::string_view bytes = pending().substr(0, SkipSize);
+    const size_t position = nextCandidate(bytes, 0);
+    if (position < bytes.size()) {
         skip(position);
         MiniSeedHeader candidate;
         const Finding finding = findRecord(0, candidate);
@@ -170,14 +182,18 @@ RecordScanner::OptionalStep RecordScanner::stepSkip()
         if (finding == Finding::Incomplete)
             return needs(candidate.needed);
         skip(1);
+        return {};
     }
-    if (_complete) {
-        skip(pending().size());
+    const bool all = bytes.size() == pending().size();
+    if (all && _complete) {
+        skip(bytes.size());
         return endSkip();
     }
     // The beginning of a record may stand at the end of what is there.
-    skip(pending().size() - std::min(pending().size(), SignatureSize));
-    return needs(2 * SignatureSize);
+    skip(bytes.size() - std::min(bytes.size(), SignatureSize));
+    if (all)
+        return needs(2 * SignatureSize);
+    return {};
 }
 
 RecordScanner::Step RecordScanner::needs(size_t size)
@@ -229,7 +245,7 @@ void RecordScanner::consume(size_t size)
 }
 
 /** A record that is there with all its bytes at @p position of the pending ones. */
-Finding RecordScanner::findRecord(size_t position, MiniSeedHeader &header) const
+Finding RecordScanner::findRecord(size_t position, MiniSeedHeader &header)
 {
     const std::string_view bytes = pending().substr(position);
     const Finding finding = parseMiniSeedHeader(bytes, _complete, header);
@@ -248,17 +264,29 @@ Finding RecordScanner::findRecord(size_t position, MiniSeedHeader &header) const
         if (!header.setLength(length))
             return Finding::Damaged;
     }
-    if (bytes.size() < static_cast<size_t>(header.length)) {
-        header.needed = static_cast<size_t>(header.length);
+    const bool all = bytes.size() >= static_cast<size_t>(header.length);
+    if (!all && _complete) {
         header.cause = cutOff(header.length, bytes.size());
-        return _complete ? Finding::Damaged : Finding::Incomplete;
+        return Finding::Damaged;
     }
-    if (header.version == 3 &&
-        miniSeed3Checksum(bytes.substr(0, static_cast<size_t>(header.length))) != header.checksum) {
+    if (header.version == 3 && !hasChecksum(position, header)) {
         header.cause = "check sum of the record is wrong";
         return Finding::Damaged;
     }
-    return Finding::Record;
+    header.needed = static_cast<size_t>(header.length);
+    return all ? Finding::Record : Finding::Incomplete;
+}
+
+/** True also as long as bytes are missing, of which those that are there are summed up by then. */
+bool RecordScanner::hasChecksum(size_t position, const MiniSeedHeader &header)
+{
+    const int64_t offset = _baseOffset + static_cast<int64_t>(position);
+    const size_t length = static_cast<size_t>(header.length);
+    const std::string_view bytes = pending().substr(position, length);
+    if (bytes.size() == length)
+        return miniSeed3Checksum(bytes, offset, _checksums) == header.checksum;
+    _checksums.prepare(bytes, offset);
+    return true;
 }
 
 bool RecordScanner::isFollowed(size_t length) const
@@ -268,12 +296,17 @@ bool RecordScanner::isFollowed(size_t length) const
 }
 
 /** Looks for a record that begins before the end of the first @p length pending bytes. */
-Finding RecordScanner::findInside(size_t length, size_t &position, MiniSeedHeader &header) const
+Finding RecordScanner::findInside(size_t length, size_t &position, MiniSeedHeader &header)
 {
-    const std::string_view bytes = pending();
-    for (position = nextCandidate(bytes, SignatureSize); position < length;
+    // With the end of the last signature, which may stand behind the record's.
+    const std::string_view bytes = pending().substr(0, length + SignatureSize);
+    position = SignatureSize;
+    if (_insideEnd > _baseOffset)
+        position = std::max(position, static_cast<size_t>(_insideEnd - _baseOffset));
+    for (position = nextCandidate(bytes, position); position < length;
          position = nextCandidate(bytes, position + 1)) {
         const Finding finding = findRecord(position, header);
+        _insideEnd = _baseOffset + static_cast<int64_t>(position);
         if (finding == Finding::Record || finding == Finding::Incomplete)
             return finding;
     }

@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <tellarix/core/records/formats/checksumindex.h>
 #include <tellarix/core/records/formats/miniseed.h>
 
 #include <optional>
@@ -17,8 +18,8 @@ namespace Formats {
  *
  * What is no record is skipped up to the next place that holds one; each such stretch is told once.
  * The scanner reads no payload beyond the check sum of version 3: the header of a found record is
- * sound, its samples may still turn out not to be. Memory is bounded by the longest record plus the
- * pieces that are written.
+ * sound, its samples may still turn out not to be. Time grows with the number of bytes, whatever
+ * they are; memory is bounded by the longest record plus the pieces that are written.
  */
 class TELLARIX_CORE_API RecordScanner
 {
@@ -29,6 +30,7 @@ public:
         Fault,      /**< bytes from offset() on could not be read: cause() */
         Note,       /**< bytes from offset() on hold nothing: cause() */
         NeedsBytes, /**< at least wanted() more bytes, or finish() */
+        Pause,      /**< nothing in the last 256 KB or so: call again */
         End,        /**< all bytes are used up */
     };
 
@@ -81,9 +83,10 @@ private:
     void skip(size_t size);
     void consume(size_t size);
 
-    Finding findRecord(size_t position, MiniSeedHeader &header) const;
+    Finding findRecord(size_t position, MiniSeedHeader &header);
+    bool hasChecksum(size_t position, const MiniSeedHeader &header);
     bool isFollowed(size_t length) const;
-    Finding findInside(size_t length, size_t &position, MiniSeedHeader &header) const;
+    Finding findInside(size_t length, size_t &position, MiniSeedHeader &header);
 
     bool _lookAhead{true};
     bool _complete{false};
@@ -100,6 +103,9 @@ private:
     std::string _skipCause;
     bool _skipQuiet{false};
     bool _skipBlank{true};
+
+    int64_t _insideEnd{0}; /**< no record begins before it inside of the one at the base */
+    ChecksumIndex _checksums;
 
     MiniSeedHeader _header;
     std::string_view _record;
