@@ -342,6 +342,58 @@ private slots:
             QCOMPARE(records[0]->data()->value(i), i + 1.0);
     }
 
+    void readsOldEncodings()
+    {
+        const auto power = [](int exponent) { return std::ldexp(1.0, exponent); };
+        const struct
+        {
+            int encoding;
+            int size;
+            std::vector<std::pair<unsigned, double>> samples; /**< bits and value */
+        } rows[] = {
+            // GEOSCOPE: 24 bits, and mantissas of 12 bits above -2048 under exponents of 3 or 4.
+            {12, 3, {{0x7FFFFF, 8388607}, {0x800000, -8388608}, {0x000102, 258}}},
+            {13, 2, {{0x0FFF, 2047}, {0x7000, -2048 * power(-7)}, {0x9801, power(-1)}}},
+            {14, 2, {{0x0FFF, 2047}, {0xF000, -2048 * power(-15)}, {0x9801, power(-9)}}},
+            // CDSN: 2 bits for gains of 1, 4, 16 and 128, and 14 bits above -8191.
+            {16, 2, {{0, -8191}, {0x7FFF, 4 * 8192}, {0xBFFF, 16 * 8192}, {0xE000, 128}}},
+            // SRO: the gain is 2 to the power of 10 - (4 bits); 12 bits with a sign.
+            {30, 2, {{0x07FF, 2047 * 1024}, {0x5FFF, -32}, {0xA801, -2047}}},
+            {32, 2, {{0x7FFF, 32767}, {0x8000, -32768}, {0x0102, 258}}},
+        };
+        for (const auto &row : rows) {
+            // Big-endian in version 2; little-endian in version 3, in which there are more than
+            // libmseed takes at once.
+            constexpr int Count = 4000;
+            QByteArray big;
+            QByteArray little;
+            for (size_t i = 0; i < Count; ++i) {
+                const unsigned bits = row.samples[i % row.samples.size()].first;
+                big += changed(QByteArray(4, '\0'), 0, qbswap(bits)).right(row.size);
+                little += changed(QByteArray(4, '\0'), 0, bits).left(row.size);
+            }
+            Seed2 two;
+            two.encoding = row.encoding;
+            two.sampleCount = 128 / row.size;
+            Seed3 three;
+            three.encoding = row.encoding;
+            three.sampleCount = Count;
+            three.payload = little;
+            const QByteArray bytes = two.bytes().replace(128, 128, big.left(128)) + three.bytes();
+
+            std::string cause;
+            const auto records = decodeAll(bytes, &cause);
+            QCOMPARE(cause, std::string());
+            QCOMPARE(records.size(), size_t(2));
+            QCOMPARE(records[1]->sampleCount(), Count);
+            for (const RecordPtr &record : records) {
+                for (int i = 0; i < record->sampleCount(); ++i)
+                    QCOMPARE(record->data()->value(i),
+                             row.samples[size_t(i) % row.samples.size()].second);
+            }
+        }
+    }
+
     void namesStreamsOfSourceIdentifiers()
     {
         const struct
@@ -396,6 +448,13 @@ private slots:
         huge.encoding = 11;
         huge.sampleCount = 0xFFFFFFFF;
         huge.payload = QByteArray(64, '\0');
+        // SRO knows gains up to 10.
+        Seed3 lateGain;
+        lateGain.encoding = 30;
+        lateGain.sampleCount = 5000;
+        lateGain.payload = QByteArray(10000, '\0').replace(6001, 1, "\xb0");
+        Seed3 firstGain = lateGain;
+        firstGain.payload[1] = '\xf0';
         QByteArray last = written(*makeRecord(noise(100, 50, 6)));
         last[64 + 11] = char(last[64 + 11] ^ 1);
         // Steps of 3000 take half a word each: the first frame holds 26 of them.
@@ -413,6 +472,8 @@ private slots:
         } rows[] = {{encoding.bytes(), 0, "unsupported encoding 31"},
                     {count.bytes(), 0, "33 samples don't fit into 128 bytes of data"},
                     {huge.bytes(), 0, "4294967295 samples don't fit into 64 bytes of data"},
+                    {lateGain.bytes(), 3000, "record holds 3000 of 5000 samples"},
+                    {firstGain.bytes(), 0, "gain-ranged samples are damaged"},
                     {last, 100, "integrity check of the compressed samples failed"},
                     {codes, 26, "record holds 26 of 100 samples"}};
         for (const auto &row : rows) {

@@ -23,6 +23,12 @@ enum class MiniSeedEncoding
     Float64 = 5,
     Steim1 = 10,
     Steim2 = 11,
+    Geoscope24 = 12,
+    Geoscope16Exponent3 = 13, /**< gain-ranged, 3 bits of 16 for the exponent */
+    Geoscope16Exponent4 = 14,
+    Cdsn = 16,
+    Sro = 30,
+    Dwwssn = 32,
 };
 
 /** What the bytes at some place turn out to be. */

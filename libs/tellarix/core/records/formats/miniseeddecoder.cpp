@@ -3,6 +3,7 @@
 #include <tellarix/core/records/formats/miniseed.h>
 
 #include <tellarix/core/records/formats/bytes_p.h>
+#include <tellarix/core/records/formats/oldencodings_p.h>
 #include <tellarix/core/records/formats/steim_p.h>
 #include <tellarix/core/records/typedarray.h>
 #include <tellarix/core/strings.h>
@@ -33,7 +34,7 @@ ArrayPtr decodeShort(const char *payload, bool bigEndian, int64_t count)
 }
 
 /** Bytes of a sample where each takes the same; 0 for compressed and unknown encodings. */
-int64_t plainSampleSize(int encoding)
+int64_t sampleSize(int encoding)
 {
     switch (static_cast<MiniSeedEncoding>(encoding)) {
     case MiniSeedEncoding::Text:
@@ -46,7 +47,7 @@ int64_t plainSampleSize(int encoding)
     case MiniSeedEncoding::Float64:
         return 8;
     default:
-        return 0;
+        return oldSampleSize(encoding);
     }
 }
 
@@ -70,7 +71,7 @@ bool samplesFit(const MiniSeedHeader &header, std::string_view record)
 {
     if (isSteim(header.encoding))
         return header.sampleCount <= steimPayload(header, record).capacity();
-    return header.sampleCount <= header.dataLength / plainSampleSize(header.encoding);
+    return header.sampleCount <= header.dataLength / sampleSize(header.encoding);
 }
 
 StreamCodesCPtr codesFromFields(std::string_view fields)
@@ -78,6 +79,24 @@ StreamCodesCPtr codesFromFields(std::string_view fields)
     return StreamCodesCPtr(
         new StreamCodes(trimmedField(fields.substr(10, 2)), trimmedField(fields.substr(0, 5)),
                         trimmedField(fields.substr(5, 2)), trimmedField(fields.substr(7, 3))));
+}
+
+std::string fewerSamples(int count, int wanted)
+{
+    return "record holds " + std::to_string(count) + " of " + std::to_string(wanted) + " samples";
+}
+
+ArrayPtr decodeOld(const MiniSeedHeader &header, std::string_view record, std::string &cause)
+{
+    const std::string_view payload = record.substr(static_cast<size_t>(header.dataOffset));
+    const int wanted = static_cast<int>(header.sampleCount);
+    const ArrayPtr samples =
+        decodeOldSamples(header.encoding, payload, header.bigEndianData, wanted);
+    if (!samples)
+        cause = "gain-ranged samples are damaged";
+    else if (samples->size() < wanted)
+        cause = fewerSamples(samples->size(), wanted);
+    return samples;
 }
 
 ArrayPtr decodeCompressed(const MiniSeedHeader &header, std::string_view record, std::string &cause)
@@ -91,8 +110,7 @@ ArrayPtr decodeCompressed(const MiniSeedHeader &header, std::string_view record,
         return ArrayPtr();
     }
     if (count < wanted) {
-        cause =
-            "record holds " + std::to_string(count) + " of " + std::to_string(wanted) + " samples";
+        cause = fewerSamples(count, wanted);
         samples->resize(count);
         return samples;
     }
@@ -140,7 +158,7 @@ RecordPtr MiniSeedDecoder::decode(const MiniSeedHeader &header, std::string_view
 ArrayPtr MiniSeedDecoder::decodeSamples(const MiniSeedHeader &header, std::string_view record,
                                         std::string &cause) const
 {
-    const bool supported = isSteim(header.encoding) || plainSampleSize(header.encoding) > 0;
+    const bool supported = isSteim(header.encoding) || sampleSize(header.encoding) > 0;
     if (!supported) {
         cause = "unsupported encoding " + std::to_string(header.encoding);
         return ArrayPtr();
@@ -168,10 +186,12 @@ ArrayPtr MiniSeedDecoder::decodeSamples(const MiniSeedHeader &header, std::strin
         return decodePlain<float>(payload, header.bigEndianData, header.sampleCount);
     case MiniSeedEncoding::Float64:
         return decodePlain<double>(payload, header.bigEndianData, header.sampleCount);
+    case MiniSeedEncoding::Steim1:
+    case MiniSeedEncoding::Steim2:
+        return decodeCompressed(header, record, cause);
     default:
-        break;
+        return decodeOld(header, record, cause);
     }
-    return decodeCompressed(header, record, cause);
 }
 
 StreamCodesCPtr codesFromSourceIdentifier(const std::string &identifier)
