@@ -308,7 +308,9 @@ void RecordStreamThread::deliver()
     QElapsedTimer elapsed;
     elapsed.start();
     while (RecordPtr record = queue->take()) {
-        const int count = receivers(SIGNAL(receivedRecord(Tellarix::Record *)));
+        // Those who don't get the signal would never give their reference back.
+        const int count =
+            signalsBlocked() ? 0 : receivers(SIGNAL(receivedRecord(Tellarix::Record *)));
         for (int i = 0; i < count; ++i)
             intrusive_ptr_add_ref(record.get());
         emit receivedRecord(record.get());
