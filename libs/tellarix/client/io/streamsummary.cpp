@@ -86,11 +86,11 @@ uint32_t StreamSummarizer::originIndex(const std::string &name)
     // Records of one file come one after the other.
     if (!_origins.empty() && _origins.back() == name)
         return static_cast<uint32_t>(_origins.size() - 1);
-    const auto found = std::find(_origins.begin(), _origins.end(), name);
-    if (found != _origins.end())
-        return static_cast<uint32_t>(found - _origins.begin());
-    _origins.push_back(name);
-    return static_cast<uint32_t>(_origins.size() - 1);
+    const auto [entry, isNew] =
+        _originIndices.emplace(name, static_cast<uint32_t>(_origins.size()));
+    if (isNew)
+        _origins.push_back(name);
+    return entry->second;
 }
 
 StreamSummarizer::Entry StreamSummarizer::entryOf(const Record &record)

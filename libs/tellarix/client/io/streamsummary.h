@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace Tellarix {
@@ -109,6 +110,7 @@ private:
 
     std::map<std::string, Stream> _streams;
     std::vector<std::string> _origins;
+    std::unordered_map<std::string, uint32_t> _originIndices;
 };
 
 } // namespace IO
