@@ -24,6 +24,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         const RecordScanner::Step step = scanner.next();
         if (step == RecordScanner::Step::End)
             return 0;
+        if (step == RecordScanner::Step::Pause)
+            continue;
         if (step == RecordScanner::Step::NeedsBytes) {
             if (rest.empty())
                 scanner.finish();
