@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
+#pragma once
+
+#include <tellarix/client/api.h>
+#include <tellarix/client/io/databaseinterface.h>
+#include <tellarix/core/datamodel/event.h>
+#include <tellarix/core/timewindow.h>
+
+#include <QString>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace Tellarix {
+namespace IO {
+
+/** Bounds on events by their preferred solutions, each inclusive; what is unset bounds nothing. */
+struct EventSelection
+{
+    Core::Time from;
+    Core::Time to;
+    std::optional<double> minimumLatitude, maximumLatitude;
+    std::optional<double> minimumLongitude, maximumLongitude;
+    std::optional<double> minimumDepthKm, maximumDepthKm;
+    std::optional<double> minimumMagnitude, maximumMagnitude;
+};
+
+/** Writes whole events into an event database, and reads them from it. */
+class TELLARIX_CLIENT_API EventArchive
+{
+public:
+    /** @param database  with the schema of this version; see createSchema() */
+    explicit EventArchive(DatabaseInterfacePtr database);
+    ~EventArchive();
+
+    /**
+     * Makes the tables of an empty database.
+     * @return false, with the cause in @p error, if there are other tables of these names or the
+     *         database refuses
+     */
+    static bool createSchema(DatabaseInterface &database, QString *error = nullptr);
+    /** Whether the tables are there in the version that this program writes. */
+    static bool checkSchema(DatabaseInterface &database, QString *error = nullptr);
+
+    /**
+     * Stores an event with all its solutions; one with the same publicID is replaced. Part of the
+     * caller's transaction if there is one.
+     *
+     * An event without a publicID is refused. Solutions without one, or with one that another event
+     * uses, get one that is made of the event's.
+     */
+    bool write(const DataModel::Event &event, QString *error = nullptr);
+    /** Removes an event with all its solutions; true also if there was none. */
+    bool remove(const std::string &publicID, QString *error = nullptr);
+
+    /** The whole event of an id; null if there is none, or on an error, which @p error tells. */
+    DataModel::EventPtr read(const std::string &publicID, QString *error = nullptr);
+    /**
+     * Hands over the whole events of a selection in the order of their preferred origin times,
+     * those without an origin last if no bound is set, in batches of bounded memory.
+     * @return false if @p take ended it or on an error
+     */
+    bool forEach(const EventSelection &selection,
+                 const std::function<bool(const DataModel::EventPtr &)> &take,
+                 QString *error = nullptr);
+    /** Number of events of a selection; -1 on an error. */
+    int count(const EventSelection &selection, QString *error = nullptr);
+
+private:
+    class Private;
+    std::unique_ptr<Private> _d;
+};
+
+/** What came of an import. */
+struct EventImportResult
+{
+    bool ok{false};
+    int added{0};
+    int updated{0};
+    QString error; /**< names the file, the line and the cause */
+    QStringList warnings;
+};
+
+/**
+ * Reads the events of a file into a database in one transaction: all of them or none.
+ * @param progress  see EventReadHandler; may be empty
+ */
+TELLARIX_CLIENT_API EventImportResult
+importEvents(DatabaseInterfacePtr database, const QString &file,
+             const std::function<bool(qint64 done, qint64 total)> &progress = {});
+
+} // namespace IO
+} // namespace Tellarix
