@@ -136,6 +136,27 @@ TimeFields timeFields(int hour, int minute, int second, int usec)
 TimeSpan::TimeSpan(double seconds) : _usecs(std::isnan(seconds) ? 0 : usecsOf(seconds))
 {}
 
+TimeSpan::TimeSpan(int64_t seconds, int64_t microseconds)
+{
+    // Both fit when they have the same sign: no sum in between is larger than the whole.
+    seconds = saturatedSum(seconds, microseconds / UsecsPerSecond);
+    microseconds %= UsecsPerSecond;
+    if (seconds > 0 && microseconds < 0) {
+        --seconds;
+        microseconds += UsecsPerSecond;
+    } else if (seconds < 0 && microseconds > 0) {
+        ++seconds;
+        microseconds -= UsecsPerSecond;
+    }
+    constexpr int64_t HighestSecond = Highest / UsecsPerSecond;
+    if (seconds > HighestSecond)
+        _usecs = Highest;
+    else if (seconds < -HighestSecond)
+        _usecs = Lowest;
+    else
+        _usecs = saturatedSum(seconds * UsecsPerSecond, microseconds);
+}
+
 TimeSpan TimeSpan::operator+(TimeSpan other) const
 {
     return FromUSecs(saturatedSum(_usecs, other._usecs));

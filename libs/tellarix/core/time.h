@@ -23,6 +23,9 @@ public:
     /** A span of @p seconds, rounded to the nearest microsecond and limited to what 64 bits hold;
      *  not-a-number gives zero. */
     explicit TimeSpan(double seconds);
+    /** A span of whole seconds and microseconds, which may have any sign and size, with the same
+     *  limits. */
+    TimeSpan(int64_t seconds, int64_t microseconds);
 
     static constexpr TimeSpan FromUSecs(int64_t usecs)
     {

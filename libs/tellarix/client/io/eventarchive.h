@@ -5,12 +5,11 @@
 #include <tellarix/client/api.h>
 #include <tellarix/client/io/databaseinterface.h>
 #include <tellarix/core/datamodel/event.h>
-#include <tellarix/core/timewindow.h>
+#include <tellarix/core/time.h>
 
 #include <QString>
 
 #include <functional>
-#include <memory>
 #include <optional>
 #include <string>
 
@@ -28,13 +27,15 @@ struct EventSelection
     std::optional<double> minimumMagnitude, maximumMagnitude;
 };
 
-/** Writes whole events into an event database, and reads them from it. */
+/**
+ * Writes whole events into an event database, and reads them from it. It may be used by several
+ * threads, as the database may, and not while a query of the caller runs in the same thread.
+ */
 class TELLARIX_CLIENT_API EventArchive
 {
 public:
     /** @param database  with the schema of this version; see createSchema() */
     explicit EventArchive(DatabaseInterfacePtr database);
-    ~EventArchive();
 
     /**
      * Makes the tables of an empty database.
@@ -47,12 +48,16 @@ public:
 
     /**
      * Stores an event with all its solutions; one with the same publicID is replaced. Part of the
-     * caller's transaction if there is one.
+     * caller's transaction if there is one, which is then to be rolled back on failure.
      *
-     * An event without a publicID is refused. Solutions without one, or with one that another event
-     * uses, get one that is made of the event's.
+     * Refused are events without a publicID, with ids of more than 255 characters and with times
+     * outside of the years 1 to 9999. Solutions without a publicID, or with one that is taken
+     * already, get one that is made of the event's, and what refers to them is changed along. The
+     * preferred ids are stored as the event resolves them. Numbers that are not finite are unknown.
+     *
+     * @param replaced  gets whether there was an event with the publicID; may be null
      */
-    bool write(const DataModel::Event &event, QString *error = nullptr);
+    bool write(const DataModel::Event &event, QString *error = nullptr, bool *replaced = nullptr);
     /** Removes an event with all its solutions; true also if there was none. */
     bool remove(const std::string &publicID, QString *error = nullptr);
 
@@ -70,27 +75,8 @@ public:
     int count(const EventSelection &selection, QString *error = nullptr);
 
 private:
-    class Private;
-    std::unique_ptr<Private> _d;
+    DatabaseInterfacePtr _database;
 };
-
-/** What came of an import. */
-struct EventImportResult
-{
-    bool ok{false};
-    int added{0};
-    int updated{0};
-    QString error; /**< names the file, the line and the cause */
-    QStringList warnings;
-};
-
-/**
- * Reads the events of a file into a database in one transaction: all of them or none.
- * @param progress  see EventReadHandler; may be empty
- */
-TELLARIX_CLIENT_API EventImportResult
-importEvents(DatabaseInterfacePtr database, const QString &file,
-             const std::function<bool(qint64 done, qint64 total)> &progress = {});
 
 } // namespace IO
 } // namespace Tellarix
