@@ -196,6 +196,18 @@ private slots:
         QCOMPARE(Time::FromUSecs(5 - Highest) - TimeSpan(1), Time::FromUSecs(-Highest));
         QCOMPARE(Time::FromUSecs(Highest) - Time::FromUSecs(-Highest),
                  TimeSpan::FromUSecs(Highest));
+        const struct
+        {
+            int64_t seconds, microseconds, usecs;
+        } spans[] = {{2, 250000, 2250000},
+                     {-2, -250000, -2250000},
+                     {-1, 250000, -750000},
+                     {3, -3500000, -500000},
+                     {Highest, Highest, Highest},
+                     {-Highest, 0, -Highest},
+                     {Highest / 1000000 + 1, -500000, Highest - 275807}};
+        for (const auto &span : spans)
+            QCOMPARE(TimeSpan(span.seconds, span.microseconds).usecs(), span.usecs);
         const TimeSpan lowest = TimeSpan::FromUSecs(std::numeric_limits<int64_t>::min());
         QCOMPARE(-lowest, TimeSpan::FromUSecs(Highest));
         QCOMPARE((lowest + lowest).usecs(), -Highest);
