@@ -42,7 +42,7 @@ Types typesOf(Backend backend)
                 "BIGINT",
                 "TEXT COLLATE \"C\"",
                 "TEXT",
-                "VARCHAR(19) COLLATE \"C\"",
+                "TEXT COLLATE \"C\"",
                 "DOUBLE PRECISION",
                 "INTEGER",
                 ""};

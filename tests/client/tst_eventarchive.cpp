@@ -1,0 +1,463 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
+#include <client/databasetesting.h>
+
+#include <limits>
+#include <random>
+
+using namespace Tellarix;
+using namespace DatabaseTesting;
+
+namespace {
+
+constexpr double NaN = std::numeric_limits<double>::quiet_NaN();
+const Core::Time Base(2024, 5, 17, 10, 11, 12, 345678);
+
+template <typename T>
+Core::SmartPointer<T> solution(const std::string &publicID)
+{
+    Core::SmartPointer<T> made(new T);
+    made->publicID = publicID;
+    return made;
+}
+
+/** An event with one origin and one magnitude. */
+DataModel::EventPtr simpleEvent(const std::string &publicID, Core::Time time, double magnitude = 5,
+                                double latitude = 40)
+{
+    const auto event = solution<DataModel::Event>(publicID);
+    event->origins = {solution<DataModel::Origin>(publicID + "/o")};
+    event->origins[0]->time = time;
+    event->origins[0]->latitude = latitude;
+    event->magnitudes = {solution<DataModel::Magnitude>(publicID + "/m")};
+    event->magnitudes[0]->magnitude = magnitude;
+    return event;
+}
+
+/** Sets whatever there is to set, to values of its own. */
+class Filling
+{
+public:
+    explicit Filling(unsigned seed) : _generator(seed) {}
+
+    double number() { return std::uniform_real_distribution<double>(-400, 400)(_generator); }
+    int integer() { return std::uniform_int_distribution<int>(0, 1000)(_generator); }
+    std::string text() { return "'\"\\%;--ß🌋 " + std::to_string(++_count) + ' '; }
+    Core::Time time() { return Base + Core::TimeSpan(1e6 * number()); }
+    DataModel::Uncertainty uncertainty() { return {number(), number(), number(), number()}; }
+    DataModel::RealQuantity quantity() { return {number(), uncertainty()}; }
+    DataModel::CreationInfo creationInfo() { return {text(), text(), time(), time(), text()}; }
+    DataModel::NodalPlane plane()
+    {
+        DataModel::NodalPlane plane;
+        plane.setStrike(quantity());
+        plane.setDip(quantity());
+        plane.setRake(quantity());
+        return plane;
+    }
+
+    DataModel::OriginPtr origin(const std::string &id)
+    {
+        const auto origin = solution<DataModel::Origin>(id);
+        origin->time = {time(), uncertainty()};
+        origin->latitude = quantity();
+        origin->longitude = quantity();
+        origin->depth = quantity();
+        origin->quality = {integer(), integer(), integer(), number(), number(), number(), number()};
+        origin->evaluationMode = text();
+        origin->evaluationStatus = text();
+        origin->methodID = text();
+        origin->earthModelID = text();
+        origin->creationInfo = creationInfo();
+        return origin;
+    }
+    DataModel::MagnitudePtr magnitude(const std::string &id, const std::string &originID)
+    {
+        const auto magnitude = solution<DataModel::Magnitude>(id);
+        magnitude->magnitude = quantity();
+        magnitude->type = text();
+        magnitude->originID = originID;
+        magnitude->methodID = text();
+        magnitude->stationCount = integer();
+        magnitude->azimuthalGap = number();
+        magnitude->evaluationMode = text();
+        magnitude->evaluationStatus = text();
+        magnitude->creationInfo = creationInfo();
+        return magnitude;
+    }
+    DataModel::FocalMechanismPtr mechanism(const std::string &id, const std::string &originID)
+    {
+        const auto mechanism = solution<DataModel::FocalMechanism>(id);
+        mechanism->nodalPlane1 = plane();
+        mechanism->nodalPlane2 = plane();
+        mechanism->preferredPlane = 2;
+        mechanism->triggeringOriginID = originID;
+        mechanism->azimuthalGap = number();
+        mechanism->stationPolarityCount = integer();
+        mechanism->misfit = number();
+        mechanism->evaluationMode = text();
+        mechanism->evaluationStatus = text();
+        mechanism->creationInfo = creationInfo();
+        return mechanism;
+    }
+    DataModel::EventPtr event(const std::string &id)
+    {
+        const auto event = solution<DataModel::Event>(id);
+        event->type = text();
+        event->typeCertainty = text();
+        event->descriptions = {{text(), "region name"}, {text(), ""}, {"", "region name"},
+                               {text(), text()},        {text(), ""}, {text(), "region name"}};
+        event->origins = {origin(id + "/o1"), origin(id + "/o2 ")};
+        event->magnitudes = {magnitude(id + "/m1", id + "/o2 "), magnitude(id + "/m2", "far")};
+        event->focalMechanisms = {mechanism(id + "/f1", id + "/o1"), mechanism(id + "/f2", "")};
+        event->preferredOriginID = id + "/o2 ";
+        event->preferredMagnitudeID = id + "/m2";
+        event->preferredFocalMechanismID = id + "/f2";
+        event->creationInfo = creationInfo();
+        return event;
+    }
+
+private:
+    std::mt19937 _generator;
+    int _count{0};
+};
+
+/** All that an event holds, in lines. */
+class Description
+{
+public:
+    static QStringList Of(const DataModel::Event *event)
+    {
+        if (!event)
+            return {"no event"};
+        Description all;
+        all << event->publicID << event->type << event->typeCertainty << event->preferredOriginID
+            << event->preferredMagnitudeID << event->preferredFocalMechanismID
+            << event->creationInfo;
+        for (const DataModel::EventDescription &description : event->descriptions)
+            all << description.type << description.text;
+        for (const DataModel::OriginPtr &o : event->origins)
+            all << o->publicID << o->time.value() << o->time.uncertainty() << o->latitude
+                << o->longitude << o->depth << o->quality.usedPhaseCount
+                << o->quality.associatedPhaseCount << o->quality.usedStationCount
+                << o->quality.standardError << o->quality.azimuthalGap << o->quality.minimumDistance
+                << o->quality.maximumDistance << o->evaluationMode << o->evaluationStatus
+                << o->methodID << o->earthModelID << o->creationInfo;
+        for (const DataModel::MagnitudePtr &m : event->magnitudes)
+            all << m->publicID << m->magnitude << m->type << m->originID << m->methodID
+                << m->stationCount << m->azimuthalGap << m->evaluationMode << m->evaluationStatus
+                << m->creationInfo;
+        for (const DataModel::FocalMechanismPtr &f : event->focalMechanisms)
+            all << f->publicID << f->nodalPlane1 << f->nodalPlane2 << f->preferredPlane
+                << f->triggeringOriginID << f->azimuthalGap << f->stationPolarityCount << f->misfit
+                << f->evaluationMode << f->evaluationStatus << f->creationInfo;
+        return all._lines;
+    }
+
+private:
+    Description &operator<<(const std::string &text)
+    {
+        _lines << QString::fromStdString(text);
+        return *this;
+    }
+    Description &operator<<(Core::Time time) { return *this << time.iso(); }
+    Description &operator<<(double value)
+    {
+        _lines << QString::number(value, 'g', 17);
+        return *this;
+    }
+    template <typename T>
+    Description &operator<<(const std::optional<T> &value)
+    {
+        return value ? *this << *value : *this << std::string("none");
+    }
+    Description &operator<<(const DataModel::Uncertainty &u)
+    {
+        return *this << u.symmetric << u.lower << u.upper << u.confidenceLevel;
+    }
+    Description &operator<<(const DataModel::RealQuantity &quantity)
+    {
+        return *this << quantity.value() << quantity.uncertainty();
+    }
+    Description &operator<<(const DataModel::NodalPlane &plane)
+    {
+        return *this << plane.strike() << plane.dip() << plane.rake();
+    }
+    Description &operator<<(const DataModel::CreationInfo &info)
+    {
+        return *this << info.agencyID << info.author << info.creationTime << info.modificationTime
+                     << info.version;
+    }
+
+    QStringList _lines;
+};
+
+/** Counts of rows in all tables, so that none is left behind. */
+QStringList rowCounts(IO::DatabaseInterface &database)
+{
+    QStringList counts;
+    for (const char *table :
+         {"PublicObject", "Event", "EventDescription", "Origin", "Magnitude", "FocalMechanism"})
+        counts << rowsOf(database, std::string("select count(*) from ") + table);
+    return counts;
+}
+
+} // namespace
+
+class EventArchiveTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void keepsAllThatAnEventHolds_data() { addBackends(); }
+    void keepsAllThatAnEventHolds()
+    {
+        const Scratch scratch;
+        SKIP_WITHOUT_SERVER(scratch);
+        const auto database = scratch.openWithTables();
+        QVERIFY(database);
+        IO::EventArchive archive(database);
+        QString error;
+
+        const unsigned seed = std::random_device{}();
+        qInfo("seed %u", seed);
+        Filling filling(seed);
+        std::vector<DataModel::EventPtr> events{solution<DataModel::Event>("bare")};
+        for (int i = 0; i < 20; ++i)
+            events.push_back(filling.event("event \'" + std::to_string(i)));
+        events.push_back(simpleEvent("before 1970", Core::Time(365, 7, 21, 5, 0, 0, 1)));
+        events.back()->preferredOriginID = "before 1970/o";
+        events.back()->preferredMagnitudeID = "before 1970/m";
+        events.back()->origins[0]->latitude = NaN;
+        events.back()->origins[0]->longitude = std::numeric_limits<double>::denorm_min();
+        events.back()->magnitudes[0]->magnitude = std::numeric_limits<double>::max();
+        for (const DataModel::EventPtr &event : events)
+            QVERIFY2(archive.write(*event, &error), qPrintable(error));
+        for (const DataModel::EventPtr &event : events)
+            QCOMPARE(Description::Of(archive.read(event->publicID, &error).get()),
+                     Description::Of(event.get()));
+
+        // What is written again takes the place of what was there, with nothing left behind.
+        bool wasThere = false;
+        const auto smaller = simpleEvent(events[1]->publicID, Base);
+        QVERIFY2(archive.write(*smaller, &error, &wasThere), qPrintable(error));
+        QVERIFY(wasThere);
+        QCOMPARE(archive.read(smaller->publicID)->magnitudes.size(), size_t(1));
+        QVERIFY2(archive.write(*simpleEvent("other", Base), &error, &wasThere), qPrintable(error));
+        QVERIFY(!wasThere);
+        events.push_back(simpleEvent("other", Base));
+        for (const DataModel::EventPtr &event : events)
+            QVERIFY2(archive.remove(event->publicID, &error), qPrintable(error));
+        QVERIFY(archive.remove("never there", &error));
+        QVERIFY(!archive.read("other", &error));
+        QCOMPARE(error, QString());
+        QCOMPARE(rowCounts(*database), QStringList({"0", "0", "0", "0", "0", "0"}));
+    }
+
+    void givesTheSameRows_data() { addBackends(); }
+    void givesTheSameRows()
+    {
+        const Scratch scratch;
+        SKIP_WITHOUT_SERVER(scratch);
+        const auto database = scratch.openWithTables();
+        QVERIFY(database);
+        IO::EventArchive archive(database);
+
+        const auto full = simpleEvent("b", Core::Time(2024, 3, 31, 2, 30, 0, 7), 0.1 + 0.2, 1e-5);
+        full->type = std::string("earth\0quake", 11);
+        full->descriptions = {{"O'Higgins; 50 % \\", "region name"},
+                              {"again", "region name"},
+                              {"name", "earthquake name"}};
+        full->magnitudes[0]->type = "Mw";
+        full->origins[0]->longitude = -180;
+        full->origins[0]->depth = DataModel::RealQuantity(1.0 / 3);
+        full->origins[0]->quality.usedPhaseCount = 12;
+        full->origins[0]->evaluationMode = "manual";
+        full->origins[0]->evaluationStatus = "reviewed";
+        full->focalMechanisms = {solution<DataModel::FocalMechanism>("b/f")};
+        full->focalMechanisms[0]->nodalPlane1 = DataModel::NodalPlane(359.9, 1e22, -90);
+        const auto old = simpleEvent("a", Core::Time(1969, 12, 31, 23, 59, 59, 999999), -2.5);
+        old->origins[0]->longitude = -1.2345678901234567e-100;
+        const auto withoutMagnitude = simpleEvent("c", Base);
+        withoutMagnitude->magnitudes.clear();
+        const auto tooSmall = simpleEvent("d", Base, -2.6);
+        for (const auto &event : {full, old, withoutMagnitude, tooSmall}) {
+            QString error;
+            QVERIFY2(archive.write(*event, &error), qPrintable(error));
+        }
+
+        const Core::Time begin(1969, 12, 31, 23, 59, 59);
+        const Core::Time end(2024, 6, 1);
+        QCOMPARE(rowsOf(*database, listStatement(*database, begin, end) + " order by 1"),
+                 QStringList({"1969-12-31 23:59:59|999999|-2.5|NULL|NULL|40|-1.2345678901234567e-100|NULL|NULL|NULL|"
+                              "NULL|NULL|NULL|a|NULL|NULL",
+                              "2024-03-31 02:30:00|7|0.30000000000000004|Mw|12|1e-05|-180|"
+                              "0.3333333333333333|reviewed|manual|359.9|1e+22|-90|b|earth�quake|"
+                              "O'Higgins; 50 % \\"}));
+        QCOMPARE(rowsOf(*database, listStatement(*database, begin, end, true)), QStringList("2"));
+        QCOMPARE(rowsOf(*database, listStatement(*database, {}, begin, true)), QStringList("1"));
+        QCOMPARE(rowsOf(*database, listStatement(*database, end, Core::Time(20000, 1, 1), true)),
+                 QStringList("0"));
+    }
+
+    void makesIdsThatAreMissingOrTaken_data() { addBackends(); }
+    void makesIdsThatAreMissingOrTaken()
+    {
+        const Scratch scratch;
+        SKIP_WITHOUT_SERVER(scratch);
+        const auto database = scratch.openWithTables();
+        QVERIFY(database);
+        IO::EventArchive archive(database);
+        QString error;
+        QVERIFY2(archive.write(*simpleEvent("first", Base), &error), qPrintable(error));
+
+        const auto event = simpleEvent("second", Base);
+        event->origins = {solution<DataModel::Origin>(""), solution<DataModel::Origin>("first/o"),
+                          solution<DataModel::Origin>("second")};
+        event->preferredOriginID = "first/o";
+        event->magnitudes[0]->originID = "first/o";
+        event->magnitudes.push_back(solution<DataModel::Magnitude>("second/m"));
+        event->focalMechanisms = {solution<DataModel::FocalMechanism>("second/origin/1")};
+        event->focalMechanisms[0]->triggeringOriginID = "elsewhere";
+        for (int i = 0; i < 2; ++i) {
+            QVERIFY2(archive.write(*event, &error), qPrintable(error));
+            const auto stored = archive.read("second");
+            QCOMPARE(stored->origins[0]->publicID, std::string("second/origin/1"));
+            QCOMPARE(stored->origins[1]->publicID, std::string("second/origin/2"));
+            QCOMPARE(stored->origins[2]->publicID, std::string("second/origin/3"));
+            QCOMPARE(stored->preferredOriginID, std::string("second/origin/2"));
+            QCOMPARE(stored->magnitudes[0]->originID, std::string("second/origin/2"));
+            QCOMPARE(stored->magnitudes[1]->publicID, std::string("second/magnitude/2"));
+            QCOMPARE(stored->focalMechanisms[0]->publicID, std::string("second/mechanism/1"));
+            QCOMPARE(stored->focalMechanisms[0]->triggeringOriginID, std::string("elsewhere"));
+        }
+        QCOMPARE(archive.read("first")->preferredOriginID, std::string("first/o"));
+        QVERIFY(!archive.write(*solution<DataModel::Event>("first/o"), &error));
+        QVERIFY2(error.startsWith("event first/o: its publicID"), qPrintable(error));
+    }
+
+    void refusesWhatCannotBeStored()
+    {
+        const Scratch scratch("sqlite");
+        const auto database = scratch.openWithTables();
+        IO::EventArchive archive(database);
+        const std::string longText(256, 'x');
+        const auto late = simpleEvent("late", Core::Time(10000, 1, 1));
+        const auto early = simpleEvent("early", Core::Time(0, 12, 31));
+        const auto created = simpleEvent("created", Base);
+        created->magnitudes[0]->creationInfo.creationTime = Core::Time(-4000, 1, 1);
+        const auto described = simpleEvent("described", Base);
+        described->descriptions = {{"", longText}};
+        const auto longSolution = simpleEvent("solution", Base);
+        longSolution->origins[0]->publicID = longText;
+        const auto unnamed = simpleEvent(longText.substr(5), Base);
+        unnamed->origins[0]->publicID.clear();
+        const std::pair<DataModel::EventPtr, const char *> rows[] = {
+            {simpleEvent("", Base), "an event without a publicID"},
+            {late, "event late: the year 10000 of time_value"},
+            {early, "event early: the year 0 of time_value"},
+            {created, "event created: the year -4000 of creationInfo_creationTime"},
+            {described, "event described: its type of description is longer than 255"},
+            {longSolution, "event solution: its publicID is longer than 255"},
+            {unnamed, "event xxxxxx"},
+        };
+        for (const auto &[event, message] : rows) {
+            QString error;
+            QVERIFY2(!archive.write(*event, &error), message);
+            QVERIFY2(error.startsWith(message), qPrintable(error));
+        }
+        QCOMPARE(rowCounts(*database), QStringList({"0", "0", "0", "0", "0", "0"}));
+    }
+
+    void selectsInTheOrderOfTime_data() { addBackends(); }
+    void selectsInTheOrderOfTime()
+    {
+        const Scratch scratch;
+        SKIP_WITHOUT_SERVER(scratch);
+        const auto database = scratch.openWithTables();
+        QVERIFY(database);
+        IO::EventArchive archive(database);
+
+        // More than a batch of the same second, with and without the same fraction.
+        QVERIFY(database->beginTransaction());
+        QVERIFY(archive.write(*solution<DataModel::Event>("timeless")));
+        for (int i = 449; i >= 0; --i)
+            QVERIFY(archive.write(*simpleEvent(std::to_string(1000 + i),
+                                               Base + Core::TimeSpan(0, i / 225), i % 10, i % 7)));
+        QVERIFY(archive.write(*simpleEvent("0999", Base - Core::TimeSpan(1.0))));
+        QVERIFY(database->commit());
+
+        const auto select = [&](const IO::EventSelection &selection, int limit = INT_MAX) {
+            QStringList ids;
+            QString error;
+            const auto take = [&](const DataModel::EventPtr &event) {
+                ids << QString::fromStdString(event->publicID);
+                return ids.size() < limit;
+            };
+            const bool isWhole = archive.forEach(selection, take, &error);
+            if (isWhole != (ids.size() < limit) || !error.isEmpty())
+                ids << "failed" << error;
+            else if (isWhole && ids.size() != archive.count(selection, &error))
+                ids << "counted otherwise" << error;
+            return ids;
+        };
+        const QStringList all = select({});
+        QCOMPARE(all.size(), 452);
+        QCOMPARE(all.first(), QString("0999"));
+        QCOMPARE(all.last(), QString("timeless"));
+        const auto isSecondHalf = [](const QString &id) { return id.toInt() >= 1225; };
+        QVERIFY(std::is_partitioned(all.begin(), all.end() - 1,
+                                    [&](const QString &id) { return !isSecondHalf(id); }));
+        QCOMPARE(QSet<QString>(all.begin(), all.end()).size(), all.size());
+        QCOMPARE(select({}, 250), all.mid(0, 250));
+
+        IO::EventSelection later;
+        later.from = Base + Core::TimeSpan(0, 1);
+        QCOMPARE(select(later).size(), 225);
+        IO::EventSelection earlier;
+        earlier.to = Base;
+        QCOMPARE(select(earlier).size(), 226);
+        IO::EventSelection bounded = later;
+        bounded.minimumMagnitude = 8;
+        bounded.minimumLatitude = bounded.maximumLatitude = 3;
+        int expected = 0;
+        for (int i = 225; i < 450; ++i)
+            expected += i % 10 >= 8 && i % 7 == 3;
+        QCOMPARE(select(bounded).size(), expected);
+        bounded.maximumDepthKm = 1000;
+        QCOMPARE(select(bounded), QStringList());
+    }
+
+    void storesAllOrNothing_data() { addBackends(); }
+    void storesAllOrNothing()
+    {
+        const Scratch scratch;
+        SKIP_WITHOUT_SERVER(scratch);
+        const auto database = scratch.openWithTables();
+        QVERIFY(database);
+        IO::EventArchive archive(database);
+        QString error;
+        Filling filling(1);
+        const auto event = filling.event("event");
+        QVERIFY2(archive.write(*event, &error), qPrintable(error));
+        const QStringList counts = rowCounts(*database);
+
+        QVERIFY(database->beginTransaction());
+        QVERIFY(archive.write(*simpleEvent("event", Base)));
+        QVERIFY(archive.write(*simpleEvent("other", Base)));
+        QVERIFY(!database->beginTransaction());
+        database->rollback();
+        QCOMPARE(rowCounts(*database), counts);
+
+        // The last step of writing fails: what was done before it is taken back.
+        QVERIFY(database->execute("alter table FocalMechanism rename to Hidden"));
+        QVERIFY(!archive.write(*event, &error));
+        QVERIFY2(error.startsWith("event event: "), qPrintable(error));
+        QVERIFY(database->execute("alter table Hidden rename to FocalMechanism"));
+        QCOMPARE(rowCounts(*database), counts);
+        QCOMPARE(Description::Of(archive.read("event").get()), Description::Of(event.get()));
+    }
+};
+
+QTEST_GUILESS_MAIN(EventArchiveTest)
+#include "tst_eventarchive.moc"
