@@ -1,0 +1,223 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
+#include <norvu/gui/exportfiledialog.h>
+
+#include <norvu/gui/fontawesome5.h>
+#include <tellarix/core/logging.h>
+
+#include <QApplication>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QFontMetrics>
+#include <QMessageBox>
+#include <QPointer>
+#include <QProcess>
+#include <QProgressDialog>
+
+using namespace Tellarix;
+
+namespace Norvu {
+namespace Gui {
+
+namespace {
+
+constexpr int StartMilliseconds = 30000;
+constexpr int EndMilliseconds = 500;
+
+/** The wait cursor for as long as this lives. */
+class WaitCursor
+{
+public:
+    WaitCursor() { QApplication::setOverrideCursor(Qt::WaitCursor); }
+    ~WaitCursor() { QApplication::restoreOverrideCursor(); }
+    Q_DISABLE_COPY(WaitCursor)
+};
+
+void showError(const QString &text)
+{
+    QMessageBox::critical(nullptr, ExportFileDialog::tr("Error"), text, QMessageBox::Ok);
+}
+
+/** Lets no process outlive the dialog that shows it, without Qt's warning about it. */
+void endProcess(QProcess &process)
+{
+    if (process.state() == QProcess::NotRunning || process.waitForFinished(EndMilliseconds))
+        return;
+    process.kill();
+    process.waitForFinished();
+}
+
+/**
+ * Runs a script on a file, and shows that it does.
+ * @param problem  gets what went wrong
+ */
+bool runOnFile(const QString &script, const QString &file, QWidget *parent, QString *problem)
+{
+    QProcess process;
+    process.setEnvironment(QProcess::systemEnvironment());
+    const QStringList arguments{file};
+    if (Log::general().isDebugEnabled()) {
+        qCDebug(Log::general, "Starting %s %s", qUtf8Printable(script),
+                qUtf8Printable(arguments.join(" ")));
+    }
+
+    // The parent may go while the script runs, and takes the dialog along.
+    const QPointer<QProgressDialog> progress(new QProgressDialog(parent));
+    progress->setWindowTitle(ExportFileDialog::tr("Run export script"));
+    progress->setLabelText(ExportFileDialog::tr("Running %1").arg(script));
+    progress->setCancelButtonText(ExportFileDialog::tr("Abort"));
+    progress->setRange(0, 0);
+    QObject::connect(&process, SIGNAL(finished(int, QProcess::ExitStatus)), progress,
+                     SLOT(accept()));
+    QObject::connect(progress, SIGNAL(canceled()), &process, SLOT(terminate()));
+
+    process.start(script, arguments, QIODevice::ReadWrite);
+    process.waitForStarted(StartMilliseconds);
+    if (process.state() == QProcess::NotRunning) {
+        *problem = process.errorString();
+        delete progress;
+        return false;
+    }
+
+    progress->exec();
+    const bool canceled = !progress || progress->wasCanceled();
+    delete progress;
+    endProcess(process);
+    if (canceled)
+        *problem = ExportFileDialog::tr("Script aborted");
+    else if (process.exitStatus() != QProcess::NormalExit)
+        *problem = ExportFileDialog::tr("Script crashed");
+    return problem->isEmpty();
+}
+
+} // namespace
+
+ExportFileDialog::ExportFileDialog(std::function<bool(const QString &)> exporter,
+                                   const QString &file, const QString &filter,
+                                   const QString &script, QWidget *parent)
+    : QDialog(parent), _filter(filter), _exporter(std::move(exporter))
+{
+    _ui.setupUi(this);
+    connect(_ui.okButton, SIGNAL(clicked()), this, SLOT(exportClicked()));
+    connect(_ui.cancelButton, SIGNAL(clicked()), this, SLOT(reject()));
+    connect(_ui.btnChooseFile, SIGNAL(clicked()), this, SLOT(selectFile()));
+    connect(_ui.btnChooseScript, SIGNAL(clicked()), this, SLOT(selectScript()));
+
+    const QFont font = FontAwesome5::font();
+    const int width = QFontMetrics(font).horizontalAdvance(FontAwesome5::chSquare) * 3 / 2;
+    for (QLabel *label : {_ui.labelTODOExportFile, _ui.labelTODORunScript}) {
+        label->setFont(font);
+        label->setFixedWidth(width);
+    }
+
+    _ui.editFile->setText(file);
+    _ui.editScript->setText(script);
+    reset();
+}
+
+QString ExportFileDialog::filePath() const
+{
+    return _ui.editFile->text();
+}
+
+QString ExportFileDialog::scriptPath() const
+{
+    return _ui.editScript->text();
+}
+
+void ExportFileDialog::reset()
+{
+    _ui.okButton->setEnabled(true);
+    _ui.labelTODOExportFile->setText(FontAwesome5::chSquare);
+    _ui.labelTODORunScript->setText(FontAwesome5::chSquare);
+}
+
+void ExportFileDialog::exportFileDone()
+{
+    _ui.labelTODOExportFile->setText(FontAwesome5::chCheckSquare);
+}
+
+void ExportFileDialog::exportFileFailed()
+{
+    _ui.labelTODOExportFile->setText(FontAwesome5::chTimes);
+}
+
+void ExportFileDialog::runScriptDone()
+{
+    _ui.labelTODORunScript->setText(FontAwesome5::chCheckSquare);
+}
+
+void ExportFileDialog::runScriptFailed()
+{
+    _ui.labelTODORunScript->setText(FontAwesome5::chTimes);
+}
+
+void ExportFileDialog::exportClicked()
+{
+    const QPointer<ExportFileDialog> self(this);
+    if (!writeFile() || !self)
+        return;
+
+    exportFileDone();
+    if (scriptPath().isEmpty()) {
+        runScriptFailed();
+        accept();
+        return;
+    }
+    runScript();
+}
+
+bool ExportFileDialog::writeFile()
+{
+    const QPointer<ExportFileDialog> self(this);
+    const QString file = filePath();
+    bool written = false;
+    {
+        const WaitCursor cursor;
+        written = _exporter(file);
+    }
+    if (written)
+        return true;
+    if (self)
+        exportFileFailed();
+    showError(tr("Saving %1 failed").arg(file));
+    return false;
+}
+
+void ExportFileDialog::runScript()
+{
+    const QPointer<ExportFileDialog> self(this);
+    QString problem;
+    const bool done = runOnFile(scriptPath(), filePath(), this, &problem);
+    if (!done)
+        showError(problem);
+    if (!self)
+        return;
+
+    if (!done) {
+        runScriptFailed();
+        return;
+    }
+    runScriptDone();
+    accept();
+}
+
+void ExportFileDialog::selectFile()
+{
+    const QPointer<ExportFileDialog> self(this);
+    const QString file = QFileDialog::getSaveFileName(this, tr("Save file"), filePath(), _filter);
+    if (self && !file.isEmpty())
+        _ui.editFile->setText(file);
+}
+
+void ExportFileDialog::selectScript()
+{
+    const QPointer<ExportFileDialog> self(this);
+    const QString folder = scriptPath().isEmpty() ? QString() : QFileInfo(scriptPath()).path();
+    const QString script = QFileDialog::getOpenFileName(this, tr("Export script"), folder);
+    if (self && !script.isEmpty())
+        _ui.editScript->setText(script);
+}
+
+} // namespace Gui
+} // namespace Norvu

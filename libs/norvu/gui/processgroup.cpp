@@ -1,0 +1,206 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
+#include <norvu/gui/processgroup.h>
+
+#include <tellarix/core/logging.h>
+
+#include <QPointer>
+
+#include <algorithm>
+
+using namespace Tellarix;
+
+namespace Norvu {
+namespace Gui {
+
+ProcessGroup::Process::Process(const QString &commandLine, QObject *parent)
+    : QProcess(parent), command(commandLine)
+{}
+
+ProcessGroup::Process::~Process()
+{
+    // While this is still whole: the base class would tell the group about a half that is gone.
+    if (state() != QProcess::NotRunning) {
+        kill();
+        waitForFinished();
+    }
+}
+
+QString ProcessGroup::Process::errorString() const
+{
+    switch (error()) {
+    case QProcess::FailedToStart:
+        return "The process failed to start. Either the invoked program is missing, or you may "
+               "have insufficient permissions to invoke the program.";
+    case QProcess::Crashed:
+        return "The process crashed some time after starting successfully.";
+    case QProcess::Timedout:
+        return "The last waitFor...() function timed out. The state of QProcess is unchanged, and "
+               "you can try calling waitFor...() again.";
+    case QProcess::ReadError:
+        return "An error occurred when attempting to read from the process. For example, the "
+               "process may not be running.";
+    case QProcess::WriteError:
+        return "An error occurred when attempting to write to the process. For example, the "
+               "process may not be running, or it may have closed its input channel.";
+    default:
+        return "An unknown error occurred.";
+    }
+}
+
+ProcessGroup::ProcessGroup(QObject *parent) : QObject(parent)
+{}
+
+ProcessGroup::~ProcessGroup() = default;
+
+void ProcessGroup::setConcurrencyLevel(int level)
+{
+    if (level > 0)
+        _concurrencyLevel = level;
+}
+
+void ProcessGroup::enableConsoleLogging(bool enable)
+{
+    _consoleLogging = enable;
+}
+
+void ProcessGroup::changeStatus(Process *process, ProcessStatus status)
+{
+    const ProcessStatus oldStatus = process->status;
+    process->status = status;
+    emit statusChanged(process, oldStatus);
+}
+
+void ProcessGroup::add(Process *process)
+{
+    const QPointer<Process> alive(process);
+    process->group = this;
+    connect(process, SIGNAL(destroyed(QObject *)), this, SLOT(onDestroyed(QObject *)));
+    _processes.append(process);
+    emit added(process);
+    // A receiver may have taken it out again.
+    if (!alive || !_processes.contains(process))
+        return;
+
+    process->queued = QDateTime::currentDateTimeUtc();
+    changeStatus(process, Queued);
+
+    if (_running < _concurrencyLevel)
+        triggerProcess();
+}
+
+ProcessGroup::Process *ProcessGroup::nextQueued() const
+{
+    const auto next =
+        std::find_if(_processes.begin(), _processes.end(), [](const Process *process) {
+            return process->status == Queued && process->state() != QProcess::Starting;
+        });
+    return next != _processes.end() ? *next : nullptr;
+}
+
+void ProcessGroup::triggerProcess()
+{
+    Process *process = nextQueued();
+    if (!process)
+        return;
+
+    connect(process, SIGNAL(error(QProcess::ProcessError)), this,
+            SLOT(onError(QProcess::ProcessError)));
+    connect(process, SIGNAL(finished(int, QProcess::ExitStatus)), this,
+            SLOT(onFinished(int, QProcess::ExitStatus)));
+    if (_consoleLogging)
+        connect(process, SIGNAL(readyReadStandardError()), this, SLOT(logStandardError()));
+
+    QStringList arguments = QProcess::splitCommand(process->command);
+    const QString program = arguments.isEmpty() ? QString() : arguments.takeFirst();
+    ++_running;
+    const QPointer<Process> alive(process);
+    process->start(program, arguments, QIODevice::ReadWrite);
+    // What fails at once has ended by now, and must not be called running for ever.
+    if (!alive || process->status != Queued)
+        return;
+
+    process->started = QDateTime::currentDateTimeUtc();
+    changeStatus(process, Running);
+}
+
+void ProcessGroup::end(Process *process, bool failed)
+{
+    // A second error of the same process would free a turn that it doesn't have.
+    if (!process || process->status == Finished)
+        return;
+
+    --_running;
+    if (failed)
+        process->failed = true;
+    process->finished = QDateTime::currentDateTimeUtc();
+    const QPointer<ProcessGroup> self(this);
+    const QPointer<Process> alive(process);
+    Process *outer = _ending;
+    _ending = process;
+    changeStatus(process, Finished);
+    if (!self)
+        return;
+    if (alive && _processes.removeOne(process))
+        emit removed(process);
+    if (!self)
+        return;
+    _ending = outer;
+    triggerProcess();
+}
+
+void ProcessGroup::onError(QProcess::ProcessError)
+{
+    end(static_cast<Process *>(sender()), true);
+}
+
+void ProcessGroup::onFinished(int exitCode, QProcess::ExitStatus)
+{
+    end(static_cast<Process *>(sender()), exitCode != 0);
+}
+
+void ProcessGroup::remove(Process *process)
+{
+    _processes.removeOne(process);
+    disconnect(process, SIGNAL(destroyed(QObject *)), this, SLOT(onDestroyed(QObject *)));
+    const QPointer<ProcessGroup> self(this);
+    const QPointer<Process> alive(process);
+    if (process->state() != QProcess::NotRunning) {
+        disconnect(process, SIGNAL(error(QProcess::ProcessError)), this, nullptr);
+        disconnect(process, SIGNAL(finished(int, QProcess::ExitStatus)), this, nullptr);
+        process->kill();
+    } else
+        emit removed(process);
+
+    if (!alive || !process->autoDelete)
+        return;
+    // A process must not be deleted in the middle of its own signal.
+    if (self && process == _ending)
+        process->deleteLater();
+    else
+        delete process;
+}
+
+void ProcessGroup::onDestroyed(QObject *object)
+{
+    // What arrives is no process any more: only its address can be compared.
+    const auto place = std::find_if(_processes.begin(), _processes.end(),
+                                    [&](QObject *process) { return process == object; });
+    if (place == _processes.end())
+        return;
+    Process *process = *place;
+    _processes.erase(place);
+    emit removed(process);
+}
+
+void ProcessGroup::logStandardError()
+{
+    if (!Log::general().isDebugEnabled())
+        return;
+    auto *process = static_cast<QProcess *>(sender());
+    const QString text(process->readAllStandardError().constData());
+    qCDebug(Log::general, "%s", text.toLocal8Bit().constData());
+}
+
+} // namespace Gui
+} // namespace Norvu

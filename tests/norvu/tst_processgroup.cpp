@@ -1,0 +1,188 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
+#include <norvu/gui/processgroup.h>
+
+#include <QTemporaryDir>
+#include <QtTest>
+
+using Norvu::Gui::ProcessGroup;
+using Process = ProcessGroup::Process;
+
+namespace {
+
+constexpr auto Forever = "sleep 60";
+
+/** A group and what it has signalled, as "first: Idle to Queued", "first: removed". */
+struct Bench
+{
+    Bench()
+    {
+        QObject::connect(&group, &ProcessGroup::added, [this](Process *process) {
+            log.append(process->objectName() + ": added");
+        });
+        QObject::connect(&group, &ProcessGroup::removed, [this](Process *process) {
+            log.append(names.value(process) + ": removed");
+        });
+        QObject::connect(&group, &ProcessGroup::statusChanged,
+                         [this](Process *process, ProcessGroup::ProcessStatus old) {
+                             log.append(
+                                 QString("%1: %2 to %3")
+                                     .arg(process->objectName(), name(old), name(process->status)));
+                         });
+    }
+
+    static QString name(ProcessGroup::ProcessStatus status)
+    {
+        return QMetaEnum::fromType<ProcessGroup::ProcessStatus>().valueToKey(status);
+    }
+
+    Process *add(const QString &processName, const QString &command)
+    {
+        auto *process = new Process(command, &owner);
+        process->setObjectName(processName);
+        names.insert(process, processName);
+        group.add(process);
+        return process;
+    }
+
+    QObject owner; /**< of the processes; goes last */
+    QHash<Process *, QString> names;
+    QStringList log;
+    ProcessGroup group;
+};
+
+} // namespace
+
+class TestProcessGroup : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void tellsTheLifeOfAProcess_data()
+    {
+        QTest::addColumn<QString>("command");
+        QTest::addColumn<bool>("failed");
+        QTest::addColumn<bool>("starts");
+        QTest::newRow("good") << "true" << false << true;
+        QTest::newRow("exit code") << "sh -c \"exit 3\"" << true << true;
+        QTest::newRow("crash ends once") << "sh -c \"kill -SEGV $$\"" << true << true;
+        QTest::newRow("missing program") << "/no/such/program" << true << true;
+        QTest::newRow("nothing but blanks") << "  " << true << false;
+    }
+
+    void tellsTheLifeOfAProcess()
+    {
+        QFETCH(QString, command);
+        QFETCH(bool, failed);
+        QFETCH(bool, starts);
+        Bench bench;
+        const Process *process = bench.add("it", command);
+        QTRY_COMPARE(process->status, ProcessGroup::Finished);
+        QTRY_COMPARE(process->state(), QProcess::NotRunning);
+
+        QStringList expected{"it: added", "it: Idle to Queued"};
+        if (starts)
+            expected << "it: Queued to Running"
+                     << "it: Running to Finished";
+        else
+            expected << "it: Queued to Finished";
+        QCOMPARE(bench.log, expected << "it: removed");
+        QCOMPARE(process->failed, failed);
+        QVERIFY(process->queued.isValid() && process->finished >= process->queued);
+        QCOMPARE(process->queued.timeSpec(), Qt::UTC);
+    }
+
+    void runsInTheOrderOfAdding()
+    {
+        const QTemporaryDir folder;
+        const QString file = folder.filePath("order");
+        Bench bench;
+        for (const char *name : {"1", "2", "3"})
+            bench.add(name, QString("sh -c \"echo %1 >> '%2'\"").arg(name, file));
+        QTRY_COMPARE(bench.log.count(), 15);
+        QCOMPARE(bench.log.last(), QString("3: removed"));
+        QFile order(file);
+        QVERIFY(order.open(QFile::ReadOnly));
+        QCOMPARE(order.readAll(), QByteArray("1\n2\n3\n"));
+    }
+
+    void runsAsManyAsTheLevelSays()
+    {
+        Bench bench;
+        bench.group.setConcurrencyLevel(2);
+        bench.group.setConcurrencyLevel(0);
+        bench.group.setConcurrencyLevel(-1);
+        Process *first = bench.add("first", Forever);
+        Process *second = bench.add("second", Forever);
+        const Process *third = bench.add("third", Forever);
+        QCOMPARE(second->status, ProcessGroup::Running);
+        QCOMPARE(third->status, ProcessGroup::Queued);
+
+        QVERIFY(second->waitForStarted());
+        second->kill();
+        QTRY_COMPARE(third->status, ProcessGroup::Running);
+        QCOMPARE(first->status, ProcessGroup::Running);
+        QVERIFY(second->failed);
+        QCOMPARE(second->errorString(),
+                 QString("The process crashed some time after starting successfully."));
+    }
+
+    void removesWhatWaits()
+    {
+        Bench bench;
+        bench.add("first", Forever);
+        Process *second = bench.add("second", Forever);
+        second->autoDelete = true;
+        bench.log.clear();
+        bench.group.remove(second);
+        QCOMPARE(bench.log, QStringList{"second: removed"});
+        QCOMPARE(bench.owner.children().size(), 1);
+    }
+
+    void removesWhatRunsWithoutAWordAndKeepsItsTurn()
+    {
+        Bench bench;
+        Process *first = bench.add("first", Forever);
+        const Process *second = bench.add("second", Forever);
+        QVERIFY(first->waitForStarted());
+        bench.log.clear();
+        bench.group.remove(first);
+        QTRY_COMPARE(first->state(), QProcess::NotRunning);
+        QCOMPARE(bench.log, QStringList());
+        QCOMPARE(second->status, ProcessGroup::Queued);
+    }
+
+    void survivesDeletedProcesses()
+    {
+        Bench bench;
+        Process *first = bench.add("first", Forever);
+        Process *second = bench.add("second", Forever);
+        const Process *third = bench.add("third", Forever);
+        QVERIFY(first->waitForStarted());
+        delete second;
+        QCOMPARE(bench.log.last(), QString("second: removed"));
+        delete first;
+        QCOMPARE(bench.log.count("first: removed"), 1);
+        QCOMPARE(third->status, ProcessGroup::Running);
+    }
+
+    void letsAReceiverRemoveWhatEnds()
+    {
+        Bench bench;
+        Process *first = bench.add("first", "true");
+        first->autoDelete = true;
+        const QPointer<Process> alive(first);
+        connect(&bench.group, &ProcessGroup::statusChanged, &bench.group,
+                [&](Process *process, ProcessGroup::ProcessStatus) {
+                    if (process->status == ProcessGroup::Finished)
+                        bench.group.remove(process);
+                });
+        bench.add("second", "true");
+        QTRY_VERIFY(bench.log.contains("second: Running to Finished"));
+        QTRY_VERIFY(!alive);
+        QCOMPARE(bench.log.count("first: removed"), 1);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestProcessGroup)
+#include "tst_processgroup.moc"
