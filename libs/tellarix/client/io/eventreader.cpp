@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
+#include <tellarix/client/io/eventreader.h>
+
+#include <tellarix/client/io/eventtablereader_p.h>
+#include <tellarix/client/io/quakemlreader_p.h>
+
+#include <QFileDevice>
+
+namespace Tellarix {
+namespace IO {
+
+namespace {
+
+constexpr int HeadSize = 4096;
+
+QByteArray firstLine(const QByteArray &text)
+{
+    const int end = text.indexOf('\n');
+    return (end < 0 ? text : text.left(end)).toLower();
+}
+
+bool readKnown(QIODevice &device, const QString &name, const EventReadHandler &handler,
+               QString *error)
+{
+    const EventFormat format = eventFormatOf(device.peek(HeadSize));
+    switch (format) {
+    case EventFormat::QuakeML:
+        return QuakeMLReader(device, name, handler).read(error);
+    case EventFormat::Csv:
+    case EventFormat::FdsnText:
+        return EventTableReader(device, name, handler, format).read(error);
+    case EventFormat::Unknown:
+        break;
+    }
+    if (error)
+        *error = QString("%1: neither QuakeML nor a table of events").arg(name);
+    return false;
+}
+
+} // namespace
+
+EventFormat eventFormatOf(const QByteArray &head)
+{
+    QByteArray text = head;
+    if (text.startsWith("\xEF\xBB\xBF"))
+        text.remove(0, 3);
+    text = text.trimmed();
+    // Two bytes a character: an XML declaration in UTF-16 says so by its byte order mark.
+    if (text.startsWith('<') || text.startsWith("\xFF\xFE") || text.startsWith("\xFE\xFF"))
+        return EventFormat::QuakeML;
+    const QByteArray line = firstLine(text);
+    if (line.startsWith('#') && line.contains('|') && line.contains("eventid"))
+        return EventFormat::FdsnText;
+    if (line.contains(',') && line.contains("time") && line.contains("latitude"))
+        return EventFormat::Csv;
+    return EventFormat::Unknown;
+}
+
+bool readEvents(QIODevice &device, const QString &name, const EventReadHandler &handler,
+                QString *error)
+{
+    const bool read = readKnown(device, name, handler, error);
+    // A device that breaks looks like one that ends.
+    const auto *file = qobject_cast<QFileDevice *>(&device);
+    if (!file || file->error() == QFileDevice::NoError)
+        return read;
+    if (error)
+        *error = QString("%1: %2").arg(name, file->errorString());
+    return false;
+}
+
+} // namespace IO
+} // namespace Tellarix

@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
+#include <tellarix/client/io/eventwriter.h>
+
+#include <tellarix/client/io/eventlistwriter_p.h>
+#include <tellarix/client/io/quakemlwriter_p.h>
+
+namespace Tellarix {
+namespace IO {
+
+EventWriter::~EventWriter() = default;
+
+std::unique_ptr<EventWriter> EventWriter::Create(const QString &form, QIODevice &device)
+{
+    if (form == "quakeml")
+        return std::make_unique<QuakeMLWriter>(device);
+    if (form == "csv")
+        return std::make_unique<EventCsvWriter>(device);
+    if (form == "geojson")
+        return std::make_unique<EventGeoJsonWriter>(device);
+    return nullptr;
+}
+
+} // namespace IO
+} // namespace Tellarix

@@ -1,0 +1,269 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
+#include "eventtesting.h"
+
+#include <tellarix/client/io/eventreader.h>
+#include <tellarix/client/io/eventsummary.h>
+#include <tellarix/client/io/eventwriter.h>
+
+#include <QBuffer>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QtTest>
+
+using namespace Tellarix;
+using DataModel::EventPtr;
+
+namespace {
+
+const QByteArray Head = "<?xml version=\"1.0\"?>\n"
+                        "<q:quakeml xmlns=\"http://quakeml.org/xmlns/bed/1.2\" "
+                        "xmlns:q=\"http://quakeml.org/xmlns/quakeml/1.2\" xmlns:x=\"urn:x\">\n"
+                        "<eventParameters publicID=\"c\">\n";
+const QByteArray Tail = "</eventParameters></q:quakeml>";
+const QByteArray SoundOrigin = "<time><value>2020-01-02T03:04:05.6Z</value></time>"
+                               "<latitude><value>1.5</value></latitude>"
+                               "<longitude><value>-2.5</value></longitude>";
+
+struct Reading
+{
+    bool ok{false};
+    QString error;
+    QStringList warnings;
+    QVector<EventPtr> events;
+};
+
+Reading read(QByteArray text)
+{
+    Reading reading;
+    QBuffer buffer(&text);
+    buffer.open(QIODevice::ReadOnly);
+    IO::EventReadHandler handler;
+    handler.take = [&](const EventPtr &event) {
+        reading.events.append(event);
+        return true;
+    };
+    handler.warn = [&](const QString &warning) { reading.warnings.append(warning); };
+    reading.ok = IO::readEvents(buffer, "file", handler, &reading.error);
+    return reading;
+}
+
+QByteArray write(const QString &form, const QVector<EventPtr> &events)
+{
+    QByteArray text;
+    QBuffer buffer(&text);
+    buffer.open(QIODevice::WriteOnly);
+    const auto writer = IO::EventWriter::Create(form, buffer);
+    bool ok = writer->begin();
+    for (const EventPtr &event : events)
+        ok = ok && writer->write(*event);
+    return ok && writer->end() ? text : QByteArray();
+}
+
+/** Origins, magnitudes and mechanisms with the preferred ones marked, as a word for each. */
+QString solutions(const DataModel::Event &event)
+{
+    QStringList words;
+    for (const auto &origin : event.origins)
+        words.append(QString(origin == event.preferredOrigin() ? "*" : "") +
+                     origin->publicID.c_str());
+    for (const auto &magnitude : event.magnitudes)
+        words.append(QString(magnitude == event.preferredMagnitude() ? "*" : "") +
+                     magnitude->publicID.c_str());
+    return words.join(' ');
+}
+
+} // namespace
+
+class TestEventFormats : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void quakeMLComesBackAsItWas()
+    {
+        QRandomGenerator random(20200102);
+        QVector<EventPtr> events;
+        for (int i = 0; i < 300; ++i)
+            events.append(EventTesting::randomEvent(random, "event/" + std::to_string(i)));
+        const QByteArray text = write("quakeml", events);
+        const Reading reading = read(text);
+        QVERIFY2(reading.ok, qPrintable(reading.error));
+        QCOMPARE(reading.warnings, QStringList());
+        QCOMPARE(reading.events.size(), events.size());
+        // What is read is written as before, and what could be lost without a trace is the same.
+        QCOMPARE(write("quakeml", reading.events), text);
+        for (int i = 0; i < events.size(); ++i) {
+            const DataModel::Event &event = *reading.events[i];
+            QVERIFY(event.preferredOrigin()->time == events[i]->preferredOrigin()->time);
+            QVERIFY(event.preferredOrigin()->depth == events[i]->preferredOrigin()->depth);
+            QVERIFY(event.descriptions == events[i]->descriptions);
+            QCOMPARE(event.focalMechanisms.size(), events[i]->focalMechanisms.size());
+            QCOMPARE(solutions(event), solutions(*events[i]));
+        }
+    }
+
+    void listsHoldThePreferredSolutions()
+    {
+        QRandomGenerator random(7);
+        QVector<EventPtr> events;
+        for (int i = 0; i < 100; ++i)
+            events.append(EventTesting::randomEvent(random, "event/" + std::to_string(i)));
+
+        const Reading reading = read(write("csv", events));
+        QVERIFY2(reading.ok, qPrintable(reading.error));
+        const QJsonArray features =
+            QJsonDocument::fromJson(write("geojson", events)).object().value("features").toArray();
+        QCOMPARE(features.size(), events.size());
+        QCOMPARE(reading.events.size(), events.size());
+        for (int i = 0; i < events.size(); ++i) {
+            QJsonObject expected = IO::EventSummary::Of(*events[i]).toJson();
+            QCOMPARE(features[i].toObject().value("properties").toObject(), expected);
+            if (expected.value("magnitude").isNull())
+                expected["magnitudeType"] = QJsonValue();
+            QCOMPARE(IO::EventSummary::Of(*reading.events[i]).toJson(), expected);
+        }
+        const QJsonArray position =
+            features[0].toObject().value("geometry").toObject().value("coordinates").toArray();
+        const DataModel::Origin *origin = events[0]->preferredOrigin();
+        QCOMPARE(position[0].toDouble(), origin->longitude.value());
+        QCOMPARE(position[1].toDouble(), origin->latitude.value());
+    }
+
+    void readsPreferredAndPassesOverTheRest_data()
+    {
+        QTest::addColumn<QByteArray>("body");
+        QTest::addColumn<QString>("expected");
+        QTest::addColumn<int>("warnings");
+        const QByteArray one = "<origin publicID=\"o1\">" + SoundOrigin + "</origin>";
+        const QByteArray two = "<origin publicID=\"o2\">" + SoundOrigin +
+                               "<evaluationMode>manual</evaluationMode></origin>";
+        const QByteArray magnitude =
+            "<magnitude publicID=\"m\"><mag><value>5</value></mag></magnitude>";
+        QTest::newRow("named") << one + two + "<preferredOriginID> o1 </preferredOriginID>" +
+                                      magnitude
+                               << "*o1 o2 *m" << 0;
+        QTest::newRow("none named: by hand first") << one + two + magnitude << "o1 *o2 *m" << 0;
+        QTest::newRow("named one is missing") << one + "<preferredOriginID>o9</preferredOriginID>"
+                                              << "*o1" << 0;
+        QTest::newRow("origin without time")
+            << "<origin publicID=\"o0\"><latitude><value>1</value></latitude></origin>" + one
+            << "*o1" << 1;
+        QTest::newRow("latitude that is none")
+            << QByteArray(one).replace("1.5", "91") + two << "*o2" << 1;
+        QTest::newRow("number that is none, magnitude without value")
+            << one + QByteArray(magnitude).replace(">5<", ">big<") << "*o1" << 2;
+        QTest::newRow("foreign namespaces")
+            << "<x:origin publicID=\"no\"><a><b/></a></x:origin>" + one +
+                   "<x:preferredOriginID>no</x:preferredOriginID>"
+            << "*o1" << 0;
+        QTest::newRow("no ids") << QByteArray(one).replace("o1", "") << "*e/origin/1" << 0;
+    }
+
+    void readsPreferredAndPassesOverTheRest()
+    {
+        QFETCH(QByteArray, body);
+        const Reading reading = read(Head + "<event publicID=\"e\">" + body + "</event>" + Tail);
+        QVERIFY2(reading.ok, qPrintable(reading.error));
+        QCOMPARE(reading.events.size(), 1);
+        QTEST(solutions(*reading.events[0]), "expected");
+        QTEST(reading.warnings.size(), "warnings");
+        QCOMPARE(reading.events[0]->preferredOriginID,
+                 reading.events[0]->preferredOrigin()->publicID);
+    }
+
+    void tellsWhatIsWrong_data()
+    {
+        QTest::addColumn<QByteArray>("text");
+        QTest::addColumn<QString>("error");
+        const QByteArray event =
+            "<event publicID=\"e\">\n<origin publicID=\"o\">" + SoundOrigin + "</origin></event>";
+        const QByteArray table = "time,latitude,longitude,mag\n2020-01-01,1,2,3\n";
+        QTest::newRow("cut off") << Head + event + "<event publicID=\"f\"><origin"
+                                 << "line 5, element <event>: ";
+        QTest::newRow("malformed") << Head + "<event><origin><time></origin></time></event>" + Tail
+                                   << "line 4, element <time>: ";
+        QTest::newRow("malformed behind the end") << Head + event + Tail + "<more/>"
+                                                  << "line 5";
+        QTest::newRow("bomb") << QByteArray(
+                                     "<!DOCTYPE q [<!ENTITY a \"aaaa\"><!ENTITY b \"&a;&a;\">]>") +
+                                     Head.mid(22)
+                              << "document type";
+        QTest::newRow("another document") << QByteArray("<html/>") << "element <html>: no QuakeML";
+        QTest::newRow("text without an end")
+            << Head + "<event><type>" + QByteArray(20 << 20, 'x') << "more than 16 MB";
+        QTest::newRow("neither") << QByteArray("hello") << "neither QuakeML nor a table";
+        QTest::newRow("empty") << QByteArray() << "neither QuakeML nor a table";
+        QTest::newRow("field missing") << table + "2020-01-01,1\n"
+                                       << "line 3: 2 fields instead of 4";
+        QTest::newRow("no end of a quote") << table + "\n\"2020-01-01,1,2,3\n"
+                                           << "line 4: a quoted";
+        QTest::newRow("time") << table + "yesterday,1,2,3\n"
+                              << "line 3: \"yesterday\" is no time";
+        QTest::newRow("latitude") << table + "2020-01-01,-90.5,2,3\n"
+                                  << "\"-90.5\" is no latitude";
+        QTest::newRow("columns") << QByteArray("time,latitude,size\n")
+                                 << "line 1: the columns time";
+    }
+
+    void tellsWhatIsWrong()
+    {
+        QFETCH(QByteArray, text);
+        QFETCH(QString, error);
+        const Reading reading = read(text);
+        QVERIFY(!reading.ok);
+        QVERIFY2(reading.error.startsWith("file: ") && reading.error.contains(error),
+                 qPrintable(reading.error));
+    }
+
+    void readsTables_data()
+    {
+        QTest::addColumn<QByteArray>("text");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("CSV of a service")
+            << QByteArray("time,latitude,longitude,depth,mag,magType,nst,id,place,type\r\n"
+                          "2015-12-22T18:45:11.123Z,59.9988,-152.7191,-2.29,3,ml,,ak1,"
+                          "\"54km S of \"\"Redoubt\"\", Alaska\",quarry blast\r\n")
+            << "ak1|2015-12-22T18:45:11.123000Z|59.9988|-152.7191|-2.29|3|ml|quarry blast|54km S "
+               "of "
+               "\"Redoubt\", Alaska";
+        QTest::newRow("columns in another order, byte order mark, end of line in a field")
+            << QByteArray("\xEF\xBB\xBFLongitude,LATITUDE,Time,place\n2,1,2020-01-01,\"a\nb\"\n\n")
+            << "event/2020-01-01T00:00:00.000000Z/1.0000/"
+               "2.0000|2020-01-01T00:00:00.000000Z|1|2|||||"
+               "a\nb";
+        QTest::newRow("text form of a service")
+            << QByteArray(
+                   "#EventID | Time | Latitude | Longitude | Depth/km | Author | Catalog | "
+                   "Contributor | ContributorID | MagType | Magnitude | MagAuthor | "
+                   "EventLocationName | EventType\n"
+                   "4 | 2010-02-27T06:34:11.5 | -36.122 | -72.898 | 22.9 | us|||| Mw | 8.8 | us "
+                   "| Off the coast, Chile |\n")
+            << "4|2010-02-27T06:34:11.500000Z|-36.122|-72.898|22.9|8.8|Mw||Off the coast, Chile";
+    }
+
+    void readsTables()
+    {
+        QFETCH(QByteArray, text);
+        const Reading reading = read(text);
+        QVERIFY2(reading.ok, qPrintable(reading.error));
+        QCOMPARE(reading.events.size(), 1);
+        const IO::EventSummary event = IO::EventSummary::Of(*reading.events[0]);
+        const auto number = [](const std::optional<double> &value) {
+            return value ? QString::number(*value, 'g', 12) : QString();
+        };
+        const QStringList words{event.id.c_str(),
+                                event.time.iso().c_str(),
+                                number(event.latitude),
+                                number(event.longitude),
+                                number(event.depthKm),
+                                number(event.magnitude),
+                                event.magnitudeType.c_str(),
+                                event.type.c_str(),
+                                event.region.c_str()};
+        QTEST(words.join('|'), "expected");
+    }
+};
+
+QTEST_GUILESS_MAIN(TestEventFormats)
+#include "tst_eventformats.moc"
