@@ -2,11 +2,11 @@
 
 #include <tellarix/client/demo/seismogram_p.h>
 
+#include <tellarix/client/demo/demorandom_p.h>
 #include <tellarix/client/demo/regionalmodel_p.h>
 
 #include <algorithm>
 #include <cmath>
-#include <random>
 
 namespace Tellarix {
 namespace Client {
@@ -27,31 +27,6 @@ double radians(double degrees)
 {
     return degrees * Pi / 180;
 }
-
-/** Normal noise of unit variance; the standard library's distribution differs by platform. */
-class Gaussian
-{
-public:
-    explicit Gaussian(uint64_t seed) : _engine(seed) {}
-
-    /** Sum of four uniform numbers: exact enough for noise that is filtered afterwards. */
-    double operator()()
-    {
-        const uint64_t bits = _engine();
-        const auto sum = static_cast<int64_t>((bits & 0xFFFF) + (bits >> 16 & 0xFFFF) +
-                                              (bits >> 32 & 0xFFFF) + (bits >> 48));
-        return static_cast<double>(sum - 131070) * (1 / 37837.2);
-    }
-
-    /** Evenly distributed between @p low and @p high. */
-    double uniform(double low, double high)
-    {
-        return low + (high - low) * static_cast<double>(_engine() >> 11) * 0x1p-53;
-    }
-
-private:
-    std::mt19937_64 _engine;
-};
 
 /** Low pass of 6 dB per octave. */
 class LowPass
@@ -167,7 +142,7 @@ void CodaEnvelope::add(double seconds, double amplitude, double duration)
     addDecay(fast, seconds, 0.15 * amplitude, 2 * duration);
 }
 
-void addScattered(Trace &trace, const CodaEnvelope &envelope, double share, Gaussian &gaussian)
+void addScattered(Trace &trace, const CodaEnvelope &envelope, double share, DemoRandom &gaussian)
 {
     constexpr double SplitFrequency = 1.5;
     LowPass longPeriods(SplitFrequency);
@@ -219,7 +194,7 @@ double scattering(const CornerFrequencies &corners, double distanceKm)
 }
 
 void addBodyWaves(Components &components, const DemoStation &station, const Source &source,
-                  const WaveParameters &wave, Gaussian &gaussian)
+                  const WaveParameters &wave, DemoRandom &gaussian)
 {
     const double distance = station.distanceKm;
     const CornerFrequencies corners(source, wave, distance);
@@ -302,7 +277,7 @@ void rotate(Components &components, double backAzimuth)
 
 /** Adds noise between two corner frequencies whose root mean square is @p level. */
 void addNoise(Trace &trace, double lowFrequency, double highFrequency, double level,
-              Gaussian &gaussian)
+              DemoRandom &gaussian)
 {
     LowPass first(highFrequency);
     LowPass second(highFrequency);
@@ -322,7 +297,7 @@ void addNoise(Trace &trace, double lowFrequency, double highFrequency, double le
 }
 
 /** A machine near the station: a hum that swells and shakes of the ground around it. */
-void addMachine(Trace &trace, double phase, Gaussian &gaussian)
+void addMachine(Trace &trace, double phase, DemoRandom &gaussian)
 {
     constexpr double Level = 4E-6;
     addNoise(trace, 3, 12, Level, gaussian);
@@ -334,7 +309,7 @@ void addMachine(Trace &trace, double phase, Gaussian &gaussian)
 }
 
 /** Ground noise in m/s: swell of the seas, wind and traffic, and slow tilt of the horizontals. */
-void addGroundNoise(Components &components, const DemoStation &station, Gaussian &gaussian)
+void addGroundNoise(Components &components, const DemoStation &station, DemoRandom &gaussian)
 {
     const double microseism = gaussian.uniform(0.5E-6, 1.1E-6);
     const double traffic = 1E-8 * std::pow(10, gaussian.uniform(0, 1.3));
@@ -362,7 +337,7 @@ std::vector<int> digitize(const Trace &trace, double gain, double offset)
 
 DemoSeismogram synthesizeSeismogram(const DemoStation &station, uint64_t seed)
 {
-    Gaussian gaussian(seed);
+    DemoRandom gaussian(seed);
     Components components;
     components.fill(Trace(SampleCount, 0.0));
     for (const Source &source : {MainShock, Aftershock}) {
