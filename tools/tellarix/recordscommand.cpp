@@ -3,6 +3,7 @@
 #include "recordscommand.h"
 
 #include "streamtable.h"
+#include "windowoptions.h"
 
 #include <QCommandLineParser>
 
@@ -11,8 +12,6 @@ namespace Tool {
 
 namespace {
 
-const auto FromOption = QStringLiteral("from");
-const auto ToOption = QStringLiteral("to");
 const auto StreamsOption = QStringLiteral("streams");
 const auto JsonOption = QStringLiteral("json");
 
@@ -59,31 +58,8 @@ bool RecordsCommand::readArguments(const QCommandLineParser &parser, const QStri
 
     _urls = arguments;
     _asJson = parser.isSet(JsonOption);
-    return readWindow(parser, error) &&
+    return readWindow(parser, &_window, error) &&
            (!parser.isSet(StreamsOption) || readStreams(parser.value(StreamsOption), error));
-}
-
-bool RecordsCommand::readWindow(const QCommandLineParser &parser, QString *error)
-{
-    Core::Time ends[2];
-    int end = 0;
-    for (const QString &option : {FromOption, ToOption}) {
-        const QString text = parser.value(option);
-        if (parser.isSet(option) && !ends[end].fromString(text.toStdString())) {
-            *error = tr("--%1: \"%2\" is no time; write it like 2024-01-05T10:11:12.5")
-                         .arg(option, text);
-            return false;
-        }
-        ++end;
-    }
-
-    _window = Core::TimeWindow(ends[0], ends[1]);
-    if (_window.valid() && _window.isEmpty()) {
-        *error = tr("--to: %1 is not after --from: %2")
-                     .arg(parser.value(ToOption), parser.value(FromOption));
-        return false;
-    }
-    return true;
 }
 
 bool RecordsCommand::readStreams(const QString &list, QString *error)

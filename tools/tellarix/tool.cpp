@@ -3,6 +3,7 @@
 #include "tool.h"
 
 #include "democommand.h"
+#include "eventscommand.h"
 #include "recordscommand.h"
 
 #include <QThread>
@@ -17,6 +18,7 @@ Tool::Tool(int &argc, char **argv) : Client::Application(argc, argv)
     setDatabaseOffered(false);
     setRecordStreamOffered(false);
     _commands.push_back(std::make_unique<RecordsCommand>());
+    _commands.push_back(std::make_unique<EventsCommand>());
     _commands.push_back(std::make_unique<DemoCommand>());
 }
 
@@ -93,7 +95,8 @@ QString Tool::firstArgument()
 
 void Tool::describeCommands()
 {
-    QString list = tr("Looks at seismological data and writes demonstration data.\n\nCommands:\n");
+    QString list = tr("Looks at seismological data, keeps catalogues and writes demonstration "
+                      "data.\n\nCommands:\n");
     for (const auto &command : _commands)
         list += QStringLiteral("  %1  %2\n").arg(command->name(), -8).arg(command->summary());
     list += tr("\nEach has a help of its own: tellarix COMMAND --help");

@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
+#pragma once
+
+#include "command.h"
+
+#include <tellarix/client/io/eventarchive.h>
+
+#include <QCoreApplication>
+#include <QStringList>
+
+#include <atomic>
+
+class QIODevice;
+
+namespace Tellarix {
+namespace Tool {
+
+/** Makes event databases, fills them from files, and lists and exports what they hold. */
+class EventsCommand : public Command
+{
+    Q_DECLARE_TR_FUNCTIONS(Tellarix::Tool::EventsCommand)
+
+public:
+    QString name() const override { return QStringLiteral("events"); }
+    QString summary() const override;
+    void describe(QCommandLineParser &parser) const override;
+    bool readArguments(const QCommandLineParser &parser, const QStringList &arguments,
+                       QString *error) override;
+    int run() override;
+    void interrupt() override { _interrupted = true; }
+
+private:
+    /** What is done with the events. */
+    enum Action
+    {
+        Create,
+        Import,
+        List,
+        Export
+    };
+
+    bool readAction(const QStringList &arguments, QString *error);
+    bool readForm(const QCommandLineParser &parser, QString *error);
+    bool readSelection(const QCommandLineParser &parser, QString *error);
+
+    bool create(const IO::DatabaseInterfacePtr &database);
+    bool import(const IO::DatabaseInterfacePtr &database);
+    bool importFile(const IO::DatabaseInterfacePtr &database, const QString &file);
+    bool list(const IO::DatabaseInterfacePtr &database);
+    bool exportFile(const IO::DatabaseInterfacePtr &database);
+    bool writeAs(const QString &form, const IO::DatabaseInterfacePtr &database, QIODevice &device,
+                 QString *error);
+    bool printJson(const IO::DatabaseInterfacePtr &database);
+    bool printTable(const IO::DatabaseInterfacePtr &database);
+
+    Action _action{List};
+    QStringList _files;
+    QString _url;
+    QString _form; /**< "json", "csv", "quakeml", "geojson" or none for a table */
+    IO::EventSelection _selection;
+    std::atomic<bool> _interrupted{false};
+};
+
+} // namespace Tool
+} // namespace Tellarix

@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
+#include "windowoptions.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+
+namespace Tellarix {
+namespace Tool {
+
+namespace {
+
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("Tellarix::Tool::WindowOptions", text);
+}
+
+} // namespace
+
+bool readWindow(const QCommandLineParser &parser, Core::TimeWindow *window, QString *error)
+{
+    Core::Time ends[2];
+    int end = 0;
+    for (const QString &option : {FromOption, ToOption}) {
+        const QString text = parser.value(option);
+        if (parser.isSet(option) && !ends[end].fromString(text.toStdString())) {
+            *error = tr("--%1: \"%2\" is no time; write it like 2024-01-05T10:11:12.5")
+                         .arg(option, text);
+            return false;
+        }
+        ++end;
+    }
+
+    *window = Core::TimeWindow(ends[0], ends[1]);
+    if (window->valid() && window->isEmpty()) {
+        *error = tr("--to: %1 is not after --from: %2")
+                     .arg(parser.value(ToOption), parser.value(FromOption));
+        return false;
+    }
+    return true;
+}
+
+} // namespace Tool
+} // namespace Tellarix
