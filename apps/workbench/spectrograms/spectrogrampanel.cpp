@@ -2,8 +2,8 @@
 
 #include "spectrogrampanel.h"
 
+#include "bench/historybox.h"
 #include "gradientpanel.h"
-#include "historybox.h"
 #include "spectrograms.h"
 
 #include <tellarix/qt/scheme.h>

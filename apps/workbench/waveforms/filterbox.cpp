@@ -2,7 +2,7 @@
 
 #include "filterbox.h"
 
-#include "historybox.h"
+#include "bench/historybox.h"
 
 #include <norvu/gui/fontawesome5.h>
 

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
+#include "bench.h"
+
+#include "selection.h"
+#include "stations.h"
+#include "task.h"
+#include "tracerows.h"
+
+namespace Workbench {
+
+Bench::Bench(QObject *parent)
+    : QObject(parent), _selection(new Selection(this)), _stations(new Stations(this)),
+      _tasks(new Tasks(this)), _rows(new TraceRows(this))
+{}
+
+void Bench::tell(const QStringList &problems)
+{
+    if (!problems.isEmpty())
+        emit problemsTold(problems);
+}
+
+void Bench::showStatus(const QString &text)
+{
+    emit statusShown(text);
+}
+
+} // namespace Workbench

@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
+#pragma once
+
+#include <tellarix/core/timewindow.h>
+
+#include <QObject>
+#include <QStringList>
+
+namespace Workbench {
+
+class Selection;
+class Stations;
+class Tasks;
+class TraceRows;
+
+/** What panels share. They get it when they are made, and it outlives them. */
+class Bench : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit Bench(QObject *parent = nullptr);
+
+    /** Chosen event, time, time window and stations. */
+    Selection *selection() const { return _selection; }
+    /** Coordinates of stations. */
+    Stations *stations() const { return _stations; }
+    /** Work in the background, which the status bar shows. */
+    Tasks *tasks() const { return _tasks; }
+    /** The rows of waveforms, for panels that add to them. */
+    TraceRows *rows() const { return _rows; }
+
+    /** The window to which everything that is loaded is limited; not valid without a limit. */
+    const Tellarix::Core::TimeWindow &dataWindow() const { return _dataWindow; }
+    void setDataWindow(const Tellarix::Core::TimeWindow &window) { _dataWindow = window; }
+
+public slots:
+    /** Lists problems for the user, each of which names the thing and the cause. */
+    void tell(const QStringList &problems);
+    /** Shows a line in the status bar for a while; an empty one takes the last one away. */
+    void showStatus(const QString &text);
+
+signals:
+    void problemsTold(const QStringList &problems);
+    void statusShown(const QString &text);
+
+private:
+    Selection *_selection;
+    Stations *_stations;
+    Tasks *_tasks;
+    TraceRows *_rows;
+    Tellarix::Core::TimeWindow _dataWindow;
+};
+
+} // namespace Workbench

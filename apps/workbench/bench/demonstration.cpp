@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
+#include "demonstration.h"
+
+#include "stations.h"
+
+#include <tellarix/client/demo/demostation.h>
+#include <tellarix/core/environment.h>
+
+#include <QCoreApplication>
+#include <QDir>
+
+using namespace Tellarix;
+
+namespace Workbench {
+
+QString demonstrationFolder()
+{
+    return QDir(QString::fromUtf8(Environment::Instance()->dataDir())).filePath("demonstration");
+}
+
+EventSummary demonstrationEvent()
+{
+    const Client::DemoOrigin origin = Client::demonstrationOrigin();
+    EventSummary event;
+    event.publicID = "demonstration";
+    event.originTime = origin.time;
+    event.latitude = origin.latitude;
+    event.longitude = origin.longitude;
+    event.depthKm = origin.depthKm;
+    event.magnitude = origin.magnitude;
+    event.region = QCoreApplication::translate("Workbench", "Demonstration");
+    return event;
+}
+
+void addDemonstrationStations(Stations *stations)
+{
+    QHash<QString, StationPlace> places;
+    for (const Client::DemoStation &station : Client::demonstrationStations())
+        places.insert(station.network + '.' + station.station,
+                      {station.latitude, station.longitude});
+    stations->add(places);
+}
+
+} // namespace Workbench

@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
+#pragma once
+
+#include "eventsummary.h"
+
+#include <QString>
+
+namespace Workbench {
+
+class Stations;
+
+/** The folder of the demonstration's files, below the user's data folder; it may not exist yet. */
+QString demonstrationFolder();
+
+/** The demonstration's earthquake. */
+EventSummary demonstrationEvent();
+
+/** Tells where the stations stand that recorded it. */
+void addDemonstrationStations(Stations *stations);
+
+} // namespace Workbench

@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
+#include "selection.h"
+
+using namespace Tellarix;
+
+namespace Workbench {
+
+Selection::Selection(QObject *parent) : QObject(parent)
+{}
+
+void Selection::setEvent(const EventSummary &event)
+{
+    if (_event == event)
+        return;
+    _event = event;
+    emit eventChanged();
+}
+
+void Selection::clearEvent()
+{
+    if (!_event)
+        return;
+    _event.reset();
+    emit eventChanged();
+}
+
+void Selection::setTime(const Core::Time &time)
+{
+    if (time == _time)
+        return;
+    _time = time;
+    emit timeChanged();
+}
+
+void Selection::setTimeWindow(const Core::TimeWindow &window)
+{
+    const Core::TimeWindow wanted = window.isEmpty() ? Core::TimeWindow() : window;
+    if (wanted == _timeWindow)
+        return;
+    _timeWindow = wanted;
+    emit timeWindowChanged();
+}
+
+void Selection::setStations(QStringList stations)
+{
+    stations.sort();
+    stations.removeDuplicates();
+    if (stations == _stations)
+        return;
+    _stations = stations;
+    emit stationsChanged();
+}
+
+void Selection::clear()
+{
+    clearEvent();
+    setTime(Core::Time());
+    setTimeWindow(Core::TimeWindow());
+    setStations({});
+}
+
+} // namespace Workbench

@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
+#pragma once
+
+#include "eventsummary.h"
+
+#include <tellarix/core/timewindow.h>
+
+#include <QObject>
+#include <QStringList>
+
+namespace Workbench {
+
+/**
+ * What the user looks at, in all panels.
+ *
+ * Panels set what was chosen in them, and follow what was chosen elsewhere. A signal tells that
+ * something is different from before; what it is now is asked for, since a panel may have set it
+ * anew while others were still being told. Setting what is set already emits nothing, so panels may
+ * set what they were told without running in circles.
+ */
+class Selection : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit Selection(QObject *parent = nullptr);
+
+    /** The chosen event, if there is one. */
+    const std::optional<EventSummary> &event() const { return _event; }
+    /** The moment under consideration, such as that of a replay; not valid without one. */
+    const Tellarix::Core::Time &time() const { return _time; }
+    /** What is shown along time axes; not valid while there is nothing. */
+    const Tellarix::Core::TimeWindow &timeWindow() const { return _timeWindow; }
+    /** Chosen stations as "NET.STA", in ascending order and each of them once. */
+    const QStringList &stations() const { return _stations; }
+
+public slots:
+    void setEvent(const Workbench::EventSummary &event);
+    void clearEvent();
+    void setTime(const Tellarix::Core::Time &time);
+    /** An empty window counts as none. */
+    void setTimeWindow(const Tellarix::Core::TimeWindow &window);
+    /** In any order. */
+    void setStations(QStringList stations);
+    /** Chooses nothing. */
+    void clear();
+
+signals:
+    void eventChanged();
+    void timeChanged();
+    void timeWindowChanged();
+    void stationsChanged();
+
+private:
+    std::optional<EventSummary> _event;
+    Tellarix::Core::Time _time;
+    Tellarix::Core::TimeWindow _timeWindow;
+    QStringList _stations;
+};
+
+} // namespace Workbench
