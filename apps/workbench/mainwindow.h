@@ -2,66 +2,47 @@
 
 #pragma once
 
-#include <tellarix/core/timewindow.h>
+#include "bench/bench.h"
+#include "bench/panel.h"
+#include "panels.h"
 
+#include <QHash>
 #include <QMainWindow>
-#include <QPixmap>
-#include <QStringList>
-#include <QVector>
 
 class QDockWidget;
-class QLabel;
-class QMenu;
-class QPlainTextEdit;
-class QProgressBar;
-
-namespace Norvu {
-namespace Gui {
-class MultiTraceWidget;
-}
-} // namespace Norvu
+class QTabWidget;
 
 namespace Workbench {
 
-class ExportActions;
-class FilterBox;
-class OverviewMenu;
-class SpectrogramPanel;
-class WaveformPanel;
+class MessageDock;
 
-/** The workbench's window: menus, panels, status line and a list of problems. */
+/** The workbench's window: lays panels out, gathers their entries, and keeps the session. */
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
 
 public:
-    struct Snapshot
-    {
-        QString fileName;
-        QPixmap picture;
-    };
-
-    explicit MainWindow(QWidget *parent = nullptr);
+    explicit MainWindow(const PanelRegistry &registry = panelRegistry(), QWidget *parent = nullptr);
+    ~MainWindow() override;
 
     /** Without interaction problems go to standard error instead of the list and its boxes. */
     void setInteractive(bool interactive) { _interactive = interactive; }
 
-    /** Limits what is loaded to a window; an invalid one loads everything. */
-    void setTimeWindow(const Tellarix::Core::TimeWindow &window);
+    Bench *bench() { return &_bench; }
 
     /**
-     * Opens files and URLs of record streams beside what is open already.
+     * Opens files and URLs beside what is open already.
      * @return false if one of them could not be opened or gave nothing
      */
     bool open(const QStringList &sources);
 
     /** A picture of each panel, at the size of the window. */
-    QVector<Snapshot> snapshots();
+    QVector<PanelPicture> snapshots();
 
     void restoreSettings();
 
 public slots:
-    /** Opens the demonstration recordings, which are written first if they aren't there. */
+    /** Opens the demonstration, which is written first if it isn't there. */
     bool openDemonstration();
 
 protected:
@@ -71,43 +52,29 @@ protected:
 
 private slots:
     void tell(const QStringList &problems);
+    void showStatus(const QString &text);
     void askForFiles();
     void askForUrl();
     void closeAll();
-    void showMeasurement(const QString &text);
-    void setFilter(const QString &text);
-    void showProblem(const QString &message);
-    void showFilteringProgress(int done, int total);
 
 private:
+    void createMessages();
+    void createPanels(const PanelRegistry &registry);
+    void addTab(Panel *panel);
+    void addDock(Panel *panel);
+    void placeDock(QDockWidget *dock, Qt::DockWidgetArea area);
     void createFileMenu();
-    void addExports(QMenu *menu);
     void createViewMenu();
-    QAction *addToggle(QMenu *menu, const QString &text, const QString &shortcut, const char *slot);
-    void createFilterBar();
-    void createTraceMenu();
-    void createOverviewMenu();
-    void createSpectrogramMenu();
-    void createMessageDock();
-    void createStatusBar();
+    void createPanelMenu(QMenu *viewMenu);
+    QList<QAction *> panelActions(Panel::Menu menu);
+    Panel *panelFor(const QString &source) const;
     void saveSettings() const;
-    QPixmap overviewPicture(bool horizontal);
-    QPixmap spectrogramPicture();
-    QPixmap gradientEditorPicture();
 
-    WaveformPanel *_waveforms;
-    ExportActions *_exports{nullptr};
-    FilterBox *_filterBox{nullptr};
-    OverviewMenu *_overviewMenu{nullptr};
-    Norvu::Gui::MultiTraceWidget *_overview{nullptr};
-    QDockWidget *_spectrogramDock{nullptr};
-    SpectrogramPanel *_spectrogramPanel{nullptr};
-    QDockWidget *_messageDock{nullptr};
-    QPlainTextEdit *_messages{nullptr};
-    QLabel *_pointerLabel{nullptr};
-    QLabel *_measurementLabel{nullptr};
-    QLabel *_rangeLabel{nullptr};
-    QProgressBar *_progressBar{nullptr};
+    Bench _bench;
+    QVector<Panel *> _panels; /**< in order of registration */
+    QTabWidget *_centre;
+    QHash<Panel *, QDockWidget *> _docks;
+    MessageDock *_messages;
     bool _interactive{true};
 };
 

@@ -4,7 +4,6 @@
 
 #include "darkpalette.h"
 #include "mainwindow.h"
-#include "waveforms/waveformpanel.h"
 
 #include <norvu/gui/splashscreen.h>
 #include <tellarix/core/version.h>
@@ -96,7 +95,7 @@ bool WorkbenchApplication::run()
         setDarkColors(true);
 
     MainWindow window;
-    window.setTimeWindow(Core::TimeWindow(_from, _to));
+    window.bench()->setDataWindow(Core::TimeWindow(_from, _to));
     if (isSnapshot())
         window.resize(SnapshotSize);
     else
@@ -127,7 +126,7 @@ bool WorkbenchApplication::writeSnapshots(MainWindow &window)
         return false;
     }
     bool ok = true;
-    for (const MainWindow::Snapshot &snapshot : window.snapshots()) {
+    for (const PanelPicture &snapshot : window.snapshots()) {
         const QString file = folder.filePath(snapshot.fileName);
         if (snapshot.picture.save(file, "PNG"))
             std::printf("%s\n", qUtf8Printable(file));

@@ -2,7 +2,7 @@
 
 #include "mainwindow.h"
 #include "shortcutsdialog.h"
-#include "waveforms/waveformpanel.h"
+#include "waveforms/waveforms.h"
 
 #include <norvu/gui/traceview.h>
 
@@ -95,7 +95,7 @@ private slots:
         window.setInteractive(false);
         window.show();
         QVERIFY(QTest::qWaitForWindowActive(&window));
-        QTest::keyClick(window.findChild<WaveformPanel *>()->view(), Qt::Key_F1);
+        QTest::keyClick(window.findChild<Waveforms *>()->view(), Qt::Key_F1);
         auto *dialog = window.findChild<ShortcutsDialog *>();
         QVERIFY(dialog && dialog->isVisible());
 

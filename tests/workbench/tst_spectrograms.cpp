@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
+#include "bench/bench.h"
+#include "bench/tracerows.h"
 #include "spectrograms/gradientpanel.h"
 #include "spectrograms/spectrogrammenu.h"
 #include "spectrograms/spectrogrampanel.h"
@@ -42,11 +44,13 @@ RecordCPtr sine(double start, double period, double amplitude)
 /** A view of three rows of ten minutes with amplitudes of 10, 100 and 1000. */
 struct Desk
 {
+    Bench bench;
     TraceView view;
+    SpectrogramPanel panel;
     Spectrograms *spectrograms;
     QVector<SpectrogramRow *> rows;
 
-    Desk() : spectrograms(new Spectrograms(&view))
+    Desk() : panel(withRows()), spectrograms(panel.spectrograms())
     {
         spectrograms->setAxis(Axis);
         for (const double amplitude : {10, 100, 1000})
@@ -58,9 +62,15 @@ struct Desk
         show(0, Seconds);
     }
 
+    Bench *withRows()
+    {
+        bench.rows()->setView(&view);
+        return &bench;
+    }
+
     void addSpectrogramRow(double amplitude)
     {
-        auto *row = new SpectrogramRow;
+        auto *row = static_cast<SpectrogramRow *>(spectrograms->makeTraces());
         auto *trace = new Trace(QString::number(amplitude), row, Qt::black);
         auto *sequence = new RingBuffer(-1);
         for (double start = 0; start < Seconds; start += 60)
@@ -443,7 +453,7 @@ void TestSpectrograms::refusesBadAxes()
     QFETCH(QString, part);
 
     Desk desk;
-    SpectrogramPanel panel(desk.spectrograms);
+    SpectrogramPanel &panel = desk.panel;
     QSignalSpy spy(&panel, SIGNAL(problem(QString)));
     auto *input = panel.findChild<QComboBox *>();
     input->setEditText(text);
@@ -463,7 +473,7 @@ void TestSpectrograms::refusesBadAxes()
 void TestSpectrograms::tellsWhichBandsAreEmpty()
 {
     Desk desk;
-    SpectrogramPanel panel(desk.spectrograms);
+    SpectrogramPanel &panel = desk.panel;
     QSignalSpy spy(&panel, SIGNAL(problem(QString)));
     desk.spectrograms->setAllShown(true);
     QCOMPARE(spy.takeLast().first().toString(), QString());
@@ -506,7 +516,7 @@ void TestSpectrograms::refusesBadRanges()
     QFETCH(QString, part);
 
     Desk desk;
-    SpectrogramPanel panel(desk.spectrograms);
+    SpectrogramPanel &panel = desk.panel;
     const auto boxes = panel.findChildren<QComboBox *>();
     auto *mode = boxes[1];
     mode->setCurrentIndex(ColorRange::Fixed);
@@ -525,18 +535,18 @@ void TestSpectrograms::refusesBadRanges()
 
 void TestSpectrograms::remembersSettings()
 {
+    QSettings settings(_folder.filePath("settings.ini"), QSettings::IniFormat);
     {
         Desk desk;
-        SpectrogramPanel panel(desk.spectrograms);
         desk.spectrograms->setAxis("freqs(1,8,4,12)");
-        panel.gradientPanel()->setGradientName("Inferno");
+        desk.panel.gradientPanel()->setGradientName("Inferno");
         desk.spectrograms->setInFront(true);
-        panel.findChildren<QComboBox *>()[1]->setCurrentIndex(ColorRange::Shared);
-        panel.saveSettings();
+        desk.panel.findChildren<QComboBox *>()[1]->setCurrentIndex(ColorRange::Shared);
+        desk.panel.saveState(settings);
     }
     Desk desk;
-    SpectrogramPanel panel(desk.spectrograms);
-    panel.restoreSettings();
+    SpectrogramPanel &panel = desk.panel;
+    panel.restoreState(settings);
     QCOMPARE(desk.spectrograms->axisText(), QString("freqs(1,8,4,12)"));
     QCOMPARE(panel.gradientPanel()->gradientName(), QString("Inferno"));
     QCOMPARE(desk.spectrograms->colorRange().mode, ColorRange::Shared);

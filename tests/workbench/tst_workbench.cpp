@@ -2,57 +2,26 @@
 
 #include "mainwindow.h"
 #include "spectrograms/spectrograms.h"
-#include "waveforms/waveformpanel.h"
+#include "waveforms/waveforms.h"
 
 #include "pointer.h"
+#include "waveformtesting.h"
 
-#include <norvu/gui/trace.h>
-#include <norvu/gui/traceview.h>
-
-#include <tellarix/core/records/formats/miniseedwriter.h>
-#include <tellarix/core/records/typedarray.h>
-#include <tellarix/qt/records/recordwidget.h>
 #include <tellarix/qt/records/timescale.h>
 
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QMenu>
 #include <QProcess>
-#include <QtTest>
 
 #include <cmath>
 
-using namespace Tellarix;
+using namespace WaveformTesting;
 using namespace Workbench;
 
 namespace {
 
 constexpr double Rate = 20;
-const Core::Time Start(2024, 1, 5, 10, 0, 0);
-
-/** A file with one stream for each station, each a minute long, and a second minute a day later. */
-QString writeFile(const QTemporaryDir &folder, const QString &name, const QStringList &stations)
-{
-    const QString path = folder.filePath(name);
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return QString();
-
-    Formats::MiniSeedWriter writer(&file);
-    for (const QString &station : stations) {
-        const auto codes = StreamCodes::FromID("XX." + station.toStdString() + "..HHZ");
-        for (const double offset : {0.0, 86400.0}) {
-            Core::SmartPointer<IntArray> samples(new IntArray(static_cast<int>(60 * Rate)));
-            for (int i = 0; i < samples->size(); ++i)
-                samples->typedData()[i] = static_cast<int>(1000 * std::sin(0.3 * i));
-            const RecordPtr record(
-                new Record(codes, Start + Core::TimeSpan(offset), Rate, samples));
-            if (!writer.write(*record))
-                return QString();
-        }
-    }
-    return path;
-}
 
 struct Outcome
 {
@@ -78,12 +47,12 @@ struct OpenWindow
         window.show();
         if (!window.open(files))
             qFatal("Can't open %s", qPrintable(files.join(' ')));
-        panel = window.findChild<WaveformPanel *>();
+        panel = window.findChild<Waveforms *>();
         view = panel->view();
     }
 
     MainWindow window;
-    WaveformPanel *panel;
+    Waveforms *panel;
     Norvu::Gui::TraceView *view;
 };
 
@@ -98,7 +67,13 @@ private slots:
     {
         qputenv("XDG_DATA_HOME", _folder.path().toLocal8Bit());
         qputenv("XDG_CONFIG_HOME", _folder.path().toLocal8Bit());
-        _file = writeFile(_folder, "some.mseed", {"AAA", "BBB", "CCC"});
+        // A minute of each station, and another one a day later.
+        std::vector<RecordCPtr> records;
+        for (const char *stream : {"XX.AAA..HHZ", "XX.BBB..HHZ", "XX.CCC..HHZ"}) {
+            for (const double start : {0, 86400})
+                records.push_back(sawTooth(stream, start, Rate, static_cast<int>(60 * Rate)));
+        }
+        _file = writeRecords(_folder.filePath("some.mseed"), records);
         QVERIFY(!_file.isEmpty());
     }
 
@@ -235,7 +210,7 @@ private slots:
         QCoreApplication::sendEvent(row->recordWidget(), &event);
 
         for (Norvu::Gui::Trace *item : panel->view()->items())
-            QCOMPARE(panel->spectrograms()->isShown(item), item == row);
+            QCOMPARE(panel->findChild<Spectrograms *>()->isShown(item), item == row);
     }
 
 private:

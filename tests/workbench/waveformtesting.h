@@ -5,6 +5,7 @@
 #include <norvu/gui/trace.h>
 #include <norvu/gui/traceview.h>
 
+#include <tellarix/core/records/formats/miniseedwriter.h>
 #include <tellarix/core/records/ringbuffer.h>
 #include <tellarix/core/records/typedarray.h>
 #include <tellarix/qt/records/recordwidget.h>
@@ -14,6 +15,7 @@
 
 #include <sys/resource.h>
 
+#include <algorithm>
 #include <csignal>
 #include <string>
 #include <vector>
@@ -46,6 +48,18 @@ inline RecordCPtr sawTooth(const std::string &id, double start, double rate, int
     for (int i = 0; i < count; ++i)
         samples.push_back(100 * (i % 20) - 1000);
     return record(id, start, rate, samples);
+}
+
+/** A miniSEED file of records. @return its name; empty if it can't be written */
+inline QString writeRecords(const QString &path, const std::vector<RecordCPtr> &records)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        return QString();
+    Formats::MiniSeedWriter writer(&file);
+    const bool written = std::all_of(records.begin(), records.end(),
+                                     [&](const auto &record) { return writer.write(*record); });
+    return written ? path : QString();
 }
 
 inline Trace *addRow(TraceView &view, const std::vector<RecordCPtr> &records)

@@ -2,13 +2,19 @@
 
 #include "spectrogrampanel.h"
 
+#include "bench/bench.h"
 #include "bench/historybox.h"
+#include "bench/tracerows.h"
 #include "gradientpanel.h"
+#include "gradientsheet.h"
+#include "spectrogrammenu.h"
 #include "spectrograms.h"
 
 #include <tellarix/qt/scheme.h>
 
+#include <QAction>
 #include <QCheckBox>
+#include <QCoreApplication>
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -20,7 +26,8 @@ namespace Workbench {
 namespace {
 
 constexpr auto HistoryKey = "Workbench/spectrogramAxes";
-constexpr auto SettingsGroup = "Workbench/spectrograms";
+constexpr auto SettingsGroup = "spectrograms";
+constexpr int QuietRounds = 3;
 
 const QStringList &presets()
 {
@@ -38,8 +45,10 @@ QString numberText(double value)
 
 } // namespace
 
-SpectrogramPanel::SpectrogramPanel(Spectrograms *spectrograms, QWidget *parent)
-    : QWidget(parent), _spectrograms(spectrograms),
+SpectrogramPanel::SpectrogramPanel(Bench *bench)
+    : Panel(bench,
+            {"spectrogram", tr("Spectrogram"), tr("Spectrogram se&ttings"), tr("Ctrl+Shift+G")}),
+      _spectrograms(new Spectrograms(bench->rows()->view())),
       _axis(new HistoryBox(presets(), HistoryKey, this)), _problem(new QLabel(this)),
       _mode(new QComboBox(this)), _lower(new QLineEdit(this)), _upper(new QLineEdit(this)),
       _logarithmic(new QCheckBox(tr("&Logarithmic"), this)), _gradient(new GradientPanel(this))
@@ -57,7 +66,23 @@ SpectrogramPanel::SpectrogramPanel(Spectrograms *spectrograms, QWidget *parent)
     connect(_gradient, SIGNAL(changed()), this, SLOT(applyGradient()));
     connect(_spectrograms, SIGNAL(colorsChanged()), this, SLOT(showRange()));
     connect(_spectrograms, SIGNAL(shownChanged()), this, SLOT(showProblems()));
+    connect(this, SIGNAL(problem(QString)), bench, SLOT(showStatus(QString)));
     setFocusProxy(_axis);
+    createMenu();
+    bench->rows()->setAddition(_spectrograms);
+    bench->rows()->addMenuActions({_menu->selectedAction(), toggleAction()});
+}
+
+void SpectrogramPanel::createMenu()
+{
+    _menu = new SpectrogramMenu(_spectrograms, this);
+    _menu->addSeparator();
+    _menu->addAction(toggleAction());
+}
+
+QList<QMenu *> SpectrogramPanel::menus() const
+{
+    return {_menu};
 }
 
 void SpectrogramPanel::createAxis(QFormLayout *form)
@@ -176,9 +201,8 @@ void SpectrogramPanel::applyGradient()
     _spectrograms->setGradient(_gradient->gradient(), _gradient->isDiscrete());
 }
 
-void SpectrogramPanel::restoreSettings()
+void SpectrogramPanel::restoreState(QSettings &settings)
 {
-    QSettings settings;
     settings.beginGroup(SettingsGroup);
     _axis->restoreHistory();
     const QString axis = settings.value("axis").toString();
@@ -196,11 +220,11 @@ void SpectrogramPanel::restoreSettings()
         _mode->setCurrentIndex(ColorRange::Automatic);
     applyRange();
     _spectrograms->setInFront(settings.value("inFront").toBool());
+    settings.endGroup();
 }
 
-void SpectrogramPanel::saveSettings() const
+void SpectrogramPanel::saveState(QSettings &settings) const
 {
-    QSettings settings;
     settings.beginGroup(SettingsGroup);
     _axis->saveHistory();
     settings.setValue("axis", _spectrograms->axisText());
@@ -210,6 +234,31 @@ void SpectrogramPanel::saveSettings() const
     settings.setValue("logarithmic", _logarithmic->isChecked());
     settings.setValue("inFront", _spectrograms->isInFront());
     _gradient->saveSettings(settings);
+    settings.endGroup();
+}
+
+QVector<PanelPicture> SpectrogramPanel::pictures()
+{
+    return {{"spectrogram.png", windowPicture()},
+            {"gradients.png", gradientSheet(palette(), devicePixelRatioF())},
+            {"gradient-editor.png",
+             _gradient->grab(QRect(0, 0, _gradient->width(), _gradient->sizeHint().height()))}};
+}
+
+/** The window with the spectrograms of all rows. */
+QPixmap SpectrogramPanel::windowPicture()
+{
+    _spectrograms->setAllShown(true);
+    // Rows say what they lack when they are painted, and get other sizes as their scales need them.
+    for (int quiet = 0; quiet < QuietRounds; ++quiet) {
+        window()->grab();
+        QCoreApplication::processEvents();
+        if (_spectrograms->isBusy())
+            quiet = 0;
+    }
+    const QPixmap picture = window()->grab();
+    _spectrograms->setAllShown(false);
+    return picture;
 }
 
 } // namespace Workbench

@@ -4,7 +4,7 @@
 
 #include "amplitudecolors.h"
 
-#include <QWidget>
+#include "bench/panel.h"
 
 class QCheckBox;
 class QComboBox;
@@ -16,20 +16,26 @@ namespace Workbench {
 
 class GradientPanel;
 class HistoryBox;
+class SpectrogramMenu;
 class Spectrograms;
 
-/** The settings of all spectrograms: axis, range of the colours, and the colours. */
-class SpectrogramPanel : public QWidget
+/** Adds spectrograms to the rows of waveforms, and holds the settings of all of them: axis, range
+ * of the colours, and the colours. */
+class SpectrogramPanel : public Panel
 {
     Q_OBJECT
 
 public:
-    SpectrogramPanel(Spectrograms *spectrograms, QWidget *parent = nullptr);
+    /** @param bench  has a view of rows */
+    explicit SpectrogramPanel(Bench *bench);
 
+    Spectrograms *spectrograms() const { return _spectrograms; }
     GradientPanel *gradientPanel() const { return _gradient; }
 
-    void restoreSettings();
-    void saveSettings() const;
+    QList<QMenu *> menus() const override;
+    void saveState(QSettings &settings) const override;
+    void restoreState(QSettings &settings) override;
+    QVector<PanelPicture> pictures() override;
 
 signals:
     /** What is wrong with an input, or doesn't fit the data; empty when it is right again. */
@@ -43,12 +49,15 @@ private slots:
     void showProblems();
 
 private:
+    void createMenu();
     void createAxis(QFormLayout *form);
     void createRange(QFormLayout *form);
     void showProblem(const QString &message);
+    QPixmap windowPicture();
     QString readRange(ColorRange &range) const;
 
     Spectrograms *_spectrograms;
+    SpectrogramMenu *_menu{nullptr};
     HistoryBox *_axis;
     QLabel *_problem;
     QComboBox *_mode;

@@ -72,6 +72,7 @@ void SpectrogramRow::setWanted(bool wanted)
     if (!wanted)
         release();
     update();
+    emit wantedChanged();
 }
 
 void SpectrogramRow::setAxis(const SpectrogramSettings &settings)
@@ -79,6 +80,7 @@ void SpectrogramRow::setAxis(const SpectrogramSettings &settings)
     release();
     _axis = settings;
     setSpectrogramSettings(settings);
+    emit axisChanged();
 }
 
 void SpectrogramRow::setInFront(bool inFront)

@@ -69,6 +69,8 @@ signals:
     /** The row is painted and isn't complete. */
     void incomplete();
     void amplitudeRangeChanged();
+    void wantedChanged();
+    void axisChanged();
     void colorsChanged();
 
 protected:

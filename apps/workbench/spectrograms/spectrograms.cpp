@@ -2,6 +2,7 @@
 
 #include "spectrograms.h"
 
+#include "rowscale.h"
 #include "spectrogramrow.h"
 
 #include <norvu/gui/gradients.h>
@@ -27,6 +28,8 @@ namespace Workbench {
 
 namespace {
 
+/** What a spectrogram needs to be read. */
+constexpr int RowHeight = 96;
 constexpr auto DefaultAxis = "periods_log(0.1,30,10,64)";
 /** More rows than a screen has pixels, and filters that take long. */
 constexpr int MostBands = 2048;
@@ -51,18 +54,43 @@ bool isInSight(const QWidget *widget)
 } // namespace
 
 Spectrograms::Spectrograms(TraceView *view)
-    : QObject(view), _view(view), _gradient(Norvu::Gui::Gradients::Viridis),
+    : RowAddition(view), _view(view), _gradient(Norvu::Gui::Gradients::Viridis),
       _memoryLimit(defaultMemoryLimit())
 {
     setAxis(DefaultAxis);
     _timer.setSingleShot(true);
     connect(&_timer, SIGNAL(timeout()), this, SLOT(workOn()));
     connect(view, SIGNAL(layoutOrContentChanged()), this, SLOT(updateRows()));
+    for (const char *signal :
+         {SIGNAL(shownChanged()), SIGNAL(axisChanged()), SIGNAL(colorsChanged())})
+        connect(this, signal, this, SIGNAL(changed()));
 }
 
 SpectrogramRow *Spectrograms::rowOf(const Trace *trace) const
 {
     return qobject_cast<SpectrogramRow *>(trace->recordWidget());
+}
+
+Gui::RecordWidget *Spectrograms::makeTraces() const
+{
+    return new SpectrogramRow;
+}
+
+int Spectrograms::rowHeight() const
+{
+    return RowHeight;
+}
+
+QWidget *Spectrograms::makeScale(Trace *trace, QWidget *parent) const
+{
+    const SpectrogramRow *row = rowOf(trace);
+    return row ? new RowScale(row, parent) : nullptr;
+}
+
+QString Spectrograms::textAt(const Gui::RecordWidget *traces, const QPoint &position) const
+{
+    const auto *row = qobject_cast<const SpectrogramRow *>(traces);
+    return row ? row->spectrogramText(position) : QString();
 }
 
 void Spectrograms::adopt(const QList<Trace *> &traces)

@@ -4,10 +4,11 @@
 
 #include "amplitudecolors.h"
 
+#include "bench/rowaddition.h"
+
 #include <norvu/gui/spectrogramsettings.h>
 
 #include <QList>
-#include <QObject>
 #include <QStringList>
 #include <QTimer>
 
@@ -29,19 +30,23 @@ class SpectrogramRow;
  * goes on. All together they take a quarter of the memory of the machine at most, unless told
  * otherwise; rows out of sight give theirs away first.
  */
-class Spectrograms : public QObject
+class Spectrograms : public RowAddition
 {
     Q_OBJECT
 
 public:
     explicit Spectrograms(Norvu::Gui::TraceView *view);
 
-    /** To be called for new rows of the view. */
-    void adopt(const QList<Norvu::Gui::Trace *> &rows);
+    Tellarix::Gui::RecordWidget *makeTraces() const override;
+    void adopt(const QList<Norvu::Gui::Trace *> &rows) override;
+    bool isAnyShown() const override;
+    int rowHeight() const override;
+    QWidget *makeScale(Norvu::Gui::Trace *row, QWidget *parent) const override;
+    QString textAt(const Tellarix::Gui::RecordWidget *traces,
+                   const QPoint &position) const override;
 
     void setShown(const QList<Norvu::Gui::Trace *> &rows, bool shown);
     bool isShown(const Norvu::Gui::Trace *row) const;
-    bool isAnyShown() const;
     bool areAllShown() const;
 
     /**

@@ -2,11 +2,11 @@
 
 #include "rowmargin.h"
 
-#include "spectrograms/spectrogramrow.h"
-#include "spectrograms/spectrogramscale.h"
+#include "bench/rowaddition.h"
 
 #include <norvu/gui/trace.h>
 #include <norvu/gui/vruler.h>
+#include <tellarix/qt/records/recordwidget.h>
 
 #include <QHBoxLayout>
 
@@ -50,25 +50,18 @@ void RowMargin::addRuler()
     _ruler->updateScale(widget);
 }
 
-void RowMargin::setScaleShown(bool show)
+void RowMargin::setScaleOf(RowAddition *addition)
 {
-    if (show && !_scale)
-        addScale();
-    else if (!show && _scale) {
+    if ((addition != nullptr) == (_scale != nullptr))
+        return;
+    if (!addition) {
         delete _scale;
         _scale = nullptr;
+        return;
     }
-    updateScale();
-}
-
-void RowMargin::addScale()
-{
-    _scale = new SpectrogramScale(this);
-    QSizePolicy policy(QSizePolicy::Fixed, QSizePolicy::Ignored);
-    policy.setRetainSizeWhenHidden(true);
-    _scale->setSizePolicy(policy);
-    layout()->addWidget(_scale);
-    connect(_row->recordWidget(), SIGNAL(colorsChanged()), this, SLOT(updateScale()));
+    _scale = addition->makeScale(_row, this);
+    if (_scale)
+        layout()->addWidget(_scale);
 }
 
 int RowMargin::scaleWidth() const
@@ -80,21 +73,6 @@ void RowMargin::setScaleWidth(int width)
 {
     if (_scale)
         _scale->setFixedWidth(width);
-}
-
-void RowMargin::updateScale()
-{
-    const auto *row = qobject_cast<SpectrogramRow *>(_row->recordWidget());
-    if (!_scale || !row)
-        return;
-    const AmplitudeColors &colors = row->colors();
-    const int before = scaleWidth();
-    _scale->setVisible(row->isWanted());
-    _scale->setAxis(Norvu::Gui::SpectrogramAxis(row->axis()));
-    _scale->setColors(colors.gradient, colors.discrete, colors.lower, colors.upper,
-                      colors.logarithmic, row->unit());
-    if (scaleWidth() != before)
-        emit scaleWidthChanged();
 }
 
 } // namespace Workbench

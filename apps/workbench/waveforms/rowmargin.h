@@ -13,10 +13,10 @@ class VRuler;
 
 namespace Workbench {
 
-class SpectrogramScale;
+class RowAddition;
 
-/** What stands at the right of a row's traces: an amplitude ruler, and the axis and the colours of
- *  its spectrogram. */
+/** What stands at the right of a row's traces: an amplitude ruler, and the scale of what is added
+ * to the row. */
 class RowMargin : public QWidget
 {
     Q_OBJECT
@@ -26,26 +26,19 @@ public:
     explicit RowMargin(Norvu::Gui::Trace *row);
 
     void setRulerShown(bool show);
-    /** Room for axis and colours, which only a row with a spectrogram fills. */
-    void setScaleShown(bool show);
+    /** Room for the scale of an addition; null for none. */
+    void setScaleOf(RowAddition *addition);
     /** What the scale needs; 0 without one. */
     int scaleWidth() const;
     /** Gives the scale as much room as those of other rows have. */
     void setScaleWidth(int width);
 
-signals:
-    void scaleWidthChanged();
-
-private slots:
-    void updateScale();
-
 private:
     void addRuler();
-    void addScale();
 
     Norvu::Gui::Trace *_row;
     Norvu::Gui::VRuler *_ruler{nullptr};
-    SpectrogramScale *_scale{nullptr};
+    QWidget *_scale{nullptr};
 };
 
 } // namespace Workbench

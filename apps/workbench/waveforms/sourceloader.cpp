@@ -2,17 +2,19 @@
 
 #include "sourceloader.h"
 
-#include "spectrograms/spectrogramrow.h"
+#include "bench/rowaddition.h"
 
 #include <norvu/gui/trace.h>
 #include <tellarix/client/io/recordstream.h>
 #include <tellarix/core/records/record.h>
 #include <tellarix/qt/records/recordstreamthread.h>
+#include <tellarix/qt/records/recordwidget.h>
 
 namespace Workbench {
 
-SourceLoader::SourceLoader(const std::string &source)
-    : TraceFileLoader(new Tellarix::Gui::RecordStreamThread(source)), _source(source)
+SourceLoader::SourceLoader(const std::string &source, const RowAddition *addition)
+    : TraceFileLoader(new Tellarix::Gui::RecordStreamThread(source)), _source(source),
+      _addition(addition)
 {}
 
 bool SourceLoader::isUsable(QString *error) const
@@ -35,7 +37,8 @@ void SourceLoader::receivedRecord(Tellarix::Record *record)
 
 Norvu::Gui::Trace *SourceLoader::makeRow(const QString &label) const
 {
-    return new Norvu::Gui::Trace(label, new SpectrogramRow, Qt::black);
+    return _addition ? new Norvu::Gui::Trace(label, _addition->makeTraces(), Qt::black)
+                     : TraceFileLoader::makeRow(label);
 }
 
 } // namespace Workbench

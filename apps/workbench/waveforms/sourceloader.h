@@ -8,14 +8,19 @@
 
 namespace Workbench {
 
+class RowAddition;
+
 /** Loads all streams of a file or record stream URL, with a row for each stream. */
 class SourceLoader : public Norvu::Gui::TraceFileLoader
 {
     Q_OBJECT
 
 public:
-    /** @param source  URL, or name of a file */
-    explicit SourceLoader(const std::string &source);
+    /**
+     * @param source    URL, or name of a file
+     * @param addition  makes the traces of rows; may be null
+     */
+    SourceLoader(const std::string &source, const RowAddition *addition);
 
     /** False, with the reason, if the source can't be opened; nobody is told otherwise. */
     bool isUsable(QString *error) const;
@@ -32,6 +37,7 @@ protected:
 
 private:
     std::string _source;
+    const RowAddition *_addition;
     int _waveformCount{0};
     int _textCount{0};
 };

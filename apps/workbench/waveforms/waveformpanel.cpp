@@ -2,411 +2,278 @@
 
 #include "waveformpanel.h"
 
-#include "datastretches.h"
+#include "bench/bench.h"
+#include "bench/task.h"
+#include "exportactions.h"
+#include "filterbox.h"
 #include "measuring.h"
-#include "rowmargin.h"
-#include "sourceloader.h"
-#include "spectrograms/spectrogramrow.h"
-#include "spectrograms/spectrograms.h"
+#include "overviewmenu.h"
+#include "selectionlink.h"
+#include "waveforms.h"
 
-#include <norvu/gui/trace.h>
+#include <norvu/gui/multitracewidget.h>
 #include <norvu/gui/traceview.h>
-#include <tellarix/core/math/filterparser.h>
-#include <tellarix/core/records/ringbuffer.h>
-#include <tellarix/qt/records/recordwidget.h>
-#include <tellarix/qt/records/timescale.h>
+#include <tellarix/client/demo/demonstration.h>
+#include <tellarix/client/demo/demostation.h>
 
-#include <QContextMenuEvent>
-#include <QEvent>
+#include <QAction>
+#include <QCoreApplication>
+#include <QDir>
+#include <QLabel>
 #include <QMenu>
-#include <QMouseEvent>
+#include <QStatusBar>
+#include <QToolBar>
 #include <QVBoxLayout>
 
-#include <algorithm>
-#include <set>
-
 using namespace Tellarix;
-using Norvu::Gui::Trace;
-using Norvu::Gui::TraceView;
 
 namespace Workbench {
 
-namespace {
-
-/** From so many rows on, header lines would take more room than traces. */
-constexpr int ManyRows = 12;
-constexpr int CompactPadding = 1;
-constexpr int NormalRowHeight = 48;
-constexpr int SpectrogramRowHeight = 96;
-
-QString stationOf(const Trace *row)
-{
-    return row->data(Norvu::Gui::TraceNetworkCode).toString() + '.' +
-           row->data(Norvu::Gui::TraceStationCode).toString();
-}
-
-/** Times relative to the day of the data keep all their digits, however far it is zoomed in. */
-Core::Time dayOf(const Core::Time &time)
-{
-    const Core::TimeFields fields = time.fields();
-    return Core::Time(fields.year, fields.month, fields.day);
-}
-
-/** The different sampling frequencies of all rows in ascending order. */
-std::set<double> samplingFrequencies(const TraceView &view)
-{
-    std::set<double> rates;
-    for (const Trace *row : view.items()) {
-        const RecordSequence *records = row->recordWidget()->records(0);
-        if (records && !records->isEmpty())
-            rates.insert(records->front()->samplingFrequency());
-    }
-    return rates;
-}
-
-QString timeText(const Core::Time &time)
-{
-    return QString::fromStdString(time.toString("%Y-%m-%d %H:%M:%S"));
-}
-
-} // namespace
-
-WaveformPanel::WaveformPanel(QWidget *parent)
-    : QWidget(parent), _view(new TraceView(this, Qt::WindowFlags(), nullptr, true)),
-      _measuringTool(new MeasuringTool(_view)), _spectrograms(new Spectrograms(_view))
+WaveformPanel::WaveformPanel(Bench *bench)
+    : Panel(bench, {"waveforms", tr("Waveforms"), tr("&Waveforms"), {}, {}, PanelPlace::Centre}),
+      _waveforms(new Waveforms(bench, this))
 {
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(_view);
+    layout->addWidget(_waveforms);
+    setFocusProxy(_waveforms->view());
 
-    _view->setBackgroundFiltering(true);
-    connect(_view, SIGNAL(loadDataRequested()), this, SLOT(reload()));
-    connect(_view, SIGNAL(displayChanged(double, double, double)), this, SLOT(updateRangeText()));
-    connect(_view, SIGNAL(layoutOrContentChanged()), this, SLOT(updateMarginsOfRest()));
-    connect(_spectrograms, SIGNAL(shownChanged()), this, SLOT(updateMargins()));
-    connect(_spectrograms, SIGNAL(axisChanged()), this, SLOT(updateMargins()));
+    new SelectionLink(bench, _waveforms);
+    connect(_waveforms, SIGNAL(problems(QStringList)), bench, SLOT(tell(QStringList)));
+    createFilterBar();
+    createViewActions();
+    createTraceMenu();
+    createOverviewMenu();
+    createExports();
 }
 
-WaveformPanel::Outcome WaveformPanel::open(const QStringList &sources)
+// Menus and bars
+
+QList<QAction *> WaveformPanel::menuActions(Menu menu) const
 {
-    Outcome outcome;
-    const int before = _view->count();
-    for (const QString &source : sources)
-        load(source, outcome);
-    _sources += sources;
-    _sources.removeDuplicates();
-    markLoaded();
+    return menu == Menu::File ? _exports->actions() : _viewActions;
+}
 
-    adoptRows(before);
-    if (before == 0 && _view->count() >= ManyRows)
-        setCompact(true);
-    _view->sortView();
+QList<QMenu *> WaveformPanel::menus() const
+{
+    return {_traceMenu, _overviewMenu};
+}
 
-    collectStretches();
-    if (!_stretches.isEmpty()) {
-        if (before == 0)
-            _view->setAlignment(dayOf(_stretches.first().startTime()));
-        _view->setVisibleTimeWindow(withMargins(_stretches.first()));
+QList<QToolBar *> WaveformPanel::toolBars() const
+{
+    return {_filterBar};
+}
+
+void WaveformPanel::createFilterBar()
+{
+    _filterBox = new FilterBox(this);
+    _filterBar = new QToolBar(tr("Filter"), this);
+    _filterBar->setObjectName("filter");
+    _filterBar->addWidget(_filterBox);
+
+    connect(_filterBox, SIGNAL(filterChanged(QString)), this, SLOT(setFilter(QString)));
+    connect(_filterBox, SIGNAL(filterEnabled(bool)), _waveforms->view(),
+            SLOT(setFilterEnabled(bool)));
+    connect(_filterBox, SIGNAL(problem(QString)), bench(), SLOT(showStatus(QString)));
+    connect(_waveforms->view(), SIGNAL(filteringProgress(int, int)), this,
+            SLOT(showFilteringProgress(int, int)));
+}
+
+void WaveformPanel::createViewActions()
+{
+    addViewAction(tr("Show &all data"), tr("Ctrl+0"), SLOT(showAllData()));
+    addViewAction(tr("&Next stretch of data"), QKeySequence::MoveToNextPage,
+                  SLOT(showNextStretch()));
+    addViewAction(tr("&Previous stretch of data"), QKeySequence::MoveToPreviousPage,
+                  SLOT(showPreviousStretch()));
+    _viewActions.append(makeSeparator());
+    _viewActions.append(_waveforms->view()->controlActions());
+    _viewActions.append(makeSeparator());
+    QAction *compact = addViewToggle(tr("&Compact rows"), tr("Ctrl+K"), SLOT(setCompact(bool)));
+    connect(_waveforms, SIGNAL(compactChanged(bool)), compact, SLOT(setChecked(bool)));
+    addViewToggle(tr("Amplitude &rulers"), tr("Ctrl+R"), SLOT(setRulersShown(bool)));
+    addViewToggle(tr("&Local time"), tr("Ctrl+T"), SLOT(setLocalTimeShown(bool)));
+}
+
+QAction *WaveformPanel::addViewAction(const QString &text, const QKeySequence &key,
+                                      const char *slot)
+{
+    auto *action = new QAction(text, this);
+    action->setShortcut(key);
+    connect(action, SIGNAL(triggered()), _waveforms, slot);
+    _viewActions.append(action);
+    return action;
+}
+
+QAction *WaveformPanel::addViewToggle(const QString &text, const QKeySequence &key,
+                                      const char *slot)
+{
+    auto *action = new QAction(text, this);
+    action->setCheckable(true);
+    action->setShortcut(key);
+    connect(action, SIGNAL(toggled(bool)), _waveforms, slot);
+    _viewActions.append(action);
+    return action;
+}
+
+QAction *WaveformPanel::makeSeparator()
+{
+    auto *separator = new QAction(this);
+    separator->setSeparator(true);
+    return separator;
+}
+
+void WaveformPanel::createTraceMenu()
+{
+    Norvu::Gui::TraceView *view = _waveforms->view();
+    _traceMenu = new QMenu(tr("&Traces"), this);
+    _traceMenu->addAction(_filterBox->toggleAction());
+    _traceMenu->addAction(_filterBox->editAction());
+    _traceMenu->addSeparator();
+    // The view's tool bar, and those of its actions that stand in no menu yet.
+    if (const auto *bar = view->findChild<QToolBar *>())
+        _traceMenu->addActions(bar->actions());
+    _traceMenu->addSeparator();
+    const QList<QAction *> shown = view->controlActions();
+    for (QAction *action : view->actions()) {
+        if (!shown.contains(action))
+            _traceMenu->addAction(action);
     }
-    updateRangeText();
-    return outcome;
+    _traceMenu->addAction(tr("Select by &pattern…"), view, SLOT(selectPattern()));
+    _traceMenu->addAction(tr("&Deselect by pattern…"), view, SLOT(deselectPattern()));
 }
 
-/** Makes the rows from position @p first on, which a loader has appended, look like the others. */
-void WaveformPanel::adoptRows(int first)
+void WaveformPanel::createOverviewMenu()
 {
-    const QList<Trace *> rows = _view->items().mid(first);
-    for (Trace *row : rows)
-        dress(row);
-    _spectrograms->adopt(rows);
-    updateMargins();
+    _overview = new Norvu::Gui::MultiTraceWidget(_waveforms->view());
+    _overviewMenu = new OverviewMenu(_waveforms->view(), _overview, this);
 }
 
-void WaveformPanel::load(const QString &source, Outcome &outcome)
+void WaveformPanel::createExports()
 {
-    SourceLoader loader(source.toStdString());
-    QString error;
-    if (!loader.isUsable(&error)) {
-        outcome.ok = false;
-        outcome.messages.append(error);
+    _exports = new ExportActions(_waveforms->view(), this);
+    connect(_exports, SIGNAL(failed(QStringList)), bench(), SLOT(tell(QStringList)));
+    connect(_exports, SIGNAL(done(QString)), bench(), SLOT(showStatus(QString)));
+
+    const QList<QAction *> tools{_waveforms->measuringTool()->measureAction(), makeSeparator()};
+    _waveforms->setRowActions(tools + _exports->actions());
+}
+
+// Status bar
+
+void WaveformPanel::fillStatusBar(QStatusBar *bar)
+{
+    auto *pointerLabel = new QLabel(bar);
+    auto *rangeLabel = new QLabel(bar);
+    _measurementLabel = new QLabel(bar);
+    // A long text must not keep the window from being made narrow.
+    _measurementLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    _measurementLabel->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    bar->addWidget(pointerLabel);
+    bar->addWidget(_measurementLabel, 1);
+    bar->addPermanentWidget(rangeLabel);
+    connect(_waveforms, SIGNAL(pointerText(QString)), pointerLabel, SLOT(setText(QString)));
+    connect(_waveforms, SIGNAL(rangeText(QString)), rangeLabel, SLOT(setText(QString)));
+    connect(_waveforms->measuringTool(), SIGNAL(measured(QString)), this,
+            SLOT(showMeasurement(QString)));
+}
+
+void WaveformPanel::showMeasurement(const QString &text)
+{
+    _measurementLabel->setText(text);
+    // For where the status bar has no room for all of it.
+    _measurementLabel->setToolTip(text);
+}
+
+void WaveformPanel::setFilter(const QString &text)
+{
+    bench()->tell(_waveforms->setFilter(text));
+}
+
+void WaveformPanel::showFilteringProgress(int done, int total)
+{
+    if (!_filtering && done < total)
+        _filtering = bench()->tasks()->start(tr("Filtering"), tr("rows"));
+    if (!_filtering)
         return;
-    }
-    if (!loader.load(_view, _window))
-        outcome.ok = false;
-    outcome.messages += loader.messages();
-    if (loader.textCount() > 0)
-        outcome.messages.append(tr("%1: records of text (%2), which can't be drawn")
-                                    .arg(source)
-                                    .arg(loader.textCount()));
-    if (loader.waveformCount() == 0) {
-        outcome.ok = false;
-        outcome.messages.append(tr("%1: no waveforms in it").arg(source));
+    _filtering->setProgress(done, total);
+    if (done >= total) {
+        _filtering->finish();
+        _filtering.clear();
     }
 }
 
-QStringList WaveformPanel::setFilter(const QString &text)
+// Session
+
+void WaveformPanel::saveState(QSettings &) const
 {
-    const std::string definition = text.toStdString();
-    QStringList problems;
-    for (const double rate : samplingFrequencies(*_view)) {
-        const std::string problem = Math::Filtering::filterProblem(definition, rate);
-        if (!problem.empty())
-            problems.append(tr("Streams at %1 Hz: %2").arg(rate).arg(problem.c_str()));
-    }
-    _view->setFilter(Math::Filtering::parseFilter<double>(definition).release());
-    return problems;
+    _filterBox->saveHistory();
 }
 
-void WaveformPanel::alignTo(const Core::Time &time)
+void WaveformPanel::restoreState(QSettings &)
 {
-    const Core::TimeWindow visible = _view->visibleTimeWindow();
-    _view->setAlignment(time);
-    _view->setVisibleTimeWindow(visible);
+    _filterBox->restoreHistory();
 }
 
-void WaveformPanel::reload()
+QVector<PanelPicture> WaveformPanel::pictures()
 {
-    prepareResetRows();
-    const int before = _view->count();
-    Outcome outcome;
-    for (const QString &source : _sources)
-        load(source, outcome);
-    adoptRows(before);
-    markLoaded();
-    collectStretches();
-    updateRangeText();
-    emit problems(outcome.messages);
+    return {{"waveforms.png", window()->grab()},
+            {"overview.png", overviewPicture(false)},
+            {"overview-horizontal.png", overviewPicture(true)}};
 }
 
-/** Rows that were reset have lost their sequences, but still know their streams. */
-void WaveformPanel::prepareResetRows()
+QPixmap WaveformPanel::overviewPicture(bool horizontal)
 {
-    for (Trace *row : _view->items()) {
-        for (const auto &binding : _view->bindingsFor(row)) {
-            if (!row->recordWidget()->records(binding.second))
-                row->recordWidget()->setRecords(binding.second, new RingBuffer(-1, 0.5), true);
+    _overviewMenu->setOverviewShown(true);
+    _overviewMenu->setHorizontal(horizontal);
+    _overviewMenu->setWigglesShown(true);
+    QCoreApplication::processEvents();
+    const QPixmap picture = window()->grab();
+    _overviewMenu->setOverviewShown(false);
+    return picture;
+}
+
+// Sources
+
+QStringList WaveformPanel::fileFilters() const
+{
+    return {tr("Waveforms (*.mseed *.msd *.mseed3 *.ms3 *.sac *.SAC)")};
+}
+
+bool WaveformPanel::canOpen(const QString &) const
+{
+    return true;
+}
+
+bool WaveformPanel::openSources(const QStringList &sources)
+{
+    const Waveforms::Outcome outcome = _waveforms->open(sources);
+    bench()->tell(outcome.messages);
+    return outcome.ok;
+}
+
+bool WaveformPanel::openDemonstration(const QString &folder)
+{
+    if (!Client::demonstrationIsComplete(folder)) {
+        bench()->showStatus(tr("Writing the demonstration recordings…"));
+        QString error;
+        if (!Client::writeDemonstration(folder, &error)) {
+            bench()->tell({error});
+            return false;
         }
     }
+
+    QStringList files;
+    for (const QString &file : Client::demonstrationFiles())
+        files.append(QDir(folder).filePath(file));
+    const bool opened = openSources(files);
+    _waveforms->alignTo(Client::demonstrationOrigin().time);
+    return opened;
 }
 
-void WaveformPanel::markLoaded()
+void WaveformPanel::closeAll()
 {
-    for (Trace *row : _view->items()) {
-        if (!row->isDataRequested())
-            _view->subscribedToData(row);
-    }
-    _view->updateToolbar();
-}
-
-void WaveformPanel::clear()
-{
-    _sources.clear();
-    _view->clear();
-    _stretches.clear();
-    _distancesKm.clear();
-    updateRangeText();
-}
-
-void WaveformPanel::dress(Trace *row)
-{
-    Gui::RecordWidget *widget = row->recordWidget();
-    widget->installEventFilter(this);
-
-    QString name = row->label();
-    const auto distance = _distancesKm.constFind(stationOf(row));
-    if (distance != _distancesKm.constEnd()) {
-        const QString text = tr("%1 km").arg(*distance, 0, 'f', 1);
-        row->setData(Norvu::Gui::TraceDistance, *distance);
-        row->setDescription(text);
-        name += "  " + text;
-    }
-
-    widget->setRecordLabel(0, _compact ? name : QString());
-    row->setHeaderVisible(!_compact);
-    if (_compact)
-        row->setVerticalPadding(CompactPadding, 0);
-    else
-        row->restoreVerticalSpacing();
-}
-
-void WaveformPanel::setCompact(bool compact)
-{
-    if (compact == _compact)
-        return;
-
-    _compact = compact;
-    setRowHeight(compact ? fontMetrics().height() + 2 * Trace::Padding() : NormalRowHeight);
-    for (Trace *row : _view->items())
-        dress(row);
-    emit compactChanged(compact);
-}
-
-void WaveformPanel::setLocalTimeShown(bool show)
-{
-    _view->timeScale()->setLocalTimeShown(show);
-}
-
-void WaveformPanel::setRulersShown(bool show)
-{
-    if (show == _rulersShown)
-        return;
-
-    _rulersShown = show;
-    updateMargins();
-}
-
-void WaveformPanel::updateMargins()
-{
-    for (Trace *row : _view->items())
-        updateMargin(row);
-    if (_spectrograms->isAnyShown() != _hasSpectrograms) {
-        const int height = _hasSpectrograms ? _plainRowHeight : _view->minimumRowHeight();
-        _hasSpectrograms = !_hasSpectrograms;
-        setRowHeight(height);
-    }
-    updateMarginWidths();
-}
-
-/** The last row with a spectrogram may have been taken away. */
-void WaveformPanel::updateMarginsOfRest()
-{
-    if (_hasSpectrograms && !_spectrograms->isAnyShown())
-        updateMargins();
-}
-
-/** Traces, and the time scale below them, end at the same pixel. */
-void WaveformPanel::updateMarginWidths()
-{
-    int scaleWidth = 0;
-    for (const Trace *row : _view->items()) {
-        if (const auto *margin = static_cast<RowMargin *>(row->extraWidget()))
-            scaleWidth = std::max(scaleWidth, margin->scaleWidth());
-    }
-    int width = 0;
-    for (Trace *row : _view->items()) {
-        if (auto *margin = static_cast<RowMargin *>(row->extraWidget())) {
-            margin->setScaleWidth(scaleWidth);
-            width = margin->sizeHint().width() + Trace::Spacing();
-        }
-    }
-    if (width == _view->extraSpacing())
-        return;
-    _view->setExtraSpacing(width);
-    _view->setTimeRange(_view->tmin(), _view->tmax());
-}
-
-void WaveformPanel::updateMargin(Trace *row)
-{
-    const bool hasScale = _spectrograms->isAnyShown();
-    if (!_rulersShown && !hasScale) {
-        row->setExtraWidget(nullptr);
-        return;
-    }
-    if (!row->extraWidget()) {
-        row->setExtraWidget(new RowMargin(row));
-        connect(row->extraWidget(), SIGNAL(scaleWidthChanged()), this, SLOT(updateMarginWidths()));
-    }
-    auto *margin = static_cast<RowMargin *>(row->extraWidget());
-    margin->setRulerShown(_rulersShown);
-    margin->setScaleShown(hasScale);
-}
-
-/** Spectrograms need some room to be read. */
-void WaveformPanel::setRowHeight(int plainHeight)
-{
-    _plainRowHeight = plainHeight;
-    _view->setMinimumRowHeight(_hasSpectrograms ? std::max(plainHeight, SpectrogramRowHeight)
-                                                : plainHeight);
-}
-
-void WaveformPanel::collectStretches()
-{
-    QVector<Core::TimeWindow> windows;
-    for (const Trace *row : _view->items()) {
-        const Gui::RecordWidget *widget = row->recordWidget();
-        for (int slot = 0; slot < widget->slotCount(); ++slot) {
-            if (!widget->records(slot))
-                continue;
-            for (const RecordSpan &span : widget->records(slot)->spans())
-                windows.append(Core::TimeWindow(span.start, span.end));
-        }
-    }
-    _stretches = dataStretches(windows);
-}
-
-void WaveformPanel::showAllData()
-{
-    _view->setCoveredTimeRange();
-}
-
-void WaveformPanel::showNextStretch()
-{
-    showNeighbour(1);
-}
-
-void WaveformPanel::showPreviousStretch()
-{
-    showNeighbour(-1);
-}
-
-void WaveformPanel::showNeighbour(int step)
-{
-    const int index = neighbouringStretch(_stretches, _view->visibleTimeWindow(), step);
-    if (index >= 0)
-        _view->setVisibleTimeWindow(withMargins(_stretches[index]));
-}
-
-void WaveformPanel::updateRangeText()
-{
-    if (_view->count() == 0) {
-        emit rangeText(QString());
-        return;
-    }
-    const Core::TimeWindow visible = _view->visibleTimeWindow();
-    QString text =
-        tr("%1 to %2 UTC").arg(timeText(visible.startTime()), timeText(visible.endTime()));
-    if (_stretches.size() > 1) {
-        for (int i = 0; i < _stretches.size(); ++i) {
-            if (_stretches[i].overlaps(visible)) {
-                text += tr("  ·  stretch %1 of %2").arg(i + 1).arg(_stretches.size());
-                break;
-            }
-        }
-    }
-    emit rangeText(text);
-}
-
-void WaveformPanel::contextMenuEvent(QContextMenuEvent *event)
-{
-    const QList<Trace *> rows = _view->items();
-    const auto row = std::find_if(rows.begin(), rows.end(), [event](const Trace *item) {
-        return item->visibleRegion().contains(item->mapFromGlobal(event->globalPos()));
-    });
-    if (row == rows.end())
-        return;
-    if (!(*row)->isSelected())
-        _view->select(*row);
-    QMenu::exec(_rowActions, event->globalPos(), nullptr, this);
-}
-
-QString WaveformPanel::textAt(Gui::RecordWidget *widget, const QPoint &position) const
-{
-    const QString text = widget->statusText(position);
-    const auto *row = qobject_cast<SpectrogramRow *>(widget);
-    const QString spectrogram = row ? row->spectrogramText(position) : QString();
-    return spectrogram.isEmpty() ? text : text + "  ·  " + spectrogram;
-}
-
-bool WaveformPanel::eventFilter(QObject *watched, QEvent *event)
-{
-    auto *widget = qobject_cast<Gui::RecordWidget *>(watched);
-    if (widget && event->type() == QEvent::MouseMove) {
-        const QPoint position = static_cast<QMouseEvent *>(event)->pos();
-        emit pointerText(textAt(widget, position));
-    } else if (widget && event->type() == QEvent::Leave) {
-        emit pointerText(QString());
-    }
-    return QWidget::eventFilter(watched, event);
+    _waveforms->clear();
 }
 
 } // namespace Workbench

@@ -2,138 +2,76 @@
 
 #pragma once
 
-#include <tellarix/core/timewindow.h>
+#include "bench/panel.h"
 
-#include <QHash>
-#include <QList>
-#include <QStringList>
-#include <QVector>
-#include <QWidget>
+#include <QPointer>
 
-class QAction;
+class QLabel;
 
 namespace Norvu {
 namespace Gui {
-class Trace;
-class TraceView;
+class MultiTraceWidget;
 } // namespace Gui
 } // namespace Norvu
 
-namespace Tellarix {
-namespace Gui {
-class RecordWidget;
-} // namespace Gui
-} // namespace Tellarix
-
 namespace Workbench {
 
-class MeasuringTool;
-class Spectrograms;
+class ExportActions;
+class FilterBox;
+class OverviewMenu;
+class Task;
+class Waveforms;
 
-/** The waveforms: a trace view, what has been opened into it, and ways through its data. */
-class WaveformPanel : public QWidget
+/** The waveforms with their filter, overview, measuring tool and exports. */
+class WaveformPanel : public Panel
 {
     Q_OBJECT
 
 public:
-    /** What came of opening something. */
-    struct Outcome
-    {
-        bool ok{true};        /**< everything could be opened and gave data */
-        QStringList messages; /**< problems, one text each */
-    };
+    explicit WaveformPanel(Bench *bench);
 
-    explicit WaveformPanel(QWidget *parent = nullptr);
+    Waveforms *waveforms() const { return _waveforms; }
 
-    Norvu::Gui::TraceView *view() const { return _view; }
-    MeasuringTool *measuringTool() const { return _measuringTool; }
-    Spectrograms *spectrograms() const { return _spectrograms; }
-
-    /** Limits what is loaded to a window; an invalid one loads everything. */
-    void setTimeWindow(const Tellarix::Core::TimeWindow &window) { _window = window; }
-    /**
-     * Loads files and record streams into the rows, beside what is there, and shows the first
-     * stretch of their data. Whatever can be read is shown, also where there were problems.
-     */
-    Outcome open(const QStringList &sources);
-    /** Marks a time, such as that of an earthquake, in all rows; what is visible stays. */
-    void alignTo(const Tellarix::Core::Time &time);
-    /** Takes all rows away. */
-    void clear();
-
-    /**
-     * Filters all rows by a filter in its text form; an empty text takes the filter away.
-     * @return one text for each sampling frequency that the filter doesn't fit
-     */
-    QStringList setFilter(const QString &text);
-
-    /** Rows without a header line, their names inside the traces; for many rows at once. */
-    bool isCompact() const { return _compact; }
-
-    /** Epicentral distances in km by "NET.STA", shown beside the names and used for sorting. */
-    void setDistances(const QHash<QString, double> &distancesKm) { _distancesKm = distancesKm; }
-
-    /** Actions for the menu of a row, which is selected before the menu shows. */
-    void setRowActions(const QList<QAction *> &actions) { _rowActions = actions; }
-
-    /** Stretches of data in time order. */
-    const QVector<Tellarix::Core::TimeWindow> &stretches() const { return _stretches; }
-
-public slots:
-    /** Reads what was opened once more, into the rows that were reset and for what came since. */
-    void reload();
-    void setCompact(bool compact);
-    /** Local times below those in UTC. */
-    void setLocalTimeShown(bool show);
-    /** An amplitude ruler with the unit at the right of each row. */
-    void setRulersShown(bool show);
-    void showAllData();
-    void showNextStretch();
-    void showPreviousStretch();
-
-signals:
-    /** Problems of a reload, one text each. */
-    void problems(const QStringList &messages);
-    /** What is under the pointer, or nothing. */
-    void pointerText(const QString &text);
-    /** Which time is shown. */
-    void rangeText(const QString &text);
-    void compactChanged(bool compact);
-
-protected:
-    bool eventFilter(QObject *watched, QEvent *event) override;
-    void contextMenuEvent(QContextMenuEvent *event) override;
+    QList<QAction *> menuActions(Menu menu) const override;
+    QList<QMenu *> menus() const override;
+    QList<QToolBar *> toolBars() const override;
+    void fillStatusBar(QStatusBar *bar) override;
+    void saveState(QSettings &settings) const override;
+    void restoreState(QSettings &settings) override;
+    QVector<PanelPicture> pictures() override;
+    QStringList fileFilters() const override;
+    /** Anything, as far as can be told before it is opened. */
+    bool canOpen(const QString &source) const override;
+    bool openSources(const QStringList &sources) override;
+    bool openDemonstration(const QString &folder) override;
+    void closeAll() override;
 
 private slots:
-    void updateRangeText();
-    void updateMargins();
-    void updateMarginWidths();
-    void updateMarginsOfRest();
+    void setFilter(const QString &text);
+    void showFilteringProgress(int done, int total);
+    void showMeasurement(const QString &text);
 
 private:
-    void load(const QString &source, Outcome &outcome);
-    void prepareResetRows();
-    void markLoaded();
-    void adoptRows(int first);
-    void dress(Norvu::Gui::Trace *row);
-    void collectStretches();
-    void showNeighbour(int step);
-    void updateMargin(Norvu::Gui::Trace *row);
-    void setRowHeight(int plainHeight);
-    QString textAt(Tellarix::Gui::RecordWidget *widget, const QPoint &position) const;
+    void createFilterBar();
+    void createViewActions();
+    QAction *addViewAction(const QString &text, const QKeySequence &key, const char *slot);
+    QAction *addViewToggle(const QString &text, const QKeySequence &key, const char *slot);
+    void createTraceMenu();
+    void createOverviewMenu();
+    void createExports();
+    QAction *makeSeparator();
+    QPixmap overviewPicture(bool horizontal);
 
-    Norvu::Gui::TraceView *_view;
-    MeasuringTool *_measuringTool;
-    Spectrograms *_spectrograms;
-    Tellarix::Core::TimeWindow _window;
-    QStringList _sources;
-    QList<QAction *> _rowActions;
-    QVector<Tellarix::Core::TimeWindow> _stretches;
-    QHash<QString, double> _distancesKm;
-    bool _compact{false};
-    bool _rulersShown{false};
-    bool _hasSpectrograms{false};
-    int _plainRowHeight{0}; /**< without spectrograms */
+    Waveforms *_waveforms;
+    QList<QAction *> _viewActions;
+    QToolBar *_filterBar{nullptr};
+    FilterBox *_filterBox{nullptr};
+    QMenu *_traceMenu{nullptr};
+    OverviewMenu *_overviewMenu{nullptr};
+    Norvu::Gui::MultiTraceWidget *_overview{nullptr};
+    ExportActions *_exports{nullptr};
+    QLabel *_measurementLabel{nullptr};
+    QPointer<Task> _filtering;
 };
 
 } // namespace Workbench

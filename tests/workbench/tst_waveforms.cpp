@@ -1,38 +1,45 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
-#include "waveforms/waveformpanel.h"
+#include "waveforms/waveforms.h"
 
+#include "bench/bench.h"
+#include "bench/tracerows.h"
 #include "spectrograms/spectrograms.h"
 #include "waveformtesting.h"
 
-#include <tellarix/core/records/formats/miniseedwriter.h>
 #include <tellarix/qt/records/timescale.h>
 
 using namespace WaveformTesting;
-using Workbench::WaveformPanel;
+using namespace Workbench;
 
 namespace {
 
-bool writeMinutes(const QString &path, const std::vector<std::string> &streams)
+/** Waveforms of a file, with spectrograms. */
+struct Desk
 {
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
-    Formats::MiniSeedWriter writer(&file);
-    return std::all_of(streams.begin(), streams.end(), [&](const std::string &stream) {
-        return writer.write(*sawTooth(stream, 0, 20, 1200));
-    });
-}
+    explicit Desk(const QString &file) : panel(&bench), spectrograms(new Spectrograms(panel.view()))
+    {
+        bench.rows()->setAddition(spectrograms);
+        panel.resize(900, 500);
+        panel.show();
+        if (!panel.open({file}).ok)
+            qFatal("Can't open %s", qPrintable(file));
+    }
+
+    Bench bench;
+    Waveforms panel;
+    Spectrograms *spectrograms;
+};
 
 /** The first and the last pixel of a widget, as seen from the panel. */
-QPair<int, int> ends(const WaveformPanel &panel, const QWidget *widget, const QRect &rect)
+QPair<int, int> ends(const Waveforms &panel, const QWidget *widget, const QRect &rect)
 {
     return {widget->mapTo(&panel, rect.topLeft()).x(), widget->mapTo(&panel, rect.topRight()).x()};
 }
 
 } // namespace
 
-class TestWaveformPanel : public QObject
+class TestWaveforms : public QObject
 {
     Q_OBJECT
 
@@ -47,13 +54,15 @@ private:
     QString _file;
 };
 
-void TestWaveformPanel::initTestCase()
+void TestWaveforms::initTestCase()
 {
-    _file = _folder.filePath("minutes.mseed");
-    QVERIFY(writeMinutes(_file, {"XX.AAA..HHZ", "XX.BBB..HHZ", "XX.CCC..HHZ"}));
+    _file = writeRecords(_folder.filePath("minutes.mseed"), {sawTooth("XX.AAA..HHZ", 0, 20, 1200),
+                                                             sawTooth("XX.BBB..HHZ", 0, 20, 1200),
+                                                             sawTooth("XX.CCC..HHZ", 0, 20, 1200)});
+    QVERIFY(!_file.isEmpty());
 }
 
-void TestWaveformPanel::tracesEndAtTimeScale_data()
+void TestWaveforms::tracesEndAtTimeScale_data()
 {
     QTest::addColumn<bool>("rulers");
     QTest::addColumn<QVector<int>>("spectrograms");
@@ -68,22 +77,20 @@ void TestWaveformPanel::tracesEndAtTimeScale_data()
     QTest::newRow("both, compact") << true << one << true;
 }
 
-void TestWaveformPanel::tracesEndAtTimeScale()
+void TestWaveforms::tracesEndAtTimeScale()
 {
     QFETCH(bool, rulers);
     QFETCH(QVector<int>, spectrograms);
     QFETCH(bool, compact);
 
-    WaveformPanel panel;
-    panel.resize(900, 500);
-    panel.show();
-    QVERIFY(panel.open({_file}).ok);
+    Desk desk(_file);
+    Waveforms &panel = desk.panel;
     panel.setCompact(compact);
     panel.setRulersShown(rulers);
     QList<Trace *> rows;
     for (const int index : spectrograms)
         rows.append(panel.view()->itemAt(index));
-    panel.spectrograms()->setShown(rows, true);
+    desk.spectrograms->setShown(rows, true);
 
     const QWidget *scale = panel.view()->timeScale();
     for (const Trace *row : panel.view()->items()) {
@@ -94,15 +101,13 @@ void TestWaveformPanel::tracesEndAtTimeScale()
     QCOMPARE(panel.view()->extraSpacing() > 0, rulers || !spectrograms.isEmpty());
 }
 
-void TestWaveformPanel::marginsGoWithTheLastSpectrogram()
+void TestWaveforms::marginsGoWithTheLastSpectrogram()
 {
-    WaveformPanel panel;
-    panel.resize(900, 500);
-    panel.show();
-    QVERIFY(panel.open({_file}).ok);
+    Desk desk(_file);
+    Waveforms &panel = desk.panel;
     auto *view = panel.view();
     const int height = view->minimumRowHeight();
-    panel.spectrograms()->setShown({view->itemAt(1)}, true);
+    desk.spectrograms->setShown({view->itemAt(1)}, true);
     QVERIFY(view->extraSpacing() > 0 && view->minimumRowHeight() > height);
 
     view->removeItem(view->itemAt(0));
@@ -112,5 +117,5 @@ void TestWaveformPanel::marginsGoWithTheLastSpectrogram()
     QCOMPARE(view->minimumRowHeight(), height);
 }
 
-QTEST_MAIN(TestWaveformPanel)
-#include "tst_waveformpanel.moc"
+QTEST_MAIN(TestWaveforms)
+#include "tst_waveforms.moc"

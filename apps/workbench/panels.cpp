@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
+#include "panels.h"
+
+#include "spectrograms/spectrogrampanel.h"
+#include "waveforms/waveformpanel.h"
+
+namespace Workbench {
+
+namespace {
+
+/** In the order of menus and pictures. */
+PanelRegistry builtInPanels()
+{
+    PanelRegistry registry;
+    registry.add<WaveformPanel>(); // makes the rows that others add to
+    registry.add<SpectrogramPanel>();
+    return registry;
+}
+
+} // namespace
+
+PanelRegistry &panelRegistry()
+{
+    static PanelRegistry registry = builtInPanels();
+    return registry;
+}
+
+} // namespace Workbench

@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
+#include "rowscale.h"
+
+#include "spectrogramrow.h"
+
+namespace Workbench {
+
+RowScale::RowScale(const SpectrogramRow *row, QWidget *parent) : SpectrogramScale(parent), _row(row)
+{
+    QSizePolicy policy(QSizePolicy::Fixed, QSizePolicy::Ignored);
+    policy.setRetainSizeWhenHidden(true);
+    setSizePolicy(policy);
+    connect(row, SIGNAL(wantedChanged()), this, SLOT(readRow()));
+    connect(row, SIGNAL(axisChanged()), this, SLOT(readRow()));
+    connect(row, SIGNAL(colorsChanged()), this, SLOT(readRow()));
+    readRow();
+}
+
+void RowScale::readRow()
+{
+    const AmplitudeColors &colors = _row->colors();
+    setVisible(_row->isWanted());
+    setAxis(Norvu::Gui::SpectrogramAxis(_row->axis()));
+    setColors(colors.gradient, colors.discrete, colors.lower, colors.upper, colors.logarithmic,
+              _row->unit());
+}
+
+} // namespace Workbench

@@ -1,0 +1,187 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
+#include "selectionlink.h"
+
+#include "bench/bench.h"
+#include "bench/selection.h"
+#include "bench/stations.h"
+#include "waveforms.h"
+
+#include <norvu/gui/trace.h>
+#include <norvu/gui/traceview.h>
+#include <tellarix/core/math/geo.h>
+
+#include <QScopedValueRollback>
+
+#include <algorithm>
+#include <cmath>
+
+using namespace Tellarix;
+using Norvu::Gui::Trace;
+using Norvu::Gui::TraceView;
+
+namespace Workbench {
+
+namespace {
+
+constexpr double SecondsBefore = 60;
+constexpr double LeastSecondsAfter = 300;
+constexpr double SecondsAfterShearWave = 60;
+/** Of direct waves in the crust, and of the fastest surface waves, in km/s. */
+constexpr double ShearWaveVelocity = 3.5;
+
+QString timeText(const Core::Time &time)
+{
+    return QString::fromStdString(time.toString("%Y-%m-%d %H:%M:%S"));
+}
+
+/** Whether a window can't be told from the one that a view shows. */
+bool isShown(const Core::TimeWindow &window, const TraceView &view)
+{
+    const Core::TimeWindow visible = view.visibleTimeWindow();
+    const double pixel = visible.length().length() / std::max(1, view.width());
+    return std::abs((window.startTime() - visible.startTime()).length()) < pixel &&
+           std::abs((window.endTime() - visible.endTime()).length()) < pixel;
+}
+
+} // namespace
+
+Core::TimeWindow eventWindow(const EventSummary &event, double farthestKm)
+{
+    const double pathKm = std::hypot(farthestKm, event.depthKm.value_or(0));
+    const double after =
+        std::max(LeastSecondsAfter, pathKm / ShearWaveVelocity + SecondsAfterShearWave);
+    return {event.originTime - Core::TimeSpan(SecondsBefore),
+            event.originTime + Core::TimeSpan(after)};
+}
+
+SelectionLink::SelectionLink(Bench *bench, Waveforms *waveforms)
+    : QObject(waveforms), _bench(bench), _waveforms(waveforms)
+{
+    const Selection *selection = _bench->selection();
+    connect(selection, SIGNAL(eventChanged()), this, SLOT(followEvent()));
+    connect(selection, SIGNAL(timeChanged()), this, SLOT(followTime()));
+    connect(selection, SIGNAL(timeWindowChanged()), this, SLOT(followTimeWindow()));
+    connect(selection, SIGNAL(stationsChanged()), this, SLOT(followStations()));
+    connect(_bench->stations(), SIGNAL(changed()), this, SLOT(updateDistances()));
+
+    const TraceView *view = _waveforms->view();
+    connect(view, SIGNAL(distanceValuesRequired()), this, SLOT(updateDistances()));
+    connect(view, SIGNAL(displayChanged(double, double, double)), this, SLOT(chooseTimeWindow()));
+    connect(view, SIGNAL(layoutOrContentChanged()), this, SLOT(forgetTimeWindow()));
+    connect(view, SIGNAL(itemSelectionChanged()), this, SLOT(chooseStations()));
+    connect(view, SIGNAL(itemSelectionCleared()), this, SLOT(chooseStations()));
+}
+
+void SelectionLink::updateDistances()
+{
+    QHash<QString, double> distances;
+    const auto &event = _bench->selection()->event();
+    for (const Trace *row : _waveforms->view()->items()) {
+        const QString station = stationOf(*row);
+        const auto place = _bench->stations()->find(station);
+        if (!event || !place || distances.contains(station))
+            continue;
+        double distance = 0;
+        Math::Geo::delaziKm(event->latitude, event->longitude, place->latitude, place->longitude,
+                            &distance);
+        if (std::isfinite(distance))
+            distances.insert(station, distance);
+    }
+    _waveforms->setDistances(distances);
+}
+
+void SelectionLink::followEvent()
+{
+    updateDistances();
+    const std::optional<EventSummary> event = _bench->selection()->event();
+    if (event && event->originTime.valid() && _waveforms->view()->count() > 0)
+        showEvent(*event);
+}
+
+void SelectionLink::showEvent(const EventSummary &event)
+{
+    const QHash<QString, double> &distances = _waveforms->distances();
+    const auto farthest = std::max_element(distances.begin(), distances.end());
+    const Core::TimeWindow window = eventWindow(event, farthest == distances.end() ? 0 : *farthest);
+    if (!hasData(window)) {
+        _bench->showStatus(tr("No waveforms from %1 to %2")
+                               .arg(timeText(window.startTime()), timeText(window.endTime())));
+        return;
+    }
+    {
+        const QScopedValueRollback<bool> following(_isFollowing, true);
+        _waveforms->view()->setAlignment(event.originTime);
+        _waveforms->view()->setVisibleTimeWindow(window);
+    }
+    chooseTimeWindow();
+}
+
+bool SelectionLink::hasData(const Core::TimeWindow &window) const
+{
+    const auto &stretches = _waveforms->stretches();
+    return std::any_of(stretches.begin(), stretches.end(),
+                       [&](const auto &stretch) { return stretch.overlaps(window); });
+}
+
+void SelectionLink::followTime()
+{
+    const Core::Time time = _bench->selection()->time();
+    const Core::TimeWindow moment(time, time + Core::TimeSpan(1));
+    if (time.valid() && hasData(moment) && !_waveforms->view()->visibleTimeWindow().contains(time))
+        _waveforms->view()->ensureVisible(moment, false);
+}
+
+void SelectionLink::followTimeWindow()
+{
+    TraceView *view = _waveforms->view();
+    const Core::TimeWindow window = _bench->selection()->timeWindow();
+    if (view->count() == 0 || window.isEmpty() || isShown(window, *view))
+        return;
+    const QScopedValueRollback<bool> following(_isFollowing, true);
+    view->setVisibleTimeWindow(window);
+}
+
+void SelectionLink::followStations()
+{
+    const QStringList stations = _bench->selection()->stations();
+    if (stations == selectedStations())
+        return;
+    const QScopedValueRollback<bool> following(_isFollowing, true);
+    TraceView *view = _waveforms->view();
+    view->selectMatching("*", false);
+    for (const QString &station : stations)
+        view->selectMatching(station + ".*", true);
+}
+
+/** In the form of a selection. */
+QStringList SelectionLink::selectedStations() const
+{
+    QStringList stations;
+    for (const Trace *row : _waveforms->view()->selectedItems())
+        stations.append(stationOf(*row));
+    stations.sort();
+    stations.removeDuplicates();
+    return stations;
+}
+
+void SelectionLink::chooseTimeWindow()
+{
+    if (!_isFollowing && _waveforms->view()->count() > 0)
+        _bench->selection()->setTimeWindow(_waveforms->view()->visibleTimeWindow());
+}
+
+void SelectionLink::chooseStations()
+{
+    if (!_isFollowing)
+        _bench->selection()->setStations(selectedStations());
+}
+
+/** Without rows there is nothing along the time axis. */
+void SelectionLink::forgetTimeWindow()
+{
+    if (_waveforms->view()->count() == 0)
+        _bench->selection()->setTimeWindow(Core::TimeWindow());
+}
+
+} // namespace Workbench

@@ -1,0 +1,357 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
+#include "waveforms.h"
+
+#include "bench/bench.h"
+#include "bench/rowaddition.h"
+#include "bench/tracerows.h"
+#include "datastretches.h"
+#include "measuring.h"
+#include "rowmargins.h"
+#include "sourceloader.h"
+
+#include <norvu/gui/trace.h>
+#include <norvu/gui/traceview.h>
+#include <tellarix/core/math/filterparser.h>
+#include <tellarix/core/records/ringbuffer.h>
+#include <tellarix/qt/records/recordwidget.h>
+#include <tellarix/qt/records/timescale.h>
+
+#include <QContextMenuEvent>
+#include <QEvent>
+#include <QMenu>
+#include <QMouseEvent>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <set>
+
+using namespace Tellarix;
+using Norvu::Gui::Trace;
+using Norvu::Gui::TraceView;
+
+namespace Workbench {
+
+namespace {
+
+/** From so many rows on, header lines would take more room than traces. */
+constexpr int ManyRows = 12;
+constexpr int CompactPadding = 1;
+constexpr int NormalRowHeight = 48;
+
+/** Times relative to the day of the data keep all their digits, however far it is zoomed in. */
+Core::Time dayOf(const Core::Time &time)
+{
+    const Core::TimeFields fields = time.fields();
+    return Core::Time(fields.year, fields.month, fields.day);
+}
+
+/** The different sampling frequencies of all rows in ascending order. */
+std::set<double> samplingFrequencies(const TraceView &view)
+{
+    std::set<double> rates;
+    for (const Trace *row : view.items()) {
+        const RecordSequence *records = row->recordWidget()->records(0);
+        if (records && !records->isEmpty())
+            rates.insert(records->front()->samplingFrequency());
+    }
+    return rates;
+}
+
+QString timeText(const Core::Time &time)
+{
+    return QString::fromStdString(time.toString("%Y-%m-%d %H:%M:%S"));
+}
+
+} // namespace
+
+QString stationOf(const Trace &row)
+{
+    return row.data(Norvu::Gui::TraceNetworkCode).toString() + '.' +
+           row.data(Norvu::Gui::TraceStationCode).toString();
+}
+
+Waveforms::Waveforms(Bench *bench, QWidget *parent)
+    : QWidget(parent), _bench(bench), _view(new TraceView(this, Qt::WindowFlags(), nullptr, true)),
+      _margins(new RowMargins(_view, bench->rows())), _measuringTool(new MeasuringTool(_view))
+{
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(_view);
+
+    _bench->rows()->setView(_view);
+    _view->setBackgroundFiltering(true);
+    connect(_view, SIGNAL(loadDataRequested()), this, SLOT(reload()));
+    connect(_view, SIGNAL(displayChanged(double, double, double)), this, SLOT(updateRangeText()));
+}
+
+Waveforms::Outcome Waveforms::open(const QStringList &sources)
+{
+    Outcome outcome;
+    const int before = _view->count();
+    for (const QString &source : sources)
+        load(source, outcome);
+    _sources += sources;
+    _sources.removeDuplicates();
+    markLoaded();
+
+    adoptRows(before);
+    if (before == 0 && _view->count() >= ManyRows)
+        setCompact(true);
+    _view->sortView();
+
+    collectStretches();
+    if (!_stretches.isEmpty()) {
+        if (before == 0)
+            _view->setAlignment(dayOf(_stretches.first().startTime()));
+        _view->setVisibleTimeWindow(withMargins(_stretches.first()));
+    }
+    updateRangeText();
+    return outcome;
+}
+
+/** Makes the rows from position @p first on, which a loader has appended, look like the others. */
+void Waveforms::adoptRows(int first)
+{
+    const QList<Trace *> rows = _view->items().mid(first);
+    for (Trace *row : rows)
+        dress(row);
+    if (_bench->rows()->addition())
+        _bench->rows()->addition()->adopt(rows);
+    _margins->update();
+}
+
+void Waveforms::load(const QString &source, Outcome &outcome)
+{
+    SourceLoader loader(source.toStdString(), _bench->rows()->addition());
+    QString error;
+    if (!loader.isUsable(&error)) {
+        outcome.ok = false;
+        outcome.messages.append(error);
+        return;
+    }
+    if (!loader.load(_view, _bench->dataWindow()))
+        outcome.ok = false;
+    outcome.messages += loader.messages();
+    if (loader.textCount() > 0)
+        outcome.messages.append(tr("%1: records of text (%2), which can't be drawn")
+                                    .arg(source)
+                                    .arg(loader.textCount()));
+    if (loader.waveformCount() == 0) {
+        outcome.ok = false;
+        outcome.messages.append(tr("%1: no waveforms in it").arg(source));
+    }
+}
+
+QStringList Waveforms::setFilter(const QString &text)
+{
+    const std::string definition = text.toStdString();
+    QStringList problems;
+    for (const double rate : samplingFrequencies(*_view)) {
+        const std::string problem = Math::Filtering::filterProblem(definition, rate);
+        if (!problem.empty())
+            problems.append(tr("Streams at %1 Hz: %2").arg(rate).arg(problem.c_str()));
+    }
+    _view->setFilter(Math::Filtering::parseFilter<double>(definition).release());
+    return problems;
+}
+
+void Waveforms::alignTo(const Core::Time &time)
+{
+    const Core::TimeWindow visible = _view->visibleTimeWindow();
+    _view->setAlignment(time);
+    _view->setVisibleTimeWindow(visible);
+}
+
+void Waveforms::reload()
+{
+    prepareResetRows();
+    const int before = _view->count();
+    Outcome outcome;
+    for (const QString &source : _sources)
+        load(source, outcome);
+    adoptRows(before);
+    markLoaded();
+    collectStretches();
+    updateRangeText();
+    emit problems(outcome.messages);
+}
+
+/** Rows that were reset have lost their sequences, but still know their streams. */
+void Waveforms::prepareResetRows()
+{
+    for (Trace *row : _view->items()) {
+        for (const auto &binding : _view->bindingsFor(row)) {
+            if (!row->recordWidget()->records(binding.second))
+                row->recordWidget()->setRecords(binding.second, new RingBuffer(-1, 0.5), true);
+        }
+    }
+}
+
+void Waveforms::markLoaded()
+{
+    for (Trace *row : _view->items()) {
+        if (!row->isDataRequested())
+            _view->subscribedToData(row);
+    }
+    _view->updateToolbar();
+}
+
+void Waveforms::clear()
+{
+    _sources.clear();
+    _view->clear();
+    _stretches.clear();
+    _distancesKm.clear();
+    updateRangeText();
+}
+
+void Waveforms::setDistances(const QHash<QString, double> &distancesKm)
+{
+    if (distancesKm == _distancesKm)
+        return;
+
+    _distancesKm = distancesKm;
+    for (Trace *row : _view->items())
+        dress(row);
+}
+
+void Waveforms::dress(Trace *row)
+{
+    Gui::RecordWidget *widget = row->recordWidget();
+    widget->installEventFilter(this);
+
+    QString name = row->label();
+    const auto distance = _distancesKm.constFind(stationOf(*row));
+    if (distance != _distancesKm.constEnd()) {
+        const QString text = tr("%1 km").arg(*distance, 0, 'f', 1);
+        row->setData(Norvu::Gui::TraceDistance, *distance);
+        row->setDescription(text);
+        name += "  " + text;
+    } else if (row->data(Norvu::Gui::TraceDistance).isValid()) {
+        row->setData(Norvu::Gui::TraceDistance, QVariant());
+        row->setLabel(row->label()); // takes the description away
+    }
+
+    widget->setRecordLabel(0, _compact ? name : QString());
+    row->setHeaderVisible(!_compact);
+    if (_compact)
+        row->setVerticalPadding(CompactPadding, 0);
+    else
+        row->restoreVerticalSpacing();
+}
+
+void Waveforms::setCompact(bool compact)
+{
+    if (compact == _compact)
+        return;
+
+    _compact = compact;
+    _margins->setRowHeight(compact ? fontMetrics().height() + 2 * Trace::Padding()
+                                   : NormalRowHeight);
+    for (Trace *row : _view->items())
+        dress(row);
+    emit compactChanged(compact);
+}
+
+void Waveforms::setLocalTimeShown(bool show)
+{
+    _view->timeScale()->setLocalTimeShown(show);
+}
+
+void Waveforms::setRulersShown(bool show)
+{
+    _margins->setRulersShown(show);
+}
+
+void Waveforms::collectStretches()
+{
+    QVector<Core::TimeWindow> windows;
+    for (const Trace *row : _view->items()) {
+        const Gui::RecordWidget *widget = row->recordWidget();
+        for (int slot = 0; slot < widget->slotCount(); ++slot) {
+            if (!widget->records(slot))
+                continue;
+            for (const RecordSpan &span : widget->records(slot)->spans())
+                windows.append(Core::TimeWindow(span.start, span.end));
+        }
+    }
+    _stretches = dataStretches(windows);
+}
+
+void Waveforms::showAllData()
+{
+    _view->setCoveredTimeRange();
+}
+
+void Waveforms::showNextStretch()
+{
+    showNeighbour(1);
+}
+
+void Waveforms::showPreviousStretch()
+{
+    showNeighbour(-1);
+}
+
+void Waveforms::showNeighbour(int step)
+{
+    const int index = neighbouringStretch(_stretches, _view->visibleTimeWindow(), step);
+    if (index >= 0)
+        _view->setVisibleTimeWindow(withMargins(_stretches[index]));
+}
+
+void Waveforms::updateRangeText()
+{
+    if (_view->count() == 0) {
+        emit rangeText(QString());
+        return;
+    }
+    const Core::TimeWindow visible = _view->visibleTimeWindow();
+    QString text =
+        tr("%1 to %2 UTC").arg(timeText(visible.startTime()), timeText(visible.endTime()));
+    if (_stretches.size() > 1) {
+        for (int i = 0; i < _stretches.size(); ++i) {
+            if (_stretches[i].overlaps(visible)) {
+                text += tr("  ·  stretch %1 of %2").arg(i + 1).arg(_stretches.size());
+                break;
+            }
+        }
+    }
+    emit rangeText(text);
+}
+
+void Waveforms::contextMenuEvent(QContextMenuEvent *event)
+{
+    const QList<Trace *> rows = _view->items();
+    const auto row = std::find_if(rows.begin(), rows.end(), [event](const Trace *item) {
+        return item->visibleRegion().contains(item->mapFromGlobal(event->globalPos()));
+    });
+    if (row == rows.end())
+        return;
+    if (!(*row)->isSelected())
+        _view->select(*row);
+    QMenu::exec(_bench->rows()->menuActions() + _rowActions, event->globalPos(), nullptr, this);
+}
+
+QString Waveforms::textAt(Gui::RecordWidget *widget, const QPoint &position) const
+{
+    const QString text = widget->statusText(position);
+    const RowAddition *addition = _bench->rows()->addition();
+    const QString added = addition ? addition->textAt(widget, position) : QString();
+    return added.isEmpty() ? text : text + "  ·  " + added;
+}
+
+bool Waveforms::eventFilter(QObject *watched, QEvent *event)
+{
+    auto *widget = qobject_cast<Gui::RecordWidget *>(watched);
+    if (widget && event->type() == QEvent::MouseMove) {
+        const QPoint position = static_cast<QMouseEvent *>(event)->pos();
+        emit pointerText(textAt(widget, position));
+    } else if (widget && event->type() == QEvent::Leave) {
+        emit pointerText(QString());
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+} // namespace Workbench
