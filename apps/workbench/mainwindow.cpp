@@ -355,7 +355,10 @@ void MainWindow::restoreSettings()
     restoreState(settings.value("state").toByteArray());
     _messages->hide();
     for (Panel *panel : std::as_const(_panels)) {
-        if (!_docks.contains(panel) && settings.value("centre") == panel->description().name)
+        // A window that isn't shown yet doesn't tell that it has hidden a dock.
+        if (const QDockWidget *dock = _docks.value(panel))
+            panel->toggleAction()->setChecked(!dock->isHidden());
+        else if (settings.value("shownInCentre") == panel->description().name)
             _centre->setCurrentWidget(panel);
         panel->restoreState(settings);
     }
@@ -368,7 +371,7 @@ void MainWindow::saveSettings() const
     settings.setValue("geometry", saveGeometry());
     settings.setValue("state", saveState());
     if (const auto *centre = qobject_cast<Panel *>(_centre->currentWidget()))
-        settings.setValue("centre", centre->description().name);
+        settings.setValue("shownInCentre", centre->description().name);
     for (const Panel *panel : _panels)
         panel->saveState(settings);
 }

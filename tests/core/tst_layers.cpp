@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
+#include <QDir>
 #include <QDirIterator>
 #include <QFile>
 #include <QLibraryInfo>
@@ -10,12 +11,12 @@ namespace {
 /** A part of the source tree and what it must not include. */
 struct Layer
 {
-    const char *folder;
-    const char *forbidden; /**< regular expression on paths below "libs" or the project's folder */
-    bool knowsWindows;     /**< may include QtGui and QtWidgets */
+    QString folder;
+    QString forbidden; /**< folders below "libs" or "apps/workbench", or of the project; with "|" */
+    bool knowsWindows; /**< may include QtGui and QtWidgets */
 };
 
-constexpr Layer Layers[] = {
+const Layer Layers[] = {
     {"libs/tellarix/core", "tellarix/client|tellarix/qt|norvu|apps|tools", false},
     {"libs/tellarix/client", "tellarix/qt|norvu|apps|tools", false},
     {"libs/tellarix/qt", "norvu|apps|tools", true},
@@ -34,7 +35,8 @@ bool isOfWindows(const QString &path)
 
 bool isForbidden(const Layer &layer, const QString &path)
 {
-    const QRegularExpression folders(QStringLiteral("(^|/)(%1)/").arg(layer.forbidden));
+    const QRegularExpression folders(
+        QStringLiteral("^(libs/|apps/workbench/)?(%1)/").arg(layer.forbidden));
     return folders.match(path).hasMatch() || (!layer.knowsWindows && isOfWindows(path));
 }
 
@@ -55,6 +57,23 @@ QStringList wrongIncludes(const Layer &layer, const QString &name, const QString
     return wrong;
 }
 
+QStringList wrongIncludes(const Layer &layer)
+{
+    const QDir root(QStringLiteral(NORVU_SOURCE_DIR));
+    QDirIterator sources(root.filePath(layer.folder), {"*.h", "*.hpp", "*.cpp"}, QDir::Files,
+                         QDirIterator::Subdirectories);
+    QStringList wrong;
+    if (!sources.hasNext())
+        wrong << layer.folder + " is empty";
+    while (sources.hasNext()) {
+        QFile file(sources.next());
+        if (!file.open(QIODevice::ReadOnly))
+            wrong << file.fileName() + ": " + file.errorString();
+        wrong += wrongIncludes(layer, root.relativeFilePath(file.fileName()), file.readAll());
+    }
+    return wrong;
+}
+
 } // namespace
 
 /** Includes point one way: core <- client <- qt <- norvu <- programs. */
@@ -65,23 +84,40 @@ class LayersTest : public QObject
 private slots:
     void includesPointOneWay()
     {
-        const QDir root(QStringLiteral(NORVU_SOURCE_DIR));
         QCOMPARE(wrongIncludes(Layers[0], "libs/tellarix/core/a.h", "\n  # include \"../qt/b.h\"")
                      .size(),
                  1);
         QCOMPARE(wrongIncludes(Layers[1], "libs/tellarix/client/a.h", "#include <QColor>").size(),
                  1);
         QStringList wrong;
-        for (const Layer &layer : Layers) {
-            QDirIterator sources(root.filePath(layer.folder), {"*.h", "*.hpp", "*.cpp"},
-                                 QDir::Files, QDirIterator::Subdirectories);
-            QVERIFY2(sources.hasNext(), layer.folder);
-            while (sources.hasNext()) {
-                QFile file(sources.next());
-                QVERIFY2(file.open(QIODevice::ReadOnly), qPrintable(file.errorString()));
-                wrong +=
-                    wrongIncludes(layer, root.relativeFilePath(file.fileName()), file.readAll());
-            }
+        for (const Layer &layer : Layers)
+            wrong += wrongIncludes(layer);
+        QVERIFY2(wrong.isEmpty(), qPrintable(wrong.join('\n')));
+    }
+
+    /** Panels of the workbench share a bench, and only panels.cpp knows all of them. */
+    void panelsDoNotKnowEachOther()
+    {
+        const QDir workbench(QStringLiteral(NORVU_SOURCE_DIR "/apps/workbench"));
+        QStringList panels = workbench.entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+        QVERIFY(panels.removeOne("bench") && panels.size() > 1);
+        QCOMPARE(wrongIncludes({"", "map|jobs", true}, "apps/workbench/bench/a.h",
+                               "#include \"map/a.h\"\n#include \"../jobs/a.h\"\n"
+                               "#include <tellarix/qt/map/a.h>")
+                     .size(),
+                 2);
+        QStringList wrong = wrongIncludes({"apps/workbench/bench", panels.join('|'), true});
+        for (const QString &panel : panels) {
+            QStringList others = panels;
+            others.removeOne(panel);
+            wrong += wrongIncludes({"apps/workbench/" + panel, others.join('|'), true});
+        }
+        for (const QString &name : workbench.entryList({"*.h", "*.cpp"}, QDir::Files)) {
+            QFile file(workbench.filePath(name));
+            QVERIFY2(file.open(QIODevice::ReadOnly), qPrintable(file.errorString()));
+            if (name != "panels.cpp")
+                wrong += wrongIncludes({"", panels.join('|'), true}, "apps/workbench/" + name,
+                                       file.readAll());
         }
         QVERIFY2(wrong.isEmpty(), qPrintable(wrong.join('\n')));
     }

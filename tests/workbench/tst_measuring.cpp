@@ -4,46 +4,32 @@
 #include "waveforms/measuringoverlay.h"
 
 #include "pointer.h"
-
-#include <norvu/gui/trace.h>
-#include <norvu/gui/traceview.h>
+#include "waveformtesting.h"
 
 #include <tellarix/core/math/runningmean.h>
-#include <tellarix/core/records/ringbuffer.h>
-#include <tellarix/core/records/typedarray.h>
-#include <tellarix/qt/records/recordwidget.h>
 
 #include <QAction>
 #include <QScrollArea>
-#include <QtTest>
 
 #include <cmath>
 
-using namespace Tellarix;
+using namespace WaveformTesting;
 using namespace Workbench;
-using Norvu::Gui::Trace;
-using Norvu::Gui::TraceView;
 using Tellarix::Gui::RecordWidget;
 
 namespace {
 
-const Core::Time Start(2024, 1, 5);
 constexpr double Pi = 3.14159265358979323846;
 constexpr double Rate = 100;
 constexpr double Seconds = 40;
 
 /** 40 s of a sine of 1 Hz. */
-Trace *makeRow(const QString &label, double amplitude)
+RecordCPtr sine(double amplitude)
 {
-    const int count = static_cast<int>(Seconds * Rate);
-    Core::SmartPointer<DoubleArray> samples(new DoubleArray(count));
-    for (int i = 0; i < count; ++i)
-        samples->typedData()[i] = amplitude * std::sin(2 * Pi * (i + 0.5) / Rate);
-    auto *records = new RingBuffer(0);
-    records->feed(new Record(StreamCodes::FromID("XX.TEST..HHZ"), Start, Rate, samples));
-    auto *row = new Trace(label, Qt::black);
-    row->recordWidget()->setRecords(0, records);
-    return row;
+    std::vector<double> samples;
+    for (int i = 0; i < static_cast<int>(Seconds * Rate); ++i)
+        samples.push_back(amplitude * std::sin(2 * Pi * (i + 0.5) / Rate));
+    return record("XX.TEST..HHZ", 0, Rate, samples);
 }
 
 /** A view that shows 40 s of three rows with amplitudes of 1, 2 and 3, and its tool. */
@@ -52,7 +38,7 @@ struct Bench
     Bench() : tool(new MeasuringTool(&view))
     {
         for (int i = 1; i <= 3; ++i)
-            view.addItem(makeRow(QString("row %1").arg(i), i));
+            addRow(view, {sine(i)})->setLabel(QString("row %1").arg(i));
         view.setAlignment(Start);
         view.resize(900, 400);
         view.show();

@@ -149,20 +149,6 @@ private slots:
         }
     }
 
-    void draggingPans()
-    {
-        const OpenWindow window({_file});
-        auto *view = window.view;
-        Gui::TimeScale *scale = view->timeScale();
-        const double before = view->tmin();
-        const QPoint from(scale->width() / 2, scale->height() / 2);
-        QTest::mousePress(scale, Qt::LeftButton, Qt::NoModifier, from);
-        Pointer::move(*scale, from + QPoint(100, 0), Qt::LeftButton);
-        QTest::mouseRelease(scale, Qt::LeftButton, Qt::NoModifier, from + QPoint(100, 0));
-
-        QVERIFY(std::abs(view->tmin() - (before - 100 / scale->scale())) < 1E-6);
-    }
-
     void goesFromStretchToStretch()
     {
         const OpenWindow window({_file});

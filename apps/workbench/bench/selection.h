@@ -27,7 +27,7 @@ public:
     explicit Selection(QObject *parent = nullptr);
 
     /** The chosen event, if there is one. */
-    const std::optional<EventSummary> &event() const { return _event; }
+    const std::optional<EventSummary> &chosenEvent() const { return _event; }
     /** The moment under consideration, such as that of a replay; not valid without one. */
     const Tellarix::Core::Time &time() const { return _time; }
     /** What is shown along time axes; not valid while there is nothing. */

@@ -76,7 +76,7 @@ SelectionLink::SelectionLink(Bench *bench, Waveforms *waveforms)
 void SelectionLink::updateDistances()
 {
     QHash<QString, double> distances;
-    const auto &event = _bench->selection()->event();
+    const auto &event = _bench->selection()->chosenEvent();
     for (const Trace *row : _waveforms->view()->items()) {
         const QString station = stationOf(*row);
         const auto place = _bench->stations()->find(station);
@@ -94,7 +94,7 @@ void SelectionLink::updateDistances()
 void SelectionLink::followEvent()
 {
     updateDistances();
-    const std::optional<EventSummary> event = _bench->selection()->event();
+    const std::optional<EventSummary> event = _bench->selection()->chosenEvent();
     if (event && event->originTime.valid() && _waveforms->view()->count() > 0)
         showEvent(*event);
 }

@@ -1,0 +1,208 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
+#include "mainwindow.h"
+
+#include <QAction>
+#include <QDockWidget>
+#include <QMenu>
+#include <QSettings>
+#include <QStatusBar>
+#include <QtTest>
+
+using namespace Workbench;
+
+namespace {
+
+/** What panels were asked for, in order. */
+QStringList calls;
+
+/** A panel that opens files of its own suffix. */
+class SomePanel : public Panel
+{
+public:
+    SomePanel(Bench *bench, const PanelDescription &description) : Panel(bench, description) {}
+    ~SomePanel() override { calls << description().name + " goes"; }
+
+    QList<QAction *> menuActions(Menu menu) const override
+    {
+        auto *action = new QAction(description().name, const_cast<SomePanel *>(this));
+        return menu == Menu::File ? QList<QAction *>{action} : QList<QAction *>();
+    }
+    void saveState(QSettings &settings) const override
+    {
+        settings.setValue(description().name, state);
+    }
+    void restoreState(QSettings &settings) override
+    {
+        state = settings.value(description().name).toString();
+    }
+    QVector<PanelPicture> pictures() override
+    {
+        calls << description().name + (isVisible() ? " is seen" : " is hidden");
+        return Panel::pictures();
+    }
+    bool canOpen(const QString &source) const override
+    {
+        return description().name == "centre" || source.endsWith('.' + description().name);
+    }
+    bool openSources(const QStringList &sources) override
+    {
+        calls << description().name + " opens " + sources.join('+');
+        return false;
+    }
+
+    QString state;
+};
+
+PanelRegistry registry()
+{
+    PanelRegistry registry;
+    for (const PanelDescription &description : std::initializer_list<PanelDescription>{
+             {"centre", "Centre", {}, {}, {}, PanelPlace::Centre},
+             {"map", "Map", "&Map", {"Ctrl+Shift+M"}, {}, PanelPlace::Centre},
+             {"left", "Left", {}, {"Ctrl+1"}, {}, PanelPlace::Left, true},
+             {"lower", "Lower", {}, {"Ctrl+2"}, {}, PanelPlace::Bottom}})
+        registry.add([description](Bench *bench) { return new SomePanel(bench, description); });
+    return registry;
+}
+
+SomePanel *panel(const MainWindow &window, const char *name)
+{
+    return static_cast<SomePanel *>(window.findChild<Panel *>(name));
+}
+
+QStringList texts(const MainWindow &window, const QString &title)
+{
+    QStringList texts;
+    for (const QMenu *menu : window.findChildren<QMenu *>()) {
+        if (menu->title() != title)
+            continue;
+        for (const QAction *action : menu->actions())
+            texts << action->text();
+    }
+    return texts;
+}
+
+} // namespace
+
+class TestMainWindow : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init() { calls.clear(); }
+    void gathersEntries();
+    void keysShowPanels();
+    void leadsSourcesToTheirPanel();
+    void tellsProblemsAndStatus();
+    void showsPanelsForTheirPictures();
+    void keepsSession();
+
+private:
+    QTemporaryDir _folder;
+};
+
+void TestMainWindow::initTestCase()
+{
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, _folder.path());
+}
+
+void TestMainWindow::gathersEntries()
+{
+    {
+        MainWindow window(registry());
+        const QStringList file = texts(window, "&File");
+        QCOMPARE(file.mid(3, 9),
+                 QStringList({"", "centre", "", "map", "", "left", "", "lower", ""}));
+        QCOMPARE(texts(window, "&Panels"), QStringList({"Centre", "&Map", "Left", "Lower"}));
+    }
+    // Panels that were made first stay until those are gone that may use them.
+    QCOMPARE(calls, QStringList({"lower goes", "left goes", "map goes", "centre goes"}));
+}
+
+void TestMainWindow::keysShowPanels()
+{
+    MainWindow window(registry());
+    window.show();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    QVERIFY(panel(window, "left")->isVisible() && panel(window, "centre")->isVisible());
+    QVERIFY(!panel(window, "lower")->isVisible() && !panel(window, "map")->isVisible());
+
+    const auto press = [&](Qt::Key key, Qt::KeyboardModifiers modifiers) {
+        QTest::keyClick(&window, key, modifiers);
+        QCoreApplication::processEvents();
+    };
+    press(Qt::Key_M, Qt::ControlModifier | Qt::ShiftModifier);
+    QVERIFY(panel(window, "map")->isVisible() && !panel(window, "centre")->isVisible());
+    press(Qt::Key_1, Qt::ControlModifier);
+    QVERIFY(!panel(window, "left")->isVisible());
+    window.findChild<QDockWidget *>("left")->show();
+    QVERIFY(panel(window, "left")->toggleAction()->isChecked());
+
+    // It lies above the list of problems, and not behind.
+    window.bench()->tell({"something"});
+    press(Qt::Key_2, Qt::ControlModifier);
+    QTRY_VERIFY(!panel(window, "lower")->visibleRegion().isEmpty());
+}
+
+void TestMainWindow::leadsSourcesToTheirPanel()
+{
+    MainWindow window(registry());
+    QVERIFY(!window.open({"a.mseed", "b.left", "c.sac", "d.map"}));
+    QCOMPARE(calls,
+             QStringList({"centre opens a.mseed+c.sac", "map opens d.map", "left opens b.left"}));
+}
+
+void TestMainWindow::tellsProblemsAndStatus()
+{
+    MainWindow window(registry());
+    window.show();
+    auto *messages = window.findChild<QDockWidget *>("messages");
+    QVERIFY(!messages->isVisible());
+    window.bench()->tell({});
+    QVERIFY(!messages->isVisible());
+    window.bench()->tell({"a.mseed: no waveforms in it"});
+    QVERIFY(messages->isVisible());
+    window.bench()->showStatus("Done");
+    QCOMPARE(window.statusBar()->currentMessage(), QString("Done"));
+}
+
+void TestMainWindow::showsPanelsForTheirPictures()
+{
+    MainWindow window(registry());
+    window.setInteractive(false);
+    window.show();
+    QStringList files;
+    for (const PanelPicture &picture : window.snapshots())
+        files << picture.fileName;
+    QCOMPARE(files, QStringList({"centre.png", "map.png", "left.png", "lower.png", "widgets.png"}));
+    QCOMPARE(calls,
+             QStringList({"centre is seen", "map is seen", "left is seen", "lower is seen"}));
+    QVERIFY(panel(window, "left")->isVisible() && !panel(window, "lower")->isVisible());
+}
+
+void TestMainWindow::keepsSession()
+{
+    {
+        MainWindow window(registry());
+        window.show();
+        panel(window, "left")->state = "something";
+        panel(window, "left")->toggleAction()->trigger();
+        panel(window, "lower")->toggleAction()->trigger();
+        panel(window, "map")->toggleAction()->trigger();
+        window.close();
+    }
+    MainWindow window(registry());
+    window.restoreSettings();
+    window.show();
+    QCOMPARE(panel(window, "left")->state, QString("something"));
+    for (const char *name : {"lower", "map"})
+        QVERIFY2(panel(window, name)->isVisible(), name);
+    QVERIFY(!panel(window, "left")->isVisible());
+    QVERIFY(!panel(window, "left")->toggleAction()->isChecked());
+    QVERIFY(panel(window, "lower")->toggleAction()->isChecked());
+}
+
+QTEST_MAIN(TestMainWindow)
+#include "tst_mainwindow.moc"
