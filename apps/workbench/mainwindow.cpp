@@ -199,7 +199,7 @@ void MainWindow::createViewMenu()
 
 void MainWindow::createPanelMenu(QMenu *viewMenu)
 {
-    QMenu *menu = viewMenu->addMenu(tr("&Panels"));
+    QMenu *menu = viewMenu->addMenu(tr("Pan&els"));
     for (Panel *panel : std::as_const(_panels)) {
         if (_docks.contains(panel) || _centre->count() > 1)
             menu->addAction(panel->toggleAction());

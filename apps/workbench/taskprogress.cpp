@@ -38,7 +38,7 @@ TaskProgress::TaskProgress(Tasks *tasks, QWidget *parent)
     layout->addWidget(_name);
     layout->addWidget(_bar);
     layout->addWidget(_cancel);
-    _bar->setMaximumWidth(BarWidth);
+    _bar->setFixedWidth(BarWidth); // room for its text
     _cancel->setIcon(Icons::iconSolid(Icons::chTimes));
     _cancel->setAutoRaise(true);
     hide();

@@ -115,7 +115,7 @@ void TestMainWindow::gathersEntries()
         const QStringList file = texts(window, "&File");
         QCOMPARE(file.mid(3, 9),
                  QStringList({"", "centre", "", "map", "", "left", "", "lower", ""}));
-        QCOMPARE(texts(window, "&Panels"), QStringList({"Centre", "&Map", "Left", "Lower"}));
+        QCOMPARE(texts(window, "Pan&els"), QStringList({"Centre", "&Map", "Left", "Lower"}));
     }
     // Panels that were made first stay until those are gone that may use them.
     QCOMPARE(calls, QStringList({"lower goes", "left goes", "map goes", "centre goes"}));
