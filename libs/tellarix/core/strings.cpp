@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <type_traits>
 
 namespace Tellarix {
 namespace Core {
@@ -18,10 +19,18 @@ int lower(char c)
     return c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : static_cast<unsigned char>(c);
 }
 
-template <typename T>
-bool readNumber(T &value, const std::string &text)
+/** @p text without white space at both ends. */
+std::string_view trimmedView(std::string_view text)
 {
-    const std::string number = trimmed(text);
+    const size_t first = std::min(text.find_first_not_of(WhiteSpace), text.size());
+    const size_t last = text.find_last_not_of(WhiteSpace);
+    return text.substr(first, last == std::string_view::npos ? 0 : last + 1 - first);
+}
+
+template <typename T>
+bool readNumber(T &value, std::string_view text)
+{
+    const std::string_view number = trimmedView(text);
     const char *first = number.data();
     const char *last = first + number.size();
     // The library reads no plus sign, and must not see the minus of "+-1" either.
@@ -32,6 +41,10 @@ bool readNumber(T &value, const std::string &text)
     const auto [end, error] = std::from_chars(first, last, read);
     if (error != std::errc() || end != last)
         return false;
+    if constexpr (std::is_floating_point_v<T>) {
+        if (!std::isfinite(read))
+            return false;
+    }
 
     value = read;
     return true;
@@ -79,32 +92,33 @@ std::vector<std::string> split(const std::string &text, const char *separators, 
 }
 
 template <>
-bool fromString(int &value, const std::string &text)
+bool fromString(int &value, std::string_view text)
 {
     return readNumber(value, text);
 }
 
 template <>
-bool fromString(long long &value, const std::string &text)
+bool fromString(long long &value, std::string_view text)
 {
     return readNumber(value, text);
 }
 
 template <>
-bool fromString(double &value, const std::string &text)
+bool fromString(float &value, std::string_view text)
 {
-    double read = 0;
-    if (!readNumber(read, text) || !std::isfinite(read))
-        return false;
-
-    value = read;
-    return true;
+    return readNumber(value, text);
 }
 
 template <>
-bool fromString(bool &value, const std::string &text)
+bool fromString(double &value, std::string_view text)
 {
-    const std::string word = trimmed(text);
+    return readNumber(value, text);
+}
+
+template <>
+bool fromString(bool &value, std::string_view text)
+{
+    const std::string word(trimmedView(text));
     const auto isWord = [&](const char *other) { return compareNoCase(word, other) == 0; };
     const bool yes = isWord("true") || isWord("yes") || isWord("on") || isWord("1");
     if (!yes && !isWord("false") && !isWord("no") && !isWord("off") && !isWord("0"))

@@ -5,6 +5,7 @@
 #include <tellarix/core/api.h>
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Tellarix {
@@ -32,17 +33,19 @@ TELLARIX_CORE_API std::vector<std::string> split(const std::string &text, const 
  *         behind it or is out of range
  */
 template <typename T>
-bool fromString(T &value, const std::string &text);
+bool fromString(T &value, std::string_view text);
 
 template <>
-TELLARIX_CORE_API bool fromString(int &value, const std::string &text);
+TELLARIX_CORE_API bool fromString(int &value, std::string_view text);
 template <>
-TELLARIX_CORE_API bool fromString(long long &value, const std::string &text);
+TELLARIX_CORE_API bool fromString(long long &value, std::string_view text);
 template <>
-TELLARIX_CORE_API bool fromString(double &value, const std::string &text);
+TELLARIX_CORE_API bool fromString(float &value, std::string_view text);
+template <>
+TELLARIX_CORE_API bool fromString(double &value, std::string_view text);
 /** "true", "yes", "on", "1" and their opposites, without regard to case. */
 template <>
-TELLARIX_CORE_API bool fromString(bool &value, const std::string &text);
+TELLARIX_CORE_API bool fromString(bool &value, std::string_view text);
 
 /** Matches @p text against a pattern of `*` and `?` as stream selections use them. */
 TELLARIX_CORE_API bool wildcardMatch(const std::string &pattern, const std::string &text);
