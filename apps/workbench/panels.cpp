@@ -2,6 +2,8 @@
 
 #include "panels.h"
 
+#include "events/eventpanel.h"
+#include "jobs/jobpanel.h"
 #include "spectrograms/spectrogrampanel.h"
 #include "waveforms/waveformpanel.h"
 
@@ -15,6 +17,8 @@ PanelRegistry builtInPanels()
     PanelRegistry registry;
     registry.add<WaveformPanel>(); // makes the rows that others add to
     registry.add<SpectrogramPanel>();
+    registry.add<EventPanel>();
+    registry.add<JobPanel>();
     return registry;
 }
 

@@ -189,7 +189,8 @@ private slots:
                                      "<!DOCTYPE q [<!ENTITY a \"aaaa\"><!ENTITY b \"&a;&a;\">]>") +
                                      Head.mid(22)
                               << "document type";
-        QTest::newRow("another document") << QByteArray("<html/>") << "element <html>: no QuakeML";
+        QTest::newRow("another document")
+            << QByteArray("<html>quakeml</html>") << "element <html>: no QuakeML";
         QTest::newRow("text without an end")
             << Head + "<event><type>" + QByteArray(20 << 20, 'x') << "more than 16 MB";
         QTest::newRow("neither") << QByteArray("hello") << "neither QuakeML nor a table";

@@ -2,6 +2,7 @@
 
 #include "bench.h"
 
+#include "jobs.h"
 #include "selection.h"
 #include "stations.h"
 #include "task.h"
@@ -11,7 +12,7 @@ namespace Workbench {
 
 Bench::Bench(QObject *parent)
     : QObject(parent), _selection(new Selection(this)), _stations(new Stations(this)),
-      _tasks(new Tasks(this)), _rows(new TraceRows(this))
+      _tasks(new Tasks(this)), _jobs(new Jobs(this)), _rows(new TraceRows(this))
 {}
 
 void Bench::tell(const QStringList &problems)

@@ -9,6 +9,7 @@
 
 namespace Workbench {
 
+class Jobs;
 class Selection;
 class Stations;
 class Tasks;
@@ -28,6 +29,8 @@ public:
     Stations *stations() const { return _stations; }
     /** Work in the background, which the status bar shows. */
     Tasks *tasks() const { return _tasks; }
+    /** Programs that run beside the workbench. */
+    Jobs *jobs() const { return _jobs; }
     /** The rows of waveforms, for panels that add to them. */
     TraceRows *rows() const { return _rows; }
 
@@ -49,6 +52,7 @@ private:
     Selection *_selection;
     Stations *_stations;
     Tasks *_tasks;
+    Jobs *_jobs;
     TraceRows *_rows;
     Tellarix::Core::TimeWindow _dataWindow;
 };

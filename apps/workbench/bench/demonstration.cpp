@@ -4,6 +4,7 @@
 
 #include "stations.h"
 
+#include <tellarix/client/demo/democatalogue.h>
 #include <tellarix/client/demo/demostation.h>
 #include <tellarix/core/environment.h>
 
@@ -23,7 +24,7 @@ EventSummary demonstrationEvent()
 {
     const Client::DemoOrigin origin = Client::demonstrationOrigin();
     EventSummary event;
-    event.publicID = "demonstration";
+    event.publicID = QString::fromStdString(Client::demonstrationEventID());
     event.originTime = origin.time;
     event.latitude = origin.latitude;
     event.longitude = origin.longitude;

@@ -5,7 +5,13 @@
 #include <tellarix/client/demo/demorandom_p.h>
 #include <tellarix/client/demo/demostation.h>
 #include <tellarix/client/demo/demozones_p.h>
+#include <tellarix/client/io/eventarchive.h>
 #include <tellarix/core/math/geo.h>
+
+#include <QDir>
+#include <QFileInfo>
+#include <QTemporaryDir>
+#include <QUrl>
 
 #include <algorithm>
 #include <cmath>
@@ -392,7 +398,43 @@ DataModel::EventPtr eventOf(const Quake &quake, size_t number, DemoRandom &rando
     return event;
 }
 
+bool fillDatabase(const QString &file, QString *error)
+{
+    const IO::DatabaseInterfacePtr database = IO::DatabaseInterface::Open(
+        QStringLiteral("sqlite://") + QUrl::toPercentEncoding(file, "/"), error);
+    if (!database || !IO::EventArchive::createSchema(*database, error))
+        return false;
+
+    IO::EventArchive archive(database);
+    bool ok = database->beginTransaction();
+    for (const DataModel::EventPtr &event : demonstrationCatalogue())
+        ok = ok && archive.write(*event, error);
+    if (ok && database->commit())
+        return true;
+    if (error && error->isEmpty())
+        *error = database->lastError();
+    database->rollback();
+    return false;
+}
+
 } // namespace
+
+bool writeDemonstrationCatalogue(const QString &file, QString *error)
+{
+    const QFileInfo target(file);
+    if (target.exists())
+        return true;
+
+    // Beside the target, so that the finished file is put into place at once.
+    const QTemporaryDir folder(target.dir().filePath(QStringLiteral("catalogue-XXXXXX")));
+    const QString made = folder.filePath(QStringLiteral("events.sqlite"));
+    QString reason = folder.errorString();
+    if (folder.isValid() && fillDatabase(made, &reason) && QFile::rename(made, file))
+        return true;
+    if (error)
+        *error = QStringLiteral("%1: %2").arg(file, reason);
+    return false;
+}
 
 std::string demonstrationEventID()
 {

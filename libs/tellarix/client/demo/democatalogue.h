@@ -5,6 +5,8 @@
 #include <tellarix/client/api.h>
 #include <tellarix/core/datamodel/event.h>
 
+#include <QString>
+
 #include <vector>
 
 namespace Tellarix {
@@ -18,6 +20,13 @@ namespace Client {
  * Richter's law with a b-value of 1, aftershocks Omori's and Bath's. Large ones have a mechanism.
  */
 TELLARIX_CLIENT_API std::vector<DataModel::EventPtr> demonstrationCatalogue();
+
+/**
+ * Writes it into a new SQLite database of this name, which is complete or isn't there; one that is
+ * there already is left as it is.
+ * @return false, with the file and the cause in @p error, if it could not be written
+ */
+TELLARIX_CLIENT_API bool writeDemonstrationCatalogue(const QString &file, QString *error = nullptr);
 
 /** publicID of the event that is demonstrationOrigin(). */
 TELLARIX_CLIENT_API std::string demonstrationEventID();

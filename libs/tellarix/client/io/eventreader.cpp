@@ -46,8 +46,9 @@ EventFormat eventFormatOf(const QByteArray &head)
     if (text.startsWith("\xEF\xBB\xBF"))
         text.remove(0, 3);
     text = text.trimmed();
-    // Two bytes a character: an XML declaration in UTF-16 says so by its byte order mark.
-    if (text.startsWith('<') || text.startsWith("\xFF\xFE") || text.startsWith("\xFE\xFF"))
+    // A text in UTF-16 says so by its byte order mark.
+    const bool isWide = text.startsWith("\xFF\xFE") || text.startsWith("\xFE\xFF");
+    if (isWide || (text.startsWith('<') && text.contains("quakeml")))
         return EventFormat::QuakeML;
     const QByteArray line = firstLine(text);
     if (line.startsWith('#') && line.contains('|') && line.contains("eventid"))

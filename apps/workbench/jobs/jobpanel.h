@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
+#pragma once
+
+#include "bench/panel.h"
+
+class QLineEdit;
+class QPlainTextEdit;
+class QSpinBox;
+class QTreeView;
+
+namespace Workbench {
+
+class Job;
+class JobModel;
+class Jobs;
+
+/** The jobs, what the chosen one printed, and a line to start others. */
+class JobPanel : public Panel
+{
+    Q_OBJECT
+
+public:
+    explicit JobPanel(Bench *bench);
+
+    void saveState(QSettings &settings) const override;
+    void restoreState(QSettings &settings) override;
+    QVector<PanelPicture> pictures() override;
+
+private slots:
+    void start();
+    void cancel();
+    void remove();
+    void removeEnded();
+    void setLevel(int level);
+    void follow(Workbench::Job *job);
+    void showOutput();
+    void updateActions();
+
+private:
+    QWidget *makeCommandLine();
+    void createActions();
+    Job *currentJob() const;
+
+    Jobs *_jobs;
+    JobModel *_model;
+    QTreeView *_view;
+    QPlainTextEdit *_output;
+    QLineEdit *_command;
+    QSpinBox *_level;
+    QAction *_cancelAction;
+    QAction *_removeAction;
+    QAction *_removeEndedAction;
+};
+
+} // namespace Workbench
