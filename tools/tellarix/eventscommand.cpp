@@ -4,6 +4,7 @@
 
 #include "windowoptions.h"
 
+#include <tellarix/client/io/eventimport.h>
 #include <tellarix/client/io/eventsummary.h>
 #include <tellarix/client/io/eventwriter.h>
 #include <tellarix/core/strings.h>
@@ -26,23 +27,42 @@ const QStringList Actions{QStringLiteral("create"), QStringLiteral("import"),
 const QStringList Forms{QStringLiteral("json"), QStringLiteral("csv"), QStringLiteral("quakeml"),
                         QStringLiteral("geojson")};
 
+using Selection = IO::EventSelection;
+
 /** An option for a bound of the selection. */
 struct Bound
 {
     const char *option;
-    std::optional<double> IO::EventSelection::*field;
+    std::optional<double> &(*field)(Selection &);
 };
 
-constexpr Bound Bounds[] = {
-    {"min-magnitude", &IO::EventSelection::minimumMagnitude},
-    {"max-magnitude", &IO::EventSelection::maximumMagnitude},
-    {"min-latitude", &IO::EventSelection::minimumLatitude},
-    {"max-latitude", &IO::EventSelection::maximumLatitude},
-    {"min-longitude", &IO::EventSelection::minimumLongitude},
-    {"max-longitude", &IO::EventSelection::maximumLongitude},
-    {"min-depth", &IO::EventSelection::minimumDepthKm},
-    {"max-depth", &IO::EventSelection::maximumDepthKm},
-};
+const Bound Bounds[] = {{"min-magnitude", [](Selection &s) -> auto &{return s.minimumMagnitude;
+} // namespace
+} // namespace Tool
+, {"max-magnitude", [](Selection &s) -> auto &{return s.maximumMagnitude;
+} // namespace Tellarix
+}
+, {"min-latitude", [](Selection &s) -> auto &{return s.minimumLatitude;
+}
+}
+, {"max-latitude", [](Selection &s) -> auto &{return s.maximumLatitude;
+}
+}
+, {"min-longitude", [](Selection &s) -> auto &{return s.minimumLongitude;
+}
+}
+, {"max-longitude", [](Selection &s) -> auto &{return s.maximumLongitude;
+}
+}
+, {"min-depth", [](Selection &s) -> auto &{return s.minimumDepthKm;
+}
+}
+, {"max-depth", [](Selection &s) -> auto &{return s.maximumDepthKm;
+}
+}
+,
+}
+;
 
 QString numberText(const std::optional<double> &value, int decimals)
 {
@@ -206,7 +226,7 @@ bool EventsCommand::readSelection(const QCommandLineParser &parser, QString *err
             *error = tr("--%1: \"%2\" is no number").arg(option, parser.value(option));
             return false;
         }
-        _selection.*bound.field = value;
+        bound.field(_selection) = value;
     }
     return true;
 }

@@ -3,7 +3,6 @@
 #include "catalogue.h"
 
 #include "bench/bench.h"
-#include "bench/task.h"
 
 #include <tellarix/client/io/eventarchive.h>
 #include <tellarix/client/io/eventreader.h>

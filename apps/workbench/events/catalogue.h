@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include "bench/task.h"
+
 #include <tellarix/client/io/databaseinterface.h>
 #include <tellarix/client/io/eventimport.h>
 #include <tellarix/core/timewindow.h>
@@ -18,7 +20,6 @@ class QThread;
 namespace Workbench {
 
 class Bench;
-class Task;
 
 /** The event database that is open, and what is stored into it in the background. */
 class Catalogue : public QObject

@@ -10,6 +10,8 @@
 #include <norvu/gui/fontawesome5.h>
 
 #include <QAction>
+#include <QCoreApplication>
+#include <QEventLoop>
 #include <QFontDatabase>
 #include <QHBoxLayout>
 #include <QHeaderView>
