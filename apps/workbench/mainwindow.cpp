@@ -334,8 +334,10 @@ QVector<PanelPicture> MainWindow::snapshots()
     for (Panel *panel : std::as_const(_panels)) {
         QDockWidget *dock = _docks.value(panel);
         const bool wasShown = !dock || dock->isVisible();
-        if (dock)
+        if (dock) {
             dock->show();
+            dock->raise();
+        }
         else
             _centre->setCurrentWidget(panel);
         settleLayout();

@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
+#include "toolrun.h"
+
 #include <tellarix/core/records/formats/miniseedwriter.h>
 #include <tellarix/core/records/typedarray.h>
 
 #include <QDir>
 #include <QFile>
-#include <QJsonArray>
-#include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -19,30 +18,6 @@ using namespace Tellarix;
 
 namespace {
 const Core::Time Begin(2024, 5, 17, 10);
-
-struct Run
-{
-    int status{-1};
-    QString output;
-    QString errors;
-
-    QJsonArray json() const { return QJsonDocument::fromJson(output.toUtf8()).array(); }
-};
-
-QString program()
-{
-    return QString::fromLocal8Bit(qgetenv("TELLARIX_BIN")) + "/tellarix";
-}
-
-Run run(const QStringList &arguments)
-{
-    QProcess process;
-    process.start(program(), arguments);
-    if (!process.waitForFinished() || process.exitStatus() != QProcess::NormalExit)
-        return {};
-    return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
-            QString::fromUtf8(process.readAllStandardError())};
-}
 
 /** A stream of README.md of the recordings, as `--json` tells it. */
 QJsonObject figures(const QRegularExpressionMatch &match, double rate)
