@@ -238,6 +238,34 @@ private slots:
             QCOMPARE(window->minimum(), double(*range.first));
             QCOMPARE(window->maximum(), double(*range.second));
         }
+
+        const size_t memory = window->memorySize();
+        window->resetData();
+        QVERIFY(memory - window->memorySize() <= size_t(1.5 * Kept * 5 * sizeof(float)));
+    }
+
+    void keepsNothingButColumnsOnceFinished()
+    {
+        const auto samples = noise<float>(30000);
+        const auto all = spectrogramOf<float>("freqs(1,20,2,5)", 100);
+        all->pushData(30000, samples.data());
+        const auto live = spectrogramOf<float>("freqs(1,20,2,5)", 100);
+        for (int done = 0; done < 30000; done += 200)
+            live->pushData(200, samples.data() + done);
+        live->finish();
+        live->pushData(200, samples.data());
+        QCOMPARE(live->memorySize(), 30000 * 5 * sizeof(float));
+        QVERIFY(matrixOf(*live) == matrixOf(*all));
+
+        // All the same it begins anew, and so does what takes its bank over.
+        Spectrogram<float> copy;
+        copy.initFrom(*live);
+        live->reset();
+        for (Spectrogram<float> *again : {&copy, live.get()}) {
+            again->setSamplingFrequency(100);
+            again->pushData(30000, samples.data());
+            QVERIFY(matrixOf(*again) == matrixOf(*all));
+        }
     }
 };
 

@@ -11,6 +11,7 @@
 #include <QtTest>
 
 #include <cmath>
+#include <numeric>
 #include <random>
 
 using namespace Norvu::Gui;
@@ -80,6 +81,13 @@ public:
     }
 
     double maximum() const { return _maximum; }
+    size_t memoryTaken() const
+    {
+        return std::accumulate(_items.begin(), _items.end(), size_t(0),
+                               [](size_t sum, const SpectrogramItem &item) {
+                                   return sum + item.spectrogram->memorySize();
+                               });
+    }
     /** Greatest value of all stretches at present. */
     double greatestValue() const
     {
@@ -135,6 +143,17 @@ class TestSpectrogramRecordWidget : public QObject
     Q_OBJECT
 
 private slots:
+    void takesLittleMoreThanItsValues()
+    {
+        Widget widget;
+        for (int start = 0; start < 4000; start += 100) {
+            widget.feed(makeRecord(start, 20));
+            widget.feed(makeRecord(start + 20, 20));
+        }
+        QCOMPARE(widget.spectrogramSize(), 40 * 800 * 8 * sizeof(float));
+        QVERIFY(2 * widget.memoryTaken() <= 3 * widget.spectrogramSize());
+    }
+
     void followsRecords_data()
     {
         QTest::addColumn<Records>("records");

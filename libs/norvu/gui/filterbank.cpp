@@ -347,6 +347,14 @@ void FilterBank::clear()
     _bandCount = 0;
 }
 
+size_t FilterBank::memorySize() const
+{
+    size_t size = _groups.capacity() * sizeof(Group);
+    for (const Group &group : _groups)
+        size += group.history.capacity() * sizeof(Lanes);
+    return size;
+}
+
 /** High-passed finite samples without the others, whose places are listed. */
 struct FilterBank::Input
 {

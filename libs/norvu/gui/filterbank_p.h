@@ -67,6 +67,8 @@ public:
     bool add(const Band &band);
     void clear();
     size_t bandCount() const { return _bandCount; }
+    /** Bytes of the state of all bands. */
+    size_t memorySize() const;
 
     /**
      * Filters @p n samples into the first bandCount() rows of @p target, as far as it has them;

@@ -53,27 +53,53 @@ int toColumns(double value)
     return value < Most ? static_cast<int>(value) : Most;
 }
 
-/** Room in bytes for a matrix that has begun to grow; an hour or so needs no copy that way. */
-constexpr int64_t FirstRoom = 1 << 27;
-/** Bytes from which on the room ahead of the columns is as much as they take, not three times. */
-constexpr int64_t HugeBlock = 1 << 28;
-/** Columns left behind by a window that moves on, as a multiple of it, before it goes back. */
-constexpr int MostLeftBehind = 3;
+constexpr size_t LargePage = 1 << 21;
+constexpr size_t HugeBlock = 1 << 28;
+/** Columns that a block has room for as a window of them moves on, which writes to all of it, as a
+ *  multiple of those in it: with less it grows, with more it is made smaller. */
+constexpr double LeastRoom = 1.25;
+constexpr double MovingRoom = 1.4;
+constexpr double MostRoom = 1.5;
 
-/** A block for std::free(). Big ones ask the system for large pages, which it hands over at much
- *  less cost than many small ones. Null if there is no memory. */
-void *allocateBlock(size_t size)
+/** The same for a block of so many bytes as it grows. What a big one has ahead takes addresses, but
+ *  no memory before it is written to, while copies would take longer than the filters. */
+double growingRoom(size_t size)
 {
-    constexpr size_t LargePage = 1 << 21;
-    if (size < 2 * LargePage)
-        return std::malloc(std::max<size_t>(size, 1));
+    if (size < LargePage)
+        return 1.5;
+    return size < HugeBlock ? 8 : 2;
+}
+
+int roomFor(int columns, double room)
+{
+    return toColumns(std::max(columns * room, static_cast<double>(columns)));
+}
+
+/** A big block for std::free(). It asks the system for large pages, which it hands over at much
+ *  less cost than many small ones, as far as they fill. Null if there is no memory. */
+void *allocateBigBlock(size_t size)
+{
     const size_t rounded = (size + LargePage - 1) / LargePage * LargePage;
     void *block = std::aligned_alloc(LargePage, rounded);
 #ifdef MADV_HUGEPAGE
     if (block)
-        madvise(block, rounded, MADV_HUGEPAGE);
+        madvise(block, size / LargePage * LargePage, MADV_HUGEPAGE);
 #endif
     return block;
+}
+
+/** A block in the place of @p block, which may be null, with the first @p used bytes of it. It is
+ *  not cut where it lies, as many short matrices would leave the memory full of small gaps. Null if
+ *  there is no memory, and then @p block stays. */
+void *movedBlock(void *block, size_t used, size_t size)
+{
+    void *resized =
+        size < LargePage ? std::malloc(std::max<size_t>(size, 1)) : allocateBigBlock(size);
+    if (resized && block) {
+        std::memcpy(resized, block, used);
+        std::free(block);
+    }
+    return resized;
 }
 
 /** What a filter bank has to know of a chain that addFilter() made. */
@@ -140,9 +166,13 @@ void Spectrogram<T>::initFrom(const Spectrogram<T> &other)
 
     clearData();
     _settings = other._settings;
-    for (const InPlaceFilter<T> *filter : other._filters)
-        _filters.push_back(freshClone(*filter));
-    _rows = static_cast<int>(_filters.size());
+    if (other._isFinished) {
+        initFilters();
+    } else {
+        for (const InPlaceFilter<T> *filter : other._filters)
+            _filters.push_back(freshClone(*filter));
+        _rows = static_cast<int>(_filters.size());
+    }
     resetted();
 }
 
@@ -232,22 +262,23 @@ int Spectrogram<T>::updatedLimit() const
     return _columnInterval > 1 ? std::max(columns, 1) : columns;
 }
 
-/** Moves the columns into a block for @p columns columns. */
+/** Makes the block one for @p columns columns, at least those that there are, which begins with
+ *  column 0. */
 template <typename T>
 bool Spectrogram<T>::reallocate(int columns)
 {
+    goBack();
     const size_t column = static_cast<size_t>(_rows) * sizeof(T);
-    T *block = static_cast<T *>(allocateBlock(static_cast<size_t>(columns) * column));
+    const size_t used = static_cast<size_t>(_columns) * column;
+    const size_t size = static_cast<size_t>(columns) * column;
+    void *block = columns < _blockColumns && size >= LargePage ? std::realloc(_block, size)
+                                                               : movedBlock(_block, used, size);
     if (!block) {
         qWarning("Spectrogram: no memory for %d columns of %d bands", columns, _rows);
         return false;
     }
-    if (_block)
-        std::memcpy(block, _data, static_cast<size_t>(std::min(_columns, columns)) * column);
-    std::free(_block);
-    _data = _block = block;
+    _data = _block = static_cast<T *>(block);
     _blockColumns = columns;
-    _usedColumns = std::min(_columns, columns);
     return true;
 }
 
@@ -258,10 +289,13 @@ int Spectrogram<T>::columnsBefore() const
     return _rows ? static_cast<int>((_data - _block) / _rows) : 0;
 }
 
+/** Moves the columns to the begin of the block. */
 template <typename T>
-void Spectrogram<T>::countUsedColumns()
+void Spectrogram<T>::goBack()
 {
-    _usedColumns = std::max(_usedColumns, columnsBefore() + _columns);
+    if (_data != _block)
+        std::memmove(_block, _data, static_cast<size_t>(_columns) * _rows * sizeof(T));
+    _data = _block;
 }
 
 /** Sees to it that the block holds at least @p columns behind _data. */
@@ -270,22 +304,18 @@ bool Spectrogram<T>::makeRoom(int columns)
 {
     if (!_block)
         return reallocate(columns);
-    const int64_t size = int64_t(columns) * _rows * int64_t(sizeof(T));
     const int before = columnsBefore();
-    const bool fits = columns <= _blockColumns - before;
-    // A window that moves on goes back to the begin of the block, once in a while.
-    if (before / MostLeftBehind > columns || (!fits && _blockColumns >= int64_t(columns) * 5 / 4)) {
-        std::memmove(_block, _data, static_cast<size_t>(_columns) * _rows * sizeof(T));
-        _data = _block;
+    if (columns <= _blockColumns - before)
+        return true;
+    // So much room that a window moves on by a good part of itself before it goes back again.
+    if (columns <= _blockColumns && _blockColumns >= roomFor(_columns, LeastRoom)) {
+        goBack();
         return true;
     }
-    if (fits)
-        return true;
-    // Room costs nothing as long as no page of it is written to, but copies do.
-    const int64_t wanted = size < FirstRoom / 4 ? columns * (FirstRoom / std::max<int64_t>(size, 1))
-                                                : int64_t(columns) * (size < HugeBlock ? 4 : 2);
-    const int64_t most = std::numeric_limits<int>::max();
-    return (wanted <= most && reallocate(static_cast<int>(wanted))) || reallocate(columns);
+    const double room = growingRoom(static_cast<size_t>(columns) * _rows * sizeof(T));
+    const int wanted =
+        before ? std::max(columns, roomFor(_columns, MovingRoom)) : roomFor(columns, room);
+    return reallocate(wanted) || reallocate(columns);
 }
 
 /** Runs the filters that the bank does not run and fills rows without a filter with zeros. */
@@ -315,7 +345,7 @@ ValueRange Spectrogram<T>::runFilters(int n, const T *samples, const MatrixColum
 template <typename T>
 void Spectrogram<T>::pushData(int n, const T *samples)
 {
-    if (n < 1)
+    if (n < 1 || _isFinished)
         return;
     if (_columnInterval > 1)
         return pushPeaks(n, samples);
@@ -349,7 +379,6 @@ void Spectrogram<T>::pushData(int n, const T *samples)
     if (newColumns > _columns && _head != _columns)
         std::fill(_data + _columns * rows, _data + newColumns * rows, T(0));
     _columns = newColumns;
-    countUsedColumns();
 
     const MatrixColumns<T> target{_data, rows, static_cast<size_t>(newColumns),
                                   static_cast<size_t>(_head), static_cast<size_t>(skip)};
@@ -419,7 +448,6 @@ bool Spectrogram<T>::appendPeaks()
     std::replace(_peaks.begin(), _peaks.end(), T(NoPeak), std::numeric_limits<T>::quiet_NaN());
     std::copy(_peaks.begin(), _peaks.end(), _data + static_cast<size_t>(_columns) * rows);
     _head = ++_columns;
-    countUsedColumns();
     for (const T peak : _peaks) {
         const auto value = static_cast<double>(peak);
         if (std::isfinite(value)) {
@@ -435,6 +463,8 @@ void Spectrogram<T>::reset()
 {
     resetData();
     _bank->clear();
+    if (_isFinished)
+        initFilters();
     for (InPlaceFilter<T> *&filter : _filters) {
         InPlaceFilter<T> *clone = freshClone(*filter);
         delete filter;
@@ -448,7 +478,7 @@ void Spectrogram<T>::resetData()
 {
     std::free(_block);
     _data = _block = nullptr;
-    _blockColumns = _usedColumns = 0;
+    _blockColumns = 0;
     _columns = _front = _head = 0;
     _pendingSamples = 0;
     _peaks.clear();
@@ -461,8 +491,25 @@ void Spectrogram<T>::clearFilters()
 {
     for (InPlaceFilter<T> *filter : _filters)
         delete filter;
-    _filters.clear();
-    _bank->clear();
+    _filters = {};
+    _bank = std::make_unique<FilterBank>();
+}
+
+template <typename T>
+void Spectrogram<T>::finish()
+{
+    _isFinished = true;
+    clearFilters();
+    _peaks = {};
+    if (_columns < _blockColumns)
+        reallocate(_columns);
+}
+
+template <typename T>
+size_t Spectrogram<T>::memorySize() const
+{
+    const size_t column = static_cast<size_t>(_rows) * sizeof(T);
+    return static_cast<size_t>(_blockColumns) * column + _bank->memorySize();
 }
 
 template <typename T>
@@ -470,6 +517,7 @@ void Spectrogram<T>::clearData()
 {
     clearFilters();
     resetData();
+    _isFinished = false;
 }
 
 template <typename T>
@@ -498,8 +546,8 @@ void Spectrogram<T>::trimData(int first, int last, int *firstKept)
     }
     _columns = _head = kept;
     _front = 0;
-    if (kept < _usedColumns / 8)
-        reallocate(kept);
+    if (_blockColumns > roomFor(kept, MostRoom))
+        reallocate(_isFinished ? kept : roomFor(kept, MovingRoom));
     findRange();
 }
 

@@ -102,6 +102,16 @@ public:
     double maximum() const { return _maximum; }
     bool isNull() const { return _columns == 0; }
 
+    /** Bytes of the matrix, with the room for more columns, and of what the filters remember. Room
+     *  that no column has filled yet may take addresses only. */
+    size_t memorySize() const;
+
+    /**
+     * Gives back what only further samples would need, that is the filters and the room for more
+     * columns. pushData() does nothing from now on; init(), initFrom() and reset() begin anew, with
+     * the bank of the settings.
+     */
+    void finish();
     /** Drops the data and the state of the filters, which have no sampling frequency then. */
     void reset();
     /** Drops the data; the state of the filters and the range of values stay. */
@@ -124,7 +134,7 @@ private:
     void adoptFilter(size_t index);
     void clearFilters();
     int columnsBefore() const;
-    void countUsedColumns();
+    void goBack();
     bool makeRoom(int columns);
     bool reallocate(int columns);
     ValueRange rangeOf(int first, int last) const;
@@ -145,7 +155,6 @@ private:
     T *_data{nullptr};
     T *_block{nullptr};
     int _blockColumns{0};
-    int _usedColumns{0}; /**< of the block: what lies behind them has not taken memory yet */
     /** Columns that were trimmed off the front: data() begins with that column of the signal. */
     int64_t _firstColumn{0};
     /** Ranges of whole blocks of columns, so that a trim need not look at each value again. Blocks
@@ -158,6 +167,7 @@ private:
     int _head{0};
     int _rows{0};
     int _columnInterval{1};
+    bool _isFinished{false};
     int _pendingSamples{0};
     std::vector<T> _peaks; /**< of the pending samples, for each band */
     double _samplingFrequency{0};

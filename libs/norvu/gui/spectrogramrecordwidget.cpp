@@ -254,6 +254,8 @@ SpectrogramRecordWidget::Tail SpectrogramRecordWidget::tail() const
 
 void SpectrogramRecordWidget::addItem()
 {
+    if (!_items.empty())
+        _items.back().spectrogram->finish();
     _items.push_back({new RecordSpectrogram<float>(_settings), QImage(), -1, 0});
     _items.back().spectrogram->setColumnInterval(_columnInterval);
 }
