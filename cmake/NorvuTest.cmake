@@ -13,7 +13,7 @@ function(norvu_add_test name)
     target_compile_definitions(${name} PRIVATE NORVU_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
     add_test(NAME ${name} COMMAND ${name})
     set_tests_properties(${name} PROPERTIES
-        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8;TELLARIX_BIN=${CMAKE_RUNTIME_OUTPUT_DIRECTORY};LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/leaks.supp:print_suppressions=0;UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1"
+        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8;TELLARIX_BIN=${CMAKE_RUNTIME_OUTPUT_DIRECTORY};LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/leaks.supp:print_suppressions=0;UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1;TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/threads.supp"
         FAIL_REGULAR_EXPRESSION "QObject::connect:"
         TIMEOUT 300)
 endfunction()

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
+#include "semaphore.h"
+
 #include <tellarix/core/parallel.h>
 
-#include <QSemaphore>
 #include <QThreadPool>
 #include <QtTest>
 
@@ -10,6 +11,13 @@
 #include <vector>
 
 using Tellarix::Core::parallelFor;
+using Tellarix::Core::PoolWork;
+
+namespace {
+
+PoolWork work;
+
+} // namespace
 
 class TestParallel : public QObject
 {
@@ -47,7 +55,7 @@ private slots:
         // A thread that came late to the work of another test counts as busy.
         QThreadPool::globalInstance()->waitForDone();
         // Each call waits for the other.
-        QSemaphore met;
+        Semaphore met;
         parallelFor(2, [&](int) {
             met.release();
             QVERIFY(met.tryAcquire(2, 10000));
@@ -58,9 +66,9 @@ private slots:
     void waitsForNoBusyThread()
     {
         QThreadPool *pool = QThreadPool::globalInstance();
-        QSemaphore begun, end;
+        Semaphore begun, end;
         for (int i = 0; i < pool->maxThreadCount(); ++i) {
-            pool->start([&] {
+            work.start(pool, [&] {
                 begun.release();
                 end.acquire();
             });

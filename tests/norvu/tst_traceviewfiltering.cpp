@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
 #include "gainfilter.h"
+#include "semaphore.h"
 #include "traces.h"
 
-#include <QSemaphore>
 #include <QSignalSpy>
 
 using namespace Norvu::Gui;
@@ -26,10 +26,10 @@ public:
     }
     GatedGain *clone() const override { return new GatedGain(*this); }
 
-    static QSemaphore gate;
+    static Semaphore gate;
 };
 
-QSemaphore GatedGain::gate;
+Semaphore GatedGain::gate;
 
 /** Signals of a view about its filtering: "1/3" for progress, "layout" for new contents. */
 class FilteringLog : public QObject

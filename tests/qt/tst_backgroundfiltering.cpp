@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
 #include "recordwidgettest.h"
+#include "semaphore.h"
 
-#include <QSemaphore>
 #include <QSignalSpy>
 
 #include <atomic>
@@ -32,7 +32,7 @@ public:
     }
     InPlaceFilter<double> *clone() const override { return new GatedSum(_factor); }
 
-    static QSemaphore gate;
+    static Semaphore gate;
     static std::atomic<int> blocks; /**< filtered so far by all filters */
 
 private:
@@ -40,7 +40,7 @@ private:
     double _sum{0};
 };
 
-QSemaphore GatedSum::gate;
+Semaphore GatedSum::gate;
 std::atomic<int> GatedSum::blocks{0};
 
 /** Holds up all filters as long as it lives or until it is opened. */

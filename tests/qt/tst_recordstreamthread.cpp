@@ -4,13 +4,13 @@
 #include <tellarix/core/records/typedarray.h>
 #include <tellarix/qt/records/recordstreamthread.h>
 
-#include <QMutex>
 #include <QSignalSpy>
-#include <QWaitCondition>
 #include <QtTest>
 
 #include <atomic>
+#include <condition_variable>
 #include <memory>
+#include <mutex>
 #include <stdexcept>
 
 using namespace Tellarix;
@@ -67,11 +67,11 @@ public:
 
     RecordPtr next() override
     {
-        QMutexLocker lock(&_mutex);
+        std::unique_lock<std::mutex> lock(_mutex);
         if (behaviour->throws)
             throw std::runtime_error("out of paper");
         while (_left == 0 && behaviour->blocksBehindLast && !_closed)
-            _wake.wait(&_mutex);
+            _wake.wait(lock);
         if (_left == 0 || _closed)
             return nullptr;
         --_left;
@@ -83,14 +83,14 @@ public:
 
     void close() override
     {
-        QMutexLocker lock(&_mutex);
+        const std::lock_guard<std::mutex> lock(_mutex);
         _closed = true;
-        _wake.wakeAll();
+        _wake.notify_all();
     }
 
 private:
-    QMutex _mutex;
-    QWaitCondition _wake;
+    std::mutex _mutex;
+    std::condition_variable _wake;
     int _left{0};
     bool _closed{false};
 };

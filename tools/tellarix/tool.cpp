@@ -6,9 +6,10 @@
 #include "eventscommand.h"
 #include "recordscommand.h"
 
-#include <QThread>
+#include <QCoreApplication>
 
 #include <algorithm>
+#include <thread>
 
 namespace Tellarix {
 namespace Tool {
@@ -28,12 +29,12 @@ bool Tool::run()
 {
     // The main thread stays free for signals while the command waits for files or a network.
     int status = 0;
-    const std::unique_ptr<QThread> worker(QThread::create([&]() { status = _command->run(); }));
-    QObject::connect(worker.get(), &QThread::finished, QCoreApplication::instance(),
-                     &QCoreApplication::quit);
-    worker->start();
+    std::thread worker([&]() {
+        status = _command->run();
+        QMetaObject::invokeMethod(QCoreApplication::instance(), "quit", Qt::QueuedConnection);
+    });
     QCoreApplication::exec();
-    worker->wait();
+    worker.join();
 
     if (!isExitRequested())
         setReturnCode(status);

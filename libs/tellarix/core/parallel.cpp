@@ -2,17 +2,20 @@
 
 #include <tellarix/core/parallel.h>
 
-#include <QSemaphore>
 #include <QThreadPool>
 
 #include <algorithm>
 #include <atomic>
+#include <condition_variable>
 #include <memory>
+#include <utility>
 
 namespace Tellarix {
 namespace Core {
 
 namespace {
+
+PoolWork Helpers;
 
 /** Numbers that threads take one by one. A thread that comes late finds none and calls nothing, so
  *  only the queue has to outlive the work. */
@@ -23,21 +26,65 @@ public:
 
     void run()
     {
+        int done = 0;
         for (int number = _next++; number < _count; number = _next++) {
             _work(number);
-            _done.release();
+            ++done;
         }
+        const std::lock_guard<std::mutex> lock(_mutex);
+        _done += done;
+        if (_done == _count)
+            _allDone.notify_all();
     }
-    void wait() { _done.acquire(_count); }
+
+    void wait()
+    {
+        std::unique_lock<std::mutex> lock(_mutex);
+        _allDone.wait(lock, [this] { return _done == _count; });
+    }
 
 private:
     const int _count;
     const std::function<void(int)> _work;
     std::atomic<int> _next{0};
-    QSemaphore _done;
+    std::mutex _mutex;
+    std::condition_variable _allDone;
+    int _done{0};
 };
 
 } // namespace
+
+PoolWork::~PoolWork()
+{
+    // What other threads took out of here is seen.
+    const std::lock_guard<std::mutex> lock(_mutex);
+}
+
+void PoolWork::start(QThreadPool *pool, std::function<void()> work)
+{
+    const std::lock_guard<std::mutex> lock(_mutex);
+    _waiting.push_back(std::move(work));
+    pool->start(this);
+}
+
+bool PoolWork::tryStart(QThreadPool *pool, std::function<void()> work)
+{
+    // The thread has to wait for the lock, and so finds what it was started for.
+    const std::lock_guard<std::mutex> lock(_mutex);
+    if (!pool->tryStart(this))
+        return false;
+    _waiting.push_back(std::move(work));
+    return true;
+}
+
+void PoolWork::run()
+{
+    std::unique_lock<std::mutex> lock(_mutex);
+    const std::function<void()> work = std::move(_waiting.front());
+    _waiting.pop_front();
+    lock.unlock();
+    work();
+}
 
 void parallelFor(int count, const std::function<void(int)> &work, int threads)
 {
@@ -52,7 +99,7 @@ void parallelFor(int count, const std::function<void(int)> &work, int threads)
 
     const auto queue = std::make_shared<Queue>(count, work);
     for (int i = 1; i < std::min(most, count); ++i) {
-        if (!pool->tryStart([queue] { queue->run(); }))
+        if (!Helpers.tryStart(pool, [queue] { queue->run(); }))
             break;
     }
     queue->run();

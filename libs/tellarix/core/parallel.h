@@ -4,10 +4,41 @@
 
 #include <tellarix/core/api.h>
 
+#include <QRunnable>
+
+#include <deque>
 #include <functional>
+#include <mutex>
+
+class QThreadPool;
 
 namespace Tellarix {
 namespace Core {
+
+/**
+ * Work on its way to the threads of a pool, in the order of its start.
+ *
+ * What a thread has written before it starts some work is seen by that work: it is handed over
+ * under a mutex of ours, so that nobody has to trust the insides of the pool. For objects of static
+ * lifetime, one for each pool; all functions may be called by several threads at the same time.
+ */
+class TELLARIX_CORE_API PoolWork : private QRunnable
+{
+public:
+    PoolWork() { setAutoDelete(false); }
+    ~PoolWork() override;
+
+    /** Calls @p work, which must not throw, in a thread of @p pool as soon as one is free. */
+    void start(QThreadPool *pool, std::function<void()> work);
+    /** The same if a thread is free now; else gives false and does nothing. */
+    bool tryStart(QThreadPool *pool, std::function<void()> work);
+
+private:
+    void run() override;
+
+    std::mutex _mutex;
+    std::deque<std::function<void()>> _waiting;
+};
 
 /**
  * Calls @p work with each number from 0 to @p count - 1, in this thread and in idle ones of Qt's

@@ -2,8 +2,9 @@
 
 #include <tellarix/qt/records/filterjob_p.h>
 
+#include <tellarix/core/parallel.h>
+
 #include <QGlobalStatic>
-#include <QRunnable>
 #include <QThreadPool>
 
 #include <atomic>
@@ -18,33 +19,41 @@ namespace {
 // Not the global pool: there, what a paint event gives to all cores and waits for would stand in
 // line behind the filters of many rows. One thread for each core, as there.
 Q_GLOBAL_STATIC(QThreadPool, filterThreads)
+Core::PoolWork Waiting;
 
 } // namespace
 
 /** What job and thread share; each of them may be gone first. */
-class FilterJob::Task : public QRunnable
+class FilterJob::Task
 {
 public:
     Task(FilterJob *job, std::unique_ptr<FilteredRecords> filtered, std::vector<RecordCPtr> records)
         : _job(job), _cancelled(job == nullptr), _filtered(std::move(filtered)),
           _records(std::move(records))
-    {
-        setAutoDelete(false);
-    }
+    {}
 
     static void Start(const std::shared_ptr<Task> &task)
     {
-        {
-            const std::lock_guard<std::mutex> lock(task->_mutex);
-            task->_self = task;
-        }
-        filterThreads()->start(task.get());
+        Waiting.start(filterThreads(), [task] { task->run(); });
     }
 
-    void run() override
+    std::unique_ptr<FilteredRecords> takeFiltered()
+    {
+        const std::lock_guard<std::mutex> lock(_mutex);
+        return std::move(_filtered);
+    }
+
+    void cancel()
+    {
+        _cancelled = true;
+        const std::lock_guard<std::mutex> lock(_mutex);
+        _job = nullptr;
+    }
+
+private:
+    void run()
     {
         std::unique_lock<std::mutex> lock(_mutex);
-        const std::shared_ptr<Task> self = std::move(_self);
         std::unique_ptr<FilteredRecords> filtered = std::move(_filtered);
         std::vector<RecordCPtr> records = std::move(_records);
         lock.unlock();
@@ -62,26 +71,11 @@ public:
         lock.unlock();
     }
 
-    std::unique_ptr<FilteredRecords> takeFiltered()
-    {
-        const std::lock_guard<std::mutex> lock(_mutex);
-        return std::move(_filtered);
-    }
-
-    void cancel()
-    {
-        _cancelled = true;
-        const std::lock_guard<std::mutex> lock(_mutex);
-        _job = nullptr;
-    }
-
-private:
     std::mutex _mutex;
     FilterJob *_job;
     std::atomic<bool> _cancelled;
     std::unique_ptr<FilteredRecords> _filtered;
     std::vector<RecordCPtr> _records;
-    std::shared_ptr<Task> _self; /**< until it runs */
 };
 
 FilterJob::FilterJob(std::unique_ptr<FilteredRecords> filtered, const RecordSequence &raw)

@@ -4,17 +4,14 @@
 
 #include <tellarix/core/records/record.h>
 
-#include <QCoreApplication>
 #include <QElapsedTimer>
-#include <QEvent>
-#include <QMutex>
-#include <QMutexLocker>
 #include <QPointer>
 #include <QTimerEvent>
-#include <QWaitCondition>
 
+#include <condition_variable>
 #include <deque>
 #include <exception>
+#include <mutex>
 
 namespace Tellarix {
 namespace Gui {
@@ -25,8 +22,6 @@ constexpr size_t MostRecords = 4096;
 constexpr size_t MostBytes = 64 * 1024 * 1024;
 constexpr int MostMessages = 1000;
 constexpr qint64 SliceMSecs = 8;
-
-const auto RecordsWaiting = static_cast<QEvent::Type>(QEvent::registerEventType());
 
 size_t byteCount(const Record &record)
 {
@@ -46,10 +41,10 @@ public:
      */
     bool push(RecordPtr record, bool &wake)
     {
-        QMutexLocker lock(&_mutex);
+        std::unique_lock<std::mutex> lock(_mutex);
         while (!_stopped && (isFull() || (_readerWaits && !hasMuchRoom()))) {
             _readerWaits = true;
-            _changed.wait(&_mutex);
+            _changed.wait(lock);
         }
         _readerWaits = false;
         if (_stopped)
@@ -66,7 +61,7 @@ public:
      *  none, and then the owner has to be woken for the next one. */
     RecordPtr take()
     {
-        QMutexLocker lock(&_mutex);
+        const std::lock_guard<std::mutex> lock(_mutex);
         if (_records.empty()) {
             _ownerAwake = false;
             return nullptr;
@@ -77,46 +72,46 @@ public:
         _bytes -= byteCount(*record);
         ++_inDelivery;
         if (_readerWaits && hasMuchRoom())
-            _changed.wakeAll();
+            _changed.notify_all();
         return record;
     }
 
     void delivered()
     {
-        QMutexLocker lock(&_mutex);
+        const std::lock_guard<std::mutex> lock(_mutex);
         --_inDelivery;
         if (_records.empty() && _inDelivery == 0)
-            _changed.wakeAll();
+            _changed.notify_all();
     }
 
     /** Waits until the owner has got all records. */
     void waitUntilDelivered()
     {
-        QMutexLocker lock(&_mutex);
+        std::unique_lock<std::mutex> lock(_mutex);
         while (!_stopped && (!_records.empty() || _inDelivery > 0))
-            _changed.wait(&_mutex);
+            _changed.wait(lock);
     }
 
     void stop()
     {
         std::deque<RecordPtr> dropped; // freed without the lock
-        QMutexLocker lock(&_mutex);
+        const std::lock_guard<std::mutex> lock(_mutex);
         _stopped = true;
         dropped.swap(_records);
         _bytes = 0;
-        _changed.wakeAll();
+        _changed.notify_all();
     }
 
     bool isStopped() const
     {
-        QMutexLocker lock(&_mutex);
+        const std::lock_guard<std::mutex> lock(_mutex);
         return _stopped;
     }
 
     /** False if there are too many messages already; then it is only counted. */
     bool addMessage(const QString &text)
     {
-        QMutexLocker lock(&_mutex);
+        const std::lock_guard<std::mutex> lock(_mutex);
         if (_messages.size() >= MostMessages) {
             ++_furtherMessages;
             return false;
@@ -127,7 +122,7 @@ public:
 
     QStringList messages() const
     {
-        QMutexLocker lock(&_mutex);
+        const std::lock_guard<std::mutex> lock(_mutex);
         QStringList result = _messages;
         if (_furtherMessages > 0)
             result.append(tr("... and %n more", nullptr, _furtherMessages));
@@ -142,8 +137,8 @@ private:
         return _records.size() <= MostRecords / 2 && _bytes <= MostBytes / 2;
     }
 
-    mutable QMutex _mutex;
-    QWaitCondition _changed;
+    mutable std::mutex _mutex;
+    std::condition_variable _changed;
     std::deque<RecordPtr> _records;
     size_t _bytes{0};
     int _inDelivery{0};
@@ -274,7 +269,7 @@ void RecordStreamThread::readRecords(Queue &queue, IO::RecordStream &stream)
         if (!record || !queue.push(std::move(record), wake))
             return;
         if (wake)
-            QCoreApplication::postEvent(this, new QEvent(RecordsWaiting));
+            QMetaObject::invokeMethod(this, "deliver", Qt::QueuedConnection);
     }
 }
 
@@ -282,14 +277,6 @@ void RecordStreamThread::report(Queue &queue, const QString &text, bool isFault)
 {
     if (queue.addMessage(text))
         emit messageReceived(text, isFault);
-}
-
-bool RecordStreamThread::event(QEvent *event)
-{
-    if (event->type() != RecordsWaiting)
-        return QThread::event(event);
-    deliver();
-    return true;
 }
 
 void RecordStreamThread::timerEvent(QTimerEvent *event)

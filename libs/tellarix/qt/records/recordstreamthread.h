@@ -75,7 +75,6 @@ signals:
 
 protected:
     void run() override;
-    bool event(QEvent *event) override;
     void timerEvent(QTimerEvent *event) override;
 
 private:
@@ -83,7 +82,7 @@ private:
 
     void readRecords(Queue &queue, IO::RecordStream &stream);
     void report(Queue &queue, const QString &text, bool isFault);
-    void deliver();
+    Q_INVOKABLE void deliver();
     void continueLater(bool later);
 
     std::string _url;
