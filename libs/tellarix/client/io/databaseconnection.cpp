@@ -249,7 +249,7 @@ DatabaseConnection *ConnectionPool::open()
     if (!connection) {
         static std::atomic<uint64_t> count{0};
         const QString name = QString("tellarix-%1").arg(++count);
-        const QMutexLocker locker(&_mutex);
+        const std::lock_guard<std::mutex> lock(_mutex);
         auto &entry = _connections[QThread::currentThreadId()];
         entry = std::make_unique<DatabaseConnection>(_address, name);
         connection = entry.get();
@@ -264,7 +264,7 @@ DatabaseConnection *ConnectionPool::existing() const
     if (latest.pool == _serial)
         return latest.connection;
 
-    const QMutexLocker locker(&_mutex);
+    const std::lock_guard<std::mutex> lock(_mutex);
     const auto found = _connections.find(QThread::currentThreadId());
     if (found == _connections.end())
         return nullptr;
@@ -276,13 +276,13 @@ void ConnectionPool::closeOfThread()
 {
     if (latest.pool == _serial)
         latest = {};
-    const QMutexLocker locker(&_mutex);
+    const std::lock_guard<std::mutex> lock(_mutex);
     _connections.erase(QThread::currentThreadId());
 }
 
 void ConnectionPool::closeAll()
 {
-    const QMutexLocker locker(&_mutex);
+    const std::lock_guard<std::mutex> lock(_mutex);
     _connections.clear();
 }
 

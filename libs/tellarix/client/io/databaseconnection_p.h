@@ -4,12 +4,12 @@
 
 #include <tellarix/client/io/databaseaddress_p.h>
 
-#include <QMutex>
 #include <QSqlDatabase>
 #include <QSqlQuery>
 
 #include <atomic>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -110,7 +110,7 @@ public:
 private:
     const DatabaseAddress _address;
     const uint64_t _serial; /**< never used again in this process */
-    mutable QMutex _mutex;
+    mutable std::mutex _mutex;
     std::unordered_map<Qt::HANDLE, std::unique_ptr<DatabaseConnection>> _connections;
 };
 
