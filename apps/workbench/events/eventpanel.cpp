@@ -81,7 +81,7 @@ QString demonstrationDatabase(const QString &folder)
 } // namespace
 
 EventPanel::EventPanel(Bench *bench)
-    : Panel(bench, {"events", tr("Events"), tr("&Events"), tr("Ctrl+E"),
+    : Panel(bench, {"events", tr("Events"), tr("&Events"), tr("Ctrl+Shift+L"),
                     Norvu::FontAwesome5::iconSolid(Norvu::FontAwesome5::chListAlt),
                     PanelPlace::Bottom, true}),
       _catalogue(new Catalogue(bench, this)), _title(new QLabel(this)), _count(new QLabel(this)),

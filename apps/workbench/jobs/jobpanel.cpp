@@ -17,6 +17,7 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QPlainTextEdit>
 #include <QScrollBar>
 #include <QSettings>
@@ -86,7 +87,11 @@ void JobPanel::createActions()
     connect(_cancelAction, SIGNAL(triggered()), this, SLOT(cancel()));
     connect(_removeAction, SIGNAL(triggered()), this, SLOT(remove()));
     connect(_removeEndedAction, SIGNAL(triggered()), this, SLOT(removeEnded()));
-    _view->addActions({_cancelAction, _removeAction, _removeEndedAction});
+    const QList<QAction *> actions{_cancelAction, _removeAction, _removeEndedAction};
+    _view->addActions(actions);
+    _menu = new QMenu(tr("&Jobs"), this);
+    _menu->addActions(actions);
+    _menu->addAction(toggleAction());
 }
 
 QWidget *JobPanel::makeCommandLine()
@@ -119,6 +124,11 @@ QWidget *JobPanel::makeCommandLine()
     connect(startButton, SIGNAL(clicked()), this, SLOT(start()));
     connect(_level, SIGNAL(valueChanged(int)), this, SLOT(setLevel(int)));
     return line;
+}
+
+QList<QMenu *> JobPanel::menus() const
+{
+    return {_menu};
 }
 
 Job *JobPanel::currentJob() const
@@ -213,6 +223,7 @@ QVector<PanelPicture> JobPanel::pictures()
     const QVector<Job *> jobs = _jobs->all();
     for (Job *job : jobs)
         _jobs->cancel(job);
+    _jobs->removeEnded();
     return pictures;
 }
 

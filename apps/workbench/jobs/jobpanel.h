@@ -23,6 +23,7 @@ class JobPanel : public Panel
 public:
     explicit JobPanel(Bench *bench);
 
+    QList<QMenu *> menus() const override;
     void saveState(QSettings &settings) const override;
     void restoreState(QSettings &settings) override;
     QVector<PanelPicture> pictures() override;
@@ -48,6 +49,7 @@ private:
     QPlainTextEdit *_output;
     QLineEdit *_command;
     QSpinBox *_level;
+    QMenu *_menu;
     QAction *_cancelAction;
     QAction *_removeAction;
     QAction *_removeEndedAction;
