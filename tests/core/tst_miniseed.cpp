@@ -12,6 +12,7 @@
 
 #include <cmath>
 #include <limits>
+#include <map>
 #include <random>
 
 using namespace Tellarix;
@@ -124,6 +125,59 @@ std::vector<T> samplesOf(const std::vector<RecordPtr> &records)
     return samples;
 }
 
+/** A record of one of four streams, each of which has its own type, rate and level. */
+RecordPtr randomRecord(std::mt19937 &random, int longest)
+{
+    const unsigned stream = random() % 4;
+    const double rates[] = {100, 40.96, 1 / 3.0, 33.33333};
+    const int levels[] = {0, 2000000000, -2000000000, 7};
+    const int count = random() % 3 ? 1 + int(random() % unsigned(longest)) : longest;
+    // Small steps take 4 bits each, wide ones a word.
+    std::vector<int> samples = noise(count, random() % 2 ? 3 : 100000, unsigned(random()));
+    for (int &sample : samples)
+        sample = int(unsigned(sample) + unsigned(levels[stream]));
+
+    ArrayPtr data(new IntArray(count, samples.data()));
+    if (stream == 3 && random() % 2) {
+        const std::vector<double> doubles(samples.begin(), samples.end());
+        data = new DoubleArray(count, doubles.data());
+    }
+    const Core::Time start = Core::Time::FromUSecs(1.7E15 + double(random()));
+    return new Record(StreamCodes::FromID("XX.S" + std::to_string(stream) + "..HHZ"), start,
+                      rates[stream], data, stream == 1 ? -1 : 50);
+}
+
+std::vector<double> valuesOf(const std::vector<RecordPtr> &records)
+{
+    std::vector<double> values;
+    for (const RecordPtr &record : records) {
+        for (int i = 0; i < record->sampleCount(); ++i)
+            values.push_back(record->data()->value(i));
+    }
+    return values;
+}
+
+/** True if the times and rates of @p parts are those of @p wholes that they make up. */
+bool followEachOther(const std::vector<RecordPtr> &parts, const std::vector<RecordPtr> &wholes)
+{
+    size_t whole = 0;
+    int before = 0;
+    for (const RecordPtr &part : parts) {
+        const Record &original = *wholes[whole];
+        const int64_t off = (part->startTime() - original.sampleTime(before)).usecs();
+        if (part->samplingFrequency() != original.samplingFrequency() || std::abs(off) > 1)
+            return false;
+        before += part->sampleCount();
+        if (before > original.sampleCount())
+            return false;
+        if (before == original.sampleCount()) {
+            ++whole;
+            before = 0;
+        }
+    }
+    return whole == wholes.size();
+}
+
 QByteArray controlHeader(char type, int size)
 {
     return (QByteArray("000001") + type + " 0100095 12").leftJustified(size, ' ');
@@ -194,24 +248,87 @@ private slots:
         }
     }
 
+    void keepsStreamsWrittenByTurns()
+    {
+        const unsigned seed = std::random_device()();
+        qInfo("seed %u", seed);
+        std::mt19937 random(seed);
+        for (int recordLength = 128; recordLength <= 1 << 20; recordLength *= 2) {
+            for (const bool compressed : {true, false}) {
+                // Long enough for several miniSEED records, and for one that could hold more
+                // samples than can be counted.
+                const int longest = 1000 + 3 * std::min(recordLength, 100000);
+                std::map<std::string, std::vector<RecordPtr>> streams;
+                QByteArray bytes;
+                QBuffer buffer(&bytes);
+                buffer.open(QIODevice::WriteOnly);
+                MiniSeedWriter writer(&buffer, recordLength);
+                writer.setCompressed(compressed);
+                for (int i = 0; i < 8; ++i) {
+                    const RecordPtr record = randomRecord(random, longest);
+                    QVERIFY2(writer.write(*record), writer.errorString().c_str());
+                    streams[record->streamID()].push_back(record);
+                }
+                QCOMPARE(int64_t(bytes.size()), writer.recordCount() * recordLength);
+
+                std::string cause;
+                std::map<std::string, std::vector<RecordPtr>> read;
+                for (const RecordPtr &record : decodeAll(bytes, &cause))
+                    read[record->streamID()].push_back(record);
+                QCOMPARE(cause, std::string());
+                QCOMPARE(read.size(), streams.size());
+                for (const auto &[id, records] : streams) {
+                    QVERIFY(valuesOf(read[id]) == valuesOf(records));
+                    QCOMPARE(read[id].front()->startTime(), records.front()->startTime());
+                    QVERIFY(followEachOther(read[id], records));
+                }
+            }
+        }
+    }
+
     void refusesWhatTheFormatCannotHold()
     {
+        const std::vector<int> samples = noise(3, 1, 5);
+        const double nan = std::numeric_limits<double>::quiet_NaN();
+        const std::string range = " Hz is not from 1e-09 to 1e+09 Hz";
+        const std::string years = " does not lie in the years 1900 to 2500";
+        const std::pair<RecordPtr, std::string> rows[] = {
+            {makeRecord(samples, -5), "sampling frequency of -5" + range},
+            {makeRecord(samples, nan), "sampling frequency of nan" + range},
+            {makeRecord(samples, 2e9), "sampling frequency of 2e+09" + range},
+            {makeRecord(samples, 1e-12), "sampling frequency of 1e-12" + range},
+            {makeRecord(std::vector<int>()), "record has no samples"},
+            {makeRecord(samples, 20, "soon"), "record has no start time"},
+            {makeRecord(samples, 20, "2501-01-01"),
+             "start time 2501-01-01T00:00:00.000000Z" + years},
+            {makeRecord(samples, 1, "2500-12-31T23:59:58Z"),
+             "time of the last sample 2501-01-01T00:00:00.000000Z" + years},
+            {makeRecord(samples, 1, "2500-12-31T23:59:57.99996Z"),
+             "time of the last sample 2500-12-31T23:59:59.999960Z" + years},
+        };
         QByteArray bytes;
         QBuffer buffer(&bytes);
         buffer.open(QIODevice::WriteOnly);
         MiniSeedWriter writer(&buffer);
-        const StreamCodesCPtr codes(new StreamCodes("XX", "STATION", "", "HHZ"));
-        QVERIFY(!writer.write(Record(codes, Core::Time(0.0), 20, new CharArray(2, "ab"))));
-        QCOMPARE(
-            writer.errorString(),
-            std::string("XX.STATION..HHZ: station code \"STATION\" is longer than 5 characters"));
-        QVERIFY(!MiniSeedWriter(&buffer, 1000).write(*makeRecord(noise(3, 1, 5))));
+        for (const auto &[record, cause] : rows) {
+            QVERIFY(!writer.write(*record));
+            QCOMPARE(writer.errorString(), "XX.ABC.00.HHZ: " + cause);
+        }
+        for (const char *station : {"STATION", "A B ", "Z\xc3\xbc"}) {
+            const StreamCodesCPtr codes(new StreamCodes("XX", station, "", "HHZ"));
+            QVERIFY(!writer.write(Record(codes, Core::Time(0.0), 20, new CharArray(2, "ab"))));
+            const std::string told = std::string(": station code \"") + station + "\"";
+            QVERIFY2(writer.errorString().find(told) != std::string::npos,
+                     writer.errorString().c_str());
+        }
+        QVERIFY(!MiniSeedWriter(&buffer, 1000).write(*makeRecord(samples)));
         QVERIFY(bytes.isEmpty());
 
         buffer.close();
         buffer.open(QIODevice::ReadOnly);
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("QIODevice::write.*"));
-        QVERIFY(!writer.write(*makeRecord(noise(3, 1, 5))));
+        QVERIFY(!writer.write(*makeRecord(samples)));
+        QCOMPARE(writer.recordCount(), int64_t(0));
     }
 
     void readsVersion2_data()

@@ -22,11 +22,11 @@ std::string_view view(const QByteArray &bytes)
     return std::string_view(bytes.constData(), static_cast<size_t>(bytes.size()));
 }
 
-RecordPtr makeRecord(double rate = 20, const char *id = "XX.ABC.00.BHZ")
+RecordPtr makeRecord(double rate = 20, const char *id = "XX.ABC.00.BHZ",
+                     const char *start = "2024-02-29T12:34:56.789012Z")
 {
     const std::vector<float> samples{1.5f, -2.25f, 1e20f};
-    return new Record(StreamCodes::FromID(id),
-                      Core::Time::FromString("2024-02-29T12:34:56.789012Z"), rate,
+    return new Record(StreamCodes::FromID(id), Core::Time::FromString(start), rate,
                       new FloatArray(3, samples.data()));
 }
 
@@ -37,6 +37,19 @@ QByteArray written(const Record &record)
     buffer.open(QIODevice::WriteOnly);
     std::string error;
     return writeSac(buffer, record, error) ? bytes : QByteArray();
+}
+
+/** @p value to its last bit. */
+QString exact(double value)
+{
+    return QString::number(value, 'g', 17);
+}
+
+QString exactRate(const QByteArray &file)
+{
+    std::string cause;
+    const RecordPtr record = decodeSac(view(file), cause);
+    return record ? exact(record->samplingFrequency()) : QString::fromStdString(cause);
 }
 
 QByteArray swapped(QByteArray bytes)
@@ -101,18 +114,14 @@ private slots:
         }
     }
 
-    void readsRoundRates()
+    void keepsRoundRates()
     {
-        const std::pair<float, double> rows[] = {{0.05f, 20}, {1.0f / 300, 300}, {0.3f, 1 / 0.3}};
-        for (const auto &[interval, rate] : rows) {
-            std::string cause;
-            const RecordPtr record =
-                decodeSac(view(changed(written(*makeRecord()), 0, interval)), cause);
-            QVERIFY2(record, cause.c_str());
-            // To the last bit.
-            QVERIFY2(record->samplingFrequency() == rate,
-                     qPrintable(QString::number(record->samplingFrequency(), 'g', 17)));
-        }
+        const std::pair<float, double> rows[] = {
+            {0.05f, 20}, {1.0f / 300, 300}, {0.3f, 1 / 0.3}, {60, 1.0 / 60}};
+        for (const auto &[interval, rate] : rows)
+            QCOMPARE(exactRate(changed(written(*makeRecord()), 0, interval)), exact(rate));
+        for (const double rate : {40.96, 99.9, 12.5, 1 / 3.0, 31.25, 100 / 3.0, 1234.0, 8.33e-5})
+            QCOMPARE(exactRate(written(*makeRecord(rate))), exact(rate));
     }
 
     void refusesFiles()
@@ -143,12 +152,25 @@ private slots:
         QByteArray bytes;
         QBuffer buffer(&bytes);
         buffer.open(QIODevice::WriteOnly);
-        std::string error;
-
-        QVERIFY(!writeSac(buffer, *makeRecord(0), error));
-        QVERIFY(!writeSac(buffer, *makeRecord(20, "XX.STATION12..BHZ"), error));
-        QCOMPARE(error,
-                 std::string("XX.STATION12..BHZ: code \"STATION12\" is longer than 8 characters"));
+        const std::pair<RecordPtr, const char *> rows[] = {
+            {makeRecord(0), "XX.ABC.00.BHZ: record has no sampling frequency"},
+            {makeRecord(-20),
+             "XX.ABC.00.BHZ: sampling frequency of -20 Hz is not from 1e-09 to 1e+09 Hz"},
+            {makeRecord(1e-300),
+             "XX.ABC.00.BHZ: sampling frequency of 1e-300 Hz is not from 1e-09 to 1e+09 Hz"},
+            {makeRecord(20, "XX.ABC.00.BHZ", "1899-12-31T23:59:59Z"),
+             "XX.ABC.00.BHZ: start time 1899-12-31T23:59:59.000000Z does not lie in the years 1900 "
+             "to 2500"},
+            {makeRecord(20, "XX.ABC.00.BHZ", "no time"), "XX.ABC.00.BHZ: record has no start time"},
+            {makeRecord(20, "XX.STATION12..BHZ"),
+             "XX.STATION12..BHZ: code \"STATION12\" is longer than 8 characters"},
+            {makeRecord(20, "XX.-12345..BHZ"),
+             "XX.-12345..BHZ: code -12345 stands for none in the format"}};
+        for (const auto &[record, expected] : rows) {
+            std::string error;
+            QVERIFY(!writeSac(buffer, *record, error));
+            QCOMPARE(error, std::string(expected));
+        }
         QVERIFY(bytes.isEmpty());
     }
 };

@@ -2,6 +2,7 @@
 
 #include <tellarix/core/records/formats/bytes_p.h>
 #include <tellarix/core/records/formats/miniseed.h>
+#include <tellarix/core/records/formats/writing_p.h>
 
 #include <algorithm>
 #include <cctype>
@@ -14,9 +15,6 @@ namespace {
 constexpr size_t FixedHeaderSize2 = 48;
 constexpr size_t FixedHeaderSize3 = 40;
 constexpr size_t SignatureSize = 8;
-constexpr int MinYear = 1900;
-constexpr int MaxYear = 2500;
-constexpr double MaxSamplingFrequency = 1E9;
 
 bool isOneOf(char c, const char *set)
 {

@@ -2,9 +2,11 @@
 
 #include <tellarix/core/records/formats/miniseedwriter.h>
 
+#include <tellarix/core/records/formats/writing_p.h>
 #include <tellarix/core/records/typedarray.h>
 
 #include <QIODevice>
+#include <QtEndian>
 
 #include <libmseed.h>
 
@@ -20,6 +22,8 @@ namespace Formats {
 namespace {
 
 constexpr int64_t SmallestUnit = 100; // of a start time without blockette 1001, in microseconds
+constexpr int MostSamples = 65535;    // the header counts the samples of a record in 16 bits
+constexpr size_t SampleCountOffset = 30;
 
 /** Keeps libmseed from printing: what goes wrong is told by this library's own messages. */
 void silenceLibmseed()
@@ -41,6 +45,11 @@ bool fitsSteim2(const int *samples, int count)
             return false;
     }
     return true;
+}
+
+const int *intsOf(const Record &record)
+{
+    return static_cast<const int *>(record.data()->data());
 }
 
 bool isPowerOfTwo(int number)
@@ -96,12 +105,51 @@ public:
     MSRecord *operator->() { return _record; }
     MSRecord *get() { return _record; }
 
-    /** Forgets fixed header and blockettes of what was packed before. */
+    /** Forgets fixed header, blockettes and last sample of what was packed before. */
     void clear()
     {
         msr_free_blktchain(_record);
         std::free(_record->fsdh);
+        std::free(_record->ststate);
         _record->fsdh = nullptr;
+        _record->ststate = nullptr;
+    }
+
+    /** Points to @p count samples of a record, from index @p first on. */
+    void setSamples(const Record &record, int first, int count)
+    {
+        const char *samples = static_cast<const char *>(record.data()->data());
+        const auto offset =
+            static_cast<size_t>(first) * static_cast<size_t>(record.data()->elementSize());
+        // libmseed takes the samples by a pointer to non-const, but only reads them.
+        _record->datasamples = const_cast<char *>(samples + offset);
+        _record->numsamples = _record->samplecnt = count;
+        _record->starttime = record.sampleTime(first).usecs();
+        // The sample before is the one at the end of the last record that was kept.
+        if (_record->ststate && first > 0 && record.dataType() == DataType::Int)
+            _record->ststate->lastintsample = intsOf(record)[first - 1];
+    }
+
+    /** Bytes before the samples: fixed header, blockette 1000 and what was added. */
+    int headerSize() const
+    {
+        constexpr int FixedSize = 48 + 8;
+        int size = FixedSize;
+        for (const BlktLink *link = _record->blkts; link; link = link->next)
+            size += link->blkt_type == 1000 ? 0 : 4 + link->blktdatalen;
+        return size;
+    }
+
+    /** True if a frame of Steim's fits behind the header; frames stand at multiples of 64. */
+    bool holdsFrame() const { return (headerSize() + 63) / 64 * 64 + 64 <= _record->reclen; }
+
+    /** The most samples that may come to lie in a record. */
+    int mostSamplesPerRecord() const
+    {
+        const int room = _record->reclen - headerSize();
+        if (_record->encoding == DE_STEIM2)
+            return room / 4 * 7;
+        return room / ms_samplesize(_record->sampletype);
     }
 
 private:
@@ -119,18 +167,23 @@ bool MiniSeedWriter::write(const Record &record)
     if (!isPowerOfTwo(_recordLength) || _recordLength < MINRECLEN || _recordLength > MAXRECLEN)
         return fail(record, "record length of " + std::to_string(_recordLength) +
                                 " bytes is no power of two from 128 to 1048576");
-    if (record.sampleCount() == 0 || !record.startTime().valid())
-        return fail(record, "record has no samples or start time");
+    const std::string fault = faultOfRecord(record);
+    if (!fault.empty())
+        return fail(record, fault);
 
-    Template &pack = *_template;
-    pack.clear();
-    pack->reclen = _recordLength;
-    pack->starttime = record.startTime().usecs();
-    pack->samprate = std::max(0.0, record.samplingFrequency());
+    _template->clear();
     if (!setCodes(record))
         return false;
-    setSamples(record);
-    return this->pack(record);
+    addBlockettes(record);
+    setEncoding(record);
+    _packed.clear();
+    for (int first = 0; first < record.sampleCount();) {
+        const int count = packSome(record, first);
+        if (count <= 0)
+            return fail(record, "samples can't be encoded as miniSEED");
+        first += count;
+    }
+    return flush(record);
 }
 
 bool MiniSeedWriter::setCodes(const Record &record)
@@ -149,33 +202,46 @@ bool MiniSeedWriter::setCodes(const Record &record)
         {"channel", record.channelCode(), 3, (*_template)->channel},
     };
     for (const Field &field : fields) {
-        if (field.code.size() > field.size)
-            return fail(record, std::string(field.name) + " code \"" + field.code +
-                                    "\" is longer than " + std::to_string(field.size) +
-                                    " characters");
+        const std::string fault =
+            faultOfCode(field.name + std::string(" code"), field.code, field.size);
+        if (!fault.empty())
+            return fail(record, fault);
         std::strcpy(field.target, field.code.c_str());
     }
     return true;
 }
 
-void MiniSeedWriter::setSamples(const Record &record)
+void MiniSeedWriter::addBlockettes(const Record &record)
+{
+    MSRecord *pack = _template->get();
+    pack->reclen = _recordLength;
+    pack->samprate = record.samplingFrequency();
+    // 0 is what the format's writers put down for a quality that is not known.
+    blkt_1001_s extension{};
+    extension.timing_qual = static_cast<uint8_t>(std::clamp(record.timingQuality(), 0, 100));
+    if (record.timingQuality() >= 0 || needsMicroseconds(record))
+        msr_addblockette(pack, reinterpret_cast<char *>(&extension), sizeof extension, 1001, 0);
+    blkt_100_s actualRate{};
+    actualRate.samprate = static_cast<float>(record.samplingFrequency());
+    if (needsActualRate(record.samplingFrequency()))
+        msr_addblockette(pack, reinterpret_cast<char *>(&actualRate), sizeof actualRate, 100, 0);
+}
+
+void MiniSeedWriter::setEncoding(const Record &record)
 {
     Template &pack = *_template;
-    // libmseed takes the samples by a pointer to non-const, but only reads them.
-    pack->datasamples = const_cast<void *>(record.data()->data());
-    pack->numsamples = pack->samplecnt = record.sampleCount();
     switch (record.dataType()) {
     case DataType::Char:
         pack->sampletype = 'a';
         pack->encoding = DE_ASCII;
         break;
-    case DataType::Int: {
-        const int *samples = static_cast<const int *>(record.data()->data());
+    case DataType::Int:
         pack->sampletype = 'i';
         pack->encoding =
-            _compressed && fitsSteim2(samples, record.sampleCount()) ? DE_STEIM2 : DE_INT32;
+            _compressed && pack.holdsFrame() && fitsSteim2(intsOf(record), record.sampleCount())
+                ? DE_STEIM2
+                : DE_INT32;
         break;
-    }
     case DataType::Float:
         pack->sampletype = 'f';
         pack->encoding = DE_FLOAT32;
@@ -187,30 +253,43 @@ void MiniSeedWriter::setSamples(const Record &record)
     }
 }
 
-bool MiniSeedWriter::pack(const Record &record)
+/**
+ * Packs samples from index @p first on: all that are left where no miniSEED record can hold more
+ * than the header counts, else those of one or more records.
+ * @return number of samples packed, 0 if that failed
+ */
+int MiniSeedWriter::packSome(const Record &record, int first)
 {
     Template &pack = *_template;
-    // 0 is what the format's writers put down for a quality that is not known.
-    blkt_1001_s extension{};
-    extension.timing_qual = static_cast<uint8_t>(std::clamp(record.timingQuality(), 0, 100));
-    if (record.timingQuality() >= 0 || needsMicroseconds(record))
-        msr_addblockette(pack.get(), reinterpret_cast<char *>(&extension), sizeof extension, 1001,
-                         0);
-    blkt_100_s actualRate{};
-    actualRate.samprate = static_cast<float>(record.samplingFrequency());
-    if (needsActualRate(record.samplingFrequency()))
-        msr_addblockette(pack.get(), reinterpret_cast<char *>(&actualRate), sizeof actualRate, 100,
-                         0);
+    const int left = record.sampleCount() - first;
+    const bool mayOverflow = pack.mostSamplesPerRecord() > MostSamples;
+    const int count = mayOverflow ? std::min(left, MostSamples) : left;
+    pack.setSamples(record, first, count);
 
-    _deviceFailed = false;
+    const size_t before = _packed.size();
     int64_t packedSamples = 0;
-    const int packedRecords =
-        msr_pack(pack.get(), &MiniSeedWriter::writeRecord, this, &packedSamples, 1, 0);
+    const int records =
+        msr_pack(pack.get(), &MiniSeedWriter::keepRecord, this, &packedSamples, 1, 0);
     pack->datasamples = nullptr;
-    if (_deviceFailed)
+    if (records <= 0 || packedSamples != count)
+        return 0;
+    if (count == left || records == 1)
+        return count;
+
+    // The last record is not full: its samples join those behind them.
+    const size_t last =
+        before + static_cast<size_t>(records - 1) * static_cast<size_t>(_recordLength);
+    const int samplesOfLast = qFromBigEndian<quint16>(_packed.data() + last + SampleCountOffset);
+    _packed.resize(last);
+    return count - samplesOfLast;
+}
+
+bool MiniSeedWriter::flush(const Record &record)
+{
+    const auto size = static_cast<qint64>(_packed.size());
+    if (_device->write(_packed.data(), size) != size)
         return fail(record, _device->errorString().toStdString());
-    if (packedRecords < 0 || packedSamples != record.sampleCount())
-        return fail(record, "samples can't be encoded as miniSEED");
+    _recordCount += size / _recordLength;
     return true;
 }
 
@@ -220,15 +299,9 @@ bool MiniSeedWriter::fail(const Record &record, const std::string &cause)
     return false;
 }
 
-void MiniSeedWriter::writeRecord(char *record, int length, void *writer)
+void MiniSeedWriter::keepRecord(char *record, int length, void *writer)
 {
-    auto *self = static_cast<MiniSeedWriter *>(writer);
-    if (self->_deviceFailed)
-        return;
-    if (self->_device->write(record, length) != length)
-        self->_deviceFailed = true;
-    else
-        ++self->_recordCount;
+    static_cast<MiniSeedWriter *>(writer)->_packed.append(record, static_cast<size_t>(length));
 }
 
 } // namespace Formats

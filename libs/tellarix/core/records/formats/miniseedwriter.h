@@ -16,9 +16,11 @@ namespace Formats {
  * Writes records as big-endian miniSEED 2.
  *
  * Integers are compressed by Steim2, or stored as 32-bit integers where a step between two samples
- * is too wide for it; single and double precision and text are stored as they are. Each Record
- * becomes one or more miniSEED records of a fixed length, the last of them filled up. Times are
- * exact to the microsecond.
+ * is too wide for it or a compressed frame has no room; single and double precision and text are
+ * stored as they are. Each Record becomes one or more miniSEED records of a fixed length, the last
+ * of them filled up; none holds more than 65535 samples, which is as far as the format counts.
+ * Times are exact to the microsecond; rates that are no ratio of small numbers have single
+ * precision. One writer may be given records of several streams by turns.
  */
 class TELLARIX_CORE_API MiniSeedWriter
 {
@@ -38,8 +40,10 @@ public:
 
     /**
      * Writes all samples of @p record.
-     * @return false with an errorString() if codes are too long for the format, the record has no
-     *         samples or start time, or the device does not take the bytes
+     * @return false with an errorString() if the device does not take the bytes, or if the record
+     *         can't be read back: codes that are too long or not ASCII, no samples, times outside
+     *         of the years 1900 to 2500, a rate that is neither 0 nor from 1E-9 to 1E9 Hz. In
+     *         the latter case nothing has been written.
      */
     bool write(const Record &record);
 
@@ -51,18 +55,20 @@ private:
     class Template;
 
     bool setCodes(const Record &record);
-    void setSamples(const Record &record);
-    bool pack(const Record &record);
+    void setEncoding(const Record &record);
+    void addBlockettes(const Record &record);
+    int packSome(const Record &record, int first);
+    bool flush(const Record &record);
     bool fail(const Record &record, const std::string &cause);
-    static void writeRecord(char *record, int length, void *writer);
+    static void keepRecord(char *record, int length, void *writer);
 
     QIODevice *_device;
     int _recordLength;
     bool _compressed{true};
-    bool _deviceFailed{false};
     int64_t _recordCount{0};
     std::string _errorString;
     std::unique_ptr<Template> _template;
+    std::string _packed; /**< miniSEED records of the Record being written */
 };
 
 } // namespace Formats

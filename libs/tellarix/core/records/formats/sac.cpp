@@ -3,12 +3,15 @@
 #include <tellarix/core/records/formats/sac.h>
 
 #include <tellarix/core/records/formats/bytes_p.h>
+#include <tellarix/core/records/formats/writing_p.h>
 #include <tellarix/core/records/typedarray.h>
 
 #include <QIODevice>
 
 #include <algorithm>
-#include <limits>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
 #include <vector>
 
 namespace Tellarix {
@@ -68,13 +71,45 @@ std::string code(std::string_view bytes, size_t offset)
     return text == UndefinedText ? std::string() : text;
 }
 
-/** The sampling frequency that a file of single precision meant: whole if the interval allows. */
+/** A number of few decimal digits. */
+struct RoundNumber
+{
+    double value;
+    int digits;
+};
+
+/** The number of fewest digits next to @p value for which @p fits is true; @p value if none is. */
+template <typename Fits>
+RoundNumber roundest(double value, Fits fits)
+{
+    constexpr int MostDigits = 9; // tell any two numbers of single precision apart
+    char text[40];
+    for (int digits = 1; digits <= MostDigits; ++digits) {
+        const auto written = std::to_chars(text, text + sizeof text, value,
+                                           std::chars_format::scientific, digits - 1);
+        double rounded = value;
+        std::from_chars(text, written.ptr, rounded);
+        if (fits(rounded))
+            return {rounded, digits};
+    }
+    return {value, MostDigits + 1};
+}
+
+/**
+ * The sampling frequency that an interval in single precision stands for. Of the roundest frequency
+ * and the roundest interval that give it, the one of fewer digits was meant: 99.9 Hz and not
+ * 0.01001001 s, but 0.3 s and not 3.333333 Hz.
+ */
 double frequencyOfInterval(float interval)
 {
-    const double whole = std::round(1.0 / interval);
-    if (whole > 0 && static_cast<float>(1.0 / whole) == interval)
-        return whole;
-    return 1.0 / shortestDouble(interval);
+    constexpr double Precision = 1E-14;
+    const RoundNumber frequency = roundest(
+        1.0 / interval, [&](double value) { return static_cast<float>(1 / value) == interval; });
+    const RoundNumber seconds =
+        roundest(interval, [&](double value) { return static_cast<float>(value) == interval; });
+    // Where both say the same, the frequency is free of the error of a division.
+    const bool isSame = std::abs(frequency.value * seconds.value - 1) < Precision;
+    return frequency.digits <= seconds.digits || isSame ? frequency.value : 1 / seconds.value;
 }
 
 Core::Time referenceTime(const NumberReader &numbers, std::string &error, std::string &warning)
@@ -91,7 +126,7 @@ Core::Time referenceTime(const NumberReader &numbers, std::string &error, std::s
     const int second = defined(numbers.at<int32_t>(SecondOffset), 0);
     const int millisecond = defined(numbers.at<int32_t>(MillisecondOffset), 0);
     Core::Time time;
-    if (year >= 1900 && year <= 2500 && millisecond >= 0 && millisecond < 1000)
+    if (year >= MinYear && year <= MaxYear && millisecond >= 0 && millisecond < 1000)
         time = Core::Time::FromDayOfYear(year, day, hour, minute, second, millisecond * 1000);
     if (!time.valid()) {
         char text[96];
@@ -205,8 +240,11 @@ bool putCodes(HeaderWriter &header, const Record &record, std::string &error)
                  {HoleOffset, record.locationCode()},
                  {ChannelOffset, record.channelCode()}};
     for (const auto &entry : codes) {
-        if (entry.code.size() > CodeSize) {
-            error = record.streamID() + ": code \"" + entry.code + "\" is longer than 8 characters";
+        const std::string fault = entry.code == UndefinedText
+                                      ? "code -12345 stands for none in the format"
+                                      : faultOfCode("code", entry.code, CodeSize);
+        if (!fault.empty()) {
+            error = record.streamID() + ": " + fault;
             return false;
         }
         if (!entry.code.empty())
@@ -264,7 +302,7 @@ bool parseSacHeader(std::string_view bytes, SacHeader &header, std::string &erro
         return false;
     const Timing timing = readTiming(bytes, numbers, result);
     // Written so that not-a-number fails as well.
-    if (!(timing.samplingFrequency > 0 && timing.samplingFrequency <= 1E9)) {
+    if (!(timing.samplingFrequency > 0 && timing.samplingFrequency <= MaxSamplingFrequency)) {
         error = "sampling interval is out of range";
         return false;
     }
@@ -308,9 +346,11 @@ RecordPtr decodeSac(std::string_view bytes, std::string &cause)
 
 bool writeSac(QIODevice &device, const Record &record, std::string &error)
 {
-    if (record.sampleCount() == 0 || !(record.samplingFrequency() > 0) ||
-        !record.startTime().valid()) {
-        error = record.streamID() + ": record has no samples, sampling frequency or start time";
+    std::string fault = faultOfRecord(record);
+    if (fault.empty() && record.samplingFrequency() == 0)
+        fault = "record has no sampling frequency";
+    if (!fault.empty()) {
+        error = record.streamID() + ": " + fault;
         return false;
     }
 
@@ -330,10 +370,11 @@ bool writeSac(QIODevice &device, const Record &record, std::string &error)
     std::vector<float> samples(static_cast<size_t>(record.sampleCount()));
     record.data()->convert(0, record.sampleCount(), samples.data());
     qToLittleEndian<float>(samples.data(), static_cast<qsizetype>(samples.size()), samples.data());
-    const qint64 size = static_cast<qint64>(samples.size() * SampleSize);
-    const qint64 headerSize = static_cast<qint64>(header.bytes().size());
-    if (device.write(header.bytes().data(), headerSize) != headerSize ||
-        device.write(reinterpret_cast<const char *>(samples.data()), size) != size) {
+    std::vector<char> file = header.bytes();
+    const auto *sampleBytes = reinterpret_cast<const char *>(samples.data());
+    file.insert(file.end(), sampleBytes, sampleBytes + samples.size() * SampleSize);
+    const auto size = static_cast<qint64>(file.size());
+    if (device.write(file.data(), size) != size) {
         error = record.streamID() + ": " + device.errorString().toStdString();
         return false;
     }

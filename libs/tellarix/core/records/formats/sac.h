@@ -40,7 +40,9 @@ TELLARIX_CORE_API bool beginsLikeSac(std::string_view bytes);
  * Reads the header of a SAC file.
  *
  * Sampling interval and B come from the double precision footer of version 7 if @p bytes reach that
- * far; in single precision they are taken for the nearest round number, 0.05f for 1 / 20 Hz.
+ * far. In single precision B is taken for the nearest round number, and the interval for that or
+ * for the inverse of a round frequency, whichever has fewer digits: 0.3f for 0.3 s, 0.01001001f for
+ * 99.9 Hz.
  *
  * @param error    why false is returned: no evenly spaced time series, or impossible values
  * @param warning  set if there is no reference time, in which case 1970-01-01 is taken
@@ -55,9 +57,12 @@ TELLARIX_CORE_API bool parseSacHeader(std::string_view bytes, SacHeader &header,
 TELLARIX_CORE_API RecordPtr decodeSac(std::string_view bytes, std::string &cause);
 
 /**
- * Writes @p record as a little-endian SAC file of version 6, samples in single precision.
- * @return false with a reason in @p error if a code is too long, the record has no samples or
- *         sampling frequency, or the device does not take the bytes
+ * Writes @p record as a little-endian SAC file of version 6, samples and sampling interval in
+ * single precision. Frequencies of up to four digits are read back as they were.
+ * @return false with a reason in @p error if the device does not take the bytes, or if the record
+ *         can't be read back: a code that is too long or not ASCII, no samples, times outside of
+ *         the years 1900 to 2500, a rate that is not from 1E-9 to 1E9 Hz. In the latter case
+ *         nothing has been written.
  */
 TELLARIX_CORE_API bool writeSac(QIODevice &device, const Record &record, std::string &error);
 
