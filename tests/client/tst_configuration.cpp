@@ -41,7 +41,12 @@ private slots:
             {"v=https://host/q?a=1,2", "https://host/q?a=1,2"},
             {"v=Z\xc3\xbcrich", QString::fromUtf8("Zürich")},
             {"v=", ""},
-            {"v=1\nv=2", "2"}};
+            {"v=1\nv=2", "2"},
+            {"v=a;b ; c#d", "a;b ; c#d"},
+            {"  ; v=1\r\n;[x]\r\nv= ;a;\r\n#v=2;", ";a;"},
+            {"v=\"a;b\";c\\\";d, e;f", "a;b;c\";d,e;f"},
+            {"v=a;\\\r\n b;c\nw=1", "a; b;c"},
+            {"v=\"a\n;b\"\nw=;", "a\n;b"}};
         for (const auto &[line, expected] : rows) {
             Configuration configuration;
             QVERIFY(configuration.readFile(file("value.ini", "[k]\n" + line + '\n')));

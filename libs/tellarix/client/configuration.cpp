@@ -7,6 +7,7 @@
 #include <QCoreApplication>
 #include <QFile>
 #include <QSettings>
+#include <QTemporaryFile>
 
 namespace Tellarix {
 namespace Client {
@@ -23,6 +24,71 @@ bool failed(const QString &reason, QString *error)
     if (error)
         *error = reason;
     return false;
+}
+
+/** Stands for a ';' within a value: a character that no text has. */
+constexpr ushort Semicolon = 0xFDD0;
+
+bool isEndOfLine(char c)
+{
+    return c == '\n' || c == '\r';
+}
+
+/** Index behind the value that begins at @p index, with each ';' outside of quotes replaced. */
+int protectValue(QByteArray &ini, int index)
+{
+    const QByteArray replacement = QString(QChar(Semicolon)).toUtf8();
+    bool isQuoted = false;
+    for (; index < ini.size() && (isQuoted || !isEndOfLine(ini[index])); ++index) {
+        if (ini[index] == '\\') {
+            // Goes on in the next line if it is the last of its own, which may end in two bytes.
+            index += ini.mid(index + 1, 2) == "\r\n" ? 2 : 1;
+        } else if (ini[index] == '"') {
+            isQuoted = !isQuoted;
+        } else if (ini[index] == ';' && !isQuoted) {
+            ini.replace(index, 1, replacement);
+            index += replacement.size() - 1;
+        }
+    }
+    return index;
+}
+
+/** QSettings takes any ';' outside of quotes for the beginning of a comment and drops the rest of
+ *  the value, so that it must not see those within values. */
+QByteArray withSemicolonsProtected(QByteArray ini)
+{
+    bool isLineStart = true;
+    for (int i = 0; i < ini.size(); ++i) {
+        const char c = ini[i];
+        if (isEndOfLine(c)) {
+            isLineStart = true;
+        } else if (isLineStart && (c == ';' || c == '#' || c == '[')) {
+            while (i + 1 < ini.size() && !isEndOfLine(ini[i + 1]))
+                ++i;
+        } else if (c == '=') {
+            i = protectValue(ini, i + 1) - 1;
+        } else if (c != ' ' && c != '\t') {
+            isLineStart = false;
+        }
+    }
+    return ini;
+}
+
+QString withSemicolons(QString text)
+{
+    return text.replace(QChar(Semicolon), QLatin1Char(';'));
+}
+
+QVariant withSemicolons(const QVariant &value)
+{
+    if (value.type() == QVariant::String)
+        return withSemicolons(value.toString());
+    if (value.type() != QVariant::StringList)
+        return value;
+    QStringList texts = value.toStringList();
+    for (QString &text : texts)
+        text = withSemicolons(text);
+    return texts;
 }
 
 template <typename T>
@@ -64,13 +130,16 @@ void Configuration::setOverride(const QString &key, const QVariant &value)
 
 bool Configuration::readFile(const QString &fileName, QString *error)
 {
-    // QSettings takes a file that can't be opened for an empty one.
     QFile file(fileName);
     if (!file.open(QIODevice::ReadOnly))
         return failed(QStringLiteral("%1: %2").arg(fileName, file.errorString()), error);
-    file.close();
 
-    QSettings settings(fileName, QSettings::IniFormat);
+    QTemporaryFile copy;
+    const QByteArray content = withSemicolonsProtected(file.readAll());
+    if (!copy.open() || copy.write(content) != content.size() || !copy.flush())
+        return failed(QStringLiteral("%1: %2").arg(copy.fileName(), copy.errorString()), error);
+
+    QSettings settings(copy.fileName(), QSettings::IniFormat);
     settings.setIniCodec("UTF-8");
     const QStringList keys = settings.allKeys();
     if (settings.status() == QSettings::FormatError)
@@ -79,7 +148,7 @@ bool Configuration::readFile(const QString &fileName, QString *error)
         return failed(tr("%1: could not be read").arg(fileName), error);
 
     for (const QString &key : keys)
-        _files[key] = Entry{settings.value(key), fileName};
+        _files[key] = Entry{withSemicolons(settings.value(key)), fileName};
     return true;
 }
 

@@ -18,7 +18,8 @@ namespace Client {
  * read, then overrides from the command line. A later layer wins key by key.
  *
  * Files are INI files as QSettings writes them; the key "streams/url" is the entry "url" in the
- * section "[streams]". Texts are UTF-8.
+ * section "[streams]". Texts are UTF-8. A ';' or '#' begins a comment only where a line begins with
+ * it; within a value, in quotes or not, it is part of the value.
  */
 class TELLARIX_CLIENT_API Configuration
 {
