@@ -94,8 +94,8 @@ private slots:
             const TimeFields fields = time.fields();
             if (fields.year < 1000 || fields.year > 9999)
                 continue;
-            for (const char *format :
-                 {"%Y-%m-%d %H:%M:%S.%f", "%Y,%j,%T.%f", "%s.%f", "%d %b %Y %T:%f"})
+            for (const char *format : {"%Y-%m-%d %H:%M:%S.%f", "%Y,%j,%T.%f", "%s.%f",
+                                       "%f %p %I %j %a %Y %M %S", "%d %h %Y %X %z %Z:%f"})
                 QCOMPARE(Time::FromString(time.toString(format), format).iso(), time.iso());
         }
     }
@@ -153,13 +153,35 @@ private slots:
         const struct
         {
             const char *text, *format, *iso;
-        } rows[] = {{"2024.060.235959", "%Y.%j.%H%M%S", "2024-02-29T23:59:59.000000Z"},
-                    {"5 Mar 1964 3:36", "%d %b %Y %H:%M", "1964-03-05T03:36:00.000000Z"},
-                    {"-1.25", "%s.%f", "1969-12-31T23:59:59.250000Z"},
-                    {"100% 12:30", "100%% %H:%M", "1970-01-01T12:30:00.000000Z"},
-                    {"2024-01-05 10:00 +0100", "%Y-%m-%d %H:%M %z", "2024-01-05T09:00:00.000000Z"},
-                    {"2024-01-05 behind", "%Y-%m-%d", ""},
-                    {"10:11:12.x", "%H:%M:%S.%f", ""}};
+        } rows[] = {
+            {"2024.060.235959", "%Y.%j.%H%M%S", "2024-02-29T23:59:59.000000Z"},
+            {"5 Mar 1964 3:36", "%d %b %Y %H:%M", "1964-03-05T03:36:00.000000Z"},
+            {"-1.25", "%s.%f", "1969-12-31T23:59:59.250000Z"},
+            {"100% 12:30", "100%% %H:%M", "1970-01-01T12:30:00.000000Z"},
+            {"2024-01-05 10:00 +0100", "%Y-%m-%d %H:%M %z", "2024-01-05T09:00:00.000000Z"},
+            {"2024-01-05 behind", "%Y-%m-%d", ""},
+            {"12:05 AM .5", "%I:%M %p .%f", "1970-01-01T00:05:00.500000Z"},
+            {"pm.25 03:04", "%p.%f %l:%M", "1970-01-01T15:04:00.250000Z"},
+            {"060 .5 24", "%j .%f %y", "2024-02-29T00:00:00.500000Z"},
+            {"366 1970", "%j %Y", ""},
+            {"2024-02-29 061", "%F %j", ""},
+            {"Fri Jan  5 01:02:03 2024", "%c", "2024-01-05T01:02:03.000000Z"},
+            {"Thu Jan  5 01:02:03 2024", "%c", ""},
+            {"SATURDAY december 31 2016 23:59:60", "%A %B %e %Y %T", "2017-01-01T00:00:00.000000Z"},
+            {"15 03 PM", "%H %I %p", "1970-01-01T15:00:00.000000Z"},
+            {"15 03 AM", "%H %I %p", ""},
+            {"15 PM", "%H %p", "1970-01-01T15:00:00.000000Z"},
+            {"13 PM", "%I %p", ""},
+            {"2024 23", "%Y %y", ""},
+            {"86400 2 1970", "%s %d %Y", "1970-01-02T00:00:00.000000Z"},
+            {"86400 1971", "%s %Y", ""},
+            {"12:00 GMT", "%H:%M %Z", "1970-01-01T12:00:00.000000Z"},
+            {"12:00 CET", "%H:%M %Z", ""},
+            {"20 24", "%C %y", ""}, // nothing but what counts is taken
+            {"2024 09 1", "%Y %W %w", ""},
+            {"9999999999999", "%s", ""},
+            {"12", "%H%", ""},
+            {"10:11:12.x", "%H:%M:%S.%f", ""}};
         for (const auto &row : rows)
             QCOMPARE(Time::FromString(row.text, row.format).iso(), std::string(row.iso));
     }
@@ -211,6 +233,34 @@ private slots:
         const TimeSpan lowest = TimeSpan::FromUSecs(std::numeric_limits<int64_t>::min());
         QCOMPARE(-lowest, TimeSpan::FromUSecs(Highest));
         QCOMPARE((lowest + lowest).usecs(), -Highest);
+    }
+
+    void holdsTheEndsOfItsRange()
+    {
+        const Time first = Time::FromUSecs(-Highest);
+        const Time last = Time::FromUSecs(Highest);
+        const std::string firstText = "-290308-12-21T19:59:05.224193Z";
+        const std::string lastText = "294247-01-10T04:00:54.775807Z";
+        QCOMPARE(first.iso(), firstText);
+        QCOMPARE(last.iso(), lastText);
+        for (const Time &time : {first, last}) {
+            QCOMPARE(Time::FromString(time.iso()).usecs(), time.usecs());
+            QCOMPARE(Time::FromString(time.toString("%s.%f"), "%s.%f").usecs(), time.usecs());
+            QCOMPARE(Time(time.fields()), time);
+        }
+        QCOMPARE(first.toString("%a %j %s"), std::string("Sun 356 -9223372036855"));
+        QCOMPARE(Time::FromString("294247-01-10T04:00:54.775808Z"), Time());
+        QCOMPARE(Time::FromString("-290308-12-21T19:59:05.224192Z"), Time());
+        QCOMPARE(Time::FromString("294247-01-10T04:00:54-01:00"), last);
+        QVERIFY(Time(first).setUSecs(0) < Time(first).setUSecs(999999));
+
+        const TimeWindow all(first, last);
+        QCOMPARE(all.length(), TimeSpan::FromUSecs(Highest));
+        QCOMPARE(TimeWindow(last, first).length(), -TimeSpan::FromUSecs(Highest));
+        QCOMPARE(TimeWindow(Time(2024, 1, 1), TimeSpan(1E300)).endTime(), last);
+        QVERIFY(all.contains(first) && !all.contains(last) && all.contains(all));
+        QVERIFY(all.overlaps(window(0, 1)) && !all.overlaps(TimeWindow(last, last)));
+        QCOMPARE(all.overlap(TimeWindow(first, TimeSpan(5))).length(), TimeSpan(5));
     }
 
     void splitsSecondsFromFraction()

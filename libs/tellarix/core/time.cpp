@@ -19,7 +19,6 @@ constexpr int64_t Highest = std::numeric_limits<int64_t>::max();
 /** The lowest value is left to the invalid time; spans keep to the same range, which is symmetric.
  */
 constexpr int64_t Lowest = -Highest;
-constexpr int64_t HighestDay = Highest / UsecsPerDay - 1;
 
 int64_t saturatedSum(int64_t a, int64_t b)
 {
@@ -113,12 +112,21 @@ bool isDate(const TimeFields &fields)
 /** The time of a day since 1970-01-01 and a time of day; not valid if it leaves the range. */
 Time timeOfDay(int64_t days, const TimeFields &fields)
 {
-    if (!isTimeOfDay(fields) || days > HighestDay || days < -HighestDay)
+    constexpr int64_t HighestSecond = Highest / UsecsPerSecond;
+    constexpr int64_t DaysBeyond = HighestSecond / SecondsPerDay + 2;
+    if (!isTimeOfDay(fields) || days > DaysBeyond || days < -DaysBeyond)
         return {};
 
     const int64_t seconds =
         days * SecondsPerDay + fields.hour * 3600 + fields.minute * 60 + fields.second;
-    return Time::FromUSecs(seconds * UsecsPerSecond + fields.usec);
+    // Below zero the fraction counts up from the second before, which may lie outside.
+    const int64_t whole = seconds < 0 ? seconds + 1 : seconds;
+    const int64_t fraction = seconds < 0 ? fields.usec - UsecsPerSecond : fields.usec;
+    if (whole > HighestSecond || whole < -HighestSecond)
+        return {};
+    const bool isBeyond = whole > 0 ? fraction > Highest - whole * UsecsPerSecond
+                                    : fraction < Lowest - whole * UsecsPerSecond;
+    return isBeyond ? Time() : Time::FromUSecs(whole * UsecsPerSecond + fraction);
 }
 
 TimeFields timeFields(int hour, int minute, int second, int usec)
@@ -219,7 +227,9 @@ TimeSpan Time::elapsedTime() const
 TimeFields Time::fields() const
 {
     const int64_t days = floorDivide(usecs(), UsecsPerDay);
-    const int64_t usecOfDay = usecs() - days * UsecsPerDay;
+    // Not by the start of the day: that of the first one lies outside of the range.
+    const int64_t remainder = usecs() % UsecsPerDay;
+    const int64_t usecOfDay = remainder < 0 ? remainder + UsecsPerDay : remainder;
     const int secondOfDay = static_cast<int>(usecOfDay / UsecsPerSecond);
     TimeFields fields = timeFields(secondOfDay / 3600, secondOfDay / 60 % 60, secondOfDay % 60,
                                    static_cast<int>(usecOfDay % UsecsPerSecond));

@@ -119,9 +119,14 @@ public:
      */
     static Time FromString(const std::string &text);
     /**
-     * Reads the whole of @p text by a strptime format, in which %f stands for a fraction of up to 6
-     * digits and %s for seconds since 1970-01-01; English names. Fields that the format leaves out
-     * are those of 1970-01-01T00:00:00.
+     * Reads the whole of @p text by a format of the conversions of strptime: %Y %y %m %b %B %h %d
+     * %e %j %a %A %w %H %k %I %l %p %P %M %S %z %Z %n %t %% and the short forms %D %F %T %R %r %c
+     * %x %X; besides, %f stands for a fraction of up to 6 digits and %s for seconds since
+     * 1970-01-01. English names, without regard to case; zones are "UTC", "GMT", "Z" or an offset.
+     * Fields that the format leaves out are those of 1970-01-01T00:00:00, an hour without %p is in
+     * the morning.
+     * @return an invalid time if @p text is of another form, if its fields contradict each other (a
+     *         weekday that is not that of the date), or if the format holds another conversion
      */
     static Time FromString(const std::string &text, const char *format);
     /** Sets this time from a text as FromString does; false leaves it as it was. */

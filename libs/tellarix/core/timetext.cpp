@@ -6,7 +6,10 @@
 #include <algorithm>
 #include <cstdio>
 #include <ctime>
+#include <iterator>
+#include <limits>
 #include <locale.h>
+#include <optional>
 #include <string_view>
 #include <time.h>
 
@@ -26,6 +29,11 @@ locale_t englishLocale()
 bool isDigit(char c)
 {
     return c >= '0' && c <= '9';
+}
+
+bool isBlank(char c)
+{
+    return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
 /** Takes characters from the front of a text. */
@@ -55,14 +63,34 @@ public:
     bool takeNumber(int &value, size_t least, size_t most)
     {
         const size_t count = digits();
-        if (count < least || count > most)
-            return false;
+        return count >= least && count <= most && takeDigits(value, most);
+    }
 
+    /** Takes one to @p most digits as a number. */
+    template <typename T>
+    bool takeDigits(T &value, size_t most)
+    {
+        const size_t count = std::min(digits(), most);
         value = 0;
         for (size_t i = 0; i < count; ++i)
             value = value * 10 + (_rest[i] - '0');
         _rest.remove_prefix(count);
+        return count > 0;
+    }
+
+    /** Takes @p word without regard to case. */
+    bool takeWord(const std::string &word)
+    {
+        if (compareNoCase(std::string(_rest.substr(0, word.size())), word) != 0)
+            return false;
+        _rest.remove_prefix(word.size());
         return true;
+    }
+
+    void takeBlanks()
+    {
+        while (!_rest.empty() && isBlank(_rest.front()))
+            _rest.remove_prefix(1);
     }
 
     /** Takes at least one digit of a fraction; those beyond the sixth are dropped. */
@@ -148,87 +176,272 @@ bool readZone(Reader &reader, TimeSpan &offset)
     return true;
 }
 
-/** Reads the conversions that strptime lacks or takes for local time, and leaves it the others. */
+/** 0 for a Sunday; 1970-01-01 was a Thursday. */
+int weekday(Time time)
+{
+    constexpr int64_t UsecsPerDay = 86400000000;
+    const int64_t days = time.usecs() / UsecsPerDay - (time.usecs() % UsecsPerDay < 0 ? 1 : 0);
+    return static_cast<int>(((days + 4) % 7 + 7) % 7);
+}
+
+/** Text and value of a name that a format may ask for. */
+struct Name
+{
+    const char *text;
+    int value;
+};
+
+// Longer names come first where they begin with a shorter one.
+constexpr Name MonthNames[] = {
+    {"January", 1},   {"February", 2},  {"March", 3},  {"April", 4},     {"May", 5},
+    {"June", 6},      {"July", 7},      {"August", 8}, {"September", 9}, {"October", 10},
+    {"November", 11}, {"December", 12}, {"Jan", 1},    {"Feb", 2},       {"Mar", 3},
+    {"Apr", 4},       {"Jun", 6},       {"Jul", 7},    {"Aug", 8},       {"Sep", 9},
+    {"Oct", 10},      {"Nov", 11},      {"Dec", 12}};
+constexpr Name WeekdayNames[] = {{"Sunday", 0},   {"Monday", 1}, {"Tuesday", 2},  {"Wednesday", 3},
+                                 {"Thursday", 4}, {"Friday", 5}, {"Saturday", 6}, {"Sun", 0},
+                                 {"Mon", 1},      {"Tue", 2},    {"Wed", 3},      {"Thu", 4},
+                                 {"Fri", 5},      {"Sat", 6}};
+constexpr Name HalfDayNames[] = {{"AM", 0}, {"PM", 1}};
+constexpr Name ZoneNames[] = {{"UTC", 0}, {"GMT", 0}, {"Z", 0}};
+
+/** What a text tells of a time. Fields that it doesn't have are not set. */
+struct ToldFields
+{
+    using Field = std::optional<int>;
+
+    Field year;
+    Field month;
+    Field day;
+    Field dayOfYear;
+    Field weekday; /**< 0 for a Sunday */
+    Field hour;
+    Field hourOfHalfDay; /**< 1 to 12 */
+    Field isAfternoon;
+    Field minute;
+    Field second;
+    Field usec;
+    Field zone; /**< seconds that the fields are ahead of UTC */
+    std::optional<int64_t> epochSeconds;
+};
+
+/** A conversion for a number of up to @p digits digits. */
+struct NumberConversion
+{
+    char conversion;
+    ToldFields::Field ToldFields::*field;
+    size_t digits;
+    int lowest;
+    int highest;
+};
+
+constexpr NumberConversion NumberConversions[] = {
+    {'Y', &ToldFields::year, 4, 0, 9999},        {'m', &ToldFields::month, 2, 1, 12},
+    {'d', &ToldFields::day, 2, 1, 31},           {'e', &ToldFields::day, 2, 1, 31},
+    {'j', &ToldFields::dayOfYear, 3, 1, 366},    {'w', &ToldFields::weekday, 1, 0, 6},
+    {'H', &ToldFields::hour, 2, 0, 23},          {'k', &ToldFields::hour, 2, 0, 23},
+    {'I', &ToldFields::hourOfHalfDay, 2, 1, 12}, {'l', &ToldFields::hourOfHalfDay, 2, 1, 12},
+    {'M', &ToldFields::minute, 2, 0, 59},        {'S', &ToldFields::second, 2, 0, 60}};
+
+/** The conversions that stand for others. */
+const char *expandedConversion(char conversion)
+{
+    switch (conversion) {
+    case 'D':
+    case 'x':
+        return "%m/%d/%y";
+    case 'F':
+        return "%Y-%m-%d";
+    case 'T':
+    case 'X':
+        return "%H:%M:%S";
+    case 'R':
+        return "%H:%M";
+    case 'r':
+        return "%I:%M:%S %p";
+    case 'c':
+        return "%a %b %e %H:%M:%S %Y";
+    default:
+        return nullptr;
+    }
+}
+
+/** Reads a text by a format and works out the time that all fields of it agree on. */
 class FormatReader
 {
 public:
-    explicit FormatReader(const char *text) : _text(text)
-    {
-        _tm.tm_year = 70;
-        _tm.tm_mday = 1;
-    }
+    explicit FormatReader(std::string_view text) : _reader(text) {}
 
-    Time read(std::string_view format)
-    {
-        size_t plainBegin = 0;
-        for (size_t i = 0; i + 1 < format.size(); ++i) {
-            if (format[i] != '%')
-                continue;
-            const char conversion = format[++i];
-            if (conversion != 'f' && conversion != 's')
-                continue;
-            if (!readPlain(format.substr(plainBegin, i - 1 - plainBegin)))
-                return {};
-            if (!(conversion == 'f' ? readFraction() : readEpochSeconds()))
-                return {};
-            plainBegin = i + 1;
-        }
-        if (!readPlain(format.substr(plainBegin)) || *_text)
-            return {};
-        return result();
-    }
+    Time read(const char *format) { return readAll(format) && _reader.atEnd() ? result() : Time(); }
 
 private:
-    bool readPlain(std::string_view format)
+    bool readAll(const char *format)
     {
-        if (!format.empty())
-            _text = strptime_l(_text, std::string(format).c_str(), &_tm, englishLocale());
-        return _text;
+        for (; *format; ++format) {
+            if (isBlank(*format))
+                _reader.takeBlanks();
+            else if (*format != '%' ? !_reader.take(*format) : !readConversion(*++format))
+                return false;
+        }
+        return true;
+    }
+
+    /** False also for the end of the format and for what no time can be made of. */
+    bool readConversion(char conversion)
+    {
+        for (const NumberConversion &entry : NumberConversions) {
+            if (entry.conversion == conversion)
+                return readNumber(_told.*entry.field, entry.digits, entry.lowest, entry.highest);
+        }
+        if (const char *expanded = expandedConversion(conversion))
+            return readAll(expanded);
+
+        switch (conversion) {
+        case '%':
+            return _reader.take('%');
+        case 'n':
+        case 't':
+            _reader.takeBlanks();
+            return true;
+        case 'a':
+        case 'A':
+            return readName(_told.weekday, WeekdayNames);
+        case 'b':
+        case 'B':
+        case 'h':
+            return readName(_told.month, MonthNames);
+        case 'p':
+        case 'P':
+            return readName(_told.isAfternoon, HalfDayNames);
+        case 'Z':
+            return readName(_told.zone, ZoneNames);
+        case 'y':
+            return readShortYear();
+        case 'f':
+            return readFraction();
+        case 's':
+            return readEpochSeconds();
+        case 'z':
+            return readOffset();
+        default:
+            return false;
+        }
+    }
+
+    /** Sets a field; what is told twice has to be the same. */
+    template <typename T>
+    static bool tell(std::optional<T> &field, T value)
+    {
+        const bool agrees = !field || *field == value;
+        field = value;
+        return agrees;
+    }
+
+    bool readNumber(ToldFields::Field &field, size_t digits, int lowest, int highest)
+    {
+        int value = 0;
+        _reader.takeBlanks();
+        return _reader.takeDigits(value, digits) && value >= lowest && value <= highest &&
+               tell(field, value);
+    }
+
+    template <size_t Count>
+    bool readName(ToldFields::Field &field, const Name (&names)[Count])
+    {
+        _reader.takeBlanks();
+        const Name *name =
+            std::find_if(std::begin(names), std::end(names),
+                         [this](const Name &entry) { return _reader.takeWord(entry.text); });
+        return name != std::end(names) && tell(field, name->value);
+    }
+
+    /** Two digits of a year stand for 1969 to 2068. */
+    bool readShortYear()
+    {
+        constexpr int FirstYear = 1969;
+        ToldFields::Field twoDigits;
+        if (!readNumber(twoDigits, 2, 0, 99))
+            return false;
+        return tell(_told.year, *twoDigits + (*twoDigits < FirstYear % 100 ? 2000 : 1900));
     }
 
     bool readFraction()
     {
-        Reader reader{std::string_view(_text)};
-        const size_t digits = std::min<size_t>(reader.digits(), FractionDigits);
-        if (!reader.takeFraction(_usec, FractionDigits))
-            return false;
-        _text += digits;
-        return true;
+        int usec = 0;
+        return _reader.takeFraction(usec, FractionDigits) && tell(_told.usec, usec);
     }
 
     bool readEpochSeconds()
     {
-        const bool negative = *_text == '-';
-        const char *number = _text + (negative ? 1 : 0);
+        // Seconds count down to the one below zero in which the earliest time lies.
+        constexpr int64_t Highest = std::numeric_limits<int64_t>::max() / 1000000;
+        const bool isNegative = _reader.take('-');
         int64_t seconds = 0;
-        const size_t digits = Reader{std::string_view(number)}.digits();
-        if (digits == 0 || digits > 12)
+        if (!_reader.takeDigits(seconds, 13) || seconds > Highest + (isNegative ? 1 : 0))
             return false;
-        for (size_t i = 0; i < digits; ++i)
-            seconds = seconds * 10 + (number[i] - '0');
-        _text = number + digits;
+        return tell(_told.epochSeconds, isNegative ? -seconds : seconds);
+    }
 
-        const time_t epoch = negative ? -seconds : seconds;
-        return gmtime_r(&epoch, &_tm) != nullptr;
+    bool readOffset()
+    {
+        TimeSpan offset;
+        _reader.takeBlanks();
+        return !_reader.atEnd() && readZone(_reader, offset) &&
+               tell(_told.zone, static_cast<int>(offset.seconds()));
     }
 
     Time result() const
     {
-        TimeFields fields;
-        fields.year = _tm.tm_year + 1900;
-        fields.month = _tm.tm_mon + 1;
-        fields.day = _tm.tm_mday;
-        fields.hour = _tm.tm_hour;
-        fields.minute = _tm.tm_min;
-        fields.second = _tm.tm_sec;
-        fields.usec = _usec;
-        const Time time(fields);
-        return time.valid() ? time - TimeSpan(static_cast<double>(_tm.tm_gmtoff)) : time;
+        const TimeSpan zone = TimeSpan::FromUSecs(int64_t(_told.zone.value_or(0)) * 1000000);
+        const TimeSpan fraction = TimeSpan::FromUSecs(_told.usec.value_or(0));
+        if (_told.epochSeconds) {
+            const int64_t below = *_told.epochSeconds < 0 ? 1 : 0;
+            const Time time = Time::FromUSecs((*_told.epochSeconds + below) * 1000000) +
+                              (fraction - TimeSpan::FromUSecs(below * 1000000));
+            return agreesWith((time + zone).fields()) ? time : Time();
+        }
+        const TimeFields fields = localFields();
+        const Time local(fields);
+        return local.valid() && agreesWith(fields) ? local + (fraction - zone) : Time();
     }
 
-    const char *_text;
-    std::tm _tm{};
-    int _usec{0};
+    TimeFields localFields() const
+    {
+        TimeFields fields;
+        fields.year = _told.year.value_or(1970);
+        fields.month = _told.month.value_or(1);
+        fields.day = _told.day.value_or(1);
+        if (_told.dayOfYear && !_told.month && !_told.day) {
+            const Time date = Time::FromDayOfYear(fields.year, *_told.dayOfYear);
+            fields = date.fields();
+        } else {
+            fields.dayOfYear = Time(fields).fields().dayOfYear;
+        }
+        const int halfDay = _told.isAfternoon.value_or(0) ? 12 : 0;
+        const int hour = _told.hourOfHalfDay ? *_told.hourOfHalfDay % 12 + halfDay : 0;
+        fields.hour = _told.hour.value_or(hour);
+        fields.minute = _told.minute.value_or(0);
+        fields.second = _told.second.value_or(0);
+        return fields;
+    }
+
+    /** True if nothing that was told contradicts @p fields. */
+    bool agreesWith(const TimeFields &fields) const
+    {
+        const auto agrees = [](const ToldFields::Field &told, int value) {
+            return !told || *told == value;
+        };
+        const int hourOfHalfDay = (fields.hour + 11) % 12 + 1;
+        return agrees(_told.year, fields.year) && agrees(_told.month, fields.month) &&
+               agrees(_told.day, fields.day) && agrees(_told.dayOfYear, fields.dayOfYear) &&
+               agrees(_told.weekday, weekday(Time(fields.year, fields.month, fields.day))) &&
+               agrees(_told.hour, fields.hour) && agrees(_told.hourOfHalfDay, hourOfHalfDay) &&
+               agrees(_told.isAfternoon, fields.hour >= 12 ? 1 : 0) &&
+               agrees(_told.minute, fields.minute) && agrees(_told.second, fields.second);
+    }
+
+    Reader _reader;
+    ToldFields _told;
 };
 
 std::tm brokenDownTime(const TimeFields &fields)
@@ -243,14 +456,6 @@ std::tm brokenDownTime(const TimeFields &fields)
     tm.tm_yday = fields.dayOfYear - 1;
     tm.tm_zone = "UTC";
     return tm;
-}
-
-/** 0 for a Sunday; 1970-01-01 was a Thursday. */
-int weekday(Time time)
-{
-    constexpr int64_t UsecsPerDay = 86400000000;
-    const int64_t days = time.usecs() / UsecsPerDay - (time.usecs() % UsecsPerDay < 0 ? 1 : 0);
-    return static_cast<int>(((days + 4) % 7 + 7) % 7);
 }
 
 /** Replaces the conversions that strftime lacks or takes for local time. */
@@ -305,10 +510,7 @@ Time Time::FromString(const std::string &text)
 
 Time Time::FromString(const std::string &text, const char *format)
 {
-    if (text.find('\0') != std::string::npos)
-        return {};
-
-    return FormatReader(text.c_str()).read(format);
+    return FormatReader(text).read(format);
 }
 
 bool Time::fromString(const std::string &text)
@@ -348,7 +550,7 @@ std::string Time::toString(const char *format) const
     const TimeFields f = fields();
     std::tm tm = brokenDownTime(f);
     tm.tm_wday = weekday(*this);
-    const int64_t epochSeconds = (usecs() - f.usec) / 1000000;
+    const int64_t epochSeconds = usecs() / 1000000 - (usecs() % 1000000 < 0 ? 1 : 0);
     // A blank in front tells an empty result from a buffer that is too small.
     const std::string expanded = ' ' + expandFormat(format, f, epochSeconds);
     std::string text(std::max<size_t>(64, 4 * expanded.size()), '\0');

@@ -77,7 +77,7 @@ int Record::sampleIndex(Core::Time time) const
     if (!hasEndTime() || time > _endTime)
         return n;
 
-    const double usecs = static_cast<double>(time.usecs() - _startTime.usecs());
+    const double usecs = static_cast<double>((time - _startTime).usecs());
     const double estimate = std::ceil(usecs * _samplingFrequency * 1E-6);
     int index = estimate >= n ? n : static_cast<int>(estimate);
     while (index > 0 && sampleTime(index - 1) >= time)
