@@ -5,9 +5,11 @@
 #include <tellarix/core/records/ringbuffer.h>
 #include <tellarix/core/records/timewindowbuffer.h>
 
+#include <QElapsedTimer>
 #include <QtTest>
 
 #include <algorithm>
+#include <functional>
 
 using namespace RecordTesting;
 using Windows = std::vector<Core::TimeWindow>;
@@ -114,13 +116,30 @@ private:
     std::vector<RecordCPtr> _records;
 };
 
+/** The shortest time in seconds that a few sequences take to be fed with @p records. */
+double feedingTime(const std::vector<RecordCPtr> &records)
+{
+    double shortest = Infinity;
+    for (int run = 0; run < 5; ++run) {
+        RingBuffer sequence(0, 0);
+        QElapsedTimer timer;
+        timer.start();
+        for (const RecordCPtr &record : records)
+            sequence.feed(record.get());
+        shortest = std::min(shortest, 1E-9 * static_cast<double>(timer.nsecsElapsed()));
+        if (sequence.size() != static_cast<int>(records.size()))
+            return Infinity;
+    }
+    return shortest;
+}
+
 RecordCPtr randomRecord(std::mt19937 &random)
 {
     const double rates[] = {1.0, 2.0, 0.7};
     const int lengths[] = {0, 1, 5, 30, 30, 30, 30, 400};
     const double rate = rates[random() % 3];
     const int n = lengths[random() % 8];
-    const double start = random() % 12000 + (random() % 4 ? 0.0 : 0.4);
+    const double start = random() % 60000 + (random() % 4 ? 0.0 : 0.4);
     if (random() % 2)
         return makeRecord(at(start), rate, arrayOf(randomSamples<int>(random, n, 0)));
     return makeRecord(at(start), rate, arrayOf(randomSamples<double>(random, n, 10)));
@@ -129,7 +148,7 @@ RecordCPtr randomRecord(std::mt19937 &random)
 void compareWindows(const RecordSequence &sequence, PlainSequence &plain, std::mt19937 &random)
 {
     for (int i = 0; i < 25; ++i) {
-        const double start = random() % 12500 - 100.0 + (random() % 3) * 0.25;
+        const double start = random() % 60500 - 100.0 + (random() % 3) * 0.25;
         const double length = std::pow(10.0, random() % 5) * 1.3;
         const Core::TimeWindow where = window(start, start + length);
         const SampleSummary expected = plain.summary(where);
@@ -164,7 +183,7 @@ private:
         std::mt19937 random(seed);
 
         std::vector<RecordCPtr> records;
-        for (int i = 0; i < 900; ++i)
+        for (int i = 0; i < 4000; ++i)
             records.push_back(randomRecord(random));
         const auto earlier = [](const RecordCPtr &a, const RecordCPtr &b) {
             return a->startTime() < b->startTime();
@@ -183,7 +202,7 @@ private:
             QCOMPARE(sequence.feed(records[i].get()), !late && plain.feed(records[i], 0.5));
             if (capacity && static_cast<int>(kept.size()) > capacity)
                 kept.erase(kept.begin());
-            if (i % 100 == 17 || i + 1 == records.size()) {
+            if (i % 1500 == 17 || i + 1 == records.size()) {
                 compareRecords(sequence, plain);
                 compareWindows(sequence, plain, random);
             }
@@ -223,7 +242,30 @@ private slots:
     {
         for (int order = 0; order < 3; ++order) {
             comparePlain(order, 0);
-            comparePlain(order, 90);
+            comparePlain(order, order == 1 ? 600 : 1200);
+        }
+    }
+
+    void feedingTakesTimeByTheRecord()
+    {
+        constexpr int Few = 1000;
+        constexpr int Factor = 16;
+        const std::pair<const char *, std::function<RecordCPtr(int i, int n)>> orders[] = {
+            {"each reaches over all", [](int i, int n) { return ramp(i, 2, 2.0 / n); }},
+            {"each is longer", [](int i, int) { return ramp(0, 2, 2.0 / (1 + i)); }},
+            {"each begins earlier", [](int i, int) { return ramp(-i, 2, 1.0 / (1 + i)); }},
+            {"no order", [](int i, int n) { return ramp(i * 7919LL % n, 1); }},
+            {"two stretches by turns", [](int i, int n) { return ramp(i % 2 * n + i / 2, 1); }}};
+        for (const auto &[name, recordAt] : orders) {
+            std::vector<RecordCPtr> few, many;
+            for (int i = 0; i < Few; ++i)
+                few.push_back(recordAt(i, Few));
+            for (int i = 0; i < Factor * Few; ++i)
+                many.push_back(recordAt(i, Factor * Few));
+            // Far below the square of the factor, which pairs of records would take.
+            const double growth = feedingTime(many) / feedingTime(few);
+            qInfo("%s: %d times the records take %.0f times the time", name, Factor, growth);
+            QVERIFY2(growth < 12 * Factor, name);
         }
     }
 

@@ -272,8 +272,8 @@ void Waveforms::collectStretches()
         for (int slot = 0; slot < widget->slotCount(); ++slot) {
             if (!widget->records(slot))
                 continue;
-            for (const RecordSpan &span : widget->records(slot)->spans())
-                windows.append(Core::TimeWindow(span.start, span.end));
+            for (const RecordCPtr &record : *widget->records(slot))
+                windows.append(record->timeWindow());
         }
     }
     _stretches = dataStretches(windows);

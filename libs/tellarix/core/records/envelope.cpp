@@ -24,7 +24,9 @@ constexpr size_t RememberedTails = 4;
 constexpr int UsualColumns = 8192;
 /** Samples converted, or columns worked out, at a time. */
 constexpr int ChunkSize = 256;
-/** How many records ahead a record, its array and its samples are fetched into the cache. */
+/** How many records ahead a span, a record, its array and its samples are fetched into the cache.
+ */
+constexpr int SpanAhead = 32;
 constexpr int RecordAhead = 8;
 constexpr int ArrayAhead = 5;
 constexpr int SamplesAhead = 3;
@@ -78,10 +80,11 @@ private:
     double xOf(Core::Time time) const;
     double doubleColumnEnd(int column) const;
 
+    void addRecords(const RecordBlock &block, int begin, int end);
     bool fitsColumn(const RecordSpan &span) const;
     bool widenOpenColumn(const RecordSpan &span);
     void addSpan(const RecordSpan &span);
-    void prefetch(int index, int last) const;
+    void prefetch(const RecordBlock &block, int position, int end) const;
     const SampleGrid &gridOf(double samplingFrequency);
     void addRecord(const Record *record, const RecordSpan &span);
     void addSamples(const NumericArray &data, int first, int last, double x, double step);
@@ -152,23 +155,35 @@ void EnvelopeBuilder::build()
     const int last = std::min(_records.size(), _records.firstStartingFrom(_window.endTime()) + 1);
     if (_detail == EnvelopeDetail::EverySample) {
         for (int i = first; i < last; ++i)
-            addRecord(_records.at(i), _records.spans()[i]);
+            addRecord(_records.at(i), _records.span(i));
     } else {
         _envelope.columns.reserve(static_cast<size_t>(std::min(_columnCount, UsualColumns)) + 2);
-        const Core::TimeSpan longest(SnappedRecord / _pixelsPerSecond);
-        for (int i = first, next; i < last; i = next) {
-            const RecordSpan &span = _records.widestSpan(i, last, longest, next);
-            if (widenOpenColumn(span))
-                continue;
-            if (fitsColumn(span)) {
-                addSpan(span);
-                continue;
-            }
-            prefetch(i, last);
-            addRecord(_records.at(i), span);
+        for (int i = first, position; i < last;) {
+            const RecordBlock &block = _records.blockOf(i, position);
+            const int end = std::min(block.end(), position + last - i);
+            addRecords(block, position, end);
+            i += end - position;
         }
     }
     closeStretch();
+}
+
+/** Adds the records of a block from position @p begin to @p end. */
+void EnvelopeBuilder::addRecords(const RecordBlock &block, int begin, int end)
+{
+    const Core::TimeSpan longest(SnappedRecord / _pixelsPerSecond);
+    for (int i = begin, next; i < end; i = next) {
+        const RecordSpan &span = block.widestSpan(i, end, longest, next);
+        hwy::Prefetch(&span + SpanAhead);
+        if (widenOpenColumn(span))
+            continue;
+        if (fitsColumn(span)) {
+            addSpan(span);
+            continue;
+        }
+        prefetch(block, i, end);
+        addRecord(block.record(i).get(), span);
+    }
 }
 
 /** True if @p span can be drawn without a look at its samples. */
@@ -211,21 +226,21 @@ void EnvelopeBuilder::addSpan(const RecordSpan &span)
         true);
 }
 
-/** Has what the records behind record @p index need on the way by the time that it is read. */
-void EnvelopeBuilder::prefetch(int index, int last) const
+/** Has what the records behind @p position need on the way by the time that it is read. */
+void EnvelopeBuilder::prefetch(const RecordBlock &block, int position, int end) const
 {
-    if (index + RecordAhead < last)
-        hwy::Prefetch(_records.at(index + RecordAhead));
-    if (index + ArrayAhead < last)
-        hwy::Prefetch(_records.at(index + ArrayAhead)->data());
-    if (index + SamplesAhead >= last)
+    if (position + RecordAhead < end)
+        hwy::Prefetch(block.record(position + RecordAhead).get());
+    if (position + ArrayAhead < end)
+        hwy::Prefetch(block.record(position + ArrayAhead)->data());
+    if (position + SamplesAhead >= end)
         return;
 
-    const Record *record = _records.at(index + SamplesAhead);
+    const Record *record = block.record(position + SamplesAhead).get();
     const double spacing = record->samplingFrequency() / _pixelsPerSecond;
     if (!record->data() || !(spacing >= DenseSamples))
         return;
-    const double x = xOf(_records.spans()[index + SamplesAhead].start);
+    const double x = xOf(block.span(position + SamplesAhead).start);
     record->data()->prefetchRuns((columnAt(x) + 1 - x) * spacing, spacing, _grid.alignment);
 }
 

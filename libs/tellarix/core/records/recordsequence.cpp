@@ -10,35 +10,6 @@
 namespace Tellarix {
 namespace {
 
-constexpr int LevelShift = 4;
-static_assert(1 << LevelShift == RecordSequence::LevelRatio);
-
-float rounded(double value)
-{
-    constexpr double Limit = std::numeric_limits<float>::max();
-    return static_cast<float>(std::clamp(value, -Limit, Limit));
-}
-
-RecordSpan spanOf(const Record *record)
-{
-    constexpr double Infinity = std::numeric_limits<double>::infinity();
-    const SampleSummary &summary = record->summary();
-    const Core::TimeWindow window = record->timeWindow();
-    RecordSpan span{window.startTime(), window.endTime(), Infinity, -Infinity, 0, 0, 0, false};
-    if (summary.isEmpty())
-        return span;
-
-    const int n = record->sampleCount();
-    span.minimum = summary.minimum;
-    span.maximum = summary.maximum;
-    span.isWhole = record->hasEndTime() && summary.count == n;
-    span.first = rounded(record->data()->value(0));
-    span.last = rounded(record->data()->value(n - 1));
-    if (record->hasEndTime())
-        span.sampleInterval = rounded(1 / record->samplingFrequency());
-    return span;
-}
-
 bool isSame(const Record *a, const Record *b)
 {
     if (a->sampleCount() == 0 && b->sampleCount() == 0)
@@ -56,12 +27,6 @@ void widen(std::pair<double, double> &range, double minimum, double maximum)
     range.second = std::max(range.second, maximum);
 }
 
-/** Numbers of the entries whose children all lie in [first, last). */
-std::pair<int64_t, int64_t> parentsOf(int64_t first, int64_t last)
-{
-    return {(first + RecordSequence::LevelRatio - 1) >> LevelShift, last >> LevelShift};
-}
-
 } // namespace
 
 RecordSequence::RecordSequence(double tolerance) : _tolerance(tolerance > 0 ? tolerance : 0)
@@ -71,30 +36,58 @@ RecordSequence::~RecordSequence() = default;
 
 void RecordSequence::clear()
 {
-    _records.clear();
-    _spans.clear();
-    _reaches.clear();
-    _levels.clear();
+    _slots.clear();
+    _size = 0;
     _firstNumber = 0;
 }
 
 Core::TimeWindow RecordSequence::timeWindow() const
 {
-    return isEmpty() ? Core::TimeWindow() : Core::TimeWindow(_spans[0].start, _reaches[size() - 1]);
+    if (isEmpty())
+        return {};
+    return {_slots.front().start, std::max(_slots.back().reach, span(size() - 1).start)};
 }
 
 int RecordSequence::firstEndingAfter(Core::Time time) const
 {
-    // Ends are in no order, but the first reach behind the time belongs to the record looked for.
-    const auto reach = std::upper_bound(_reaches.begin(), _reaches.end(), time);
-    return static_cast<int>(reach - _reaches.begin());
+    if (isEmpty())
+        return 0;
+    // A record without an extent ends behind the time if it starts there, as do all that follow.
+    const int started = indexOf(firstPlaceBehind(time));
+    const auto before = [](Core::Time t, const Slot &slot) { return t < slot.reach; };
+    const auto slot = std::upper_bound(_slots.begin(), _slots.end(), time, before);
+    if (slot == _slots.end())
+        return started;
+    const auto number = static_cast<size_t>(slot - _slots.begin());
+    return std::min(started, indexOf({number, slot->block->firstReachingBehind(time)}));
 }
 
 int RecordSequence::firstStartingFrom(Core::Time time) const
 {
-    const auto before = [](const RecordSpan &span, Core::Time t) { return span.start < t; };
-    const auto span = std::lower_bound(_spans.begin(), _spans.end(), time, before);
-    return static_cast<int>(span - _spans.begin());
+    const auto before = [](const Slot &slot, Core::Time t) { return slot.start < t; };
+    const auto behind = std::lower_bound(_slots.begin(), _slots.end(), time, before);
+    if (behind == _slots.begin())
+        return 0;
+    const auto slot = static_cast<size_t>(behind - _slots.begin()) - 1;
+    return indexOf({slot, _slots[slot].block->firstStartingFrom(time)});
+}
+
+/** The place of the first record that starts behind @p time, or the end of the block before. */
+RecordSequence::Place RecordSequence::firstPlaceBehind(Core::Time time) const
+{
+    const auto after = [](Core::Time t, const Slot &slot) { return t < slot.start; };
+    const auto behind = std::upper_bound(_slots.begin(), _slots.end(), time, after);
+    if (behind == _slots.begin())
+        return {0, _slots.front().block->begin()};
+    const auto slot = static_cast<size_t>(behind - _slots.begin()) - 1;
+    return {slot, _slots[slot].block->firstStartingBehind(time)};
+}
+
+size_t RecordSequence::slotOf(int64_t number) const
+{
+    const auto after = [](int64_t n, const Slot &slot) { return n < slot.first; };
+    const auto behind = std::upper_bound(_slots.begin(), _slots.end(), number, after);
+    return static_cast<size_t>(behind - _slots.begin()) - 1;
 }
 
 /**
@@ -113,7 +106,7 @@ void RecordSequence::walkWindow(const Core::TimeWindow *window, Inside inside,
         return;
 
     const auto single = [&](int index) {
-        const RecordSpan &span = _spans[index];
+        const RecordSpan &span = this->span(index);
         if (span.start >= window->startTime() && span.end <= window->endTime()) {
             inside(index, index + 1);
         } else if (span.end > window->startTime() || span.start >= window->startTime()) {
@@ -168,19 +161,8 @@ bool RecordSequence::recordExtrema(int first, int last, double &minimum, double 
 {
     constexpr double Infinity = std::numeric_limits<double>::infinity();
     std::pair<double, double> range(Infinity, -Infinity);
-    walkLevels(
-        std::max(0, first), std::min(size(), last),
-        [&](int from, int to) {
-            for (int i = from; i < to; ++i)
-                widen(range, _spans[i].minimum, _spans[i].maximum);
-        },
-        [&](const Level &level, int64_t from, int64_t to) {
-            for (int64_t i = from; i < to; ++i) {
-                const SampleSummary &entry = level.at(i).summary;
-                if (!entry.isEmpty())
-                    widen(range, entry.minimum, entry.maximum);
-            }
-        });
+    walkRuns(first, last,
+             [&](const RecordRun &run) { widen(range, run.span.minimum, run.span.maximum); });
     if (range.first > range.second)
         return false;
     minimum = range.first;
@@ -188,73 +170,42 @@ bool RecordSequence::recordExtrema(int first, int last, double &minimum, double 
     return true;
 }
 
-/**
- * Splits a run of records into records at its edges, for which it calls @p onRecords(first, last),
- * and entries of levels between, for which it calls @p onEntries(level, first, last).
- */
-template <typename OnRecords, typename OnEntries>
-void RecordSequence::walkLevels(int first, int last, OnRecords onRecords, OnEntries onEntries) const
-{
-    if (first >= last)
-        return;
-
-    int64_t from = _firstNumber + first;
-    int64_t to = _firstNumber + last;
-    const auto take = [&](size_t depth, int64_t begin, int64_t end) {
-        if (begin >= end)
-            return;
-        if (depth == 0)
-            onRecords(static_cast<int>(begin - _firstNumber), static_cast<int>(end - _firstNumber));
-        else
-            onEntries(_levels[depth - 1], begin, end);
-    };
-    for (size_t depth = 0;; ++depth) {
-        const auto parents = parentsOf(from, to);
-        if (depth == _levels.size() || parents.first >= parents.second) {
-            take(depth, from, to);
-            return;
-        }
-        take(depth, from, parents.first * LevelRatio);
-        take(depth, parents.second * LevelRatio, to);
-        from = parents.first;
-        to = parents.second;
-    }
-}
-
 SampleSummary RecordSequence::recordSummary(int first, int last) const
 {
     SampleSummary result;
-    walkLevels(
-        std::max(0, first), std::min(size(), last),
-        [&](int from, int to) {
-            for (int i = from; i < to; ++i)
-                result.add(at(i)->summary());
-        },
-        [&](const Level &level, int64_t from, int64_t to) {
-            for (int64_t i = from; i < to; ++i)
-                result.add(level.at(i).summary);
-        });
+    walkRuns(first, last, [&](const RecordRun &run) { result.add(run.summary()); });
     return result;
 }
 
-const RecordSpan &RecordSequence::widestEntry(int index, int last, Core::TimeSpan longest,
-                                              int &next) const
+/** Calls @p visit(run) for the blocks and runs that lie as a whole among the records from index
+ *  @p first to @p last, and for the single records at the edges. */
+template <typename Visit>
+void RecordSequence::walkRuns(int first, int last, Visit visit) const
 {
-    const RecordSpan *widest = &_spans[index];
-    int64_t number = _firstNumber + index;
-    int64_t records = 1;
-    for (const Level &level : _levels) {
-        records *= LevelRatio;
-        if (number % LevelRatio || index + records > last)
-            break;
-        number >>= LevelShift;
-        const RecordSpan &span = level.at(number).span;
-        if (!span.isWhole || span.end - span.start > longest)
-            break;
-        widest = &span;
-        next = static_cast<int>(index + records);
+    first = std::max(0, first);
+    last = std::min(size(), last);
+    if (first >= last)
+        return;
+
+    const Place from = placeOf(first);
+    const Place to = placeOf(last - 1);
+    for (size_t slot = from.slot; slot <= to.slot; ++slot) {
+        const RecordBlock &block = *_slots[slot].block;
+        const int begin = slot == from.slot ? from.position : block.begin();
+        const int end = slot == to.slot ? to.position + 1 : block.end();
+        if (end - begin == block.size()) {
+            visit(block.whole());
+            continue;
+        }
+        for (int i = begin; i < end;) {
+            if (i % RecordBlock::RunLength || block.runEnd(i) > end) {
+                visit(block.single(i++));
+            } else {
+                visit(block.run(i));
+                i = block.runEnd(i);
+            }
+        }
     }
-    return *widest;
 }
 
 std::vector<Core::TimeWindow> RecordSequence::gaps() const
@@ -262,8 +213,8 @@ std::vector<Core::TimeWindow> RecordSequence::gaps() const
     std::vector<Core::TimeWindow> result;
     Core::Time reach;
     for (int i = 0; i < size(); ++i) {
-        const RecordSpan &span = _spans[i];
-        if (span.end <= span.start)
+        const RecordSpan &span = this->span(i);
+        if (!span.hasExtent())
             continue;
         if (reach.valid() && span.start > reach && span.start - reach > toleranceOf(at(i)))
             result.emplace_back(reach, span.start);
@@ -277,7 +228,7 @@ std::vector<Core::TimeWindow> RecordSequence::overlaps() const
     std::vector<Core::TimeWindow> result;
     Core::Time reach;
     for (int i = 0; i < size(); ++i) {
-        const RecordSpan &span = _spans[i];
+        const RecordSpan &span = this->span(i);
         const Core::Time end = std::min(reach, span.end);
         if (span.start < end && end - span.start > toleranceOf(at(i))) {
             if (!result.empty() && span.start <= result.back().endTime())
@@ -292,11 +243,10 @@ std::vector<Core::TimeWindow> RecordSequence::overlaps() const
 
 size_t RecordSequence::memorySize() const
 {
-    size_t bytes = sizeof(*this) + _records.memorySize() + _spans.memorySize() +
-                   _reaches.memorySize() + _levels.capacity() * sizeof(Level);
-    for (const Level &level : _levels)
-        bytes += level.entries.memorySize();
-    for (const RecordCPtr &record : _records)
+    size_t bytes = sizeof(*this) + _slots.capacity() * sizeof(Slot);
+    for (const Slot &slot : _slots)
+        bytes += slot.block->memorySize();
+    for (const RecordCPtr &record : *this)
         bytes += sizeof(Record) + (record->data() ? record->data()->memorySize() : 0);
     return bytes;
 }
@@ -310,7 +260,7 @@ Core::TimeSpan RecordSequence::toleranceOf(const Record *record) const
 
 bool RecordSequence::covers(const Record *record) const
 {
-    if (isEmpty() || record->startTime() > _reaches[size() - 1])
+    if (isEmpty())
         return false;
     if (!record->hasEndTime() || record->sampleCount() == 0)
         return holdsTwinOf(record);
@@ -321,24 +271,36 @@ bool RecordSequence::covers(const Record *record) const
         std::min(tolerance, Core::TimeSpan::FromUSecs(length.usecs() / 2));
     const Core::Time first = record->startTime() + margin;
     const Core::Time last = record->endTime() - margin;
+    if (_slots.back().reach < last)
+        return false;
 
-    Core::Time reach = first;
-    Core::Time latestStart = first;
-    for (int i = firstEndingAfter(first); i < size() && _spans[i].start <= latestStart; ++i) {
-        if (_spans[i].end <= reach || _spans[i].end == _spans[i].start)
-            continue;
-        reach = _spans[i].end;
-        latestStart = reach + tolerance;
-        if (reach >= last)
-            return true;
+    const Place behind = firstPlaceBehind(first);
+    Core::Time reach = reachBefore(behind);
+    if (reach <= first)
+        return false;
+    // What starts up to here is done with: the rest has to go on without a hole.
+    for (size_t slot = behind.slot; slot < _slots.size() && reach < last; ++slot) {
+        const RecordBlock &block = *_slots[slot].block;
+        if (!block.extend(reach, slot == behind.slot ? behind.position : block.begin(), tolerance,
+                          last))
+            return false;
     }
-    return false;
+    return reach >= last;
+}
+
+/** Latest end of the records with an extent before @p place; not valid without one. */
+Core::Time RecordSequence::reachBefore(const Place &place) const
+{
+    const Core::Time before = place.slot > 0 ? _slots[place.slot - 1].reach : Core::Time();
+    const RecordBlock &block = blockAt(place);
+    return place.position > block.begin() ? std::max(before, block.reachAt(place.position - 1))
+                                          : before;
 }
 
 bool RecordSequence::holdsTwinOf(const Record *record) const
 {
     const Core::Time start = record->startTime();
-    for (int i = firstStartingFrom(start); i < size() && _spans[i].start == start; ++i) {
+    for (int i = firstStartingFrom(start); i < size() && span(i).start == start; ++i) {
         if (isSame(at(i), record))
             return true;
     }
@@ -357,47 +319,75 @@ bool RecordSequence::insert(const Record *record)
 
 void RecordSequence::place(const RecordCPtr &record)
 {
-    if (isEmpty() || _spans[size() - 1].start <= record->startTime()) {
+    if (isEmpty() || span(size() - 1).start <= record->startTime())
         append(record);
-        return;
-    }
-    const auto after = [](Core::Time t, const RecordSpan &span) { return t < span.start; };
-    const auto position =
-        std::upper_bound(_spans.begin(), _spans.end(), record->startTime(), after);
-    insertAt(static_cast<int>(position - _spans.begin()), record);
+    else
+        insertAt(firstPlaceBehind(record->startTime()), record);
 }
 
 void RecordSequence::append(const RecordCPtr &record)
 {
-    const RecordSpan span = spanOf(record.get());
-    _reaches.append(isEmpty() ? span.end : std::max(_reaches[size() - 1], span.end));
-    _records.append(record);
-    _spans.append(span);
-    addToLevels({span, record->summary()});
+    if (_slots.empty() || !_slots.back().block->canAppend())
+        addSlot(_slots.size(), std::make_unique<RecordBlock>(), _firstNumber + _size);
+    _slots.back().block->append(record);
+    ++_size;
+    updateSlot(_slots.size() - 1);
 }
 
-void RecordSequence::insertAt(int index, const RecordCPtr &record)
+void RecordSequence::insertAt(Place place, const RecordCPtr &record)
 {
-    const bool front = _records.shiftsFront(index);
-    const RecordSpan span = spanOf(record.get());
-    _records.insert(index, record);
-    _spans.insert(index, span);
-    _reaches.insert(index, index > 0 ? std::max(_reaches[index - 1], span.end) : span.end);
-    raiseReaches(index);
+    place = makeRoom(place);
+    _slots[place.slot].block->insert(place.position, record);
+    ++_size;
+    // What lies before a record in the first block moves to the front, else what lies behind.
+    if (place.slot == 0)
+        _slots.front().first = --_firstNumber - _slots.front().block->begin();
+    for (size_t slot = place.slot + 1; place.slot > 0 && slot < _slots.size(); ++slot)
+        ++_slots[slot].first;
+    updateSlot(place.slot);
+}
 
-    if (front) {
-        --_firstNumber;
-        updateLevels(0, index + 1);
-    } else {
-        updateLevels(index, size());
+/** Makes room for a record at @p place, which then may lie in another block. */
+RecordSequence::Place RecordSequence::makeRoom(Place place)
+{
+    RecordBlock &block = *_slots[place.slot].block;
+    if (!block.isFull())
+        return place;
+
+    const int64_t first = _slots[place.slot].first;
+    // Records that come in order from here on, or in reverse order, fill the block that is new.
+    if (place.position == 0) {
+        addSlot(place.slot, std::make_unique<RecordBlock>(true), first);
+        return {place.slot, RecordBlock::Capacity};
     }
+    if (place.position == block.end()) {
+        addSlot(place.slot + 1, std::make_unique<RecordBlock>(), first + block.end());
+        return {place.slot + 1, 0};
+    }
+    std::unique_ptr<RecordBlock> second = block.split();
+    const int kept = block.end();
+    addSlot(place.slot + 1, std::move(second), first + kept);
+    updateSlot(place.slot);
+    updateSlot(place.slot + 1);
+    return place.position <= kept ? place : Place{place.slot + 1, place.position - kept};
 }
 
-void RecordSequence::raiseReaches(int index)
+/** Adds a block; what the slot says of its times is left to updateSlot(). */
+void RecordSequence::addSlot(size_t slot, std::unique_ptr<RecordBlock> block, int64_t first)
 {
-    const Core::Time reach = _reaches[index];
-    for (int i = index + 1; i < size() && _reaches[i] < reach; ++i)
-        _reaches[i] = reach;
+    const auto position = _slots.begin() + static_cast<std::ptrdiff_t>(slot);
+    _slots.insert(position, Slot{std::move(block), first, {}, {}});
+}
+
+void RecordSequence::updateSlot(size_t slot)
+{
+    const RecordBlock &block = *_slots[slot].block;
+    const Core::Time before = slot > 0 ? _slots[slot - 1].reach : Core::Time();
+    const Core::Time reach = std::max(before, block.reach());
+    _slots[slot].start = block.start();
+    _slots[slot].reach = reach;
+    for (++slot; slot < _slots.size() && _slots[slot].reach < reach; ++slot)
+        _slots[slot].reach = reach;
 }
 
 void RecordSequence::removeFront(int count)
@@ -409,31 +399,29 @@ void RecordSequence::removeFront(int count)
     if (count <= 0)
         return;
 
-    _records.removeFront(count);
-    _spans.removeFront(count);
-    _reaches.removeFront(count);
-    Core::Time reach;
-    for (int i = 0; i < size(); ++i) {
-        reach = std::max(reach, _spans[i].end);
-        if (_reaches[i] == reach)
-            break;
-        _reaches[i] = reach;
-    }
-
+    _size -= count;
     _firstNumber += count;
-    int64_t number = _firstNumber;
-    for (Level &level : _levels) {
-        number >>= LevelShift;
-        if (number > level.first)
-            level.entries.removeFront(static_cast<int>(number - level.first));
-        level.first = number;
+    const size_t slot = slotOf(_firstNumber);
+    _slots.erase(_slots.begin(), _slots.begin() + static_cast<std::ptrdiff_t>(slot));
+    RecordBlock &block = *_slots.front().block;
+    const auto position = static_cast<int>(_firstNumber - _slots.front().first);
+    if (position > block.begin())
+        block.removeFront(position - block.begin());
+    _slots.front().start = block.start();
+
+    Core::Time reach;
+    for (Slot &kept : _slots) {
+        reach = std::max(reach, kept.block->reach());
+        if (kept.reach == reach)
+            break;
+        kept.reach = reach;
     }
 }
 
 void RecordSequence::removeIf(const std::function<bool(const Record *)> &remove)
 {
     std::vector<RecordCPtr> kept;
-    for (const RecordCPtr &record : _records) {
+    for (const RecordCPtr &record : *this) {
         if (!remove(record.get()))
             kept.push_back(record);
     }
@@ -443,86 +431,6 @@ void RecordSequence::removeIf(const std::function<bool(const Record *)> &remove)
     RecordSequence::clear();
     for (const RecordCPtr &record : kept)
         append(record);
-}
-
-void RecordSequence::Entry::add(const Entry &next)
-{
-    span.isWhole = span.isWhole && next.span.isWhole && next.span.continues(span.end);
-    span.end = next.span.end;
-    span.minimum = std::min(span.minimum, next.span.minimum);
-    span.maximum = std::max(span.maximum, next.span.maximum);
-    span.last = next.span.last;
-    summary.add(next.summary);
-}
-
-void RecordSequence::addToLevels(const Entry &last)
-{
-    int64_t entry = _firstNumber + size() - 1;
-    for (Level &level : _levels) {
-        entry >>= LevelShift;
-        if (entry == level.end())
-            level.entries.append(last);
-        else
-            level.at(entry).add(last);
-    }
-    addTopLevel();
-}
-
-void RecordSequence::addTopLevel()
-{
-    const bool none = _levels.empty();
-    if ((none ? size() : _levels.back().entries.size()) <= LevelRatio)
-        return;
-
-    const int64_t first = (none ? _firstNumber : _levels.back().first) >> LevelShift;
-    const int64_t end = none ? _firstNumber + size() : _levels.back().end();
-    _levels.emplace_back();
-    _levels.back().first = first;
-    updateLevel(_levels.size() - 1, first, ((end - 1) >> LevelShift) + 1);
-}
-
-/** Works out the entries again that hold records from index @p first to @p last. */
-void RecordSequence::updateLevels(int first, int last)
-{
-    int64_t from = _firstNumber + first;
-    int64_t to = _firstNumber + last;
-    for (size_t level = 0; level < _levels.size(); ++level) {
-        from >>= LevelShift;
-        to = ((to - 1) >> LevelShift) + 1;
-        updateLevel(level, from, to);
-    }
-    addTopLevel();
-}
-
-void RecordSequence::updateLevel(size_t index, int64_t first, int64_t last)
-{
-    Level &level = _levels[index];
-    for (; first < level.first; --level.first)
-        level.entries.insert(0, Entry());
-    if (level.end() < last)
-        level.entries.resize(static_cast<int>(last - level.first));
-    for (int64_t number = first; number < last; ++number)
-        level.at(number) = combinedEntry(index, number);
-}
-
-RecordSequence::Entry RecordSequence::combinedEntry(size_t level, int64_t number) const
-{
-    const int64_t begin = number * LevelRatio;
-    const int64_t end = begin + LevelRatio;
-    if (level == 0) {
-        const int first = static_cast<int>(std::max(begin, _firstNumber) - _firstNumber);
-        const int last = static_cast<int>(std::min(end - _firstNumber, int64_t(size())));
-        Entry result{_spans[first], at(first)->summary()};
-        for (int i = first + 1; i < last; ++i)
-            result.add({_spans[i], at(i)->summary()});
-        return result;
-    }
-    const Level &below = _levels[level - 1];
-    const int64_t first = std::max(begin, below.first);
-    Entry result = below.at(first);
-    for (int64_t i = first + 1; i < std::min(end, below.end()); ++i)
-        result.add(below.at(i));
-    return result;
 }
 
 } // namespace Tellarix

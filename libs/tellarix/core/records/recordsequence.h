@@ -2,42 +2,18 @@
 
 #pragma once
 
-#include <tellarix/core/records/record.h>
-#include <tellarix/core/records/slidingvector.h>
+#include <tellarix/core/records/recordblock.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <functional>
+#include <iterator>
+#include <memory>
 #include <utility>
 #include <vector>
 
 namespace Tellarix {
-
-/**
- * Where a record, or a run of neighbouring records, stands in time and between which values; kept
- * side by side in a sequence, so that a view need not look at the records themselves.
- */
-struct RecordSpan
-{
-    Core::Time start;
-    Core::Time end; /**< the start for a record without an end */
-    double minimum; /**< infinite and above maximum if there is no finite sample */
-    double maximum;
-    float first; /**< first and last sample, rounded: hold them to minimum and maximum */
-    float last;
-    float sampleInterval; /**< of the first record in seconds; 0 without a usable rate */
-    bool isWhole; /**< all samples are finite and follow each other without gap or overlap */
-
-    bool hasSamples() const { return minimum <= maximum; }
-    double firstValue() const { return std::clamp<double>(first, minimum, maximum); }
-    double lastValue() const { return std::clamp<double>(last, minimum, maximum); }
-    /** True if this span goes on where @p time is, to within half a sample. */
-    bool continues(Core::Time time) const
-    {
-        return std::abs(start.usecs() - time.usecs()) <= 0.5E6 * sampleInterval;
-    }
-};
 
 /**
  * Records of one stream in ascending order of their start times.
@@ -47,21 +23,53 @@ struct RecordSpan
  * to its end minus the tolerance, without a hole above the tolerance. A record without samples or
  * without an end covers nothing, and is itself dropped if the sequence holds the same one.
  *
- * Beside the records the sequence keeps their spans in one array and coarser levels above it, each
- * entry the summary of LevelRatio entries below, so that a view over many days reads a few hundred
- * entries and hardly a record. All of it is kept up to date as records are fed and trimmed.
+ * The records lie in blocks of a few hundred, each with the spans of its records and the summaries
+ * of runs of them, so that a view over many days reads some entries per block and hardly a record.
+ * All of it is kept up to date as records are fed and trimmed.
  *
- * Access by index costs O(1) and the searches by time O(log n), overlaps or not. Feeding at the end
- * is amortised O(1); a late record costs a shift of the records before or behind it, whichever are
- * fewer.
+ * With n records, access by index costs O(1) as long as no record came late and O(log n) then, and
+ * the searches by time O(log n), overlaps or not. Feeding at the end is amortised O(1), into the
+ * middle a pass over one block and one number per block, in whatever order records come and however
+ * many of them overlap.
  */
 class TELLARIX_CORE_API RecordSequence
 {
 public:
-    using Records = SlidingVector<RecordCPtr>;
-    using const_iterator = Records::const_iterator;
+    /** Goes over the records in their order; holds until the sequence changes. */
+    class const_iterator
+    {
+    public:
+        using iterator_category = std::forward_iterator_tag;
+        using value_type = RecordCPtr;
+        using difference_type = std::ptrdiff_t;
+        using pointer = const RecordCPtr *;
+        using reference = const RecordCPtr &;
 
-    static constexpr int LevelRatio = 16;
+        const_iterator() = default;
+        const_iterator(const RecordSequence *sequence, int index)
+            : _sequence(sequence), _index(index)
+        {}
+
+        reference operator*() const { return _sequence->recordAt(_index); }
+        pointer operator->() const { return &**this; }
+        const_iterator &operator++()
+        {
+            ++_index;
+            return *this;
+        }
+        const_iterator operator++(int)
+        {
+            const const_iterator before = *this;
+            ++_index;
+            return before;
+        }
+        bool operator==(const const_iterator &other) const { return _index == other._index; }
+        bool operator!=(const const_iterator &other) const { return _index != other._index; }
+
+    private:
+        const RecordSequence *_sequence{nullptr};
+        int _index{0};
+    };
 
     /** @param tolerance  difference in samples up to which times count as equal, 0 or more */
     explicit RecordSequence(double tolerance = 0.5);
@@ -83,19 +91,21 @@ public:
     virtual void clear();
 
     double tolerance() const { return _tolerance; }
-    bool isEmpty() const { return _records.isEmpty(); }
-    bool empty() const { return _records.isEmpty(); }
-    int size() const { return _records.size(); }
-    const Record *at(int index) const { return _records[index].get(); }
-    const Record *front() const { return _records[0].get(); }
-    const Record *back() const { return _records[_records.size() - 1].get(); }
-    const_iterator begin() const { return _records.begin(); }
-    const_iterator end() const { return _records.end(); }
+    bool isEmpty() const { return _size == 0; }
+    bool empty() const { return _size == 0; }
+    int size() const { return _size; }
+    const Record *at(int index) const { return recordAt(index).get(); }
+    const Record *front() const { return at(0); }
+    const Record *back() const { return at(_size - 1); }
+    const_iterator begin() const { return {this, 0}; }
+    const_iterator end() const { return {this, _size}; }
 
-    /** Spans of the records, in the order of the records. */
-    const SlidingVector<RecordSpan> &spans() const { return _spans; }
-    /** Latest end of each record and all records before it; ascending. */
-    const SlidingVector<Core::Time> &reaches() const { return _reaches; }
+    /** Span of the record at @p index. */
+    const RecordSpan &span(int index) const
+    {
+        const Place place = placeOf(index);
+        return blockAt(place).span(place.position);
+    }
 
     /** From the start of the first record to the latest end; an invalid window if empty. */
     Core::TimeWindow timeWindow() const;
@@ -115,26 +125,22 @@ public:
 
     /**
      * Extrema of the records from index @p first up to, but not including, @p last, from the
-     * spans and the levels above them alone.
+     * spans and summaries alone.
      * @return false, leaving the results alone, if there is no finite sample
      */
     bool recordExtrema(int first, int last, double &minimum, double &maximum) const;
 
     /** Summary of the finite samples of the records from index @p first up to, but not including,
-     *  @p last, from the levels. */
+     *  @p last, from the summaries that are kept. */
     SampleSummary recordSummary(int first, int last) const;
 
-    /**
-     * The span of the most records from index @p index on, before index @p last, that is whole and
-     * not longer than @p longest; the span of the one record if there is no such run.
-     * @param next  set to the index behind the span
-     */
-    const RecordSpan &widestSpan(int index, int last, Core::TimeSpan longest, int &next) const
+    /** The block that holds the record at @p index, whose place in it goes to @p position. A loop
+     *  over many records is fastest block by block. */
+    const RecordBlock &blockOf(int index, int &position) const
     {
-        next = index + 1;
-        if (_levels.empty() || (_firstNumber + index) % LevelRatio)
-            return _spans[index];
-        return widestEntry(index, last, longest, next);
+        const Place place = placeOf(index);
+        position = place.position;
+        return blockAt(place);
     }
 
     /** Stretches between neighbouring records, above the tolerance, that no sample covers. */
@@ -156,48 +162,62 @@ protected:
     void removeIf(const std::function<bool(const Record *)> &remove);
 
 private:
-    struct Entry
+    struct Slot
     {
-        RecordSpan span;
-        SampleSummary summary;
-
-        void add(const Entry &next);
+        std::unique_ptr<RecordBlock> block;
+        /** Number of the record at position 0 of the block. Numbers count the records through and
+         *  stay when others leave at the front. */
+        int64_t first;
+        Core::Time start; /**< of the first record */
+        Core::Time reach; /**< latest end of the records with an extent in this block and before */
     };
 
-    /** Entries that stand for LevelRatio entries each of the level below. */
-    struct Level
+    /** Where a record lies. */
+    struct Place
     {
-        int64_t first{0}; /**< number of the first entry */
-        SlidingVector<Entry> entries;
-
-        int64_t end() const { return first + entries.size(); }
-        Entry &at(int64_t number) { return entries[static_cast<int>(number - first)]; }
-        const Entry &at(int64_t number) const { return entries[static_cast<int>(number - first)]; }
+        size_t slot;
+        int position;
     };
 
-    const RecordSpan &widestEntry(int index, int last, Core::TimeSpan longest, int &next) const;
+    const RecordBlock &blockAt(const Place &place) const { return *_slots[place.slot].block; }
+    const RecordCPtr &recordAt(int index) const
+    {
+        const Place place = placeOf(index);
+        return blockAt(place).record(place.position);
+    }
+    Place placeOf(int index) const
+    {
+        const int64_t number = _firstNumber + index;
+        // Records that came in order fill their blocks.
+        const int64_t guess = (number - _slots.front().first) / RecordBlock::Capacity;
+        auto slot = std::min(static_cast<size_t>(guess), _slots.size() - 1);
+        if (slot + 1 < _slots.size() && _slots[slot + 1].first <= number)
+            slot = slotOf(number);
+        return {slot, static_cast<int>(number - _slots[slot].first)};
+    }
+    size_t slotOf(int64_t number) const;
+    int indexOf(const Place &place) const
+    {
+        return static_cast<int>(_slots[place.slot].first + place.position - _firstNumber);
+    }
+    Place firstPlaceBehind(Core::Time time) const;
     Core::TimeSpan toleranceOf(const Record *record) const;
     bool covers(const Record *record) const;
+    Core::Time reachBefore(const Place &place) const;
     bool holdsTwinOf(const Record *record) const;
     void append(const RecordCPtr &record);
-    void insertAt(int index, const RecordCPtr &record);
-    void raiseReaches(int index);
-    void addToLevels(const Entry &last);
-    void addTopLevel();
-    void updateLevels(int first, int last);
-    void updateLevel(size_t level, int64_t first, int64_t last);
-    Entry combinedEntry(size_t level, int64_t number) const;
-    template <typename OnRecords, typename OnEntries>
-    void walkLevels(int first, int last, OnRecords onRecords, OnEntries onEntries) const;
+    void insertAt(Place place, const RecordCPtr &record);
+    Place makeRoom(Place place);
+    void addSlot(size_t slot, std::unique_ptr<RecordBlock> block, int64_t first);
+    void updateSlot(size_t slot);
+    template <typename Visit>
+    void walkRuns(int first, int last, Visit visit) const;
     template <typename Inside, typename Partial>
     void walkWindow(const Core::TimeWindow *window, Inside inside, Partial partial) const;
 
     double _tolerance;
-    Records _records;
-    SlidingVector<RecordSpan> _spans;
-    SlidingVector<Core::Time> _reaches;
-    /** Levels count records by numbers that stay when records leave or join at the front. */
-    std::vector<Level> _levels;
+    std::vector<Slot> _slots;
+    int _size{0};
     int64_t _firstNumber{0};
 };
 

@@ -4,6 +4,7 @@
 
 #include <tellarix/core/math/filter.h>
 #include <tellarix/core/records/recordsequence.h>
+#include <tellarix/core/records/slidingvector.h>
 
 #include <atomic>
 #include <memory>

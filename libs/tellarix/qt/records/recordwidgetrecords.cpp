@@ -118,7 +118,7 @@ Core::TimeWindow RecordWidget::touchedWindow(const Slot &slot, const Record *rec
     if (previous >= 0) {
         const Record *neighbour = raw.at(previous);
         window.setStartTime(std::min(
-            window.startTime(), std::min(neighbour->lastSampleTime(), raw.spans()[previous].end)));
+            window.startTime(), std::min(neighbour->lastSampleTime(), raw.span(previous).end)));
     }
     for (int i = behind; i < raw.size(); ++i) {
         if (raw.at(i) == record)
