@@ -145,8 +145,8 @@ private slots:
     void filesAndFlagsSetURLs()
     {
         const Environment *environment = Environment::Instance();
-        const QString system = QString::fromLocal8Bit(environment->systemConfigDir());
-        const QString user = QString::fromLocal8Bit(environment->configDir());
+        const QString system = QString::fromLocal8Bit(environment->systemConfigurationDirectory());
+        const QString user = QString::fromLocal8Bit(environment->configurationDirectory());
         write(system + "/prog.ini", "[a]\n1=system prog\n2=system prog\n3=system prog\n");
         write(system + "/tellarix.ini", "[a]\n1=system\n[database]\nurl=sqlite:///system\n");
         write(user + "/tellarix.ini", "[a]\n2=user\n3=user\n");
@@ -168,7 +168,7 @@ private slots:
     void brokenConfigurationFileStops()
     {
         const QString user =
-            QString::fromLocal8Bit(Environment::Instance()->configDir()) + "/prog.ini";
+            QString::fromLocal8Bit(Environment::Instance()->configurationDirectory()) + "/prog.ini";
         const auto status = [](const QStringList &flags) {
             Arguments arguments(flags);
             return Program(arguments).exec();

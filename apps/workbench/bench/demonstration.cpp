@@ -17,7 +17,8 @@ namespace Workbench {
 
 QString demonstrationFolder()
 {
-    return QDir(QString::fromUtf8(Environment::Instance()->dataDir())).filePath("demonstration");
+    return QDir(QString::fromUtf8(Environment::Instance()->dataDirectory()))
+        .filePath("demonstration");
 }
 
 EventSummary demonstrationEvent()

@@ -108,7 +108,7 @@ void Application::addAboutAction(QMainWindow *window)
 QString Application::docUrl() const
 {
     return QStringLiteral("%1/doc/%2/html/index.html")
-        .arg(QString(Tellarix::Environment::Instance()->shareDir()))
+        .arg(QString(Tellarix::Environment::Instance()->shareDirectory()))
         .arg(QString::fromStdString(name()));
 }
 

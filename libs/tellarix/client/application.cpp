@@ -158,7 +158,8 @@ QStringList Application::configurationFiles() const
     const QString ownFile = QString::fromStdString(name()) + QStringLiteral(".ini");
 
     QStringList files;
-    for (const char *folder : {environment->systemConfigDir(), environment->configDir()}) {
+    for (const char *folder :
+         {environment->systemConfigurationDirectory(), environment->configurationDirectory()}) {
         for (const QString &file : {QStringLiteral("tellarix.ini"), ownFile})
             files.append(QString::fromLocal8Bit(folder) + QLatin1Char('/') + file);
     }
@@ -172,7 +173,7 @@ bool Application::checkSchemas()
     schemaValidationNames(names);
     for (const std::string &schemaName : names) {
         const std::string fileName =
-            Environment::Instance()->shareDir() + ("/schemas/" + schemaName + ".ini");
+            Environment::Instance()->shareDirectory() + ("/schemas/" + schemaName + ".ini");
         Configuration schema;
         QString error;
         if (!schema.readFile(QString::fromStdString(fileName), &error) ||

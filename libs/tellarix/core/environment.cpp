@@ -9,7 +9,7 @@
 namespace Tellarix {
 namespace {
 
-std::string findShareDir()
+std::string findShareDirectory()
 {
     const QString chosen = QFile::decodeName(qgetenv("TELLARIX_SHARE_DIR"));
     if (!chosen.isEmpty())
@@ -24,7 +24,7 @@ std::string findShareDir()
     return TELLARIX_INSTALL_SHARE_DIR;
 }
 
-std::string userDir(QStandardPaths::StandardLocation location)
+std::string userDirectory(QStandardPaths::StandardLocation location)
 {
     return (QStandardPaths::writableLocation(location) + QStringLiteral("/tellarix")).toStdString();
 }
@@ -42,23 +42,12 @@ Environment *Environment::Instance()
     return &instance;
 }
 
-std::string Environment::absolutePath(const std::string &path) const
-{
-    QString result = QString::fromStdString(path);
-    if (result.startsWith(QLatin1String("~/")))
-        result.replace(0, 1, QDir::homePath());
-    result.replace(QLatin1String("@SHAREDIR@"), QString::fromStdString(_shareDir));
-    result.replace(QLatin1String("@CONFIGDIR@"), QString::fromStdString(_configDir));
-    result.replace(QLatin1String("@DATADIR@"), QString::fromStdString(_dataDir));
-    return result.toStdString();
-}
-
 void Environment::refresh()
 {
-    _shareDir = findShareDir();
-    _systemConfigDir = _shareDir + "/etc";
-    _configDir = userDir(QStandardPaths::GenericConfigLocation);
-    _dataDir = userDir(QStandardPaths::GenericDataLocation);
+    _shareDirectory = findShareDirectory();
+    _systemConfigurationDirectory = _shareDirectory + "/etc";
+    _configurationDirectory = userDirectory(QStandardPaths::GenericConfigLocation);
+    _dataDirectory = userDirectory(QStandardPaths::GenericDataLocation);
 }
 
 } // namespace Tellarix

@@ -21,16 +21,16 @@ public:
     static Environment *Instance();
 
     /** Installed files, documentation below "doc"; no trailing slash. */
-    const char *shareDir() const { return _shareDir.c_str(); }
+    const char *shareDirectory() const { return _shareDirectory.c_str(); }
     /** Configuration files of the system: "etc" below the share directory. */
-    const char *systemConfigDir() const { return _systemConfigDir.c_str(); }
+    const char *systemConfigurationDirectory() const
+    {
+        return _systemConfigurationDirectory.c_str();
+    }
     /** Configuration files of the user, "~/.config/tellarix"; it may not exist. */
-    const char *configDir() const { return _configDir.c_str(); }
+    const char *configurationDirectory() const { return _configurationDirectory.c_str(); }
     /** Data files of the user, "~/.local/share/tellarix"; it may not exist. */
-    const char *dataDir() const { return _dataDir.c_str(); }
-
-    /** Replaces "@SHAREDIR@", "@CONFIGDIR@", "@DATADIR@" and a leading "~/" in a path. */
-    std::string absolutePath(const std::string &path) const;
+    const char *dataDirectory() const { return _dataDirectory.c_str(); }
 
     /** Reads the environment again; for tests that change it. */
     void refresh();
@@ -38,10 +38,10 @@ public:
 private:
     Environment();
 
-    std::string _shareDir;
-    std::string _systemConfigDir;
-    std::string _configDir;
-    std::string _dataDir;
+    std::string _shareDirectory;
+    std::string _systemConfigurationDirectory;
+    std::string _configurationDirectory;
+    std::string _dataDirectory;
 };
 
 } // namespace Tellarix

@@ -17,10 +17,6 @@ public:
         : _major(major), _minor(minor), _patch(patch)
     {}
 
-    constexpr int majorTag() const { return _major; }
-    constexpr int minorTag() const { return _minor; }
-    constexpr int patchTag() const { return _patch; }
-
     /** "major.minor.patch" */
     std::string toString() const;
 

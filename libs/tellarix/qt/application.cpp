@@ -171,7 +171,7 @@ void Application::handleInterrupt(int signal)
 QString Application::splashImagePath() const
 {
     return QStringLiteral("%1/%2/splash.png")
-        .arg(QString::fromUtf8(Environment::Instance()->shareDir()),
+        .arg(QString::fromUtf8(Environment::Instance()->shareDirectory()),
              QString::fromStdString(name()));
 }
 
