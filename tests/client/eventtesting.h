@@ -18,6 +18,12 @@ inline std::optional<double> randomNumber(QRandomGenerator &random, double scale
                                   : std::optional<double>((random.generateDouble() - 0.5) * scale);
 }
 
+inline std::optional<int> randomCount(QRandomGenerator &random)
+{
+    return random.bounded(3) == 0 ? std::nullopt
+                                  : std::optional<int>(static_cast<int>(random.bounded(500)));
+}
+
 inline std::string randomText(QRandomGenerator &random)
 {
     static const char *const texts[] = {
@@ -30,6 +36,7 @@ inline RealQuantity randomQuantity(QRandomGenerator &random, double scale)
     Uncertainty uncertainty;
     uncertainty.symmetric = randomNumber(random, 1);
     uncertainty.lower = randomNumber(random, 1);
+    uncertainty.upper = randomNumber(random, 1);
     uncertainty.confidenceLevel = randomNumber(random, 100);
     return {(random.generateDouble() - 0.5) * scale, uncertainty};
 }
@@ -49,6 +56,9 @@ inline CreationInfo randomCreationInfo(QRandomGenerator &random)
     info.author = randomText(random);
     if (random.bounded(2))
         info.creationTime = randomTime(random);
+    if (random.bounded(2))
+        info.modificationTime = randomTime(random);
+    info.version = randomText(random);
     return info;
 }
 
@@ -65,16 +75,17 @@ inline OriginPtr randomOrigin(QRandomGenerator &random, const std::string &id)
 {
     const OriginPtr origin(new Origin);
     origin->publicID = id;
-    origin->time = TimeQuantity(randomTime(random));
+    origin->time = TimeQuantity(randomTime(random), randomQuantity(random, 1).uncertainty());
     origin->latitude = randomQuantity(random, 180);
     origin->longitude = randomQuantity(random, 360);
     if (random.bounded(4))
         origin->depth = randomQuantity(random, 1400);
-    if (random.bounded(2))
-        origin->quality.usedPhaseCount = static_cast<int>(random.bounded(500));
-    origin->quality.azimuthalGap = randomNumber(random, 360);
-    origin->quality.standardError = randomNumber(random, 2);
+    origin->quality = {randomCount(random),       randomCount(random),
+                       randomCount(random),       randomNumber(random, 2),
+                       randomNumber(random, 360), randomNumber(random, 180),
+                       randomNumber(random, 180)};
     origin->methodID = randomText(random);
+    origin->earthModelID = randomText(random);
     randomEvaluation(*origin, random);
     return origin;
 }
@@ -87,8 +98,9 @@ inline MagnitudePtr randomMagnitude(QRandomGenerator &random, const std::string 
     magnitude->magnitude = randomQuantity(random, 16);
     magnitude->type = random.bounded(3) ? "Mw" : "";
     magnitude->originID = originID;
-    if (random.bounded(2))
-        magnitude->stationCount = static_cast<int>(random.bounded(100));
+    magnitude->methodID = randomText(random);
+    magnitude->stationCount = randomCount(random);
+    magnitude->azimuthalGap = randomNumber(random, 360);
     randomEvaluation(*magnitude, random);
     return magnitude;
 }
@@ -103,6 +115,9 @@ inline FocalMechanismPtr randomMechanism(QRandomGenerator &random, const std::st
     }
     if (mechanism->nodalPlane1 || mechanism->nodalPlane2)
         mechanism->preferredPlane = 1 + static_cast<int>(random.bounded(2));
+    mechanism->triggeringOriginID = randomText(random);
+    mechanism->azimuthalGap = randomNumber(random, 360);
+    mechanism->stationPolarityCount = randomCount(random);
     mechanism->misfit = randomNumber(random, 1);
     randomEvaluation(*mechanism, random);
     return mechanism;
@@ -114,6 +129,7 @@ inline EventPtr randomEvent(QRandomGenerator &random, const std::string &id)
     const EventPtr event(new Event);
     event->publicID = id;
     event->type = random.bounded(2) ? "earthquake" : "";
+    event->typeCertainty = random.bounded(2) ? "suspected" : "";
     event->creationInfo = randomCreationInfo(random);
     event->descriptions.push_back({"near (" + randomText(random) + ")", "region name"});
     if (random.bounded(2))

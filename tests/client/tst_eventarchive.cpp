@@ -1,9 +1,14 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
 #include <client/databasetesting.h>
+#include <client/eventtesting.h>
 
+#include <tellarix/client/io/eventwriter.h>
+
+#include <QBuffer>
+
+#include <cmath>
 #include <limits>
-#include <random>
 
 using namespace Tellarix;
 using namespace DatabaseTesting;
@@ -34,163 +39,26 @@ DataModel::EventPtr simpleEvent(const std::string &publicID, Core::Time time, do
     return event;
 }
 
-/** Sets whatever there is to set, to values of its own. */
-class Filling
+/** All that an event holds, as far as QuakeML does, and the rest. */
+QByteArray describe(const DataModel::EventPtr &event)
 {
-public:
-    explicit Filling(unsigned seed) : _generator(seed) {}
-
-    double number() { return std::uniform_real_distribution<double>(-400, 400)(_generator); }
-    int integer() { return std::uniform_int_distribution<int>(0, 1000)(_generator); }
-    std::string text() { return "'\"\\%;--ß🌋 " + std::to_string(++_count) + ' '; }
-    Core::Time time() { return Base + Core::TimeSpan(1e6 * number()); }
-    DataModel::Uncertainty uncertainty() { return {number(), number(), number(), number()}; }
-    DataModel::RealQuantity quantity() { return {number(), uncertainty()}; }
-    DataModel::CreationInfo creationInfo() { return {text(), text(), time(), time(), text()}; }
-    DataModel::NodalPlane plane()
-    {
-        DataModel::NodalPlane plane;
-        plane.setStrike(quantity());
-        plane.setDip(quantity());
-        plane.setRake(quantity());
-        return plane;
-    }
-
-    DataModel::OriginPtr origin(const std::string &id)
-    {
-        const auto origin = solution<DataModel::Origin>(id);
-        origin->time = {time(), uncertainty()};
-        origin->latitude = quantity();
-        origin->longitude = quantity();
-        origin->depth = quantity();
-        origin->quality = {integer(), integer(), integer(), number(), number(), number(), number()};
-        origin->evaluationMode = text();
-        origin->evaluationStatus = text();
-        origin->methodID = text();
-        origin->earthModelID = text();
-        origin->creationInfo = creationInfo();
-        return origin;
-    }
-    DataModel::MagnitudePtr magnitude(const std::string &id, const std::string &originID)
-    {
-        const auto magnitude = solution<DataModel::Magnitude>(id);
-        magnitude->magnitude = quantity();
-        magnitude->type = text();
-        magnitude->originID = originID;
-        magnitude->methodID = text();
-        magnitude->stationCount = integer();
-        magnitude->azimuthalGap = number();
-        magnitude->evaluationMode = text();
-        magnitude->evaluationStatus = text();
-        magnitude->creationInfo = creationInfo();
-        return magnitude;
-    }
-    DataModel::FocalMechanismPtr mechanism(const std::string &id, const std::string &originID)
-    {
-        const auto mechanism = solution<DataModel::FocalMechanism>(id);
-        mechanism->nodalPlane1 = plane();
-        mechanism->nodalPlane2 = plane();
-        mechanism->preferredPlane = 2;
-        mechanism->triggeringOriginID = originID;
-        mechanism->azimuthalGap = number();
-        mechanism->stationPolarityCount = integer();
-        mechanism->misfit = number();
-        mechanism->evaluationMode = text();
-        mechanism->evaluationStatus = text();
-        mechanism->creationInfo = creationInfo();
-        return mechanism;
-    }
-    DataModel::EventPtr event(const std::string &id)
-    {
-        const auto event = solution<DataModel::Event>(id);
-        event->type = text();
-        event->typeCertainty = text();
-        event->descriptions = {{text(), "region name"}, {text(), ""}, {"", "region name"},
-                               {text(), text()},        {text(), ""}, {text(), "region name"}};
-        event->origins = {origin(id + "/o1"), origin(id + "/o2 ")};
-        event->magnitudes = {magnitude(id + "/m1", id + "/o2 "), magnitude(id + "/m2", "far")};
-        event->focalMechanisms = {mechanism(id + "/f1", id + "/o1"), mechanism(id + "/f2", "")};
-        event->preferredOriginID = id + "/o2 ";
-        event->preferredMagnitudeID = id + "/m2";
-        event->preferredFocalMechanismID = id + "/f2";
-        event->creationInfo = creationInfo();
-        return event;
-    }
-
-private:
-    std::mt19937 _generator;
-    int _count{0};
-};
-
-/** All that an event holds, in lines. */
-class Description
-{
-public:
-    static QStringList Of(const DataModel::Event *event)
-    {
-        if (!event)
-            return {"no event"};
-        Description all;
-        all << event->publicID << event->type << event->typeCertainty << event->preferredOriginID
-            << event->preferredMagnitudeID << event->preferredFocalMechanismID
-            << event->creationInfo;
-        for (const DataModel::EventDescription &description : event->descriptions)
-            all << description.type << description.text;
-        for (const DataModel::OriginPtr &o : event->origins)
-            all << o->publicID << o->time.value() << o->time.uncertainty() << o->latitude
-                << o->longitude << o->depth << o->quality.usedPhaseCount
-                << o->quality.associatedPhaseCount << o->quality.usedStationCount
-                << o->quality.standardError << o->quality.azimuthalGap << o->quality.minimumDistance
-                << o->quality.maximumDistance << o->evaluationMode << o->evaluationStatus
-                << o->methodID << o->earthModelID << o->creationInfo;
-        for (const DataModel::MagnitudePtr &m : event->magnitudes)
-            all << m->publicID << m->magnitude << m->type << m->originID << m->methodID
-                << m->stationCount << m->azimuthalGap << m->evaluationMode << m->evaluationStatus
-                << m->creationInfo;
-        for (const DataModel::FocalMechanismPtr &f : event->focalMechanisms)
-            all << f->publicID << f->nodalPlane1 << f->nodalPlane2 << f->preferredPlane
-                << f->triggeringOriginID << f->azimuthalGap << f->stationPolarityCount << f->misfit
-                << f->evaluationMode << f->evaluationStatus << f->creationInfo;
-        return all._lines;
-    }
-
-private:
-    Description &operator<<(const std::string &text)
-    {
-        _lines << QString::fromStdString(text);
-        return *this;
-    }
-    Description &operator<<(Core::Time time) { return *this << time.iso(); }
-    Description &operator<<(double value)
-    {
-        _lines << QString::number(value, 'g', 17);
-        return *this;
-    }
-    template <typename T>
-    Description &operator<<(const std::optional<T> &value)
-    {
-        return value ? *this << *value : *this << std::string("none");
-    }
-    Description &operator<<(const DataModel::Uncertainty &u)
-    {
-        return *this << u.symmetric << u.lower << u.upper << u.confidenceLevel;
-    }
-    Description &operator<<(const DataModel::RealQuantity &quantity)
-    {
-        return *this << quantity.value() << quantity.uncertainty();
-    }
-    Description &operator<<(const DataModel::NodalPlane &plane)
-    {
-        return *this << plane.strike() << plane.dip() << plane.rake();
-    }
-    Description &operator<<(const DataModel::CreationInfo &info)
-    {
-        return *this << info.agencyID << info.author << info.creationTime << info.modificationTime
-                     << info.version;
-    }
-
-    QStringList _lines;
-};
+    if (!event)
+        return "no event";
+    QByteArray text;
+    QBuffer buffer(&text);
+    buffer.open(QIODevice::WriteOnly);
+    const auto writer = IO::EventWriter::Create("quakeml", buffer);
+    if (!writer->begin() || !writer->write(*event) || !writer->end())
+        return "not written";
+    const auto add = [&](const auto &solution) {
+        text += solution->creationInfo.modificationTime.iso().c_str() + QByteArray("\n");
+    };
+    add(event);
+    std::for_each(event->origins.begin(), event->origins.end(), add);
+    std::for_each(event->magnitudes.begin(), event->magnitudes.end(), add);
+    std::for_each(event->focalMechanisms.begin(), event->focalMechanisms.end(), add);
+    return text;
+}
 
 /** Counts of rows in all tables, so that none is left behind. */
 QStringList rowCounts(IO::DatabaseInterface &database)
@@ -219,23 +87,33 @@ private slots:
         IO::EventArchive archive(database);
         QString error;
 
-        const unsigned seed = std::random_device{}();
+        const quint32 seed = QRandomGenerator::global()->generate();
         qInfo("seed %u", seed);
-        Filling filling(seed);
+        QRandomGenerator random(seed);
         std::vector<DataModel::EventPtr> events{solution<DataModel::Event>("bare")};
-        for (int i = 0; i < 20; ++i)
-            events.push_back(filling.event("event \'" + std::to_string(i)));
-        events.push_back(simpleEvent("before 1970", Core::Time(365, 7, 21, 5, 0, 0, 1)));
-        events.back()->preferredOriginID = "before 1970/o";
-        events.back()->preferredMagnitudeID = "before 1970/m";
-        events.back()->origins[0]->latitude = NaN;
+        for (int i = 0; i < 40; ++i)
+            events.push_back(EventTesting::randomEvent(random, "event '" + std::to_string(i)));
+        // The same type twice, none at all, and ids that differ by a blank.
+        events[1]->descriptions = {
+            {"a ", "region name"}, {"", ""}, {"c", "region name"}, {"d", ""}};
+        events[2]->origins.push_back(EventTesting::randomOrigin(random, "blank"));
+        events[2]->origins.push_back(EventTesting::randomOrigin(random, "blank "));
+        events.push_back(simpleEvent("extreme", Core::Time(365, 7, 21, 5, 0, 0, 1)));
+        events.back()->preferredOriginID = "extreme/o";
+        events.back()->preferredMagnitudeID = "extreme/m";
         events.back()->origins[0]->longitude = std::numeric_limits<double>::denorm_min();
         events.back()->magnitudes[0]->magnitude = std::numeric_limits<double>::max();
         for (const DataModel::EventPtr &event : events)
             QVERIFY2(archive.write(*event, &error), qPrintable(error));
         for (const DataModel::EventPtr &event : events)
-            QCOMPARE(Description::Of(archive.read(event->publicID, &error).get()),
-                     Description::Of(event.get()));
+            QCOMPARE(describe(archive.read(event->publicID, &error)), describe(event));
+        const auto unlocated = simpleEvent("unlocated", Core::Time(), NaN, NaN);
+        QVERIFY2(archive.write(*unlocated, &error), qPrintable(error));
+        const auto readBack = archive.read("unlocated");
+        QVERIFY(!readBack->origins[0]->time.value().valid());
+        QVERIFY(std::isnan(readBack->origins[0]->latitude.value()));
+        QVERIFY(std::isnan(readBack->magnitudes[0]->magnitude.value()));
+        events.push_back(unlocated);
 
         // What is written again takes the place of what was there, with nothing left behind.
         bool wasThere = false;
@@ -289,11 +167,13 @@ private slots:
         const Core::Time begin(1969, 12, 31, 23, 59, 59);
         const Core::Time end(2024, 6, 1);
         QCOMPARE(rowsOf(*database, listStatement(*database, begin, end) + " order by 1"),
-                 QStringList({"1969-12-31 23:59:59|999999|-2.5|NULL|NULL|40|-1.2345678901234567e-100|NULL|NULL|NULL|"
-                              "NULL|NULL|NULL|a|NULL|NULL",
-                              "2024-03-31 02:30:00|7|0.30000000000000004|Mw|12|1e-05|-180|"
-                              "0.3333333333333333|reviewed|manual|359.9|1e+22|-90|b|earth�quake|"
-                              "O'Higgins; 50 % \\"}));
+                 QStringList(
+                     {"1969-12-31 "
+                      "23:59:59|999999|-2.5|NULL|NULL|40|-1.2345678901234567e-100|NULL|NULL|NULL|"
+                      "NULL|NULL|NULL|a|NULL|NULL",
+                      "2024-03-31 02:30:00|7|0.30000000000000004|Mw|12|1e-05|-180|"
+                      "0.3333333333333333|reviewed|manual|359.9|1e+22|-90|b|earth�quake|"
+                      "O'Higgins; 50 % \\"}));
         QCOMPARE(rowsOf(*database, listStatement(*database, begin, end, true)), QStringList("2"));
         QCOMPARE(rowsOf(*database, listStatement(*database, {}, begin, true)), QStringList("1"));
         QCOMPARE(rowsOf(*database, listStatement(*database, end, Core::Time(20000, 1, 1), true)),
@@ -437,8 +317,8 @@ private slots:
         QVERIFY(database);
         IO::EventArchive archive(database);
         QString error;
-        Filling filling(1);
-        const auto event = filling.event("event");
+        QRandomGenerator random(1);
+        const auto event = EventTesting::randomEvent(random, "event");
         QVERIFY2(archive.write(*event, &error), qPrintable(error));
         const QStringList counts = rowCounts(*database);
 
@@ -455,7 +335,7 @@ private slots:
         QVERIFY2(error.startsWith("event event: "), qPrintable(error));
         QVERIFY(database->execute("alter table Hidden rename to FocalMechanism"));
         QCOMPARE(rowCounts(*database), counts);
-        QCOMPARE(Description::Of(archive.read("event").get()), Description::Of(event.get()));
+        QCOMPARE(describe(archive.read("event")), describe(event));
     }
 };
 
