@@ -62,7 +62,8 @@ constexpr ColumnName ColumnNames[] = {
 
 EventTableReader::EventTableReader(QIODevice &device, const QString &name,
                                    const EventReadHandler &handler, EventFormat format)
-    : _device(device), _name(name), _handler(handler), _format(format)
+    : _device(device), _name(name), _handler(handler), _format(format),
+      _total(device.isSequential() ? -1 : device.size())
 {
     std::fill(std::begin(_columns), std::end(_columns), -1);
 }
@@ -95,9 +96,13 @@ void EventTableReader::warn(const QString &text) const
 /** A line without its end; false at the end of the device. */
 bool EventTableReader::readLine(QByteArray *line)
 {
-    *line = _device.readLine(LongestLine + 1);
-    if (line->isEmpty())
+    // QIODevice would take memory for the longest line each time, from the system and back.
+    _lineBuffer.resize(static_cast<size_t>(LongestLine) + 2);
+    const qint64 size =
+        _device.readLine(_lineBuffer.data(), static_cast<qint64>(_lineBuffer.size()));
+    if (size <= 0)
         return false;
+    *line = QByteArray(_lineBuffer.data(), static_cast<int>(size));
     ++_line;
     if (line->size() > LongestLine)
         return fail(QString("longer than %1 MB").arg(LongestLine >> 20));
@@ -246,9 +251,8 @@ bool EventTableReader::readEvent()
         event->magnitudes.push_back(magnitude);
     completeEvent(*event);
 
-    _ended = !_handler.take(event) ||
-             (_handler.progress &&
-              !_handler.progress(_device.pos(), _device.isSequential() ? -1 : _device.size()));
+    _ended =
+        !_handler.take(event) || (_handler.progress && !_handler.progress(_device.pos(), _total));
     return !_ended;
 }
 

@@ -10,6 +10,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace Tellarix {
 namespace IO {
@@ -72,6 +73,8 @@ private:
     QString _name;
     const EventReadHandler &_handler;
     EventFormat _format;
+    qint64 _total; /**< bytes, -1 if unknown */
+    std::vector<char> _lineBuffer;
     int _columns[ColumnCount];   /**< index of the field of each column, -1 if there is none */
     QVector<QByteArray> _fields; /**< of the current record */
     QVector<QByteArray> _names;
