@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonObject>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -121,6 +122,29 @@ private slots:
         QCOMPARE(written.status, 1);
         QVERIFY(written.errors.contains("none/old.xml: "));
         QCOMPARE(bench.content("old.xml"), QByteArray("precious"));
+    }
+
+    void storesNothingOfAKilledImport()
+    {
+        const Bench bench;
+        QCOMPARE(bench.call({"import", bench.write("before", Table)}).status, 0);
+        QByteArray table = "time,latitude,longitude,id\n";
+        for (int i = 0; i < 30000; ++i)
+            table += "2020-01-01T00:00:00Z,1,2,new" + QByteArray::number(i) + '\n';
+        const QString file = bench.write("table", table);
+
+        // Killed when the database has begun to write what the transaction holds.
+        QProcess process;
+        process.start(program(), {"events", "import", file, "--db",
+                                  "sqlite://" + bench.folder.filePath("events.sqlite")});
+        QFileInfo log(bench.folder.filePath("events.sqlite-wal"));
+        log.setCaching(false);
+        QTRY_VERIFY_WITH_TIMEOUT(log.size() > 500000, 30000);
+        process.kill();
+        QVERIFY(process.waitForFinished());
+        QCOMPARE(process.exitStatus(), QProcess::CrashExit);
+        QCOMPARE(bench.call({"list", "--json"}).json().size(), 2);
+        QCOMPARE(bench.call({"import", file}).output, file + ": 30000 events added, 0 updated\n");
     }
 
     void refusesWrongUse_data()
