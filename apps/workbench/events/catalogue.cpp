@@ -11,8 +11,9 @@
 #include <QFileInfo>
 #include <QMetaObject>
 #include <QTemporaryDir>
-#include <QThread>
 #include <QUrl>
+
+#include <utility>
 
 using namespace Tellarix;
 
@@ -32,8 +33,8 @@ Catalogue::~Catalogue()
 {
     if (_import)
         _import->cancel();
-    if (_thread)
-        _thread->wait();
+    if (_thread.joinable())
+        _thread.join();
 }
 
 bool Catalogue::isAddress(const QString &text)
@@ -121,48 +122,54 @@ void Catalogue::import(const QStringList &files)
     Task *task =
         _bench->tasks()->start(tr("Importing events"), QString(), Task::Canceling::Possible);
     _import = task;
-    if (_thread)
-        _thread->wait();
-    _thread.reset(QThread::create([this, files, task] { importFiles(files, task); }));
-    _thread->start();
+    if (_thread.joinable())
+        _thread.join();
+    _thread = std::thread([this, files, task] { importFiles(files, task); });
 }
 
 /** In the thread of the import; the object and its database outlive it. */
 void Catalogue::importFiles(const QStringList &files, Task *task)
 {
-    QStringList problems;
+    Outcome outcome;
     int added = 0;
     int updated = 0;
-    bool ok = true;
-    for (int i = 0; i < files.size() && ok; ++i) {
+    for (int i = 0; i < files.size() && outcome.ok; ++i) {
         const IO::EventImportResult result =
             IO::importEvents(_database, files[i], [&](qint64 done, qint64 total) {
                 const int share = total > 0 ? static_cast<int>(done * ProgressSteps / total) : 0;
                 task->setProgress(i * ProgressSteps + share, files.size() * ProgressSteps);
                 return !task->isCanceled();
             });
-        problems += result.warnings;
+        outcome.problems += result.warnings;
         if (!result.error.isEmpty())
-            problems.append(result.error);
+            outcome.problems.append(result.error);
         added += result.added;
         updated += result.updated;
-        ok = result.ok;
+        outcome.ok = result.ok;
     }
-    const QString summary = tr("%1 events added, %2 updated").arg(added).arg(updated);
-    QMetaObject::invokeMethod(
-        this, [this, problems, summary, ok] { endImport(problems, summary, ok); },
-        Qt::QueuedConnection);
+    outcome.summary = tr("%1 events added, %2 updated").arg(added).arg(updated);
+    {
+        const std::lock_guard<std::mutex> lock(_mutex);
+        _outcome = std::move(outcome);
+    }
+    QMetaObject::invokeMethod(this, "endImport", Qt::QueuedConnection);
 }
 
-void Catalogue::endImport(const QStringList &problems, const QString &summary, bool ok)
+void Catalogue::endImport()
 {
+    Outcome outcome;
+    {
+        const std::lock_guard<std::mutex> lock(_mutex);
+        std::swap(outcome, _outcome);
+    }
     Task *task = _import;
     _import = nullptr;
-    _bench->tell(problems);
-    _bench->showStatus(ok ? summary : tr("Nothing of the last file was stored"));
+    _bench->tell(outcome.problems);
+    _bench->showStatus(outcome.ok ? outcome.summary : tr("Nothing of the last file was stored"));
     emit imported();
     if (task)
-        task->finish(ok || problems.isEmpty() ? QString() : problems.last());
+        task->finish(outcome.ok || outcome.problems.isEmpty() ? QString()
+                                                              : outcome.problems.last());
 }
 
 Core::TimeWindow Catalogue::extent() const

@@ -13,9 +13,10 @@
 #include <QStringList>
 
 #include <memory>
+#include <mutex>
+#include <thread>
 
 class QTemporaryDir;
-class QThread;
 
 namespace Workbench {
 
@@ -72,14 +73,24 @@ private:
     bool use(const Tellarix::IO::DatabaseInterfacePtr &database, const QString &title,
              Schema schema);
     void importFiles(const QStringList &files, Task *task);
-    void endImport(const QStringList &problems, const QString &summary, bool ok);
+    Q_INVOKABLE void endImport();
+
+    /** What an import tells at its end. */
+    struct Outcome
+    {
+        QStringList problems;
+        QString summary;
+        bool ok{true};
+    };
 
     Bench *_bench;
     Tellarix::IO::DatabaseInterfacePtr _database;
     QString _title;
     std::unique_ptr<QTemporaryDir> _temporary;
     QPointer<Task> _import;
-    std::unique_ptr<QThread> _thread;
+    std::thread _thread;
+    std::mutex _mutex;
+    Outcome _outcome; /**< of the thread, until it is told */
 };
 
 } // namespace Workbench

@@ -266,12 +266,13 @@ void EventListView::loadInterval()
     makeProgressDialog();
     runWorker();
     // The view may be gone after everything that lets events through.
+    const QString error = self ? _worker->errorString() : QString();
     if (self)
         putBackModel();
     if (self)
         closeProgressDialog();
-    if (self && !_worker->errorString().isEmpty())
-        showError(_worker->errorString());
+    if (self && !error.isEmpty())
+        showError(error);
     if (!self)
         return;
 

@@ -116,7 +116,10 @@ EventListWorkerThread::EventListWorkerThread(DatabaseInterface *db, QStandardIte
                                                 scheme.origins.automatic, scheme.origins.manual});
 }
 
-EventListWorkerThread::~EventListWorkerThread() = default;
+EventListWorkerThread::~EventListWorkerThread()
+{
+    const std::lock_guard<std::mutex> lock(_mutex);
+}
 
 void EventListWorkerThread::setFilter(const EventFilter &filter)
 {
@@ -129,12 +132,24 @@ void EventListWorkerThread::setTimeWindow(Tellarix::Core::Time &begin, Tellarix:
     _end = end;
 }
 
+const QString &EventListWorkerThread::errorString() const
+{
+    const std::lock_guard<std::mutex> lock(_mutex);
+    return _errorString;
+}
+
 void EventListWorkerThread::stop()
 {
     _stop = true;
 }
 
 void EventListWorkerThread::run()
+{
+    load();
+    const std::lock_guard<std::mutex> lock(_mutex);
+}
+
+void EventListWorkerThread::load()
 {
     if (!_db) {
         _errorString = tr("No database connection available");

@@ -12,6 +12,7 @@
 
 #include <atomic>
 #include <memory>
+#include <mutex>
 
 class QStandardItem;
 
@@ -55,7 +56,7 @@ public:
 
     /** What went wrong, once the thread has finished; empty if nothing did. The rows up to there
      *  stay. */
-    const QString &errorString() const { return _errorString; }
+    const QString &errorString() const;
 
 public slots:
     /** Ends the load before the next row, without an error; for good. */
@@ -71,6 +72,7 @@ protected:
     void run() override;
 
 private:
+    void load();
     bool readCount(const std::string &statement, int &count);
     void readRows(const std::string &statement);
     bool beginQuery(const std::string &statement);
@@ -82,6 +84,7 @@ private:
     QString _errorString;
     QStandardItem *_root;
     std::atomic<bool> _stop{false};
+    mutable std::mutex _mutex; /**< hands over what the thread has made */
     std::shared_ptr<const EventStyle> _style;
 };
 
