@@ -13,7 +13,7 @@ namespace IO {
 
 namespace {
 
-constexpr qint64 LongestText = 16 << 20;
+constexpr qint64 LongestText = 1 << 20;
 constexpr auto RootNamespace = "http://quakeml.org/xmlns/quakeml/";
 constexpr auto EventNamespace = "http://quakeml.org/xmlns/bed";
 
