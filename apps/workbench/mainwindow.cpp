@@ -337,8 +337,7 @@ QVector<PanelPicture> MainWindow::snapshots()
         if (dock) {
             dock->show();
             dock->raise();
-        }
-        else
+        } else
             _centre->setCurrentWidget(panel);
         settleLayout();
         pictures += panel->pictures();

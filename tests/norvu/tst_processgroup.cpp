@@ -166,6 +166,34 @@ private slots:
         QCOMPARE(third->status, ProcessGroup::Running);
     }
 
+    void keepsItsLevelWhenAReceiverAddsMore()
+    {
+        Bench bench;
+        Process *third = nullptr;
+        connect(&bench.group, &ProcessGroup::statusChanged, &bench.group, [&](Process *process) {
+            if (!third && process->status == ProcessGroup::Finished)
+                third = bench.add("third", Forever);
+        });
+        bench.add("first", "true");
+        const Process *second = bench.add("second", Forever);
+        QTRY_COMPARE(second->status, ProcessGroup::Running);
+        QCOMPARE(third->status, ProcessGroup::Queued);
+    }
+
+    void startsAgainWhatAReceiverAddsAgain()
+    {
+        Bench bench;
+        int runs = 0;
+        connect(&bench.group, &ProcessGroup::statusChanged, &bench.group, [&](Process *process) {
+            if (process->status == ProcessGroup::Finished && ++runs < 3)
+                bench.group.add(process);
+        });
+        const Process *process = bench.add("it", "sh -c \"kill -SEGV $$\"");
+        QTRY_COMPARE(runs, 3);
+        QCOMPARE(process->status, ProcessGroup::Finished);
+        QVERIFY(process->failed);
+    }
+
     void letsAReceiverRemoveWhatEnds()
     {
         Bench bench;

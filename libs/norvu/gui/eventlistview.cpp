@@ -257,7 +257,8 @@ void EventListView::loadInterval()
     _worker->setFilter(_filterWidget->filter());
 
     // Disabled buttons lose the focus.
-    const QPointer<QWidget> focused = focusWidget();
+    QWidget *const focusedNow = QApplication::focusWidget();
+    const QPointer<QWidget> focused = isAncestorOf(focusedNow) ? focusedNow : nullptr;
     const QPointer<EventListView> self(this);
     _ui.buttonLoadInterval->setEnabled(false);
     _ui.buttonLoadDays->setEnabled(false);

@@ -3,6 +3,7 @@
 #include <norvu/gui/exportfiledialog.h>
 
 #include <norvu/gui/fontawesome5.h>
+#include <norvu/gui/modaldialog_p.h>
 #include <tellarix/core/logging.h>
 
 #include <QApplication>
@@ -22,7 +23,6 @@ namespace Gui {
 namespace {
 
 constexpr int StartMilliseconds = 30000;
-constexpr int EndMilliseconds = 500;
 
 /** The wait cursor for as long as this lives. */
 class WaitCursor
@@ -38,20 +38,17 @@ void showError(const QString &text)
     QMessageBox::critical(nullptr, ExportFileDialog::tr("Error"), text, QMessageBox::Ok);
 }
 
-/** Lets no process outlive the dialog that shows it, without Qt's warning about it. */
+/** Ends a process that still runs when its dialog is through, without Qt's warning about it. */
 void endProcess(QProcess &process)
 {
-    if (process.state() == QProcess::NotRunning || process.waitForFinished(EndMilliseconds))
+    if (process.state() == QProcess::NotRunning)
         return;
     process.kill();
     process.waitForFinished();
 }
 
-/**
- * Runs a script on a file, and shows that it does.
- * @param problem  gets what went wrong
- */
-bool runOnFile(const QString &script, const QString &file, QWidget *parent, QString *problem)
+/** Runs a script on a file, and shows that it does, or what went wrong. */
+bool runOnFile(const QString &script, const QString &file, QWidget *parent)
 {
     QProcess process;
     process.setEnvironment(QProcess::systemEnvironment());
@@ -74,20 +71,26 @@ bool runOnFile(const QString &script, const QString &file, QWidget *parent, QStr
     process.start(script, arguments, QIODevice::ReadWrite);
     process.waitForStarted(StartMilliseconds);
     if (process.state() == QProcess::NotRunning) {
-        *problem = process.errorString();
+        showError(process.errorString());
         delete progress;
         return false;
     }
 
     progress->exec();
     const bool canceled = !progress || progress->wasCanceled();
+    if (!progress)
+        process.terminate();
     delete progress;
-    endProcess(process);
+    QString problem;
     if (canceled)
-        *problem = ExportFileDialog::tr("Script aborted");
+        problem = ExportFileDialog::tr("Script aborted");
     else if (process.exitStatus() != QProcess::NormalExit)
-        *problem = ExportFileDialog::tr("Script crashed");
-    return problem->isEmpty();
+        problem = ExportFileDialog::tr("Script crashed");
+    // A script that was told to end may do so while the user reads.
+    if (!problem.isEmpty())
+        showError(problem);
+    endProcess(process);
+    return problem.isEmpty();
 }
 
 } // namespace
@@ -187,10 +190,7 @@ bool ExportFileDialog::writeFile()
 void ExportFileDialog::runScript()
 {
     const QPointer<ExportFileDialog> self(this);
-    QString problem;
-    const bool done = runOnFile(scriptPath(), filePath(), this, &problem);
-    if (!done)
-        showError(problem);
+    const bool done = runOnFile(scriptPath(), filePath(), this);
     if (!self)
         return;
 
@@ -202,21 +202,25 @@ void ExportFileDialog::runScript()
     accept();
 }
 
+// The static functions of QFileDialog would hold the dialog on the stack, where its parent must not
+// go meanwhile.
+
 void ExportFileDialog::selectFile()
 {
-    const QPointer<ExportFileDialog> self(this);
-    const QString file = QFileDialog::getSaveFileName(this, tr("Save file"), filePath(), _filter);
-    if (self && !file.isEmpty())
-        _ui.editFile->setText(file);
+    ModalDialog<QFileDialog> chooser(this, tr("Save file"), QFileInfo(filePath()).path(), _filter);
+    chooser->setAcceptMode(QFileDialog::AcceptSave);
+    chooser->selectFile(filePath());
+    if (chooser.isAccepted())
+        _ui.editFile->setText(chooser->selectedFiles().value(0));
 }
 
 void ExportFileDialog::selectScript()
 {
-    const QPointer<ExportFileDialog> self(this);
     const QString folder = scriptPath().isEmpty() ? QString() : QFileInfo(scriptPath()).path();
-    const QString script = QFileDialog::getOpenFileName(this, tr("Export script"), folder);
-    if (self && !script.isEmpty())
-        _ui.editScript->setText(script);
+    ModalDialog<QFileDialog> chooser(this, tr("Export script"), folder);
+    chooser->setFileMode(QFileDialog::ExistingFile);
+    if (chooser.isAccepted())
+        _ui.editScript->setText(chooser->selectedFiles().value(0));
 }
 
 } // namespace Gui

@@ -73,27 +73,32 @@ void ProcessGroup::changeStatus(Process *process, ProcessStatus status)
 
 void ProcessGroup::add(Process *process)
 {
+    const QPointer<ProcessGroup> self(this);
     const QPointer<Process> alive(process);
     process->group = this;
-    connect(process, SIGNAL(destroyed(QObject *)), this, SLOT(onDestroyed(QObject *)));
+    connect(process, SIGNAL(destroyed(QObject *)), this, SLOT(onDestroyed(QObject *)),
+            Qt::UniqueConnection);
     _processes.append(process);
     emit added(process);
     // A receiver may have taken it out again.
-    if (!alive || !_processes.contains(process))
+    if (!self || !alive || !_processes.contains(process))
         return;
 
     process->queued = QDateTime::currentDateTimeUtc();
+    process->started = process->finished = QDateTime();
+    process->failed = false;
     changeStatus(process, Queued);
 
-    if (_running < _concurrencyLevel)
+    if (self && _running < _concurrencyLevel)
         triggerProcess();
 }
 
+/** One that was added again while its program still dies isn't ready yet. */
 ProcessGroup::Process *ProcessGroup::nextQueued() const
 {
     const auto next =
         std::find_if(_processes.begin(), _processes.end(), [](const Process *process) {
-            return process->status == Queued && process->state() != QProcess::Starting;
+            return process->status == Queued && process->state() == QProcess::NotRunning;
         });
     return next != _processes.end() ? *next : nullptr;
 }
@@ -105,17 +110,23 @@ void ProcessGroup::triggerProcess()
         return;
 
     connect(process, SIGNAL(error(QProcess::ProcessError)), this,
-            SLOT(onError(QProcess::ProcessError)));
+            SLOT(onError(QProcess::ProcessError)), Qt::UniqueConnection);
     connect(process, SIGNAL(finished(int, QProcess::ExitStatus)), this,
-            SLOT(onFinished(int, QProcess::ExitStatus)));
+            SLOT(onFinished(int, QProcess::ExitStatus)), Qt::UniqueConnection);
     if (_consoleLogging)
-        connect(process, SIGNAL(readyReadStandardError()), this, SLOT(logStandardError()));
+        connect(process, SIGNAL(readyReadStandardError()), this, SLOT(logStandardError()),
+                Qt::UniqueConnection);
 
     QStringList arguments = QProcess::splitCommand(process->command);
     const QString program = arguments.isEmpty() ? QString() : arguments.takeFirst();
-    ++_running;
+    const QPointer<ProcessGroup> self(this);
     const QPointer<Process> alive(process);
+    ++_running;
+    _starting = process;
     process->start(program, arguments, QIODevice::ReadWrite);
+    if (!self)
+        return;
+    _starting = nullptr;
     // What fails at once has ended by now, and must not be called running for ever.
     if (!alive || process->status != Queued)
         return;
@@ -126,27 +137,26 @@ void ProcessGroup::triggerProcess()
 
 void ProcessGroup::end(Process *process, bool failed)
 {
-    // A second error of the same process would free a turn that it doesn't have.
-    if (!process || process->status == Finished)
-        return;
-
-    --_running;
-    if (failed)
-        process->failed = true;
-    process->finished = QDateTime::currentDateTimeUtc();
+    // A second error of the same process would free a turn that it doesn't have; one that was added
+    // again meanwhile waits for the end of its last run.
+    const bool holdsTurn = process->status == Running || process == _starting;
     const QPointer<ProcessGroup> self(this);
     const QPointer<Process> alive(process);
-    Process *outer = _ending;
-    _ending = process;
-    changeStatus(process, Finished);
-    if (!self)
-        return;
-    if (alive && _processes.removeOne(process))
-        emit removed(process);
-    if (!self)
-        return;
-    _ending = outer;
-    triggerProcess();
+    ++_handled;
+    if (holdsTurn) {
+        --_running;
+        if (failed)
+            process->failed = true;
+        process->finished = QDateTime::currentDateTimeUtc();
+        changeStatus(process, Finished);
+        if (self && alive && _processes.removeOne(process))
+            emit removed(process);
+    }
+    // A receiver that added another process may have given the turn away.
+    if (self && _running < _concurrencyLevel)
+        triggerProcess();
+    if (self)
+        --_handled;
 }
 
 void ProcessGroup::onError(QProcess::ProcessError)
@@ -175,7 +185,7 @@ void ProcessGroup::remove(Process *process)
     if (!alive || !process->autoDelete)
         return;
     // A process must not be deleted in the middle of its own signal.
-    if (self && process == _ending)
+    if (self && (_handled > 0 || _starting))
         process->deleteLater();
     else
         delete process;

@@ -60,13 +60,14 @@ public:
     ~ProcessGroup() override;
 
     /** How many run at a time, 1 at the start. What is not above 0 is ignored. Waiting processes
-     *  start when another is added or one ends, one for each. */
+     *  start when another is added or one ends, one for each; a lowered level counts from then on,
+     *  too. */
     void setConcurrencyLevel(int level);
     int concurrencyLevel() const { return _concurrencyLevel; }
     /** Whether the standard error of processes that start from now on goes to the debug log. */
     void enableConsoleLogging(bool enable);
 
-    /** Puts a process that is in no group yet at the end of the queue. */
+    /** Puts a process that is in no group, or has ended, at the end of the queue. */
     void add(Process *process);
     /** Forgets a process. One that runs is killed, without removed() and without giving its turn to
      *  another; to end it and go on with the next, use QProcess::terminate() or kill(). */
@@ -95,7 +96,8 @@ private:
     int _concurrencyLevel{1};
     bool _consoleLogging{false};
     int _running{0};
-    Process *_ending{nullptr}; /**< the one whose own signal is being handled */
+    Process *_starting{nullptr}; /**< the one that is being started */
+    int _handled{0};             /**< signals of processes that are being handled */
 };
 
 } // namespace Gui

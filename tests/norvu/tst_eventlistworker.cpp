@@ -1,0 +1,360 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
+#include "eventtesting.h"
+
+#include <norvu/gui/eventlistworkerthread.h>
+#include <norvu/gui/eventstatements.h>
+
+#include <tellarix/qt/scheme.h>
+
+#include <QStandardItemModel>
+
+using namespace EventTesting;
+using namespace Norvu::Gui;
+
+namespace {
+
+/** Fields of a row. */
+int fieldsOfRow = 16;
+
+} // namespace
+
+/** Stands in front of the library's own: no database makes another number of fields of the worker's
+ *  statement. */
+int Tellarix::IO::DatabaseInterface::fieldCount() const
+{
+    return fieldsOfRow;
+}
+
+namespace {
+
+/** Lets a worker load, and keeps what it tells in its order. */
+struct Load
+{
+    explicit Load(IO::DatabaseInterface *database, int stopAfter = -1, EventFilter filter = {})
+        : worker(database, model.invisibleRootItem())
+    {
+        const auto tell = [this](const char *name, int value) {
+            signalsInOrder << QString("%1 %2").arg(name).arg(value);
+        };
+        QObject::connect(
+            &worker, &EventListWorkerThread::eventCountChanged, &worker,
+            [=](int count) { tell("count", count); }, Qt::DirectConnection);
+        QObject::connect(
+            &worker, &EventListWorkerThread::progressChanged, &worker,
+            [=](int value) {
+                tell("row", value);
+                rowsMatch = rowsMatch && model.rowCount() == value;
+                if (value == stopAfter)
+                    worker.stop();
+            },
+            Qt::DirectConnection);
+        Core::Time begin = Core::Time::FromString("2024-01-05 10:00:00");
+        Core::Time end = Core::Time::FromString("2024-01-05 11:00:00");
+        worker.setTimeWindow(begin, end);
+        worker.setFilter(filter);
+        if (stopAfter == 0)
+            worker.stop();
+        worker.start();
+        worker.wait();
+    }
+
+    QStringList column(int column) const
+    {
+        QStringList texts;
+        for (int row = 0; row < model.rowCount(); ++row)
+            texts << model.index(row, column).data().toString();
+        texts.sort();
+        return texts;
+    }
+
+    QStandardItemModel model;
+    QStringList signalsInOrder;
+    bool rowsMatch{true};
+    EventListWorkerThread worker;
+};
+
+std::vector<Draft> drafts(int count)
+{
+    std::vector<Draft> result(static_cast<size_t>(count));
+    for (int i = 0; i < count; ++i)
+        result[static_cast<size_t>(i)].id = "e" + std::to_string(i);
+    return result;
+}
+
+using Texts = QStringList;
+
+} // namespace
+
+class EventListWorkerTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void cleanup() { fieldsOfRow = 16; }
+
+    void showsEvents_data()
+    {
+        QTest::addColumn<QString>("change"); // what else is done to the only event
+        QTest::addColumn<QStringList>("texts");
+        QTest::addColumn<QVariantList>("sortValues");
+        const QVariant none;
+        QTest::newRow("all there") << "" << Texts{"2024-01-05 10:11:12",
+                                                  "4.2",
+                                                  "Mw",
+                                                  "12",
+                                                  "10.26 N",
+                                                  "20.00 W",
+                                                  "31",
+                                                  "C",
+                                                  "",
+                                                  "e%2",
+                                                  "earthquake",
+                                                  "H\u00e9re"}
+                                   << QVariantList{"2024-01-05 10:11:12",
+                                                   4.15,
+                                                   "Mw",
+                                                   12,
+                                                   10.255,
+                                                   -20.0,
+                                                   30.9,
+                                                   int('C'),
+                                                   none,
+                                                   "e%2",
+                                                   "earthquake",
+                                                   "H\u00e9re"};
+        QTest::newRow("zeros")
+            << "UPDATE Origin SET latitude_value = 0, longitude_value = 0, depth_value = -0.2, "
+               "quality_usedPhaseCount = 0, evaluationStatus = NULL"
+            << Texts{"2024-01-05 10:11:12",
+                     "4.2",
+                     "Mw",
+                     "0",
+                     "0.00 N",
+                     "0.00 E",
+                     "0",
+                     "M",
+                     "",
+                     "e%2",
+                     "earthquake",
+                     "H\u00e9re"}
+            << QVariantList{"2024-01-05 10:11:12",
+                            4.15,
+                            "Mw",
+                            0,
+                            0.0,
+                            0.0,
+                            -0.2,
+                            int('M'),
+                            none,
+                            "e%2",
+                            "earthquake",
+                            "H\u00e9re"};
+        QTest::newRow("nulls and texts that are no numbers")
+            << "UPDATE Origin SET latitude_value = NULL, longitude_value = 'west', depth_value = "
+               "NULL, quality_usedPhaseCount = 1.5, evaluationStatus = NULL, evaluationMode = NULL;"
+               "UPDATE Magnitude SET magnitude_value = NULL, type = NULL;"
+               "UPDATE Event SET type = NULL, preferredFocalMechanismID = NULL;"
+               "DELETE FROM EventDescription"
+            << Texts{"2024-01-05 10:11:12", "-", "", "-", "-", "-", "-", "A", "-", "e%2", "", ""}
+            << QVariantList{"2024-01-05 10:11:12",
+                            none,
+                            "",
+                            none,
+                            none,
+                            none,
+                            none,
+                            int('A'),
+                            none,
+                            "e%2",
+                            "",
+                            ""};
+        QTest::newRow("no time") << "UPDATE Origin SET time_value = '2024-01-05 10:xx'"
+                                 << Texts{"",   "4.2", "Mw", "12",  "10.26 N",    "20.00 W",
+                                          "31", "C",   "",   "e%2", "earthquake", "H\u00e9re"}
+                                 << QVariantList{"",     4.15,  "Mw",         12,
+                                                 10.255, -20.0, 30.9,         int('C'),
+                                                 none,   "e%2", "earthquake", "H\u00e9re"};
+    }
+
+    void showsEvents()
+    {
+        QFETCH(QString, change);
+        QFETCH(QStringList, texts);
+        QFETCH(QVariantList, sortValues);
+        Draft draft{"e%2"};
+        draft.time += ".5";
+        draft.latitude = 10.255;
+        draft.longitude = -20;
+        draft.depth = 30.9;
+        draft.magnitude = 4.15;
+        draft.region = "H\u00e9re";
+        draft.status = "confirmed";
+        draft.mode = "manual";
+        draft.plane = DataModel::NodalPlane(123.4, 45, -90);
+        Catalogue catalogue({draft});
+        for (const QString &statement : change.split(';', Qt::SkipEmptyParts))
+            catalogue.execute(qPrintable(statement));
+
+        const Load load(catalogue.database.get());
+        QCOMPARE(load.worker.errorString(), QString());
+        QCOMPARE(load.model.rowCount(), 1);
+        const int alignments[] = {130, 132, 129, 132, 130, 130, 130, 132, 132, 129, 129, 129};
+        for (int column = 0; column < 12; ++column) {
+            const QStandardItem *item = load.model.item(0, column);
+            QCOMPARE(item->text(), texts[column]);
+            QCOMPARE(item->data(Qt::UserRole), sortValues[column]);
+            QCOMPARE(item->data(Qt::UserRole).userType(), sortValues[column].userType());
+            QCOMPARE(item->data(Qt::TextAlignmentRole).toInt(), alignments[column]);
+            QVERIFY(!item->isEditable() && item->isSelectable());
+        }
+
+        const bool isManual = texts[7] != "A";
+        const Gui::Scheme scheme;
+        QCOMPARE(load.model.item(0, 7)->foreground().color(),
+                 isManual ? scheme.origins.manual : scheme.origins.automatic);
+        QCOMPARE(load.model.item(0, 8)->sizeHint(), QSize(24, 24));
+        QCOMPARE(load.model.item(0, 8)->toolTip(),
+                 texts[8] == "-" ? QString()
+                                 : QString("Strike: 123.4\u00b0\nDip   : 45\u00b0\n"
+                                           "Rake  : -90\u00b0"));
+        const QVariant time = load.model.item(0, 0)->data(Qt::UserRole + 1);
+        QCOMPARE(time.userType(), QMetaType::type("Tellarix::Core::Time"));
+        QCOMPARE(time.value<Core::Time>(), texts[0].isEmpty()
+                                               ? Core::Time()
+                                               : Core::Time::FromString("2024-01-05 10:11:12.5"));
+    }
+
+    void showsStatusLetters()
+    {
+        const QMap<const char *, const char *> letters{
+            {"preliminary", "P"}, {"confirmed", "C"}, {"reviewed", "V"}, {"final", "F"},
+            {"rejected", "X"},    {"reported", "R"},  {"Final", "A"}};
+        std::vector<Draft> events;
+        QStringList expected;
+        for (auto it = letters.begin(); it != letters.end(); ++it) {
+            events.push_back({it.key()});
+            events.back().status = it.key();
+            expected << it.value();
+        }
+        expected.sort();
+        QCOMPARE(Load(Catalogue(events).database.get()).column(7), expected);
+    }
+
+    void writesStatements()
+    {
+        const Catalogue catalogue({});
+        EventQuery query;
+        query.begin = Core::Time::FromString("2024-01-05 10:00:00.9");
+        query.end = Core::Time::FromString("2024-01-06");
+        query.filter = {-12.3456789, 1.0, 2.0, 3.0, 4.0, 1e6, -0.5, 0.0};
+        const std::string bounds =
+            " and Origin.latitude_value >= '-12.3457' and Origin.latitude_value <= '1' and "
+            "Origin.longitude_value >= '2' and Origin.longitude_value <= '3' and "
+            "Origin.depth_value >= '4' and Origin.depth_value <= '1e+06' and "
+            "Magnitude.magnitude_value >= '-0.5' and Magnitude.magnitude_value <= '0'";
+        const std::string columns =
+            "select Origin.time_value,Origin.time_value_ms,Magnitude.magnitude_value,"
+            "Magnitude.type,Origin.quality_usedPhaseCount,Origin.latitude_value,"
+            "Origin.longitude_value,Origin.depth_value,Origin.evaluationStatus,"
+            "Origin.evaluationMode,FocalMechanism.nodalPlanes_nodalPlane1_strike_value,"
+            "FocalMechanism.nodalPlanes_nodalPlane1_dip_value,"
+            "FocalMechanism.nodalPlanes_nodalPlane1_rake_value,PEvent.publicID,Event.type,"
+            "EventDescription.text";
+        const std::string tail =
+            " from Origin, PublicObject as POrigin,Magnitude, PublicObject as "
+            "PMagnitude,PublicObject as PEvent,Event LEFT JOIN PublicObject as PFocalMechanism on "
+            "Event.preferredFocalMechanismID = PFocalMechanism.publicID LEFT JOIN FocalMechanism "
+            "on PFocalMechanism._oid = FocalMechanism._oid LEFT JOIN EventDescription on "
+            "EventDescription._parent_oid=Event._oid and EventDescription.type='region name' where "
+            "POrigin.publicID=Event.preferredOriginID   and PMagnitude._oid = Magnitude._oid and "
+            "Event.preferredMagnitudeID = PMagnitude.publicID   and Origin.time_value >= "
+            "'2024-01-05 10:00:00' and Origin.time_value <= '2024-01-06 00:00:00'";
+        const std::string end = " and Origin._oid=POrigin._oid and Event._oid=PEvent._oid";
+        QCOMPARE(eventRowStatement(*catalogue.database, query), columns + tail + bounds + end);
+        query.filter = EventFilter();
+        QCOMPARE(eventCountStatement(*catalogue.database, query), "select count(*)" + tail + end);
+    }
+
+    void takesBoundsInclusively()
+    {
+        std::vector<Draft> events = drafts(5);
+        const char *const times[] = {"2024-01-05 09:59:59", "2024-01-05 10:00:00",
+                                     "2024-01-05 10:30:00", "2024-01-05 11:00:00.9",
+                                     "2024-01-05 11:00:01"};
+        for (size_t i = 0; i < events.size(); ++i) {
+            events[i].time = times[i];
+            events[i].longitude = 10.0 * static_cast<double>(i);
+        }
+        const Catalogue catalogue(events);
+        QCOMPARE(Load(catalogue.database.get()).column(9), Texts({"e1", "e2", "e3"}));
+        EventFilter filter;
+        filter.fromLongitude = 10;
+        filter.toLongitude = 20;
+        QCOMPARE(Load(catalogue.database.get(), -1, filter).column(9), Texts({"e1", "e2"}));
+        filter.fromLongitude = 170;
+        filter.toLongitude = -170;
+        QCOMPARE(Load(catalogue.database.get(), -1, filter).signalsInOrder, Texts({"count 0"}));
+    }
+
+    void tellsProgressAndEnds_data()
+    {
+        QTest::addColumn<int>("stopAfter");
+        QTest::addColumn<int>("fields");
+        QTest::addColumn<QString>("change");
+        QTest::addColumn<QStringList>("signalsInOrder");
+        QTest::addColumn<QString>("error"); // the beginning of its text
+        const Texts all{"count 3", "row 1", "row 2", "row 3"};
+        QTest::newRow("whole") << -1 << 16 << "" << all << "";
+        QTest::newRow("stopped before the count") << 0 << 16 << "" << Texts{} << "";
+        QTest::newRow("stopped at the second row")
+            << 2 << 16 << "" << Texts{"count 3", "row 1", "row 2"} << "";
+        QTest::newRow("too few fields")
+            << -1 << 15 << "" << Texts{"count 3"} << "Unexpected db resultset";
+        QTest::newRow("no table") << -1 << 16 << "DROP TABLE EventDescription" << Texts{}
+                                  << "Error while executing query:\nselect count(*) from Origin,";
+        QTest::newRow("no column that is only shown")
+            << -1 << 16 << "ALTER TABLE Origin RENAME COLUMN evaluationMode TO mode"
+            << Texts{"count 3"} << "Error while executing query:\nselect Origin.time_value,";
+        // No absolute value fits into its integer: the statement fails when it gets there.
+        QTest::newRow("broken at the third row")
+            << -1 << 16
+            << "ALTER TABLE EventDescription RENAME TO Described;"
+               "CREATE VIEW EventDescription AS SELECT _parent_oid, type, CASE text WHEN 'bad' "
+               "THEN abs(-9223372036854775807 - 1) ELSE text END AS text FROM Described"
+            << Texts{"count 3", "row 1", "row 2"}
+            << "The events end early after 2 rows:\ninteger overflow";
+    }
+
+    void tellsProgressAndEnds()
+    {
+        QFETCH(int, stopAfter);
+        QFETCH(QString, change);
+        QFETCH(QStringList, signalsInOrder);
+        QFETCH(QString, error);
+        std::vector<Draft> events = drafts(3);
+        events.back().region = "bad";
+        events.back().time = "2024-01-05 10:59:00"; // the index on the time gives the order
+        Catalogue catalogue(events);
+        for (const QString &statement : change.split(';', Qt::SkipEmptyParts))
+            catalogue.execute(qPrintable(statement));
+
+        fieldsOfRow = *static_cast<const int *>(QTest::qData("fields", QMetaType::Int));
+        const Load load(catalogue.database.get(), stopAfter);
+        QCOMPARE(load.signalsInOrder, signalsInOrder);
+        QVERIFY(load.rowsMatch);
+        QVERIFY2((error.isEmpty() || load.worker.errorString().startsWith(error)) &&
+                     load.worker.errorString().isEmpty() == error.isEmpty(),
+                 qPrintable(load.worker.errorString()));
+    }
+
+    void tellsMissingConnection()
+    {
+        const Load load(nullptr);
+        QCOMPARE(load.worker.errorString(), QString("No database connection available"));
+        QCOMPARE(load.signalsInOrder, Texts());
+    }
+};
+
+QTEST_MAIN(EventListWorkerTest)
+#include "tst_eventlistworker.moc"
