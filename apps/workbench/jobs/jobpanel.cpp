@@ -65,7 +65,7 @@ JobPanel::JobPanel(Bench *bench)
     halves->setStretchFactor(1, OutputShare);
     createActions();
     auto *layout = new QVBoxLayout(this);
-    layout->addWidget(halves);
+    layout->addWidget(halves, 1);
     layout->addWidget(makeCommandLine());
 
     connect(_view->selectionModel(), SIGNAL(currentChanged(QModelIndex, QModelIndex)), this,
