@@ -12,10 +12,10 @@ namespace EventTesting {
 
 using namespace Tellarix;
 
-/** What an event of a test has; an empty id of a solution leaves the solution out. */
+/** What an event of a test has. */
 struct Draft
 {
-    std::string id;
+    std::string id{};
     std::string time{"2024-01-05 10:11:12"};
     double latitude{10};
     double longitude{20};

@@ -24,8 +24,8 @@
 #include <QTimerEvent>
 #include <QVBoxLayout>
 
-#include <array>
 #include <atomic>
+#include <vector>
 
 namespace Norvu {
 namespace Gui {
@@ -40,24 +40,6 @@ constexpr auto ResetAction = "reset";
 
 /** Text of the event type that is regarded as fake. */
 QString NotExisting;
-
-/** A model whose itemData() asks the items, as data() does: those of events hold no values. */
-class EventModel : public QStandardItemModel
-{
-public:
-    using QStandardItemModel::QStandardItemModel;
-
-    QMap<int, QVariant> itemData(const QModelIndex &index) const override
-    {
-        QMap<int, QVariant> values = QAbstractItemModel::itemData(index);
-        for (const int role : {EventItem::SortRole, EventItem::TimeRole}) {
-            const QVariant value = index.data(role);
-            if (value.isValid())
-                values.insert(role, value);
-        }
-        return values;
-    }
-};
 
 /**
  * Shows how many rows there are, some times a second.
@@ -140,6 +122,15 @@ class SortFilterModel : public QSortFilterProxyModel
 public:
     using QSortFilterProxyModel::QSortFilterProxyModel;
 
+    void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override
+    {
+        const bool isSorted = dynamicSortFilter() && column == sortColumn() && order == sortOrder();
+        if (!isSorted && column >= 0 && hasOwnOrder())
+            _places = EventItem::places(*root(), column);
+        QSortFilterProxyModel::sort(column, order);
+        _places.clear();
+    }
+
 protected:
     bool filterAcceptsRow(int sourceRow, const QModelIndex &sourceParent) const override
     {
@@ -153,20 +144,38 @@ protected:
 
     bool lessThan(const QModelIndex &left, const QModelIndex &right) const override
     {
+        const bool hasPlace = !_places.empty() && left.internalPointer() == root();
+        if (hasPlace)
+            return _places[static_cast<size_t>(left.row())] <
+                   _places[static_cast<size_t>(right.row())];
+
         const EventItem *a = itemAt(left);
         const EventItem *b = itemAt(right);
         return a && b ? a->isLessThan(*b) : QSortFilterProxyModel::lessThan(left, right);
     }
 
 private:
+    /** Whether the order asked for is that of the items. */
+    bool hasOwnOrder() const
+    {
+        return sortRole() == EventItem::SortRole && !isSortLocaleAware() &&
+               sortCaseSensitivity() == Qt::CaseSensitive;
+    }
+
+    const QStandardItem *root() const
+    {
+        return static_cast<const QStandardItemModel *>(sourceModel())->invisibleRootItem();
+    }
+
     /** The item that can be compared by itself, null if it can't. */
     const EventItem *itemAt(const QModelIndex &index) const
     {
-        const bool isOwnOrder = sortRole() == EventItem::SortRole && !isSortLocaleAware() &&
-                                sortCaseSensitivity() == Qt::CaseSensitive;
         const auto *model = static_cast<const QStandardItemModel *>(sourceModel());
-        return isOwnOrder ? EventItem::from(model->itemFromIndex(index), index.column()) : nullptr;
+        return hasOwnOrder() ? EventItem::from(model->itemFromIndex(index), index.column())
+                             : nullptr;
     }
+
+    std::vector<int> _places; /**< of the source's rows, while they are sorted */
 };
 
 EventListView::EventListView(Tellarix::IO::DatabaseInterface *db, QWidget *parent)
@@ -406,7 +415,7 @@ void EventListView::initFilterMenu()
 
 void EventListView::initListUi()
 {
-    _model = new EventModel(0, Columns::Count, this);
+    _model = new QStandardItemModel(0, Columns::Count, this);
     _emptyModel = new QStandardItemModel(0, Columns::Count, this);
     _proxy = new SortFilterModel(this);
     _proxy->setSourceModel(_model);
@@ -471,7 +480,9 @@ void EventListView::makeProgressDialog()
 {
     auto *cancel = new QPushButton(tr("Cancel"));
     auto *bar = new ProgressBar;
-    _progress = new QProgressDialog(tr("Loading events"), tr("Cancel"), 0, 100, this);
+    // Without a text for a cancel button, or it would leave behind its own shortcut when it is
+    // replaced, and Escape with two meanings has none.
+    _progress = new QProgressDialog(tr("Loading events"), QString(), 0, 100, this);
     _progress->setModal(true);
     _progress->setCancelButton(cancel);
     _progress->setBar(bar);
@@ -484,8 +495,9 @@ void EventListView::makeProgressDialog()
     connect(_worker, SIGNAL(eventCountChanged(int)), _progress, SLOT(setMaximum(int)));
     cancel->disconnect();
     connect(cancel, SIGNAL(clicked()), this, SLOT(stopWorker()));
-    // Escape and the dialog's own close button cancel as well.
+    // Escape and the dialog's own close button hide the dialog, and so have to cancel as well.
     connect(_progress, SIGNAL(canceled()), this, SLOT(stopWorker()));
+    connect(_progress, SIGNAL(rejected()), this, SLOT(stopWorker()));
 }
 
 void EventListView::closeProgressDialog()

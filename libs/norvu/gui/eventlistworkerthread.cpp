@@ -18,9 +18,7 @@ namespace Gui {
 
 namespace {
 
-using Columns = EEventListColumnsNames;
 using Tellarix::IO::DatabaseInterface;
-using Items = QList<QStandardItem *>;
 
 const char *textOf(const DatabaseInterface &db, EventField field)
 {
@@ -31,8 +29,7 @@ const char *textOf(const DatabaseInterface &db, EventField field)
 template <typename T>
 bool read(T &value, const DatabaseInterface &db, EventField field)
 {
-    const char *text = textOf(db, field);
-    return text && Tellarix::Core::fromString(value, text);
+    return db.readField(static_cast<int>(field), value);
 }
 
 template <typename T>
@@ -73,35 +70,40 @@ char statusLetter(const char *status, bool isManual)
     return isManual ? 'M' : 'A';
 }
 
-void readPlane(EventRecord &record, const DatabaseInterface &db)
+void readPlane(EventValues &values, const DatabaseInterface &db)
 {
     std::array<float, 3> plane{};
     auto &[strike, dip, rake] = plane;
     if (read(strike, db, EventField::Strike) && read(dip, db, EventField::Dip) &&
         read(rake, db, EventField::Rake))
-        record.plane = plane;
+        values.plane = plane;
 }
 
-EventRecordPtr readRecord(const DatabaseInterface &db)
+EventValues readValues(const DatabaseInterface &db)
 {
-    const EventRecordPtr record(new EventRecord);
-    record->time = originTime(db);
-    read(record->magnitude, db, EventField::Magnitude);
-    read(record->phaseCount, db, EventField::PhaseCount);
-    read(record->latitude, db, EventField::Latitude);
-    read(record->longitude, db, EventField::Longitude);
-    read(record->depth, db, EventField::Depth);
-    readPlane(*record, db);
+    EventValues values;
+    values.time = originTime(db);
+    read(values.magnitude, db, EventField::Magnitude);
+    read(values.phaseCount, db, EventField::PhaseCount);
+    read(values.latitude, db, EventField::Latitude);
+    read(values.longitude, db, EventField::Longitude);
+    read(values.depth, db, EventField::Depth);
+    readPlane(values, db);
 
     const char *mode = textOf(db, EventField::EvaluationMode);
-    record->isManual = mode && std::string_view(mode) == "manual";
-    record->status = statusLetter(textOf(db, EventField::EvaluationStatus), record->isManual);
+    values.isManual = mode && std::string_view(mode) == "manual";
+    values.status = statusLetter(textOf(db, EventField::EvaluationStatus), values.isManual);
+    return values;
+}
 
-    record->setText(Columns::MagnitudeType, textOf(db, EventField::MagnitudeType));
-    record->setText(Columns::PublicID, textOf(db, EventField::PublicID));
-    record->setText(Columns::EventType, textOf(db, EventField::EventType));
-    record->setText(Columns::Region, textOf(db, EventField::Region));
-    return record;
+EventTexts readTexts(const DatabaseInterface &db)
+{
+    EventTexts texts;
+    texts.magnitudeType = textOf(db, EventField::MagnitudeType);
+    texts.publicID = textOf(db, EventField::PublicID);
+    texts.type = textOf(db, EventField::EventType);
+    texts.region = textOf(db, EventField::Region);
+    return texts;
 }
 
 } // namespace
@@ -162,7 +164,7 @@ void EventListWorkerThread::load()
         return;
 
     emit eventCountChanged(count);
-    readRows(eventRowStatement(*_db, query));
+    readRows(eventRowStatement(*_db, query), count);
 }
 
 bool EventListWorkerThread::readCount(const std::string &statement, int &count)
@@ -182,11 +184,12 @@ bool EventListWorkerThread::readCount(const std::string &statement, int &count)
     return true;
 }
 
-void EventListWorkerThread::readRows(const std::string &statement)
+void EventListWorkerThread::readRows(const std::string &statement, int expected)
 {
     if (!beginQuery(statement))
         return;
 
+    EventRowMaker maker(*_style, expected);
     int count = 0;
     while (_db->fetchRow() && !_stop) {
         if (_db->fieldCount() != static_cast<int>(EventField::Count)) {
@@ -194,19 +197,14 @@ void EventListWorkerThread::readRows(const std::string &statement)
             return;
         }
 
-        const EventRecordPtr record = readRecord(*_db);
-        record->style = _style;
-        Items items;
-        items.reserve(Columns::Count);
-        for (int column = 0; column < Columns::Count; ++column)
-            items.append(new EventItem(record, column));
-        _root->insertRow(_root->rowCount(), items);
+        _root->insertRow(_root->rowCount(), maker.makeRow(readValues(*_db), readTexts(*_db)));
         emit progressChanged(++count);
     }
     // What was cut off must not pass for the whole list.
     if (!_stop && !_db->lastError().isEmpty())
-        _errorString =
-            tr("The events end early after %1 rows:\n%2").arg(count).arg(_db->lastError());
+        _errorString = tr("The list is not complete, reading failed after %1 events:\n%2")
+                           .arg(count)
+                           .arg(_db->lastError());
     _db->endQuery();
 }
 

@@ -25,7 +25,6 @@ class DatabaseInterface;
 namespace Norvu {
 namespace Gui {
 
-struct EventRecord;
 struct EventStyle;
 
 /**
@@ -74,7 +73,7 @@ protected:
 private:
     void load();
     bool readCount(const std::string &statement, int &count);
-    void readRows(const std::string &statement);
+    void readRows(const std::string &statement, int expected);
     bool beginQuery(const std::string &statement);
 
     Tellarix::Core::Time _begin;

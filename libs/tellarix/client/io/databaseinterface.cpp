@@ -3,6 +3,8 @@
 #include <tellarix/client/io/databaseconnection_p.h>
 #include <tellarix/client/io/databaseinterface.h>
 
+#include <tellarix/core/strings.h>
+
 #include <QDateTime>
 #include <QFileInfo>
 #include <QSqlError>
@@ -10,8 +12,10 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <limits>
 
 namespace Tellarix {
 namespace IO {
@@ -224,6 +228,39 @@ const char *DatabaseInterface::field(int index) const
             setText(field.text, value);
     }
     return field.isNull ? nullptr : field.text.c_str();
+}
+
+bool DatabaseInterface::readField(int index, int &value) const
+{
+    const char *text = field(index);
+    return text && Core::fromString(value, text);
+}
+
+bool DatabaseInterface::readField(int index, float &value) const
+{
+    double number = 0;
+    if (!readField(index, number) || std::abs(number) > std::numeric_limits<float>::max())
+        return false;
+    value = static_cast<float>(number);
+    return true;
+}
+
+bool DatabaseInterface::readField(int index, double &value) const
+{
+    const DatabaseConnection *connection = _pool->existing();
+    if (!connection || !connection->query)
+        return false;
+
+    const QVariant number = connection->query->value(index);
+    if (number.userType() != QMetaType::Double) {
+        const char *text = field(index);
+        return text && Core::fromString(value, text);
+    }
+    const double read = *static_cast<const double *>(number.constData());
+    if (number.isNull() || !std::isfinite(read))
+        return false;
+    value = read;
+    return true;
 }
 
 void DatabaseInterface::endQuery()

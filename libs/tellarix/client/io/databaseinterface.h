@@ -88,6 +88,15 @@ public:
     /** Text of a field of the current row, in UTF-8, valid until the next row; null for NULL.
      *  Numbers have as many digits as it takes to read the same value back. */
     const char *field(int index) const;
+    /**
+     * Reads a field of the current row as a number, as Core::fromString() reads its text, but
+     * without making that text where the database hands numbers over: a list of a hundred thousand
+     * events has a million of them.
+     * @return false, leaving @p value alone, for NULL and for what is no such number
+     */
+    bool readField(int index, int &value) const;
+    bool readField(int index, float &value) const;
+    bool readField(int index, double &value) const;
     /** Releases the result. */
     void endQuery();
     /** @} */
