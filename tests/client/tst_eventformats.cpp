@@ -192,7 +192,7 @@ private slots:
         QTest::newRow("another document")
             << QByteArray("<html>quakeml</html>") << "element <html>: no QuakeML";
         QTest::newRow("text without an end")
-            << Head + "<event><type>" + QByteArray(2 << 20, 'x') << "more than 1 MB";
+            << Head + "<event><type>" + QByteArray(2 << 20, 'x') << "more than 256 kB";
         QTest::newRow("neither") << QByteArray("hello") << "neither QuakeML nor a table";
         QTest::newRow("empty") << QByteArray() << "neither QuakeML nor a table";
         QTest::newRow("field missing") << table + "2020-01-01,1\n"

@@ -15,6 +15,8 @@
 #include <QSaveFile>
 
 #include <cstdio>
+#include <utility>
+#include <vector>
 
 namespace Tellarix {
 namespace Tool {
@@ -27,42 +29,18 @@ const QStringList Actions{QStringLiteral("create"), QStringLiteral("import"),
 const QStringList Forms{QStringLiteral("json"), QStringLiteral("csv"), QStringLiteral("quakeml"),
                         QStringLiteral("geojson")};
 
-using Selection = IO::EventSelection;
-
-/** An option for a bound of the selection. */
-struct Bound
+/** The options for bounds, and what they set. */
+std::vector<std::pair<QString, std::optional<double> *>> boundsOf(IO::EventSelection &selection)
 {
-    const char *option;
-    std::optional<double> &(*field)(Selection &);
-};
-
-const Bound Bounds[] = {{"min-magnitude", [](Selection &s) -> auto &{return s.minimumMagnitude;
-} // namespace
-} // namespace Tool
-, {"max-magnitude", [](Selection &s) -> auto &{return s.maximumMagnitude;
-} // namespace Tellarix
+    return {{"min-magnitude", &selection.minimumMagnitude},
+            {"max-magnitude", &selection.maximumMagnitude},
+            {"min-latitude", &selection.minimumLatitude},
+            {"max-latitude", &selection.maximumLatitude},
+            {"min-longitude", &selection.minimumLongitude},
+            {"max-longitude", &selection.maximumLongitude},
+            {"min-depth", &selection.minimumDepthKm},
+            {"max-depth", &selection.maximumDepthKm}};
 }
-, {"min-latitude", [](Selection &s) -> auto &{return s.minimumLatitude;
-}
-}
-, {"max-latitude", [](Selection &s) -> auto &{return s.maximumLatitude;
-}
-}
-, {"min-longitude", [](Selection &s) -> auto &{return s.minimumLongitude;
-}
-}
-, {"max-longitude", [](Selection &s) -> auto &{return s.maximumLongitude;
-}
-}
-, {"min-depth", [](Selection &s) -> auto &{return s.minimumDepthKm;
-}
-}
-, {"max-depth", [](Selection &s) -> auto &{return s.maximumDepthKm;
-}
-}
-,
-}
-;
 
 QString numberText(const std::optional<double> &value, int decimals)
 {
@@ -78,8 +56,8 @@ QString tableLine(const IO::EventSummary &event)
         .arg(numberText(event.latitude, 3), 8)
         .arg(numberText(event.longitude, 3), 9)
         .arg(numberText(event.depthKm, 1), 6)
-        .arg(event.id.c_str(), -24)
-        .arg(event.region.c_str());
+        .arg(QString::fromStdString(event.id).leftJustified(24),
+             QString::fromStdString(event.region));
 }
 
 /** Collects lines, since each call of printOutput() is one of the system. */
@@ -147,8 +125,8 @@ void EventsCommand::describe(QCommandLineParser &parser) const
         {QStringLiteral("quakeml"), tr("QuakeML 1.2, with all solutions.")},
         {QStringLiteral("geojson"), tr("GeoJSON, a point per event.")},
     });
-    for (const Bound &bound : Bounds) {
-        const QString option = QLatin1String(bound.option);
+    IO::EventSelection none;
+    for (const auto &[option, field] : boundsOf(none)) {
         parser.addOption({option,
                           option.startsWith(QLatin1String("min")) ? tr("Only from this bound on.")
                                                                   : tr("Only up to this bound."),
@@ -213,12 +191,11 @@ bool EventsCommand::readForm(const QCommandLineParser &parser, QString *error)
 bool EventsCommand::readSelection(const QCommandLineParser &parser, QString *error)
 {
     Core::TimeWindow window;
-    if (!readWindow(parser, &window, error))
+    if (!readWindow(parser, WindowEnd::Included, &window, error))
         return false;
     _selection.from = window.startTime();
     _selection.to = window.endTime();
-    for (const Bound &bound : Bounds) {
-        const QString option = QLatin1String(bound.option);
+    for (const auto &[option, field] : boundsOf(_selection)) {
         if (!parser.isSet(option))
             continue;
         double value = 0;
@@ -226,7 +203,7 @@ bool EventsCommand::readSelection(const QCommandLineParser &parser, QString *err
             *error = tr("--%1: \"%2\" is no number").arg(option, parser.value(option));
             return false;
         }
-        bound.field(_selection) = value;
+        *field = value;
     }
     return true;
 }
@@ -273,6 +250,7 @@ bool EventsCommand::import(const IO::DatabaseInterfacePtr &database)
     if (!IO::EventArchive::checkSchema(*database, &error) &&
         !IO::EventArchive::createSchema(*database, &otherError)) {
         printError(error);
+        printError(otherError);
         return false;
     }
     bool complete = true;
@@ -293,7 +271,8 @@ bool EventsCommand::importFile(const IO::DatabaseInterfacePtr &database, const Q
         return false;
     }
     return printOutput(
-        tr("%1: %2 events added, %3 updated\n").arg(file).arg(result.added).arg(result.updated));
+        tr("%1: %2 events added, %3 updated\n")
+            .arg(file, QString::number(result.added), QString::number(result.updated)));
 }
 
 bool EventsCommand::list(const IO::DatabaseInterfacePtr &database)
@@ -329,6 +308,9 @@ bool EventsCommand::writeAs(const QString &form, const IO::DatabaseInterfacePtr 
         },
         error);
     written = written && writer->end();
+    // A full disk shows when what is held back is written.
+    if (auto *file = qobject_cast<QFileDevice *>(&device))
+        written = file->flush() && written;
     if (!written)
         *error = device.errorString();
     else if (!read && error->isEmpty())

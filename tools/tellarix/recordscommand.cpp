@@ -58,7 +58,7 @@ bool RecordsCommand::readArguments(const QCommandLineParser &parser, const QStri
 
     _urls = arguments;
     _asJson = parser.isSet(JsonOption);
-    return readWindow(parser, &_window, error) &&
+    return readWindow(parser, WindowEnd::Excluded, &_window, error) &&
            (!parser.isSet(StreamsOption) || readStreams(parser.value(StreamsOption), error));
 }
 

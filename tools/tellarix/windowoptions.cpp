@@ -17,7 +17,8 @@ QString tr(const char *text)
 
 } // namespace
 
-bool readWindow(const QCommandLineParser &parser, Core::TimeWindow *window, QString *error)
+bool readWindow(const QCommandLineParser &parser, WindowEnd windowEnd, Core::TimeWindow *window,
+                QString *error)
 {
     Core::Time ends[2];
     int end = 0;
@@ -32,7 +33,8 @@ bool readWindow(const QCommandLineParser &parser, Core::TimeWindow *window, QStr
     }
 
     *window = Core::TimeWindow(ends[0], ends[1]);
-    if (window->valid() && window->isEmpty()) {
+    const bool isMoment = windowEnd == WindowEnd::Included && ends[0] == ends[1];
+    if (window->valid() && window->isEmpty() && !isMoment) {
         *error = tr("--to: %1 is not after --from: %2")
                      .arg(parser.value(ToOption), parser.value(FromOption));
         return false;

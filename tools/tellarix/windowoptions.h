@@ -14,8 +14,16 @@ namespace Tool {
 const auto FromOption = QStringLiteral("from");
 const auto ToOption = QStringLiteral("to");
 
+/** Whether what lies at the end of a window is in it: then it may be a single moment. */
+enum class WindowEnd
+{
+    Excluded,
+    Included
+};
+
 /** Reads --from and --to; false with the reason in @p error if they are no window. */
-bool readWindow(const QCommandLineParser &parser, Core::TimeWindow *window, QString *error);
+bool readWindow(const QCommandLineParser &parser, WindowEnd end, Core::TimeWindow *window,
+                QString *error);
 
 } // namespace Tool
 } // namespace Tellarix

@@ -21,7 +21,7 @@ namespace Workbench {
 
 namespace {
 
-constexpr int HeadSize = 4096;
+constexpr int HeadSize = 64 << 10;
 constexpr int ProgressSteps = 1000;
 
 } // namespace

@@ -114,11 +114,13 @@ QString explainEmptyList(const IO::DatabaseInterfacePtr &database, const Core::T
     onlyTime.from = selection.from;
     onlyTime.to = selection.to;
     const int inWindow = archive.count(onlyTime);
-    if (inWindow <= 0)
+    if (inWindow < 0)
+        return tr("The database does not answer: %1").arg(database->lastError());
+    if (inWindow == 0)
         return explainWindow(window, extent);
     if (archive.count(selection) > 0)
-        return tr(
-            "Every event of this load is hidden by the check box below, or has no magnitude.");
+        return tr("The events of this time are hidden by the check box below or have no magnitude, "
+                  "or the load was stopped.");
     return explainRanges(archive, selection, inWindow);
 }
 

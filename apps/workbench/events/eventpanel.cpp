@@ -31,6 +31,8 @@
 #include <QTreeView>
 #include <QUrl>
 
+#include <limits>
+
 using namespace Tellarix;
 
 namespace Workbench {
@@ -52,8 +54,9 @@ EventSummary summaryOf(const EventRow &row)
     EventSummary event;
     event.publicID = QString::fromStdString(row.publicID);
     event.originTime = row.time;
-    event.latitude = row.latitude.value_or(0);
-    event.longitude = row.longitude.value_or(0);
+    // Not at 0, 0: rows would get distances from there.
+    event.latitude = row.latitude.value_or(std::numeric_limits<double>::quiet_NaN());
+    event.longitude = row.longitude.value_or(std::numeric_limits<double>::quiet_NaN());
     event.depthKm = row.depth;
     event.magnitude = row.magnitude;
     event.region = QString::fromStdString(row.region);
@@ -138,7 +141,7 @@ void EventPanel::updateActions()
 {
     const bool isOpen = _catalogue->database() != nullptr;
     const bool hasRows = _list && _list->rowCount() > 0;
-    _importAction->setEnabled(isOpen && !_catalogue->isImporting());
+    _importAction->setEnabled(isOpen && !_catalogue->isTemporary() && !_catalogue->isImporting());
     _exportAction->setEnabled(hasRows);
     _scriptAction->setEnabled(hasRows);
     _showAllAction->setEnabled(isOpen);
@@ -184,6 +187,9 @@ void EventPanel::makeList()
     }
     if (!_headerState.isEmpty())
         tree()->header()->restoreState(_headerState);
+    // Catalogues of historical earthquakes reach further back than the inputs do by themselves.
+    for (auto *edit : _list->findChildren<QDateTimeEdit *>())
+        edit->setMinimumDate(QDate(1, 1, 1));
     static_cast<QVBoxLayout *>(layout())->insertWidget(1, _list, 1);
 
     connect(_list, SIGNAL(eventSelected()), this, SLOT(choose()));
@@ -345,7 +351,11 @@ bool EventPanel::openFiles(const QStringList &files)
     QStringList names;
     for (const QString &file : files)
         names.append(QFileInfo(file).fileName());
-    if (!_catalogue->isTemporary() && !_catalogue->openTemporary(names.join(", ")))
+    if (_catalogue->isImporting()) {
+        bench()->tell({tr("%1: an import still runs; open it again then").arg(names.join(", "))});
+        return false;
+    }
+    if (!_catalogue->openTemporary(names.join(", ")))
         return false;
     _catalogue->import(files);
     return true;
@@ -388,7 +398,10 @@ void EventPanel::exportList(QAbstractItemModel *model)
 {
     QString problem;
     const auto write = [&](const QString &file) {
-        return writeEvents(_catalogue->database(), model, file, &problem);
+        const bool ok = writeEvents(_catalogue->database(), model, file, &problem);
+        if (!ok)
+            bench()->tell({problem});
+        return ok;
     };
     if (_exportFile.isEmpty())
         _exportFile = QDir::home().filePath("events.xml");
@@ -396,8 +409,6 @@ void EventPanel::exportList(QAbstractItemModel *model)
                                         window());
     if (dialog.exec() == QDialog::Accepted)
         bench()->showStatus(tr("%1 events exported").arg(model->rowCount()));
-    else if (!problem.isEmpty())
-        bench()->tell({problem});
     _exportFile = dialog.filePath();
     _exportScript = dialog.scriptPath();
 }
@@ -419,7 +430,7 @@ void EventPanel::runScript()
         return;
     }
     bench()->jobs()->add(
-        tr("%1 on %2 events").arg(QFileInfo(script).fileName()).arg(_list->rowCount()),
+        tr("%1 on %2 events").arg(QFileInfo(script).fileName(), QString::number(_list->rowCount())),
         QString("\"%1\" \"%2\"").arg(script, file));
     bench()->showStatus(tr("A job was started; see the panel of jobs"));
 }

@@ -261,6 +261,10 @@ bool check(DatabaseInterface &database, QString *error)
     database.endQuery();
     if (!isRead)
         return fail(database, cause.isEmpty() ? "it tells no version of its tables" : cause, error);
+    for (const char *table : TableNames) {
+        if (version == Version && !tables.contains(table))
+            return fail(database, QString("its table %1 is missing").arg(table), error);
+    }
     if (version == Version)
         return true;
     return fail(database,

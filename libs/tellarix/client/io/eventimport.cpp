@@ -6,6 +6,7 @@
 #include <tellarix/client/io/eventreader.h>
 
 #include <QFile>
+#include <QFileInfo>
 
 namespace Tellarix {
 namespace IO {
@@ -62,6 +63,11 @@ EventImportResult importEvents(DatabaseInterfacePtr database, const QString &fil
 {
     EventImportResult result;
     QFile device(file);
+    // A pipe that nobody writes to would be waited for without end.
+    if (QFileInfo(file).exists() && !QFileInfo(file).isFile()) {
+        result.error = named(file, QStringLiteral("is no file"));
+        return result;
+    }
     if (!device.open(QIODevice::ReadOnly)) {
         result.error = named(file, device.errorString());
         return result;

@@ -40,8 +40,7 @@ bool EventCsvWriter::begin()
 
 bool EventCsvWriter::write(const DataModel::Event &event)
 {
-    const EventSummary summary = EventSummary::Of(event);
-    return !summary.latitude || put(_device, summary.toCsv() + "\r\n");
+    return put(_device, EventSummary::Of(event).toCsv() + "\r\n");
 }
 
 bool EventGeoJsonWriter::begin()

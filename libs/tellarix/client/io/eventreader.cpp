@@ -12,7 +12,7 @@ namespace IO {
 
 namespace {
 
-constexpr int HeadSize = 4096;
+constexpr int HeadSize = 64 << 10; // a comment may come first
 
 QByteArray firstLine(const QByteArray &text)
 {

@@ -46,8 +46,11 @@ EventSummary EventSummary::Of(const DataModel::Event &event)
     summary.region = event.region();
     if (const DataModel::Origin *origin = event.preferredOrigin()) {
         summary.time = origin->time.value();
-        summary.latitude = origin->latitude.value();
-        summary.longitude = origin->longitude.value();
+        // A database may hold an origin without a place.
+        if (std::isfinite(origin->latitude.value()) && std::isfinite(origin->longitude.value())) {
+            summary.latitude = origin->latitude.value();
+            summary.longitude = origin->longitude.value();
+        }
         if (origin->depth)
             summary.depthKm = origin->depth->value();
         summary.phases = origin->quality.usedPhaseCount;

@@ -83,14 +83,14 @@ bool EventTableReader::read(QString *error)
 bool EventTableReader::fail(const QString &cause)
 {
     if (_fault.isEmpty() && !_ended)
-        _fault = QString("%1: line %2: %3").arg(_name).arg(_firstLine).arg(cause);
+        _fault = QString("%1: line %2: %3").arg(_name, QString::number(_firstLine), cause);
     return false;
 }
 
 void EventTableReader::warn(const QString &text) const
 {
     if (_handler.warn)
-        _handler.warn(QString("%1: line %2: %3").arg(_name).arg(_firstLine).arg(text));
+        _handler.warn(QString("%1: line %2: %3").arg(_name, QString::number(_firstLine), text));
 }
 
 /** A line without its end; false at the end of the device. */
@@ -236,8 +236,10 @@ bool EventTableReader::readEvent()
     if (_fields.size() != _names.size())
         return fail(QString("%1 fields instead of %2").arg(_fields.size()).arg(_names.size()));
 
-    const DataModel::OriginPtr origin = makeOrigin();
-    if (!origin)
+    const bool hasOrigin =
+        !text(Time).empty() || !text(Latitude).empty() || !text(Longitude).empty();
+    const DataModel::OriginPtr origin = hasOrigin ? makeOrigin() : nullptr;
+    if (hasOrigin && !origin)
         return false;
     const DataModel::EventPtr event(new DataModel::Event);
     event->publicID = text(Id);
@@ -246,7 +248,8 @@ bool EventTableReader::readEvent()
     event->creationInfo.modificationTime = Core::Time::FromString(text(Updated));
     if (!text(Region).empty())
         event->descriptions.push_back({text(Region), "region name"});
-    event->origins.push_back(origin);
+    if (origin)
+        event->origins.push_back(origin);
     if (const DataModel::MagnitudePtr magnitude = makeMagnitude())
         event->magnitudes.push_back(magnitude);
     completeEvent(*event);

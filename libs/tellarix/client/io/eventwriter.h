@@ -18,8 +18,8 @@ namespace IO {
  * Writes events one after the other: begin, any number of events, end.
  *
  * QuakeML holds all that an event has but for when it was last changed. CSV and GeoJSON hold a line
- * or feature for each event with its preferred origin and magnitude; events without an origin are
- * left out of them.
+ * or feature for each event with its preferred origin and magnitude; events without an origin have
+ * no feature.
  */
 class TELLARIX_CLIENT_API EventWriter
 {

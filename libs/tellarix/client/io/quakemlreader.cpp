@@ -13,7 +13,9 @@ namespace IO {
 
 namespace {
 
-constexpr qint64 LongestText = 1 << 20;
+constexpr qint64 LongestText =
+    256 << 10; // of a tag, too, whose attributes are compared with each other
+constexpr int DeepestElement = 100;
 constexpr auto RootNamespace = "http://quakeml.org/xmlns/quakeml/";
 constexpr auto EventNamespace = "http://quakeml.org/xmlns/bed";
 
@@ -44,7 +46,7 @@ bool QuakeMLReader::read(QString *error)
 
 QString QuakeMLReader::place() const
 {
-    QString text = QString("%1: line %2").arg(_name).arg(_xml.lineNumber());
+    QString text = QString("%1: line %2").arg(_name, QString::number(_xml.lineNumber()));
     if (!_elements.empty())
         text += QString(", element <%1>").arg(_elements.back());
     return text + ": ";
@@ -54,7 +56,7 @@ void QuakeMLReader::rememberFault(const QString &text)
 {
     if (_fault.isEmpty() && !_ended)
         _fault = place() + (_device.exceeded()
-                                ? QString("a text of more than %1 MB").arg(LongestText >> 20)
+                                ? QString("a text of more than %1 kB").arg(LongestText >> 10)
                                 : text);
 }
 
@@ -94,7 +96,9 @@ void QuakeMLReader::skip()
         switch (_xml.readNext()) {
         case QXmlStreamReader::StartElement:
             _device.mark();
-            ++depth;
+            if (++depth > DeepestElement)
+                return rememberFault(
+                    QString("elements nest more than %1 deep").arg(DeepestElement));
             break;
         case QXmlStreamReader::EndElement:
             --depth;
