@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
+#include "semaphore.h"
+
 #include <client/databasetesting.h>
 
 #include <tellarix/client/io/databaseschema.h>
@@ -192,6 +194,7 @@ private slots:
         QVERIFY(database);
         const int connections = QSqlDatabase::connectionNames().size();
         std::atomic<int> rows{0};
+        Semaphore ended;
         const auto work = [&] {
             if (!database->beginQuery(longResult(*database, 500)))
                 return;
@@ -201,13 +204,17 @@ private slots:
         };
         std::vector<std::unique_ptr<QThread>> threads;
         for (int i = 0; i < 4; ++i) {
-            threads.emplace_back(QThread::create(work));
+            threads.emplace_back(QThread::create([&] {
+                work();
+                ended.release();
+            }));
             threads.back()->start();
         }
         std::thread plain(work);
         plain.join();
         for (const auto &thread : threads)
             QVERIFY(thread->wait());
+        ended.acquire(4);
         QCOMPARE(rows.load(), 5 * 500);
         QCOMPARE(QSqlDatabase::connectionNames().size(), connections);
 
