@@ -138,10 +138,15 @@ void MainWindow::addDock(Panel *panel)
 
     QAction *toggle = panel->toggleAction();
     connect(dock->toggleViewAction(), SIGNAL(toggled(bool)), toggle, SLOT(setChecked(bool)));
-    connect(toggle, &QAction::triggered, dock, [dock](bool show) {
-        dock->setVisible(show);
-        if (show)
-            dock->raise();
+    connect(toggle, &QAction::triggered, dock, [dock, panel, toggle](bool show) {
+        // One that lies behind another tab is wanted in front, not away.
+        const bool isBehind = !show && dock->visibleRegion().isEmpty();
+        dock->setVisible(show || isBehind);
+        toggle->setChecked(show || isBehind);
+        if (!show && !isBehind)
+            return;
+        dock->raise();
+        panel->setFocus();
     });
     dock->setVisible(description.isShownAtFirst);
     toggle->setChecked(description.isShownAtFirst);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
+#include "answer.h"
 #include "gradienttesting.h"
 
 #include <norvu/gui/gradienteditor.h>
@@ -61,31 +62,6 @@ struct Bench
     GradientWidget *bar{nullptr};
     QLineEdit *key{nullptr};
     QSignalSpy changes;
-};
-
-/** Handles the next modal dialog of a type as soon as it is open. */
-template <typename Dialog>
-class Answer
-{
-public:
-    explicit Answer(std::function<void(Dialog &)> answer)
-    {
-        _timer.setInterval(0);
-        QObject::connect(&_timer, &QTimer::timeout, [this, answer] {
-            auto *dialog = qobject_cast<Dialog *>(QApplication::activeModalWidget());
-            if (!dialog)
-                return;
-            _timer.stop();
-            given = true;
-            answer(*dialog);
-        });
-        _timer.start();
-    }
-
-    bool given{false};
-
-private:
-    QTimer _timer;
 };
 
 std::function<void(QDialog &)> editTable(std::function<void(QTableWidget &)> edit,

@@ -105,7 +105,7 @@ EventPanel::EventPanel(Bench *bench)
 
     createActions();
     connect(_catalogue, SIGNAL(opened()), this, SLOT(showDatabase()));
-    connect(_catalogue, SIGNAL(imported()), this, SLOT(showAll()));
+    connect(_catalogue, SIGNAL(imported()), this, SLOT(reload()));
     connect(bench->selection(), SIGNAL(eventChanged()), this, SLOT(followSelection()));
     showDatabase();
 }
@@ -179,6 +179,7 @@ void EventPanel::makeList()
 {
     _list = new EventListView(_catalogue->database().get(), this);
     _list->setHeaderMenuEnabled(true);
+    setFocusProxy(tree());
     _list->buttonExport()->show();
     if (auto *button = qobject_cast<QToolButton *>(_list->buttonExport())) {
         button->setFont(Norvu::FontAwesome5::fontSolid());
@@ -219,6 +220,18 @@ void EventPanel::showAll()
         _list->setTimeWindow(dateTime(begin), dateTime(extent.endTime()));
         _list->loadInterval();
     }
+    tellCount();
+    followSelection();
+}
+
+/** Shows what an import has stored, without taking away the interval that the user looks at. */
+void EventPanel::reload()
+{
+    if (!_list || _catalogue->isTemporary() || _list->rowCount() == 0) {
+        showAll();
+        return;
+    }
+    _list->loadInterval();
     tellCount();
     followSelection();
 }

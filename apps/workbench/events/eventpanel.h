@@ -54,6 +54,7 @@ private slots:
     void runScript();
     void showDatabase();
     void showAll();
+    void reload();
     void tellCount();
     void choose();
     void followSelection();
