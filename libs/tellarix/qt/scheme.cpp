@@ -38,6 +38,12 @@ constexpr Shade Present{0xff2e9e57, 0xff43c274};
 constexpr Shade Missing{0xffcf3a3a, 0xffee6a62};
 constexpr Shade Automatic{0xffc62f2f, 0xffff8078};
 constexpr Shade Manual{0xff177a3d, 0xff5fd089};
+constexpr Shade Water{0xffd6e4ee, 0xff18222c};
+constexpr Shade Land{0xfff5f2eb, 0xff343738};
+constexpr Shade Coast{0xff8096a8, 0xff70808c};
+constexpr Shade Country{0xff968a8e, 0xff867e80};
+constexpr Shade Province{0xffcdc6c4, 0xff525252};
+constexpr Shade River{0xffaac6dc, 0xff32485c};
 
 double linear(double channel)
 {
@@ -68,6 +74,19 @@ QPen hairline(const QColor &color, Qt::PenStyle style = Qt::SolidLine)
     QPen pen(color, 1, style);
     pen.setCosmetic(true);
     return pen;
+}
+
+/** Shallow earthquakes are red, the deepest ones violet. */
+Gradient depthColors()
+{
+    Gradient gradient;
+    gradient.setColorAt(0, QColor(204, 0, 0));
+    gradient.setColorAt(35, QColor(230, 120, 0));
+    gradient.setColorAt(70, QColor(214, 180, 0));
+    gradient.setColorAt(150, QColor(40, 150, 60));
+    gradient.setColorAt(300, QColor(30, 90, 200));
+    gradient.setColorAt(600, QColor(120, 40, 160));
+    return gradient;
 }
 
 QPalette presentPalette()
@@ -136,6 +155,7 @@ void Scheme::setPalette(const QPalette &palette)
     _dark = luminance(palette.color(QPalette::Base)) < luminance(palette.color(QPalette::Text));
     takeRecordColors(palette);
     takeOtherColors(palette);
+    takeMapColors(palette);
 }
 
 void Scheme::takeRecordColors(const QPalette &palette)
@@ -182,6 +202,20 @@ void Scheme::takeOtherColors(const QPalette &palette)
     legend.text = readableColor(palette.color(QPalette::Text), base, TextContrast);
     legend.header = legend.text;
     legend.border = readableColor(mixed(base, legend.text, 0.5), base, LineContrast);
+}
+
+void Scheme::takeMapColors(const QPalette &palette)
+{
+    map.depthGradient = depthColors();
+    map.water = Water.in(_dark);
+    map.land = Land.in(_dark);
+    map.coast = Coast.in(_dark);
+    map.country = Country.in(_dark);
+    map.province = Province.in(_dark);
+    map.river = River.in(_dark);
+    map.graticule = translucent(palette.color(QPalette::Text), 0.18);
+    map.label = readableColor(palette.color(QPalette::Text), map.land, TextContrast);
+    map.outside = palette.color(QPalette::Window);
 }
 
 } // namespace Gui

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <tellarix/qt/api.h>
+#include <tellarix/qt/gradient.h>
 
 #include <QColor>
 #include <QFont>
@@ -92,6 +93,21 @@ public:
     {
         int originSymbolMinimumSize{9}; /**< in pixels */
         int stationSymbolSize{12};      /**< in pixels */
+        Gradient depthGradient;         /**< colours of origins by depth in km */
+        bool depthGradientIsDiscrete{false};
+        /** Origins are painted as outlines of 4 pixels that are filled only on request, instead of
+         *  as translucent discs with outlines of 2. */
+        bool filledOutlines{false};
+
+        QColor water;
+        QColor land;
+        QColor coast;
+        QColor country;   /**< borders of countries */
+        QColor province;  /**< borders of provinces within countries */
+        QColor river;     /**< and shores of lakes */
+        QColor graticule; /**< meridians and parallels */
+        QColor label;     /**< their labels, and names of cities */
+        QColor outside;   /**< beyond the edges of the globe */
     };
 
     struct Precision
@@ -115,6 +131,7 @@ public:
 private:
     void takeRecordColors(const QPalette &palette);
     void takeOtherColors(const QPalette &palette);
+    void takeMapColors(const QPalette &palette);
 
     bool _dark{false};
 };

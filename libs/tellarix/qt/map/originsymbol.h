@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
+#pragma once
+
+#include <tellarix/qt/api.h>
+#include <tellarix/qt/map/symbol.h>
+
+#include <QColor>
+
+namespace Tellarix {
+namespace Gui {
+
+/**
+ * The epicentre of an event: a disc whose size follows from the magnitude and whose colour follows
+ * from the depth by the scheme's depth gradient.
+ */
+class TELLARIX_GUI_API OriginSymbol : public Map::Symbol
+{
+public:
+    /** @param depth  in km; without a finite one the disc is grey */
+    OriginSymbol(double longitude, double latitude, double depth,
+                 Map::Decorator *decorator = nullptr);
+
+    bool isInside(int x, int y) const override;
+
+    /** 0 if it is unknown. */
+    double preferredMagnitudeValue() const { return _magnitude; }
+    void setPreferredMagnitudeValue(double magnitude);
+    double depth() const { return _depth; }
+    void setDepth(double depth);
+
+    /** Chosen symbols are painted with a ring in the highlight's colour. */
+    void setSelected(bool selected) { _selected = selected; }
+    bool isSelected() const { return _selected; }
+
+    /** Diameter for a magnitude in pixels; at least the scheme's smallest. */
+    static int diameterOf(double magnitude);
+
+protected:
+    void customDraw(const Map::Canvas *canvas, QPainter &painter) override;
+
+private:
+    void updateSize();
+
+    double _depth;
+    double _magnitude{0};
+    QColor _color;
+    bool _selected{false};
+};
+
+} // namespace Gui
+} // namespace Tellarix
