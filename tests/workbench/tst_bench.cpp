@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
+#include "bench/region.h"
 #include "bench/selection.h"
+#include "bench/shownevents.h"
 #include "bench/stations.h"
 #include "bench/task.h"
 #include "taskprogress.h"
@@ -32,6 +34,8 @@ EventSummary eventCalled(const QString &id)
 
 } // namespace
 
+Q_DECLARE_METATYPE(Workbench::Region)
+
 class TestBench : public QObject
 {
     Q_OBJECT
@@ -40,6 +44,9 @@ private slots:
     void tellsOnlyOfWhatIsDifferent();
     void tellsWhatIsChosenInTheEnd();
     void keepsPlacesOnEarth();
+    void knowsWhatARegionHolds_data();
+    void knowsWhatARegionHolds();
+    void findsShownEvents();
     void takesProgressFromThreads();
     void showsLastTask();
 };
@@ -88,6 +95,56 @@ void TestBench::tellsWhatIsChosenInTheEnd()
             [&] { seen << selection.chosenEvent()->publicID; });
     selection.setEvent(eventCalled("first"));
     QCOMPARE(seen, QStringList({"final", "final"}));
+}
+
+void TestBench::knowsWhatARegionHolds_data()
+{
+    QTest::addColumn<Region>("region");
+    QTest::addColumn<QVector<QPointF>>("inside");
+    QTest::addColumn<QVector<QPointF>>("outside");
+
+    const auto box = [](double left, double bottom, double right, double top) {
+        return Region::box(QRectF(QPointF(left, bottom), QPointF(right, top)));
+    };
+    using Points = QVector<QPointF>;
+    const Points nowhere{{NotANumber, 40}, {15, NotANumber}};
+    QTest::newRow("box") << box(10, 30, 20, 50) << Points{{10, 30}, {20, 50}, {375, 40}}
+                         << Points{{9.9, 40}, {20.1, 40}, {15, 29.9}, {15, 50.1}} + nowhere;
+    QTest::newRow("box across the date line")
+        << box(170, 30, 190, 50) << Points{{175, 40}, {-175, 40}}
+        << Points{{0, 40}, {-169, 40}, {169, 40}};
+    QTest::newRow("whole world") << box(-180, -90, 180, 90)
+                                 << Points{{-180, 0}, {180, 90}, {0, -90}} << nowhere;
+    QTest::newRow("circle") << Region::circle(0, 180, 100)
+                            << Points{{-179.11, 0}, {179.11, 0}, {180, 0.9}}
+                            << Points{{-179.09, 0}, {180, 0.91}, {0, 0}} + nowhere;
+}
+
+void TestBench::knowsWhatARegionHolds()
+{
+    QFETCH(const Region, region);
+    QFETCH(const QVector<QPointF>, inside);
+    QFETCH(const QVector<QPointF>, outside);
+    for (const QPointF &place : inside)
+        QVERIFY2(region.contains(place.y(), place.x()), qPrintable(region.text()));
+    for (const QPointF &place : outside)
+        QVERIFY2(!region.contains(place.y(), place.x()), qPrintable(region.text()));
+}
+
+void TestBench::findsShownEvents()
+{
+    ShownEvents events;
+    const QSignalSpy changed(&events, SIGNAL(changed()));
+    EventSummary later = eventCalled("later");
+    later.originTime = Start + Core::TimeSpan(1.0);
+    events.set({later, eventCalled("first")});
+    QCOMPARE(events.all().first().publicID, QString("first"));
+    QCOMPARE(events.find("later")->originTime, later.originTime);
+
+    events.set({});
+    QVERIFY(!events.find("later"));
+    events.set({});
+    QCOMPARE(changed.count(), 2);
 }
 
 void TestBench::keepsPlacesOnEarth()

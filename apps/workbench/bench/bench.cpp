@@ -4,6 +4,7 @@
 
 #include "jobs.h"
 #include "selection.h"
+#include "shownevents.h"
 #include "stations.h"
 #include "task.h"
 #include "tracerows.h"
@@ -11,8 +12,9 @@
 namespace Workbench {
 
 Bench::Bench(QObject *parent)
-    : QObject(parent), _selection(new Selection(this)), _stations(new Stations(this)),
-      _tasks(new Tasks(this)), _jobs(new Jobs(this)), _rows(new TraceRows(this))
+    : QObject(parent), _selection(new Selection(this)), _shownEvents(new ShownEvents(this)),
+      _stations(new Stations(this)), _tasks(new Tasks(this)), _jobs(new Jobs(this)),
+      _rows(new TraceRows(this))
 {}
 
 void Bench::tell(const QStringList &problems)

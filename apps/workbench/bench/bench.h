@@ -11,6 +11,7 @@ namespace Workbench {
 
 class Jobs;
 class Selection;
+class ShownEvents;
 class Stations;
 class Tasks;
 class TraceRows;
@@ -25,6 +26,8 @@ public:
 
     /** Chosen event, time, time window and stations. */
     Selection *selection() const { return _selection; }
+    /** The events that the list has loaded. */
+    ShownEvents *shownEvents() const { return _shownEvents; }
     /** Coordinates of stations. */
     Stations *stations() const { return _stations; }
     /** Work in the background, which the status bar shows. */
@@ -50,6 +53,7 @@ signals:
 
 private:
     Selection *_selection;
+    ShownEvents *_shownEvents;
     Stations *_stations;
     Tasks *_tasks;
     Jobs *_jobs;

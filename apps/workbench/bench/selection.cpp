@@ -52,12 +52,21 @@ void Selection::setStations(QStringList stations)
     emit stationsChanged();
 }
 
+void Selection::setRegion(const std::optional<Region> &region)
+{
+    if (region == _region)
+        return;
+    _region = region;
+    emit regionChanged();
+}
+
 void Selection::clear()
 {
     clearEvent();
     setTime(Core::Time());
     setTimeWindow(Core::TimeWindow());
     setStations({});
+    setRegion(std::nullopt);
 }
 
 } // namespace Workbench

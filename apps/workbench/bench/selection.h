@@ -3,6 +3,7 @@
 #pragma once
 
 #include "eventsummary.h"
+#include "region.h"
 
 #include <tellarix/core/timewindow.h>
 
@@ -34,6 +35,8 @@ public:
     const Tellarix::Core::TimeWindow &timeWindow() const { return _timeWindow; }
     /** Chosen stations as "NET.STA", in ascending order and each of them once. */
     const QStringList &stations() const { return _stations; }
+    /** Where events are looked for; unset for everywhere. */
+    const std::optional<Region> &region() const { return _region; }
 
 public slots:
     void setEvent(const Workbench::EventSummary &event);
@@ -43,6 +46,7 @@ public slots:
     void setTimeWindow(const Tellarix::Core::TimeWindow &window);
     /** In any order. */
     void setStations(QStringList stations);
+    void setRegion(const std::optional<Workbench::Region> &region);
     /** Chooses nothing. */
     void clear();
 
@@ -51,12 +55,14 @@ signals:
     void timeChanged();
     void timeWindowChanged();
     void stationsChanged();
+    void regionChanged();
 
 private:
     std::optional<EventSummary> _event;
     Tellarix::Core::Time _time;
     Tellarix::Core::TimeWindow _timeWindow;
     QStringList _stations;
+    std::optional<Region> _region;
 };
 
 } // namespace Workbench
