@@ -2,6 +2,7 @@
 
 #include "exportactions.h"
 
+#include "bench/picture.h"
 #include "dataexport.h"
 #include "pictureexport.h"
 
@@ -96,9 +97,7 @@ void ExportActions::copyPicture()
 
 void ExportActions::askForPicture()
 {
-    const QString file = askForFile(
-        tr("Export picture"), suggestedName(),
-        {tr("PNG picture (*.png)"), tr("SVG drawing (*.svg)"), tr("PDF document (*.pdf)")});
+    const QString file = askForFile(tr("Export picture"), suggestedName(), pictureFilters());
     if (file.isEmpty())
         return;
 

@@ -24,13 +24,7 @@ namespace Workbench {
  */
 QImage pictureOf(Norvu::Gui::TraceView &view, QString *error);
 
-/**
- * Writes the picture to a file of the format that its suffix names: PNG with the pixels of the
- * screen, SVG and PDF with lines and texts. A file that is there already is replaced when the new
- * one is complete and not before.
- *
- * @param error  set to a text that names the file and the cause if false is returned
- */
+/** Writes the picture to a file; see writePicture() of bench/picture.h. */
 bool writePicture(Norvu::Gui::TraceView &view, const QString &file, QString *error);
 
 } // namespace Workbench
