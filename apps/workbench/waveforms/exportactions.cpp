@@ -2,6 +2,7 @@
 
 #include "exportactions.h"
 
+#include "bench/exportfile.h"
 #include "bench/picture.h"
 #include "dataexport.h"
 #include "pictureexport.h"
@@ -18,26 +19,12 @@
 #include <QMessageBox>
 #include <QProgressDialog>
 #include <QPushButton>
-#include <QSettings>
 
 namespace Workbench {
 
 namespace {
 
-constexpr auto FolderSetting = "Workbench/exportFolder";
 constexpr int ProgressSteps = 1000;
-
-QString exportFolder()
-{
-    return QSettings().value(FolderSetting, QDir::homePath()).toString();
-}
-
-/** The suffix of a name filter such as "PNG picture (*.png)". */
-QString suffixOf(const QString &filter)
-{
-    const int dot = filter.indexOf("*.") + 2;
-    return filter.mid(dot, filter.indexOf(')', dot) - dot);
-}
 
 /** A dialog with a button to cancel, for what takes longer than a moment. */
 class ProgressDialog
@@ -97,7 +84,8 @@ void ExportActions::copyPicture()
 
 void ExportActions::askForPicture()
 {
-    const QString file = askForFile(tr("Export picture"), suggestedName(), pictureFilters());
+    const QString file =
+        askForExportFile(_window, tr("Export picture"), suggestedName(), pictureFilters());
     if (file.isEmpty())
         return;
 
@@ -112,8 +100,8 @@ void ExportActions::askForMiniSeed()
 {
     // Taken before the dialog runs: records may still arrive while it does.
     const DataExport data = DataExport::FromView(*_view);
-    const QString file =
-        askForFile(tr("Export data as miniSEED"), suggestedName(), {tr("miniSEED (*.mseed)")});
+    const QString file = askForExportFile(_window, tr("Export data as miniSEED"), suggestedName(),
+                                          {tr("miniSEED (*.mseed)")});
     if (file.isEmpty())
         return;
 
@@ -129,7 +117,7 @@ void ExportActions::askForSac()
     if (folder.isEmpty() || !mayReplace(folder, data.sacFileNames()))
         return;
 
-    QSettings().setValue(FolderSetting, folder);
+    setExportFolder(folder);
     ProgressDialog progress(tr("Writing SAC files…"), _window);
     tell(data.writeSac(folder, progress.function()));
 }
@@ -138,25 +126,6 @@ QString ExportActions::suggestedName() const
 {
     const auto start = DataExport::ChosenWindow(*_view).startTime();
     return QString::fromStdString(start.toString("%Y-%m-%dT%H%M%S"));
-}
-
-QString ExportActions::askForFile(const QString &title, const QString &name,
-                                  const QStringList &filters)
-{
-    QFileDialog dialog(_window, title, exportFolder());
-    dialog.setAcceptMode(QFileDialog::AcceptSave);
-    dialog.setNameFilters(filters);
-    dialog.setDefaultSuffix(suffixOf(filters.first()));
-    // The dialog itself adds the suffix, so that it also asks before that file is replaced.
-    connect(&dialog, &QFileDialog::filterSelected, &dialog,
-            [&dialog](const QString &filter) { dialog.setDefaultSuffix(suffixOf(filter)); });
-    dialog.selectFile(name + '.' + suffixOf(filters.first()));
-    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
-        return QString();
-
-    const QString file = dialog.selectedFiles().first();
-    QSettings().setValue(FolderSetting, QFileInfo(file).absolutePath());
-    return file;
 }
 
 bool ExportActions::mayReplace(const QString &folder, const QStringList &names)

@@ -44,7 +44,6 @@ signals:
 
 private:
     void addAction(const QString &text, const char *slot, const QString &shortcut = QString());
-    QString askForFile(const QString &title, const QString &name, const QStringList &filters);
     QString suggestedName() const;
     bool mayReplace(const QString &folder, const QStringList &names);
     void tell(const ExportOutcome &outcome);
