@@ -4,9 +4,16 @@
 
 #include "rowaddition.h"
 
+#include <norvu/gui/trace.h>
 #include <norvu/gui/traceview.h>
 
 namespace Workbench {
+
+QString stationOf(const Norvu::Gui::Trace &row)
+{
+    return row.data(Norvu::Gui::TraceNetworkCode).toString() + '.' +
+           row.data(Norvu::Gui::TraceStationCode).toString();
+}
 
 TraceRows::TraceRows(QObject *parent) : QObject(parent)
 {}

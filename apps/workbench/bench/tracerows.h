@@ -5,11 +5,13 @@
 #include <QList>
 #include <QObject>
 #include <QPointer>
+#include <QString>
 
 class QAction;
 
 namespace Norvu {
 namespace Gui {
+class Trace;
 class TraceView;
 } // namespace Gui
 } // namespace Norvu
@@ -17,6 +19,9 @@ class TraceView;
 namespace Workbench {
 
 class RowAddition;
+
+/** "NET.STA" of a row. */
+QString stationOf(const Norvu::Gui::Trace &row);
 
 /** The rows of waveforms, as far as more than one panel has to do with them. */
 class TraceRows : public QObject

@@ -5,6 +5,7 @@
 #include "bench/bench.h"
 #include "bench/selection.h"
 #include "bench/stations.h"
+#include "bench/tracerows.h"
 #include "waveforms.h"
 
 #include <norvu/gui/trace.h>

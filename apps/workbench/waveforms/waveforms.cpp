@@ -65,12 +65,6 @@ QString timeText(const Core::Time &time)
 
 } // namespace
 
-QString stationOf(const Trace &row)
-{
-    return row.data(Norvu::Gui::TraceNetworkCode).toString() + '.' +
-           row.data(Norvu::Gui::TraceStationCode).toString();
-}
-
 Waveforms::Waveforms(Bench *bench, QWidget *parent)
     : QWidget(parent), _bench(bench), _view(new TraceView(this, Qt::WindowFlags(), nullptr, true)),
       _margins(new RowMargins(_view, bench->rows())), _measuringTool(new MeasuringTool(_view))

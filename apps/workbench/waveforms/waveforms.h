@@ -31,9 +31,6 @@ class Bench;
 class MeasuringTool;
 class RowMargins;
 
-/** "NET.STA" of a row. */
-QString stationOf(const Norvu::Gui::Trace &row);
-
 /** The waveforms: a trace view, what has been opened into it, and ways through its data. */
 class Waveforms : public QWidget
 {
