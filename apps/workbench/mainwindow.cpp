@@ -2,9 +2,9 @@
 
 #include "mainwindow.h"
 
+#include "bench/darkpalette.h"
 #include "bench/demonstration.h"
 #include "bench/selection.h"
-#include "darkpalette.h"
 #include "messagedock.h"
 #include "shortcutsdialog.h"
 #include "taskprogress.h"

@@ -2,7 +2,7 @@
 
 #include "workbenchapplication.h"
 
-#include "darkpalette.h"
+#include "bench/darkpalette.h"
 #include "mainwindow.h"
 
 #include <norvu/gui/splashscreen.h>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
+#include "bench/gradientpicture.h"
 #include "spectrograms/gradientbox.h"
 #include "spectrograms/gradientpanel.h"
-#include "spectrograms/gradientpicture.h"
 #include "spectrograms/gradientsheet.h"
 
 #include "norvu/gradienttesting.h"

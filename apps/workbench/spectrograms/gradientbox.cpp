@@ -2,7 +2,7 @@
 
 #include "gradientbox.h"
 
-#include "gradientpicture.h"
+#include "bench/gradientpicture.h"
 
 #include <norvu/gui/gradients.h>
 

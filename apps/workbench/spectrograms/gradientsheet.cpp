@@ -2,7 +2,7 @@
 
 #include "gradientsheet.h"
 
-#include "gradientpicture.h"
+#include "bench/gradientpicture.h"
 
 #include <norvu/gui/gradients.h>
 
