@@ -2,6 +2,8 @@
 
 #include <tellarix/core/math/geo.h>
 
+#include <GeographicLib/Geodesic.hpp>
+
 #include <QtTest>
 
 #include <cmath>
@@ -81,19 +83,33 @@ private slots:
         }
     }
 
-    void arcOfMeridian()
+    void measuresInDegreesOfTheEquator()
     {
-        double degrees = 0;
-        Geo::delazi(0, 0, 90, 0, &degrees);
-        QVERIFY(std::abs(degrees - 90) < 1E-9);
-        Geo::delazi(12.5, 99.25, 12.5, 99.25 + 360, &degrees);
-        QCOMPARE(degrees, 0.0);
-        // Away from the poles a geodetic degree differs from one of the arc by the flattening at
-        // most.
-        Geo::delazi(38.32, 142.37, 51.5, 7.2, &degrees);
-        double km = 0;
-        Geo::delaziKm(38.32, 142.37, 51.5, 7.2, &km);
-        QVERIFY(std::abs(km / degrees - 111.195) < 111.195 * 0.0034);
+        // The length of the geodesic by the library, and what follows from the axes where known.
+        const double any = -1;
+        const struct
+        {
+            double from[2], to[2], degrees;
+        } rows[] = {
+            {{0, 10}, {0, 11}, 1},
+            {{0, 179.5}, {0, -179.5}, 1}, // across the date line
+            {{12.5, 99.25}, {12.5, 459.25}, 0},
+            {{0, 0}, {90, 0}, 89.84919},     // a quarter of a meridian
+            {{90, 20}, {-90, 0}, 179.69837}, // from pole to pole
+            {{0, 0}, {0, 180}, 179.69837},   // antipodal: over a pole
+            {{38.32, 142.37}, {51.5, 7.2}, any},
+            {{-33.9, 151.2}, {33.9, -28.7}, any},
+        };
+        for (const auto &row : rows) {
+            double degrees = 0;
+            Geo::delazi(row.from[0], row.from[1], row.to[0], row.to[1], &degrees);
+            double metres = 0;
+            GeographicLib::Geodesic::WGS84().Inverse(row.from[0], row.from[1], row.to[0], row.to[1],
+                                                     metres);
+            QVERIFY(std::abs(degrees - metres / (M_PI / 180 * 6378137)) < 1E-9);
+            QVERIFY2(row.degrees == any || std::abs(degrees - row.degrees) < 1E-5,
+                     qPrintable(QString::number(degrees, 'f', 9)));
+        }
     }
 
     void badCoordinates()

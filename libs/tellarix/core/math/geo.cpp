@@ -10,6 +10,10 @@ namespace Geo {
 
 namespace {
 
+constexpr double Pi = 3.14159265358979323846;
+constexpr double EquatorialRadius = 6378137; // metres, WGS84
+constexpr double MetresPerDegree = Pi / 180 * EquatorialRadius;
+
 /** From -180 to 180 degrees into 0 to 360. */
 double compassDirection(double azimuth)
 {
@@ -18,7 +22,6 @@ double compassDirection(double azimuth)
 
 struct Geodesic
 {
-    double arc{0};    /**< degrees */
     double length{0}; /**< metres */
     double azimuth{0};
     double backAzimuth{0};
@@ -28,8 +31,8 @@ Geodesic inverse(double latitude1, double longitude1, double latitude2, double l
 {
     Geodesic line;
     double forward = 0;
-    line.arc = GeographicLib::Geodesic::WGS84().Inverse(
-        latitude1, longitude1, latitude2, longitude2, line.length, line.azimuth, forward);
+    GeographicLib::Geodesic::WGS84().Inverse(latitude1, longitude1, latitude2, longitude2,
+                                             line.length, line.azimuth, forward);
     line.azimuth = compassDirection(line.azimuth);
     line.backAzimuth = compassDirection(forward > 0 ? forward - 180.0 : forward + 180.0);
     return line;
@@ -51,7 +54,7 @@ void delazi(double latitude1, double longitude1, double latitude2, double longit
             double *distance, double *azimuth, double *backAzimuth)
 {
     const Geodesic line = inverse(latitude1, longitude1, latitude2, longitude2);
-    store(line, line.arc, distance, azimuth, backAzimuth);
+    store(line, line.length / MetresPerDegree, distance, azimuth, backAzimuth);
 }
 
 void delaziKm(double latitude1, double longitude1, double latitude2, double longitude2,

@@ -13,7 +13,9 @@ namespace Geo {
  * geodesics (2013).
  *
  * @param latitude1, longitude1, latitude2, longitude2  in degrees
- * @param distance     arc length on the auxiliary sphere in degrees
+ * @param distance     length along the surface in degrees of the equator (111.3195 km), so that a
+ *                     degree of longitude there is 1; a quarter of a meridian is 89.849, since the
+ *                     earth is flattened
  * @param azimuth      direction at the first point, 0 to 360 degrees clockwise from north; may be
  *                     null
  * @param backAzimuth  direction at the second point back to the first; may be null
