@@ -24,6 +24,10 @@ public:
     const std::string &description() const { return _description; }
     void setDescription(const std::string &description) { _description = description; }
 
+    /** Name of the place, such as a town. */
+    const std::string &siteName() const { return _siteName; }
+    void setSiteName(const std::string &name) { _siteName = name; }
+
     /** The network that the station was added to, null if there is none. */
     Network *network() const { return _network; }
 
@@ -38,6 +42,7 @@ private:
     friend class Network;
 
     std::string _description;
+    std::string _siteName;
     Network *_network{nullptr};
     std::vector<Core::SmartPointer<SensorLocation>> _locations;
 };

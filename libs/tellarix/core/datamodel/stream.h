@@ -5,6 +5,7 @@
 #include <tellarix/core/api.h>
 #include <tellarix/core/datamodel/inventoryobject.h>
 
+#include <limits>
 #include <string>
 
 namespace Tellarix {
@@ -23,7 +24,10 @@ public:
     /** Counts per gainUnit(); 0 if unknown. */
     double gain() const { return _gain; }
     void setGain(double gain) { _gain = gain; }
-    /** Unit of the ground motion, such as "M/S". */
+    /** Frequency for which the gain holds, in Hz; not-a-number if unknown. */
+    double gainFrequency() const { return _gainFrequency; }
+    void setGainFrequency(double frequency) { _gainFrequency = frequency; }
+    /** Unit of the ground motion, such as "M/S"; may be known where the gain isn't. */
     const std::string &gainUnit() const { return _gainUnit; }
     void setGainUnit(const std::string &unit) { _gainUnit = unit; }
     /** The sampling frequency as a fraction, since periods such as 3 s have no finite decimals. */
@@ -33,7 +37,12 @@ public:
     void setSamplingRateDenominator(int denominator) { _samplingRateDenominator = denominator; }
     /** Numerator by denominator, in Hz; 0 if unknown, that is unless both are above 0. */
     double samplingFrequency() const;
-    /** Metres below the surface. */
+    /** Sets the fraction that is nearest, which for numbers with few digits is the number itself. A
+     *  frequency below 0, above 2^31 or that is no number counts as unknown. */
+    void setSamplingFrequency(double frequency);
+    /** Whether the frequency is known; a stream of messages has 0. */
+    bool hasSamplingFrequency() const { return _samplingRateDenominator > 0; }
+    /** Metres below the surface; not-a-number if unknown, as azimuth and dip. */
     double depth() const { return _depth; }
     void setDepth(double depth) { _depth = depth; }
     /** Degrees clockwise from north, and degrees down from the horizontal. */
@@ -51,10 +60,11 @@ private:
     std::string _gainUnit;
     double _gain{0};
     int _samplingRateNumerator{0};
-    int _samplingRateDenominator{1};
-    double _depth{0};
-    double _azimuth{0};
-    double _dip{0};
+    int _samplingRateDenominator{0};
+    double _gainFrequency{std::numeric_limits<double>::quiet_NaN()};
+    double _depth{std::numeric_limits<double>::quiet_NaN()};
+    double _azimuth{std::numeric_limits<double>::quiet_NaN()};
+    double _dip{std::numeric_limits<double>::quiet_NaN()};
     SensorLocation *_location{nullptr};
 };
 

@@ -7,6 +7,8 @@
 #include <tellarix/core/datamodel/station.h>
 #include <tellarix/core/datamodel/stream.h>
 
+#include <cmath>
+
 namespace Tellarix {
 namespace DataModel {
 
@@ -39,6 +41,22 @@ std::string id(const Stream *stream, const std::string &emptyCode, bool keepEmpt
     if (!location.empty() || keepEmptyCode)
         location += '.';
     return codes.networkCode() + '.' + codes.stationCode() + '.' + location + codes.channelCode();
+}
+
+Coordinates coordinates(const Stream *stream)
+{
+    const SensorLocation *location = stream ? stream->sensorLocation() : nullptr;
+    const Station *station = location ? location->station() : nullptr;
+    Coordinates result = station ? station->coordinates() : Coordinates();
+    if (!location)
+        return result;
+    if (location->coordinates().isPlace()) {
+        result.latitude = location->latitude();
+        result.longitude = location->longitude();
+    }
+    if (!std::isnan(location->elevation()))
+        result.elevation = location->elevation();
+    return result;
 }
 
 } // namespace DataModel

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <tellarix/core/api.h>
+#include <tellarix/core/datamodel/inventoryobject.h>
 #include <tellarix/core/datamodel/waveformstreamid.h>
 
 #include <string>
@@ -26,6 +27,10 @@ TELLARIX_CORE_API WaveformStreamID waveformStreamID(const Stream *stream);
  */
 TELLARIX_CORE_API std::string id(const Stream *stream, const std::string &emptyCode = std::string(),
                                  bool keepEmptyCode = true);
+
+/** Where the sensor of a stream stands: its sensor location where that is known, else its station.
+ *  The elevation of a place that has none is that of the station. */
+TELLARIX_CORE_API Coordinates coordinates(const Stream *stream);
 
 } // namespace DataModel
 } // namespace Tellarix
