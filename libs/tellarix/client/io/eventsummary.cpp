@@ -2,41 +2,12 @@
 
 #include <tellarix/client/io/eventsummary.h>
 
-#include <QLocale>
+#include <tellarix/client/io/fieldtext_p.h>
 
 #include <cmath>
 
 namespace Tellarix {
 namespace IO {
-
-namespace {
-
-QByteArray numberText(const std::optional<double> &value)
-{
-    return value ? QByteArray::number(*value, 'g', QLocale::FloatingPointShortest) : QByteArray();
-}
-
-QByteArray quotedIfNeeded(const std::string &text)
-{
-    QByteArray field = QByteArray::fromStdString(text);
-    if (text.find_first_of(",\"\r\n") == std::string::npos)
-        return field;
-    return '"' + field.replace('"', "\"\"") + '"';
-}
-
-QJsonValue orNull(const std::string &text)
-{
-    return text.empty() ? QJsonValue() : QJsonValue(QString::fromStdString(text));
-}
-
-template <typename T>
-QJsonValue orNull(const std::optional<T> &value)
-{
-    // There is no number in JSON for what is none.
-    return value && std::isfinite(static_cast<double>(*value)) ? QJsonValue(*value) : QJsonValue();
-}
-
-} // namespace
 
 EventSummary EventSummary::Of(const DataModel::Event &event)
 {

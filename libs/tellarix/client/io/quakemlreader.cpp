@@ -13,9 +13,6 @@ namespace IO {
 
 namespace {
 
-constexpr qint64 LongestText =
-    256 << 10; // of a tag, too, whose attributes are compared with each other
-constexpr int DeepestElement = 100;
 constexpr auto RootNamespace = "http://quakeml.org/xmlns/quakeml/";
 constexpr auto EventNamespace = "http://quakeml.org/xmlns/bed";
 
@@ -28,100 +25,27 @@ bool isOnGlobe(const DataModel::Origin &origin)
 
 QuakeMLReader::QuakeMLReader(QIODevice &device, const QString &name,
                              const EventReadHandler &handler)
-    : _device(device, LongestText), _total(device.isSequential() ? -1 : device.size()), _name(name),
-      _handler(handler), _xml(&_device)
+    : BoundedXml(device, name, handler.warn, handler.progress), _handler(handler)
 {}
 
 bool QuakeMLReader::read(QString *error)
 {
     readRoot();
-    if (_xml.hasError())
-        rememberFault(_xml.errorString());
-    if (_fault.isEmpty() && !_ended)
-        return true;
-    if (error)
-        *error = _fault;
-    return false;
-}
-
-QString QuakeMLReader::place() const
-{
-    QString text = QString("%1: line %2").arg(_name, QString::number(_xml.lineNumber()));
-    if (!_elements.empty())
-        text += QString(", element <%1>").arg(_elements.back());
-    return text + ": ";
-}
-
-void QuakeMLReader::rememberFault(const QString &text)
-{
-    if (_fault.isEmpty() && !_ended)
-        _fault = place() + (_device.exceeded()
-                                ? QString("a text of more than %1 kB").arg(LongestText >> 10)
-                                : text);
-}
-
-void QuakeMLReader::warn(const QString &text)
-{
-    if (_handler.warn)
-        _handler.warn(place() + text);
+    return result(error);
 }
 
 bool QuakeMLReader::isOurs() const
 {
-    const QStringRef space = _xml.namespaceUri();
+    const QStringRef space = xml().namespaceUri();
     return space.isEmpty() || space.startsWith(QLatin1String(EventNamespace));
-}
-
-template <typename Function>
-void QuakeMLReader::forEachChild(Function function)
-{
-    while (_fault.isEmpty() && !_ended && _xml.readNextStartElement()) {
-        _device.mark();
-        _elements.push_back(_xml.name().toString());
-        if (isOurs())
-            function(_xml.name());
-        else
-            skip();
-        if (_xml.hasError())
-            rememberFault(_xml.errorString());
-        _elements.pop_back();
-    }
-    if (_xml.hasError())
-        rememberFault(_xml.errorString());
-}
-
-void QuakeMLReader::skip()
-{
-    for (int depth = 1; depth > 0 && !_xml.atEnd();) {
-        switch (_xml.readNext()) {
-        case QXmlStreamReader::StartElement:
-            _device.mark();
-            if (++depth > DeepestElement)
-                return rememberFault(
-                    QString("elements nest more than %1 deep").arg(DeepestElement));
-            break;
-        case QXmlStreamReader::EndElement:
-            --depth;
-            break;
-        default:
-            break;
-        }
-    }
 }
 
 void QuakeMLReader::readRoot()
 {
-    while (!_xml.atEnd() && !_xml.isStartElement()) {
-        // Entities of a document type are what small files blow themselves up with.
-        if (_xml.readNext() == QXmlStreamReader::DTD)
-            return rememberFault("a document type is not taken");
-    }
-    if (_xml.hasError())
+    if (!enterRoot())
         return;
-
-    _elements.push_back(_xml.name().toString());
-    const QString space = _xml.namespaceUri().toString();
-    if (_xml.name() != QLatin1String("quakeml") || !space.startsWith(RootNamespace))
+    const QString space = xml().namespaceUri().toString();
+    if (xml().name() != QLatin1String("quakeml") || !space.startsWith(RootNamespace))
         return rememberFault("no QuakeML");
     if (space != RootNamespace + QString("1.2"))
         warn(QString("version %1 is read as if it were 1.2")
@@ -133,9 +57,7 @@ void QuakeMLReader::readRoot()
         else
             skip();
     });
-    // What follows the root may be malformed too.
-    while (_fault.isEmpty() && !_ended && !_xml.atEnd())
-        _xml.readNext();
+    leaveRoot();
 }
 
 void QuakeMLReader::readEventParameters()
@@ -150,7 +72,7 @@ void QuakeMLReader::readEventParameters()
 
 std::string QuakeMLReader::publicIDAttribute() const
 {
-    return _xml.attributes().value("publicID").trimmed().toString().toStdString();
+    return xml().attributes().value("publicID").trimmed().toString().toStdString();
 }
 
 void QuakeMLReader::readEvent()
@@ -183,7 +105,7 @@ void QuakeMLReader::readEvent()
         else
             skip();
     });
-    if (_fault.isEmpty() && !_ended)
+    if (isGoing())
         handOver(event);
 }
 
@@ -191,8 +113,10 @@ void QuakeMLReader::handOver(const DataModel::EventPtr &event)
 {
     if (!completeEvent(*event))
         warn(QString("an event without publicID is called \"%1\"").arg(event->publicID.c_str()));
-    if (!_handler.take(event) || (_handler.progress && !_handler.progress(_device.done(), _total)))
-        _ended = true;
+    if (_handler.take(event))
+        tellProgress();
+    else
+        end();
 }
 
 DataModel::EventDescription QuakeMLReader::readDescription()
@@ -246,7 +170,7 @@ DataModel::OriginPtr QuakeMLReader::readOrigin()
         if (isOnGlobe(*origin))
             return origin;
     }
-    if (_fault.isEmpty())
+    if (isGoing())
         warn("an origin without a sound time, latitude and longitude is left out");
     return nullptr;
 }
@@ -304,7 +228,7 @@ DataModel::MagnitudePtr QuakeMLReader::readMagnitude()
         magnitude->magnitude = *value;
         return magnitude;
     }
-    if (_fault.isEmpty())
+    if (isGoing())
         warn("a magnitude without a value is left out");
     return nullptr;
 }
@@ -340,7 +264,7 @@ void QuakeMLReader::readNodalPlanes(DataModel::FocalMechanism &mechanism)
 {
     int preferredPlane = 0;
     if (Core::fromString(preferredPlane,
-                         _xml.attributes().value("preferredPlane").toString().toStdString()) &&
+                         xml().attributes().value("preferredPlane").toString().toStdString()) &&
         (preferredPlane == 1 || preferredPlane == 2))
         mechanism.preferredPlane = preferredPlane;
     forEachChild([&](const QStringRef &name) {
@@ -367,7 +291,7 @@ std::optional<DataModel::NodalPlane> QuakeMLReader::readNodalPlane()
             skip();
     });
     if (!strike || !dip || !rake) {
-        if (_fault.isEmpty())
+        if (isGoing())
             warn("a nodal plane without strike, dip and rake is left out");
         return std::nullopt;
     }
@@ -439,18 +363,15 @@ std::optional<DataModel::TimeQuantity> QuakeMLReader::readTimeQuantity()
                          : std::nullopt;
 }
 
-std::string QuakeMLReader::readText()
-{
-    return _xml.readElementText(QXmlStreamReader::SkipChildElements).trimmed().toStdString();
-}
-
 std::optional<double> QuakeMLReader::readNumber(Kind kind)
 {
+    if (kind == Plain)
+        return BoundedXml::readNumber();
     const std::string text = readText();
     double value = 0;
-    if (kind == Length ? kmFromMetres(value, text) : Core::fromString(value, text))
+    if (kmFromMetres(value, text))
         return value;
-    if (!_xml.hasError())
+    if (!xml().hasError())
         warn(QString("\"%1\" is no number").arg(text.c_str()));
     return std::nullopt;
 }
@@ -461,18 +382,9 @@ std::optional<int> QuakeMLReader::readCount()
     int value = 0;
     if (Core::fromString(value, text))
         return value;
-    if (!_xml.hasError())
+    if (!xml().hasError())
         warn(QString("\"%1\" is no whole number").arg(text.c_str()));
     return std::nullopt;
-}
-
-Core::Time QuakeMLReader::readTime()
-{
-    const std::string text = readText();
-    const Core::Time time = Core::Time::FromString(text);
-    if (!time.valid() && !_xml.hasError())
-        warn(QString("\"%1\" is no time").arg(text.c_str()));
-    return time;
 }
 
 } // namespace IO

@@ -2,14 +2,11 @@
 
 #pragma once
 
-#include <tellarix/client/io/boundeddevice_p.h>
+#include <tellarix/client/io/boundedxml_p.h>
 #include <tellarix/client/io/eventreader.h>
-
-#include <QXmlStreamReader>
 
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace Tellarix {
 namespace IO {
@@ -18,7 +15,7 @@ namespace IO {
  * Reads QuakeML 1.2, basic event description. Elements of other namespaces, and those that the data
  * model has no place for, are passed over.
  */
-class QuakeMLReader
+class QuakeMLReader : private BoundedXml
 {
 public:
     QuakeMLReader(QIODevice &device, const QString &name, const EventReadHandler &handler);
@@ -33,13 +30,8 @@ private:
         Length
     };
 
-    /** Calls a function for each child element of the current one, by its local name. */
-    template <typename Function>
-    void forEachChild(Function function);
-    /** Whether the current element belongs to the event description. */
-    bool isOurs() const;
+    bool isOurs() const override;
 
-    void skip();
     void readRoot();
     void readEventParameters();
     void readEvent();
@@ -56,24 +48,11 @@ private:
     std::optional<DataModel::TimeQuantity> readTimeQuantity();
     bool readUncertainty(const QStringRef &name, Kind kind, DataModel::Uncertainty &uncertainty);
 
-    std::string readText();
     std::optional<double> readNumber(Kind kind = Plain);
     std::optional<int> readCount();
-    Core::Time readTime();
     std::string publicIDAttribute() const;
 
-    void warn(const QString &text);
-    void rememberFault(const QString &text);
-    QString place() const;
-
-    BoundedDevice _device;
-    qint64 _total;
-    QString _name;
     const EventReadHandler &_handler;
-    QXmlStreamReader _xml;
-    std::vector<QString> _elements; /**< from the root to the current one */
-    QString _fault;                 /**< the first one, with its place */
-    bool _ended{false};             /**< by the handler */
 };
 
 } // namespace IO
