@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <utility>
 
 namespace Tellarix {
 namespace Tool {
@@ -22,6 +23,20 @@ bool printOutput(const QString &text)
     printError(QCoreApplication::translate("Tellarix::Tool", "standard output: %1")
                    .arg(qt_error_string(errno)));
     return false;
+}
+
+bool Output::add(const QString &text)
+{
+    constexpr int Most = 1 << 16;
+    _pending += text;
+    return _pending.size() < Most || flush();
+}
+
+bool Output::flush()
+{
+    const QString text = std::move(_pending);
+    _pending.clear();
+    return printOutput(text);
 }
 
 void printError(const QString &message)

@@ -32,6 +32,19 @@ public:
 
 /** Writes to standard output; false, with a message on standard error, if that fails. */
 bool printOutput(const QString &text);
+/** Collects lines of standard output, since each call of printOutput() is one of the system. */
+class Output
+{
+public:
+    /** False, with a message on standard error, if what is written now and then can't be. */
+    bool add(const QString &text);
+    /** Writes what is still held back. */
+    bool flush();
+
+private:
+    QString _pending;
+};
+
 /** Writes "tellarix: MESSAGE" to standard error. */
 void printError(const QString &message);
 

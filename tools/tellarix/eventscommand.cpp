@@ -60,28 +60,6 @@ QString tableLine(const IO::EventSummary &event)
              QString::fromStdString(event.region));
 }
 
-/** Collects lines, since each call of printOutput() is one of the system. */
-class Output
-{
-public:
-    bool add(const QString &text)
-    {
-        _pending += text;
-        return _pending.size() < Most || flush();
-    }
-
-    bool flush()
-    {
-        const QString text = std::move(_pending);
-        _pending.clear();
-        return printOutput(text);
-    }
-
-private:
-    static constexpr int Most = 1 << 16;
-    QString _pending;
-};
-
 /** The form that a file's name asks for. */
 QString formOf(const QString &file)
 {

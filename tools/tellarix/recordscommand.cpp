@@ -12,7 +12,6 @@ namespace Tool {
 
 namespace {
 
-const auto StreamsOption = QStringLiteral("streams");
 const auto JsonOption = QStringLiteral("json");
 
 /** Puts the name of the source before a reason that doesn't hold it. */
@@ -59,20 +58,7 @@ bool RecordsCommand::readArguments(const QCommandLineParser &parser, const QStri
     _urls = arguments;
     _asJson = parser.isSet(JsonOption);
     return readWindow(parser, WindowEnd::Excluded, &_window, error) &&
-           (!parser.isSet(StreamsOption) || readStreams(parser.value(StreamsOption), error));
-}
-
-bool RecordsCommand::readStreams(const QString &list, QString *error)
-{
-    for (const QString &id : list.split(QLatin1Char(','))) {
-        const StreamCodesCPtr codes = StreamCodes::FromID(id.trimmed().toStdString());
-        if (!codes) {
-            *error = tr("--streams: \"%1\" has not the four parts NET.STA.LOC.CHA").arg(id);
-            return false;
-        }
-        _streams.push_back(codes);
-    }
-    return true;
+           readStreams(parser, &_streams, error);
 }
 
 int RecordsCommand::run()

@@ -33,7 +33,6 @@ public:
     void interrupt() override;
 
 private:
-    bool readStreams(const QString &list, QString *error);
     bool read(const QString &url);
     bool open(IO::RecordStream &stream);
     void setStream(const IO::RecordStreamPtr &stream);

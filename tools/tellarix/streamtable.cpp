@@ -2,6 +2,8 @@
 
 #include "streamtable.h"
 
+#include "texttable.h"
+
 #include <QCoreApplication>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -9,9 +11,7 @@
 #include <QStringList>
 #include <QVector>
 
-#include <algorithm>
 #include <cmath>
-#include <functional>
 
 namespace Tellarix {
 namespace Tool {
@@ -49,14 +49,7 @@ QString numberText(double number)
     return isWhole ? QString::number(number, 'f', 0) : QString::number(number, 'g', 9);
 }
 
-struct Column
-{
-    QString title;
-    bool isNumber;
-    QStringList cells;
-};
-
-QVector<Column> columns()
+QVector<TextColumn> columns()
 {
     return {
         {tr("Stream"), false, {}}, {tr("Records"), true, {}},       {tr("Samples"), true, {}},
@@ -86,19 +79,6 @@ QStringList cells(const IO::StreamSummary &stream)
     };
 }
 
-QString line(const QVector<Column> &columns, const QVector<int> &widths,
-             const std::function<QString(const Column &)> &text)
-{
-    QString result;
-    for (int i = 0; i < columns.size(); ++i) {
-        const QString cell = text(columns[i]);
-        result +=
-            columns[i].isNumber ? cell.rightJustified(widths[i]) : cell.leftJustified(widths[i]);
-        result += i + 1 < columns.size() ? QStringLiteral("  ") : QStringLiteral("\n");
-    }
-    return result;
-}
-
 } // namespace
 
 QString jsonText(const std::vector<IO::StreamSummary> &streams)
@@ -114,25 +94,13 @@ QString tableText(const std::vector<IO::StreamSummary> &streams)
     if (streams.empty())
         return tr("no records") + QLatin1Char('\n');
 
-    QVector<Column> table = columns();
+    QVector<TextColumn> table = columns();
     for (const IO::StreamSummary &stream : streams) {
         const QStringList row = cells(stream);
         for (int i = 0; i < table.size(); ++i)
             table[i].cells.append(row[i]);
     }
-
-    QVector<int> widths;
-    for (const Column &column : qAsConst(table)) {
-        int width = column.title.size();
-        for (const QString &cell : column.cells)
-            width = std::max(width, cell.size());
-        widths.append(width);
-    }
-
-    QString result = line(table, widths, [](const Column &column) { return column.title; });
-    for (int row = 0; row < static_cast<int>(streams.size()); ++row)
-        result += line(table, widths, [=](const Column &column) { return column.cells[row]; });
-    return result;
+    return alignedText(table);
 }
 
 } // namespace Tool

@@ -5,6 +5,7 @@
 #include "democommand.h"
 #include "eventscommand.h"
 #include "recordscommand.h"
+#include "stationscommand.h"
 
 #include <QCoreApplication>
 
@@ -20,6 +21,7 @@ Tool::Tool(int &argc, char **argv) : Client::Application(argc, argv)
     setRecordStreamOffered(false);
     _commands.push_back(std::make_unique<RecordsCommand>());
     _commands.push_back(std::make_unique<EventsCommand>());
+    _commands.push_back(std::make_unique<StationsCommand>());
     _commands.push_back(std::make_unique<DemoCommand>());
 }
 

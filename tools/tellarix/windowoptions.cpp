@@ -42,5 +42,22 @@ bool readWindow(const QCommandLineParser &parser, WindowEnd windowEnd, Core::Tim
     return true;
 }
 
+bool readStreams(const QCommandLineParser &parser, std::vector<StreamCodesCPtr> *streams,
+                 QString *error)
+{
+    streams->clear();
+    if (!parser.isSet(StreamsOption))
+        return true;
+    for (const QString &id : parser.value(StreamsOption).split(QLatin1Char(','))) {
+        const StreamCodesCPtr codes = StreamCodes::FromID(id.trimmed().toStdString());
+        if (!codes) {
+            *error = tr("--streams: \"%1\" has not the four parts NET.STA.LOC.CHA").arg(id);
+            return false;
+        }
+        streams->push_back(codes);
+    }
+    return true;
+}
+
 } // namespace Tool
 } // namespace Tellarix

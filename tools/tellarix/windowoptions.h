@@ -2,9 +2,12 @@
 
 #pragma once
 
+#include <tellarix/core/records/streamcodes.h>
 #include <tellarix/core/timewindow.h>
 
 #include <QString>
+
+#include <vector>
 
 class QCommandLineParser;
 
@@ -13,6 +16,7 @@ namespace Tool {
 
 const auto FromOption = QStringLiteral("from");
 const auto ToOption = QStringLiteral("to");
+const auto StreamsOption = QStringLiteral("streams");
 
 /** Whether what lies at the end of a window is in it: then it may be a single moment. */
 enum class WindowEnd
@@ -24,6 +28,11 @@ enum class WindowEnd
 /** Reads --from and --to; false with the reason in @p error if they are no window. */
 bool readWindow(const QCommandLineParser &parser, WindowEnd end, Core::TimeWindow *window,
                 QString *error);
+
+/** Reads --streams, patterns "NET.STA.LOC.CHA" with commas between them; none without the option.
+ *  False with the reason in @p error if one has not these parts. */
+bool readStreams(const QCommandLineParser &parser, std::vector<StreamCodesCPtr> *streams,
+                 QString *error);
 
 } // namespace Tool
 } // namespace Tellarix

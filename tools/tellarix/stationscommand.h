@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
+#pragma once
+
+#include "command.h"
+
+#include <tellarix/core/datamodel/network.h>
+#include <tellarix/core/records/streamcodes.h>
+#include <tellarix/core/timewindow.h>
+
+#include <QCoreApplication>
+#include <QStringList>
+
+#include <atomic>
+#include <vector>
+
+namespace Tellarix {
+
+namespace DataModel {
+class Stream;
+} // namespace DataModel
+
+namespace Tool {
+
+/** Lists the channels of station files. */
+class StationsCommand : public Command
+{
+    Q_DECLARE_TR_FUNCTIONS(Tellarix::Tool::StationsCommand)
+
+public:
+    QString name() const override { return QStringLiteral("stations"); }
+    QString summary() const override;
+    void describe(QCommandLineParser &parser) const override;
+    bool readArguments(const QCommandLineParser &parser, const QStringList &arguments,
+                       QString *error) override;
+    int run() override;
+    void interrupt() override { _interrupted = true; }
+
+private:
+    bool read(const QString &file, std::vector<DataModel::NetworkPtr> *networks);
+    bool isWanted(const DataModel::Stream &stream) const;
+
+    QStringList _files;
+    Core::TimeWindow _window;
+    std::vector<StreamCodesCPtr> _streams;
+    QString _form; /**< "json", "csv" or none for a table */
+    std::atomic<bool> _interrupted{false};
+};
+
+} // namespace Tool
+} // namespace Tellarix
