@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
 #include <tellarix/client/demo/demonstration.h>
+#include <tellarix/client/io/inventoryreader.h>
 #include <tellarix/client/io/recordstream.h>
 #include <tellarix/client/io/streamsummary.h>
+#include <tellarix/core/datamodel/inventory.h>
+#include <tellarix/core/datamodel/stream.h>
+#include <tellarix/core/datamodel/utils.h>
 
 #include <QDir>
 #include <QFile>
@@ -168,6 +172,24 @@ private slots:
         QCOMPARE(stations[DemoStation::Flaw::Gap], 1);
         QCOMPARE(stations[DemoStation::Flaw::Overlap], 1);
         QCOMPARE(stations[DemoStation::Flaw::Noise], 1);
+    }
+
+    void stationsComeWithTheRecordings()
+    {
+        const IO::InventoryFile read =
+            IO::readInventoryFile(_folder.filePath(Client::demonstrationStationFile()));
+        QVERIFY2(read.ok && read.warnings.isEmpty(), qPrintable(read.error));
+        const DataModel::Inventory inventory(read.networks);
+        QCOMPARE(inventory.streams().size(), size_t(60));
+        for (int i = 0; i < _stations.size(); ++i) {
+            for (const RecordPtr &record : recordsOf(file(i))) {
+                const auto *stream = inventory.findStream(record->streamID(), record->startTime());
+                QVERIFY2(stream, record->streamID().c_str());
+                QCOMPARE(stream->gain(), _stations[i].gain);
+                QCOMPARE(stream->samplingFrequency(), record->samplingFrequency());
+                QCOMPARE(DataModel::coordinates(stream).latitude, _stations[i].latitude);
+            }
+        }
     }
 
     void sameBytesEveryTime()

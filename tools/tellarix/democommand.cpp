@@ -56,8 +56,12 @@ int DemoCommand::run()
         output +=
             tr("%1  %2 km\n").arg(folder.filePath(files[i])).arg(stations[i].distanceKm, 5, 'f', 1);
     }
-    output +=
-        tr("%1 files, %2 MB\n").arg(files.size()).arg(static_cast<double>(size) / 1E6, 0, 'f', 1);
+    const QString stationFile = folder.filePath(Client::demonstrationStationFile());
+    size += QFileInfo(stationFile).size();
+    output += stationFile + QLatin1Char('\n');
+    output += tr("%1 files, %2 MB\n")
+                  .arg(files.size() + 1)
+                  .arg(static_cast<double>(size) / 1E6, 0, 'f', 1);
     return printOutput(output) ? 0 : 1;
 }
 

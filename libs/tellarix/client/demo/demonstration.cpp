@@ -3,6 +3,7 @@
 #include <tellarix/client/demo/demonstration.h>
 
 #include <tellarix/client/demo/seismogram_p.h>
+#include <tellarix/client/io/stationxmlwriter.h>
 #include <tellarix/core/parallel.h>
 #include <tellarix/core/records/formats/miniseedwriter.h>
 #include <tellarix/core/records/typedarray.h>
@@ -23,8 +24,8 @@ namespace Client {
 
 namespace {
 
-/** Changes whenever the recordings do. */
-const char ManifestTitle[] = "tellarix demonstration 1\n";
+/** Changes whenever the files do. */
+const char ManifestTitle[] = "tellarix demonstration 2\n";
 const auto ManifestName = QStringLiteral("demonstration.manifest");
 constexpr uint64_t Seed = 20240517;
 
@@ -145,11 +146,22 @@ bool writeStations(const QDir &folder, QString *error)
     return complete;
 }
 
+bool writeStationFile(const QDir &folder, QString *error)
+{
+    return save(folder.filePath(demonstrationStationFile()), error,
+                [](QIODevice &device, QString *reason) {
+                    // The same bytes every time: it is no older than what it belongs to.
+                    return IO::writeStationXML(device, {demonstrationNetwork()}, "tellarix demo",
+                                               demonstrationOrigin().time) ||
+                           failed(device.errorString(), reason);
+                });
+}
+
 /** Names and sizes of the files as they are now. */
 QByteArray manifest(const QDir &folder)
 {
     QByteArray text(ManifestTitle);
-    for (const QString &name : demonstrationFiles()) {
+    for (const QString &name : demonstrationFiles() + QStringList{demonstrationStationFile()}) {
         const QFileInfo file(folder.filePath(name));
         text += name.toUtf8() + ' ' + QByteArray::number(file.exists() ? file.size() : -1) + '\n';
     }
@@ -166,13 +178,18 @@ QStringList demonstrationFiles()
     return names;
 }
 
+QString demonstrationStationFile()
+{
+    return QStringLiteral("stations.xml");
+}
+
 bool writeDemonstration(const QString &folder, QString *error)
 {
     if (!QDir().mkpath(folder))
         return failed(tr("%1: the folder can't be made").arg(folder), error);
 
     const QDir target(folder);
-    return writeStations(target, error) &&
+    return writeStations(target, error) && writeStationFile(target, error) &&
            save(target.filePath(ManifestName), error, [&](QIODevice &device, QString *reason) {
                const QByteArray text = manifest(target);
                return device.write(text) == text.size() || failed(device.errorString(), reason);

@@ -17,9 +17,13 @@ namespace Client {
  */
 TELLARIX_CLIENT_API QStringList demonstrationFiles();
 
+/** Name of the file with the stations that recorded them, StationXML. */
+TELLARIX_CLIENT_API QString demonstrationStationFile();
+
 /**
- * Writes the recordings of a made-up regional earthquake into @p folder, which is made if need be;
- * about 10 MB. The same bytes every time. Files that exist are replaced by complete new ones only.
+ * Writes the recordings of a made-up regional earthquake, and its stations, into @p folder, which
+ * is made if need be; about 10 MB. The same bytes every time. Files that exist are replaced by
+ * complete new ones only.
  * @return false, with the reason in @p error, if something could not be written
  */
 TELLARIX_CLIENT_API bool writeDemonstration(const QString &folder, QString *error = nullptr);

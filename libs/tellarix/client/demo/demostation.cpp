@@ -3,6 +3,10 @@
 #include <tellarix/client/demo/demostation.h>
 
 #include <tellarix/client/demo/regionalmodel_p.h>
+#include <tellarix/client/demo/seismogram_p.h>
+#include <tellarix/core/datamodel/sensorlocation.h>
+#include <tellarix/core/datamodel/station.h>
+#include <tellarix/core/datamodel/stream.h>
 #include <tellarix/core/math/geo.h>
 
 #include <QStringList>
@@ -38,6 +42,8 @@ const Site Sites[] = {
     {"NIVA", 51.3133, 6.9779, 76, Flaw::None},    {"BERG", 46.2809, 13.3768, 701, Flaw::None},
 };
 
+const Core::Time BeginOfOperation(2020, 1, 1);
+
 /** Near stations are set to a low gain, so that the earthquake stays within 24 bits. */
 double gainAt(double distanceKm)
 {
@@ -55,6 +61,33 @@ DemoStation stationAt(const Site &site)
                         &station.distanceKm, &station.azimuth, &station.backAzimuth);
     station.gain = gainAt(station.distanceKm);
     return station;
+}
+
+DataModel::StreamPtr streamOf(const DemoStation &station, const QString &channel)
+{
+    DataModel::StreamPtr stream(new DataModel::Stream(channel.toStdString()));
+    stream->setStart(BeginOfOperation);
+    stream->setDepth(0);
+    stream->setDip(channel.endsWith('Z') ? -90 : 0);
+    stream->setAzimuth(channel.endsWith('E') ? 90 : 0);
+    stream->setSamplingFrequency(DemoSamplingFrequency);
+    stream->setGain(station.gain);
+    stream->setGainFrequency(1);
+    stream->setGainUnit("m/s");
+    return stream;
+}
+
+DataModel::StationPtr modelOf(const DemoStation &station)
+{
+    DataModel::StationPtr model(new DataModel::Station(station.station.toStdString()));
+    model->setStart(BeginOfOperation);
+    model->setCoordinates({station.latitude, station.longitude, station.elevation});
+    model->setSiteName(model->code());
+    auto *location = new DataModel::SensorLocation(station.location.toStdString());
+    model->add(location);
+    for (const QString &channel : DemoStation::Channels())
+        location->add(streamOf(station, channel).get());
+    return model;
 }
 
 } // namespace
@@ -78,6 +111,16 @@ QVector<DemoStation> demonstrationStations()
         return a.distanceKm < b.distanceKm;
     });
     return stations;
+}
+
+DataModel::NetworkPtr demonstrationNetwork()
+{
+    const QVector<DemoStation> stations = demonstrationStations();
+    DataModel::NetworkPtr network(new DataModel::Network(stations.first().network.toStdString()));
+    network->setDescription("Demonstration");
+    for (const DemoStation &station : stations)
+        network->add(modelOf(station).get());
+    return network;
 }
 
 QVector<DemoArrival> demonstrationArrivals(const DemoStation &station)

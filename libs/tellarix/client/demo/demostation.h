@@ -3,6 +3,7 @@
 #pragma once
 
 #include <tellarix/client/api.h>
+#include <tellarix/core/datamodel/network.h>
 #include <tellarix/core/time.h>
 
 #include <QString>
@@ -62,6 +63,8 @@ struct DemoArrival
 TELLARIX_CLIENT_API DemoOrigin demonstrationOrigin();
 /** The twenty stations, nearest first. */
 TELLARIX_CLIENT_API QVector<DemoStation> demonstrationStations();
+/** The same stations with their channels and gains. */
+TELLARIX_CLIENT_API DataModel::NetworkPtr demonstrationNetwork();
 /** The onsets of the earthquake at a station in order of time. */
 TELLARIX_CLIENT_API QVector<DemoArrival> demonstrationArrivals(const DemoStation &station);
 
