@@ -21,12 +21,14 @@ template <typename T>
 using EpochsByID = std::unordered_map<std::string, std::vector<const T *>>;
 
 template <typename T>
-std::unordered_map<std::string, EpochSequence<T>> sequencesOf(const EpochsByID<T> &epochs)
+std::unordered_map<std::string, EpochSequence<T>> sequencesOf(EpochsByID<T> &&epochs)
 {
     std::unordered_map<std::string, EpochSequence<T>> sequences;
     sequences.reserve(epochs.size());
-    for (const auto &[id, all] : epochs)
-        sequences.emplace(id, EpochSequence<T>(all));
+    while (!epochs.empty()) {
+        auto node = epochs.extract(epochs.begin());
+        sequences.emplace(std::move(node.key()), EpochSequence<T>(node.mapped()));
+    }
     return sequences;
 }
 
@@ -120,12 +122,15 @@ Inventory::Inventory(std::vector<NetworkPtr> networks) : _networks(std::move(net
     EpochsByID<Station> stations;
     EpochsByID<Stream> streams;
     forEachStation(_networks, [&](const Station &station) {
-        stations[station.network()->code() + '.' + station.code()].push_back(&station);
-        forEachStream(station,
-                      [&](const Stream &stream) { streams[id(&stream)].push_back(&stream); });
+        const std::string id = station.network()->code() + '.' + station.code();
+        stations[id].push_back(&station);
+        forEachStream(station, [&](const Stream &stream) {
+            const std::string place = '.' + stream.sensorLocation()->code() + '.';
+            streams[id + place + stream.code()].push_back(&stream);
+        });
     });
-    _stations = sequencesOf(stations);
-    _streams = sequencesOf(streams);
+    _stations = sequencesOf(std::move(stations));
+    _streams = sequencesOf(std::move(streams));
 }
 
 const Stream *Inventory::findStream(const std::string &id, Core::Time time) const

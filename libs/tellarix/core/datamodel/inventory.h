@@ -50,7 +50,8 @@ private:
  * The stations of networks, found by their codes and a time.
  *
  * Networks and all below them are not to be changed any more; an inventory is a value, which
- * threads may read side by side. It is made in about a tenth of a second for 100,000 streams.
+ * threads may read side by side. It is made in some tenths of a second for 100,000
+ * streams.
  */
 class TELLARIX_CORE_API Inventory
 {
