@@ -5,6 +5,7 @@
 #include "bench/darkpalette.h"
 #include "bench/demonstration.h"
 #include "bench/selection.h"
+#include "bench/stations.h"
 #include "messagedock.h"
 #include "shortcutsdialog.h"
 #include "taskprogress.h"
@@ -72,7 +73,8 @@ Qt::DockWidgetArea areaOf(PanelPlace place)
 } // namespace
 
 MainWindow::MainWindow(const PanelRegistry &registry, QWidget *parent)
-    : QMainWindow(parent), _centre(new QTabWidget(this)), _messages(new MessageDock(this))
+    : QMainWindow(parent), _stationFiles(&_bench), _centre(new QTabWidget(this)),
+      _messages(new MessageDock(this))
 {
     setWindowTitle(tr("Norvu workbench"));
     setAcceptDrops(true);
@@ -257,8 +259,12 @@ Panel *MainWindow::panelFor(const QString &source) const
 bool MainWindow::open(const QStringList &sources)
 {
     QHash<Panel *, QStringList> shares;
-    for (const QString &source : sources)
-        shares[panelFor(source)].append(source);
+    QStringList stationFiles;
+    for (const QString &source : sources) {
+        const bool isOfStations = Tellarix::IO::isInventoryFile(source);
+        (isOfStations ? stationFiles : shares[panelFor(source)]).append(source);
+    }
+    _stationFiles.open(stationFiles);
 
     bool ok = true;
     for (const QString &source : shares.value(nullptr)) {
@@ -289,6 +295,8 @@ void MainWindow::closeAll()
 {
     for (Panel *panel : std::as_const(_panels))
         panel->closeAll();
+    _stationFiles.cancel();
+    _bench.stations()->clear();
     _bench.selection()->clear();
     _messages->clear();
 }
@@ -298,6 +306,7 @@ void MainWindow::askForFiles()
     QStringList filters;
     for (const Panel *panel : std::as_const(_panels))
         filters.append(panel->fileFilters());
+    filters.append(tr("Stations (*.xml *.txt)"));
     filters.append(tr("All files (*)"));
 
     QSettings settings;

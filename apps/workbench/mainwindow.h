@@ -4,6 +4,7 @@
 
 #include "bench/bench.h"
 #include "bench/panel.h"
+#include "bench/stationfiles.h"
 #include "panels.h"
 
 #include <QHash>
@@ -71,6 +72,7 @@ private:
     void saveSettings() const;
 
     Bench _bench;
+    StationFiles _stationFiles;
     QVector<Panel *> _panels; /**< in order of registration */
     QTabWidget *_centre;
     QHash<Panel *, QDockWidget *> _docks;

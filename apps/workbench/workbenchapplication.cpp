@@ -2,7 +2,9 @@
 
 #include "workbenchapplication.h"
 
+#include "bench/bench.h"
 #include "bench/darkpalette.h"
+#include "bench/task.h"
 #include "mainwindow.h"
 
 #include <norvu/gui/splashscreen.h>
@@ -94,6 +96,7 @@ bool WorkbenchApplication::run()
     if (commandLine().isSet("dark"))
         setDarkColors(true);
 
+    bool opened = true; // outlives the tasks of the window
     MainWindow window;
     window.bench()->setDataWindow(Core::TimeWindow(_from, _to));
     if (isSnapshot())
@@ -106,14 +109,22 @@ bool WorkbenchApplication::run()
         splashScreen()->close();
 
     window.setInteractive(!isSnapshot());
+    const Tasks *tasks = window.bench()->tasks();
+    connect(tasks, &Tasks::finished, &window,
+            [&opened](const Task *task) { opened = opened && task->problem().isEmpty(); });
     const QStringList wanted = sources();
-    const bool opened = wanted.isEmpty() ? window.openDemonstration() : window.open(wanted);
+    if (!(wanted.isEmpty() ? window.openDemonstration() : window.open(wanted)))
+        opened = false;
 
     bool ok = true;
-    if (isSnapshot())
+    if (isSnapshot()) {
+        // Pictures show what is there once all has been read.
+        while (!tasks->running().isEmpty())
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
         ok = writeSnapshots(window) && opened;
-    else
+    } else {
         ok = Norvu::Gui::Application::run();
+    }
     setMainWidget(nullptr);
     return ok;
 }

@@ -37,11 +37,7 @@ EventSummary demonstrationEvent()
 
 void addDemonstrationStations(Stations *stations)
 {
-    QHash<QString, StationPlace> places;
-    for (const Client::DemoStation &station : Client::demonstrationStations())
-        places.insert(station.network + '.' + station.station,
-                      {station.latitude, station.longitude});
-    stations->add(places);
+    stations->setSource(demonstrationFolder(), {Client::demonstrationNetwork()});
 }
 
 } // namespace Workbench

@@ -16,7 +16,7 @@ QString demonstrationFolder();
 /** The demonstration's earthquake. */
 EventSummary demonstrationEvent();
 
-/** Tells where the stations stand that recorded it. */
+/** Tells of the stations that recorded it. */
 void addDemonstrationStations(Stations *stations);
 
 } // namespace Workbench

@@ -46,6 +46,8 @@ public:
     /** What is under the pointer; empty if there is nothing. */
     virtual QString textAt(const Tellarix::Gui::RecordWidget *traces,
                            const QPoint &position) const = 0;
+    /** Told when the unit of a row's samples, or their scale, is another. */
+    virtual void followUnit(Norvu::Gui::Trace *row);
 
 signals:
     /** It is shown in other rows than before, or scales need other room. */

@@ -2,11 +2,16 @@
 
 #pragma once
 
+#include <tellarix/core/datamodel/inventory.h>
+
 #include <QHash>
 #include <QObject>
+#include <QPair>
 #include <QString>
+#include <QVector>
 
 #include <optional>
+#include <vector>
 
 namespace Workbench {
 
@@ -22,7 +27,7 @@ struct StationPlace
     }
 };
 
-/** Places of stations by "NET.STA", as far as they are known. */
+/** What is known of stations: where they stand, what their channels record, and when. */
 class Stations : public QObject
 {
     Q_OBJECT
@@ -30,17 +35,35 @@ class Stations : public QObject
 public:
     explicit Stations(QObject *parent = nullptr);
 
-    std::optional<StationPlace> find(const QString &station) const;
+    /** Everything that is known, from all sources. */
+    const Tellarix::DataModel::Inventory &inventory() const { return _inventory; }
+    /** Where a station "NET.STA" stands at a time; at a time that nothing is known of, or without
+     *  one, where it stood last. */
+    std::optional<StationPlace> find(const QString &station,
+                                     Tellarix::Core::Time time = Tellarix::Core::Time()) const;
+    /** Last places by "NET.STA" of all stations that have coordinates. */
     const QHash<QString, StationPlace> &all() const { return _places; }
 
+    /** Sets what is known from a source, such as a file, in the stead of what was known from it
+     *  before; of sources that contradict each other the last one holds. */
+    void setSource(const QString &source, std::vector<Tellarix::DataModel::NetworkPtr> networks);
     /** Adds places, or puts them in the stead of former ones. Coordinates that are no numbers, or
      *  latitudes beyond a pole, are left out. */
     void add(const QHash<QString, StationPlace> &places);
+    /** Forgets everything. */
+    void clear();
 
 signals:
     void changed();
 
 private:
+    using Source = QPair<QString, std::vector<Tellarix::DataModel::NetworkPtr>>;
+
+    void update();
+
+    QVector<Source> _sources;
+    QHash<QString, StationPlace> _addedPlaces;
+    Tellarix::DataModel::Inventory _inventory;
     QHash<QString, StationPlace> _places;
 };
 

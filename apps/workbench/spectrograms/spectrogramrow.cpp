@@ -96,10 +96,22 @@ void SpectrogramRow::setColors(const AmplitudeColors &colors)
     if (colors == _colors)
         return;
     _colors = colors;
-    setColorLUT(colors.fillTable(_table, unitFactor()) ? &_table : nullptr);
+    applyColors();
+}
+
+/** Colours are of amplitudes in the unit, pictures of samples. */
+void SpectrogramRow::applyColors()
+{
+    setColorLUT(_colors.fillTable(_table, unitFactor()) ? &_table : nullptr);
     for (SpectrogramItem &item : _former)
         item = {item.spectrogram, QImage(), -1, 0};
     emit colorsChanged();
+}
+
+void SpectrogramRow::followUnit()
+{
+    applyColors();
+    emit amplitudeRangeChanged();
 }
 
 /** What the picture looks like where amplitudes are small. */

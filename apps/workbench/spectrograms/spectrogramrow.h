@@ -37,6 +37,8 @@ public:
     bool hasPicture() const { return spectrogramSize() > 0 || !_former.empty(); }
     /** Smallest and largest amplitude in the picture, in the unit; (0, 0) without one. */
     QPair<double, double> amplitudeRange() const;
+    /** Takes over the unit of the row, or its scale, if it is another. */
+    void followUnit();
     /** Unit of amplitudes. */
     QString unit() const;
     /** What is under the pointer, empty where there is no spectrogram. */
@@ -107,6 +109,7 @@ private:
     void beginAnew(const Tellarix::Core::TimeWindow &stretch);
     void keepFormer();
     void forgetFormer();
+    void applyColors();
     Tellarix::Core::TimeSpan pieceLength() const;
     double unitFactor() const;
     void setHint(const QString &hint);

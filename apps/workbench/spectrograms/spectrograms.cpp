@@ -93,6 +93,12 @@ QString Spectrograms::textAt(const Gui::RecordWidget *traces, const QPoint &posi
     return row ? row->spectrogramText(position) : QString();
 }
 
+void Spectrograms::followUnit(Trace *trace)
+{
+    if (SpectrogramRow *row = rowOf(trace))
+        row->followUnit();
+}
+
 void Spectrograms::adopt(const QList<Trace *> &traces)
 {
     for (const Trace *trace : traces) {

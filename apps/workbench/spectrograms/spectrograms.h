@@ -45,6 +45,8 @@ public:
     QString textAt(const Tellarix::Gui::RecordWidget *traces,
                    const QPoint &position) const override;
 
+    void followUnit(Norvu::Gui::Trace *row) override;
+
     void setShown(const QList<Norvu::Gui::Trace *> &rows, bool shown);
     bool isShown(const Norvu::Gui::Trace *row) const;
     bool areAllShown() const;

@@ -38,15 +38,22 @@ void RowMargin::addRuler()
 {
     auto *widget = _row->recordWidget();
     _ruler = new VRuler(this);
-    const QString unit = widget->recordUnit(widget->currentRecords());
-    _ruler->setAnnotation(unit.isEmpty() ? tr("counts") : unit);
     _ruler->setInteractive(false);
     // Room for ticks, the longest number, and the unit beside it.
     _ruler->setFixedWidth(fontMetrics().horizontalAdvance("-8.8e+08") + 2 * fontMetrics().height());
     static_cast<QHBoxLayout *>(layout())->insertWidget(0, _ruler);
     _ruler->show(); // what isn't shown yet counts for nothing in size hints
-    connect(widget, SIGNAL(traceUpdated(Tellarix::Gui::RecordWidget *)), _ruler,
-            SLOT(updateScale(Tellarix::Gui::RecordWidget *)));
+    connect(widget, SIGNAL(traceUpdated(Tellarix::Gui::RecordWidget *)), this, SLOT(updateRuler()));
+    updateRuler();
+}
+
+void RowMargin::updateRuler()
+{
+    if (!_ruler)
+        return;
+    auto *widget = _row->recordWidget();
+    const QString unit = widget->recordUnit(widget->currentRecords());
+    _ruler->setAnnotation(unit.isEmpty() ? tr("counts") : unit);
     _ruler->updateScale(widget);
 }
 

@@ -33,6 +33,9 @@ public:
     /** Gives the scale as much room as those of other rows have. */
     void setScaleWidth(int width);
 
+private slots:
+    void updateRuler();
+
 private:
     void addRuler();
 

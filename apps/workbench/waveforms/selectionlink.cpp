@@ -76,20 +76,22 @@ SelectionLink::SelectionLink(Bench *bench, Waveforms *waveforms)
 
 void SelectionLink::updateDistances()
 {
-    QHash<QString, double> distances;
+    QHash<QString, EventPath> paths;
     const auto &event = _bench->selection()->chosenEvent();
     for (const Trace *row : _waveforms->view()->items()) {
         const QString station = stationOf(*row);
-        const auto place = _bench->stations()->find(station);
-        if (!event || !place || distances.contains(station))
+        if (!event || paths.contains(station))
             continue;
-        double distance = 0;
+        const auto place = _bench->stations()->find(station, event->originTime);
+        if (!place)
+            continue;
+        EventPath path;
         Math::Geo::delaziKm(event->latitude, event->longitude, place->latitude, place->longitude,
-                            &distance);
-        if (std::isfinite(distance))
-            distances.insert(station, distance);
+                            &path.distanceKm, &path.azimuth);
+        if (std::isfinite(path.distanceKm))
+            paths.insert(station, path);
     }
-    _waveforms->setDistances(distances);
+    _waveforms->setPaths(paths);
 }
 
 void SelectionLink::followEvent()
@@ -102,9 +104,10 @@ void SelectionLink::followEvent()
 
 void SelectionLink::showEvent(const EventSummary &event)
 {
-    const QHash<QString, double> &distances = _waveforms->distances();
-    const auto farthest = std::max_element(distances.begin(), distances.end());
-    const Core::TimeWindow window = eventWindow(event, farthest == distances.end() ? 0 : *farthest);
+    double farthest = 0;
+    for (const EventPath &path : _waveforms->paths())
+        farthest = std::max(farthest, path.distanceKm);
+    const Core::TimeWindow window = eventWindow(event, farthest);
     if (!hasData(window)) {
         _bench->showStatus(tr("No waveforms from %1 to %2")
                                .arg(timeText(window.startTime()), timeText(window.endTime())));

@@ -74,6 +74,7 @@ void WaveformPanel::createFilterBar()
     connect(_filterBox, SIGNAL(filterChanged(QString)), this, SLOT(setFilter(QString)));
     connect(_filterBox, SIGNAL(filterEnabled(bool)), _waveforms->view(),
             SLOT(setFilterEnabled(bool)));
+    connect(_filterBox, SIGNAL(filterEnabled(bool)), _waveforms, SLOT(updateUnits()));
     connect(_filterBox, SIGNAL(problem(QString)), bench(), SLOT(showStatus(QString)));
     connect(_waveforms->view(), SIGNAL(filteringProgress(int, int)), this,
             SLOT(showFilteringProgress(int, int)));

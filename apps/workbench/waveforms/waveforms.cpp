@@ -4,10 +4,12 @@
 
 #include "bench/bench.h"
 #include "bench/rowaddition.h"
+#include "bench/stations.h"
 #include "bench/tracerows.h"
 #include "datastretches.h"
 #include "measuring.h"
 #include "rowmargins.h"
+#include "rowunits.h"
 #include "sourceloader.h"
 
 #include <norvu/gui/trace.h>
@@ -77,6 +79,7 @@ Waveforms::Waveforms(Bench *bench, QWidget *parent)
     _view->setBackgroundFiltering(true);
     connect(_view, SIGNAL(loadDataRequested()), this, SLOT(reload()));
     connect(_view, SIGNAL(displayChanged(double, double, double)), this, SLOT(updateRangeText()));
+    connect(_bench->stations(), SIGNAL(changed()), this, SLOT(updateUnits()));
 }
 
 Waveforms::Outcome Waveforms::open(const QStringList &sources)
@@ -112,6 +115,7 @@ void Waveforms::adoptRows(int first)
         dress(row);
     if (_bench->rows()->addition())
         _bench->rows()->addition()->adopt(rows);
+    updateUnits();
     _margins->update();
 }
 
@@ -147,6 +151,9 @@ QStringList Waveforms::setFilter(const QString &text)
             problems.append(tr("Streams at %1 Hz: %2").arg(rate).arg(problem.c_str()));
     }
     _view->setFilter(Math::Filtering::parseFilter<double>(definition).release());
+    _filter = Math::Filtering::FilterDefinition();
+    Math::Filtering::parseFilterDefinition(definition, _filter);
+    updateUnits();
     return problems;
 }
 
@@ -196,16 +203,16 @@ void Waveforms::clear()
     _sources.clear();
     _view->clear();
     _stretches.clear();
-    _distancesKm.clear();
+    _paths.clear();
     updateRangeText();
 }
 
-void Waveforms::setDistances(const QHash<QString, double> &distancesKm)
+void Waveforms::setPaths(const QHash<QString, EventPath> &paths)
 {
-    if (distancesKm == _distancesKm)
+    if (paths == _paths)
         return;
 
-    _distancesKm = distancesKm;
+    _paths = paths;
     for (Trace *row : _view->items())
         dress(row);
 }
@@ -216,12 +223,12 @@ void Waveforms::dress(Trace *row)
     widget->installEventFilter(this);
 
     QString name = row->label();
-    const auto distance = _distancesKm.constFind(stationOf(*row));
-    if (distance != _distancesKm.constEnd()) {
-        const QString text = tr("%1 km").arg(*distance, 0, 'f', 1);
-        row->setData(Norvu::Gui::TraceDistance, *distance);
-        row->setDescription(text);
-        name += "  " + text;
+    const auto path = _paths.constFind(stationOf(*row));
+    if (path != _paths.constEnd()) {
+        const QString distance = tr("%1 km").arg(path->distanceKm, 0, 'f', 1);
+        row->setData(Norvu::Gui::TraceDistance, path->distanceKm);
+        row->setDescription(distance + "  " + tr("%1°").arg(path->azimuth, 0, 'f', 0));
+        name += "  " + distance; // inside the traces, where room is dear
     } else if (row->data(Norvu::Gui::TraceDistance).isValid()) {
         row->setData(Norvu::Gui::TraceDistance, QVariant());
         row->setLabel(row->label()); // takes the description away
@@ -233,6 +240,48 @@ void Waveforms::dress(Trace *row)
         row->setVerticalPadding(CompactPadding, 0);
     else
         row->restoreVerticalSpacing();
+}
+
+void Waveforms::updateUnits()
+{
+    bool hasChanged = false;
+    for (Trace *row : _view->items()) {
+        if (!updateUnit(row))
+            continue;
+        hasChanged = true;
+        if (_bench->rows()->addition())
+            _bench->rows()->addition()->followUnit(row);
+    }
+    // One range for all rows is one in their units.
+    if (hasChanged)
+        _view->updateTraceNormalization();
+}
+
+/** False if the row's units stay as they are. */
+bool Waveforms::updateUnit(Trace *row)
+{
+    Gui::RecordWidget *widget = row->recordWidget();
+    bool hasChanged = false;
+    for (int slot = 0; slot < widget->slotCount(); ++slot) {
+        const RecordSequence *records = widget->records(slot);
+        std::optional<SampleUnit> unit =
+            records ? unitOf(*records, _bench->stations()->inventory()) : std::nullopt;
+        if (unit && _view->isFilterEnabled())
+            unit = unitBehind(_filter, *unit);
+
+        const double *scale = widget->recordScale(slot);
+        const QString text = unit ? unit->text : QString();
+        if (widget->recordUnit(slot) == text && (scale ? *scale : 1) == (unit ? unit->scale : 1))
+            continue;
+        hasChanged = true;
+        widget->setRecordUnit(slot, text);
+        if (unit)
+            widget->setRecordScale(slot, unit->scale);
+        else
+            widget->removeRecordScale(slot);
+    }
+    widget->showScaledValues(true);
+    return hasChanged;
 }
 
 void Waveforms::setCompact(bool compact)

@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <tellarix/core/math/filterdefinition.h>
 #include <tellarix/core/timewindow.h>
 
 #include <QHash>
@@ -30,6 +31,18 @@ namespace Workbench {
 class Bench;
 class MeasuringTool;
 class RowMargins;
+
+/** The way from an event to a station. */
+struct EventPath
+{
+    double distanceKm{0};
+    double azimuth{0}; /**< at the event, in degrees */
+
+    bool operator==(const EventPath &other) const
+    {
+        return distanceKm == other.distanceKm && azimuth == other.azimuth;
+    }
+};
 
 /** The waveforms: a trace view, what has been opened into it, and ways through its data. */
 class Waveforms : public QWidget
@@ -68,9 +81,9 @@ public:
     /** Rows without a header line, their names inside the traces; for many rows at once. */
     bool isCompact() const { return _compact; }
 
-    /** Epicentral distances in km by "NET.STA", shown beside the names and used for sorting. */
-    void setDistances(const QHash<QString, double> &distancesKm);
-    const QHash<QString, double> &distances() const { return _distancesKm; }
+    /** Distances and azimuths by "NET.STA", shown beside the names; distances are sorted by. */
+    void setPaths(const QHash<QString, EventPath> &paths);
+    const QHash<QString, EventPath> &paths() const { return _paths; }
 
     /** Actions for the menu of a row, below those of other panels. */
     void setRowActions(const QList<QAction *> &actions) { _rowActions = actions; }
@@ -82,6 +95,8 @@ public slots:
     /** Reads what was opened once more, into the rows that were reset and for what came since. */
     void reload();
     void setCompact(bool compact);
+    /** Shows physical units where one gain is known for all of a row, and counts elsewhere. */
+    void updateUnits();
     /** Local times below those in UTC. */
     void setLocalTimeShown(bool show);
     /** An amplitude ruler with the unit at the right of each row. */
@@ -112,6 +127,7 @@ private:
     void markLoaded();
     void adoptRows(int first);
     void dress(Norvu::Gui::Trace *row);
+    bool updateUnit(Norvu::Gui::Trace *row);
     void collectStretches();
     void showNeighbour(int step);
     QString textAt(Tellarix::Gui::RecordWidget *widget, const QPoint &position) const;
@@ -123,7 +139,8 @@ private:
     QStringList _sources;
     QList<QAction *> _rowActions;
     QVector<Tellarix::Core::TimeWindow> _stretches;
-    QHash<QString, double> _distancesKm;
+    QHash<QString, EventPath> _paths;
+    Tellarix::Math::Filtering::FilterDefinition _filter;
     bool _compact{false};
 };
 

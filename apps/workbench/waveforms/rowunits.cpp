@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
+#include "rowunits.h"
+
+#include <tellarix/core/datamodel/inventory.h>
+#include <tellarix/core/datamodel/stream.h>
+#include <tellarix/core/math/filterdefinition.h>
+#include <tellarix/core/records/recordsequence.h>
+
+#include <QStringList>
+
+#include <algorithm>
+#include <cstdlib>
+#include <iterator>
+
+using namespace Tellarix;
+
+namespace Workbench {
+
+namespace {
+
+struct UnitName
+{
+    const char *name; /**< in lower case */
+    const char *text;
+};
+
+constexpr UnitName UnitNames[] = {
+    {"m", "m"},        {"m/s", "m/s"},       {"m/s**2", "m/s²"},   {"m/s^2", "m/s²"},
+    {"m/s/s", "m/s²"}, {"m/s2", "m/s²"},     {"m/(s**2)", "m/s²"}, {"nm", "nm"},
+    {"nm/s", "nm/s"},  {"nm/s**2", "nm/s²"}, {"mm", "mm"},         {"mm/s", "mm/s"},
+    {"pa", "Pa"},      {"hpa", "hPa"},       {"kpa", "kPa"},       {"v", "V"},
+    {"rad", "rad"},    {"rad/s", "rad/s"},   {"t", "T"},           {"nt", "nT"},
+    {"c", "°C"},       {"degc", "°C"},       {"celsius", "°C"},    {"a", "A"},
+};
+
+/** Each is the derivative of the one before it. */
+const QStringList Derivatives{"m·s", "m", "m/s", "m/s²", "m/s³"};
+
+QString derivative(const QString &unit, int times)
+{
+    // As in "nm/s".
+    const bool hasPrefix = Derivatives.contains(unit.mid(1));
+    const int index = Derivatives.indexOf(hasPrefix ? unit.mid(1) : unit);
+    if (index >= 0 && index + times >= 0 && index + times < Derivatives.size())
+        return (hasPrefix ? unit.left(1) : QString()) + Derivatives[index + times];
+    const QString seconds = std::abs(times) == 1 ? "s" : QString("s^%1").arg(std::abs(times));
+    return unit + (times > 0 ? "/" : "·") + seconds;
+}
+
+} // namespace
+
+QString unitText(const std::string &name)
+{
+    const QString text = QString::fromStdString(name);
+    const QString lower = text.toLower().remove(' ');
+    const auto known = std::find_if(std::begin(UnitNames), std::end(UnitNames),
+                                    [&](const UnitName &unit) { return lower == unit.name; });
+    return known == std::end(UnitNames) ? text : QString::fromUtf8(known->text);
+}
+
+std::optional<SampleUnit> unitOf(const RecordSequence &records,
+                                 const DataModel::Inventory &inventory)
+{
+    const DataModel::Stream *first = nullptr;
+    for (const RecordCPtr &record : records) {
+        const auto *stream = inventory.findStream(record->streamID(), record->startTime());
+        if (!stream || !(stream->gain() > 0) || stream->gainUnit().empty())
+            return std::nullopt;
+        if (!first)
+            first = stream;
+        if (stream->gain() != first->gain() || stream->gainUnit() != first->gainUnit())
+            return std::nullopt;
+    }
+    if (!first)
+        return std::nullopt;
+    return SampleUnit{1 / first->gain(), unitText(first->gainUnit())};
+}
+
+std::optional<SampleUnit> unitBehind(const Math::Filtering::FilterDefinition &filter,
+                                     const SampleUnit &unit)
+{
+    int derivatives = 0;
+    for (const Math::Filtering::FilterStage &stage : filter.stages()) {
+        if (stage.filter->name == "stalta")
+            return std::nullopt;
+        derivatives += stage.filter->name == "differentiate" ? 1 : 0;
+        derivatives -= stage.filter->name == "integrate" ? 1 : 0;
+    }
+    if (derivatives == 0)
+        return unit;
+    return SampleUnit{unit.scale, derivative(unit.text, derivatives)};
+}
+
+} // namespace Workbench
