@@ -28,7 +28,7 @@ public:
     Selection *selection() const { return _selection; }
     /** The events that the list has loaded. */
     ShownEvents *shownEvents() const { return _shownEvents; }
-    /** Coordinates of stations. */
+    /** What is known of stations: places, channels, gains. */
     Stations *stations() const { return _stations; }
     /** Work in the background, which the status bar shows. */
     Tasks *tasks() const { return _tasks; }
