@@ -164,6 +164,10 @@ private slots:
             << channel("", "4") + channel("startDate='2024-01-05T10:12'", "4") << 0.25;
         QTest::newRow("another behind the data")
             << channel("", "4") + channel("startDate='2024-01-06'", "5") << 0.25;
+        QTest::newRow("another within a gap")
+            << channel("", "4") +
+                   channel("startDate='2024-01-05T10:12:10' endDate='2024-01-05T10:12:20'", "5")
+            << 0.25;
         QTest::newRow("reversed polarity") << channel("", "-4") << 0.0;
         QTest::newRow("unknown") << channel("", "") << 0.0;
     }

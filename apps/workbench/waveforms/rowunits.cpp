@@ -48,6 +48,11 @@ QString derivative(const QString &unit, int times)
     return unit + (times > 0 ? "/" : "·") + seconds;
 }
 
+bool hasGain(const DataModel::Stream *stream)
+{
+    return stream && stream->gain() > 0 && !stream->gainUnit().empty();
+}
+
 } // namespace
 
 QString unitText(const std::string &name)
@@ -62,17 +67,22 @@ QString unitText(const std::string &name)
 std::optional<SampleUnit> unitOf(const RecordSequence &records,
                                  const DataModel::Inventory &inventory)
 {
-    const DataModel::Stream *first = nullptr;
-    for (const RecordCPtr &record : records) {
-        const auto *stream = inventory.findStream(record->streamID(), record->startTime());
-        if (!stream || !(stream->gain() > 0) || stream->gainUnit().empty())
-            return std::nullopt;
-        if (!first)
-            first = stream;
-        if (stream->gain() != first->gain() || stream->gainUnit() != first->gainUnit())
-            return std::nullopt;
-    }
-    if (!first)
+    if (records.isEmpty())
+        return std::nullopt;
+    const std::string &id = records.front()->streamID();
+    const auto epochs = inventory.findStreams(id, records.timeWindow());
+    const DataModel::Stream *first = epochs.empty() ? nullptr : epochs.front();
+    if (!hasGain(first))
+        return std::nullopt;
+    const auto isLikeFirst = [&](const DataModel::Stream *stream) {
+        return stream && stream->gain() == first->gain() && stream->gainUnit() == first->gainUnit();
+    };
+    // Where epochs differ, there may be no records of the others.
+    const bool isSame = std::all_of(epochs.begin(), epochs.end(), isLikeFirst) ||
+                        std::all_of(records.begin(), records.end(), [&](const RecordCPtr &record) {
+                            return isLikeFirst(inventory.findStream(id, record->startTime()));
+                        });
+    if (!isSame)
         return std::nullopt;
     return SampleUnit{1 / first->gain(), unitText(first->gainUnit())};
 }

@@ -106,15 +106,36 @@ EpochSequence<T>::EpochSequence(const std::vector<const T *> &epochs)
     }
 }
 
+/** The first piece that begins after a time. */
+template <typename T>
+typename std::vector<typename EpochSequence<T>::Piece>::const_iterator
+EpochSequence<T>::nextPiece(Core::Time time) const
+{
+    return std::upper_bound(
+        _pieces.begin(), _pieces.end(), time,
+        [](Core::Time moment, const Piece &piece) { return moment < piece.begin; });
+}
+
 template <typename T>
 const T *EpochSequence<T>::find(Core::Time time) const
 {
     if (!time.valid())
         return _last;
-    const auto next = std::upper_bound(
-        _pieces.begin(), _pieces.end(), time,
-        [](Core::Time moment, const Piece &piece) { return moment < piece.begin; });
+    const auto next = nextPiece(time);
     return next == _pieces.begin() ? nullptr : std::prev(next)->epoch;
+}
+
+template <typename T>
+std::vector<const T *> EpochSequence<T>::find(const Core::TimeWindow &window) const
+{
+    std::vector<const T *> epochs;
+    if (window.isEmpty())
+        return epochs;
+    epochs.push_back(find(window.startTime()));
+    for (auto piece = nextPiece(window.startTime());
+         piece != _pieces.end() && piece->begin < window.endTime(); ++piece)
+        epochs.push_back(piece->epoch);
+    return epochs;
 }
 
 Inventory::Inventory(std::vector<NetworkPtr> networks) : _networks(std::move(networks))
@@ -136,6 +157,14 @@ Inventory::Inventory(std::vector<NetworkPtr> networks) : _networks(std::move(net
 const Stream *Inventory::findStream(const std::string &id, Core::Time time) const
 {
     return find(_streams, id, time);
+}
+
+std::vector<const Stream *> Inventory::findStreams(const std::string &id,
+                                                   const Core::TimeWindow &window) const
+{
+    const auto sequence = _streams.find(id);
+    return sequence == _streams.end() ? std::vector<const Stream *>{nullptr}
+                                      : sequence->second.find(window);
 }
 
 const Station *Inventory::findStation(const std::string &id, Core::Time time) const

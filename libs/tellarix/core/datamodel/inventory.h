@@ -33,6 +33,8 @@ public:
     /** The epoch in force at a time, null if there is none; without a valid time the one that
      * starts last. */
     const T *find(Core::Time time) const;
+    /** Those in force within a window, one after the other; null for a stretch without any. */
+    std::vector<const T *> find(const Core::TimeWindow &window) const;
 
 private:
     /** From a time to that of the next piece. */
@@ -41,6 +43,8 @@ private:
         Core::Time begin;
         const T *epoch;
     };
+
+    typename std::vector<Piece>::const_iterator nextPiece(Core::Time time) const;
 
     std::vector<Piece> _pieces;
     const T *_last{nullptr};
@@ -65,6 +69,10 @@ public:
     /** The epoch of a stream "NET.STA.LOC.CHA" at a time, null if none covers it; without a valid
      *  time the one that starts last. */
     const Stream *findStream(const std::string &id, Core::Time time) const;
+    /** The epochs of a stream that are in force within a window, one after the other; null stands
+     * for a stretch that none covers. */
+    std::vector<const Stream *> findStreams(const std::string &id,
+                                            const Core::TimeWindow &window) const;
     /** The same for a station "NET.STA". */
     const Station *findStation(const std::string &id, Core::Time time) const;
     /** Where a station "NET.STA" stands at a time; all unknown if no epoch covers it. */

@@ -32,11 +32,6 @@ public:
     void setStart(Core::Time start) { _epoch.setStartTime(start); }
     Core::Time end() const { return _epoch.endTime(); }
     void setEnd(Core::Time end) { _epoch.setEndTime(end); }
-    /** Whether the object is in operation at a time; the end of its epoch isn't part of it. */
-    bool isInOperation(Core::Time time) const
-    {
-        return time >= start() && (!end().valid() || time < end());
-    }
 
 private:
     std::string _code;
