@@ -167,26 +167,28 @@ def joined(lines):
 
 
 def land(source, scale):
-    """Outer edges only: lakes are painted over the land."""
+    """Outer edges only, for lakes are painted over the land; but the Caspian, which the package keeps
+    among the seas, is a hole with a coast."""
     for _, rings in read_layer(source, scale, "land"):
         yield from (Shapes(0, snapped(ring)) for ring in rings if is_clockwise(ring))
-
-
-def lakes(source, scale):
-    """The package keeps lakes among the seas. So is the Caspian, which has no class of its own."""
     for record, rings in read_layer(source, scale, "ocean"):
-        if record["featurec_2"]:
-            yield from (Shapes(rank_of(record["scaleran_2"]), ring) for ring in rings)
-        else:
-            yield from (Shapes(0, ring) for ring in rings if is_clockwise(ring) and
+        if not record["featurec_2"]:
+            yield from (Shapes(0, ring[::-1]) for ring in rings if is_clockwise(ring) and
                         46 < min(x for x, _ in ring) and max(x for x, _ in ring) < 56 and
                         36 < min(y for _, y in ring) and max(y for _, y in ring) < 48)
 
 
+def lakes(source, scale):
+    """The package keeps lakes among the seas."""
+    for record, rings in read_layer(source, scale, "ocean"):
+        if record["featurec_2"]:
+            yield from (Shapes(rank_of(record["scaleran_2"]), ring) for ring in rings)
+
+
 def rivers(source, scale):
+    """Also through lakes, which are painted over them: those too small to be shown leave no gap."""
     for record, lines in read_layer(source, scale, "rivers_lake_centerlines"):
-        if record["featurecla"] != b"Lake Centerline":
-            yield from (Shapes(rank_of(record["scalerank"]), line) for line in lines)
+        yield from (Shapes(rank_of(record["scalerank"]), line) for line in lines)
 
 
 def borders(source, scale, disputed):
@@ -202,7 +204,7 @@ def borders(source, scale, disputed):
 def provinces(source, scale):
     for record, lines in read_layer(source, scale, "admin_1_states_provinces_lines"):
         if record["featurecla"] in (b"Admin-1 boundary", b"Admin-1 region boundary"):
-            yield from (Shapes(rank_of(record["scalerank"]), line) for line in lines)
+            yield from (Shapes(rank_of(record["min_zoom"]), line) for line in lines)
 
 
 def unsigned(value):

@@ -14,6 +14,7 @@
 #include <QRegion>
 
 #include <algorithm>
+#include <climits>
 #include <cmath>
 
 namespace Tellarix {
@@ -68,23 +69,23 @@ BackgroundDetail backgroundDetail(double pixelPerDegree)
 {
     // Each step doubles the scale; at 0 the world is 256 pixels wide.
     const double zoom = std::log2(std::max(pixelPerDegree, 1e-6) * 360 / 256);
-    const auto rank = [zoom](double offset) {
-        return static_cast<int>(std::floor(qBound(-1.0, zoom - offset, 15.0)));
+    const auto rank = [](double value) {
+        return static_cast<int>(std::floor(qBound(-1.0, value, 15.0)));
     };
     BackgroundDetail detail;
     detail.scale = pixelPerDegree < 2    ? WorldData::Coarse
                    : pixelPerDegree < 14 ? WorldData::Medium
                                          : WorldData::Fine;
-    detail.lakeRank = rank(0.5);
-    detail.riverRank = rank(1.0);
-    detail.provinceRank = zoom < 5 ? -1 : rank(2.0);
-    detail.cityRank = rank(2.2);
+    detail.lakeRank = rank(zoom - 0.5);
+    detail.riverRank = rank(zoom - 0.6);
+    detail.provinceRank = zoom < 4.5 ? -1 : rank(zoom + 0.3);
+    detail.cityRank = rank(1.3 * zoom - 3.3);
     return detail;
 }
 
 Background::Background(const Scheme::Map &colors, std::shared_ptr<const WorldData> data,
                        const QFont &font, const BackgroundContents &contents)
-    : _colors(colors), _data(std::move(data)), _font(font), _contents(contents)
+    : _colors(colors), _data(std::move(data)), _font(font.toString()), _contents(contents)
 {}
 
 Background::~Background() = default;
@@ -103,82 +104,60 @@ void Background::paint(QImage &image, const Projection &projection) const
     if (globe != QRectF(image.rect()))
         painter.setClipRect(globe);
 
-    drawAreas(painter, projection);
-    drawBorders(painter, projection);
+    drawWorld(painter, projection);
+    // Made by this constructor a font shares nothing with others.
+    QFont font{QString()};
+    font.fromString(_font);
     QVector<QRectF> labels;
     if (_contents.graticule)
-        labels = drawGraticule(painter, projection);
+        labels = drawGraticule(painter, projection, scaledFont(font, 0.85));
     if (_contents.cities)
-        drawCities(painter, projection, labels);
+        drawCities(painter, projection, font, labels);
 }
 
-void Background::drawAreas(QPainter &painter, const Projection &projection) const
+void Background::drawWorld(QPainter &painter, const Projection &projection) const
 {
     const BackgroundDetail detail = backgroundDetail(projection.view().pixelPerDegree);
     const BackgroundShapes shapes(
         projection, visibleGlobe(projection)
                         .adjusted(-WindowMargin, -WindowMargin, WindowMargin, WindowMargin));
+    const auto fill = [&](QPainterPath *edges, WorldData::Kind kind, int rank,
+                          const QColor &color) {
+        QPainterPath areas;
+        areas.setFillRule(Qt::WindingFill);
+        shapes.addRings(&areas, edges, *_data->shapes(detail.scale, kind), rank);
+        // Smooth areas cost ten times as much as all else; their edges are covered by smooth lines.
+        painter.setRenderHint(QPainter::Antialiasing, false);
+        painter.fillPath(areas, color);
+        painter.setRenderHint(QPainter::Antialiasing, true);
+    };
+    const auto stroke = [&](WorldData::Kind kind, int rank, const QPen &pen) {
+        if (rank < 0)
+            return;
+        QPainterPath lines;
+        shapes.addLines(&lines, *_data->shapes(detail.scale, kind), rank);
+        painter.strokePath(lines, pen);
+    };
+
     painter.save();
-    painter.setRenderHint(QPainter::Antialiasing);
     painter.translate(PixelMiddle, PixelMiddle);
-
-    QPainterPath land;
-    land.setFillRule(Qt::WindingFill);
-    shapes.addRings(&land, *_data->shapes(detail.scale, WorldData::Land), INT_MAX);
-    painter.fillPath(land, _colors.land);
-
-    QPainterPath lakes;
-    lakes.setFillRule(Qt::WindingFill);
-    const auto lakeShapes = _data->shapes(detail.scale, WorldData::Lakes);
-    shapes.addRings(&lakes, *lakeShapes, detail.lakeRank);
-    painter.fillPath(lakes, _colors.water);
-    QPainterPath shores;
-    shapes.addEdges(&shores, *lakeShapes, detail.lakeRank);
+    QPainterPath coast, shores;
+    fill(&coast, WorldData::Land, INT_MAX, _colors.land);
+    if (_contents.rivers)
+        stroke(WorldData::Rivers, detail.riverRank, hairline(_colors.river));
+    fill(&shores, WorldData::Lakes, detail.lakeRank, _colors.water);
     painter.strokePath(shores, hairline(_colors.river));
-    painter.restore();
-}
-
-void Background::drawBorders(QPainter &painter, const Projection &projection) const
-{
-    const BackgroundDetail detail = backgroundDetail(projection.view().pixelPerDegree);
-    const BackgroundShapes shapes(
-        projection, visibleGlobe(projection)
-                        .adjusted(-WindowMargin, -WindowMargin, WindowMargin, WindowMargin));
-    struct Lines
-    {
-        WorldData::Kind kind;
-        int highestRank;
-        QColor color;
-        Qt::PenStyle style;
-        bool shown;
-    };
-    const Lines rows[] = {
-        {WorldData::Rivers, detail.riverRank, _colors.river, Qt::SolidLine, _contents.rivers},
-        {WorldData::Provinces, detail.provinceRank, _colors.province, Qt::SolidLine,
-         _contents.borders},
-        {WorldData::Borders, INT_MAX, _colors.country, Qt::SolidLine, _contents.borders},
-        {WorldData::DisputedBorders, INT_MAX, _colors.country, Qt::DashLine, _contents.borders},
-        {WorldData::Land, INT_MAX, _colors.coast, Qt::SolidLine, true},
-    };
-
-    painter.save();
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.translate(PixelMiddle, PixelMiddle);
-    for (const Lines &lines : rows) {
-        if (!lines.shown || lines.highestRank < 0)
-            continue;
-        QPainterPath path;
-        const auto data = _data->shapes(detail.scale, lines.kind);
-        if (lines.kind == WorldData::Land)
-            shapes.addEdges(&path, *data, lines.highestRank);
-        else
-            shapes.addLines(&path, *data, lines.highestRank);
-        painter.strokePath(path, hairline(lines.color, lines.style));
+    if (_contents.borders) {
+        stroke(WorldData::Provinces, detail.provinceRank, hairline(_colors.province));
+        stroke(WorldData::Borders, INT_MAX, hairline(_colors.country));
+        stroke(WorldData::DisputedBorders, INT_MAX, hairline(_colors.country, Qt::DashLine));
     }
+    painter.strokePath(coast, hairline(_colors.coast));
     painter.restore();
 }
 
-QVector<QRectF> Background::drawGraticule(QPainter &painter, const Projection &projection) const
+QVector<QRectF> Background::drawGraticule(QPainter &painter, const Projection &projection,
+                                          const QFont &font) const
 {
     const QRect globe = visibleGlobe(projection).toAlignedRect();
     const double step = graticuleStep(projection.view().pixelPerDegree, GraticuleSpacing);
@@ -194,8 +173,8 @@ QVector<QRectF> Background::drawGraticule(QPainter &painter, const Projection &p
     for (const QRect &rect : region)
         painter.fillRect(rect, _colors.graticule);
 
-    painter.setFont(scaledFont(_font, 0.85));
-    const QFontMetricsF metrics(painter.font(), painter.device());
+    painter.setFont(font);
+    const QFontMetricsF metrics(font, painter.device());
     const QRectF room =
         QRectF(globe).adjusted(LabelMargin, LabelMargin, -LabelMargin, -LabelMargin);
     QVector<QRectF> taken;
@@ -215,12 +194,12 @@ QVector<QRectF> Background::drawGraticule(QPainter &painter, const Projection &p
     return taken;
 }
 
-void Background::drawCities(QPainter &painter, const Projection &projection,
+void Background::drawCities(QPainter &painter, const Projection &projection, const QFont &font,
                             const QVector<QRectF> &occupied) const
 {
     const BackgroundDetail detail = backgroundDetail(projection.view().pixelPerDegree);
-    painter.setFont(_font);
-    const QFontMetricsF metrics(_font, painter.device());
+    painter.setFont(font);
+    const QFontMetricsF metrics(font, painter.device());
     const auto places = _data->places();
     const QVector<CityLabel> labels = layoutCities(
         *places, projection, detail.cityRank, occupied, [&metrics](const WorldPlace &place) {

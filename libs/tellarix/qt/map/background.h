@@ -9,6 +9,7 @@
 
 #include <QFont>
 #include <QRectF>
+#include <QString>
 #include <QVector>
 
 #include <memory>
@@ -59,16 +60,17 @@ public:
     void paint(QImage &image, const Projection &projection) const override;
 
 private:
-    void drawAreas(QPainter &painter, const Projection &projection) const;
-    void drawBorders(QPainter &painter, const Projection &projection) const;
-    QVector<QRectF> drawGraticule(QPainter &painter, const Projection &projection) const;
-    void drawCities(QPainter &painter, const Projection &projection,
+    void drawWorld(QPainter &painter, const Projection &projection) const;
+    QVector<QRectF> drawGraticule(QPainter &painter, const Projection &projection,
+                                  const QFont &font) const;
+    void drawCities(QPainter &painter, const Projection &projection, const QFont &font,
                     const QVector<QRectF> &occupied) const;
     void drawText(QPainter &painter, const QPointF &baseline, const QString &text) const;
 
     const Scheme::Map _colors;
     const std::shared_ptr<const WorldData> _data;
-    const QFont _font;
+    /** As text, since Qt's fonts share caches with their copies, also in other threads. */
+    const QString _font;
     const BackgroundContents _contents;
 };
 

@@ -184,20 +184,17 @@ bool BackgroundShapes::isTiny(const WorldBox &box, const Turn &turn) const
                SmallestRing;
 }
 
-QVector<BackgroundShapes::Node> BackgroundShapes::nodesOf(const WorldShapes &shapes,
-                                                          const WorldShapes::Shape &shape,
-                                                          const Turn &turn) const
+void BackgroundShapes::traceNodes(std::vector<Node> *result, const WorldShapes &shapes,
+                                  const WorldShapes::Shape &shape, const Turn &turn) const
 {
-    QVector<Node> result;
+    result->clear();
     const auto add = [&](const WorldNode &node, bool always) {
         const QPointF pixel(turn.origin + node.east * turn.pixelPerStep,
                             rowOf(node.north * turn.degreePerStep));
         const int cuts = cutsOf(node, shapes.stepsPerDegree);
-        if (!always && !cuts && !result.isEmpty() &&
-            std::abs(pixel.x() - result.last().pixel.x()) < NodeDistance &&
-            std::abs(pixel.y() - result.last().pixel.y()) < NodeDistance)
-            return;
-        result.append({pixel, cuts});
+        if (always || cuts || std::abs(pixel.x() - result->back().pixel.x()) >= NodeDistance ||
+            std::abs(pixel.y() - result->back().pixel.y()) >= NodeDistance)
+            result->push_back({pixel, cuts});
     };
 
     const WorldNode *nodes = shapes.nodes.constData() + shape.first;
@@ -210,7 +207,6 @@ QVector<BackgroundShapes::Node> BackgroundShapes::nodesOf(const WorldShapes &sha
         for (int i = start; i < end; i += beyond ? std::max(end - start - 1, 1) : 1)
             add(nodes[i], i == 0 || i == shape.count - 1);
     }
-    return result;
 }
 
 template <typename Visit>
@@ -225,16 +221,18 @@ void BackgroundShapes::forEachVisible(const WorldShapes &shapes, int highestRank
     }
 }
 
-void BackgroundShapes::addRings(QPainterPath *path, const WorldShapes &shapes,
+void BackgroundShapes::addRings(QPainterPath *areas, QPainterPath *edges, const WorldShapes &shapes,
                                 int highestRank) const
 {
+    std::vector<Node> nodes;
+    QPolygonF ring;
     forEachVisible(shapes, highestRank, [&](const WorldShapes::Shape &shape, const Turn &turn) {
         if (isTiny(shape.box, turn))
             return;
 
-        const QVector<Node> nodes = nodesOf(shapes, shape, turn);
-        QPolygonF ring;
-        ring.reserve(nodes.size());
+        traceNodes(&nodes, shapes, shape, turn);
+        addPolyline(edges, nodes, true);
+        ring.clear();
         for (const Node &node : nodes) {
             const int side = (node.cuts & EastCut ? 1 : 0) - (node.cuts & WestCut ? 1 : 0);
             ring.append(node.pixel + QPointF(side * CutOverlap, 0));
@@ -243,46 +241,40 @@ void BackgroundShapes::addRings(QPainterPath *path, const WorldShapes &shapes,
             ring = clippedRing(ring, _window);
         if (ring.size() < 3)
             return;
-        path->addPolygon(ring);
-        path->closeSubpath();
-    });
-}
-
-void BackgroundShapes::addEdges(QPainterPath *path, const WorldShapes &shapes,
-                                int highestRank) const
-{
-    forEachVisible(shapes, highestRank, [&](const WorldShapes::Shape &shape, const Turn &turn) {
-        if (isTiny(shape.box, turn))
-            return;
-
-        QVector<Node> nodes = nodesOf(shapes, shape, turn);
-        nodes.append(Node(nodes.first()));
-        addPolyline(path, nodes);
+        areas->addPolygon(ring);
+        areas->closeSubpath();
     });
 }
 
 void BackgroundShapes::addLines(QPainterPath *path, const WorldShapes &shapes,
                                 int highestRank) const
 {
+    std::vector<Node> nodes;
     forEachVisible(shapes, highestRank, [&](const WorldShapes::Shape &shape, const Turn &turn) {
-        addPolyline(path, nodesOf(shapes, shape, turn));
+        traceNodes(&nodes, shapes, shape, turn);
+        addPolyline(path, nodes, false);
     });
 }
 
-void BackgroundShapes::addPolyline(QPainterPath *path, const QVector<Node> &nodes) const
+void BackgroundShapes::addPolyline(QPainterPath *path, const std::vector<Node> &nodes,
+                                   bool closed) const
 {
     bool connected = false;
-    for (int i = 1; i < nodes.size(); ++i) {
-        QPointF from = nodes[i - 1].pixel, to = nodes[i].pixel;
-        if ((nodes[i - 1].cuts & nodes[i].cuts) || !clipLine(&from, &to, _window)) {
+    const auto add = [&](const Node &start, const Node &end) {
+        QPointF from = start.pixel, to = end.pixel;
+        if ((start.cuts & end.cuts) || !clipLine(&from, &to, _window)) {
             connected = false;
-            continue;
+            return;
         }
-        if (!connected || from != nodes[i - 1].pixel)
+        if (!connected)
             path->moveTo(from);
         path->lineTo(to);
-        connected = to == nodes[i].pixel;
-    }
+        connected = to == end.pixel;
+    };
+    for (size_t i = 1; i < nodes.size(); ++i)
+        add(nodes[i - 1], nodes[i]);
+    if (closed)
+        add(nodes.back(), nodes.front());
 }
 
 } // namespace Map

@@ -10,6 +10,8 @@
 #include <QRectF>
 #include <QVector>
 
+#include <vector>
+
 class QPainterPath;
 
 namespace Tellarix {
@@ -38,11 +40,11 @@ public:
     /** @param window in pixels of the projection, beyond which nothing is of use. */
     BackgroundShapes(const Projection &projection, const QRectF &window);
 
-    /** Adds the rings up to a rank; those that are smaller than half a pixel are left out. The cuts
-     *  of the data overlap by a pixel on either side, so that no seam is left. */
-    void addRings(QPainterPath *path, const WorldShapes &shapes, int highestRank) const;
-    /** Adds the edges of rings, without the data's cuts at the date line and the south pole. */
-    void addEdges(QPainterPath *path, const WorldShapes &shapes, int highestRank) const;
+    /** Adds the rings up to a rank to @p areas, and their edges to @p edges. Rings of less than
+     * half a pixel are left out. The data's cuts at the date line and the south pole are no edges;
+     * areas overlap there by a pixel on either side, so that no seam is left. */
+    void addRings(QPainterPath *areas, QPainterPath *edges, const WorldShapes &shapes,
+                  int highestRank) const;
     /** Adds lines. */
     void addLines(QPainterPath *path, const WorldShapes &shapes, int highestRank) const;
 
@@ -67,9 +69,9 @@ private:
     double rowOf(double latitude) const;
     double exactRowOf(double latitude) const;
     bool isTiny(const WorldBox &box, const Turn &turn) const;
-    QVector<Node> nodesOf(const WorldShapes &shapes, const WorldShapes::Shape &shape,
-                          const Turn &turn) const;
-    void addPolyline(QPainterPath *path, const QVector<Node> &nodes) const;
+    void traceNodes(std::vector<Node> *result, const WorldShapes &shapes,
+                    const WorldShapes::Shape &shape, const Turn &turn) const;
+    void addPolyline(QPainterPath *path, const std::vector<Node> &nodes, bool closed) const;
 
     const Projection &_projection;
     QRectF _window;

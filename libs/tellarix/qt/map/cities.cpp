@@ -13,7 +13,7 @@ namespace Map {
 namespace {
 
 /** From the middle of a dot to its name, in pixels. */
-constexpr double TextDistance = 5;
+constexpr double TextDistance = 6;
 /** A dot with some air about it. */
 constexpr double DotRadius = 4;
 /** Empty room kept between names. */
