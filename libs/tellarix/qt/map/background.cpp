@@ -9,9 +9,11 @@
 
 #include <QFontMetricsF>
 #include <QImage>
+#include <QMargins>
 #include <QPainter>
 #include <QPainterPath>
 #include <QRegion>
+#include <QtMath>
 
 #include <algorithm>
 #include <climits>
@@ -28,7 +30,7 @@ constexpr double GraticuleSpacing = 110;
 /** From the canvas's edges to the graticule's labels, in pixels. */
 constexpr double LabelMargin = 4;
 /** Shapes are painted so far beyond the canvas, in pixels, that their cut ends aren't seen. */
-constexpr double WindowMargin = 4;
+constexpr int WindowMargin = 4;
 /** Projected pixels count from the middle of pixels, painters from their corner. */
 constexpr double PixelMiddle = 0.5;
 
@@ -49,11 +51,15 @@ QPen hairline(const QColor &color, Qt::PenStyle style = Qt::SolidLine)
     return pen;
 }
 
-QRectF visibleGlobe(const Projection &projection)
+/** The pixels whose middle lies on the globe. */
+QRect visibleGlobe(const Projection &projection)
 {
-    // The globe's edges lie at the middle of pixels.
-    return projection.globe().translated(PixelMiddle, PixelMiddle) &
-           QRectF(QPointF(0, 0), projection.view().size);
+    const QSize &size = projection.view().size;
+    const QRectF globe = projection.globe();
+    return QRect(QPoint(qCeil(qBound(0.0, globe.left(), double(size.width()))),
+                        qCeil(qBound(0.0, globe.top(), double(size.height())))),
+                 QPoint(qFloor(qBound(-1.0, globe.right(), size.width() - 1.0)),
+                        qFloor(qBound(-1.0, globe.bottom(), size.height() - 1.0))));
 }
 
 bool canBeShown(const View &view)
@@ -97,11 +103,11 @@ void Background::paint(QImage &image, const Projection &projection) const
         return;
 
     QPainter painter(&image);
-    const QRectF globe = visibleGlobe(projection);
+    const QRect globe = visibleGlobe(projection);
     if (globe.isEmpty())
         return;
     painter.fillRect(globe, _colors.water);
-    if (globe != QRectF(image.rect()))
+    if (globe != image.rect())
         painter.setClipRect(globe);
 
     drawWorld(painter, projection);
@@ -118,9 +124,8 @@ void Background::paint(QImage &image, const Projection &projection) const
 void Background::drawWorld(QPainter &painter, const Projection &projection) const
 {
     const BackgroundDetail detail = backgroundDetail(projection.view().pixelPerDegree);
-    const BackgroundShapes shapes(
-        projection, visibleGlobe(projection)
-                        .adjusted(-WindowMargin, -WindowMargin, WindowMargin, WindowMargin));
+    const QMargins margins(WindowMargin, WindowMargin, WindowMargin, WindowMargin);
+    const BackgroundShapes shapes(projection, visibleGlobe(projection) + margins);
     const auto fill = [&](QPainterPath *edges, WorldData::Kind kind, int rank,
                           const QColor &color) {
         QPainterPath areas;
@@ -159,7 +164,7 @@ void Background::drawWorld(QPainter &painter, const Projection &projection) cons
 QVector<QRectF> Background::drawGraticule(QPainter &painter, const Projection &projection,
                                           const QFont &font) const
 {
-    const QRect globe = visibleGlobe(projection).toAlignedRect();
+    const QRect globe = visibleGlobe(projection);
     const double step = graticuleStep(projection.view().pixelPerDegree, GraticuleSpacing);
     const QVector<GraticuleLine> columns = meridians(projection, step);
     const QVector<GraticuleLine> rows = parallels(projection, step);
