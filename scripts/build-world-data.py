@@ -204,7 +204,8 @@ def borders(source, scale, disputed):
 def provinces(source, scale):
     for record, lines in read_layer(source, scale, "admin_1_states_provinces_lines"):
         if record["featurecla"] in (b"Admin-1 boundary", b"Admin-1 region boundary"):
-            yield from (Shapes(rank_of(record["min_zoom"]), line) for line in lines)
+            rank = math.ceil(float(record["min_zoom"]))
+            yield from (Shapes(rank, line) for line in lines)
 
 
 def unsigned(value):

@@ -84,7 +84,7 @@ BackgroundDetail backgroundDetail(double pixelPerDegree)
                                          : WorldData::Fine;
     detail.lakeRank = rank(zoom - 0.5);
     detail.riverRank = rank(zoom - 0.6);
-    detail.provinceRank = zoom < 4.5 ? -1 : rank(zoom + 0.3);
+    detail.provinceRank = zoom < 4.5 ? -1 : rank(zoom - 0.2);
     detail.cityRank = rank(1.3 * zoom - 3.3);
     return detail;
 }
