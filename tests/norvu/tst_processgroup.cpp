@@ -180,18 +180,70 @@ private slots:
         QCOMPARE(third->status, ProcessGroup::Queued);
     }
 
+    void givesOneSuccessorTheTurnOfEachThatEnds()
+    {
+        Bench bench;
+        bench.group.setConcurrencyLevel(2);
+        Process *first = bench.add("first", Forever);
+        Process *second = bench.add("second", Forever);
+        const Process *third = bench.add("third", Forever);
+        const Process *fourth = bench.add("fourth", Forever);
+        QVERIFY(first->waitForStarted() && second->waitForStarted());
+        bench.group.setConcurrencyLevel(1); // counts once nothing waits
+        first->kill();
+        QTRY_COMPARE(third->status, ProcessGroup::Running);
+        bench.group.setConcurrencyLevel(4); // fills up step by step
+        second->kill();
+        QTRY_COMPARE(fourth->status, ProcessGroup::Running);
+        QCOMPARE(bench.log.count("third: Queued to Running"), 1);
+    }
+
+    /** Also one that is told of after the end frees no second turn. */
+    void takesAnyErrorForTheEnd()
+    {
+        Bench bench;
+        Process *first = bench.add("first", Forever);
+        const Process *second = bench.add("second", Forever);
+        const Process *third = bench.add("third", Forever);
+        QVERIFY(first->waitForStarted());
+        for (int round = 0; round < 2; ++round) {
+            QMetaObject::invokeMethod(first, "error",
+                                      Q_ARG(QProcess::ProcessError, QProcess::ReadError));
+            QCOMPARE(first->status, ProcessGroup::Finished);
+            QCOMPARE(second->status, ProcessGroup::Running);
+            QCOMPARE(third->status, ProcessGroup::Queued);
+        }
+        QCOMPARE(first->state(), QProcess::Running);
+        QCOMPARE(bench.log.count("first: removed"), 1);
+    }
+
     void startsAgainWhatAReceiverAddsAgain()
     {
         Bench bench;
         int runs = 0;
         connect(&bench.group, &ProcessGroup::statusChanged, &bench.group, [&](Process *process) {
-            if (process->status == ProcessGroup::Finished && ++runs < 3)
-                bench.group.add(process);
+            if (process->status != ProcessGroup::Finished || ++runs == 3)
+                return;
+            if (runs == 2)
+                process->command = "true";
+            bench.group.add(process);
         });
         const Process *process = bench.add("it", "sh -c \"kill -SEGV $$\"");
         QTRY_COMPARE(runs, 3);
         QCOMPARE(process->status, ProcessGroup::Finished);
-        QVERIFY(process->failed);
+        QVERIFY(!process->failed); // as the runs before it did
+        // It has held one turn, and given back one.
+        QCOMPARE(bench.add("second", Forever)->status, ProcessGroup::Running);
+        QCOMPARE(bench.add("third", Forever)->status, ProcessGroup::Queued);
+    }
+
+    void leavesOutWhatAReceiverTakesAway()
+    {
+        Bench bench;
+        connect(&bench.group, &ProcessGroup::added, &bench.group, &ProcessGroup::remove);
+        const Process *process = bench.add("it", "true");
+        QCOMPARE(process->status, ProcessGroup::Idle);
+        QCOMPARE(bench.log, (QStringList{"it: added", "it: removed"}));
     }
 
     void letsAReceiverRemoveWhatEnds()

@@ -85,6 +85,7 @@ void ProcessGroup::add(Process *process)
         return;
 
     process->queued = QDateTime::currentDateTimeUtc();
+    // What a former run left behind would be shown as that of the next one.
     process->started = process->finished = QDateTime();
     process->failed = false;
     changeStatus(process, Queued);
@@ -113,15 +114,17 @@ void ProcessGroup::triggerProcess()
             SLOT(onError(QProcess::ProcessError)), Qt::UniqueConnection);
     connect(process, SIGNAL(finished(int, QProcess::ExitStatus)), this,
             SLOT(onFinished(int, QProcess::ExitStatus)), Qt::UniqueConnection);
+    // It may have run before, when this was switched otherwise.
+    disconnect(process, SIGNAL(readyReadStandardError()), this, SLOT(logStandardError()));
     if (_consoleLogging)
-        connect(process, SIGNAL(readyReadStandardError()), this, SLOT(logStandardError()),
-                Qt::UniqueConnection);
+        connect(process, SIGNAL(readyReadStandardError()), this, SLOT(logStandardError()));
 
     QStringList arguments = QProcess::splitCommand(process->command);
     const QString program = arguments.isEmpty() ? QString() : arguments.takeFirst();
     const QPointer<ProcessGroup> self(this);
     const QPointer<Process> alive(process);
     ++_running;
+    ++_startedCount;
     _starting = process;
     process->start(program, arguments, QIODevice::ReadWrite);
     if (!self)
@@ -135,25 +138,30 @@ void ProcessGroup::triggerProcess()
     changeStatus(process, Running);
 }
 
+/** One successor gets the turn of the process that leaves, whatever the level is by now. */
 void ProcessGroup::end(Process *process, bool failed)
 {
     // A second error of the same process would free a turn that it doesn't have; one that was added
-    // again meanwhile waits for the end of its last run.
-    const bool holdsTurn = process->status == Running || process == _starting;
+    // again while its program died waits for this end of its last run.
+    if (process->status != Running && process != _starting) {
+        if (process->status == Queued && _running < _concurrencyLevel)
+            triggerProcess();
+        return;
+    }
+
     const QPointer<ProcessGroup> self(this);
     const QPointer<Process> alive(process);
     ++_handled;
-    if (holdsTurn) {
-        --_running;
-        if (failed)
-            process->failed = true;
-        process->finished = QDateTime::currentDateTimeUtc();
-        changeStatus(process, Finished);
-        if (self && alive && _processes.removeOne(process))
-            emit removed(process);
-    }
-    // A receiver that added another process may have given the turn away.
-    if (self && _running < _concurrencyLevel)
+    --_running;
+    const int startedBefore = _startedCount;
+    if (failed)
+        process->failed = true;
+    process->finished = QDateTime::currentDateTimeUtc();
+    changeStatus(process, Finished);
+    if (self && alive && _processes.removeOne(process))
+        emit removed(process);
+    // A receiver that added another process has given the turn away: two at once would run for one.
+    if (self && _startedCount == startedBefore)
         triggerProcess();
     if (self)
         --_handled;
@@ -166,12 +174,14 @@ void ProcessGroup::onError(QProcess::ProcessError)
 
 void ProcessGroup::onFinished(int exitCode, QProcess::ExitStatus)
 {
-    end(static_cast<Process *>(sender()), exitCode != 0);
+    auto *process = static_cast<Process *>(sender());
+    if (process->status != Finished)
+        end(process, exitCode != 0);
 }
 
 void ProcessGroup::remove(Process *process)
 {
-    _processes.removeOne(process);
+    _processes.removeAll(process);
     disconnect(process, SIGNAL(destroyed(QObject *)), this, SLOT(onDestroyed(QObject *)));
     const QPointer<ProcessGroup> self(this);
     const QPointer<Process> alive(process);
@@ -199,7 +209,7 @@ void ProcessGroup::onDestroyed(QObject *object)
     if (place == _processes.end())
         return;
     Process *process = *place;
-    _processes.erase(place);
+    _processes.removeAll(process);
     emit removed(process);
 }
 

@@ -60,8 +60,8 @@ public:
     ~ProcessGroup() override;
 
     /** How many run at a time, 1 at the start. What is not above 0 is ignored. Waiting processes
-     *  start when another is added or one ends, one for each; a lowered level counts from then on,
-     *  too. */
+     *  start when another is added and there is room, and one for each that ends: a raised level
+     *  fills up step by step, and a lowered one counts once nothing waits. */
     void setConcurrencyLevel(int level);
     int concurrencyLevel() const { return _concurrencyLevel; }
     /** Whether the standard error of processes that start from now on goes to the debug log. */
@@ -96,6 +96,7 @@ private:
     int _concurrencyLevel{1};
     bool _consoleLogging{false};
     int _running{0};
+    int _startedCount{0};        /**< since the beginning */
     Process *_starting{nullptr}; /**< the one that is being started */
     int _handled{0};             /**< signals of processes that are being handled */
 };
