@@ -4,6 +4,7 @@
 
 #include "bench/darkpalette.h"
 #include "bench/demonstration.h"
+#include "bench/jobs.h"
 #include "bench/selection.h"
 #include "bench/stations.h"
 #include "messagedock.h"
@@ -21,6 +22,7 @@
 #include <QInputDialog>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMessageBox>
 #include <QMimeData>
 #include <QSettings>
 #include <QStatusBar>
@@ -391,8 +393,27 @@ void MainWindow::saveSettings() const
         panel->saveState(settings);
 }
 
+/** Programs that run don't outlive the workbench. */
+bool MainWindow::mayEndJobs()
+{
+    const int running = _bench.jobs()->runningCount();
+    const int waiting = _bench.jobs()->waitingCount();
+    if (running == 0 || !_interactive)
+        return true;
+    QString text = running == 1 ? tr("One job is running") : tr("%1 jobs are running").arg(running);
+    if (waiting > 0)
+        text += waiting == 1 ? tr(", and one waits") : tr(", and %1 wait").arg(waiting);
+    text += running + waiting == 1 ? tr(": stop it and quit?") : tr(": stop them and quit?");
+    return QMessageBox::question(this, tr("Quit"), text, QMessageBox::Yes | QMessageBox::Cancel,
+                                 QMessageBox::Cancel) == QMessageBox::Yes;
+}
+
 void MainWindow::closeEvent(QCloseEvent *event)
 {
+    if (!mayEndJobs()) {
+        event->ignore();
+        return;
+    }
     if (_interactive)
         saveSettings();
     QMainWindow::closeEvent(event);

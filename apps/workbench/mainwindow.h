@@ -26,14 +26,16 @@ public:
     explicit MainWindow(const PanelRegistry &registry = panelRegistry(), QWidget *parent = nullptr);
     ~MainWindow() override;
 
-    /** Without interaction problems go to standard error instead of the list and its boxes. */
+    /** Without interaction problems go to standard error instead of the list, and nothing is asked.
+     */
     void setInteractive(bool interactive) { _interactive = interactive; }
 
     Bench *bench() { return &_bench; }
 
     /**
-     * Opens files and URLs beside what is open already.
-     * @return false if one of them could not be opened or gave nothing
+     * Begins to open files and URLs beside what is open already; what takes longer goes on as
+     * tasks, which know at their end what went wrong.
+     * @return false if one of them can't be opened
      */
     bool open(const QStringList &sources);
 
@@ -43,7 +45,7 @@ public:
     void restoreSettings();
 
 public slots:
-    /** Opens the demonstration, which is written first if it isn't there. */
+    /** Begins to open the demonstration, which is written first if it isn't there. */
     bool openDemonstration();
 
 protected:
@@ -70,6 +72,7 @@ private:
     QList<QAction *> panelActions(Panel::Menu menu);
     Panel *panelFor(const QString &source) const;
     void saveSettings() const;
+    bool mayEndJobs();
 
     Bench _bench;
     StationFiles _stationFiles;

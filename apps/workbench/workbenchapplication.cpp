@@ -10,8 +10,13 @@
 #include <norvu/gui/splashscreen.h>
 #include <tellarix/core/version.h>
 
+#include <QApplication>
 #include <QDir>
+#include <QEvent>
+#include <QEventLoop>
+#include <QMessageBox>
 #include <QPixmap>
+#include <QTimer>
 
 #include <cstdio>
 
@@ -29,6 +34,60 @@ void printError(const QString &text)
 {
     std::fprintf(stderr, "%s\n", qUtf8Printable(text));
 }
+
+/** Nobody answers message boxes while pictures are made: what they say goes to standard error. */
+class BoxReader : public QObject
+{
+public:
+    BoxReader() { qApp->installEventFilter(this); }
+
+    bool hasRead() const { return _hasRead; }
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        auto *box = event->type() == QEvent::Show ? qobject_cast<QMessageBox *>(watched) : nullptr;
+        if (box) {
+            printError(box->text());
+            _hasRead = true;
+            QMetaObject::invokeMethod(box, "reject", Qt::QueuedConnection);
+        }
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    bool _hasRead{false};
+};
+
+/** Waits until nothing goes on in the background. */
+class TaskWaiter : public QObject
+{
+public:
+    explicit TaskWaiter(Tasks *tasks) : _tasks(tasks)
+    {
+        connect(tasks, &Tasks::finished, this, [this](const Task *task) {
+            _hasFailed = _hasFailed || !task->problem().isEmpty();
+            _loop.quit();
+        });
+    }
+
+    /** @return whether all has gone well since this was made */
+    bool wait()
+    {
+        // The end of one may be the beginning of another.
+        QCoreApplication::processEvents();
+        while (!_tasks->running().isEmpty()) {
+            _loop.exec();
+            QCoreApplication::processEvents();
+        }
+        return !_hasFailed;
+    }
+
+private:
+    Tasks *_tasks;
+    QEventLoop _loop;
+    bool _hasFailed{false};
+};
 
 } // namespace
 
@@ -82,13 +141,22 @@ bool WorkbenchApplication::isSnapshot() const
     return commandLine().isSet("snapshot");
 }
 
-QStringList WorkbenchApplication::sources()
+bool WorkbenchApplication::open(MainWindow &window)
 {
     QStringList sources = positionalArguments();
     const QString stream = QString::fromStdString(recordStreamURL());
     if (sources.isEmpty() && !stream.isEmpty())
         sources.append(stream);
-    return sources;
+    return sources.isEmpty() ? window.openDemonstration() : window.open(sources);
+}
+
+bool WorkbenchApplication::openAndWait(MainWindow &window)
+{
+    const BoxReader boxes;
+    TaskWaiter tasks(window.bench()->tasks());
+    const bool canOpen = open(window);
+    const bool ok = tasks.wait() && canOpen;
+    return ok && !boxes.hasRead();
 }
 
 bool WorkbenchApplication::run()
@@ -96,9 +164,9 @@ bool WorkbenchApplication::run()
     if (commandLine().isSet("dark"))
         setDarkColors(true);
 
-    bool opened = true; // outlives the tasks of the window
     MainWindow window;
     window.bench()->setDataWindow(Core::TimeWindow(_from, _to));
+    window.setInteractive(!isSnapshot());
     if (isSnapshot())
         window.resize(SnapshotSize);
     else
@@ -108,21 +176,13 @@ bool WorkbenchApplication::run()
     if (splashScreen())
         splashScreen()->close();
 
-    window.setInteractive(!isSnapshot());
-    const Tasks *tasks = window.bench()->tasks();
-    connect(tasks, &Tasks::finished, &window,
-            [&opened](const Task *task) { opened = opened && task->problem().isEmpty(); });
-    const QStringList wanted = sources();
-    if (!(wanted.isEmpty() ? window.openDemonstration() : window.open(wanted)))
-        opened = false;
-
     bool ok = true;
     if (isSnapshot()) {
-        // Pictures show what is there once all has been read.
-        while (!tasks->running().isEmpty())
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-        ok = writeSnapshots(window) && opened;
+        ok = openAndWait(window);
+        ok = writeSnapshots(window) && ok;
     } else {
+        // Once the program can be ended: whoever quits meanwhile means it.
+        QTimer::singleShot(0, &window, [this, &window] { open(window); });
         ok = Norvu::Gui::Application::run();
     }
     setMainWidget(nullptr);

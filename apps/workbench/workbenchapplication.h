@@ -28,7 +28,8 @@ protected:
     bool validateParameters() override;
 
 private:
-    QStringList sources();
+    bool open(MainWindow &window);
+    bool openAndWait(MainWindow &window);
     bool isSnapshot() const;
     bool readTime(const QString &option, Tellarix::Core::Time *time);
     bool writeSnapshots(MainWindow &window);

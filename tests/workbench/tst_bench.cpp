@@ -22,9 +22,9 @@ namespace {
 const Core::Time Start(2024, 1, 5, 10, 11, 12);
 const double NotANumber = std::numeric_limits<double>::quiet_NaN();
 
-EventSummary eventCalled(const QString &id)
+EventFacts eventCalled(const QString &id)
 {
-    EventSummary event;
+    EventFacts event;
     event.publicID = id;
     event.originTime = Start;
     event.longitude = NotANumber;
@@ -72,7 +72,7 @@ void TestBench::tellsOnlyOfWhatIsDifferent()
     QCOMPARE(selection.stations(), QStringList({"XX.A", "XX.B"}));
 
     told.clear();
-    EventSummary other = eventCalled("a");
+    EventFacts other = eventCalled("a");
     other.depthKm = 0;
     selection.setEvent(other);
     selection.setTimeWindow({Start, Start}); // empty, as is the next
@@ -135,7 +135,7 @@ void TestBench::findsShownEvents()
 {
     ShownEvents events;
     const QSignalSpy changed(&events, SIGNAL(changed()));
-    EventSummary later = eventCalled("later");
+    EventFacts later = eventCalled("later");
     later.originTime = Start + Core::TimeSpan(1.0);
     events.set({later, eventCalled("first")});
     QCOMPARE(events.all().first().publicID, QString("first"));

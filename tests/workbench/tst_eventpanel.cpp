@@ -9,13 +9,19 @@
 #include "events/eventpanel.h"
 
 #include <norvu/gui/eventlistview.h>
+#include <norvu/gui/exportfiledialog.h>
 #include <tellarix/client/io/eventarchive.h>
 
 #include <QFile>
+#include <QLineEdit>
 #include <QTemporaryDir>
 #include <QToolButton>
 #include <QTreeView>
 #include <QtTest>
+
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 using namespace Tellarix;
 using namespace Workbench;
@@ -27,6 +33,11 @@ const QByteArray Table = "time,latitude,longitude,depth,mag,magType,id,place,typ
                          "2020-01-02T00:00:00Z,11,21,31,5,mb,b,There,earthquake\n"
                          "2020-01-03T00:00:00Z,12,22,32,6,Mw,c,Elsewhere,not existing\n";
 
+const QByteArray BrokenFile = "<?xml version=\"1.0\"?>\n"
+                              "<q:quakeml xmlns:q=\"http://quakeml.org/xmlns/quakeml/1.2\" "
+                              "xmlns=\"http://quakeml.org/xmlns/bed/1.2\">\n"
+                              "<eventParameters publicID=\"smi:local/1\">\n<event ";
+
 /** A panel, what it told, and files for it. */
 struct Desk
 {
@@ -34,26 +45,69 @@ struct Desk
     {
         QObject::connect(&bench, &Bench::problemsTold,
                          [this](const QStringList &texts) { problems += texts; });
-        QFile file(folder.filePath("table.csv"));
-        if (file.open(QFile::WriteOnly))
-            file.write(Table);
-        table = file.fileName();
+        QObject::connect(bench.tasks(), &Tasks::finished,
+                         [this](const Task *task) { failed += !task->problem().isEmpty(); });
+        table = write("table.csv", Table);
+    }
+
+    QString write(const QString &name, const QByteArray &content)
+    {
+        QFile file(folder.filePath(name));
+        if (!file.open(QFile::WriteOnly) || file.write(content) != content.size())
+            qFatal("Can't write %s", qPrintable(file.fileName()));
+        return file.fileName();
     }
 
     void openTable()
     {
         QVERIFY(panel.openSources({table}));
-        QTRY_VERIFY(!panel.catalogue()->isImporting());
-        QTRY_COMPARE(bench.tasks()->running().size(), 0);
+        QTRY_VERIFY(!isBusy());
     }
 
-    QTreeView *tree() const { return panel.findChild<QTreeView *>("treeView"); }
+    bool isBusy() const { return panel.catalogue()->isBusy() || !bench.tasks()->running().empty(); }
+    IO::DatabaseInterfacePtr database() const { return panel.catalogue()->database(); }
+    QTreeView *tree() const { return panel.list()->table(); }
+
+    bool write(const QString &file, QString *error) const
+    {
+        return writeEvents(
+            database(), listedEvents(tree()->model()), file, [](int) { return true; }, error);
+    }
 
     QTemporaryDir folder;
     QString table;
     QStringList problems;
+    int failed{0};
     Bench bench;
     EventPanel panel{&bench};
+};
+
+/** A server that takes connections and never says a word. */
+class SilentServer
+{
+public:
+    SilentServer() : _socket(::socket(AF_INET, SOCK_STREAM, 0))
+    {
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t size = sizeof address;
+        auto *plain = reinterpret_cast<sockaddr *>(&address);
+        if (::bind(_socket, plain, size) != 0 || ::listen(_socket, 8) != 0 ||
+            ::getsockname(_socket, plain, &size) != 0)
+            qFatal("No socket");
+        _port = ntohs(address.sin_port);
+    }
+    ~SilentServer() { ::close(_socket); }
+
+    QString address() const
+    {
+        return QString("postgresql://anna@127.0.0.1:%1/events?timeout=60").arg(_port);
+    }
+
+private:
+    int _socket;
+    int _port{0};
 };
 
 Core::TimeWindow days(int first, int last)
@@ -77,22 +131,82 @@ private slots:
         QCOMPARE(desk.problems, QStringList());
         QCOMPARE(desk.panel.list()->rowCount(), 2); // the third one is no earthquake
 
+        // Return shows an event again that has been left since.
         const QSignalSpy changed(desk.bench.selection(), SIGNAL(eventChanged()));
+        const QSignalSpy shown(desk.bench.selection(), SIGNAL(eventShown()));
         desk.tree()->setCurrentIndex(desk.tree()->model()->index(0, 0));
-        QTest::keyClick(desk.tree(), Qt::Key_Return);
+        for (int round = 0; round < 2; ++round)
+            QTest::keyClick(desk.tree(), Qt::Key_Return);
         QCOMPARE(changed.count(), 1);
-        const std::optional<EventSummary> chosen = desk.bench.selection()->chosenEvent();
+        QCOMPARE(shown.count(), 2);
+        const std::optional<EventFacts> chosen = desk.bench.selection()->chosenEvent();
         QVERIFY(chosen);
         const bool isFirst = chosen->publicID == "a";
         QCOMPARE(chosen->region, QString(isFirst ? "Here" : "There"));
 
         // What another panel chooses becomes the current row, and nothing comes back.
-        EventSummary other;
+        EventFacts other;
         other.publicID = isFirst ? "b" : "a";
         desk.bench.selection()->setEvent(other);
         QCOMPARE(QString::fromStdString(desk.panel.list()->currentEvent().publicID),
                  other.publicID);
         QCOMPARE(changed.count(), 2);
+    }
+
+    void looksAtFilesTogether()
+    {
+        Desk desk;
+        QByteArray more = Table;
+        more.replace(",a,", ",d,").replace(",b,", ",e,").replace(",c,", ",f,");
+        const QString second = desk.write("second.csv", more);
+        QVERIFY(desk.panel.openSources({desk.table, desk.write("broken.xml", BrokenFile)}));
+        QVERIFY(desk.panel.openSources({second})); // while the first ones are being read
+        QTRY_VERIFY(!desk.isBusy());
+        QCOMPARE(desk.panel.catalogue()->files(), QStringList({"table.csv", "second.csv"}));
+        QCOMPARE(desk.panel.list()->rowCount(), 4);
+        QCOMPARE(desk.failed, 1);
+        QCOMPARE(desk.problems.size(), 2);
+        QVERIFY2(desk.problems[0].contains("broken.xml"), qPrintable(desk.problems[0]));
+        QCOMPARE(desk.problems[1], QString("table.csv: 3 events added, 0 updated. Nothing was "
+                                           "stored of broken.xml."));
+
+        // Of databases there is one at a time, and none is dropped without a word.
+        QVERIFY(!desk.panel.openSources({desk.folder.filePath("some.sqlite"), desk.table}));
+        QVERIFY(desk.problems.last().contains("some.sqlite"));
+    }
+
+    void closesInTheMiddleOfAnImport()
+    {
+        Desk desk;
+        QByteArray large = Table;
+        for (int i = 0; i < 50000; ++i)
+            large += "2020-01-01T00:00:00Z,10,20,30,4,mb,x" + QByteArray::number(i) + ",,\n";
+        QVERIFY(desk.panel.openSources({desk.write("large.csv", large)}));
+        Task *task = desk.bench.tasks()->running().value(0);
+        QVERIFY(task);
+        QTRY_VERIFY(task->progress().done > 0);
+        desk.panel.closeAll();
+        QTRY_VERIFY(!desk.isBusy());
+        QCOMPARE(desk.problems, QStringList("Nothing was stored of large.csv"));
+        QVERIFY(!desk.database() && !desk.panel.list());
+    }
+
+    void givesUpAServerThatDoesNotAnswer()
+    {
+        Desk desk;
+        const SilentServer server;
+        QElapsedTimer clock;
+        clock.start();
+        QVERIFY(desk.panel.openSources({server.address()}));
+        QVERIFY(desk.panel.openSources({server.address()})); // gives the first one up
+        QCOMPARE(desk.bench.tasks()->running().size(), 1);
+        desk.panel.openSources({desk.table}); // waits
+        desk.bench.tasks()->running().first()->cancel();
+        QTRY_COMPARE(desk.panel.catalogue()->files(), QStringList("table.csv"));
+        QTRY_VERIFY(!desk.isBusy());
+        QCOMPARE(desk.panel.list()->rowCount(), 2);
+        QCOMPARE(desk.problems, QStringList());
+        QVERIFY(clock.elapsed() < 10000);
     }
 
     void tellsWhyNothingIsThere_data()
@@ -124,8 +238,8 @@ private slots:
         Norvu::Gui::EventFilter filter;
         filter.fromMagnitude = minimumMagnitude;
         filter.toLatitude = maximumLatitude;
-        const QString text = explainEmptyList(desk.panel.catalogue()->database(), window,
-                                              desk.panel.catalogue()->extent(), filter);
+        const QString text =
+            explainEmptyList(desk.database(), window, desk.panel.catalogue()->extent(), filter);
         QVERIFY2(text.contains(reason), qPrintable(text));
     }
 
@@ -135,33 +249,57 @@ private slots:
         desk.openTable();
         const QString name = desk.folder.filePath("list.xml");
         QString error;
-        QVERIFY2(
-            writeEvents(desk.panel.catalogue()->database(), desk.tree()->model(), name, &error),
-            qPrintable(error));
+        QVERIFY2(desk.write(name, &error), qPrintable(error));
         QFile file(name);
         QVERIFY(file.open(QFile::ReadOnly));
         const QByteArray before = file.readAll();
         QCOMPARE(before.count("<event "), 2);
 
         // An event of the list that has left the database meanwhile.
-        QVERIFY(IO::EventArchive(desk.panel.catalogue()->database()).remove("a"));
-        QVERIFY(
-            !writeEvents(desk.panel.catalogue()->database(), desk.tree()->model(), name, &error));
+        QVERIFY(IO::EventArchive(desk.database()).remove("a"));
+        QVERIFY(!desk.write(name, &error));
         QVERIFY2(error.contains("1 of the 2 events"), qPrintable(error));
         file.seek(0);
         QCOMPARE(file.readAll(), before);
-        QVERIFY(!writeEvents(desk.panel.catalogue()->database(), desk.tree()->model(),
-                             desk.folder.filePath("list.doc"), &error));
+        QVERIFY(!desk.write(desk.folder.filePath("list.doc"), &error));
+    }
+
+    /** The dialog stays until the file is whole, and the program goes on meanwhile. */
+    void exportsInTheBackground()
+    {
+        Desk desk;
+        desk.openTable();
+        desk.panel.list()->exportClicked();
+        const auto *dialog = desk.panel.findChild<Norvu::Gui::ExportFileDialog *>();
+        QVERIFY(dialog && dialog->isVisible() && !dialog->isModal());
+        const QString file = desk.folder.filePath("list.csv");
+        dialog->findChild<QLineEdit *>("editFile")->setText(file);
+        const QSignalSpy started(desk.bench.tasks(), SIGNAL(started(Workbench::Task *)));
+        dialog->findChild<QAbstractButton *>("okButton")->click();
+        QCOMPARE(started.count(), 1);
+        QVERIFY(!dialog->isVisible() && QFileInfo(file).size() > 100);
+    }
+
+    void keepsWhatIsOpenIfAnotherCanNotBe_data()
+    {
+        QTest::addColumn<QString>("source");
+        QTest::newRow("no folder") << "sqlite:///no/such/folder/events.sqlite";
+        QTest::newRow("no database") << "no/such/file.db";
+        QTest::newRow("truncated") << "broken.xml";
     }
 
     void keepsWhatIsOpenIfAnotherCanNotBe()
     {
+        QFETCH(QString, source);
         Desk desk;
         desk.openTable();
-        QVERIFY(!desk.panel.openSources({"sqlite:///no/such/folder/events.sqlite"}));
-        QCOMPARE(desk.problems.size(), 1);
-        QVERIFY2(desk.problems[0].contains("/no/such/folder/events.sqlite"),
-                 qPrintable(desk.problems[0]));
+        if (source == "broken.xml")
+            source = desk.write(source, BrokenFile);
+        desk.panel.openSources({source});
+        QTRY_VERIFY(!desk.isBusy());
+        QCOMPARE(desk.failed, 1);
+        QVERIFY2(desk.problems.join('\n').contains(source.section("://", -1)),
+                 qPrintable(desk.problems.join('\n')));
         QCOMPARE(desk.panel.list()->rowCount(), 2);
     }
 };

@@ -28,7 +28,7 @@ struct Desk
     /** Chooses an event on the equator. */
     void choose(double seconds)
     {
-        EventSummary event;
+        EventFacts event;
         event.originTime = Start + Core::TimeSpan(seconds);
         event.longitude = 9;
         bench.selection()->setEvent(event);
@@ -109,7 +109,7 @@ void TestSelectionLink::windowReachesToTheLastWaves()
     QFETCH(double, depthKm);
     QFETCH(double, secondsAfter);
 
-    EventSummary event;
+    EventFacts event;
     event.originTime = Start;
     if (depthKm > 0)
         event.depthKm = depthKm;

@@ -86,7 +86,7 @@ private slots:
     void givesRowsDistancesAndUnits()
     {
         Desk desk(_waveforms);
-        EventSummary event;
+        EventFacts event;
         event.originTime = Start;
         event.longitude = 9;
         desk.window.bench()->selection()->setEvent(event);

@@ -21,10 +21,10 @@ QString demonstrationFolder()
         .filePath("demonstration");
 }
 
-EventSummary demonstrationEvent()
+EventFacts demonstrationEvent()
 {
     const Client::DemoOrigin origin = Client::demonstrationOrigin();
-    EventSummary event;
+    EventFacts event;
     event.publicID = QString::fromStdString(Client::demonstrationEventID());
     event.originTime = origin.time;
     event.latitude = origin.latitude;

@@ -2,7 +2,7 @@
 
 #pragma once
 
-#include "eventsummary.h"
+#include "eventfacts.h"
 
 #include <QString>
 
@@ -14,7 +14,7 @@ class Stations;
 QString demonstrationFolder();
 
 /** The demonstration's earthquake. */
-EventSummary demonstrationEvent();
+EventFacts demonstrationEvent();
 
 /** Tells of the stations that recorded it. */
 void addDemonstrationStations(Stations *stations);

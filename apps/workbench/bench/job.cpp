@@ -2,11 +2,17 @@
 
 #include "job.h"
 
+#include <QTimer>
+
+#include <csignal>
+#include <unistd.h>
+
 namespace Workbench {
 
 namespace {
 
 constexpr int MostOutput = 1 << 20;
+constexpr int GraceMilliseconds = 3000;
 
 } // namespace
 
@@ -16,12 +22,57 @@ Job::Job(const QString &name, const QString &commandLine, QObject *parent)
     title = name.isEmpty() ? commandLine : name;
     setProcessChannelMode(QProcess::MergedChannels);
     connect(this, SIGNAL(readyReadStandardOutput()), this, SLOT(readOutput()));
+    connect(this, SIGNAL(stateChanged(QProcess::ProcessState)), this, SLOT(noteLeader()));
+}
+
+Job::~Job()
+{
+    if (_isCanceled || state() != QProcess::NotRunning)
+        killAll();
+}
+
+/** In the child, before the program begins. */
+void Job::setupChildProcess()
+{
+    ::setsid();
+}
+
+void Job::noteLeader()
+{
+    if (processId() > 0)
+        _leader = processId();
+}
+
+/** To the program and all that it has started, also those that outlive it. */
+void Job::signalAll(int signal)
+{
+    if (_leader <= 0)
+        return;
+    // A program that has only just been forked leads nothing yet.
+    if (::kill(static_cast<pid_t>(-_leader), signal) != 0 && state() != QProcess::NotRunning)
+        ::kill(static_cast<pid_t>(_leader), signal);
+}
+
+void Job::killAll()
+{
+    signalAll(SIGKILL);
+    _leader = 0; // the number may be given to others from now on
+}
+
+void Job::cancel()
+{
+    _isCanceled = true;
+    signalAll(SIGTERM);
+    QTimer::singleShot(GraceMilliseconds, this, SLOT(killAll()));
 }
 
 void Job::readOutput()
 {
-    _output += readAllStandardOutput();
-    if (_output.size() > MostOutput)
+    const QByteArray more = readAllStandardOutput();
+    _output += more;
+    _printed += more.size();
+    // By halves, or each piece would move all that is kept.
+    if (_output.size() > 2 * MostOutput)
         _output = _output.right(MostOutput);
     emit outputChanged();
 }

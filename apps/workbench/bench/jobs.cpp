@@ -4,6 +4,7 @@
 
 #include "job.h"
 
+#include <QDeadlineTimer>
 #include <QTimer>
 
 #include <algorithm>
@@ -14,7 +15,8 @@ using Norvu::Gui::ProcessGroup;
 
 namespace {
 
-constexpr int GraceMilliseconds = 3000;
+/** For programs to end by themselves when the workbench does. */
+constexpr int GraceMilliseconds = 2000;
 
 } // namespace
 
@@ -30,31 +32,72 @@ Jobs::~Jobs()
 {
     // The group must not start the next one for each that ends now.
     disconnect(&_group, nullptr, this, nullptr);
-    for (Job *job : std::as_const(_jobs))
-        _group.remove(job);
+    takeOutWaiting();
+    for (Job *job : std::as_const(_jobs)) {
+        if (job->status == ProcessGroup::Running)
+            job->cancel();
+    }
+    QDeadlineTimer grace(GraceMilliseconds);
+    for (Job *job : std::as_const(_jobs)) {
+        if (job->state() != QProcess::NotRunning)
+            job->waitForFinished(static_cast<int>(grace.remainingTime()));
+    }
     qDeleteAll(_jobs);
+}
+
+int Jobs::count(ProcessGroup::ProcessStatus status) const
+{
+    return static_cast<int>(std::count_if(
+        _jobs.begin(), _jobs.end(), [status](const Job *job) { return job->status == status; }));
 }
 
 int Jobs::runningCount() const
 {
-    return static_cast<int>(std::count_if(_jobs.begin(), _jobs.end(), [](const Job *job) {
-        return job->status == ProcessGroup::Running;
-    }));
+    return count(ProcessGroup::Running);
+}
+
+int Jobs::waitingCount() const
+{
+    return count(ProcessGroup::Queued);
+}
+
+QVector<Job *> Jobs::takeOutWaiting()
+{
+    QVector<Job *> waiting;
+    for (Job *job : std::as_const(_jobs)) {
+        if (job->status != ProcessGroup::Queued)
+            continue;
+        _group.remove(job);
+        waiting.append(job);
+    }
+    return waiting;
+}
+
+/** The group starts what has been added while there is room. */
+void Jobs::queueAnew()
+{
+    for (Job *job : takeOutWaiting()) {
+        const QDateTime since = job->queued;
+        _isQueuingAnew = true;
+        _group.add(job);
+        _isQueuingAnew = false;
+        job->queued = since;
+        emit changed(job);
+    }
 }
 
 void Jobs::setConcurrencyLevel(int level)
 {
-    const int more = level - _group.concurrencyLevel();
     _group.setConcurrencyLevel(level);
-    // The group starts what waits when another is added: the last one in the queue keeps its place.
-    for (int i = 0; i < more; ++i) {
-        const auto last = std::find_if(_jobs.crbegin(), _jobs.crend(), [](const Job *job) {
-            return job->status == ProcessGroup::Queued;
-        });
-        if (last == _jobs.crend())
-            return;
-        _group.remove(*last);
-        _group.add(*last);
+    queueAnew();
+}
+
+/** By itself the group starts another one for each that ends, also if fewer should run by now. */
+void Jobs::keepLevel()
+{
+    if (runningCount() >= _group.concurrencyLevel()) {
+        takeOutWaiting();
+        QTimer::singleShot(0, this, SLOT(queueAnew()));
     }
 }
 
@@ -80,9 +123,7 @@ void Jobs::cancel(Job *job)
         emit changed(job);
         break;
     case ProcessGroup::Running:
-        job->_isCanceled = true;
-        job->terminate();
-        QTimer::singleShot(GraceMilliseconds, job, [job] { job->kill(); });
+        job->cancel();
         break;
     default:
         break;
@@ -111,12 +152,16 @@ void Jobs::removeEnded()
 
 void Jobs::tellChange(ProcessGroup::Process *process)
 {
+    if (_isQueuingAnew && process->status == ProcessGroup::Queued)
+        return;
+    if (process->status == ProcessGroup::Finished)
+        keepLevel();
     emit changed(static_cast<Job *>(process));
 }
 
 void Jobs::tellOutput()
 {
-    emit changed(static_cast<Job *>(sender()));
+    emit outputChanged(static_cast<Job *>(sender()));
 }
 
 } // namespace Workbench

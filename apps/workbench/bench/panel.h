@@ -119,14 +119,14 @@ public:
     virtual QStringList fileFilters() const;
     /** Whether a file or URL is of its kind. Of all panels that can, the one made last opens it. */
     virtual bool canOpen(const QString &source) const;
-    /** Opens sources of its kind beside what is open, and tells what is wrong with them.
-     *  @return false if one of them could not be opened or gave nothing */
+    /** Opens sources of its kind beside what is open, and tells what is wrong with them. What may
+     *  take longer goes on as a task, which ends with a problem if one of them gives nothing.
+     *  @return false if one of them can't be opened */
     virtual bool openSources(const QStringList &sources);
-    /** Opens its part of the demonstration, which is made in @p folder if need be. The
-     *  demonstration's event and stations are known already.
-     *  @return false if that failed, which the panel tells */
+    /** Opens its part of the demonstration likewise, which is made in @p folder if need be. The
+     *  demonstration's event and stations are known already. */
     virtual bool openDemonstration(const QString &folder);
-    /** Lets go of everything that was opened. */
+    /** Lets go of everything that was opened, or is being opened. */
     virtual void closeAll();
 
 protected:

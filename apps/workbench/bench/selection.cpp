@@ -9,7 +9,13 @@ namespace Workbench {
 Selection::Selection(QObject *parent) : QObject(parent)
 {}
 
-void Selection::setEvent(const EventSummary &event)
+void Selection::showEvent(const EventFacts &event)
+{
+    setEvent(event);
+    emit eventShown();
+}
+
+void Selection::setEvent(const EventFacts &event)
 {
     if (_event == event)
         return;

@@ -2,7 +2,7 @@
 
 #pragma once
 
-#include "eventsummary.h"
+#include "eventfacts.h"
 #include "region.h"
 
 #include <tellarix/core/timewindow.h>
@@ -28,7 +28,7 @@ public:
     explicit Selection(QObject *parent = nullptr);
 
     /** The chosen event, if there is one. */
-    const std::optional<EventSummary> &chosenEvent() const { return _event; }
+    const std::optional<EventFacts> &chosenEvent() const { return _event; }
     /** The moment under consideration, such as that of a replay; not valid without one. */
     const Tellarix::Core::Time &time() const { return _time; }
     /** What is shown along time axes; not valid while there is nothing. */
@@ -39,7 +39,9 @@ public:
     const std::optional<Region> &region() const { return _region; }
 
 public slots:
-    void setEvent(const Workbench::EventSummary &event);
+    /** What was picked on purpose, to be looked at: also what is chosen already is told again. */
+    void showEvent(const Workbench::EventFacts &event);
+    void setEvent(const Workbench::EventFacts &event);
     void clearEvent();
     void setTime(const Tellarix::Core::Time &time);
     /** An empty window counts as none. */
@@ -52,13 +54,16 @@ public slots:
 
 signals:
     void eventChanged();
+    /** The chosen event is to be brought into view, also if it was before and has been left since;
+     *  behind eventChanged(). */
+    void eventShown();
     void timeChanged();
     void timeWindowChanged();
     void stationsChanged();
     void regionChanged();
 
 private:
-    std::optional<EventSummary> _event;
+    std::optional<EventFacts> _event;
     Tellarix::Core::Time _time;
     Tellarix::Core::TimeWindow _timeWindow;
     QStringList _stations;

@@ -9,7 +9,7 @@ namespace Workbench {
 ShownEvents::ShownEvents(QObject *parent) : QObject(parent)
 {}
 
-const EventSummary *ShownEvents::find(const QString &publicID) const
+const EventFacts *ShownEvents::find(const QString &publicID) const
 {
     if (_indices.isEmpty()) {
         _indices.reserve(_events.size());
@@ -20,11 +20,11 @@ const EventSummary *ShownEvents::find(const QString &publicID) const
     return index == _indices.constEnd() ? nullptr : &_events[*index];
 }
 
-void ShownEvents::set(QVector<EventSummary> events)
+void ShownEvents::set(QVector<EventFacts> events)
 {
     if (events.isEmpty() && _events.isEmpty())
         return;
-    const auto isEarlier = [](const EventSummary &a, const EventSummary &b) {
+    const auto isEarlier = [](const EventFacts &a, const EventFacts &b) {
         return a.originTime < b.originTime;
     };
     std::stable_sort(events.begin(), events.end(), isEarlier);

@@ -2,7 +2,7 @@
 
 #pragma once
 
-#include "eventsummary.h"
+#include "eventfacts.h"
 
 #include <QHash>
 #include <QObject>
@@ -19,17 +19,17 @@ public:
     explicit ShownEvents(QObject *parent = nullptr);
 
     /** In ascending order of time; those without a time come first. */
-    const QVector<EventSummary> &all() const { return _events; }
+    const QVector<EventFacts> &all() const { return _events; }
     /** The event of a public id; null if it isn't shown. */
-    const EventSummary *find(const QString &publicID) const;
+    const EventFacts *find(const QString &publicID) const;
     /** In any order. */
-    void set(QVector<EventSummary> events);
+    void set(QVector<EventFacts> events);
 
 signals:
     void changed();
 
 private:
-    QVector<EventSummary> _events;
+    QVector<EventFacts> _events;
     mutable QHash<QString, int> _indices; /**< filled at the first question */
 };
 

@@ -4,16 +4,16 @@
 
 #include "bench/bench.h"
 
+#include <tellarix/client/demo/democatalogue.h>
 #include <tellarix/client/io/eventarchive.h>
+#include <tellarix/client/io/eventimport.h>
 #include <tellarix/client/io/eventreader.h>
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QMetaObject>
 #include <QTemporaryDir>
 #include <QUrl>
-
-#include <utility>
 
 using namespace Tellarix;
 
@@ -26,16 +26,11 @@ constexpr int ProgressSteps = 1000;
 
 } // namespace
 
-Catalogue::Catalogue(Bench *bench, QObject *parent) : QObject(parent), _bench(bench)
+Catalogue::Catalogue(Bench *bench, QObject *parent)
+    : QObject(parent), _bench(bench), _threads(bench->tasks())
 {}
 
-Catalogue::~Catalogue()
-{
-    if (_import)
-        _import->cancel();
-    if (_thread.joinable())
-        _thread.join();
-}
+Catalogue::~Catalogue() = default;
 
 bool Catalogue::isAddress(const QString &text)
 {
@@ -52,142 +47,240 @@ bool Catalogue::isEventFile(const QString &name)
            IO::eventFormatOf(file.peek(HeadSize)) != IO::EventFormat::Unknown;
 }
 
-bool Catalogue::open(const QString &url, Schema schema)
+QString Catalogue::addressOf(const QString &file)
 {
-    QString error;
-    const IO::DatabaseInterfacePtr database = IO::DatabaseInterface::Open(url, &error);
-    if (!database) {
-        _bench->tell({error});
-        return false;
-    }
-    if (!use(database, database->displayUrl(), schema))
-        return false;
-    _temporary.reset();
-    emit opened();
-    return true;
+    return "sqlite://" + QUrl::toPercentEncoding(QFileInfo(file).absoluteFilePath(), "/");
 }
 
-bool Catalogue::openTemporary(const QString &title)
+QString Catalogue::address() const
 {
-    auto folder = std::make_unique<QTemporaryDir>();
-    const QString file = folder->filePath("events.sqlite");
-    QString error = folder->errorString();
-    const IO::DatabaseInterfacePtr database =
-        folder->isValid()
-            ? IO::DatabaseInterface::Open("sqlite://" + QUrl::toPercentEncoding(file, "/"), &error)
-            : nullptr;
-    if (!database) {
-        _bench->tell({error});
-        return false;
-    }
-    if (!use(database, title, Schema::Created))
-        return false;
-    _temporary = std::move(folder);
-    emit opened();
-    return true;
+    return _content.database ? _content.database->displayUrl() : QString();
 }
 
-bool Catalogue::use(const IO::DatabaseInterfacePtr &database, const QString &title, Schema schema)
+// One thing after the other
+
+void Catalogue::begin(Step step, const QString &name, TaskThreads::Canceling canceling,
+                      const TaskThreads::Work &work)
 {
-    if (_import) {
-        _bench->tell({tr("%1: an import into %2 still runs").arg(title, _title)});
-        return false;
+    _step = step;
+    _task = _threads.start(name, canceling, work);
+    connect(_task, SIGNAL(finished()), this, SLOT(endTask()));
+    emit busyChanged();
+}
+
+void Catalogue::startNext()
+{
+    if (_task || _waiting.empty())
+        return;
+    const std::function<void()> next = std::move(_waiting.front());
+    _waiting.erase(_waiting.begin());
+    next();
+}
+
+void Catalogue::endTask()
+{
+    if (_task->isCanceled() && _step == Step::Open && _waiting.empty())
+        _bench->showStatus(tr("No other event database was opened"));
+    _task.clear();
+    startNext();
+    emit busyChanged();
+}
+
+// Opening
+
+void Catalogue::open(const QString &url, Schema schema)
+{
+    openNext(Origin::Address, url, schema);
+}
+
+void Catalogue::openDemonstration(const QString &file)
+{
+    openNext(Origin::Demonstration, addressOf(file), Schema::Expected);
+}
+
+void Catalogue::openNext(Origin origin, const QString &url, Schema schema)
+{
+    _waiting.emplace_back([=] { beginOpening(origin, url, schema); });
+    if (_task && _step == Step::Open)
+        _task->cancel();
+    startNext();
+}
+
+void Catalogue::beginOpening(Origin origin, const QString &url, Schema schema)
+{
+    const auto work = [=](TaskThreads::Reporter &) -> TaskThreads::Finish {
+        Content content;
+        content.origin = origin;
+        QString error;
+        if (connectTo(url, schema, content, &error))
+            return [this, content] { return takeOver(content); };
+        return [this, error] {
+            _bench->tell({error});
+            return error;
+        };
+    };
+    begin(Step::Open, tr("Opening the event database"), TaskThreads::Canceling::DropsWork, work);
+}
+
+/** In the thread of the work, as all that is static here. */
+bool Catalogue::connectTo(const QString &url, Schema schema, Content &content, QString *error)
+{
+    if (content.origin == Origin::Demonstration) {
+        const QString file = QUrl::fromPercentEncoding(url.section("://", 1).toUtf8());
+        const QString folder = QFileInfo(file).path();
+        *error = tr("%1: the folder can't be made").arg(folder);
+        if (!QDir().mkpath(folder) || !Client::writeDemonstrationCatalogue(file, error))
+            return false;
     }
-    QString error;
-    const bool ok = schema == Schema::Created ? IO::EventArchive::createSchema(*database, &error)
-                                              : IO::EventArchive::checkSchema(*database, &error);
-    if (!ok) {
-        _bench->tell({error});
+    content.database = IO::DatabaseInterface::Open(url, error);
+    if (!content.database)
         return false;
-    }
-    _database = database;
-    _title = title;
-    return true;
+    const bool ok = schema == Schema::Created
+                        ? IO::EventArchive::createSchema(*content.database, error)
+                        : IO::EventArchive::checkSchema(*content.database, error);
+    return ok && measure(content, error);
+}
+
+bool Catalogue::makeTemporary(Content &content, QString *error)
+{
+    content.origin = Origin::Files;
+    content.folder = std::make_shared<QTemporaryDir>();
+    *error = content.folder->errorString();
+    return content.folder->isValid() &&
+           connectTo(addressOf(content.folder->filePath("events.sqlite")), Schema::Created, content,
+                     error);
+}
+
+/** Asks for what lists have to know before they are loaded. */
+bool Catalogue::measure(Content &content, QString *error)
+{
+    IO::DatabaseInterface &database = *content.database;
+    const std::string column = database.convertColumnName("time_value");
+    const bool ok =
+        database.beginQuery("select min(" + column + "), max(" + column + ") from Origin") &&
+        database.fetchRow();
+    if (ok) {
+        const Core::Time first = database.stringToTime(database.field(0));
+        const Core::Time last = database.stringToTime(database.field(1));
+        // To the second: the last one may have a fraction.
+        if (first.valid() && last.valid())
+            content.extent = Core::TimeWindow(first, last + Core::TimeSpan(1.0));
+    } else
+        *error = tr("%1: %2").arg(database.displayUrl(), database.lastError());
+    database.endQuery();
+    if (ok)
+        content.eventCount = IO::EventArchive(content.database).count({}, error);
+    return ok && content.eventCount >= 0;
+}
+
+QString Catalogue::takeOver(const Content &content)
+{
+    _content = content;
+    emit opened();
+    return QString();
 }
 
 void Catalogue::close()
 {
-    if (_import || !_database)
+    ++_closeCount;
+    _waiting.clear();
+    if (_task)
+        _task->cancel();
+    if (!_content.database)
         return;
-    _database = nullptr;
-    _title.clear();
-    _temporary.reset();
+    _content = Content();
     emit opened();
+}
+
+// Importing
+
+void Catalogue::look(const QStringList &files)
+{
+    _waiting.emplace_back([=] {
+        const bool hasFiles = _content.database && _content.origin == Origin::Files;
+        beginStoring(files, hasFiles ? _content : Content());
+    });
+    startNext();
 }
 
 void Catalogue::import(const QStringList &files)
 {
-    if (_import || !_database || files.isEmpty())
+    if (!_content.database || files.isEmpty())
         return;
-    Task *task =
-        _bench->tasks()->start(tr("Importing events"), QString(), Task::Canceling::Possible);
-    _import = task;
-    if (_thread.joinable())
-        _thread.join();
-    _thread = std::thread([this, files, task] { importFiles(files, task); });
+    _waiting.emplace_back([this, files, content = _content] { beginStoring(files, content); });
+    startNext();
 }
 
-/** In the thread of the import; the object and its database outlive it. */
-void Catalogue::importFiles(const QStringList &files, Task *task)
+void Catalogue::beginStoring(const QStringList &files, const Content &content)
+{
+    const auto work = [=, closeCount = _closeCount](TaskThreads::Reporter &reporter) {
+        const Outcome outcome = store(files, content, reporter);
+        return [=] { return takeOver(outcome, closeCount); };
+    };
+    begin(Step::Import, tr("Importing events"), TaskThreads::Canceling::WaitsForWork, work);
+}
+
+Catalogue::Outcome Catalogue::store(const QStringList &files, Content content,
+                                    TaskThreads::Reporter &reporter)
 {
     Outcome outcome;
-    int added = 0;
-    int updated = 0;
-    for (int i = 0; i < files.size() && outcome.ok; ++i) {
-        const IO::EventImportResult result =
-            IO::importEvents(_database, files[i], [&](qint64 done, qint64 total) {
-                const int share = total > 0 ? static_cast<int>(done * ProgressSteps / total) : 0;
-                task->setProgress(i * ProgressSteps + share, files.size() * ProgressSteps);
-                return !task->isCanceled();
-            });
+    QString error;
+    const bool canStore = content.database || makeTemporary(content, &error);
+    if (!canStore)
+        outcome.problems.append(error);
+    for (int i = 0; i < files.size(); ++i) {
+        const auto progress = [&](qint64 done, qint64 total) {
+            const int share = total > 0 ? static_cast<int>(done * ProgressSteps / total) : 0;
+            reporter.setProgress(i * ProgressSteps + share, files.size() * ProgressSteps);
+            return !reporter.isCanceled();
+        };
+        IO::EventImportResult result;
+        if (canStore && !reporter.isCanceled())
+            result = IO::importEvents(content.database, files[i], progress);
         outcome.problems += result.warnings;
         if (!result.error.isEmpty())
             outcome.problems.append(result.error);
-        added += result.added;
-        updated += result.updated;
-        outcome.ok = result.ok;
+        outcome.added += result.added;
+        outcome.updated += result.updated;
+        (result.ok ? outcome.stored : outcome.left).append(QFileInfo(files[i]).fileName());
     }
-    outcome.summary = tr("%1 events added, %2 updated").arg(added).arg(updated);
-    {
-        const std::lock_guard<std::mutex> lock(_mutex);
-        _outcome = std::move(outcome);
+    outcome.isCanceled = reporter.isCanceled();
+    if (content.origin == Origin::Files) {
+        content.files += outcome.stored;
+        content.files.removeDuplicates();
     }
-    QMetaObject::invokeMethod(this, "endImport", Qt::QueuedConnection);
+    if (!outcome.stored.isEmpty() && !measure(content, &error))
+        outcome.problems.append(error);
+    outcome.content = content;
+    return outcome;
 }
 
-void Catalogue::endImport()
+QString Catalogue::Outcome::summary() const
 {
-    Outcome outcome;
-    {
-        const std::lock_guard<std::mutex> lock(_mutex);
-        std::swap(outcome, _outcome);
-    }
-    Task *task = _import;
-    _import = nullptr;
-    _bench->tell(outcome.problems);
-    _bench->showStatus(outcome.ok ? outcome.summary : tr("Nothing of the last file was stored"));
-    emit imported();
-    if (task)
-        task->finish(outcome.ok || outcome.problems.isEmpty() ? QString()
-                                                              : outcome.problems.last());
+    const QString counts = tr("%1 events added, %2 updated").arg(added).arg(updated);
+    if (left.isEmpty())
+        return counts;
+    const QString nothing = tr("Nothing was stored of %1").arg(left.join(", "));
+    return stored.isEmpty() ? nothing : tr("%1: %2. %3.").arg(stored.join(", "), counts, nothing);
 }
 
-Core::TimeWindow Catalogue::extent() const
+QString Catalogue::takeOver(const Outcome &outcome, int closeCount)
 {
-    Core::TimeWindow window;
-    if (!_database)
-        return window;
-    const std::string column = _database->convertColumnName("time_value");
-    if (_database->beginQuery("select min(" + column + "), max(" + column + ") from Origin") &&
-        _database->fetchRow()) {
-        const Core::Time first = _database->stringToTime(_database->field(0));
-        const Core::Time last = _database->stringToTime(_database->field(1));
-        // To the second: the last one may have a fraction.
-        if (first.valid() && last.valid())
-            window = Core::TimeWindow(first, last + Core::TimeSpan(1.0));
+    const bool isComplete = outcome.left.isEmpty();
+    _bench->tell(isComplete ? outcome.problems : outcome.problems + QStringList(outcome.summary()));
+    _bench->showStatus(outcome.summary());
+
+    const bool isOpen = _content.database == outcome.content.database;
+    if (!outcome.stored.isEmpty() && closeCount == _closeCount) {
+        const bool isWanted = isOpen || outcome.content.origin == Origin::Files;
+        if (isWanted)
+            _content = outcome.content;
+        if (isOpen)
+            emit imported();
+        else if (isWanted)
+            emit opened();
     }
-    _database->endQuery();
-    return window;
+    return isComplete || outcome.isCanceled ? QString() : outcome.problems.last();
 }
 
 } // namespace Workbench

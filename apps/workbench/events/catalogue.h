@@ -2,19 +2,18 @@
 
 #pragma once
 
-#include "bench/task.h"
+#include "bench/taskthreads.h"
 
 #include <tellarix/client/io/databaseinterface.h>
-#include <tellarix/client/io/eventimport.h>
 #include <tellarix/core/timewindow.h>
 
 #include <QObject>
 #include <QPointer>
 #include <QStringList>
 
+#include <functional>
 #include <memory>
-#include <mutex>
-#include <thread>
+#include <vector>
 
 class QTemporaryDir;
 
@@ -22,12 +21,25 @@ namespace Workbench {
 
 class Bench;
 
-/** The event database that is open, and what is stored into it in the background. */
+/**
+ * The event database that is open, and what is done with it in the background.
+ *
+ * Everything that asks a database runs in a thread, as a task that can be cancelled: one after the
+ * other, in the order of the calls. What is open stays until something else has been opened.
+ */
 class Catalogue : public QObject
 {
     Q_OBJECT
 
 public:
+    /** Where the events come from. */
+    enum class Origin
+    {
+        Address,       /**< a database that the user named */
+        Files,         /**< a database that goes with the program, with the events of files */
+        Demonstration, /**< the database of the demonstration */
+    };
+
     enum class Schema
     {
         Expected, /**< the tables must be there */
@@ -35,62 +47,108 @@ public:
     };
 
     explicit Catalogue(Bench *bench, QObject *parent = nullptr);
-    /** Cancels an import, and waits for it. */
+    /** Cancels what is done, and waits a moment for it. */
     ~Catalogue() override;
 
     /** Whether a text is the address of an event database. */
     static bool isAddress(const QString &text);
+    /** The address of the SQLite database in a file. */
+    static QString addressOf(const QString &file);
     /** Whether a file holds events, by its first bytes. */
     static bool isEventFile(const QString &file);
 
     /** Null if none is open. */
-    Tellarix::IO::DatabaseInterfacePtr database() const { return _database; }
-    /** For the user: the address without its password, or the name of the file that is looked at.
-     */
-    const QString &title() const { return _title; }
-    /** Whether what is open is a copy that goes with the program: events of files looked at. */
-    bool isTemporary() const { return _temporary != nullptr; }
-    bool isImporting() const { return _import; }
-
-    /** Opens a database in the stead of the one that is open; if it can't be, that one stays, and
-     *  the cause is told. */
-    bool open(const QString &url, Schema schema);
-    /** Opens a new database that goes with the program, to look at the events of files. */
-    bool openTemporary(const QString &title);
-    void close();
-    /** Stores files, one after the other and each as a whole, into the database that is open. */
-    void import(const QStringList &files);
-
+    Tellarix::IO::DatabaseInterfacePtr database() const { return _content.database; }
+    Origin origin() const { return _content.origin; }
+    /** The address of the database without its password, for the user. */
+    QString address() const;
+    /** Names of the files whose events are looked at. */
+    const QStringList &files() const { return _content.files; }
     /** From the first origin time to the last; not valid if there is none. */
-    Tellarix::Core::TimeWindow extent() const;
+    const Tellarix::Core::TimeWindow &extent() const { return _content.extent; }
+    /** Number of events, as of the last import. */
+    int eventCount() const { return _content.eventCount; }
+    /** Whether anything is being done, or waits for its turn. */
+    bool isBusy() const { return _task || !_waiting.empty(); }
+    bool isImporting() const { return _task && _step == Step::Import; }
+
+    /** Opens a database in the stead of the one that is open. One that is being opened is given up.
+     */
+    void open(const QString &url, Schema schema);
+    /** Opens the demonstration's database, which is made in this file if need be. */
+    void openDemonstration(const QString &file);
+    /** Opens the events of files, beside those of the files that are looked at already. */
+    void look(const QStringList &files);
+    /** Stores files, each as a whole, into the database that is open. */
+    void import(const QStringList &files);
+    /** Cancels what is done, and closes. */
+    void close();
 
 signals:
+    /** Something else is open, or nothing. */
     void opened();
-    /** An import has ended, whatever came of it. */
+    /** The database that is open has other events. */
     void imported();
+    /** Something begins to be done, or has ended. */
+    void busyChanged();
+
+private slots:
+    void endTask();
 
 private:
-    bool use(const Tellarix::IO::DatabaseInterfacePtr &database, const QString &title,
-             Schema schema);
-    void importFiles(const QStringList &files, Task *task);
-    Q_INVOKABLE void endImport();
-
-    /** What an import tells at its end. */
-    struct Outcome
+    enum class Step
     {
-        QStringList problems;
-        QString summary;
-        bool ok{true};
+        Open,
+        Import
     };
 
+    /** What is open. */
+    struct Content
+    {
+        Tellarix::IO::DatabaseInterfacePtr database;
+        Origin origin{Origin::Address};
+        QStringList files;
+        std::shared_ptr<QTemporaryDir> folder; /**< of a database that goes with the program */
+        Tellarix::Core::TimeWindow extent;
+        int eventCount{0};
+    };
+
+    /** What came of an import. */
+    struct Outcome
+    {
+        QString summary() const;
+
+        Content content;
+        QStringList stored; /**< names of files */
+        QStringList left;
+        QStringList problems;
+        int added{0};
+        int updated{0};
+        bool isCanceled{false};
+    };
+
+    static bool connectTo(const QString &url, Schema schema, Content &content, QString *error);
+    static bool makeTemporary(Content &content, QString *error);
+    static bool measure(Content &content, QString *error);
+    static Outcome store(const QStringList &files, Content content,
+                         TaskThreads::Reporter &reporter);
+
+    void openNext(Origin origin, const QString &url, Schema schema);
+    void beginOpening(Origin origin, const QString &url, Schema schema);
+    void beginStoring(const QStringList &files, const Content &content);
+    void begin(Step step, const QString &name, TaskThreads::Canceling canceling,
+               const TaskThreads::Work &work);
+    void startNext();
+    QString takeOver(const Content &content);
+    QString takeOver(const Outcome &outcome, int closeCount);
+
     Bench *_bench;
-    Tellarix::IO::DatabaseInterfacePtr _database;
-    QString _title;
-    std::unique_ptr<QTemporaryDir> _temporary;
-    QPointer<Task> _import;
-    std::thread _thread;
-    std::mutex _mutex;
-    Outcome _outcome; /**< of the thread, until it is told */
+    Content _content;
+    Step _step{Step::Open}; /**< what the task does */
+    QPointer<Task> _task;
+    std::vector<std::function<void()>> _waiting;
+    int _closeCount{0};
+    TaskThreads _threads; /**< goes first, since its results are taken over here */
 };
 
 } // namespace Workbench

@@ -5,13 +5,11 @@
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QFileDialog>
-#include <QFileInfo>
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QUrl>
 
 namespace Workbench {
 
@@ -61,9 +59,7 @@ DatabaseDialog::DatabaseDialog(Catalogue::Schema schema, const QStringList &rece
 QString DatabaseDialog::url() const
 {
     const QString text = _address->currentText().trimmed();
-    if (text.isEmpty() || Catalogue::isAddress(text))
-        return text;
-    return "sqlite://" + QUrl::toPercentEncoding(QFileInfo(text).absoluteFilePath(), "/");
+    return text.isEmpty() || Catalogue::isAddress(text) ? text : Catalogue::addressOf(text);
 }
 
 void DatabaseDialog::browse()

@@ -3,15 +3,12 @@
 #include "eventexport.h"
 
 #include <norvu/gui/eventlistview.h>
-#include <tellarix/client/io/eventarchive.h>
 #include <tellarix/client/io/eventwriter.h>
 
 #include <QAbstractItemModel>
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QSaveFile>
-
-#include <unordered_set>
 
 using namespace Tellarix;
 
@@ -32,16 +29,46 @@ QString formOf(const QString &file)
     return suffix == "xml" || suffix == "qml" ? "quakeml" : suffix;
 }
 
-/** The events of a list: their ids, and the time that they take up. */
-struct Listed
+bool writeAll(const IO::DatabaseInterfacePtr &database, const ListedEvents &events,
+              const QString &form, const std::function<bool(int)> &progress, QIODevice &device,
+              QString *error)
 {
-    std::unordered_set<std::string> ids;
-    IO::EventSelection selection;
-};
+    const auto writer = IO::EventWriter::Create(form, device);
+    bool ok = writer->begin();
+    int written = 0;
+    bool isWanted = true;
+    const auto write = [&](const DataModel::EventPtr &event) {
+        if (events.ids.count(event->publicID) == 0)
+            return true;
+        ++written;
+        ok = ok && writer->write(*event);
+        isWanted = progress(written);
+        return ok && isWanted;
+    };
+    QString reason;
+    const bool read =
+        events.ids.empty() || IO::EventArchive(database).forEach(events.selection, write, &reason);
+    ok = ok && writer->end();
+    if (!ok)
+        *error = device.errorString();
+    else if (!isWanted)
+        *error = tr("the export was cancelled");
+    else if (!read)
+        *error = reason;
+    else if (written < events.count())
+        *error = tr("%1 of the %2 events are no longer in the database")
+                     .arg(events.count() - written)
+                     .arg(events.count());
+    else
+        return true;
+    return false;
+}
 
-Listed listed(QAbstractItemModel *list)
+} // namespace
+
+ListedEvents listedEvents(QAbstractItemModel *list)
 {
-    Listed result;
+    ListedEvents result;
     for (int i = 0; i < list->rowCount(); ++i) {
         const Norvu::Gui::EventRow row = Norvu::Gui::EventListView::fromRow(list, i);
         result.ids.insert(row.publicID);
@@ -53,45 +80,13 @@ Listed listed(QAbstractItemModel *list)
     return result;
 }
 
-bool writeAll(const IO::DatabaseInterfacePtr &database, const Listed &events, const QString &form,
-              QIODevice &device, QString *error)
-{
-    const auto writer = IO::EventWriter::Create(form, device);
-    bool ok = writer->begin();
-    size_t written = 0;
-    const auto write = [&](const DataModel::EventPtr &event) {
-        if (events.ids.count(event->publicID) == 0)
-            return true;
-        ++written;
-        ok = ok && writer->write(*event);
-        return ok;
-    };
-    QString reason;
-    const bool read =
-        events.ids.empty() || IO::EventArchive(database).forEach(events.selection, write, &reason);
-    ok = ok && writer->end();
-    if (!ok)
-        *error = device.errorString();
-    else if (!read)
-        *error = reason;
-    else if (written < events.ids.size()) {
-        *error = tr("%1 of the %2 events are no longer in the database")
-                     .arg(events.ids.size() - written)
-                     .arg(events.ids.size());
-        return false;
-    }
-    return ok && read;
-}
-
-} // namespace
-
 QString eventExportFilter()
 {
     return tr("QuakeML (*.xml);;CSV (*.csv);;GeoJSON (*.geojson *.json)");
 }
 
-bool writeEvents(const IO::DatabaseInterfacePtr &database, QAbstractItemModel *list,
-                 const QString &name, QString *error)
+bool writeEvents(const IO::DatabaseInterfacePtr &database, const ListedEvents &events,
+                 const QString &name, const std::function<bool(int)> &progress, QString *error)
 {
     const QString form = formOf(name);
     QSaveFile file(name);
@@ -101,7 +96,7 @@ bool writeEvents(const IO::DatabaseInterfacePtr &database, QAbstractItemModel *l
         reason = tr("the name has to end with .xml, .csv or .geojson");
     else if (!file.open(QIODevice::WriteOnly))
         reason = file.errorString();
-    else if (writeAll(database, listed(list), form, file, &reason)) {
+    else if (writeAll(database, events, form, progress, file, &reason)) {
         ok = file.commit();
         reason = file.errorString();
     }

@@ -14,13 +14,11 @@
 #include <norvu/gui/eventlistview.h>
 #include <norvu/gui/exportfiledialog.h>
 #include <norvu/gui/fontawesome5.h>
-#include <tellarix/client/demo/democatalogue.h>
-#include <tellarix/client/io/eventarchive.h>
 
 #include <QAction>
-#include <QApplication>
-#include <QDateTimeEdit>
+#include <QDateTime>
 #include <QDir>
+#include <QEventLoop>
 #include <QFileDialog>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -29,7 +27,6 @@
 #include <QTemporaryDir>
 #include <QToolButton>
 #include <QTreeView>
-#include <QUrl>
 
 #include <limits>
 
@@ -49,9 +46,9 @@ constexpr double DaysOfLargeOnes = 30;
 constexpr double SecondsPerDay = 86400;
 constexpr int IdColumn = 9;
 
-EventSummary summaryOf(const EventRow &row)
+EventFacts factsOf(const EventRow &row)
 {
-    EventSummary event;
+    EventFacts event;
     event.publicID = QString::fromStdString(row.publicID);
     event.originTime = row.time;
     // Not at 0, 0: rows would get distances from there.
@@ -68,14 +65,6 @@ QDateTime dateTime(Core::Time time)
     return QDateTime::fromMSecsSinceEpoch(time.usecs() / 1000, Qt::UTC);
 }
 
-Core::Time timeOf(const QDateTimeEdit &edit)
-{
-    const QDate date = edit.date();
-    const QTime time = edit.time();
-    return Core::Time(date.year(), date.month(), date.day(), time.hour(), time.minute(),
-                      time.second());
-}
-
 QString demonstrationDatabase(const QString &folder)
 {
     return QDir(folder).filePath("events.sqlite");
@@ -88,7 +77,7 @@ EventPanel::EventPanel(Bench *bench)
                     Norvu::FontAwesome5::iconSolid(Norvu::FontAwesome5::chListAlt),
                     PanelPlace::Bottom, true}),
       _catalogue(new Catalogue(bench, this)), _title(new QLabel(this)), _count(new QLabel(this)),
-      _reason(new QLabel(this))
+      _reason(new QLabel(this)), _threads(bench->tasks())
 {
     auto *head = new QHBoxLayout;
     head->addWidget(_title, 1);
@@ -106,6 +95,7 @@ EventPanel::EventPanel(Bench *bench)
     createActions();
     connect(_catalogue, SIGNAL(opened()), this, SLOT(showDatabase()));
     connect(_catalogue, SIGNAL(imported()), this, SLOT(reload()));
+    connect(_catalogue, SIGNAL(busyChanged()), this, SLOT(updateActions()));
     connect(bench->selection(), SIGNAL(eventChanged()), this, SLOT(followSelection()));
     showDatabase();
 }
@@ -141,12 +131,13 @@ void EventPanel::updateActions()
 {
     const bool isOpen = _catalogue->database() != nullptr;
     const bool hasRows = _list && _list->rowCount() > 0;
-    _importAction->setEnabled(isOpen && !_catalogue->isTemporary() && !_catalogue->isImporting());
-    _exportAction->setEnabled(hasRows);
-    _scriptAction->setEnabled(hasRows);
+    _importAction->setEnabled(isOpen && !_catalogue->isBusy() &&
+                              _catalogue->origin() != Catalogue::Origin::Files);
+    _exportAction->setEnabled(hasRows && !_exporting);
+    _scriptAction->setEnabled(hasRows && !_exporting);
     _showAllAction->setEnabled(isOpen);
     if (_list)
-        _list->buttonExport()->setEnabled(hasRows);
+        _list->buttonExport()->setEnabled(hasRows && !_exporting);
 }
 
 // The database and its list
@@ -158,21 +149,41 @@ void EventPanel::showDatabase()
         delete _list;
         _list = nullptr;
     }
-    _count->clear();
-    _reason->hide();
+    tellNothing();
+    showTitle();
     if (_catalogue->database()) {
-        _title->setText(_catalogue->isTemporary()
-                            ? tr("%1 (looked at, not stored)").arg(_catalogue->title())
-                            : _catalogue->title());
+        if (_catalogue->origin() == Catalogue::Origin::Address)
+            remember(_catalogue->address());
         makeList();
         showAll();
     } else {
-        _title->setText(tr("No event database is open."));
         _reason->setText(tr("Open one by File > Open event database, or drop a QuakeML or CSV file "
                             "here."));
         _reason->show();
     }
     updateActions();
+}
+
+void EventPanel::showTitle()
+{
+    const QStringList files = _catalogue->files();
+    QString text = _catalogue->address();
+    if (!_catalogue->database())
+        text = tr("No event database is open.");
+    else if (files.size() == 1)
+        text = tr("%1 (looked at, not stored)").arg(files.first());
+    else if (!files.isEmpty())
+        text = tr("%1 files (looked at, not stored): %2").arg(files.size()).arg(files.join(", "));
+    _title->setText(text);
+    _title->setToolTip(files.join('\n'));
+}
+
+/** Passwords are typed anew rather than kept in a file of settings. */
+void EventPanel::remember(const QString &address)
+{
+    _recent.removeAll(address);
+    _recent.prepend(address);
+    _recent = _recent.mid(0, MostRecent);
 }
 
 void EventPanel::makeList()
@@ -189,57 +200,44 @@ void EventPanel::makeList()
     if (!_headerState.isEmpty())
         tree()->header()->restoreState(_headerState);
     // Catalogues of historical earthquakes reach further back than the inputs do by themselves.
-    for (auto *edit : _list->findChildren<QDateTimeEdit *>())
-        edit->setMinimumDate(QDate(1, 1, 1));
+    _list->setEarliestDate(QDate(1, 1, 1));
     static_cast<QVBoxLayout *>(layout())->insertWidget(1, _list, 1);
 
     connect(_list, SIGNAL(eventSelected()), this, SLOT(choose()));
     connect(_list, SIGNAL(exportEvents(QAbstractItemModel *)), this,
             SLOT(exportList(QAbstractItemModel *)));
-    // These come behind the list's own connections, when the load has ended.
-    for (const char *name : {"buttonLoadInterval", "buttonLoadDays", "buttonClear"})
-        connect(_list->findChild<QToolButton *>(name), SIGNAL(clicked()), this, SLOT(tellCount()));
-    connect(_list->findChild<QWidget *>("hideFakeEvents"), SIGNAL(toggled(bool)), this,
-            SLOT(tellCount()));
+    connect(_list, SIGNAL(rowsChanged()), this, SLOT(tellRows()));
+    connect(_list, SIGNAL(cleared()), this, SLOT(tellNothing()));
 }
 
 QTreeView *EventPanel::tree() const
 {
-    return _list->findChild<QTreeView *>("treeView");
+    return _list->table();
 }
 
 /** All of a catalogue, or the last weeks of one that would take long to read. */
 void EventPanel::showAll()
 {
     const Core::TimeWindow extent = _catalogue->extent();
-    if (_list && extent.valid()) {
-        Core::Time begin = extent.startTime();
-        if (IO::EventArchive(_catalogue->database()).count({}) > MostShownAtOnce)
-            begin =
-                std::max(begin, extent.endTime() - Core::TimeSpan(DaysOfLargeOnes * SecondsPerDay));
-        _list->setTimeWindow(dateTime(begin), dateTime(extent.endTime()));
-        _list->loadInterval();
+    if (!_list || !extent.valid()) {
+        tellRows();
+        return;
     }
-    tellCount();
-    followSelection();
+    Core::Time begin = extent.startTime();
+    if (_catalogue->eventCount() > MostShownAtOnce)
+        begin = std::max(begin, extent.endTime() - Core::TimeSpan(DaysOfLargeOnes * SecondsPerDay));
+    _list->setTimeWindow(dateTime(begin), dateTime(extent.endTime()));
+    _list->loadInterval();
 }
 
 /** Shows what an import has stored, without taking away the interval that the user looks at. */
 void EventPanel::reload()
 {
-    if (!_list || _catalogue->isTemporary() || _list->rowCount() == 0) {
+    showTitle();
+    if (!_list || _catalogue->origin() == Catalogue::Origin::Files || _list->rowCount() == 0)
         showAll();
-        return;
-    }
-    _list->loadInterval();
-    tellCount();
-    followSelection();
-}
-
-Core::TimeWindow EventPanel::shownWindow() const
-{
-    return {timeOf(*_list->findChild<QDateTimeEdit *>("dateTimeEditStart")),
-            timeOf(*_list->findChild<QDateTimeEdit *>("dateTimeEditEnd"))};
+    else
+        _list->loadInterval();
 }
 
 QString EventPanel::emptyReason() const
@@ -247,20 +245,41 @@ QString EventPanel::emptyReason() const
     return _reason->isHidden() ? QString() : _reason->text();
 }
 
-void EventPanel::tellCount()
+void EventPanel::tellRows()
 {
     if (!_list)
         return;
+    tellNothing();
     const int count = _list->rowCount();
     _count->setText(tr("%1 events").arg(QLocale(QLocale::English).toString(count)));
-    // Whoever has cleared the list knows why it is empty.
-    const bool isCleared = sender() && sender()->objectName() == "buttonClear";
-    _reason->setVisible(count == 0 && !isCleared);
-    if (count == 0 && !isCleared)
-        _reason->setText(
-            explainEmptyList(_catalogue->database(), shownWindow(), _catalogue->extent(),
-                             _list->findChild<Norvu::Gui::EventFilterWidget *>()->filter()));
+    if (count == 0)
+        askWhyEmpty();
+    followSelection();
     updateActions();
+}
+
+void EventPanel::tellNothing()
+{
+    if (_asking)
+        _asking->cancel();
+    _count->clear();
+    _reason->hide();
+    updateActions();
+}
+
+void EventPanel::askWhyEmpty()
+{
+    const auto work = [this, database = _catalogue->database(), window = _list->timeWindow(),
+                       extent = _catalogue->extent(),
+                       filter = _list->filter()](TaskThreads::Reporter &) -> TaskThreads::Finish {
+        const QString reason = explainEmptyList(database, window, extent, filter);
+        return [this, reason] {
+            _reason->setText(reason);
+            _reason->show();
+            return QString();
+        };
+    };
+    _asking = _threads.start(tr("Counting events"), TaskThreads::Canceling::DropsWork, work);
 }
 
 // The chosen event
@@ -269,7 +288,7 @@ void EventPanel::choose()
 {
     const EventRow row = _list->currentEvent();
     if (row.time.valid())
-        bench()->selection()->setEvent(summaryOf(row));
+        bench()->selection()->showEvent(factsOf(row));
 }
 
 void EventPanel::followSelection()
@@ -307,22 +326,7 @@ void EventPanel::askForDatabase(Catalogue::Schema schema)
 {
     DatabaseDialog dialog(schema, _recent, window());
     if (dialog.exec() == QDialog::Accepted && !dialog.url().isEmpty())
-        openAddress(dialog.url(), schema);
-}
-
-bool EventPanel::openAddress(const QString &url, Catalogue::Schema schema)
-{
-    QApplication::setOverrideCursor(Qt::WaitCursor);
-    const bool ok = _catalogue->open(url, schema);
-    QApplication::restoreOverrideCursor();
-    if (!ok)
-        return false;
-    // Passwords are typed anew rather than kept in a file of settings.
-    const QString address = _catalogue->title();
-    _recent.removeAll(address);
-    _recent.prepend(address);
-    _recent = _recent.mid(0, MostRecent);
-    return true;
+        _catalogue->open(dialog.url(), schema);
 }
 
 QStringList EventPanel::fileFilters() const
@@ -338,40 +342,25 @@ bool EventPanel::canOpen(const QString &source) const
     return suffix == "sqlite" || suffix == "db" || Catalogue::isEventFile(source);
 }
 
+/** Files of events are looked at together, and it takes "Import" to store them; of databases there
+ *  is one at a time, and of both what was named last. */
 bool EventPanel::openSources(const QStringList &sources)
 {
     QStringList files;
-    bool ok = true;
-    for (const QString &source : sources) {
-        if (Catalogue::isAddress(source))
-            ok = openAddress(source, Catalogue::Schema::Expected) && ok;
-        else if (Catalogue::isEventFile(source))
-            files.append(source);
-        else
-            ok = openAddress("sqlite://" +
-                                 QUrl::toPercentEncoding(QFileInfo(source).absoluteFilePath(), "/"),
-                             Catalogue::Schema::Expected) &&
-                 ok;
-    }
-    return openFiles(files) && ok;
-}
-
-/** Files are looked at; it takes "Import" to store them. */
-bool EventPanel::openFiles(const QStringList &files)
-{
-    if (files.isEmpty())
-        return true;
-    QStringList names;
-    for (const QString &file : files)
-        names.append(QFileInfo(file).fileName());
-    if (_catalogue->isImporting()) {
-        bench()->tell({tr("%1: an import still runs; open it again then").arg(names.join(", "))});
-        return false;
-    }
-    if (!_catalogue->openTemporary(names.join(", ")))
-        return false;
-    _catalogue->import(files);
-    return true;
+    QStringList others;
+    for (const QString &source : sources)
+        (Catalogue::isAddress(source) || !Catalogue::isEventFile(source) ? others : files)
+            .append(source);
+    if (!others.isEmpty() && others.last() == sources.last()) {
+        const QString last = others.takeLast();
+        _catalogue->open(Catalogue::isAddress(last) ? last : Catalogue::addressOf(last),
+                         Catalogue::Schema::Expected);
+        others = files + others;
+    } else
+        _catalogue->look(files);
+    for (const QString &source : std::as_const(others))
+        bench()->tell({tr("%1: not opened, since one catalogue is shown at a time").arg(source)});
+    return others.isEmpty();
 }
 
 void EventPanel::importFiles()
@@ -385,14 +374,8 @@ void EventPanel::importFiles()
 
 bool EventPanel::openDemonstration(const QString &folder)
 {
-    const QString file = demonstrationDatabase(folder);
-    QString error;
-    if (!QDir().mkpath(folder) || !Client::writeDemonstrationCatalogue(file, &error)) {
-        bench()->tell({error.isEmpty() ? tr("%1: the folder can't be made").arg(folder) : error});
-        return false;
-    }
-    return _catalogue->open("sqlite://" + QUrl::toPercentEncoding(file, "/"),
-                            Catalogue::Schema::Expected);
+    _catalogue->openDemonstration(demonstrationDatabase(folder));
+    return true;
 }
 
 void EventPanel::closeAll()
@@ -407,23 +390,66 @@ void EventPanel::exportShown()
     _list->exportClicked();
 }
 
+TaskThreads::Work EventPanel::writing(const ListedEvents &events, const QString &file,
+                                      const std::function<void()> &done)
+{
+    return [this, database = _catalogue->database(), events, file,
+            done](TaskThreads::Reporter &reporter) -> TaskThreads::Finish {
+        const auto progress = [&](int count) {
+            reporter.setProgress(count, events.count());
+            return !reporter.isCanceled();
+        };
+        QString error;
+        if (writeEvents(database, events, file, progress, &error))
+            return [done] {
+                done();
+                return QString();
+            };
+        return [this, error] {
+            bench()->tell({error});
+            return error;
+        };
+    };
+}
+
+/** The dialog waits for the end, while the rest of the window goes on. */
+bool EventPanel::writeBehindDialog(const ListedEvents &events, const QString &file)
+{
+    const auto isWritten = std::make_shared<bool>(false);
+    const auto work = writing(events, file, [isWritten] { *isWritten = true; });
+    _exporting = _threads.start(tr("Exporting events"), TaskThreads::Canceling::DropsWork, work);
+    QEventLoop loop;
+    connect(_exporting, SIGNAL(finished()), &loop, SLOT(quit()));
+    updateActions();
+    loop.exec();
+    _exporting.clear();
+    updateActions();
+    return *isWritten;
+}
+
 void EventPanel::exportList(QAbstractItemModel *model)
 {
-    QString problem;
-    const auto write = [&](const QString &file) {
-        const bool ok = writeEvents(_catalogue->database(), model, file, &problem);
-        if (!ok)
-            bench()->tell({problem});
-        return ok;
-    };
+    if (_exporting)
+        return;
     if (_exportFile.isEmpty())
         _exportFile = QDir::home().filePath("events.xml");
-    Norvu::Gui::ExportFileDialog dialog(write, _exportFile, eventExportFilter(), _exportScript,
-                                        window());
-    if (dialog.exec() == QDialog::Accepted)
-        bench()->showStatus(tr("%1 events exported").arg(model->rowCount()));
-    _exportFile = dialog.filePath();
-    _exportScript = dialog.scriptPath();
+    const auto write = [this, events = listedEvents(model)](const QString &file) {
+        return writeBehindDialog(events, file);
+    };
+    _exportDialog = std::make_unique<Norvu::Gui::ExportFileDialog>(
+        write, _exportFile, eventExportFilter(), _exportScript, window());
+    connect(_exportDialog.get(), SIGNAL(finished(int)), this, SLOT(endExport(int)));
+    _exportDialog->show();
+}
+
+void EventPanel::endExport(int result)
+{
+    if (_exporting)
+        _exporting->cancel();
+    else if (result == QDialog::Accepted)
+        bench()->showStatus(tr("%1 was written").arg(_exportDialog->filePath()));
+    _exportFile = _exportDialog->filePath();
+    _exportScript = _exportDialog->scriptPath();
 }
 
 /** The listed events go to a file of their own, and a job runs the script on it. */
@@ -431,21 +457,21 @@ void EventPanel::runScript()
 {
     const QString script = QFileDialog::getOpenFileName(window(), tr("Script to run on the events"),
                                                         QFileInfo(_exportScript).path());
-    if (script.isEmpty())
+    if (script.isEmpty() || !_list)
         return;
     _exportScript = script;
     if (!_scriptFiles)
         _scriptFiles = std::make_unique<QTemporaryDir>();
     const QString file = _scriptFiles->filePath(QString("events-%1.xml").arg(++_scriptCount));
-    QString error;
-    if (!writeEvents(_catalogue->database(), tree()->model(), file, &error)) {
-        bench()->tell({error});
-        return;
-    }
-    bench()->jobs()->add(
-        tr("%1 on %2 events").arg(QFileInfo(script).fileName(), QString::number(_list->rowCount())),
-        QString("\"%1\" \"%2\"").arg(script, file));
-    bench()->showStatus(tr("A job was started; see the panel of jobs"));
+    const ListedEvents events = listedEvents(tree()->model());
+    const auto start = [=, count = events.count()] {
+        bench()->jobs()->add(
+            tr("%1 on %2 events").arg(QFileInfo(script).fileName(), QString::number(count)),
+            QString("\"%1\" \"%2\"").arg(script, file));
+        bench()->showStatus(tr("A job was started; see the panel of jobs"));
+    };
+    _threads.start(tr("Exporting events"), TaskThreads::Canceling::DropsWork,
+                   writing(events, file, start));
 }
 
 // State and pictures

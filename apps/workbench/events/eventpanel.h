@@ -3,7 +3,10 @@
 #pragma once
 
 #include "bench/panel.h"
+#include "bench/taskthreads.h"
 #include "catalogue.h"
+
+#include <QPointer>
 
 #include <memory>
 
@@ -15,10 +18,13 @@ class QTreeView;
 namespace Norvu {
 namespace Gui {
 class EventListView;
+class ExportFileDialog;
 } // namespace Gui
 } // namespace Norvu
 
 namespace Workbench {
+
+struct ListedEvents;
 
 /** The event list of a database. The chosen event is that of all panels. */
 class EventPanel : public Panel
@@ -51,11 +57,13 @@ private slots:
     void importFiles();
     void exportList(QAbstractItemModel *model);
     void exportShown();
+    void endExport(int result);
     void runScript();
     void showDatabase();
     void showAll();
     void reload();
-    void tellCount();
+    void tellRows();
+    void tellNothing();
     void choose();
     void followSelection();
     void updateActions();
@@ -65,10 +73,13 @@ private:
     void createActions();
     void makeList();
     void askForDatabase(Catalogue::Schema schema);
-    bool openAddress(const QString &url, Catalogue::Schema schema);
-    bool openFiles(const QStringList &files);
+    void showTitle();
+    void remember(const QString &address);
+    void askWhyEmpty();
+    bool writeBehindDialog(const ListedEvents &events, const QString &file);
+    TaskThreads::Work writing(const ListedEvents &events, const QString &file,
+                              const std::function<void()> &done);
     QTreeView *tree() const;
-    Tellarix::Core::TimeWindow shownWindow() const;
 
     Catalogue *_catalogue;
     Norvu::Gui::EventListView *_list{nullptr};
@@ -86,6 +97,10 @@ private:
     QString _exportScript;
     std::unique_ptr<QTemporaryDir> _scriptFiles; /**< what scripts are run on */
     int _scriptCount{0};
+    std::unique_ptr<Norvu::Gui::ExportFileDialog> _exportDialog;
+    QPointer<Task> _exporting;
+    QPointer<Task> _asking; /**< why the list is empty */
+    TaskThreads _threads;   /**< goes first, since its results are taken over here */
 };
 
 } // namespace Workbench

@@ -23,8 +23,11 @@
 #include <QSettings>
 #include <QSpinBox>
 #include <QSplitter>
+#include <QTextCursor>
 #include <QToolButton>
 #include <QTreeView>
+
+#include <algorithm>
 
 namespace Workbench {
 
@@ -37,6 +40,10 @@ constexpr auto LevelKey = "jobs/level";
 constexpr int MostAtATime = 64;
 constexpr int OutputShare = 2;
 constexpr int ListShare = 3;
+constexpr int OutputMilliseconds = 150;
+/** What the output shows at most: a program may print for ever. */
+constexpr int MostLines = 5000;
+constexpr int MostBytes = 128 << 10;
 
 } // namespace
 
@@ -55,6 +62,7 @@ JobPanel::JobPanel(Bench *bench)
     _view->header()->setSectionResizeMode(JobModel::Name, QHeaderView::Stretch);
     _view->header()->setStretchLastSection(false);
     _output->setReadOnly(true);
+    _output->setMaximumBlockCount(MostLines);
     _output->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     _output->setPlaceholderText(tr("What the chosen job prints"));
 
@@ -69,10 +77,15 @@ JobPanel::JobPanel(Bench *bench)
     layout->addWidget(makeCommandLine());
 
     connect(_view->selectionModel(), SIGNAL(currentChanged(QModelIndex, QModelIndex)), this,
-            SLOT(showOutput()));
+            SLOT(showJob()));
     connect(_jobs, SIGNAL(added(Workbench::Job *)), this, SLOT(follow(Workbench::Job *)));
-    connect(_jobs, SIGNAL(changed(Workbench::Job *)), this, SLOT(showOutput()));
-    connect(_jobs, SIGNAL(removed(Workbench::Job *)), this, SLOT(showOutput()));
+    connect(_jobs, SIGNAL(changed(Workbench::Job *)), this, SLOT(showJob()));
+    connect(_jobs, SIGNAL(removed(Workbench::Job *)), this, SLOT(showJob()));
+    connect(_jobs, SIGNAL(outputChanged(Workbench::Job *)), this,
+            SLOT(showOutputSoon(Workbench::Job *)));
+    _outputTimer.setSingleShot(true);
+    _outputTimer.setInterval(OutputMilliseconds);
+    connect(&_outputTimer, SIGNAL(timeout()), this, SLOT(showOutput()));
     setFocusProxy(_command);
     updateActions();
 }
@@ -173,17 +186,55 @@ void JobPanel::follow(Job *job)
     updateActions();
 }
 
+void JobPanel::showJob()
+{
+    showOutput();
+    updateActions();
+}
+
+void JobPanel::showOutputSoon(Job *job)
+{
+    if (job == currentJob() && !_outputTimer.isActive())
+        _outputTimer.start();
+}
+
+/** What has come since the last time, or the end of all if that is less. */
 void JobPanel::showOutput()
 {
-    const Job *job = currentJob();
-    QString text = job ? job->output() : QString();
-    if (job && job->status == ProcessGroup::Finished && !job->isCanceled() && job->failed)
-        text += tr("[%1]").arg(job->problem());
-    if (text != _output->toPlainText()) {
-        _output->setPlainText(text);
-        _output->verticalScrollBar()->setValue(_output->verticalScrollBar()->maximum());
+    Job *job = currentJob();
+    const qint64 fresh = job ? job->printed() - _shownBytes : 0;
+    if (!job || job != _shownJob || fresh > MostBytes ||
+        _output->document()->characterCount() > 2 * MostBytes) {
+        _output->clear();
+        _shownJob = job;
+        _shownBytes = 0;
+        _isEndShown = false;
+        _decoder.reset(QTextCodec::codecForLocale()->makeDecoder());
     }
-    updateActions();
+    if (!job)
+        return;
+    const qint64 wanted = std::min<qint64>(job->printed() - _shownBytes, MostBytes);
+    _shownBytes = job->printed();
+    appendOutput(job->output().right(static_cast<int>(wanted)));
+    if (job->status != ProcessGroup::Finished || _isEndShown)
+        return;
+    _isEndShown = true;
+    if (!job->isCanceled() && job->failed)
+        appendOutput(tr("[%1]").arg(job->problem()).toLocal8Bit());
+}
+
+/** Scrolls along unless the user has scrolled back. */
+void JobPanel::appendOutput(const QByteArray &bytes)
+{
+    if (bytes.isEmpty())
+        return;
+    QScrollBar *bar = _output->verticalScrollBar();
+    const bool isAtEnd = bar->value() == bar->maximum();
+    QTextCursor end(_output->document());
+    end.movePosition(QTextCursor::End);
+    end.insertText(_decoder->toUnicode(bytes));
+    if (isAtEnd)
+        bar->setValue(bar->maximum());
 }
 
 void JobPanel::updateActions()

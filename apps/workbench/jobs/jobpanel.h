@@ -4,6 +4,12 @@
 
 #include "bench/panel.h"
 
+#include <QPointer>
+#include <QTextCodec>
+#include <QTimer>
+
+#include <memory>
+
 class QLineEdit;
 class QPlainTextEdit;
 class QSpinBox;
@@ -35,18 +41,27 @@ private slots:
     void removeEnded();
     void setLevel(int level);
     void follow(Workbench::Job *job);
+    void showJob();
     void showOutput();
+    void showOutputSoon(Workbench::Job *job);
     void updateActions();
 
 private:
     QWidget *makeCommandLine();
     void createActions();
     Job *currentJob() const;
+    void appendOutput(const QByteArray &bytes);
 
     Jobs *_jobs;
     JobModel *_model;
     QTreeView *_view;
     QPlainTextEdit *_output;
+    QTimer _outputTimer;
+    QPointer<Job> _shownJob;
+    qint64 _shownBytes{0}; /**< of what it printed */
+    bool _isEndShown{false};
+    std::unique_ptr<QTextDecoder>
+        _decoder; /**< keeps the half of a character until the rest comes */
     QLineEdit *_command;
     QSpinBox *_level;
     QMenu *_menu;

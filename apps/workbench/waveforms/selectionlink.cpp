@@ -47,7 +47,7 @@ bool isShown(const Core::TimeWindow &window, const TraceView &view)
 
 } // namespace
 
-Core::TimeWindow eventWindow(const EventSummary &event, double farthestKm)
+Core::TimeWindow eventWindow(const EventFacts &event, double farthestKm)
 {
     const double pathKm = std::hypot(farthestKm, event.depthKm.value_or(0));
     const double after =
@@ -61,6 +61,7 @@ SelectionLink::SelectionLink(Bench *bench, Waveforms *waveforms)
 {
     const Selection *selection = _bench->selection();
     connect(selection, SIGNAL(eventChanged()), this, SLOT(followEvent()));
+    connect(selection, SIGNAL(eventShown()), this, SLOT(followEvent()));
     connect(selection, SIGNAL(timeChanged()), this, SLOT(followTime()));
     connect(selection, SIGNAL(timeWindowChanged()), this, SLOT(followTimeWindow()));
     connect(selection, SIGNAL(stationsChanged()), this, SLOT(followStations()));
@@ -97,12 +98,12 @@ void SelectionLink::updateDistances()
 void SelectionLink::followEvent()
 {
     updateDistances();
-    const std::optional<EventSummary> event = _bench->selection()->chosenEvent();
+    const std::optional<EventFacts> event = _bench->selection()->chosenEvent();
     if (event && event->originTime.valid() && _waveforms->view()->count() > 0)
         showEvent(*event);
 }
 
-void SelectionLink::showEvent(const EventSummary &event)
+void SelectionLink::showEvent(const EventFacts &event)
 {
     double farthest = 0;
     for (const EventPath &path : _waveforms->paths())

@@ -10,7 +10,7 @@ namespace Workbench {
 
 class Bench;
 class Waveforms;
-struct EventSummary;
+struct EventFacts;
 
 /**
  * The window that shows an event: from a minute before its origin to five minutes after it, or to a
@@ -18,7 +18,7 @@ struct EventSummary;
  *
  * @param farthestKm  epicentral distance of the farthest station; 0 without any
  */
-Tellarix::Core::TimeWindow eventWindow(const EventSummary &event, double farthestKm);
+Tellarix::Core::TimeWindow eventWindow(const EventFacts &event, double farthestKm);
 
 /**
  * Keeps waveforms and the bench's selection together.
@@ -48,7 +48,7 @@ private slots:
 
 private:
     bool hasData(const Tellarix::Core::TimeWindow &window) const;
-    void showEvent(const EventSummary &event);
+    void showEvent(const EventFacts &event);
     QStringList selectedStations() const;
 
     Bench *_bench;

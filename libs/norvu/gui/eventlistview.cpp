@@ -208,6 +208,22 @@ QAbstractButton *EventListView::buttonExport()
     return _ui.buttonExport;
 }
 
+Tellarix::Core::TimeWindow EventListView::timeWindow() const
+{
+    return {timeOf(_ui.dateTimeEditStart->dateTime()), timeOf(_ui.dateTimeEditEnd->dateTime())};
+}
+
+EventFilter EventListView::filter() const
+{
+    return _filterWidget->filter();
+}
+
+void EventListView::setEarliestDate(const QDate &date)
+{
+    _ui.dateTimeEditStart->setMinimumDate(date);
+    _ui.dateTimeEditEnd->setMinimumDate(date);
+}
+
 int EventListView::rowCount() const
 {
     return _proxy->rowCount();
@@ -292,6 +308,7 @@ void EventListView::loadInterval()
     _worker = nullptr;
     if (focused)
         focused->setFocus();
+    emit rowsChanged();
 }
 
 void EventListView::setTimeWindow(const QDateTime &begin, const QDateTime &end)
@@ -314,6 +331,8 @@ void EventListView::setHeaderMenuEnabled(bool enabled)
 void EventListView::hideFakeEvents()
 {
     _proxy->setFilterWildcard(_ui.hideFakeEvents->isChecked() ? NotExisting : QString());
+    if (!_worker)
+        emit rowsChanged();
 }
 
 void EventListView::showHeaderContextMenu(QPoint pos)
@@ -359,8 +378,10 @@ void EventListView::exportClicked()
 void EventListView::clear()
 {
     // The rows belong to the thread that loads them.
-    if (!_worker)
-        _model->setRowCount(0);
+    if (_worker)
+        return;
+    _model->setRowCount(0);
+    emit cleared();
 }
 
 void EventListView::updateFilterButton()

@@ -6,8 +6,9 @@
 
 #include "ui_eventlistview.h"
 
+#include <norvu/gui/eventfilter.h>
 #include <tellarix/client/io/databaseinterface.h>
-#include <tellarix/core/time.h>
+#include <tellarix/core/timewindow.h>
 
 #include <QWidget>
 
@@ -63,6 +64,14 @@ public:
     /** The export button, which hosts that export show and enable. */
     QAbstractButton *buttonExport();
 
+    /** The table, for its header and its current row. */
+    QTreeView *table() const { return _ui.treeView; }
+    /** What loadInterval() loads: between the two dates, and within the bounds of the menu. */
+    Tellarix::Core::TimeWindow timeWindow() const;
+    EventFilter filter() const;
+    /** The earliest date that can be put in; by itself the inputs end in the year 1752. */
+    void setEarliestDate(const QDate &date);
+
     /** Number of rows that aren't filtered out. */
     int rowCount() const;
     /** The current row; an empty one if there is none. */
@@ -80,6 +89,10 @@ signals:
     void eventSelected();
     /** The user wants to export the rows of @p model; see fromRow(). */
     void exportEvents(QAbstractItemModel *model);
+    /** A load has ended, whatever came of it, or the check box has been switched. */
+    void rowsChanged();
+    /** The user, or the host, has removed all rows. */
+    void cleared();
 
 public slots:
     /** Loads the events between the two dates. */

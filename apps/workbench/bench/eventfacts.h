@@ -11,7 +11,7 @@
 namespace Workbench {
 
 /** What panels tell each other of an event. */
-struct EventSummary
+struct EventFacts
 {
     QString publicID;
     Tellarix::Core::Time originTime;
@@ -24,8 +24,8 @@ struct EventSummary
 
 /** The same in all that is known; numbers that are none count as equal, so that an event always
  *  equals its copy. */
-bool operator==(const EventSummary &a, const EventSummary &b);
-inline bool operator!=(const EventSummary &a, const EventSummary &b)
+bool operator==(const EventFacts &a, const EventFacts &b);
+inline bool operator!=(const EventFacts &a, const EventFacts &b)
 {
     return !(a == b);
 }

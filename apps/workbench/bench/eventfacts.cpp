@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
-#include "eventsummary.h"
+#include "eventfacts.h"
 
 #include <cmath>
 
@@ -20,7 +20,7 @@ bool isSame(const std::optional<double> &a, const std::optional<double> &b)
 
 } // namespace
 
-bool operator==(const EventSummary &a, const EventSummary &b)
+bool operator==(const EventFacts &a, const EventFacts &b)
 {
     return a.publicID == b.publicID && a.originTime == b.originTime &&
            isSame(a.latitude, b.latitude) && isSame(a.longitude, b.longitude) &&
