@@ -394,23 +394,25 @@ void MainWindow::saveSettings() const
 }
 
 /** Programs that run don't outlive the workbench. */
-bool MainWindow::mayEndJobs()
+void MainWindow::askToEndJobs()
 {
     const int running = _bench.jobs()->runningCount();
     const int waiting = _bench.jobs()->waitingCount();
-    if (running == 0 || !_interactive)
-        return true;
     QString text = running == 1 ? tr("One job is running") : tr("%1 jobs are running").arg(running);
     if (waiting > 0)
         text += waiting == 1 ? tr(", and one waits") : tr(", and %1 wait").arg(waiting);
     text += running + waiting == 1 ? tr(": stop it and quit?") : tr(": stop them and quit?");
-    return QMessageBox::question(this, tr("Quit"), text, QMessageBox::Yes | QMessageBox::Cancel,
-                                 QMessageBox::Cancel) == QMessageBox::Yes;
+    _mayEndJobs = QMessageBox::question(this, tr("Quit"), text, QMessageBox::Yes | QMessageBox::No,
+                                        QMessageBox::No) == QMessageBox::Yes;
+    if (_mayEndJobs)
+        close();
 }
 
 void MainWindow::closeEvent(QCloseEvent *event)
 {
-    if (!mayEndJobs()) {
+    // Asked behind this event: whoever watches it must see at once what comes of it.
+    if (_interactive && !_mayEndJobs && _bench.jobs()->runningCount() > 0) {
+        QMetaObject::invokeMethod(this, "askToEndJobs", Qt::QueuedConnection);
         event->ignore();
         return;
     }

@@ -59,6 +59,7 @@ private slots:
     void askForFiles();
     void askForUrl();
     void closeAll();
+    void askToEndJobs();
 
 private:
     void createMessages();
@@ -72,7 +73,6 @@ private:
     QList<QAction *> panelActions(Panel::Menu menu);
     Panel *panelFor(const QString &source) const;
     void saveSettings() const;
-    bool mayEndJobs();
 
     Bench _bench;
     StationFiles _stationFiles;
@@ -81,6 +81,7 @@ private:
     QHash<Panel *, QDockWidget *> _docks;
     MessageDock *_messages;
     bool _interactive{true};
+    bool _mayEndJobs{false}; /**< the user has agreed to it */
 };
 
 } // namespace Workbench

@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
+#include "bench/jobs.h"
 #include "mainwindow.h"
 
+#include <QAbstractButton>
 #include <QAction>
+#include <QApplication>
 #include <QDockWidget>
 #include <QMenu>
+#include <QMessageBox>
 #include <QSettings>
 #include <QStatusBar>
 #include <QtTest>
@@ -97,6 +101,7 @@ private slots:
     void leadsSourcesToTheirPanel();
     void tellsProblemsAndStatus();
     void showsPanelsForTheirPictures();
+    void asksBeforeItEndsJobs();
     void keepsSession();
 
 private:
@@ -180,6 +185,31 @@ void TestMainWindow::showsPanelsForTheirPictures()
     QCOMPARE(calls,
              QStringList({"centre is seen", "map is seen", "left is seen", "lower is seen"}));
     QVERIFY(panel(window, "left")->isVisible() && !panel(window, "lower")->isVisible());
+}
+
+void TestMainWindow::asksBeforeItEndsJobs()
+{
+    MainWindow window(registry());
+    window.show();
+    for (int i = 0; i < 3; ++i)
+        window.bench()->jobs()->add({}, "sleep 60");
+    window.bench()->jobs()->setConcurrencyLevel(2);
+    for (const auto button : {QMessageBox::No, QMessageBox::Yes}) {
+        QVERIFY(window.isVisible());
+        bool isAsked = false;
+        QTimer answer;
+        answer.start(10);
+        connect(&answer, &QTimer::timeout, [&] {
+            const auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+            if (!box)
+                return;
+            isAsked = box->text() == "2 jobs are running, and one waits: stop them and quit?";
+            box->button(button)->click();
+        });
+        window.close();
+        QTRY_VERIFY(isAsked);
+    }
+    QTRY_VERIFY(!window.isVisible());
 }
 
 void TestMainWindow::keepsSession()

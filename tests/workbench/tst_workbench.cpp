@@ -7,6 +7,7 @@
 #include "pointer.h"
 #include "waveformtesting.h"
 
+#include <tellarix/client/io/eventarchive.h>
 #include <tellarix/qt/records/timescale.h>
 
 #include <QApplication>
@@ -107,6 +108,26 @@ private slots:
             << "/missing.mseed";
         QTest::newRow("unknown scheme")
             << QStringList{"--snapshot", pictures, "nonsense://host"} << 1 << "nonsense";
+        const QString broken =
+            writeText(_folder.filePath("broken.xml"),
+                      "<q:quakeml xmlns:q=\"http://quakeml.org/xmlns/quakeml/1.2\" "
+                      "xmlns=\"http://quakeml.org/xmlns/bed/1.2\">\n"
+                      "<eventParameters publicID=\"smi:local/1\">\n<event ");
+        QTest::newRow("truncated events") << QStringList{"--snapshot", pictures, broken} << 1
+                                          << "Nothing was stored of broken.xml";
+        // Its list can't be loaded, which a box tells.
+        const QString address = "sqlite://" + _folder.filePath("damaged.sqlite");
+        const IO::DatabaseInterfacePtr database = IO::DatabaseInterface::Open(address);
+        DataModel::Event event;
+        event.publicID = "a";
+        const DataModel::OriginPtr origin(new DataModel::Origin);
+        origin->time.setValue(Core::Time(2020, 1, 1));
+        event.origins.push_back(origin);
+        QVERIFY(IO::EventArchive::createSchema(*database) &&
+                IO::EventArchive(database).write(event) &&
+                database->execute("drop table Magnitude"));
+        QTest::newRow("damaged database")
+            << QStringList{"--snapshot", pictures, address} << 1 << "Magnitude";
         QTest::newRow("no folder") << QStringList{_file, "--snapshot"} << 2 << "--snapshot";
         QTest::newRow("unknown option") << QStringList{"--nonsense"} << 2 << "nonsense";
     }
