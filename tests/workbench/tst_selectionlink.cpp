@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
-#include "bench/bench.h"
 #include "bench/selection.h"
 #include "bench/stations.h"
 #include "waveforms/selectionlink.h"
@@ -20,8 +19,7 @@ struct Desk
         new SelectionLink(&bench, &waveforms);
         waveforms.resize(900, 500);
         waveforms.show();
-        if (!waveforms.open({file}).ok)
-            qFatal("Can't open %s", qPrintable(file));
+        openAll(waveforms, bench, {file});
         bench.stations()->add({{"XX.AAA", {1, 9}}, {"XX.BBB", {3, 9}}});
     }
 

@@ -2,7 +2,6 @@
 
 #include "waveforms/waveforms.h"
 
-#include "bench/bench.h"
 #include "bench/tracerows.h"
 #include "spectrograms/spectrograms.h"
 #include "waveformtesting.h"
@@ -22,8 +21,7 @@ struct Desk
         bench.rows()->setAddition(spectrograms);
         panel.resize(900, 500);
         panel.show();
-        if (!panel.open({file}).ok)
-            qFatal("Can't open %s", qPrintable(file));
+        openAll(panel, bench, {file});
     }
 
     Bench bench;

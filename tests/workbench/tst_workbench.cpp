@@ -46,8 +46,7 @@ struct OpenWindow
     {
         window.setInteractive(false);
         window.show();
-        if (!window.open(files))
-            qFatal("Can't open %s", qPrintable(files.join(' ')));
+        openAll(window, *window.bench(), files);
         panel = window.findChild<Waveforms *>();
         view = panel->view();
     }
@@ -194,6 +193,7 @@ private slots:
         view->resetSelectedTraces();
         QCOMPARE(row->recordWidget()->slotCount(), 0);
         view->loadData();
+        QTRY_VERIFY(!window.panel->isLoading());
         QCOMPARE(row->recordWidget()->records(0)->size(),
                  view->itemAt(0)->recordWidget()->records(0)->size());
     }

@@ -2,6 +2,9 @@
 
 #pragma once
 
+#include "bench/bench.h"
+#include "bench/task.h"
+
 #include <norvu/gui/trace.h>
 #include <norvu/gui/traceview.h>
 
@@ -60,6 +63,15 @@ inline QString writeRecords(const QString &path, const std::vector<RecordCPtr> &
     const bool written = std::all_of(records.begin(), records.end(),
                                      [&](const auto &record) { return writer.write(*record); });
     return written ? path : QString();
+}
+
+/** Opens files in a window or panel, and waits until nothing goes on in the background. */
+template <typename Opener>
+void openAll(Opener &opener, Workbench::Bench &bench, const QStringList &files)
+{
+    if (!opener.open(files) ||
+        !QTest::qWaitFor([&] { return bench.tasks()->running().isEmpty(); }, 60000))
+        qFatal("Can't open %s", qPrintable(files.join(' ')));
 }
 
 inline Trace *addRow(TraceView &view, const std::vector<RecordCPtr> &records)

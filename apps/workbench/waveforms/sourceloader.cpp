@@ -5,6 +5,7 @@
 #include "bench/rowaddition.h"
 
 #include <norvu/gui/trace.h>
+#include <norvu/gui/traceview.h>
 #include <tellarix/client/io/recordstream.h>
 #include <tellarix/core/records/record.h>
 #include <tellarix/qt/records/recordstreamthread.h>
@@ -12,18 +13,57 @@
 
 namespace Workbench {
 
-SourceLoader::SourceLoader(const std::string &source, const RowAddition *addition)
-    : TraceFileLoader(new Tellarix::Gui::RecordStreamThread(source)), _source(source),
-      _addition(addition)
-{}
+namespace {
 
-bool SourceLoader::isUsable(QString *error) const
+constexpr int RefreshMilliseconds = 500;
+
+} // namespace
+
+SourceLoader::SourceLoader(const QString &source, const RowAddition *addition, QObject *parent)
+    : TraceFileLoader(new Tellarix::Gui::RecordStreamThread(source.toStdString())), _source(source),
+      _addition(addition)
+{
+    setParent(parent);
+    _timer.setInterval(RefreshMilliseconds);
+    connect(_stream, SIGNAL(finished()), this, SLOT(finish()));
+}
+
+bool SourceLoader::isUsable(const std::string &source, QString *error)
 {
     std::string reason;
-    if (Tellarix::IO::RecordStream::Create(_source, &reason))
+    if (Tellarix::IO::RecordStream::Create(source, &reason))
         return true;
     *error = QString::fromStdString(reason);
     return false;
+}
+
+void SourceLoader::start(Norvu::Gui::TraceView *view, const Tellarix::Core::TimeWindow &window)
+{
+    _view = view;
+    _stream->connect();
+    _stream->setTimeWindow(window);
+    _timer.start();
+    _stream->start(QThread::InheritPriority);
+}
+
+void SourceLoader::stop()
+{
+    _stream->disconnect(this);
+    _stream->stop(true);
+    acquisitionFinished();
+    _view = nullptr;
+}
+
+void SourceLoader::finish()
+{
+    acquisitionFinished();
+    _view = nullptr;
+    emit ended();
+}
+
+double SourceLoader::progress() const
+{
+    return _stream->progress();
 }
 
 void SourceLoader::receivedRecord(Tellarix::Record *record)

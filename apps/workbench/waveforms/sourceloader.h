@@ -10,7 +10,8 @@ namespace Workbench {
 
 class RowAddition;
 
-/** Loads all streams of a file or record stream URL, with a row for each stream. */
+/** Loads all streams of a file or record stream URL, with a row for each stream, in the background.
+ */
 class SourceLoader : public Norvu::Gui::TraceFileLoader
 {
     Q_OBJECT
@@ -20,14 +21,27 @@ public:
      * @param source    URL, or name of a file
      * @param addition  makes the traces of rows; may be null
      */
-    SourceLoader(const std::string &source, const RowAddition *addition);
+    SourceLoader(const QString &source, const RowAddition *addition, QObject *parent);
 
-    /** False, with the reason, if the source can't be opened; nobody is told otherwise. */
-    bool isUsable(QString *error) const;
+    /** False, with the reason, if a source can't be opened. */
+    static bool isUsable(const std::string &source, QString *error);
+
+    const QString &source() const { return _source; }
+    /** Begins to load, and returns; the dialog of load() would take the keyboard along. */
+    void start(Norvu::Gui::TraceView *view, const Tellarix::Core::TimeWindow &window);
+    /** Ends the load at once, without ended(). */
+    void stop();
+    /** Share of the source that has been read, 0 to 1; negative if unknown. */
+    double progress() const;
+
     /** Records with samples that arrived so far. */
     int waveformCount() const { return _waveformCount; }
     /** Records of text, which no row can show. */
     int textCount() const { return _textCount; }
+
+signals:
+    /** All records are there. */
+    void ended();
 
 protected slots:
     void receivedRecord(Tellarix::Record *record) override;
@@ -35,8 +49,11 @@ protected slots:
 protected:
     Norvu::Gui::Trace *makeRow(const QString &label) const override;
 
+private slots:
+    void finish();
+
 private:
-    std::string _source;
+    QString _source;
     const RowAddition *_addition;
     int _waveformCount{0};
     int _textCount{0};

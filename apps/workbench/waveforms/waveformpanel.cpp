@@ -248,9 +248,7 @@ bool WaveformPanel::canOpen(const QString &) const
 
 bool WaveformPanel::openSources(const QStringList &sources)
 {
-    const Waveforms::Outcome outcome = _waveforms->open(sources);
-    bench()->tell(outcome.messages);
-    return outcome.ok;
+    return _waveforms->open(sources);
 }
 
 bool WaveformPanel::openDemonstration(const QString &folder)

@@ -10,7 +10,7 @@
 #include "measuring.h"
 #include "rowmargins.h"
 #include "rowunits.h"
-#include "sourceloader.h"
+#include "sourcequeue.h"
 
 #include <norvu/gui/trace.h>
 #include <norvu/gui/traceview.h>
@@ -26,6 +26,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <cmath>
 #include <set>
 
 using namespace Tellarix;
@@ -40,6 +41,7 @@ namespace {
 constexpr int ManyRows = 12;
 constexpr int CompactPadding = 1;
 constexpr int NormalRowHeight = 48;
+constexpr double UnmovedShare = 0.05;
 
 /** Times relative to the day of the data keep all their digits, however far it is zoomed in. */
 Core::Time dayOf(const Core::Time &time)
@@ -60,6 +62,16 @@ std::set<double> samplingFrequencies(const TraceView &view)
     return rates;
 }
 
+/** Whether a view was moved by a user; a bar that comes or goes makes it a little wider. */
+bool hasMoved(const Core::TimeWindow &before, const Core::TimeWindow &now)
+{
+    const double length = std::max(before.length().length(), now.length().length());
+    const auto isFar = [length](const Core::Time &a, const Core::Time &b) {
+        return std::abs((a - b).length()) > UnmovedShare * length;
+    };
+    return isFar(before.startTime(), now.startTime()) || isFar(before.endTime(), now.endTime());
+}
+
 QString timeText(const Core::Time &time)
 {
     return QString::fromStdString(time.toString("%Y-%m-%d %H:%M:%S"));
@@ -69,7 +81,8 @@ QString timeText(const Core::Time &time)
 
 Waveforms::Waveforms(Bench *bench, QWidget *parent)
     : QWidget(parent), _bench(bench), _view(new TraceView(this, Qt::WindowFlags(), nullptr, true)),
-      _margins(new RowMargins(_view, bench->rows())), _measuringTool(new MeasuringTool(_view))
+      _margins(new RowMargins(_view, bench->rows())), _measuringTool(new MeasuringTool(_view)),
+      _queue(new SourceQueue(bench, _view, this))
 {
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -80,65 +93,103 @@ Waveforms::Waveforms(Bench *bench, QWidget *parent)
     connect(_view, SIGNAL(loadDataRequested()), this, SLOT(reload()));
     connect(_view, SIGNAL(displayChanged(double, double, double)), this, SLOT(updateRangeText()));
     connect(_bench->stations(), SIGNAL(changed()), this, SLOT(updateUnits()));
+    connect(_queue, SIGNAL(advanced()), this, SLOT(showArrivals()));
+    connect(_queue, SIGNAL(ended(QStringList)), this, SLOT(endLoad(QStringList)));
 }
 
-Waveforms::Outcome Waveforms::open(const QStringList &sources)
+bool Waveforms::open(const QStringList &sources)
 {
-    Outcome outcome;
-    const int before = _view->count();
-    for (const QString &source : sources)
-        load(source, outcome);
     _sources += sources;
     _sources.removeDuplicates();
-    markLoaded();
-
-    adoptRows(before);
-    if (before == 0 && _view->count() >= ManyRows)
-        setCompact(true);
-    _view->sortView();
-
-    collectStretches();
-    if (!_stretches.isEmpty()) {
-        if (before == 0)
-            _view->setAlignment(dayOf(_stretches.first().startTime()));
-        _view->setVisibleTimeWindow(withMargins(_stretches.first()));
-    }
-    updateRangeText();
-    return outcome;
+    if (!isLoading())
+        _load = Load();
+    _load.isShown = true;
+    return load(sources);
 }
 
-/** Makes the rows from position @p first on, which a loader has appended, look like the others. */
-void Waveforms::adoptRows(int first)
+bool Waveforms::isLoading() const
 {
-    const QList<Trace *> rows = _view->items().mid(first);
-    for (Trace *row : rows)
-        dress(row);
+    return _queue->isLoading();
+}
+
+bool Waveforms::load(const QStringList &sources)
+{
+    if (!isLoading()) {
+        _load.firstRow = _load.dressedCount = _view->count();
+        if (_view->count() > 0)
+            _load.window = _view->visibleTimeWindow();
+    }
+    QStringList messages;
+    for (const QString &source : sources) {
+        QString error;
+        if (!_queue->add(source, &error))
+            messages.append(error);
+    }
+    _queue->begin();
+    if (!messages.isEmpty())
+        emit problems(messages);
+    return messages.isEmpty();
+}
+
+/** Rows fill as records come. The first ones to come are brought into view, and again whenever
+ *  there are twice as many, since it takes a look at all of them. */
+void Waveforms::showArrivals()
+{
+    dressNewRows();
+    const int count = _queue->recordCount();
+    if (!_load.isShown || _load.firstRow > 0 || count == 0 || count < 2 * _load.shownRecords)
+        return;
+    _load.shownRecords = count;
+    _view->updateRecords();
+    showFirstStretch();
+}
+
+void Waveforms::showFirstStretch()
+{
+    collectStretches();
+    const bool isMoved = _load.window.valid() && hasMoved(_load.window, _view->visibleTimeWindow());
+    if (_stretches.isEmpty() || isMoved)
+        return;
+    if (_load.firstRow == 0)
+        _view->setAlignment(dayOf(_stretches.first().startTime()));
+    _view->setVisibleTimeWindow(withMargins(_stretches.first()));
+    _load.window = _view->visibleTimeWindow();
+}
+
+void Waveforms::endLoad(const QStringList &messages)
+{
+    dressNewRows();
+    markLoaded();
+    const QList<Trace *> rows = _view->items().mid(_load.firstRow);
     if (_bench->rows()->addition())
         _bench->rows()->addition()->adopt(rows);
     updateUnits();
     _margins->update();
+    if (_load.isShown) {
+        if (_load.firstRow == 0 && _view->count() >= ManyRows)
+            setCompact(true);
+        _view->sortView();
+        showFirstStretch();
+    } else
+        collectStretches();
+    if (_load.alignment.valid())
+        alignTo(_load.alignment);
+    _load = Load();
+    updateRangeText();
+    if (!messages.isEmpty())
+        emit problems(messages);
 }
 
-void Waveforms::load(const QString &source, Outcome &outcome)
+/** Makes the rows that a loader has appended look like the others. */
+void Waveforms::dressNewRows()
 {
-    SourceLoader loader(source.toStdString(), _bench->rows()->addition());
-    QString error;
-    if (!loader.isUsable(&error)) {
-        outcome.ok = false;
-        outcome.messages.append(error);
+    const QList<Trace *> rows = _view->items();
+    if (rows.size() == _load.dressedCount)
         return;
-    }
-    if (!loader.load(_view, _bench->dataWindow()))
-        outcome.ok = false;
-    outcome.messages += loader.messages();
-    if (loader.textCount() > 0)
-        outcome.messages.append(tr("%1: records of text (%2), which can't be drawn")
-                                    .arg(source)
-                                    .arg(loader.textCount()));
-    if (loader.waveformCount() == 0) {
-        outcome.ok = false;
-        outcome.messages.append(tr("%1: no waveforms in it").arg(source));
-    }
+    for (Trace *row : rows.mid(_load.dressedCount))
+        dress(row);
+    _load.dressedCount = rows.size();
+    _margins->update();
 }
 
 QStringList Waveforms::setFilter(const QString &text)
@@ -162,20 +213,14 @@ void Waveforms::alignTo(const Core::Time &time)
     const Core::TimeWindow visible = _view->visibleTimeWindow();
     _view->setAlignment(time);
     _view->setVisibleTimeWindow(visible);
+    if (isLoading())
+        _load.alignment = time;
 }
 
 void Waveforms::reload()
 {
     prepareResetRows();
-    const int before = _view->count();
-    Outcome outcome;
-    for (const QString &source : _sources)
-        load(source, outcome);
-    adoptRows(before);
-    markLoaded();
-    collectStretches();
-    updateRangeText();
-    emit problems(outcome.messages);
+    load(_sources);
 }
 
 /** Rows that were reset have lost their sequences, but still know their streams. */
@@ -200,6 +245,7 @@ void Waveforms::markLoaded()
 
 void Waveforms::clear()
 {
+    _queue->cancel();
     _sources.clear();
     _view->clear();
     _stretches.clear();

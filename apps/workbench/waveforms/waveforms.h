@@ -31,6 +31,7 @@ namespace Workbench {
 class Bench;
 class MeasuringTool;
 class RowMargins;
+class SourceQueue;
 
 /** The way from an event to a station. */
 struct EventPath
@@ -50,26 +51,23 @@ class Waveforms : public QWidget
     Q_OBJECT
 
 public:
-    /** What came of opening something. */
-    struct Outcome
-    {
-        bool ok{true};        /**< everything could be opened and gave data */
-        QStringList messages; /**< problems, one text each */
-    };
-
     explicit Waveforms(Bench *bench, QWidget *parent = nullptr);
 
     Norvu::Gui::TraceView *view() const { return _view; }
     MeasuringTool *measuringTool() const { return _measuringTool; }
 
     /**
-     * Loads files and record streams into the rows, beside what is there, and shows the first
-     * stretch of their data. Whatever can be read is shown, also where there were problems.
+     * Begins to load files and record streams into the rows, beside what is there, and to show the
+     * first stretch of their data, which the user can leave at any time. Whatever can be read is
+     * shown, also where there were problems.
+     * @return false, which problems() tells, if one of them can't be opened
      */
-    Outcome open(const QStringList &sources);
-    /** Marks a time, such as that of an earthquake, in all rows; what is visible stays. */
+    bool open(const QStringList &sources);
+    bool isLoading() const;
+    /** Marks a time, such as that of an earthquake, in all rows, also in those that are being
+     *  loaded; what is visible stays. */
     void alignTo(const Tellarix::Core::Time &time);
-    /** Takes all rows away. */
+    /** Takes all rows away, and ends a load. */
     void clear();
 
     /**
@@ -106,7 +104,7 @@ public slots:
     void showPreviousStretch();
 
 signals:
-    /** Problems of a reload, one text each. */
+    /** What was wrong with sources, one text each. */
     void problems(const QStringList &messages);
     /** What is under the pointer, or nothing. */
     void pointerText(const QString &text);
@@ -120,12 +118,15 @@ protected:
 
 private slots:
     void updateRangeText();
+    void showArrivals();
+    void endLoad(const QStringList &messages);
 
 private:
-    void load(const QString &source, Outcome &outcome);
+    bool load(const QStringList &sources);
     void prepareResetRows();
     void markLoaded();
-    void adoptRows(int first);
+    void dressNewRows();
+    void showFirstStretch();
     void dress(Norvu::Gui::Trace *row);
     bool updateUnit(Norvu::Gui::Trace *row);
     void collectStretches();
@@ -136,12 +137,25 @@ private:
     Norvu::Gui::TraceView *_view;
     RowMargins *_margins;
     MeasuringTool *_measuringTool;
+    SourceQueue *_queue;
     QStringList _sources;
     QList<QAction *> _rowActions;
     QVector<Tellarix::Core::TimeWindow> _stretches;
     QHash<QString, EventPath> _paths;
     Tellarix::Math::Filtering::FilterDefinition _filter;
     bool _compact{false};
+
+    /** What is being loaded. */
+    struct Load
+    {
+        bool isShown{false}; /**< its data come into view, as long as the user doesn't move it */
+        int firstRow{0};     /**< that is new */
+        int dressedCount{0}; /**< rows up to there look like the others */
+        int shownRecords{0}; /**< when its data were brought into view last */
+        Tellarix::Core::TimeWindow window; /**< that was visible then */
+        Tellarix::Core::Time alignment;    /**< asked for meanwhile */
+    };
+    Load _load;
 };
 
 } // namespace Workbench
