@@ -12,9 +12,11 @@
 #include "taskprogress.h"
 #include "widgetgallery.h"
 
+#include <QAbstractSpinBox>
 #include <QAction>
+#include <QApplication>
 #include <QCloseEvent>
-#include <QCoreApplication>
+#include <QComboBox>
 #include <QDockWidget>
 #include <QDragEnterEvent>
 #include <QFileDialog>
@@ -51,6 +53,16 @@ QStringList localFiles(const QMimeData *data)
     return files;
 }
 
+/** The box that a widget is, or whose input it is; null for others. */
+QWidget *boxOf(QObject *watched)
+{
+    for (QObject *object : {watched, watched->parent()}) {
+        if (qobject_cast<QComboBox *>(object) || qobject_cast<QAbstractSpinBox *>(object))
+            return static_cast<QWidget *>(object);
+    }
+    return nullptr;
+}
+
 /** A layout that changes may make the one around it change in turn. */
 void settleLayout()
 {
@@ -85,6 +97,7 @@ MainWindow::MainWindow(const PanelRegistry &registry, QWidget *parent)
     _centre->setTabBarAutoHide(true);
     setCentralWidget(_centre);
 
+    qApp->installEventFilter(this); // sees how panels are polished
     createMessages();
     createPanels(registry);
     createFileMenu();
@@ -328,6 +341,21 @@ void MainWindow::askForUrl()
                                                  "archive:///data/archive"));
     if (!url.trimmed().isEmpty())
         open({url.trimmed()});
+}
+
+/** The wheel changes no box that isn't in use: it scrolls what lies around it. */
+bool MainWindow::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() != QEvent::Wheel && event->type() != QEvent::Polish)
+        return QMainWindow::eventFilter(watched, event);
+    QWidget *box = boxOf(watched);
+    if (box && event->type() == QEvent::Wheel && !box->hasFocus()) {
+        event->ignore();
+        return true;
+    }
+    if (box && box->focusPolicy() == Qt::WheelFocus)
+        box->setFocusPolicy(Qt::StrongFocus);
+    return QMainWindow::eventFilter(watched, event);
 }
 
 void MainWindow::dragEnterEvent(QDragEnterEvent *event)

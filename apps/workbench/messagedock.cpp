@@ -12,6 +12,8 @@ MessageDock::MessageDock(QWidget *parent)
 {
     setObjectName("messages");
     _list->setReadOnly(true);
+    // A click selects text, and leaves the keyboard to the rows.
+    _list->setFocusPolicy(Qt::NoFocus);
     _list->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     _list->setLineWrapMode(QPlainTextEdit::NoWrap);
     setWidget(_list);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
+#include "bench/historybox.h"
 #include "mainwindow.h"
 #include "spectrograms/spectrograms.h"
 #include "waveforms/waveforms.h"
@@ -12,8 +13,10 @@
 
 #include <QApplication>
 #include <QContextMenuEvent>
+#include <QDockWidget>
 #include <QMenu>
 #include <QProcess>
+#include <QSpinBox>
 
 #include <cmath>
 
@@ -218,6 +221,78 @@ private slots:
 
         for (Norvu::Gui::Trace *item : panel->view()->items())
             QCOMPARE(panel->findChild<Spectrograms *>()->isShown(item), item == row);
+    }
+
+    /** Keys and menus work while data come, no dialog takes the activation along, and what is there
+     *  stays when the load is cancelled. */
+    void keysWorkWhileLoading()
+    {
+        std::vector<RecordCPtr> records;
+        for (int i = 0; i < 20000; ++i)
+            records.push_back(sawTooth(i % 2 ? "XX.AAA..HHZ" : "XX.BBB..HHZ", i / 2, Rate, 20));
+        const QString file = writeRecords(_folder.filePath("many.mseed"), records);
+        MainWindow window;
+        window.setInteractive(false);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        auto *panel = window.findChild<Waveforms *>();
+        QVERIFY(window.open({file, file}));
+        QTRY_VERIFY(panel->view()->visibleTimeWindow().contains(Start));
+        QVERIFY(panel->isLoading());
+        QVERIFY(!QApplication::activeModalWidget() && window.isActiveWindow());
+        QTest::keyClick(&window, Qt::Key_K, Qt::ControlModifier);
+        QVERIFY(panel->isCompact());
+        const Core::TimeWindow chosen(Start, Start + Core::TimeSpan(7));
+        panel->view()->setVisibleTimeWindow(chosen);
+
+        Task *task = window.bench()->tasks()->running().value(0);
+        QVERIFY(task && task->isCanceled() == false);
+        QSignalSpy problems(window.bench(), SIGNAL(problemsTold(QStringList)));
+        task->cancel();
+        QVERIFY(!panel->isLoading());
+        QCOMPARE(problems.count(), 1);
+        QCOMPARE(panel->view()->count(), 2);
+        // The user has gone elsewhere meanwhile.
+        QVERIFY(
+            std::abs((panel->view()->visibleTimeWindow().endTime() - chosen.endTime()).length()) <
+            1);
+    }
+
+    void inputsGiveTheKeyboardBack()
+    {
+        OpenWindow window({_file});
+        QVERIFY(QTest::qWaitForWindowActive(&window.window));
+        auto *input = window.window.findChild<HistoryBox *>();
+        const struct
+        {
+            const char *text;
+            Qt::Key key;
+            bool leaves;
+        } cases[] = {{"bandpass(1, 2", Qt::Key_Return, false},
+                     {"bandpass(1, 2)", Qt::Key_Return, true},
+                     {"x", Qt::Key_Escape, true}};
+        for (const auto &item : cases) {
+            QTest::keyClick(&window.window, Qt::Key_F, Qt::ControlModifier);
+            QVERIFY(input->hasFocus());
+            input->setEditText(item.text);
+            QTest::keyClick(input, item.key);
+            QCoreApplication::processEvents(); // the same Return arrives more than once
+            QCOMPARE(input->hasFocus(), !item.leaves);
+            QCOMPARE(window.view->hasFocus(), item.leaves);
+        }
+
+        // The wheel changes no box by the way, and a click into messages is no choice of them.
+        auto *box = window.window.findChild<QSpinBox *>();
+        const int value = box->value();
+        Pointer::turnWheel(*box, box->rect().center(), {0, 120});
+        QCOMPARE(box->value(), value);
+        box->ensurePolished();
+        QCOMPARE(box->focusPolicy(), Qt::StrongFocus);
+        auto *messages = window.window.findChild<QDockWidget *>("messages");
+        messages->show();
+        QTest::mouseClick(messages->widget()->findChild<QWidget *>("qt_scrollarea_viewport"),
+                          Qt::LeftButton);
+        QVERIFY(window.view->hasFocus());
     }
 
 private:

@@ -4,6 +4,7 @@
 
 #include <tellarix/qt/scheme.h>
 
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QSettings>
 
@@ -37,6 +38,14 @@ void HistoryBox::enter()
         return;
     _entered.start();
     emit entered(currentText().trimmed());
+}
+
+void HistoryBox::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Escape)
+        emit left();
+    else
+        QComboBox::keyPressEvent(event);
 }
 
 void HistoryBox::remember(const QString &text)

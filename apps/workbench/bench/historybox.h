@@ -34,6 +34,11 @@ public:
 signals:
     /** A text was confirmed by Return or chosen from the list; without white space around it. */
     void entered(const QString &text);
+    /** Esc was pressed: whoever knows where the user came from moves the focus there. */
+    void left();
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
 
 private slots:
     void enter();

@@ -58,7 +58,8 @@ FilterBox::FilterBox(QWidget *parent)
     layout->addWidget(_switch);
     layout->addWidget(_input);
 
-    connect(_input, SIGNAL(entered(QString)), this, SLOT(applyText()));
+    connect(_input, SIGNAL(entered(QString)), this, SLOT(enter()));
+    connect(_input, SIGNAL(left()), this, SIGNAL(left()));
     connect(_toggle, SIGNAL(toggled(bool)), this, SIGNAL(filterEnabled(bool)));
     connect(_edit, SIGNAL(triggered()), _input, SLOT(setFocus()));
 }
@@ -79,14 +80,21 @@ void FilterBox::apply(const QString &text)
     applyText();
 }
 
-void FilterBox::applyText()
+void FilterBox::enter()
+{
+    if (applyText())
+        emit left();
+}
+
+/** @return whether the text is a filter */
+bool FilterBox::applyText()
 {
     const QString text = _input->currentText().trimmed();
     FilterDefinition definition;
     FilterError error;
     if (!parseFilterDefinition(text.toStdString(), definition, &error)) {
         showProblem(error.column, QString::fromStdString(error.message));
-        return;
+        return false;
     }
     showProblem(0, QString());
     if (text != _applied) {
@@ -95,6 +103,7 @@ void FilterBox::applyText()
         emit filterChanged(text);
     }
     _toggle->setChecked(!text.isEmpty());
+    return true;
 }
 
 void FilterBox::showProblem(int column, const QString &message)

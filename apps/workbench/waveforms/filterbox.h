@@ -42,14 +42,18 @@ signals:
     /** Another valid filter, in its text form; empty for none. */
     void filterChanged(const QString &text);
     void filterEnabled(bool enabled);
+    /** The user is through with the input. */
+    void left();
     /** Why a text is no filter; empty when it is one. */
     void problem(const QString &message);
 
 private slots:
-    void applyText();
+    void enter();
     void showProblem(int column, const QString &message);
 
 private:
+    bool applyText();
+
     HistoryBox *_input;
     QToolButton *_switch;
     QAction *_toggle;

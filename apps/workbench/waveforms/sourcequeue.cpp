@@ -12,7 +12,7 @@ namespace Workbench {
 
 namespace {
 
-constexpr int AdvanceMilliseconds = 200;
+constexpr int AdvanceMilliseconds = 100;
 constexpr int ProgressSteps = 1000;
 
 } // namespace

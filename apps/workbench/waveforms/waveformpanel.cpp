@@ -75,6 +75,7 @@ void WaveformPanel::createFilterBar()
     connect(_filterBox, SIGNAL(filterEnabled(bool)), _waveforms->view(),
             SLOT(setFilterEnabled(bool)));
     connect(_filterBox, SIGNAL(filterEnabled(bool)), _waveforms, SLOT(updateUnits()));
+    connect(_filterBox, SIGNAL(left()), _waveforms->view(), SLOT(setFocus()));
     connect(_filterBox, SIGNAL(problem(QString)), bench(), SLOT(showStatus(QString)));
     connect(_waveforms->view(), SIGNAL(filteringProgress(int, int)), this,
             SLOT(showFilteringProgress(int, int)));
