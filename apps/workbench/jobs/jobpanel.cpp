@@ -42,8 +42,20 @@ constexpr int OutputShare = 2;
 constexpr int ListShare = 3;
 constexpr int OutputMilliseconds = 150;
 /** What the output shows at most: a program may print for ever. */
-constexpr int MostLines = 5000;
+constexpr int MostLines = 2000;
 constexpr int MostBytes = 128 << 10;
+
+/** The last @p count bytes of an output, or as much of them as can be shown. */
+QByteArray endOf(const QByteArray &output, qint64 count)
+{
+    const int least = output.size() - static_cast<int>(std::min<qint64>(count, MostBytes));
+    int begin = output.size();
+    for (int lines = 0; begin > std::max(least, 0); --begin) {
+        if (output[begin - 1] == '\n' && ++lines == MostLines)
+            break;
+    }
+    return output.mid(begin);
+}
 
 } // namespace
 
@@ -202,20 +214,20 @@ void JobPanel::showOutputSoon(Job *job)
 void JobPanel::showOutput()
 {
     Job *job = currentJob();
-    const qint64 fresh = job ? job->printed() - _shownBytes : 0;
-    if (!job || job != _shownJob || fresh > MostBytes ||
-        _output->document()->characterCount() > 2 * MostBytes) {
+    const bool isNew =
+        !job || job != _shownJob || _output->document()->characterCount() > 2 * MostBytes;
+    const qint64 fresh = job ? job->printed() - (isNew ? 0 : _shownBytes) : 0;
+    const QByteArray bytes = job ? endOf(job->output(), fresh) : QByteArray();
+    if (isNew || bytes.size() < fresh) {
         _output->clear();
         _shownJob = job;
-        _shownBytes = 0;
         _isEndShown = false;
         _decoder.reset(QTextCodec::codecForLocale()->makeDecoder());
     }
     if (!job)
         return;
-    const qint64 wanted = std::min<qint64>(job->printed() - _shownBytes, MostBytes);
     _shownBytes = job->printed();
-    appendOutput(job->output().right(static_cast<int>(wanted)));
+    appendOutput(bytes);
     if (job->status != ProcessGroup::Finished || _isEndShown)
         return;
     _isEndShown = true;
