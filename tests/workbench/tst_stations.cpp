@@ -4,11 +4,9 @@
 #include "bench/selection.h"
 #include "bench/stations.h"
 #include "bench/task.h"
-#include "mainwindow.h"
+#include "openwindow.h"
 #include "spectrograms/spectrograms.h"
 #include "waveforms/rowunits.h"
-#include "waveforms/waveforms.h"
-#include "waveformtesting.h"
 
 #include <tellarix/core/datamodel/station.h>
 #include <tellarix/core/math/filterparser.h>
@@ -46,28 +44,6 @@ DataModel::NetworkPtr networkOf(const char *station, double latitude, const Core
     return network;
 }
 
-/** A window with rows of two stations. */
-struct Desk
-{
-    explicit Desk(const QString &file)
-    {
-        window.setInteractive(false);
-        window.show();
-        if (!window.open({file}))
-            qFatal("Can't open %s", qPrintable(file));
-        waveforms = window.findChild<Waveforms *>();
-    }
-
-    Gui::RecordWidget *row(int index) const
-    {
-        return waveforms->view()->itemAt(index)->recordWidget();
-    }
-    bool isIdle() { return window.bench()->tasks()->running().isEmpty(); }
-
-    MainWindow window;
-    Waveforms *waveforms;
-};
-
 } // namespace
 
 class TestStations : public QObject
@@ -85,7 +61,7 @@ private slots:
 
     void givesRowsDistancesAndUnits()
     {
-        Desk desk(_waveforms);
+        OpenWindow desk({_waveforms});
         EventFacts event;
         event.originTime = Start;
         event.longitude = 9;
@@ -107,7 +83,7 @@ private slots:
 
     void leavesAllAsItIsForBrokenFiles()
     {
-        Desk desk(_waveforms);
+        OpenWindow desk({_waveforms});
         const Stations *stations = desk.window.bench()->stations();
         QVERIFY(desk.window.open({writeText(path("a.xml"), stationXML("1", ""))}));
         QTRY_COMPARE(stations->all().size(), 1);
@@ -210,7 +186,7 @@ private slots:
 
     void unitsFollowTheFilterAndReachSpectrograms()
     {
-        Desk desk(_waveforms);
+        OpenWindow desk({_waveforms});
         auto *spectrograms = desk.window.findChild<Spectrograms *>();
         spectrograms->setAllShown(true);
         QTRY_VERIFY(desk.waveforms->isVisible() && spectrograms->currentRange().second > 0);

@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
 #include "bench/historybox.h"
-#include "mainwindow.h"
 #include "spectrograms/spectrograms.h"
-#include "waveforms/waveforms.h"
 
+#include "openwindow.h"
 #include "pointer.h"
-#include "waveformtesting.h"
 
 #include <tellarix/client/io/eventarchive.h>
 #include <tellarix/qt/records/timescale.h>
@@ -41,23 +39,6 @@ Outcome runWorkbench(const QStringList &arguments)
     return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
             QString::fromUtf8(process.readAllStandardError())};
 }
-
-/** A shown window of the files given. */
-struct OpenWindow
-{
-    explicit OpenWindow(const QStringList &files)
-    {
-        window.setInteractive(false);
-        window.show();
-        openAll(window, *window.bench(), files);
-        panel = window.findChild<Waveforms *>();
-        view = panel->view();
-    }
-
-    MainWindow window;
-    Waveforms *panel;
-    Norvu::Gui::TraceView *view;
-};
 
 } // namespace
 
@@ -175,7 +156,7 @@ private slots:
     void goesFromStretchToStretch()
     {
         const OpenWindow window({_file});
-        auto *panel = window.panel;
+        auto *panel = window.waveforms;
         QCOMPARE(panel->stretches().size(), 2);
         QVERIFY(panel->view()->visibleTimeWindow().contains(Start));
         panel->showNextStretch();
@@ -196,7 +177,7 @@ private slots:
         view->resetSelectedTraces();
         QCOMPARE(row->recordWidget()->slotCount(), 0);
         view->loadData();
-        QTRY_VERIFY(!window.panel->isLoading());
+        QTRY_VERIFY(!window.waveforms->isLoading());
         QCOMPARE(row->recordWidget()->records(0)->size(),
                  view->itemAt(0)->recordWidget()->records(0)->size());
     }
@@ -205,7 +186,7 @@ private slots:
     {
         const OpenWindow window({_file});
 
-        auto *panel = window.panel;
+        auto *panel = window.waveforms;
         panel->view()->select(panel->view()->itemAt(0));
         Norvu::Gui::Trace *row = panel->view()->itemAt(1);
         QTimer::singleShot(0, [] {
