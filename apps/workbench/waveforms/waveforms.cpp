@@ -115,8 +115,10 @@ bool Waveforms::isLoading() const
 bool Waveforms::load(const QStringList &sources)
 {
     if (!isLoading()) {
-        _load.firstRow = _load.dressedCount = _view->count();
-        if (_view->count() > 0)
+        const QList<Trace *> rows = _view->items();
+        _load.others = _load.dressed = QSet<Trace *>(rows.begin(), rows.end());
+        _load.isFirst = rows.isEmpty();
+        if (!_load.isFirst)
             _load.window = _view->visibleTimeWindow();
     }
     QStringList messages;
@@ -137,7 +139,7 @@ void Waveforms::showArrivals()
 {
     dressNewRows();
     const int count = _queue->recordCount();
-    if (!_load.isShown || _load.firstRow > 0 || count == 0 || count < 2 * _load.shownRecords)
+    if (!_load.isShown || !_load.isFirst || count == 0 || count < 2 * _load.shownRecords)
         return;
     _load.shownRecords = count;
     _view->updateRecords();
@@ -150,7 +152,7 @@ void Waveforms::showFirstStretch()
     const bool isMoved = _load.window.valid() && hasMoved(_load.window, _view->visibleTimeWindow());
     if (_stretches.isEmpty() || isMoved)
         return;
-    if (_load.firstRow == 0)
+    if (_load.isFirst)
         _view->setAlignment(dayOf(_stretches.first().startTime()));
     _view->setVisibleTimeWindow(withMargins(_stretches.first()));
     _load.window = _view->visibleTimeWindow();
@@ -158,15 +160,14 @@ void Waveforms::showFirstStretch()
 
 void Waveforms::endLoad(const QStringList &messages)
 {
-    dressNewRows();
+    const QList<Trace *> rows = dressNewRows();
     markLoaded();
-    const QList<Trace *> rows = _view->items().mid(_load.firstRow);
     if (_bench->rows()->addition())
         _bench->rows()->addition()->adopt(rows);
     updateUnits();
     _margins->update();
     if (_load.isShown) {
-        if (_load.firstRow == 0 && _view->count() >= ManyRows)
+        if (_load.isFirst && _view->count() >= ManyRows)
             setCompact(true);
         _view->sortView();
         showFirstStretch();
@@ -180,16 +181,24 @@ void Waveforms::endLoad(const QStringList &messages)
         emit problems(messages);
 }
 
-/** Makes the rows that a loader has appended look like the others. */
-void Waveforms::dressNewRows()
+/** Makes the rows that a loader has appended look like the others, and returns all of them; the
+ * user may have taken away some of either kind meanwhile. */
+QList<Trace *> Waveforms::dressNewRows()
 {
-    const QList<Trace *> rows = _view->items();
-    if (rows.size() == _load.dressedCount)
-        return;
-    for (Trace *row : rows.mid(_load.dressedCount))
+    QList<Trace *> newRows;
+    const int before = _load.dressed.size();
+    for (Trace *row : _view->items()) {
+        if (_load.others.contains(row))
+            continue;
+        newRows.append(row);
+        if (_load.dressed.contains(row))
+            continue;
         dress(row);
-    _load.dressedCount = rows.size();
-    _margins->update();
+        _load.dressed.insert(row);
+    }
+    if (_load.dressed.size() != before)
+        _margins->update();
+    return newRows;
 }
 
 QStringList Waveforms::setFilter(const QString &text)

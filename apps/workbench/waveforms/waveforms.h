@@ -7,6 +7,7 @@
 
 #include <QHash>
 #include <QList>
+#include <QSet>
 #include <QStringList>
 #include <QVector>
 #include <QWidget>
@@ -125,7 +126,7 @@ private:
     bool load(const QStringList &sources);
     void prepareResetRows();
     void markLoaded();
-    void dressNewRows();
+    QList<Norvu::Gui::Trace *> dressNewRows();
     void showFirstStretch();
     void dress(Norvu::Gui::Trace *row);
     bool updateUnit(Norvu::Gui::Trace *row);
@@ -149,9 +150,11 @@ private:
     struct Load
     {
         bool isShown{false}; /**< its data come into view, as long as the user doesn't move it */
-        int firstRow{0};     /**< that is new */
-        int dressedCount{0}; /**< rows up to there look like the others */
-        int shownRecords{0}; /**< when its data were brought into view last */
+        bool isFirst{true};  /**< there were no rows before */
+        /** Rows that were there before, and those of them and of the new ones that look alike. */
+        QSet<Norvu::Gui::Trace *> others;
+        QSet<Norvu::Gui::Trace *> dressed;
+        int shownRecords{0};               /**< when its data were brought into view last */
         Tellarix::Core::TimeWindow window; /**< that was visible then */
         Tellarix::Core::Time alignment;    /**< asked for meanwhile */
     };
