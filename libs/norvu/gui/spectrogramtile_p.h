@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include <norvu/gui/pixeltable_p.h>
+
 #include <cstddef>
 
 namespace Norvu {
@@ -26,15 +28,6 @@ struct LineMix
     bool mixed; /**< false: the row as it stands */
     T lowerWeight;
     T upperWeight;
-};
-
-/** Pixels for values: entry trunc((value - minKey) * scale), limited to the table. */
-struct PixelTable
-{
-    double minKey;
-    double scale;
-    int size;
-    const unsigned int *pixels;
 };
 
 /** Columns of pixels of one tile at most. */
