@@ -123,50 +123,31 @@ inline QStringList rowsOf(IO::DatabaseInterface &database, const std::string &st
     return rows;
 }
 
-/** What event lists ask for of a time window; without a selection they count. */
+/** What event lists ask for of a time window, or how many they are. */
 inline std::string listStatement(const IO::DatabaseInterface &database, Core::Time begin,
                                  Core::Time end, bool isCount = false)
 {
-    const auto column = [&](const char *table, const char *name) {
-        return std::string(table) + '.' + database.convertColumnName(name);
-    };
-    const std::pair<const char *, const char *> fields[] = {
-        {"Origin", "time_value"},
-        {"Origin", "time_value_ms"},
-        {"Magnitude", "magnitude_value"},
-        {"Magnitude", "type"},
-        {"Origin", "quality_usedPhaseCount"},
-        {"Origin", "latitude_value"},
-        {"Origin", "longitude_value"},
-        {"Origin", "depth_value"},
-        {"Origin", "evaluationStatus"},
-        {"Origin", "evaluationMode"},
-        {"FocalMechanism", "nodalPlanes_nodalPlane1_strike_value"},
-        {"FocalMechanism", "nodalPlanes_nodalPlane1_dip_value"},
-        {"FocalMechanism", "nodalPlanes_nodalPlane1_rake_value"},
-        {"PEvent", "publicID"},
-        {"Event", "type"},
-        {"EventDescription", "text"}};
-    std::string selected = isCount ? "count(*)" : "";
-    for (const auto &[table, name] : fields) {
-        if (!isCount)
-            selected += (selected.empty() ? "" : ",") + column(table, name);
-    }
-    return "select " + selected +
+    const char *const fields =
+        "Origin.time_value,Origin.time_value_ms,Magnitude.magnitude_value,Magnitude.type,"
+        "Origin.quality_usedPhaseCount,Origin.latitude_value,Origin.longitude_value,"
+        "Origin.depth_value,Origin.evaluationStatus,Origin.evaluationMode,"
+        "FocalMechanism.nodalPlanes_nodalPlane1_strike_value,"
+        "FocalMechanism.nodalPlanes_nodalPlane1_dip_value,"
+        "FocalMechanism.nodalPlanes_nodalPlane1_rake_value,PEvent.publicID,Event.type,"
+        "EventDescription.text";
+    return std::string("select ") + (isCount ? "count(*)" : fields) +
            " from Origin, PublicObject as POrigin,Magnitude, PublicObject as PMagnitude,"
-           "PublicObject as PEvent,Event LEFT JOIN PublicObject as PFocalMechanism on " +
-           column("Event", "preferredFocalMechanismID") + " = " +
-           column("PFocalMechanism", "publicID") +
+           "PublicObject as PEvent,Event LEFT JOIN PublicObject as PFocalMechanism on "
+           "Event.preferredFocalMechanismID = PFocalMechanism.publicID"
            " LEFT JOIN FocalMechanism on PFocalMechanism._oid = FocalMechanism._oid"
-           " LEFT JOIN EventDescription on EventDescription._parent_oid=Event._oid and " +
-           column("EventDescription", "type") + "='region name' where " +
-           column("POrigin", "publicID") + "=" + column("Event", "preferredOriginID") +
-           "   and PMagnitude._oid = Magnitude._oid and " +
-           column("Event", "preferredMagnitudeID") + " = " + column("PMagnitude", "publicID") +
-           "   and " + column("Origin", "time_value") + " >= '" + database.timeToString(begin) +
-           "' and " + column("Origin", "time_value") + " <= '" + database.timeToString(end) +
-           "' and " + column("Magnitude", "magnitude_value") +
-           " >= '-2.5' and Origin._oid=POrigin._oid and Event._oid=PEvent._oid";
+           " LEFT JOIN EventDescription on EventDescription._parent_oid=Event._oid and "
+           "EventDescription.type='region name' where POrigin.publicID=Event.preferredOriginID"
+           "   and PMagnitude._oid = Magnitude._oid and "
+           "Event.preferredMagnitudeID = PMagnitude.publicID   and Origin.time_value >= '" +
+           database.timeToString(begin) + "' and Origin.time_value <= '" +
+           database.timeToString(end) +
+           "' and Magnitude.magnitude_value >= '-2.5' and Origin._oid=POrigin._oid "
+           "and Event._oid=PEvent._oid";
 }
 
 } // namespace DatabaseTesting

@@ -2,9 +2,12 @@
 
 #include <tellarix/client/demo/democatalogue.h>
 #include <tellarix/client/demo/demostation.h>
+#include <tellarix/client/io/databaseaddress.h>
+#include <tellarix/client/io/eventarchive.h>
 #include <tellarix/core/math/geo.h>
 
 #include <QSet>
+#include <QTemporaryDir>
 #include <QtTest>
 
 #include <cmath>
@@ -72,6 +75,44 @@ private slots:
         QVERIFY(found);
         QVERIFY2(counts[1] > 20 * counts[0] && counts[1] > 300,
                  qPrintable(QString::number(counts[1])));
+    }
+
+    void remakesWhatIsNotWhole()
+    {
+        const QTemporaryDir folder;
+        const QString file = folder.filePath("50% demo.sqlite");
+        IO::DatabaseAddress address = IO::DatabaseAddress::OfFile(file);
+        const auto make = [&] {
+            QString error;
+            return Client::writeDemonstrationCatalogue(file, &error) ? QString() : error;
+        };
+        const auto count = [&] {
+            const auto database = IO::DatabaseInterface::Open(address.toString());
+            return IO::EventArchive(database).count({});
+        };
+        QCOMPARE(make(), QString());
+        const auto size = static_cast<int>(Client::demonstrationCatalogue().size());
+        QCOMPARE(count(), size);
+        const QDateTime made = QFileInfo(file).lastModified();
+        QCOMPARE(make(), QString());
+        QCOMPARE(QFileInfo(file).lastModified(), made);
+
+        for (const char *damage : {"DELETE FROM Event WHERE _oid = 9", "PRAGMA user_version = 0",
+                                   "DROP TABLE Origin"}) {
+            auto database = IO::DatabaseInterface::Open(address.toString());
+            QVERIFY(database->execute(damage));
+            database.reset();
+            QCOMPARE(make(), QString());
+            QCOMPARE(count(), size);
+        }
+        QVERIFY(QFile::resize(file, 5000));
+        QCOMPARE(make(), QString());
+        address.isReadOnly = true;
+        QCOMPARE(count(), size);
+        QVERIFY(!IO::DatabaseInterface::Open(address.toString())->execute("DELETE FROM Event"));
+
+        QVERIFY(QFile::remove(file) && QDir().mkpath(file + "/in the way"));
+        QVERIFY2(make().startsWith(file + ": Is a directory"), qPrintable(make()));
     }
 };
 

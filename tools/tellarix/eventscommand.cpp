@@ -5,14 +5,14 @@
 #include "windowoptions.h"
 
 #include <tellarix/client/io/eventimport.h>
+#include <tellarix/client/io/eventreader.h>
 #include <tellarix/client/io/eventsummary.h>
 #include <tellarix/client/io/eventwriter.h>
 #include <tellarix/core/strings.h>
 
 #include <QCommandLineParser>
-#include <QFileInfo>
+#include <QFile>
 #include <QJsonDocument>
-#include <QSaveFile>
 
 #include <cstdio>
 #include <utility>
@@ -58,17 +58,6 @@ QString tableLine(const IO::EventSummary &event)
         .arg(numberText(event.depthKm, 1), 6)
         .arg(QString::fromStdString(event.id).leftJustified(24),
              QString::fromStdString(event.region));
-}
-
-/** The form that a file's name asks for. */
-QString formOf(const QString &file)
-{
-    const QString suffix = QFileInfo(file).suffix().toLower();
-    if (suffix == QLatin1String("xml") || suffix == QLatin1String("qml"))
-        return QStringLiteral("quakeml");
-    if (suffix == QLatin1String("json"))
-        return QStringLiteral("geojson");
-    return suffix;
 }
 
 } // namespace
@@ -159,7 +148,7 @@ bool EventsCommand::readForm(const QCommandLineParser &parser, QString *error)
     if (_action != Export)
         return true;
     if (_form.isEmpty())
-        _form = formOf(_files.first());
+        _form = IO::EventWriter::FormOf(_files.first());
     if (_form != QLatin1String("json") && Forms.contains(_form))
         return true;
     *error = tr("%1: say --quakeml, --csv or --geojson").arg(_files.first());
@@ -224,11 +213,16 @@ bool EventsCommand::create(const IO::DatabaseInterfacePtr &database)
 bool EventsCommand::import(const IO::DatabaseInterfacePtr &database)
 {
     QString error;
-    QString otherError;
-    if (!IO::EventArchive::checkSchema(*database, &error) &&
-        !IO::EventArchive::createSchema(*database, &otherError)) {
+    // Before the database, which a slip in a name must not leave behind.
+    for (const QString &name : qAsConst(_files)) {
+        QFile file(name);
+        if (!IO::openEventFile(file, &error)) {
+            printError(error);
+            return false;
+        }
+    }
+    if (!IO::EventArchive::ensureSchema(*database, &error)) {
         printError(error);
-        printError(otherError);
         return false;
     }
     bool complete = true;
@@ -266,34 +260,24 @@ bool EventsCommand::list(const IO::DatabaseInterfacePtr &database)
         return printTable(database);
 
     QFile output;
-    if (!output.open(stdout, QIODevice::WriteOnly) || !writeAs(_form, database, output, &error)) {
-        printError(error);
-        return false;
-    }
-    return true;
+    return output.open(stdout, QIODevice::WriteOnly) &&
+           report(IO::exportEvents(database, _selection, _form, output, interruptible()));
 }
 
-bool EventsCommand::writeAs(const QString &form, const IO::DatabaseInterfacePtr &database,
-                            QIODevice &device, QString *error)
+IO::EventExportHandler EventsCommand::interruptible() const
 {
-    const auto writer = IO::EventWriter::Create(form, device);
-    bool written = writer->begin();
-    const bool read = IO::EventArchive(database).forEach(
-        _selection,
-        [&](const DataModel::EventPtr &event) {
-            written = written && writer->write(*event);
-            return written && !_interrupted;
-        },
-        error);
-    written = written && writer->end();
-    // A full disk shows when what is held back is written.
-    if (auto *file = qobject_cast<QFileDevice *>(&device))
-        written = file->flush() && written;
-    if (!written)
-        *error = device.errorString();
-    else if (!read && error->isEmpty())
-        *error = tr("interrupted");
-    return written && read;
+    IO::EventExportHandler handler;
+    handler.progress = [this](int, int) { return !_interrupted; };
+    return handler;
+}
+
+bool EventsCommand::report(const IO::EventExportResult &result, const QString &name) const
+{
+    if (!result.ok) {
+        const QString cause = result.error.isEmpty() ? tr("interrupted") : result.error;
+        printError(name.isEmpty() ? cause : tr("%1: %2").arg(name, cause));
+    }
+    return result.ok;
 }
 
 bool EventsCommand::printJson(const IO::DatabaseInterfacePtr &database)
@@ -340,16 +324,13 @@ bool EventsCommand::printTable(const IO::DatabaseInterfacePtr &database)
 
 bool EventsCommand::exportFile(const IO::DatabaseInterfacePtr &database)
 {
+    const QString &name = _files.first();
     QString error;
-    // What was there before stays until the new file is whole.
-    QSaveFile file(_files.first());
-    const bool ok = IO::EventArchive::checkSchema(*database, &error) &&
-                    (file.open(QIODevice::WriteOnly) || (error = file.errorString(), false)) &&
-                    writeAs(_form, database, file, &error) &&
-                    (file.commit() || (error = file.errorString(), false));
-    if (!ok)
-        printError(tr("%1: %2").arg(_files.first(), error));
-    return ok;
+    if (!IO::EventArchive::checkSchema(*database, &error)) {
+        printError(tr("%1: %2").arg(name, error));
+        return false;
+    }
+    return report(IO::exportEvents(database, _selection, _form, name, interruptible()), name);
 }
 
 } // namespace Tool

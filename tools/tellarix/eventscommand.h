@@ -4,14 +4,12 @@
 
 #include "command.h"
 
-#include <tellarix/client/io/eventarchive.h>
+#include <tellarix/client/io/eventexport.h>
 
 #include <QCoreApplication>
 #include <QStringList>
 
 #include <atomic>
-
-class QIODevice;
 
 namespace Tellarix {
 namespace Tool {
@@ -49,8 +47,9 @@ private:
     bool importFile(const IO::DatabaseInterfacePtr &database, const QString &file);
     bool list(const IO::DatabaseInterfacePtr &database);
     bool exportFile(const IO::DatabaseInterfacePtr &database);
-    bool writeAs(const QString &form, const IO::DatabaseInterfacePtr &database, QIODevice &device,
-                 QString *error);
+    IO::EventExportHandler interruptible() const;
+    /** Prints what went wrong with an export; whether it went well. */
+    bool report(const IO::EventExportResult &result, const QString &name = {}) const;
     bool printJson(const IO::DatabaseInterfacePtr &database);
     bool printTable(const IO::DatabaseInterfacePtr &database);
 

@@ -158,9 +158,11 @@ void ExportFileDialog::runScriptFailed()
 void ExportFileDialog::exportClicked()
 {
     const QPointer<ExportFileDialog> self(this);
-    if (!writeFile() || !self)
+    // A name that was typed may be that of a file whose loss the user doesn't think of.
+    if (!mayWrite() || !self || !writeFile() || !self)
         return;
 
+    _replaceable = filePath();
     exportFileDone();
     if (scriptPath().isEmpty()) {
         runScriptFailed();
@@ -168,6 +170,16 @@ void ExportFileDialog::exportClicked()
         return;
     }
     runScript();
+}
+
+bool ExportFileDialog::mayWrite()
+{
+    const QString file = filePath();
+    if (file == _replaceable || !QFileInfo::exists(file))
+        return true;
+    return QMessageBox::question(
+               nullptr, tr("Export"), tr("%1 exists already. Replace it?").arg(file),
+               QMessageBox::Yes | QMessageBox::No, QMessageBox::No) == QMessageBox::Yes;
 }
 
 bool ExportFileDialog::writeFile()
@@ -210,8 +222,10 @@ void ExportFileDialog::selectFile()
     ModalDialog<QFileDialog> chooser(this, tr("Save file"), QFileInfo(filePath()).path(), _filter);
     chooser->setAcceptMode(QFileDialog::AcceptSave);
     chooser->selectFile(filePath());
-    if (chooser.isAccepted())
-        _ui.editFile->setText(chooser->selectedFiles().value(0));
+    if (!chooser.isAccepted())
+        return;
+    _replaceable = chooser->selectedFiles().value(0); // the chooser has asked
+    _ui.editFile->setText(_replaceable);
 }
 
 void ExportFileDialog::selectScript()

@@ -17,8 +17,9 @@ namespace Gui {
  * Asks for a file and a script, lets a function of the caller write the file, runs the script on it
  * and shows on a list which of the two has been done.
  *
- * The script gets the file's name as its only argument. Its exit code is not looked at. Without a
- * script the dialog closes once the file is written.
+ * A file that is there already is replaced only after a question, unless it was chosen as such or
+ * written before. The script gets the file's name as its only argument. Its exit code is not looked
+ * at. Without a script the dialog closes once the file is written.
  */
 class NORVU_GUI_API ExportFileDialog : public QDialog
 {
@@ -49,12 +50,14 @@ public slots:
     void selectScript();
 
 private:
+    bool mayWrite();
     bool writeFile();
     void runScript();
 
     Ui_ExportFileDialog _ui;
     QString _filter;
     std::function<bool(const QString &)> _exporter;
+    QString _replaceable; /**< a file that was chosen or written here, and is not asked about */
 };
 
 } // namespace Gui

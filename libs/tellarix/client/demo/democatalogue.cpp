@@ -5,17 +5,20 @@
 #include <tellarix/client/demo/demorandom_p.h>
 #include <tellarix/client/demo/demostation.h>
 #include <tellarix/client/demo/demozones_p.h>
+#include <tellarix/client/io/databaseaddress.h>
 #include <tellarix/client/io/eventarchive.h>
 #include <tellarix/core/math/geo.h>
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
-#include <QUrl>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <filesystem>
+#include <system_error>
 
 namespace Tellarix {
 namespace Client {
@@ -398,10 +401,14 @@ DataModel::EventPtr eventOf(const Quake &quake, size_t number, DemoRandom &rando
     return event;
 }
 
+/** Of what is made here; it goes up when that changes. Stored with the events. */
+constexpr int ContentVersion = 1;
+constexpr int ContentCount = 7491;
+
 bool fillDatabase(const QString &file, QString *error)
 {
-    const IO::DatabaseInterfacePtr database = IO::DatabaseInterface::Open(
-        QStringLiteral("sqlite://") + QUrl::toPercentEncoding(file, "/"), error);
+    const IO::DatabaseInterfacePtr database =
+        IO::DatabaseInterface::Open(IO::DatabaseAddress::OfFile(file).toString(), error);
     if (!database || !IO::EventArchive::createSchema(*database, error))
         return false;
 
@@ -409,7 +416,10 @@ bool fillDatabase(const QString &file, QString *error)
     bool ok = database->beginTransaction();
     for (const DataModel::EventPtr &event : demonstrationCatalogue())
         ok = ok && archive.write(*event, error);
-    if (ok && database->commit())
+    // Nobody writes to it any more: without a log it is one file, which opens in any folder.
+    if (ok && database->commit() &&
+        database->execute("PRAGMA user_version = " + std::to_string(ContentVersion)) &&
+        database->execute("PRAGMA journal_mode = DELETE"))
         return true;
     if (error && error->isEmpty())
         *error = database->lastError();
@@ -417,20 +427,48 @@ bool fillDatabase(const QString &file, QString *error)
     return false;
 }
 
+/** Whether a file is what fillDatabase() makes now. */
+bool isWhole(const QString &file)
+{
+    IO::DatabaseAddress address = IO::DatabaseAddress::OfFile(file);
+    address.isReadOnly = true;
+    const IO::DatabaseInterfacePtr database = IO::DatabaseInterface::Open(address.toString());
+    int version = 0;
+    const bool isCurrent = database && IO::EventArchive::checkSchema(*database) &&
+                           database->beginQuery("PRAGMA user_version") && database->fetchRow() &&
+                           database->readField(0, version) && version == ContentVersion;
+    return isCurrent && IO::EventArchive(database).count({}) == ContentCount;
+}
+
+/** Puts a file in the place of another one; the cause if it can't be. */
+QString replaceFile(const QString &made, const QString &file)
+{
+    // What is left of a log would be taken for changes to the new file.
+    QFile::remove(file + "-wal");
+    QFile::remove(file + "-shm");
+    std::error_code problem;
+    std::filesystem::rename(QFile::encodeName(made).toStdString(),
+                            QFile::encodeName(file).toStdString(), problem);
+    return problem ? QString::fromStdString(problem.message()) : QString();
+}
+
 } // namespace
 
 bool writeDemonstrationCatalogue(const QString &file, QString *error)
 {
     const QFileInfo target(file);
-    if (target.exists())
+    if (target.exists() && isWhole(file))
         return true;
 
     // Beside the target, so that the finished file is put into place at once.
     const QTemporaryDir folder(target.dir().filePath(QStringLiteral("catalogue-XXXXXX")));
     const QString made = folder.filePath(QStringLiteral("events.sqlite"));
     QString reason = folder.errorString();
-    if (folder.isValid() && fillDatabase(made, &reason) && QFile::rename(made, file))
-        return true;
+    if (folder.isValid() && fillDatabase(made, &reason)) {
+        reason = replaceFile(made, file);
+        if (reason.isEmpty())
+            return true;
+    }
     if (error)
         *error = QStringLiteral("%1: %2").arg(file, reason);
     return false;

@@ -22,8 +22,9 @@ namespace Client {
 TELLARIX_CLIENT_API std::vector<DataModel::EventPtr> demonstrationCatalogue();
 
 /**
- * Writes it into a new SQLite database of this name, which is complete or isn't there; one that is
- * there already is left as it is.
+ * Writes it into a new SQLite database of this name, which is complete or isn't there. One that is
+ * there already stays if it holds as many events of this version; it is to be opened with
+ * "access=read" (see IO::DatabaseAddress) so that it does.
  * @return false, with the file and the cause in @p error, if it could not be written
  */
 TELLARIX_CLIENT_API bool writeDemonstrationCatalogue(const QString &file, QString *error = nullptr);

@@ -2,10 +2,13 @@
 
 #include <tellarix/client/io/boundeddevice_p.h>
 
+#include <utility>
+
 namespace Tellarix {
 namespace IO {
 
-BoundedDevice::BoundedDevice(QIODevice &source, qint64 limit) : _source(source), _limit(limit)
+BoundedDevice::BoundedDevice(QIODevice &source, qint64 limit, std::function<bool(qint64)> goesOn)
+    : _source(source), _limit(limit), _goesOn(std::move(goesOn))
 {
     setOpenMode(QIODevice::ReadOnly | QIODevice::Unbuffered);
 }
@@ -16,6 +19,8 @@ qint64 BoundedDevice::readData(char *data, qint64 maxSize)
         _exceeded = true;
         return -1;
     }
+    if (!_goesOn(_done))
+        return -1;
     const qint64 size = _source.read(data, maxSize);
     if (size > 0) {
         _sinceMark += size;

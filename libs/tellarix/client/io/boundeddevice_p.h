@@ -4,17 +4,21 @@
 
 #include <QIODevice>
 
+#include <functional>
+
 namespace Tellarix {
 namespace IO {
 
 /**
  * Passes the bytes of another device on, but not more than a limit between two marks: a text
- * without an end is refused before it fills the memory.
+ * without an end is refused before it fills the memory. Who reads is asked at every piece whether
+ * to go on.
  */
 class BoundedDevice : public QIODevice
 {
 public:
-    BoundedDevice(QIODevice &source, qint64 limit);
+    /** @param goesOn  told the number of bytes so far; false ends the reading as an error does */
+    BoundedDevice(QIODevice &source, qint64 limit, std::function<bool(qint64 done)> goesOn);
 
     /** Begins to count anew. */
     void mark() { _sinceMark = 0; }
@@ -29,6 +33,7 @@ protected:
 private:
     QIODevice &_source;
     qint64 _limit;
+    const std::function<bool(qint64)> _goesOn;
     qint64 _sinceMark{0};
     qint64 _done{0};
     bool _exceeded{false};

@@ -14,13 +14,14 @@ namespace {
 constexpr qint64 LongestText =
     256 << 10; // of a tag, too, whose attributes are compared with each other
 constexpr int DeepestElement = 100;
-constexpr qint64 BytesBetweenTellings = 1 << 20;
+constexpr qint64 BytesBetweenTellings = 64 << 10;
 
 } // namespace
 
 BoundedXml::BoundedXml(QIODevice &device, const QString &name, Warn warn, Progress progress)
-    : _device(device, LongestText), _total(device.isSequential() ? -1 : device.size()), _name(name),
-      _warn(std::move(warn)), _progress(std::move(progress)), _xml(&_device)
+    : _device(device, LongestText, [this](qint64 done) { return goesOn(done); }),
+      _total(device.isSequential() ? -1 : device.size()), _name(name), _warn(std::move(warn)),
+      _progress(std::move(progress)), _xml(&_device)
 {}
 
 BoundedXml::~BoundedXml() = default;
@@ -65,10 +66,11 @@ void BoundedXml::tellProgress()
         end();
 }
 
-void BoundedXml::tellProgressNowAndThen()
+bool BoundedXml::goesOn(qint64 done)
 {
-    if (_device.done() - _told >= BytesBetweenTellings && isGoing())
+    if (done - _told >= BytesBetweenTellings && isGoing())
         tellProgress();
+    return !_ended;
 }
 
 void BoundedXml::skip()
@@ -77,7 +79,6 @@ void BoundedXml::skip()
         switch (_xml.readNext()) {
         case QXmlStreamReader::StartElement:
             _device.mark();
-            tellProgressNowAndThen();
             if (++depth > DeepestElement)
                 return rememberFault(
                     QString("elements nest more than %1 deep").arg(DeepestElement));

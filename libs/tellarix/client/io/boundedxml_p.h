@@ -63,7 +63,8 @@ protected:
     bool result(QString *error);
 
 private:
-    void tellProgressNowAndThen();
+    /** Asks now and then as bytes come in, in the middle of an element too. */
+    bool goesOn(qint64 done);
     QString place() const;
 
     BoundedDevice _device;
@@ -91,7 +92,6 @@ void BoundedXml::forEachChild(Function function)
         if (_xml.hasError())
             rememberFault(_xml.errorString());
         _elements.pop_back();
-        tellProgressNowAndThen();
     }
     if (_xml.hasError())
         rememberFault(_xml.errorString());

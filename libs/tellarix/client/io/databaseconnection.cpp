@@ -2,11 +2,15 @@
 
 #include <tellarix/client/io/databaseconnection_p.h>
 
+#include <QFile>
 #include <QFileInfo>
+#include <QLibrary>
+#include <QSqlDriver>
 #include <QSqlError>
 #include <QStringList>
 #include <QThread>
 #include <QThreadStorage>
+#include <QUrl>
 
 #include <algorithm>
 
@@ -44,8 +48,9 @@ QString optionsOf(const DatabaseAddress &address)
     const int seconds = address.timeoutSeconds.value_or(ConnectSeconds);
     switch (address.backend) {
     case Backend::SQLite:
-        return QString("QSQLITE_BUSY_TIMEOUT=%1")
-            .arg(1000 * address.timeoutSeconds.value_or(LockSeconds));
+        return QString("QSQLITE_BUSY_TIMEOUT=%1;QSQLITE_OPEN_URI%2")
+            .arg(1000 * address.timeoutSeconds.value_or(LockSeconds))
+            .arg(address.isReadOnly ? ";QSQLITE_OPEN_READONLY" : "");
     case Backend::PostgreSQL:
         return QString("connect_timeout=%1").arg(seconds);
     case Backend::MariaDB:
@@ -55,19 +60,91 @@ QString optionsOf(const DatabaseAddress &address)
     return QString("MYSQL_OPT_CONNECT_TIMEOUT=%1%2").arg(seconds).arg(socket);
 }
 
-/** Statements that set a new connection up. */
-QStringList greetingsOf(Backend backend)
+/** The name of a database as its driver takes it. */
+QString nameOf(const DatabaseAddress &address)
 {
-    switch (backend) {
+    if (address.backend != Backend::SQLite)
+        return address.database;
+    const QString start = QFileInfo(address.database).isAbsolute() ? "file://" : "file:";
+    const QString uri = start + QUrl::toPercentEncoding(address.database, "/");
+    return isFrozenFile(address) ? uri + "?immutable=1" : uri;
+}
+
+/** Statements that set a new connection up; the last one gives the server's number of it. */
+QStringList greetingsOf(const DatabaseAddress &address)
+{
+    QStringList greetings;
+    switch (address.backend) {
     case Backend::SQLite:
         // The file is looked at by the second one only: until then any would do.
         return {"PRAGMA foreign_keys = ON", "PRAGMA schema_version"};
     case Backend::PostgreSQL:
-        return {"SET TIME ZONE 'UTC'"};
+        greetings << "SET TIME ZONE 'UTC'";
+        if (address.isReadOnly)
+            greetings << "SET default_transaction_read_only = on";
+        return greetings << "SELECT pg_backend_pid()";
     case Backend::MariaDB:
         break;
     }
-    return {"SET NAMES utf8mb4", "SET time_zone = '+00:00', sql_mode = 'STRICT_ALL_TABLES'"};
+    greetings << "SET NAMES utf8mb4"
+              << "SET time_zone = '+00:00', sql_mode = 'STRICT_ALL_TABLES'";
+    if (address.isReadOnly)
+        greetings << "SET SESSION TRANSACTION READ ONLY";
+    return greetings << "SELECT CONNECTION_ID()";
+}
+
+/** Whether an SQLite file keeps its changes in a log beside it. */
+bool hasLog(const QString &name)
+{
+    // The two versions that the header asks for from who writes and who reads.
+    constexpr int VersionsAt = 18;
+    QFile file(name);
+    return file.open(QIODevice::ReadOnly) &&
+           file.read(VersionsAt + 2).mid(VersionsAt) == QByteArray(2, 2);
+}
+
+bool isInWritableFolder(const QString &name)
+{
+    return QFileInfo(QFileInfo(name).absolutePath()).isWritable();
+}
+
+/** What SQLite's text about a file that can't be opened leaves out; empty if it is something else.
+ */
+QString causeOf(const DatabaseAddress &address)
+{
+    const QString name = QFileInfo(address.database).canonicalFilePath();
+    if (address.backend != Backend::SQLite || name.isEmpty() || !hasLog(name) ||
+        isInWritableFolder(name) || QFileInfo(name + "-wal").size() == 0)
+        return {};
+    return QString(" (changes are in %1-wal, and nothing can be written into its folder)")
+        .arg(name);
+}
+
+using Interrupt = void (*)(void *);
+
+/** What interrupts SQLite: of the very library that the driver uses, or null. */
+Interrupt interruptOf(const QSqlDatabase &database)
+{
+    static const Interrupt found = [&]() -> Interrupt {
+        QLibrary library("sqlite3", 0);
+        const auto source =
+            reinterpret_cast<const char *(*)()>(library.resolve("sqlite3_sourceid"));
+        const auto interrupt = reinterpret_cast<Interrupt>(library.resolve("sqlite3_interrupt"));
+        QSqlQuery query("SELECT sqlite_source_id()", database);
+        return source && interrupt && query.next() && query.value(0).toString() == source()
+                   ? interrupt
+                   : nullptr;
+    }();
+    return found;
+}
+
+/** The driver's handle of an SQLite file; null if there is none. */
+void *handleOf(const QSqlDatabase &database)
+{
+    const QVariant handle = database.driver()->handle();
+    return qstrcmp(handle.typeName(), "sqlite3*") == 0
+               ? *static_cast<void *const *>(handle.constData())
+               : nullptr;
 }
 
 QString textOf(Backend backend, const QSqlError &error)
@@ -145,7 +222,23 @@ uint64_t nextSerial()
     return ++serial;
 }
 
+/** A name that no connection of Qt has yet. */
+QString newName()
+{
+    static std::atomic<uint64_t> count{0};
+    return QString("tellarix-%1").arg(++count);
+}
+
 } // namespace
+
+bool isFrozenFile(const DatabaseAddress &address)
+{
+    const QString name = QFileInfo(address.database).canonicalFilePath();
+    // With a log others are at work, or have left behind what isn't in the file yet.
+    return address.backend == Backend::SQLite && !name.isEmpty() && hasLog(name) &&
+           !isInWritableFolder(name) && QFileInfo(name + "-wal").size() == 0 &&
+           !QFileInfo::exists(name + "-shm");
+}
 
 DatabaseConnection::DatabaseConnection(const DatabaseAddress &address, const QString &name)
     : _address(address), _name(name)
@@ -162,6 +255,11 @@ void DatabaseConnection::close()
     query.reset();
     _statements.clear();
     _isLost = false;
+    {
+        const std::lock_guard<std::mutex> lock(_mutex);
+        _file = nullptr;
+        _serverNumber.clear();
+    }
     if (!_database.isValid())
         return;
     _database.close();
@@ -193,7 +291,7 @@ bool DatabaseConnection::connect(bool mayCreate)
         return fail(QString("there is no such file"));
 
     _database = QSqlDatabase::addDatabase(driver.name, _name);
-    _database.setDatabaseName(_address.database);
+    _database.setDatabaseName(nameOf(_address));
     const bool hasFolder = _address.backend == Backend::PostgreSQL && !_address.socket.isEmpty();
     _database.setHostName(hasFolder ? _address.socket : _address.host);
     _database.setPort(_address.port);
@@ -202,13 +300,40 @@ bool DatabaseConnection::connect(bool mayCreate)
     _database.setConnectOptions(optionsOf(_address));
     if (!_database.open())
         return fail(_database.lastError());
+    if (greet())
+        return true;
+    error += causeOf(_address);
+    return false;
+}
 
-    for (const QString &statement : greetingsOf(_address.backend)) {
+bool DatabaseConnection::greet()
+{
+    QString answer;
+    for (const QString &statement : greetingsOf(_address)) {
         QSqlQuery greeting(_database);
         if (!greeting.exec(statement))
             return fail(greeting.lastError());
+        answer = greeting.next() ? greeting.value(0).toString() : QString();
     }
+    const bool isFile = _address.backend == Backend::SQLite;
+    void *file = isFile && interruptOf(_database) ? handleOf(_database) : nullptr;
+    const std::lock_guard<std::mutex> lock(_mutex);
+    _file = file;
+    _serverNumber = isFile ? QString() : answer;
     return true;
+}
+
+void DatabaseConnection::interrupt()
+{
+    const std::lock_guard<std::mutex> lock(_mutex);
+    if (_file)
+        interruptOf(_database)(_file);
+}
+
+QString DatabaseConnection::serverNumber() const
+{
+    const std::lock_guard<std::mutex> lock(_mutex);
+    return _serverNumber;
 }
 
 bool DatabaseConnection::fail(const QString &cause)
@@ -247,11 +372,9 @@ DatabaseConnection *ConnectionPool::open()
 {
     DatabaseConnection *connection = existing();
     if (!connection) {
-        static std::atomic<uint64_t> count{0};
-        const QString name = QString("tellarix-%1").arg(++count);
         const std::lock_guard<std::mutex> lock(_mutex);
         auto &entry = _connections[QThread::currentThreadId()];
-        entry = std::make_unique<DatabaseConnection>(_address, name);
+        entry = std::make_unique<DatabaseConnection>(_address, newName());
         connection = entry.get();
         poolsOfThread().add(shared_from_this());
         latest = {_serial, connection};
@@ -278,6 +401,33 @@ void ConnectionPool::closeOfThread()
         latest = {};
     const std::lock_guard<std::mutex> lock(_mutex);
     _connections.erase(QThread::currentThreadId());
+}
+
+void ConnectionPool::cancel()
+{
+    QStringList numbers;
+    {
+        const std::lock_guard<std::mutex> lock(_mutex);
+        for (const auto &[thread, connection] : _connections) {
+            if (thread == QThread::currentThreadId())
+                continue;
+            connection->interrupt();
+            numbers << connection->serverNumber();
+        }
+    }
+    numbers.removeAll(QString());
+    if (numbers.isEmpty())
+        return;
+
+    DatabaseConnection other(_address, newName());
+    if (!other.open(false))
+        return;
+    const bool isMariaDB = _address.backend == Backend::MariaDB;
+    for (const QString &number : qAsConst(numbers)) {
+        QSqlQuery(other.database())
+            .exec(
+                QString(isMariaDB ? "KILL QUERY %1" : "SELECT pg_cancel_backend(%1)").arg(number));
+    }
 }
 
 void ConnectionPool::closeAll()

@@ -2,7 +2,7 @@
 
 #pragma once
 
-#include <tellarix/client/io/databaseaddress_p.h>
+#include <tellarix/client/io/databaseaddress.h>
 
 #include <QSqlDatabase>
 #include <QSqlQuery>
@@ -17,6 +17,10 @@
 
 namespace Tellarix {
 namespace IO {
+
+/** Whether an SQLite file can be read only as one that nobody changes: it keeps its changes in a
+ * log, for which its folder has no place. */
+bool isFrozenFile(const DatabaseAddress &address);
 
 /** Text of a field, made when it is first asked for. */
 struct FieldText
@@ -50,6 +54,12 @@ public:
 
     QSqlDatabase database() const { return _database; }
 
+    /** Ends the statement that runs, of an SQLite file; may be called from any thread. */
+    void interrupt();
+    /** The server's number of the connection, to end its statement with; empty for SQLite and if it
+     *  isn't open. May be called from any thread. */
+    QString serverNumber() const;
+
     std::optional<QSqlQuery> query;
     int64_t row{-1};
     std::vector<FieldText> fields;
@@ -59,12 +69,16 @@ public:
 private:
     void close();
     bool connect(bool mayCreate);
+    bool greet();
 
     const DatabaseAddress _address;
     const QString _name;
     QSqlDatabase _database;
     std::unordered_map<std::string, std::unique_ptr<QSqlQuery>> _statements;
     bool _isLost{false};
+    mutable std::mutex _mutex; /**< guards what follows */
+    void *_file{nullptr};      /**< SQLite's handle */
+    QString _serverNumber;
 };
 
 /** The connections of all threads to one database. */
@@ -102,6 +116,8 @@ public:
 
     /** Closes the connection of the calling thread. */
     void closeOfThread();
+    /** Ends the statements that run. */
+    void cancel();
     /** Closes all; no thread may be using one. */
     void closeAll();
 

@@ -121,7 +121,7 @@ DatabaseInterfacePtr DatabaseInterface::Open(const QString &url, QString *error)
     if (database->_pool->open())
         return database;
     if (error)
-        *error = address->display + ": " + database->lastError();
+        *error = address->display() + ": " + database->lastError();
     return nullptr;
 }
 
@@ -140,7 +140,17 @@ DatabaseInterface::Backend DatabaseInterface::backend() const
 
 QString DatabaseInterface::displayUrl() const
 {
-    return _pool->address().display;
+    return _pool->address().display();
+}
+
+QString DatabaseInterface::address() const
+{
+    return _pool->address().toString();
+}
+
+bool DatabaseInterface::isReadOnly() const
+{
+    return _pool->address().isReadOnly || isFrozenFile(_pool->address());
 }
 
 std::string DatabaseInterface::convertColumnName(const std::string &name) const
@@ -329,6 +339,11 @@ bool DatabaseInterface::isInTransaction() const
 {
     const DatabaseConnection *connection = _pool->existing();
     return connection && connection->inTransaction;
+}
+
+void DatabaseInterface::cancel()
+{
+    _pool->cancel();
 }
 
 QString DatabaseInterface::lastError() const

@@ -7,6 +7,9 @@
 
 #include <QStringList>
 
+#include <algorithm>
+#include <iterator>
+
 namespace Tellarix {
 namespace IO {
 namespace DatabaseSchema {
@@ -131,7 +134,8 @@ const char *listOfTables(Backend backend)
 {
     switch (backend) {
     case Backend::SQLite:
-        return "SELECT name FROM sqlite_master WHERE type = 'table'";
+        return "SELECT name FROM sqlite_master WHERE type = 'table' AND name NOT LIKE 'sqlite\\_%' "
+               "ESCAPE '\\'";
     case Backend::PostgreSQL:
         return "SELECT table_name FROM information_schema.tables "
                "WHERE table_schema = current_schema()";
@@ -141,16 +145,29 @@ const char *listOfTables(Backend backend)
     return "SELECT table_name FROM information_schema.tables WHERE table_schema = database()";
 }
 
-/** Those of our tables that are there; false if the database can't be asked. */
-bool findTables(DatabaseInterface &database, QStringList &found)
+/** The tables that are there. */
+struct Tables
 {
+    QStringList ours;
+    QStringList others;
+};
+
+/** False if the database can't be asked. */
+bool findTables(DatabaseInterface &database, Tables &found)
+{
+
     if (!database.beginQuery(listOfTables(database.backend())))
         return false;
     while (database.fetchRow()) {
-        for (const char *table : TableNames) {
-            if (Core::compareNoCase(table, database.field(0)) == 0)
-                found << table;
-        }
+        const char *name = database.field(0);
+        // PostgreSQL spells them in small letters.
+        const auto *table =
+            std::find_if(std::begin(TableNames), std::end(TableNames),
+                         [name](const char *ours) { return Core::compareNoCase(ours, name) == 0; });
+        if (table != std::end(TableNames))
+            found.ours << *table;
+        else
+            found.others << QString::fromUtf8(name);
     }
     const bool isWhole = database.lastError().isEmpty();
     database.endQuery();
@@ -227,27 +244,40 @@ std::vector<std::string> statements(Backend backend)
 
 bool create(DatabaseInterface &database, QString *error)
 {
-    QStringList tables;
+    Tables tables;
     if (!database.createFile() || !findTables(database, tables))
         return fail(database, database.lastError(), error);
-    if (!tables.isEmpty())
-        return fail(database, "there are tables already: " + tables.join(", "), error);
+    if (!tables.ours.isEmpty())
+        return fail(database, "there are tables already: " + tables.ours.join(", "), error);
+    // A server's database may serve several programs, but a file is some program's document.
+    if (database.backend() == Backend::SQLite && !tables.others.isEmpty())
+        return fail(database, "the file is another program's: " + tables.others.join(", "), error);
 
-    // With a log that is written ahead, others can read while events are imported. A file system
-    // that can't do it leaves the file as it is.
+    // Large pages spare lists of all events some time. With a log that is written ahead, others can
+    // read while events are imported; a file system that can't do it leaves the file as it is.
     if (database.backend() == Backend::SQLite)
-        database.execute("PRAGMA journal_mode = WAL");
+        database.execute("PRAGMA page_size = 16384") &&
+            database.execute("PRAGMA journal_mode = WAL");
     const QString cause = database.backend() == Backend::MariaDB
                               ? createWithoutTransaction(database)
                               : createInTransaction(database);
     return cause.isEmpty() || fail(database, cause, error);
 }
 
+bool ensure(DatabaseInterface &database, QString *error)
+{
+    Tables tables;
+    if (findTables(database, tables) && !tables.ours.isEmpty())
+        return check(database, error);
+    return create(database, error);
+}
+
 bool check(DatabaseInterface &database, QString *error)
 {
-    QStringList tables;
-    if (!findTables(database, tables))
+    Tables found;
+    if (!findTables(database, found))
         return fail(database, database.lastError(), error);
+    const QStringList &tables = found.ours;
     if (tables.isEmpty())
         return fail(database, "there are no tables of events in it", error);
     if (!tables.contains("SchemaVersion"))

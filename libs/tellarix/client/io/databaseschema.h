@@ -38,6 +38,7 @@ TELLARIX_CLIENT_API std::vector<std::string> statements(DatabaseInterface::Backe
 /** @name See EventArchive
  *  @{ */
 TELLARIX_CLIENT_API bool create(DatabaseInterface &database, QString *error = nullptr);
+TELLARIX_CLIENT_API bool ensure(DatabaseInterface &database, QString *error = nullptr);
 TELLARIX_CLIENT_API bool check(DatabaseInterface &database, QString *error = nullptr);
 /** @} */
 

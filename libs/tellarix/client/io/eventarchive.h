@@ -5,7 +5,7 @@
 #include <tellarix/client/api.h>
 #include <tellarix/client/io/databaseinterface.h>
 #include <tellarix/core/datamodel/event.h>
-#include <tellarix/core/time.h>
+#include <tellarix/core/timewindow.h>
 
 #include <QString>
 
@@ -39,10 +39,12 @@ public:
 
     /**
      * Makes the tables of an empty database.
-     * @return false, with the cause in @p error, if there are other tables of these names or the
-     *         database refuses
+     * @return false, with the cause in @p error, if there are other tables of these names, any in
+     *         an SQLite file, or the database refuses
      */
     static bool createSchema(DatabaseInterface &database, QString *error = nullptr);
+    /** Makes the tables if there are none yet, and checks them otherwise. */
+    static bool ensureSchema(DatabaseInterface &database, QString *error = nullptr);
     /** Whether the tables are there in the version that this program writes. */
     static bool checkSchema(DatabaseInterface &database, QString *error = nullptr);
 
@@ -73,6 +75,9 @@ public:
                  QString *error = nullptr);
     /** Number of events of a selection; -1 on an error. */
     int count(const EventSelection &selection, QString *error = nullptr);
+    /** From the first origin time to a second behind the last; not valid if there is none, or on an
+     *  error. */
+    Core::TimeWindow extent(QString *error = nullptr);
 
 private:
     DatabaseInterfacePtr _database;

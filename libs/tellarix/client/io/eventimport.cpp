@@ -6,7 +6,6 @@
 #include <tellarix/client/io/eventreader.h>
 
 #include <QFile>
-#include <QFileInfo>
 
 namespace Tellarix {
 namespace IO {
@@ -63,15 +62,8 @@ EventImportResult importEvents(DatabaseInterfacePtr database, const QString &fil
 {
     EventImportResult result;
     QFile device(file);
-    // A pipe that nobody writes to would be waited for without end.
-    if (QFileInfo(file).exists() && !QFileInfo(file).isFile()) {
-        result.error = named(file, QStringLiteral("is no file"));
+    if (!openEventFile(device, &result.error))
         return result;
-    }
-    if (!device.open(QIODevice::ReadOnly)) {
-        result.error = named(file, device.errorString());
-        return result;
-    }
     Transaction transaction(*database);
     if (!transaction.isOpen()) {
         result.error = named(database->displayUrl(), database->lastError());

@@ -5,7 +5,8 @@
 #include <tellarix/client/io/eventtablereader_p.h>
 #include <tellarix/client/io/quakemlreader_p.h>
 
-#include <QFileDevice>
+#include <QFile>
+#include <QFileInfo>
 
 namespace Tellarix {
 namespace IO {
@@ -13,6 +14,18 @@ namespace IO {
 namespace {
 
 constexpr int HeadSize = 64 << 10; // a comment may come first
+
+bool fail(const QString &name, const QString &cause, QString *error)
+{
+    if (error)
+        *error = QString("%1: %2").arg(name, cause);
+    return false;
+}
+
+bool failUnknown(const QString &name, QString *error)
+{
+    return fail(name, "neither QuakeML nor a table of events", error);
+}
 
 QByteArray firstLine(const QByteArray &text)
 {
@@ -33,9 +46,7 @@ bool readKnown(QIODevice &device, const QString &name, const EventReadHandler &h
     case EventFormat::Unknown:
         break;
     }
-    if (error)
-        *error = QString("%1: neither QuakeML nor a table of events").arg(name);
-    return false;
+    return failUnknown(name, error);
 }
 
 } // namespace
@@ -58,6 +69,18 @@ EventFormat eventFormatOf(const QByteArray &head)
     return EventFormat::Unknown;
 }
 
+bool openEventFile(QFile &file, QString *error)
+{
+    const QString name = file.fileName();
+    const QFileInfo info(name);
+    // A pipe that nobody writes to would be waited for without end.
+    if (info.exists() && !info.isFile())
+        return fail(name, "is no file", error);
+    if (!file.open(QIODevice::ReadOnly))
+        return fail(name, file.errorString(), error);
+    return eventFormatOf(file.peek(HeadSize)) != EventFormat::Unknown || failUnknown(name, error);
+}
+
 bool readEvents(QIODevice &device, const QString &name, const EventReadHandler &handler,
                 QString *error)
 {
@@ -66,9 +89,7 @@ bool readEvents(QIODevice &device, const QString &name, const EventReadHandler &
     const auto *file = qobject_cast<QFileDevice *>(&device);
     if (!file || file->error() == QFileDevice::NoError)
         return read;
-    if (error)
-        *error = QString("%1: %2").arg(name, file->errorString());
-    return false;
+    return fail(name, file->errorString(), error);
 }
 
 } // namespace IO

@@ -9,6 +9,7 @@
 
 #include <functional>
 
+class QFile;
 class QIODevice;
 
 namespace Tellarix {
@@ -25,6 +26,10 @@ enum class EventFormat
 
 /** Tells a form by the first bytes of a file, whatever it is called. */
 TELLARIX_CLIENT_API EventFormat eventFormatOf(const QByteArray &head);
+
+/** Opens a file for reading, if it holds events in a known form by its first bytes; false with its
+ *  name and the cause in @p error. */
+TELLARIX_CLIENT_API bool openEventFile(QFile &file, QString *error = nullptr);
 
 /** What happens while events are read. */
 struct EventReadHandler

@@ -6,6 +6,14 @@
 namespace Tellarix {
 namespace IO {
 
+std::string joined(const std::vector<std::string> &texts, const char *before)
+{
+    std::string list;
+    for (const std::string &text : texts)
+        list += (list.empty() ? "" : ", ") + (before + text);
+    return list;
+}
+
 QVariant storedText(const std::string &text)
 {
     return text.empty() ? QVariant(QVariant::String) : QString::fromStdString(text);

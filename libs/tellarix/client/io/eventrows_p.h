@@ -14,6 +14,9 @@
 namespace Tellarix {
 namespace IO {
 
+/** Texts with commas between them and something before each. */
+std::string joined(const std::vector<std::string> &texts, const char *before = "");
+
 /** A text as a value of a statement; null if it is empty. */
 QVariant storedText(const std::string &text);
 

@@ -5,6 +5,8 @@
 #include <tellarix/client/io/eventlistwriter_p.h>
 #include <tellarix/client/io/quakemlwriter_p.h>
 
+#include <QFileInfo>
+
 namespace Tellarix {
 namespace IO {
 
@@ -19,6 +21,16 @@ std::unique_ptr<EventWriter> EventWriter::Create(const QString &form, QIODevice 
     if (form == "geojson")
         return std::make_unique<EventGeoJsonWriter>(device);
     return nullptr;
+}
+
+QString EventWriter::FormOf(const QString &file)
+{
+    const QString suffix = QFileInfo(file).suffix().toLower();
+    if (suffix == "xml" || suffix == "qml")
+        return "quakeml";
+    if (suffix == "json" || suffix == "geojson")
+        return "geojson";
+    return suffix == "csv" ? suffix : QString();
 }
 
 } // namespace IO

@@ -27,6 +27,9 @@ public:
     /** Form names are "quakeml", "csv" and "geojson"; null for any other. */
     static std::unique_ptr<EventWriter> Create(const QString &form, QIODevice &device);
 
+    /** The form that a file's name asks for by its suffix; empty if none does. */
+    static QString FormOf(const QString &file);
+
     virtual ~EventWriter();
 
     /** False when the device takes no more; its errorString() tells why. */
