@@ -36,7 +36,8 @@ set(library_package libtellarix-norvu${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_LIBRARIES_PACKAGE_NAME ${library_package})
 set(CPACK_DEBIAN_LIBRARIES_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_LIBRARIES_PACKAGE_DEPENDS "libqt5sql5-sqlite, fonts-dejavu-core")
-set(CPACK_DEBIAN_LIBRARIES_PACKAGE_RECOMMENDS "ca-certificates")
+set(CPACK_DEBIAN_LIBRARIES_PACKAGE_RECOMMENDS
+    "ca-certificates, libqt5sql5-psql, libqt5sql5-mysql")
 file(CONFIGURE OUTPUT "${PROJECT_BINARY_DIR}/triggers" CONTENT "activate-noawait ldconfig\n")
 set(CPACK_DEBIAN_LIBRARIES_PACKAGE_CONTROL_EXTRA "${PROJECT_BINARY_DIR}/triggers")
 set(CPACK_DEBIAN_LIBRARIES_DESCRIPTION "desktop seismology toolkit: libraries

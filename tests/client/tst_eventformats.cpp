@@ -3,7 +3,7 @@
 #include "eventtesting.h"
 
 #include <tellarix/client/io/eventreader.h>
-#include <tellarix/client/io/eventsummary.h>
+#include <tellarix/client/io/eventline.h>
 #include <tellarix/client/io/eventwriter.h>
 
 #include <QBuffer>
@@ -117,11 +117,11 @@ private slots:
         QCOMPARE(features.size(), events.size());
         QCOMPARE(reading.events.size(), events.size());
         for (int i = 0; i < events.size(); ++i) {
-            QJsonObject expected = IO::EventSummary::Of(*events[i]).toJson();
+            QJsonObject expected = IO::EventLine::Of(*events[i]).toJson();
             QCOMPARE(features[i].toObject().value("properties").toObject(), expected);
             if (expected.value("magnitude").isNull())
                 expected["magnitudeType"] = QJsonValue();
-            QCOMPARE(IO::EventSummary::Of(*reading.events[i]).toJson(), expected);
+            QCOMPARE(IO::EventLine::Of(*reading.events[i]).toJson(), expected);
         }
         const QJsonArray position =
             features[0].toObject().value("geometry").toObject().value("coordinates").toArray();
@@ -249,7 +249,7 @@ private slots:
         const Reading reading = read(text);
         QVERIFY2(reading.ok, qPrintable(reading.error));
         QCOMPARE(reading.events.size(), 1);
-        const IO::EventSummary event = IO::EventSummary::Of(*reading.events[0]);
+        const IO::EventLine event = IO::EventLine::Of(*reading.events[0]);
         const auto number = [](const std::optional<double> &value) {
             return value ? QString::number(*value, 'g', 12) : QString();
         };

@@ -3,13 +3,14 @@
 #include "databasetesting.h"
 #include "eventtesting.h"
 
+#include <tellarix/client/io/eventexport.h>
 #include <tellarix/client/io/eventimport.h>
-#include <tellarix/client/io/eventsummary.h>
+#include <tellarix/client/io/eventline.h>
 #include <tellarix/client/io/eventwriter.h>
 
 #include <QFile>
-#include <QJsonDocument>
 #include <QTemporaryDir>
+#include <QTemporaryFile>
 #include <QtTest>
 
 using namespace Tellarix;
@@ -35,7 +36,7 @@ QByteArray listOf(const IO::DatabaseInterfacePtr &database)
 {
     QByteArray list;
     IO::EventArchive(database).forEach({}, [&](const DataModel::EventPtr &event) {
-        list += IO::EventSummary::Of(*event).toCsv() + '\n';
+        list += IO::EventLine::Of(*event).toCsv() + '\n';
         return true;
     });
     return list;
@@ -98,12 +99,77 @@ private slots:
         QCOMPARE(listOf(database), QByteArray());
     }
 
-    void namesWhatCanNotBeRead()
+    /** One element that takes up the whole file. */
+    void canBeStoppedAnywhere()
     {
         const Scratch scratch("sqlite");
-        const auto result = IO::importEvents(scratch.openWithTables(), "/no/such/file.xml");
+        QTemporaryFile file;
+        QVERIFY(file.open());
+        file.write("<q:quakeml xmlns:q=\"http://quakeml.org/xmlns/quakeml/1.2\"><more>");
+        for (int i = 0; i < 100000; ++i)
+            file.write("<a>some text</a>");
+        file.flush();
+        qint64 seen = 0;
+        const auto result =
+            IO::importEvents(scratch.openWithTables(), file.fileName(), [&](qint64 done, qint64) {
+                seen = done;
+                return done < 200000;
+            });
         QVERIFY(!result.ok);
-        QVERIFY2(result.error.startsWith("/no/such/file.xml: "), qPrintable(result.error));
+        QCOMPARE(result.error, QString());
+        QVERIFY2(seen < 300000, qPrintable(QString::number(seen)));
+    }
+
+    void exportsAllOrNothing()
+    {
+        const Scratch scratch("sqlite");
+        const QTemporaryDir folder;
+        const auto database = scratch.openWithTables();
+        QVERIFY(IO::importEvents(database, writeFile(folder, 250, 8)).ok);
+        const Core::TimeWindow extent = IO::EventArchive(database).extent();
+        IO::EventSelection outside;
+        outside.from = extent.endTime();
+        IO::EventSelection inside;
+        inside.from = extent.startTime();
+        inside.to = extent.endTime();
+        QCOMPARE(IO::EventArchive(database).count(outside), 0);
+
+        QFile file(folder.filePath("events.csv"));
+        QVERIFY(file.open(QFile::WriteOnly) && file.write("precious") > 0);
+        file.close();
+        const auto size = [&] { return QFileInfo(file.fileName()).size(); };
+        IO::EventExportHandler handler;
+        QVector<int> told;
+        handler.progress = [&](int done, int total) {
+            told << done << total;
+            return done < 200;
+        };
+        auto result = IO::exportEvents(database, inside, "csv", file.fileName(), handler);
+        QVERIFY(!result.ok && result.error.isEmpty());
+        QCOMPARE(told, (QVector<int>{100, 250, 200, 250}));
+        QCOMPARE(size(), 8);
+        QVERIFY(!IO::exportEvents(database, inside, "doc", file.fileName()).ok);
+        QCOMPARE(size(), 8);
+        handler = {};
+        handler.wants = [](const DataModel::Event &event) { return event.publicID == "event/7"; };
+        result = IO::exportEvents(database, inside, "csv", file.fileName(), handler);
+        QVERIFY2(result.ok, qPrintable(result.error));
+        QCOMPARE(result.written, 1);
+        QVERIFY(file.open(QFile::ReadOnly) && file.readAll().contains("\r\nevent/7,"));
+
+        // A disk that is full (the device must be one afterwards), and tables that go meanwhile.
+        const QString full = "/dev/full";
+        QVERIFY(!QFileInfo(full).isFile());
+        result = IO::exportEvents(database, inside, "csv", full);
+        QVERIFY2(!result.ok && result.error.contains("No space"), qPrintable(result.error));
+        QVERIFY(!QFileInfo(full).isFile());
+        handler = {};
+        handler.progress = [&](int done, int) {
+            return done > 100 || database->execute("alter table Magnitude rename to Lost");
+        };
+        result = IO::exportEvents(database, inside, "quakeml", file.fileName(), handler);
+        QVERIFY(!result.ok);
+        QVERIFY2(result.error.contains("Magnitude"), qPrintable(result.error));
     }
 };
 

@@ -7,26 +7,104 @@
 
 #include <tellarix/qt/scheme.h>
 
+#include <QSqlDatabase>
+#include <QSqlDriver>
+#include <QSqlField>
+#include <QSqlRecord>
+#include <QSqlResult>
 #include <QStandardItemModel>
+#include <QTemporaryFile>
+
+#include <locale>
 
 using namespace EventTesting;
 using namespace Norvu::Gui;
 
 namespace {
 
-/** Fields of a row. */
-int fieldsOfRow = 16;
+using Rows = QVector<QVariantList>;
 
-} // namespace
-
-/** Stands in front of the library's own: no database makes another number of fields of the worker's
- *  statement. */
-int Tellarix::IO::DatabaseInterface::fieldCount() const
+/** What the two statements of a worker give. */
+struct Script
 {
-    return fieldsOfRow;
-}
+    Rows count;
+    Rows list;
+};
+Script script;
 
-namespace {
+/** Gives the rows of the script. */
+class ScriptedResult : public QSqlResult
+{
+public:
+    explicit ScriptedResult(const QSqlDriver *driver) : QSqlResult(driver) {}
+
+protected:
+    bool reset(const QString &statement) override
+    {
+        _rows = statement.startsWith("select count")    ? script.count
+                : statement.startsWith("select Origin") ? script.list
+                                                        : Rows();
+        setSelect(true);
+        setActive(true);
+        return true;
+    }
+    bool fetch(int row) override
+    {
+        setAt(row);
+        return row < _rows.size();
+    }
+    bool fetchFirst() override { return fetch(0); }
+    bool fetchLast() override { return fetch(_rows.size() - 1); }
+    QVariant data(int field) override { return _rows[at()].value(field); }
+    bool isNull(int field) override { return data(field).isNull(); }
+    int size() override { return -1; }
+    int numRowsAffected() override { return -1; }
+    QSqlRecord record() const override
+    {
+        QSqlRecord record;
+        for (int i = 0; i < _rows.value(0).size(); ++i)
+            record.append(QSqlField());
+        return record;
+    }
+
+private:
+    Rows _rows;
+};
+
+/** Stands in for SQLite's driver, and gives what no database does. */
+class ScriptedDriver : public QSqlDriver
+{
+public:
+    bool hasFeature(DriverFeature) const override { return false; }
+    bool open(const QString &, const QString &, const QString &, const QString &, int,
+              const QString &) override
+    {
+        setOpen(true);
+        return true;
+    }
+    void close() override {}
+    QSqlResult *createResult() const override { return new ScriptedResult(this); }
+};
+
+/** A point for a decimal point is what half the world has not. */
+class DecimalComma : public std::numpunct<char>
+{
+protected:
+    char do_decimal_point() const override { return ','; }
+};
+
+/** A value with its type. */
+QString described(const QVariant &value)
+{
+    switch (value.userType()) {
+    case QMetaType::Double:
+        return 'd' + value.toString();
+    case QMetaType::Int:
+        return 'i' + value.toString();
+    default:
+        return value.isValid() ? value.toString() : "none";
+    }
+}
 
 /** Lets a worker load, and keeps what it tells in its order. */
 struct Load
@@ -91,97 +169,39 @@ class EventListWorkerTest : public QObject
     Q_OBJECT
 
 private slots:
-    void cleanup() { fieldsOfRow = 16; }
-
     void showsEvents_data()
     {
         QTest::addColumn<QString>("change"); // what else is done to the only event
-        QTest::addColumn<QStringList>("texts");
-        QTest::addColumn<QVariantList>("sortValues");
-        const QVariant none;
-        QTest::newRow("all there") << "" << Texts{"2024-01-05 10:11:12",
-                                                  "4.2",
-                                                  "Mw",
-                                                  "12",
-                                                  "10.26 N",
-                                                  "20.00 W",
-                                                  "31",
-                                                  "C",
-                                                  "",
-                                                  "e%2",
-                                                  "earthquake",
-                                                  "H\u00e9re"}
-                                   << QVariantList{"2024-01-05 10:11:12",
-                                                   4.15,
-                                                   "Mw",
-                                                   12,
-                                                   10.255,
-                                                   -20.0,
-                                                   30.9,
-                                                   int('C'),
-                                                   none,
-                                                   "e%2",
-                                                   "earthquake",
-                                                   "H\u00e9re"};
+        QTest::addColumn<QString>("texts");
+        QTest::addColumn<QString>("sortValues");
+        QTest::newRow("all there")
+            << ""
+            << "2024-01-05 10:11:12|4.2|Mw|12|10.26 N|20.00 W|31|C||e%2|earthquake|H\u00e9re"
+            << "2024-01-05 "
+               "10:11:12|d4.15|Mw|i12|d10.255|d-20|d30.9|i67|none|e%2|earthquake|H\u00e9re";
         QTest::newRow("zeros")
             << "UPDATE Origin SET latitude_value = 0, longitude_value = 0, depth_value = -0.2, "
                "quality_usedPhaseCount = 0, evaluationStatus = NULL"
-            << Texts{"2024-01-05 10:11:12",
-                     "4.2",
-                     "Mw",
-                     "0",
-                     "0.00 N",
-                     "0.00 E",
-                     "0",
-                     "M",
-                     "",
-                     "e%2",
-                     "earthquake",
-                     "H\u00e9re"}
-            << QVariantList{"2024-01-05 10:11:12",
-                            4.15,
-                            "Mw",
-                            0,
-                            0.0,
-                            0.0,
-                            -0.2,
-                            int('M'),
-                            none,
-                            "e%2",
-                            "earthquake",
-                            "H\u00e9re"};
+            << "2024-01-05 10:11:12|4.2|Mw|0|0.00 N|0.00 E|0|M||e%2|earthquake|H\u00e9re"
+            << "2024-01-05 10:11:12|d4.15|Mw|i0|d0|d0|d-0.2|i77|none|e%2|earthquake|H\u00e9re";
         QTest::newRow("nulls and texts that are no numbers")
             << "UPDATE Origin SET latitude_value = NULL, longitude_value = 'west', depth_value = "
                "NULL, quality_usedPhaseCount = 1.5, evaluationStatus = NULL, evaluationMode = NULL;"
                "UPDATE Magnitude SET magnitude_value = NULL, type = NULL;"
                "UPDATE Event SET type = NULL, preferredFocalMechanismID = NULL;"
                "DELETE FROM EventDescription"
-            << Texts{"2024-01-05 10:11:12", "-", "", "-", "-", "-", "-", "A", "-", "e%2", "", ""}
-            << QVariantList{"2024-01-05 10:11:12",
-                            none,
-                            "",
-                            none,
-                            none,
-                            none,
-                            none,
-                            int('A'),
-                            none,
-                            "e%2",
-                            "",
-                            ""};
-        QTest::newRow("no time") << "UPDATE Origin SET time_value = '2024-01-05 10:xx'"
-                                 << Texts{"",   "4.2", "Mw", "12",  "10.26 N",    "20.00 W",
-                                          "31", "C",   "",   "e%2", "earthquake", "H\u00e9re"}
-                                 << QVariantList{"",     4.15,  "Mw",         12,
-                                                 10.255, -20.0, 30.9,         int('C'),
-                                                 none,   "e%2", "earthquake", "H\u00e9re"};
+            << "2024-01-05 10:11:12|-||-|-|-|-|A|-|e%2||"
+            << "2024-01-05 10:11:12|none||none|none|none|none|i65|none|e%2||";
+        QTest::newRow("no time")
+            << "UPDATE Origin SET time_value = '2024-01-05 10:xx'"
+            << "|4.2|Mw|12|10.26 N|20.00 W|31|C||e%2|earthquake|H\u00e9re"
+            << "|d4.15|Mw|i12|d10.255|d-20|d30.9|i67|none|e%2|earthquake|H\u00e9re";
     }
 
     void showsEvents()
     {
         QFETCH(QString, change);
-        QFETCH(QStringList, texts);
-        QFETCH(QVariantList, sortValues);
+        QFETCH(QString, texts);
         Draft draft{"e%2"};
         draft.time += ".5";
         draft.latitude = 10.255;
@@ -199,28 +219,32 @@ private slots:
         const Load load(catalogue.database.get());
         QCOMPARE(load.worker.errorString(), QString());
         QCOMPARE(load.model.rowCount(), 1);
+        QStringList shown;
+        QStringList sortValues;
         const int alignments[] = {130, 132, 129, 132, 130, 130, 130, 132, 132, 129, 129, 129};
         for (int column = 0; column < 12; ++column) {
             const QStandardItem *item = load.model.item(0, column);
-            QCOMPARE(item->text(), texts[column]);
-            QCOMPARE(item->data(Qt::UserRole), sortValues[column]);
-            QCOMPARE(item->data(Qt::UserRole).userType(), sortValues[column].userType());
+            shown << item->text();
+            sortValues << described(item->data(Qt::UserRole));
             QCOMPARE(item->data(Qt::TextAlignmentRole).toInt(), alignments[column]);
             QVERIFY(!item->isEditable() && item->isSelectable());
         }
 
-        const bool isManual = texts[7] != "A";
+        QCOMPARE(shown.join('|'), texts);
+        QTEST(sortValues.join('|'), "sortValues");
+
+        const bool isManual = shown[7] != "A";
         const Gui::Scheme scheme;
         QCOMPARE(load.model.item(0, 7)->foreground().color(),
                  isManual ? scheme.origins.manual : scheme.origins.automatic);
         QCOMPARE(load.model.item(0, 8)->sizeHint(), QSize(24, 24));
         QCOMPARE(load.model.item(0, 8)->toolTip(),
-                 texts[8] == "-" ? QString()
+                 shown[8] == "-" ? QString()
                                  : QString("Strike: 123.4\u00b0\nDip   : 45\u00b0\n"
                                            "Rake  : -90\u00b0"));
         const QVariant time = load.model.item(0, 0)->data(Qt::UserRole + 1);
         QCOMPARE(time.userType(), QMetaType::type("Tellarix::Core::Time"));
-        QCOMPARE(time.value<Core::Time>(), texts[0].isEmpty()
+        QCOMPARE(time.value<Core::Time>(), shown[0].isEmpty()
                                                ? Core::Time()
                                                : Core::Time::FromString("2024-01-05 10:11:12.5"));
     }
@@ -244,6 +268,8 @@ private slots:
     void writesStatements()
     {
         const Catalogue catalogue({});
+        const std::locale former =
+            std::locale::global(std::locale(std::locale::classic(), new DecimalComma));
         EventQuery query;
         query.begin = Core::Time::FromString("2024-01-05 10:00:00.9");
         query.end = Core::Time::FromString("2024-01-06");
@@ -272,6 +298,7 @@ private slots:
             "'2024-01-05 10:00:00' and Origin.time_value <= '2024-01-06 00:00:00'";
         const std::string end = " and Origin._oid=POrigin._oid and Event._oid=PEvent._oid";
         QCOMPARE(eventRowStatement(*catalogue.database, query), columns + tail + bounds + end);
+        std::locale::global(former);
         query.filter = EventFilter();
         QCOMPARE(eventCountStatement(*catalogue.database, query), "select count(*)" + tail + end);
     }
@@ -300,25 +327,22 @@ private slots:
     void tellsProgressAndEnds_data()
     {
         QTest::addColumn<int>("stopAfter");
-        QTest::addColumn<int>("fields");
         QTest::addColumn<QString>("change");
         QTest::addColumn<QStringList>("signalsInOrder");
         QTest::addColumn<QString>("error"); // the beginning of its text
         const Texts all{"count 3", "row 1", "row 2", "row 3"};
-        QTest::newRow("whole") << -1 << 16 << "" << all << "";
-        QTest::newRow("stopped before the count") << 0 << 16 << "" << Texts{} << "";
+        QTest::newRow("whole") << -1 << "" << all << "";
+        QTest::newRow("stopped before the count") << 0 << "" << Texts{} << "";
         QTest::newRow("stopped at the second row")
-            << 2 << 16 << "" << Texts{"count 3", "row 1", "row 2"} << "";
-        QTest::newRow("too few fields")
-            << -1 << 15 << "" << Texts{"count 3"} << "Unexpected db resultset";
-        QTest::newRow("no table") << -1 << 16 << "DROP TABLE EventDescription" << Texts{}
+            << 2 << "" << Texts{"count 3", "row 1", "row 2"} << "";
+        QTest::newRow("no table") << -1 << "DROP TABLE EventDescription" << Texts{}
                                   << "Error while executing query:\nselect count(*) from Origin,";
         QTest::newRow("no column that is only shown")
-            << -1 << 16 << "ALTER TABLE Origin RENAME COLUMN evaluationMode TO mode"
-            << Texts{"count 3"} << "Error while executing query:\nselect Origin.time_value,";
+            << -1 << "ALTER TABLE Origin RENAME COLUMN evaluationMode TO mode" << Texts{"count 3"}
+            << "Error while executing query:\nselect Origin.time_value,";
         // No absolute value fits into its integer: the statement fails when it gets there.
         QTest::newRow("broken at the third row")
-            << -1 << 16
+            << -1
             << "ALTER TABLE EventDescription RENAME TO Described;"
                "CREATE VIEW EventDescription AS SELECT _parent_oid, type, CASE text WHEN 'bad' "
                "THEN abs(-9223372036854775807 - 1) ELSE text END AS text FROM Described"
@@ -339,13 +363,48 @@ private slots:
         for (const QString &statement : change.split(';', Qt::SkipEmptyParts))
             catalogue.execute(qPrintable(statement));
 
-        QFETCH(int, fields);
-        fieldsOfRow = fields;
         const Load load(catalogue.database.get(), stopAfter);
         QCOMPARE(load.signalsInOrder, signalsInOrder);
         QVERIFY(load.rowsMatch);
         const QString told = load.worker.errorString();
         QCOMPARE(error.isEmpty() ? told : told.left(error.size()), error);
+    }
+
+    void tellsFaultsOfTheDriver_data()
+    {
+        QTest::addColumn<Rows>("count");
+        QTest::addColumn<Rows>("list");
+        QTest::addColumn<QStringList>("signalsInOrder");
+        QTest::addColumn<QString>("error");
+        QVariantList row{"2024-01-05 10:11:12", QVariant(), 4.5};
+        while (row.size() < 16)
+            row << QVariant();
+        const Rows two{{2}};
+        QTest::newRow("no fraction") << two << Rows{row} << Texts{"count 2", "row 1"} << "";
+        QTest::newRow("no count") << Rows() << Rows() << Texts{} << "Failed to fetch results";
+        for (const QVariant &none : {QVariant("many"), QVariant(), QVariant(2.5)})
+            QTest::newRow(qPrintable("count " + none.toString()))
+                << Rows{{none}} << Rows() << Texts{} << "Failed to read results";
+        QTest::newRow("too few fields")
+            << two << Rows{row.mid(1)} << Texts{"count 2"} << "Unexpected db resultset";
+    }
+
+    void tellsFaultsOfTheDriver()
+    {
+        QFETCH(Rows, count);
+        QFETCH(Rows, list);
+        script = {count, list};
+        QSqlDatabase::registerSqlDriver("QSQLITE", new QSqlDriverCreator<ScriptedDriver>);
+        QTemporaryFile file;
+        QVERIFY(file.open());
+        {
+            const auto database = IO::DatabaseInterface::Open("sqlite://" + file.fileName());
+            QVERIFY(database);
+            const Load load(database.get());
+            QTEST(load.signalsInOrder, "signalsInOrder");
+            QTEST(load.worker.errorString(), "error");
+        }
+        QSqlDatabase::registerSqlDriver("QSQLITE", nullptr);
     }
 
     void tellsMissingConnection()

@@ -131,6 +131,40 @@ private slots:
         QCOMPARE(marks(dialog), (QStringList{Open, Open}));
     }
 
+    void asksBeforeItReplacesAFile()
+    {
+        const QTemporaryDir folder;
+        const QString file = writeScript(folder, "exit 0"); // any file that is there
+        int count = 0;
+        ExportFileDialog dialog([&](const QString &) { return ++count > 0; }, file, QString(),
+                                "/no/such/script");
+        QStringList told;
+        const auto click = [&](QMessageBox::StandardButton button) {
+            Answer<QMessageBox> question([&](QMessageBox &box) {
+                told << box.text();
+                QTest::mouseClick(box.button(button), Qt::LeftButton);
+            });
+            dialog.exportClicked();
+        };
+        click(QMessageBox::No);
+        QCOMPARE(told, QStringList(file + " exists already. Replace it?"));
+        QCOMPARE(marks(dialog), (QStringList{Open, Open}));
+        QCOMPARE(count, 0);
+        std::unique_ptr<Answer<QMessageBox>> failure;
+        Answer<QMessageBox> question([&](QMessageBox &box) {
+            failure.reset(new Answer<QMessageBox>([](QMessageBox &box) { box.accept(); }));
+            QTest::mouseClick(box.button(QMessageBox::Yes), Qt::LeftButton);
+        });
+        dialog.exportClicked();
+        QVERIFY(failure && failure->given);
+        QCOMPARE(count, 1);
+        // What it has written itself is written again.
+        click(QMessageBox::Ok);
+        QCOMPARE(count, 2);
+        QCOMPARE(told.size(), 2);
+        QVERIFY2(told[1].contains("No such file"), qPrintable(told[1]));
+    }
+
     void restoresTheCursorWithoutAnExporter()
     {
         ExportFileDialog dialog({}, "/some/file", QString(), QString());

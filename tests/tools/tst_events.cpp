@@ -25,11 +25,6 @@ struct Bench
         return file.open(QFile::WriteOnly) && file.write(text) == text.size() ? file.fileName()
                                                                               : QString();
     }
-    QByteArray content(const QString &name) const
-    {
-        QFile file(folder.filePath(name));
-        return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray();
-    }
     Run call(const QStringList &arguments) const
     {
         return run(QStringList{"events"} + arguments +
@@ -114,14 +109,16 @@ private slots:
                  qPrintable(import.errors));
         QCOMPARE(bench.call({"list", "--json"}).json().size(), 2);
 
-        const QString old = bench.write("old.xml", "precious");
-        QFile::setPermissions(bench.folder.path(), QFile::ReadOwner | QFile::ExeOwner);
-        const Run written = bench.call({"export", bench.folder.filePath("none/old.xml")});
-        QFile::setPermissions(bench.folder.path(),
-                              QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        const Run written = bench.call({"export", bench.folder.filePath("none/events.xml")});
         QCOMPARE(written.status, 1);
-        QVERIFY(written.errors.contains("none/old.xml: "));
-        QCOMPARE(bench.content("old.xml"), QByteArray("precious"));
+        QVERIFY2(written.errors.contains("none/events.xml: No such file"),
+                 qPrintable(written.errors));
+
+        const Bench other;
+        const Run missing = other.call({"import", cut, other.folder.filePath("missing.xml")});
+        QCOMPARE(missing.status, 1);
+        QVERIFY2(missing.errors.contains("missing.xml: No such file"), qPrintable(missing.errors));
+        QCOMPARE(QDir(other.folder.path()).entryList(QDir::Files), QStringList());
     }
 
     void storesNothingOfAKilledImport()

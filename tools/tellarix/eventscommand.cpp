@@ -5,8 +5,8 @@
 #include "windowoptions.h"
 
 #include <tellarix/client/io/eventimport.h>
+#include <tellarix/client/io/eventline.h>
 #include <tellarix/client/io/eventreader.h>
-#include <tellarix/client/io/eventsummary.h>
 #include <tellarix/client/io/eventwriter.h>
 #include <tellarix/core/strings.h>
 
@@ -47,7 +47,7 @@ QString numberText(const std::optional<double> &value, int decimals)
     return value ? QString::number(*value, 'f', decimals) : QStringLiteral("-");
 }
 
-QString tableLine(const IO::EventSummary &event)
+QString tableLine(const IO::EventLine &event)
 {
     return QStringLiteral("%1  %2 %3  %4 %5 %6  %7  %8\n")
         .arg(event.time.valid() ? event.time.toString("%Y-%m-%d %H:%M:%S.%1f").c_str() : "-", -21)
@@ -289,7 +289,7 @@ bool EventsCommand::printJson(const IO::DatabaseInterfacePtr &database)
     const bool read = IO::EventArchive(database).forEach(
         _selection,
         [&](const DataModel::EventPtr &event) {
-            const QJsonDocument object(IO::EventSummary::Of(*event).toJson());
+            const QJsonDocument object(IO::EventLine::Of(*event).toJson());
             printed = output.add(separator + QLatin1Char('\n') +
                                  QString::fromUtf8(object.toJson(QJsonDocument::Compact)));
             separator = QStringLiteral(",");
@@ -313,7 +313,7 @@ bool EventsCommand::printTable(const IO::DatabaseInterfacePtr &database)
         _selection,
         [&](const DataModel::EventPtr &event) {
             ++count;
-            printed = output.add(tableLine(IO::EventSummary::Of(*event)));
+            printed = output.add(tableLine(IO::EventLine::Of(*event)));
             return printed && !_interrupted;
         },
         &error);

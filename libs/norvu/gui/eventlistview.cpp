@@ -347,7 +347,7 @@ void EventListView::showHeaderContextMenu(QPoint pos)
         action->setCheckable(true);
         action->setChecked(!header->isSectionHidden(column));
         action->setData(column);
-        // A header without columns has no height, and so no menu to bring them back.
+        // Without columns a full list would look empty, and there were no header to ask for a menu.
         if (action->isChecked() && header->hiddenSectionCount() == Columns::Count - 1)
             action->setEnabled(false);
     }

@@ -4,7 +4,8 @@
 
 #include <tellarix/client/io/eventwriter.h>
 
-#include <QFileDevice>
+#include <QFile>
+#include <QFileInfo>
 #include <QSaveFile>
 
 namespace Tellarix {
@@ -67,10 +68,18 @@ EventExportResult exportEvents(const DatabaseInterfacePtr &database,
                                const EventSelection &selection, const QString &form,
                                const QString &file, const EventExportHandler &handler)
 {
+    const QFileInfo info(file);
+    // A device or a pipe would be replaced by a file of its name.
+    if (info.exists() && !info.isFile()) {
+        QFile device(file);
+        return device.open(QIODevice::WriteOnly)
+                   ? exportEvents(database, selection, form, device, handler)
+                   : failed(device.errorString());
+    }
+
     QSaveFile device(file);
     if (!device.open(QIODevice::WriteOnly))
         return failed(device.errorString());
-
     EventExportResult result = exportEvents(database, selection, form, device, handler);
     if (result.ok && !device.commit()) {
         result.ok = false;

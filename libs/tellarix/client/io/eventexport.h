@@ -43,7 +43,7 @@ TELLARIX_CLIENT_API EventExportResult exportEvents(const DatabaseInterfacePtr &d
                                                    const EventExportHandler &handler = {});
 
 /** The same into a file. What was there before stays as it is until the new file is whole, and for
- *  good if it is not. */
+ *  good if it is not; a device or pipe is written to at once. */
 TELLARIX_CLIENT_API EventExportResult exportEvents(const DatabaseInterfacePtr &database,
                                                    const EventSelection &selection,
                                                    const QString &form, const QString &file,

@@ -2,7 +2,7 @@
 
 #include <tellarix/client/io/eventlistwriter_p.h>
 
-#include <tellarix/client/io/eventsummary.h>
+#include <tellarix/client/io/eventline.h>
 
 #include <QIODevice>
 #include <QJsonArray>
@@ -20,27 +20,27 @@ bool put(QIODevice &device, const QByteArray &text)
     return device.write(text) == text.size();
 }
 
-QJsonObject featureOf(const EventSummary &summary)
+QJsonObject featureOf(const EventLine &line)
 {
-    QJsonArray position{*summary.longitude, *summary.latitude};
-    if (summary.depthKm)
-        position.append(-*summary.depthKm * MetresPerKm);
+    QJsonArray position{*line.longitude, *line.latitude};
+    if (line.depthKm)
+        position.append(-*line.depthKm * MetresPerKm);
     return {{"type", "Feature"},
-            {"id", QString::fromStdString(summary.id)},
+            {"id", QString::fromStdString(line.id)},
             {"geometry", QJsonObject{{"type", "Point"}, {"coordinates", position}}},
-            {"properties", summary.toJson()}};
+            {"properties", line.toJson()}};
 }
 
 } // namespace
 
 bool EventCsvWriter::begin()
 {
-    return put(_device, EventSummary::csvHeader() + "\r\n");
+    return put(_device, EventLine::csvHeader() + "\r\n");
 }
 
 bool EventCsvWriter::write(const DataModel::Event &event)
 {
-    return put(_device, EventSummary::Of(event).toCsv() + "\r\n");
+    return put(_device, EventLine::Of(event).toCsv() + "\r\n");
 }
 
 bool EventGeoJsonWriter::begin()
@@ -50,13 +50,12 @@ bool EventGeoJsonWriter::begin()
 
 bool EventGeoJsonWriter::write(const DataModel::Event &event)
 {
-    const EventSummary summary = EventSummary::Of(event);
-    if (!summary.latitude)
+    const EventLine line = EventLine::Of(event);
+    if (!line.latitude)
         return true;
     const QByteArray separator = _first ? "\n" : ",\n";
     _first = false;
-    return put(_device,
-               separator + QJsonDocument(featureOf(summary)).toJson(QJsonDocument::Compact));
+    return put(_device, separator + QJsonDocument(featureOf(line)).toJson(QJsonDocument::Compact));
 }
 
 bool EventGeoJsonWriter::end()

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
-#include <tellarix/client/io/eventsummary.h>
+#include <tellarix/client/io/eventline.h>
 
 #include <tellarix/client/io/fieldtext_p.h>
 
@@ -9,38 +9,38 @@
 namespace Tellarix {
 namespace IO {
 
-EventSummary EventSummary::Of(const DataModel::Event &event)
+EventLine EventLine::Of(const DataModel::Event &event)
 {
-    EventSummary summary;
-    summary.id = event.publicID;
-    summary.type = event.type;
-    summary.region = event.region();
+    EventLine line;
+    line.id = event.publicID;
+    line.type = event.type;
+    line.region = event.region();
     if (const DataModel::Origin *origin = event.preferredOrigin()) {
-        summary.time = origin->time.value();
+        line.time = origin->time.value();
         // A database may hold an origin without a place.
         if (std::isfinite(origin->latitude.value()) && std::isfinite(origin->longitude.value())) {
-            summary.latitude = origin->latitude.value();
-            summary.longitude = origin->longitude.value();
+            line.latitude = origin->latitude.value();
+            line.longitude = origin->longitude.value();
         }
         if (origin->depth)
-            summary.depthKm = origin->depth->value();
-        summary.phases = origin->quality.usedPhaseCount;
-        summary.status =
+            line.depthKm = origin->depth->value();
+        line.phases = origin->quality.usedPhaseCount;
+        line.status =
             origin->evaluationStatus.empty() ? origin->evaluationMode : origin->evaluationStatus;
     }
     if (const DataModel::Magnitude *magnitude = event.preferredMagnitude()) {
-        summary.magnitude = magnitude->magnitude.value();
-        summary.magnitudeType = magnitude->type;
+        line.magnitude = magnitude->magnitude.value();
+        line.magnitudeType = magnitude->type;
     }
-    return summary;
+    return line;
 }
 
-QByteArray EventSummary::csvHeader()
+QByteArray EventLine::csvHeader()
 {
     return "id,time,latitude,longitude,depth,magnitude,magnitudeType,phases,status,type,region";
 }
 
-QByteArray EventSummary::toCsv() const
+QByteArray EventLine::toCsv() const
 {
     const QByteArray fields[] = {quotedIfNeeded(id),
                                  QByteArray::fromStdString(time.iso()),
@@ -60,7 +60,7 @@ QByteArray EventSummary::toCsv() const
     return line;
 }
 
-QJsonObject EventSummary::toJson() const
+QJsonObject EventLine::toJson() const
 {
     return {{"id", orNull(id)},
             {"time", orNull(time.iso())},

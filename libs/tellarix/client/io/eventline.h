@@ -15,7 +15,7 @@ namespace Tellarix {
 namespace IO {
 
 /** An event as one line of a list: its preferred solutions. */
-struct TELLARIX_CLIENT_API EventSummary
+struct TELLARIX_CLIENT_API EventLine
 {
     std::string id;
     Core::Time time; /**< invalid without an origin, as what follows is unset */
@@ -29,7 +29,7 @@ struct TELLARIX_CLIENT_API EventSummary
     std::string type;
     std::string region;
 
-    static EventSummary Of(const DataModel::Event &event);
+    static EventLine Of(const DataModel::Event &event);
 
     /** The keys of toJson(), as a line of CSV without its end. */
     static QByteArray csvHeader();
