@@ -17,6 +17,13 @@
     if (!(scratch).isThere())                                                                      \
     QSKIP(qPrintable((scratch).absence()))
 
+/** Opens an empty database with tables for the row of a test. */
+#define OPEN_WITH_TABLES(database)                                                                 \
+    const Scratch scratch;                                                                         \
+    SKIP_WITHOUT_SERVER(scratch);                                                                  \
+    auto database = scratch.openWithTables();                                                      \
+    QVERIFY(database)
+
 namespace DatabaseTesting {
 
 using namespace Tellarix;

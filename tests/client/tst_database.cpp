@@ -260,10 +260,7 @@ private slots:
     void cancelsWhatOtherThreadsExecute_data() { addBackends(); }
     void cancelsWhatOtherThreadsExecute()
     {
-        const Scratch scratch;
-        SKIP_WITHOUT_SERVER(scratch);
-        const auto database = scratch.openWithTables();
-        QVERIFY(database);
+        OPEN_WITH_TABLES(database);
         const std::string rows = '(' + longResult(*database, 900) + ')';
         const std::string endless =
             "select count(*) from " + rows + " a, " + rows + " b, " + rows + " c, " + rows + " d";
@@ -346,10 +343,7 @@ private slots:
     void servesManyThreads_data() { addBackends(); }
     void servesManyThreads()
     {
-        const Scratch scratch;
-        SKIP_WITHOUT_SERVER(scratch);
-        auto database = scratch.openWithTables();
-        QVERIFY(database);
+        OPEN_WITH_TABLES(database);
         const int connections = QSqlDatabase::connectionNames().size();
         std::atomic<int> rows{0};
         Semaphore ended;
@@ -385,10 +379,7 @@ private slots:
     void tellsACutConnectionFromTheEnd_data() { addBackends(); }
     void tellsACutConnectionFromTheEnd()
     {
-        const Scratch scratch;
-        SKIP_WITHOUT_SERVER(scratch);
-        const auto database = scratch.openWithTables();
-        QVERIFY(database);
+        OPEN_WITH_TABLES(database);
         if (database->backend() == IO::DatabaseInterface::Backend::SQLite)
             return; // has no connection to lose
         const bool isStreamed = database->backend() == IO::DatabaseInterface::Backend::PostgreSQL;
@@ -480,10 +471,7 @@ private slots:
     void findsTimeWindowsByTheirIndex_data() { addBackends(); }
     void findsTimeWindowsByTheirIndex()
     {
-        const Scratch scratch;
-        SKIP_WITHOUT_SERVER(scratch);
-        const auto database = scratch.openWithTables();
-        QVERIFY(database);
+        OPEN_WITH_TABLES(database);
         IO::EventArchive archive(database);
         const Core::Time begin(2020, 1, 1);
         QVERIFY(database->beginTransaction());

@@ -80,10 +80,7 @@ private slots:
     void keepsAllThatAnEventHolds_data() { addBackends(); }
     void keepsAllThatAnEventHolds()
     {
-        const Scratch scratch;
-        SKIP_WITHOUT_SERVER(scratch);
-        const auto database = scratch.openWithTables();
-        QVERIFY(database);
+        OPEN_WITH_TABLES(database);
         IO::EventArchive archive(database);
         QString error;
 
@@ -135,10 +132,7 @@ private slots:
     void givesTheSameRows_data() { addBackends(); }
     void givesTheSameRows()
     {
-        const Scratch scratch;
-        SKIP_WITHOUT_SERVER(scratch);
-        const auto database = scratch.openWithTables();
-        QVERIFY(database);
+        OPEN_WITH_TABLES(database);
         IO::EventArchive archive(database);
 
         const auto full = simpleEvent("b", Core::Time(2024, 3, 31, 2, 30, 0, 7), 0.1 + 0.2, 1e-5);
@@ -183,10 +177,7 @@ private slots:
     void makesIdsThatAreMissingOrTaken_data() { addBackends(); }
     void makesIdsThatAreMissingOrTaken()
     {
-        const Scratch scratch;
-        SKIP_WITHOUT_SERVER(scratch);
-        const auto database = scratch.openWithTables();
-        QVERIFY(database);
+        OPEN_WITH_TABLES(database);
         IO::EventArchive archive(database);
         QString error;
         QVERIFY2(archive.write(*simpleEvent("first", Base), &error), qPrintable(error));
@@ -252,10 +243,7 @@ private slots:
     void selectsInTheOrderOfTime_data() { addBackends(); }
     void selectsInTheOrderOfTime()
     {
-        const Scratch scratch;
-        SKIP_WITHOUT_SERVER(scratch);
-        const auto database = scratch.openWithTables();
-        QVERIFY(database);
+        OPEN_WITH_TABLES(database);
         IO::EventArchive archive(database);
 
         // More than a batch of the same second, with and without the same fraction.
@@ -266,6 +254,10 @@ private slots:
                                                Base + Core::TimeSpan(0, i / 225), i % 10, i % 7)));
         QVERIFY(archive.write(*simpleEvent("0999", Base - Core::TimeSpan(1.0))));
         QVERIFY(database->commit());
+        // Side by side, or a list of them takes half as long again.
+        if (database->backend() == IO::DatabaseInterface::Backend::SQLite)
+            QCOMPARE(rowsOf(*database, "select max(_oid) - min(_oid) + 1 - count(*) from Origin"),
+                     QStringList("0"));
 
         const auto select = [&](const IO::EventSelection &selection, int limit = INT_MAX) {
             QStringList ids;
@@ -311,10 +303,7 @@ private slots:
     void storesAllOrNothing_data() { addBackends(); }
     void storesAllOrNothing()
     {
-        const Scratch scratch;
-        SKIP_WITHOUT_SERVER(scratch);
-        const auto database = scratch.openWithTables();
-        QVERIFY(database);
+        OPEN_WITH_TABLES(database);
         IO::EventArchive archive(database);
         QString error;
         QRandomGenerator random(1);

@@ -53,10 +53,8 @@ private slots:
 
     void givesTheSameOnAllBackends()
     {
-        const Scratch scratch;
-        SKIP_WITHOUT_SERVER(scratch);
+        OPEN_WITH_TABLES(database);
         const QTemporaryDir folder;
-        const auto database = scratch.openWithTables();
         const QString file = writeFile(folder, 60, 5);
         IO::EventImportResult result = IO::importEvents(database, file);
         QVERIFY2(result.ok, qPrintable(result.error));
@@ -79,10 +77,8 @@ private slots:
 
     void storesAllOrNothing()
     {
-        const Scratch scratch;
-        SKIP_WITHOUT_SERVER(scratch);
+        OPEN_WITH_TABLES(database);
         const QTemporaryDir folder;
-        const auto database = scratch.openWithTables();
         QFile file(writeFile(folder, 40, 6));
 
         const auto stopped = IO::importEvents(

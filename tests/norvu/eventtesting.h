@@ -29,6 +29,19 @@ struct Draft
     std::optional<DataModel::NodalPlane> plane{};
 };
 
+/** Events with magnitudes 0, 1, 2, ... one minute apart. */
+inline std::vector<Draft> drafts(int count)
+{
+    std::vector<Draft> result(static_cast<size_t>(count));
+    for (int i = 0; i < count; ++i) {
+        Draft &draft = result[static_cast<size_t>(i)];
+        draft.id = "e" + std::to_string(i);
+        draft.magnitude = i;
+        draft.time = "2024-01-05 10:" + std::to_string(10 + i) + ":00";
+    }
+    return result;
+}
+
 inline DataModel::EventPtr makeEvent(const Draft &draft)
 {
     const DataModel::EventPtr event(new DataModel::Event);

@@ -81,19 +81,6 @@ struct Scene
     QHeaderView *header;
 };
 
-/** Events with magnitudes 0, 1, 2, ... one minute apart. */
-std::vector<Draft> drafts(int count)
-{
-    std::vector<Draft> result(static_cast<size_t>(count));
-    for (int i = 0; i < count; ++i) {
-        Draft &draft = result[static_cast<size_t>(i)];
-        draft.id = "e" + std::to_string(i);
-        draft.magnitude = i;
-        draft.time = "2024-01-05 10:" + std::to_string(10 + i) + ":00";
-    }
-    return result;
-}
-
 /** Does @p deed as soon as @p condition holds, in whatever loop runs then. */
 template <typename Condition, typename Deed>
 void when(QObject *context, Condition condition, Deed deed)

@@ -152,14 +152,6 @@ struct Load
     EventListWorkerThread worker;
 };
 
-std::vector<Draft> drafts(int count)
-{
-    std::vector<Draft> result(static_cast<size_t>(count));
-    for (int i = 0; i < count; ++i)
-        result[static_cast<size_t>(i)].id = "e" + std::to_string(i);
-    return result;
-}
-
 using Texts = QStringList;
 
 } // namespace
