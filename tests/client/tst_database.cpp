@@ -60,29 +60,18 @@ QString connectionId(IO::DatabaseInterface &database)
 class AsNobody
 {
 public:
-    explicit AsNobody(const QString &folder) : _folder(folder) { allowReading(); }
-    ~AsNobody() { allowAll(); }
-
-    /** Calls @p action as the one who may write. */
-    template <typename Action>
-    void suspended(Action action) const
-    {
-        allowAll();
-        action();
-        allowReading();
-    }
-
-private:
-    void allowReading() const
+    explicit AsNobody(const QString &folder) : _folder(folder)
     {
         chmod(qPrintable(_folder), 0555);
         become(65534);
     }
-    void allowAll() const
+    ~AsNobody()
     {
         become(0);
         chmod(qPrintable(_folder), 0755);
     }
+
+private:
     /** Only root can, and needs it: permissions don't hold it back. */
     void become(uid_t user) const
     {
@@ -222,19 +211,18 @@ private slots:
         scratch.openWithTables();
         const QString file = IO::DatabaseAddress::Read(scratch.url())->database;
         const QString folder = QFileInfo(file).path();
-        const AsNobody nobody(folder);
-        QVERIFY(!QFileInfo(folder).isWritable());
-        auto database = scratch.open();
-        QVERIFY(database && database->isReadOnly());
-        QCOMPARE(rowsOf(*database, "select count(*) from Event"), QStringList("0"));
-        QVERIFY(!database->execute("delete from Event"));
-        database.reset();
-
+        {
+            const AsNobody nobody(folder);
+            QVERIFY(!QFileInfo(folder).isWritable());
+            const auto database = scratch.open();
+            QVERIFY(database && database->isReadOnly());
+            QCOMPARE(rowsOf(*database, "select count(*) from Event"), QStringList("0"));
+            QVERIFY(!database->execute("delete from Event"));
+        }
         QFile log(file + "-wal");
-        nobody.suspended([&] {
-            QVERIFY(log.open(QFile::WriteOnly) && log.write("changes") > 0);
-            log.close();
-        });
+        QVERIFY(log.open(QFile::WriteOnly) && log.write("changes") > 0);
+        log.close();
+        const AsNobody nobody(folder);
         QString error;
         QVERIFY(!IO::DatabaseInterface::Open(scratch.url(), &error));
         QVERIFY2(error.contains("changes are in " + file + "-wal"), qPrintable(error));
