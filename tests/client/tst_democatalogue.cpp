@@ -97,8 +97,8 @@ private slots:
         QCOMPARE(make(), QString());
         QCOMPARE(QFileInfo(file).lastModified(), made);
 
-        for (const char *damage : {"DELETE FROM Event WHERE _oid = 9", "PRAGMA user_version = 0",
-                                   "DROP TABLE Origin"}) {
+        for (const char *damage :
+             {"DELETE FROM Event WHERE _oid = 9", "PRAGMA user_version = 0", "DROP TABLE Origin"}) {
             auto database = IO::DatabaseInterface::Open(address.toString());
             QVERIFY(database->execute(damage));
             database.reset();
