@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
+#include <norvu/gui/map/imageshadow.h>
+#include <norvu/gui/map/stationsymbol.h>
+
+#include <tellarix/qt/scheme.h>
+
+#include <QImage>
+#include <QPainter>
+#include <QPen>
+
+namespace Norvu {
+namespace Gui {
+namespace Map {
+
+namespace {
+
+struct StationShadow
+{
+    QImage image; /**< untrimmed; the tip stands one pixel above the bottom edge */
+    QPoint hotspot;
+    int size{0};
+};
+
+StationShadow shadowOf(const QPolygon &station, int size)
+{
+    StationShadow shadow;
+    shadow.size = size;
+    shadow.image = QImage(2 * size + 2, 2 * size + 2, QImage::Format_ARGB32);
+    shadow.image.fill(0);
+    {
+        QPainter painter(&shadow.image);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(QColor(64, 64, 64, 160));
+        painter.translate(1.0, 2 * size + 1);
+        painter.scale(0.7, 0.5);
+        painter.shear(-1.0, 0.2);
+        painter.drawPolygon(station);
+    }
+    blurImage(shadow.image, 1);
+    const QRect filled = trimmedImageRect(shadow.image);
+    if (filled.isValid())
+        shadow.hotspot = filled.topLeft();
+    return shadow;
+}
+
+} // namespace
+
+StationSymbol::StationSymbol()
+{
+    setSize(Tellarix::Gui::Scheme::Current().map.stationSymbolSize);
+}
+
+StationSymbol::StationSymbol(double longitude, double latitude)
+    : AnnotatedSymbol(longitude, latitude)
+{
+    setSize(Tellarix::Gui::Scheme::Current().map.stationSymbolSize);
+}
+
+QPolygon StationSymbol::generateShape(int x, int y, int size)
+{
+    const int top = y - size - size / 2;
+    const auto half = static_cast<int>(size * 0.867);
+    return QVector<QPoint>{QPoint(x, top - size / 4), QPoint(x + half, top), QPoint(x, y),
+                           QPoint(x - half, top)};
+}
+
+void StationSymbol::setSize(int size)
+{
+    const int bounded = qMax(size, 0);
+    AnnotatedSymbol::setSize(QSize(bounded, bounded));
+    _stationPolygon = generateShape(0, 0, bounded);
+}
+
+bool StationSymbol::isInside(int x, int y) const
+{
+    return _stationPolygon.containsPoint(QPoint(x, y) - position(), Qt::OddEvenFill);
+}
+
+void StationSymbol::drawShadow(QPainter &painter)
+{
+    static StationShadow shadow;
+    if (shadow.size != size())
+        shadow = shadowOf(_stationPolygon, size());
+    painter.drawImage(position().x() + shadow.hotspot.x() - 1,
+                      position().y() - shadow.image.height() + 1, shadow.image);
+}
+
+QPoint StationSymbol::annotationOffset() const
+{
+    return QPoint(0, 2 * (-2 - size()));
+}
+
+void StationSymbol::customDraw(const Tellarix::Gui::Map::Canvas *canvas, QPainter &painter)
+{
+    AnnotatedSymbol::customDraw(canvas, painter);
+
+    painter.setPen(QPen(_pen, _penWidth));
+    painter.setBrush(_fill);
+    painter.translate(position());
+    painter.drawPolygon(_stationPolygon, Qt::OddEvenFill);
+    painter.translate(-position());
+}
+
+} // namespace Map
+} // namespace Gui
+} // namespace Norvu
