@@ -2,15 +2,13 @@
 
 #include <norvu/gui/map/annotations.h>
 
-#include <utility>
-
 namespace Norvu {
 namespace Gui {
 
 AnnotationItem::~AnnotationItem()
 {
     if (pool)
-        pool->take(this);
+        pool->release(this);
     if (holder)
         *holder = nullptr;
 }
@@ -29,22 +27,50 @@ AnnotationItem *Annotations::add(const QString &text)
     item->pool = this;
     item->text = text;
     item->style = style();
+    item->index = _items.size();
     _items.append(item);
     return item;
 }
 
+const QList<AnnotationItem *> &Annotations::items() const
+{
+    if (_gaps > 0)
+        closeGaps();
+    return _items;
+}
+
+void Annotations::closeGaps() const
+{
+    _items.removeAll(nullptr);
+    _gaps = 0;
+    for (int i = 0; i < _items.size(); ++i)
+        _items.at(i)->index = i;
+}
+
 bool Annotations::take(const AnnotationItem *item)
 {
-    const int index = _items.indexOf(const_cast<AnnotationItem *>(item));
+    // By the pointer alone: the item may be gone.
+    const int index = item ? _items.indexOf(const_cast<AnnotationItem *>(item)) : -1;
     if (index < 0)
         return false;
 
-    AnnotationItem *taken = _items.takeAt(index);
-    taken->pool = nullptr;
-    // The item may outlive the list, and with it the style that the list owns.
-    if (taken->style == &_defaultStyle)
-        taken->style = nullptr;
+    release(_items[index]);
     return true;
+}
+
+void Annotations::release(AnnotationItem *item)
+{
+    // Anybody can write an item's fields.
+    if (_items.value(item->index) != item)
+        return;
+
+    _items[item->index] = nullptr;
+    if (2 * ++_gaps > _items.size())
+        closeGaps();
+    item->pool = nullptr;
+    // The item may outlive the list, and with it the style that the list owns.
+    if (item->style == &_defaultStyle)
+        item->style = nullptr;
 }
 
 bool Annotations::remove(const AnnotationItem *item)
@@ -58,8 +84,9 @@ bool Annotations::remove(const AnnotationItem *item)
 
 void Annotations::clear()
 {
-    const QList<AnnotationItem *> items = std::exchange(_items, {});
-    for (AnnotationItem *item : items) {
+    const QList<AnnotationItem *> all = items();
+    _items.clear();
+    for (AnnotationItem *item : all) {
         item->pool = nullptr;
         delete item;
     }
@@ -81,7 +108,7 @@ void Annotations::replaceStyle(QObject *style)
 {
     if (style == _style)
         _style = nullptr;
-    for (AnnotationItem *item : qAsConst(_items)) {
+    for (AnnotationItem *item : items()) {
         if (item->style == style)
             item->style = &_defaultStyle;
     }

@@ -30,6 +30,9 @@ struct NORVU_GUI_API AnnotationItem
     QRect rect; /**< where it goes, in pixels of the canvas; null as long as it has no place */
     /** The pointer by which its owner holds it, which becomes null with the item; or null. */
     AnnotationItem **holder{nullptr};
+    /** What the style has measured last, which takes it longer than all else. */
+    mutable AnnotationStyle::Extent extent;
+    int index{-1}; /**< in the pool's list */
 };
 
 /**
@@ -55,7 +58,7 @@ public:
     void clear();
 
     /** In order of precedence. */
-    const QList<AnnotationItem *> &items() const { return _items; }
+    const QList<AnnotationItem *> &items() const;
 
     /** Style of items that are added from now on; not owned. Null for the default. Items of a style
      *  that is destroyed get the default one. */
@@ -66,7 +69,14 @@ private slots:
     void replaceStyle(QObject *style);
 
 private:
-    QList<AnnotationItem *> _items;
+    friend struct AnnotationItem;
+
+    void release(AnnotationItem *item);
+    void closeGaps() const;
+
+    /** With null where items have gone, so that many go in no time. */
+    mutable QList<AnnotationItem *> _items;
+    mutable int _gaps{0};
     AnnotationStyle _defaultStyle;
     AnnotationStyle *_style{nullptr};
 };

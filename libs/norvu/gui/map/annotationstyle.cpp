@@ -9,6 +9,22 @@
 namespace Norvu {
 namespace Gui {
 
+namespace {
+
+/** Measures a text in the painter's font, unless that has been done before. */
+void measure(AnnotationStyle::Extent &extent, const QString &text, const QPainter &painter)
+{
+    const int resolution = painter.device()->logicalDpiY();
+    if (extent.resolution == resolution && extent.text == text && extent.font == painter.font())
+        return;
+
+    const QFontMetrics metrics = painter.fontMetrics();
+    extent = {text, painter.font(), resolution, metrics.boundingRect(text).size(),
+              metrics.height()};
+}
+
+} // namespace
+
 AnnotationStyle::AnnotationStyle(QObject *parent) : QObject(parent)
 {
     const QColor border(160, 160, 164);
@@ -36,9 +52,9 @@ QRect AnnotationStyle::itemRect(QPainter &painter, const AnnotationItem &item,
     if (item.text.isEmpty())
         return QRect();
 
-    const QFontMetrics metrics = painter.fontMetrics();
-    const QSize text = metrics.boundingRect(item.text).size();
-    const int margin = metrics.height() / 4;
+    measure(item.extent, item.text, painter);
+    const QSize text = item.extent.size;
+    const int margin = item.extent.lineHeight / 4;
     const int left = anchor.x() - text.width() / 2;
     return QRect(QPoint(left - margin, anchor.y() - (text.height() - 1) - 2 * margin),
                  QPoint(left + text.width() - 1 + margin, anchor.y()));

@@ -9,6 +9,8 @@
 #include <QObject>
 #include <QPen>
 #include <QRect>
+#include <QSize>
+#include <QString>
 
 class QPainter;
 
@@ -29,6 +31,16 @@ public:
         QPen textPen;
         QPen borderPen;
         QBrush brush;
+    };
+
+    /** The size of a text in a font on some device. */
+    struct Extent
+    {
+        QString text;
+        QFont font;
+        int resolution{0}; /**< in dots per inch; 0: nothing has been measured */
+        QSize size;
+        int lineHeight{0};
     };
 
     /** The application's font in 9 points. */

@@ -16,7 +16,7 @@ namespace Gui {
 namespace Map {
 
 /**
- * A picture that stands on its place like a pin, with a soft shadow on the ground to its left.
+ * A picture that stands on its place like a pin, with a soft shadow on the ground to its right.
  *
  * The shadow is made when it is first painted. Many symbols of one picture should share it: make
  * the others from the first one, or use copyShadow().
@@ -45,7 +45,7 @@ public:
 
     /**
      * The shadow of a picture: flattened to 70 % of its width and half of its height, slanted to
-     * the left, dark grey with 63 % of the picture's alpha, blurred and trimmed.
+     * the right, dark grey with 63 % of the picture's alpha, blurred and trimmed.
      * @param shadow  null without a picture
      * @param offset  pixel of the shadow at the picture's foot, the middle of its bottom edge
      */
