@@ -73,6 +73,7 @@ private slots:
                                       << Pixels{{0x7f000008, 0x55555505, 0x007f8000}};
         QTest::newRow("fewer at the edges") << Pixels{{9, 0, 0}, {0, 0, 0}, {0, 0, 90}} << 1
                                             << Pixels{{2, 1, 0}, {1, 11, 15}, {0, 15, 22}};
+        QTest::newRow("not at all") << Pixels{{8, 0}} << 0 << Pixels{{8, 0}};
         QTest::newRow("wider than the image")
             << Pixels{{8, 0}, {0, 0}} << std::numeric_limits<int>::max() << Pixels{{2, 2}, {2, 2}};
     }
@@ -86,40 +87,6 @@ private slots:
         QImage image = imageOf(pixels);
         blurImage(image, radius);
         QCOMPARE(image, imageOf(blurred));
-    }
-
-    void blursLikeThePlainForm()
-    {
-        QImage image(13, 9, QImage::Format_ARGB32);
-        quint32 pixel = 1;
-        for (int i = 0; i < 13 * 9; ++i)
-            image.setPixel(i % 13, i / 13, pixel = pixel * 1664525 + 1013904223);
-        for (int radius : {2, 5, 10}) {
-            QImage blurred = image;
-            blurImage(blurred, radius);
-            for (int i = 0; i < 13 * 9; ++i) {
-                const QPoint at(i % 13, i / 13);
-                const QRect about =
-                    QRect(at - QPoint(radius, radius), at + QPoint(radius, radius)) & image.rect();
-                int alpha = 0;
-                int green = 0;
-                for (int y = about.top(); y <= about.bottom(); ++y) {
-                    for (int x = about.left(); x <= about.right(); ++x) {
-                        alpha += qAlpha(image.pixel(x, y));
-                        green += qGreen(image.pixel(x, y));
-                    }
-                }
-                const int count = about.width() * about.height();
-                QCOMPARE(qAlpha(blurred.pixel(at)), alpha / count);
-                QCOMPARE(qGreen(blurred.pixel(at)), green / count);
-            }
-        }
-        QImage gray(4, 4, QImage::Format_Grayscale8);
-        blurImage(gray, 0);
-        QCOMPARE(gray.format(), QImage::Format_Grayscale8);
-        QImage none;
-        blurImage(none, 1);
-        QVERIFY(none.isNull());
     }
 
     void trimsClearBorders_data()
@@ -155,7 +122,6 @@ private slots:
         QPoint offset;
         Map::ImageSymbol::generateShadow(shadow, offset, square(20, Qt::red));
         QCOMPARE(QRect(QPoint(8, 14) - offset, shadow.size()), QRect(0, 2, 30, 14));
-        // Inside it is as dense as a blur of one density is.
         QCOMPARE(shadow.pixel(offset + QPoint(7, -5)), 0xa0404040);
         Map::ImageSymbol::generateShadow(shadow, offset, square(20, QColor(0, 255, 0, 128)));
         QCOMPARE(shadow.pixel(offset + QPoint(7, -5)), 0x50404040u);
@@ -166,30 +132,35 @@ private slots:
 
     void picturesStandOnTheirPlace()
     {
+        const QRect place(140, 79, 21, 21);
         const QImage image = square(21, Qt::red);
-        auto *symbol = new Map::ImageSymbol(image, 0, 0);
-        QCOMPARE(symbol->annotationOffset(), QPoint(0, -25));
-        const QImage plain = pictureOf(symbol);
-        QCOMPARE(Ink::rectOfColor(plain, Qt::red), QRect(140, 79, 21, 21));
-
-        const QImage shaded = pictureOf(new Map::ImageSymbol(image, 0, 0), true);
-        const QRect shadow = Ink::rectOfDifference(plain, shaded);
-        QVERIFY(shadow.right() > 160 && shadow.bottom() >= 99 && shadow.bottom() < 104);
-
-        // On a screen of twice the resolution, the same.
+        const QImage plain = pictureOf(new Map::ImageSymbol(image, 0, 0));
+        QCOMPARE(Ink::rectOfColor(plain, Qt::red), place);
+        const auto shadow = [&plain](const QImage &shaded) {
+            return Ink::rectOfDifference(plain, shaded);
+        };
+        const QRect cast = shadow(pictureOf(new Map::ImageSymbol(image, 0, 0), true));
+        QVERIFY(cast.right() > 160 && cast.bottom() >= 99 && cast.bottom() < 104);
+        // The same on a screen of twice the resolution.
         QImage fine = square(42, Qt::red);
         fine.setDevicePixelRatio(2);
-        QCOMPARE(Ink::rectOfColor(pictureOf(new Map::ImageSymbol(fine, 0, 0)), Qt::red),
-                 QRect(140, 79, 21, 21));
-        const QRect fineShadow =
-            Ink::rectOfDifference(plain, pictureOf(new Map::ImageSymbol(fine, 0, 0), true));
-        QVERIFY(qAbs(fineShadow.right() - shadow.right()) <= 2);
-        QVERIFY(qAbs(fineShadow.bottom() - shadow.bottom()) <= 2);
+        const QImage shaded = pictureOf(new Map::ImageSymbol(fine, 0, 0), true);
+        QCOMPARE(Ink::rectOfColor(shaded, Qt::red), place);
+        QVERIFY(qAbs(shadow(shaded).right() - cast.right()) <= 2);
+
+        QPixmap blue(3, 3);
+        blue.fill(Qt::blue);
+        Map::ImageSymbol first(image, 9, 9);
+        first.setShadow(blue, QPoint(-20, 1));
+        const QImage shared = pictureOf(new Map::ImageSymbol(first, 0, 0), true);
+        QCOMPARE(Ink::rectOfColor(shared, Qt::blue), QRect(170, 99, 3, 3));
+        QCOMPARE(Ink::rectOfColor(shared, Qt::red), place);
     }
 
     void picturesAreHitRightBelowTheirPlace()
     {
         Map::ImageSymbol symbol(square(20, Qt::red), 0, 0);
+        QCOMPARE(symbol.annotationOffset(), QPoint(0, -24));
         const TenPerDegree canvas;
         symbol.calculateMapPosition(&canvas);
         QVERIFY(symbol.isInside(150, 100) && symbol.isInside(169, 119));
@@ -199,42 +170,23 @@ private slots:
         QCOMPARE(pictureOf(new Map::ImageSymbol(0, 0), true), TenPerDegree().picture());
     }
 
-    void picturesShareTheirShadow()
-    {
-        QPixmap blue(3, 3);
-        blue.fill(Qt::blue);
-        Map::ImageSymbol first(square(20, Qt::red), 0, 0);
-        first.setShadow(blue, QPoint(-20, 1));
-        const QImage picture = pictureOf(new Map::ImageSymbol(first, 1, 0), true);
-        QCOMPARE(Ink::rectOfColor(picture, Qt::blue), QRect(180, 99, 3, 3));
-        QCOMPARE(Ink::rectOfColor(picture, Qt::red), QRect(150, 80, 20, 20));
-    }
-
-    void stationsAreKites_data()
-    {
-        QTest::addColumn<int>("size");
-        QTest::addColumn<QPolygon>("shape");
-        const auto kite = [](int half, int top, int roof) {
-            return QPolygon({{5, 7 - roof}, {5 + half, 7 - top}, {5, 7}, {5 - half, 7 - top}});
-        };
-        QTest::newRow("even") << 12 << kite(10, 18, 21);
-        QTest::newRow("odd") << 7 << kite(6, 10, 11);
-        QTest::newRow("nothing") << 0 << kite(0, 0, 0);
-    }
-
     void stationsAreKites()
     {
-        QFETCH(int, size);
-        QFETCH(QPolygon, shape);
-
-        QCOMPARE(Map::StationSymbol::generateShape(5, 7, size), shape);
-        Map::StationSymbol station;
-        station.setSize(size);
-        QCOMPARE(station.stationPolygon().translated(5, 7), shape);
-        QCOMPARE(station.annotationOffset(), QPoint(0, -4 - 2 * size));
+        QCOMPARE(Map::StationSymbol::generateShape(5, 7, 12),
+                 QPolygon({{5, -14}, {15, -11}, {5, 7}, {-5, -11}}));
+        Map::StationSymbol station(0, 0);
+        station.setSize(7);
+        QCOMPARE(station.stationPolygon(), QPolygon({{0, -11}, {6, -10}, {0, 0}, {-6, -10}}));
+        QCOMPARE(station.annotationOffset(), QPoint(0, -18));
+        const TenPerDegree canvas;
+        station.calculateMapPosition(&canvas);
+        QVERIFY(station.isInside(150, 95) && station.isInside(154, 91));
+        QVERIFY(!station.isInside(154, 97) && !station.isInside(150, 102));
+        station.setSize(-5);
+        QCOMPARE(station.size(), 0);
     }
 
-    void stationsStandOnTheirTip()
+    void stationsCastShadowsOfTheirSize()
     {
         const auto pictureOfSize = [](int size, bool shadows) {
             auto *station = new Map::StationSymbol(0, 0);
@@ -245,102 +197,69 @@ private slots:
         const QImage plain = pictureOfSize(40, false);
         const QRect ink = Ink::rectOfColor(plain, Qt::red);
         QVERIFY(qAbs(ink.bottom() - 99) <= 2 && qAbs(ink.top() - 31) <= 2);
-        QVERIFY(qAbs(ink.left() - 117) <= 2 && qAbs(ink.right() - 183) <= 2);
-
-        // Its corner (34, -60) is to fall to .7 (34 + 60) and .5 (7 - 60) from the tip, and its
-        // roof at (0, -70) to the height of -35.
+        // The right shoulder (34, -60) falls to .7 (34 + 60) right of the tip.
         const QRect shadow = Ink::rectOfDifference(plain, pictureOfSize(40, true));
-        QVERIFY(qAbs(shadow.right() - (150 + 66)) <= 2);
-        QVERIFY(qAbs(shadow.bottom() - 100) <= 2);
-        // Another size in between leaves the shadow as it was.
+        QVERIFY(qAbs(shadow.right() - (150 + 66)) <= 2 && qAbs(shadow.bottom() - 100) <= 2);
+        // Another size in between leaves it as it was.
         const QImage other = pictureOfSize(12, true);
         QVERIFY(Ink::rectOfDifference(other, pictureOfSize(12, false)).right() < 175);
         QCOMPARE(Ink::rectOfDifference(plain, pictureOfSize(40, true)), shadow);
-        QCOMPARE(pictureOfSize(-5, true).size(), plain.size());
-    }
-
-    void stationsAreHitInTheirShape()
-    {
-        Map::StationSymbol station(0, 0);
-        const TenPerDegree canvas;
-        station.setSize(12);
-        station.calculateMapPosition(&canvas);
-        QVERIFY(station.isInside(150, 90) && station.isInside(157, 84));
-        QVERIFY(!station.isInside(157, 95) && !station.isInside(150, 102));
-    }
-
-    void originsGrowWithTheirMagnitude_data()
-    {
-        QTest::addColumn<double>("magnitude");
-        QTest::addColumn<int>("size");
-        const int smallest = Tellarix::Gui::Scheme::Current().map.originSymbolMinimumSize;
-        QTest::newRow("5") << 5.0 << 18;
-        QTest::newRow("7") << 7.0 << 28;
-        QTest::newRow("negative") << -1.0 << smallest;
-        QTest::newRow("smallest") << 1.2 + (smallest + 0.9) / 4.9 << smallest;
-        QTest::newRow("no number") << std::nan("") << smallest;
-        QTest::newRow("infinite") << HUGE_VAL << 32768;
     }
 
     void originsGrowWithTheirMagnitude()
     {
-        QFETCH(double, magnitude);
-        QFETCH(int, size);
+        const int smallest = Tellarix::Gui::Scheme::Current().map.originSymbolMinimumSize;
+        QCOMPARE(Map::OriginSymbol::getSize(5), 18);
+        QCOMPARE(Map::OriginSymbol::getSize(1.2 + (smallest + 0.9) / 4.9), smallest);
+        for (double magnitude : {-1.0, double(-HUGE_VAL), std::nan("")})
+            QCOMPARE(Map::OriginSymbol::getSize(magnitude), smallest);
+        QVERIFY(Map::OriginSymbol::getSize(HUGE_VAL) > 1000);
 
         Map::OriginSymbol origin(0, 0, 10);
-        origin.setPreferredMagnitudeValue(magnitude);
-        QCOMPARE(origin.size(), QSize(size, size));
-        QCOMPARE(origin.priority(), Map::Symbol::Highest);
-        QCOMPARE(origin.annotationOffset(), QPoint(0, -4 - 2 * size));
+        origin.setPreferredMagnitudeValue(7);
+        QCOMPARE(origin.size(), QSize(28, 28));
+        QCOMPARE(origin.annotationOffset(), QPoint(0, -60));
         const TenPerDegree canvas;
         origin.calculateMapPosition(&canvas);
-        // The corners of the square about the circle, both ends.
-        const int half = size / 2;
-        QVERIFY(origin.isInside(150 - half, 100 - half) && origin.isInside(150 + half, 100 + half));
-        QVERIFY(!origin.isInside(151 + half, 100) && !origin.isInside(150, 99 - half));
-    }
-
-    void originsAreColoredByDepth_data()
-    {
-        QTest::addColumn<bool>("outlines");
-        QTest::addColumn<bool>("filled");
-        QTest::addColumn<QColor>("fill");
-        QTest::addColumn<QColor>("middle");
-        // Red with half of its alpha of 255 on white.
-        const QColor translucent(255, 128, 128);
-        QTest::newRow("disc") << false << false << QColor() << translucent;
-        QTest::newRow("filled disc") << false << true << QColor() << QColor(Qt::red);
-        QTest::newRow("disc of a colour") << false << false << QColor(Qt::blue) << QColor(Qt::blue);
-        QTest::newRow("outline") << true << false << QColor(Qt::blue) << QColor(Qt::white);
-        QTest::newRow("filled outline") << true << true << QColor() << QColor(Qt::red);
-        QTest::newRow("of a colour") << true << true << QColor(Qt::blue) << QColor(Qt::blue);
+        QVERIFY(origin.isInside(136, 86) && origin.isInside(164, 114));
+        QVERIFY(!origin.isInside(165, 100) && !origin.isInside(150, 85));
     }
 
     void originsAreColoredByDepth()
     {
-        QFETCH(bool, outlines);
-        QFETCH(bool, filled);
-        QFETCH(QColor, fill);
-
+        struct Case
+        {
+            bool outlines;
+            bool filled;
+            QColor fill;
+            QColor middle;
+        };
+        const Case cases[] = {{false, false, QColor(), QColor(255, 128, 128)}, // half of its alpha
+                              {false, true, QColor(), Qt::red},
+                              {false, false, Qt::blue, Qt::blue},
+                              {true, false, Qt::blue, Qt::white},
+                              {true, true, QColor(), Qt::red},
+                              {true, true, Qt::blue, Qt::blue}};
         MapTesting::OwnScheme scheme;
-        scheme->map.filledOutlines = outlines;
         scheme->map.depthGradient.clear();
         scheme->map.depthGradient.setColorAt(0, Qt::green);
         scheme->map.depthGradient.setColorAt(100, Qt::red);
-        auto *origin = new Map::OriginSymbol(0, 0, 0);
-        QCOMPARE(origin->color(), QColor(Qt::green));
-        origin->setFillColor(Qt::yellow);
-        origin->setDepth(100);
-        origin->setPreferredMagnitudeValue(7);
-        origin->setFilled(filled);
-        QVERIFY(!origin->fillColor().isValid());
-        if (fill.isValid())
-            origin->setFillColor(fill);
-        const QImage picture = pictureOf(origin, true);
-        QTEST(QColor(picture.pixel(150, 100)), "middle");
-        // The outline lies about the edge of the circle of 28 pixels.
-        QCOMPARE(QColor(picture.pixel(136, 100)), QColor(Qt::red));
-        QCOMPARE(QColor(picture.pixel(134, 100)), QColor(outlines ? Qt::red : Qt::white));
+        for (const Case &of : cases) {
+            scheme->map.filledOutlines = of.outlines;
+            auto *origin = new Map::OriginSymbol(0, 0, 0);
+            QCOMPARE(origin->color(), QColor(Qt::green));
+            origin->setFillColor(Qt::yellow);
+            origin->setDepth(100);
+            origin->setPreferredMagnitudeValue(7);
+            origin->setFilled(of.filled);
+            if (of.fill.isValid())
+                origin->setFillColor(of.fill);
+            const QImage picture = pictureOf(origin, true);
+            QCOMPARE(QColor(picture.pixel(150, 100)), of.middle);
+            // The outline lies about the edge of the circle of 28 pixels.
+            QCOMPARE(QColor(picture.pixel(136, 100)), QColor(Qt::red));
+            QCOMPARE(QColor(picture.pixel(134, 100)), QColor(of.outlines ? Qt::red : Qt::white));
+        }
     }
 };
 

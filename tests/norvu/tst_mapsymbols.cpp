@@ -16,7 +16,7 @@ using MapTesting::TenPerDegree;
 
 namespace {
 
-constexpr const char *Hovered = SIGNAL(symbolHovered(Norvu::Gui::Map::Symbol *));
+const QPoint onA(145, 100); // A place of the symbol at longitude and latitude 0.
 
 /** A layer on a map, the mouse over it, and a log of its signals. */
 struct Stage
@@ -94,19 +94,17 @@ private slots:
         QCOMPARE(static_cast<Recorder *>(stage.layer->symbols()[6])->name(), QString("nowhere"));
     }
 
-    void asksForWhatHasToBeDone()
+    void asksForPositionsWhenShown()
     {
         Stage stage;
         QVector<int> hints;
         connect(stage.layer.get(), &Map::Layer::updateRequested, this,
                 [&hints](const Map::Layer::UpdateHints &what) { hints.append(what); });
         stage.layer->setShadows(true);
-        QCOMPARE(hints, QVector<int>());
         stage.layer->setShadows(false);
         QCOMPARE(hints, QVector<int>({1}));
         stage.layer->setVisible(false);
         stage.layer->setShadows(true);
-        QCOMPARE(hints, QVector<int>({1, 0}));
         stage.layer->setVisible(true);
         QCOMPARE(hints, QVector<int>({1, 0, 0, 1}));
         QVERIFY(!stage.layer->hasCursorShape());
@@ -119,7 +117,6 @@ private slots:
         stage.add("b", 1, 0); // 10 pixels to the right of it, above it
         stage.canvas.picture();
         stage.takeLog();
-        const QPoint onA(145, 100);
         const QPoint onBoth(155, 100);
         const QPoint onB(165, 100);
 
@@ -142,7 +139,7 @@ private slots:
         QCOMPARE(stage.takeLog(), QString("hovered none"));
         QVERIFY(!stage.mouse(QEvent::MouseButtonPress, QPoint(0, 0), Qt::LeftButton));
         // Hidden symbols are met as well.
-        const_cast<Map::Symbol *>(stage.layer->symbols()[0])->setVisible(false);
+        stage.layer->symbols().first()->setVisible(false);
         stage.mouse(QEvent::MouseMove, onA);
         QCOMPARE(stage.takeLog(), QString("hovered a"));
     }
@@ -154,7 +151,7 @@ private slots:
         Recorder *b = stage.add("b", 5, 0);
         stage.add("c", 10, 0);
         stage.canvas.picture();
-        stage.mouse(QEvent::MouseMove, QPoint(150, 100));
+        stage.mouse(QEvent::MouseMove, onA);
         stage.takeLog();
 
         QVERIFY(stage.layer->removeSymbol(b));
@@ -166,10 +163,10 @@ private slots:
         }
         QVERIFY(stage.layer->takeSymbol(a));
         QCOMPARE(stage.takeLog(), QString("hovered none"));
-        QVERIFY(!stage.mouse(QEvent::MouseButtonPress, QPoint(150, 100), Qt::LeftButton));
+        QVERIFY(!stage.mouse(QEvent::MouseButtonPress, onA, Qt::LeftButton));
         stage.layer->addSymbol(nullptr);
         stage.layer->addSymbol(a);
-        stage.mouse(QEvent::MouseMove, QPoint(150, 100));
+        stage.mouse(QEvent::MouseMove, onA);
         stage.takeLog();
         stage.layer->clear();
         QCOMPARE(stage.takeLog(), QString("~c,~a,hovered none"));
@@ -180,40 +177,35 @@ private slots:
 
     void survivesReceiversThatDelete_data()
     {
-        QTest::addColumn<bool>("layer");
         QTest::addColumn<QByteArray>("signal");
-        for (bool layer : {false, true}) {
-            const char *what = layer ? "layer" : "symbol";
-            QTest::addRow("%s as the mouse comes", what) << layer << QByteArray(Hovered);
-            QTest::addRow("%s at a press", what)
-                << layer << QByteArray(SIGNAL(symbolPressed(Norvu::Gui::Map::Symbol *)));
-            QTest::addRow("%s at a double click", what)
-                << layer << QByteArray(SIGNAL(symbolDoubleClicked(Norvu::Gui::Map::Symbol *)));
-        }
+        for (const char *name : {"symbolHovered", "symbolPressed", "symbolDoubleClicked"})
+            QTest::newRow(name) << QByteArray::number(QSIGNAL_CODE) + name +
+                                       "(Norvu::Gui::Map::Symbol*)";
     }
 
     void survivesReceiversThatDelete()
     {
-        QFETCH(bool, layer);
         QFETCH(QByteArray, signal);
 
-        Stage stage;
-        stage.add("a", 0, 0);
-        stage.canvas.picture();
-        const Interference interference(stage.layer.get(), signal, [&] {
-            if (layer)
-                stage.layer.reset();
-            else
-                stage.layer->removeSymbol(0);
-        });
-        for (QEvent::Type type :
-             {QEvent::MouseMove, QEvent::MouseButtonPress, QEvent::MouseButtonDblClick}) {
-            if (!interference.done)
-                stage.mouse(type, QPoint(150, 100), Qt::LeftButton);
+        for (bool all : {false, true}) {
+            Stage stage;
+            stage.add("a", 0, 0);
+            stage.canvas.picture();
+            const Interference interference(stage.layer.get(), signal, [&] {
+                if (all)
+                    stage.layer.reset();
+                else
+                    stage.layer->removeSymbol(0);
+            });
+            for (QEvent::Type type :
+                 {QEvent::MouseMove, QEvent::MouseButtonPress, QEvent::MouseButtonDblClick}) {
+                if (!interference.done)
+                    stage.mouse(type, onA, Qt::LeftButton);
+            }
+            QVERIFY(interference.done);
+            QVERIFY(stage.takeLog().contains("~a"));
+            QVERIFY(all || !stage.mouse(QEvent::MouseButtonPress, onA, Qt::LeftButton));
         }
-        QVERIFY(interference.done);
-        QVERIFY(stage.takeLog().contains("~a"));
-        QVERIFY(layer || !stage.mouse(QEvent::MouseButtonPress, QPoint(150, 100), Qt::LeftButton));
     }
 };
 

@@ -97,7 +97,8 @@ bool Legend::isInside(int, int) const
 
 void Legend::calculateMapPosition(const Canvas *canvas)
 {
-    _content.updateGeometry(*this, _title, canvas, _pos, _widgetSize);
+    const QSize widgetSize = _content.widget ? _widgetSize : QSize(0, 0);
+    _content.updateGeometry(*this, _title, canvas, _pos, widgetSize);
 }
 
 void Legend::customDraw(const Canvas *canvas, QPainter &painter)
