@@ -72,8 +72,9 @@ private slots:
         QRandomGenerator random(seed);
         for (const Case &of : {Case{{400, 300}, 17, 60}, {{40, 30}, 5, 3}, {{300, 10}, 100, 30}}) {
             Map::LabelBins bins(of.canvas, of.rowHeight);
-            QVector<QRect> rects;
-            QVector<bool> placed;
+            // The second one touches nothing.
+            QVector<QRect> rects{QRect(5, 5, 9, 9), QRect(8, 8, 0, 0)};
+            QVector<bool> placed{bins.place(rects[0]), bins.place(rects[1])};
             for (int i = 0; i < 3000; ++i) {
                 // Partly out of the canvas, some of them empty, null or the wrong way round.
                 const int lowest = i % 8 == 0 ? -3 : 1;
@@ -121,20 +122,18 @@ private slots:
         AnnotationItem item;
         QVERIFY(style.itemRect(painter, item, QPoint(50, 80)).isNull());
         // What was measured for one text and font holds for no other.
-        for (const char *text : {"M 5", "a longer one"}) {
-            for (int points : {9, 14}) {
-                QFont font;
-                font.setPointSize(points);
-                style.setFont(font);
-                item.text = text;
-                const QRect box = style.itemRect(painter, item, QPoint(50, 80));
-                const QFontMetrics metrics(font, &image);
-                const QSize ink = metrics.boundingRect(text).size();
-                const int margin = metrics.height() / 4;
-                QCOMPARE(box.size(), ink + QSize(2 * margin, 2 * margin));
-                QCOMPARE(QPoint(box.left() + margin + ink.width() / 2, box.bottom()),
-                         QPoint(50, 80));
-            }
+        using Case = QPair<const char *, int>;
+        for (const Case &of : {Case("M 5", 9), Case("M 5", 14), Case("a longer one", 14)}) {
+            QFont font;
+            font.setPointSize(of.second);
+            style.setFont(font);
+            item.text = of.first;
+            const QRect box = style.itemRect(painter, item, QPoint(50, 80));
+            const QFontMetrics metrics(font, &image);
+            const QSize ink = metrics.boundingRect(item.text).size();
+            const int margin = metrics.height() / 4;
+            QCOMPARE(box.size(), ink + QSize(2 * margin, 2 * margin));
+            QCOMPARE(QPoint(box.left() + margin + ink.width() / 2, box.bottom()), QPoint(50, 80));
         }
     }
 
@@ -202,10 +201,15 @@ private slots:
         QVERIFY(!pool.remove(items[5]) && !pool.remove(nullptr));
         pool.add("9");
         delete items[1];
-        QStringList texts;
-        for (const AnnotationItem *item : pool.items())
-            texts.append(item->text);
-        QCOMPARE(texts.join(""), QString("246789"));
+        const auto texts = [&pool] {
+            QString all;
+            for (const AnnotationItem *item : pool.items())
+                all.append(item->text);
+            return all;
+        };
+        QCOMPARE(texts(), QString("246789"));
+        delete items[7];
+        QCOMPARE(texts(), QString("24689"));
     }
 
     void labelsFollowTheirSymbols()

@@ -75,12 +75,12 @@ private slots:
     {
         Stage stage;
         stage.add("south", 1, -2);
+        stage.add("nowhere", 0, std::nan(""));
         stage.add("top", 0, -1)->setPriority(Map::Symbol::Highest);
         stage.add("north", 1, 5);
         stage.add("low", 2, 0)->setPriority(Map::Symbol::Low);
         stage.add("hidden", 1, 1)->setVisible(false);
         stage.add("outside", 60, 1);
-        stage.add("nowhere", 0, std::nan(""));
         stage.layer->sortSymbols();
         stage.add("late", 3, 9);
 
