@@ -43,6 +43,11 @@ public:
     void setFilled(bool filled) { _filled = filled; }
     bool isFilled() const { return _filled; }
 
+    /** Takes the size of the magnitude and the scheme. */
+    void updateSize();
+    /** Takes the colour of the depth and the scheme, and no other fill colour. */
+    void depthColorCoding();
+
     /** Whether a pixel is in the square about the circle. */
     bool isInside(int x, int y) const override;
     void drawShadow(QPainter &painter) override;
@@ -53,8 +58,6 @@ protected:
 
 private:
     void init();
-    void updateSize();
-    void depthColorCoding();
     void setBrush(QPainter &painter) const;
 
     QColor _color;

@@ -44,7 +44,7 @@ double measuredPixelsPerKm(const Canvas &canvas)
 double pixelsPerKm(const Canvas &canvas)
 {
     const double measured = measuredPixelsPerKm(canvas);
-    return measured > 0 ? measured : canvas.pixelPerDegree() / static_cast<float>(KmPerDegree);
+    return measured > 0 ? measured : canvas.pixelPerDegree() / 111.13291F;
 }
 
 QString number(double value, const QString &text)
