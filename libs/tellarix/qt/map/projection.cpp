@@ -13,6 +13,11 @@ namespace Map {
 
 namespace {
 
+/** More than what arithmetic on degrees rounds, less than any pixel. */
+constexpr double Rounding = 1e-9;
+/** The western edge of the globe in degrees from its centre. */
+constexpr double WestEnd = -180 - Rounding;
+
 QString translated(const char *text)
 {
     return QCoreApplication::translate("Tellarix::Gui::Map::Projection", text);
@@ -27,10 +32,22 @@ double nearestTurn(double longitude, double center)
 
 Projection::~Projection() = default;
 
+double Projection::heightWithin(double latitude) const
+{
+    return heightOf(qBound(-maximumLatitude(), latitude, maximumLatitude()));
+}
+
+QPointF Projection::placeAt(double longitude, double height) const
+{
+    const double latitude = latitudeAt(height);
+    return QPointF(nearestTurn(longitude, 0),
+                   qBound(-maximumLatitude(), latitude, maximumLatitude()));
+}
+
 void Projection::setView(const View &view)
 {
     _view = view;
-    _centerHeight = heightOf(qBound(-maximumLatitude(), view.center.y(), maximumLatitude()));
+    _centerHeight = heightWithin(view.center.y());
 }
 
 bool Projection::project(QPointF &pixel, const QPointF &place) const
@@ -38,7 +55,12 @@ bool Projection::project(QPointF &pixel, const QPointF &place) const
     if (!std::isfinite(place.x()) || !(std::abs(place.y()) <= maximumLatitude()))
         return false;
 
-    const double degrees = std::remainder(place.x() - _view.center.x(), 360.0);
+    double degrees = place.x() - _view.center.x();
+    if (!(degrees >= WestEnd && degrees < WestEnd + 360)) {
+        degrees = std::remainder(degrees, 360.0);
+        if (degrees >= WestEnd + 360)
+            degrees -= 360;
+    }
     pixel.setX(_view.size.width() / 2 + degrees * _view.pixelPerDegree);
     pixel.setY(_view.size.height() / 2 -
                (heightOf(place.y()) - _centerHeight) * _view.pixelPerDegree);
@@ -64,10 +86,11 @@ bool Projection::unproject(QPointF &place, const QPointF &pixel) const
     const double degrees = (pixel.x() - _view.size.width() / 2) / _view.pixelPerDegree;
     const double height =
         _centerHeight - (pixel.y() - _view.size.height() / 2) / _view.pixelPerDegree;
-    if (!(std::abs(degrees) <= 180) || !(std::abs(height) <= heightOf(maximumLatitude())))
+    if (!(degrees >= WestEnd && degrees < WestEnd + 360) ||
+        !(std::abs(height) <= heightOf(maximumLatitude()) + Rounding))
         return false;
 
-    place = QPointF(nearestTurn(_view.center.x() + degrees, 0), latitudeAt(height));
+    place = placeAt(_view.center.x() + degrees, height);
     return true;
 }
 
@@ -83,6 +106,19 @@ QRectF Projection::globe() const
     return QRectF(_view.size.width() / 2 - 180 * scale,
                   _view.size.height() / 2 - (half - _centerHeight) * scale, 360 * scale,
                   2 * half * scale);
+}
+
+QRectF Projection::rectOf(const View &other) const
+{
+    const double scale = _view.pixelPerDegree / other.pixelPerDegree;
+    const double degrees = std::remainder(other.center.x() - _view.center.x(), 360.0);
+    const double height = heightWithin(other.center.y()) - _centerHeight;
+    // Centres of views are the middles of pixels.
+    const double x = _view.size.width() / 2 + 0.5 + degrees * _view.pixelPerDegree;
+    const double y = _view.size.height() / 2 + 0.5 - height * _view.pixelPerDegree;
+    return QRectF(x - (other.size.width() / 2 + 0.5) * scale,
+                  y - (other.size.height() / 2 + 0.5) * scale, other.size.width() * scale,
+                  other.size.height() * scale);
 }
 
 View Projection::boundedView(View view, double maximumPixelPerDegree) const
@@ -102,6 +138,45 @@ View Projection::boundedView(View view, double maximumPixelPerDegree) const
         QPointF(nearestTurn(view.center.x(), 0),
                 std::abs(height) > room ? latitudeAt(std::copysign(room, height)) : latitude);
     return view;
+}
+
+View Projection::movedView(const QPointF &pixels) const
+{
+    View view = _view;
+    view.center = placeAt(_view.center.x() - pixels.x() / _view.pixelPerDegree,
+                          _centerHeight + pixels.y() / _view.pixelPerDegree);
+    return boundedView(view);
+}
+
+View Projection::zoomedView(double factor, const QPointF &pixel, const QPointF &target) const
+{
+    View view = _view;
+    view.pixelPerDegree *= factor;
+    view.pixelPerDegree = boundedView(view).pixelPerDegree;
+
+    const QPointF middle(_view.size.width() / 2, _view.size.height() / 2);
+    const QPointF degrees =
+        (pixel - middle) / _view.pixelPerDegree - (target - middle) / view.pixelPerDegree;
+    view.center = placeAt(_view.center.x() + degrees.x(), _centerHeight - degrees.y());
+    return boundedView(view);
+}
+
+View Projection::viewOf(const QRectF &region) const
+{
+    for (const double number : {region.x(), region.y(), region.width(), region.height()}) {
+        if (!std::isfinite(number))
+            return _view;
+    }
+
+    const QRectF area = region.normalized();
+    const double south = heightWithin(area.top());
+    const double north = heightWithin(area.bottom());
+    View view = _view;
+    view.center = placeAt(area.center().x(), (south + north) / 2);
+    if (area.width() > 0 || north > south)
+        view.pixelPerDegree =
+            qMin(view.size.width() / area.width(), view.size.height() / (north - south));
+    return boundedView(view);
 }
 
 QString PlateCarree::name() const
@@ -146,7 +221,8 @@ double Mercator::maximumLatitude() const
 
 double Mercator::heightOf(double latitude) const
 {
-    return qRadiansToDegrees(std::asinh(std::tan(qDegreesToRadians(latitude))));
+    const double sine = std::sin(qDegreesToRadians(latitude));
+    return qRadiansToDegrees(0.5 * std::log((1 + sine) / (1 - sine)));
 }
 
 double Mercator::latitudeAt(double height) const

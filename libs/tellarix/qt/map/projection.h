@@ -32,10 +32,11 @@ struct View
 /**
  * Leads between places on the globe and pixels of a canvas, for one view.
  *
- * The globe is cut along the meridian opposite to the centre, so each place has at most one pixel
- * and the date line is a line like any other. Places are degrees with longitude in x and latitude
- * in y; longitudes may be of any turn, e.g. 190 for -170. The centre of the view is the pixel
- * (width / 2, height / 2), in integers. The exact positions count from the middle of pixels.
+ * The globe is cut along the meridian opposite to the centre, which itself lies at the western
+ * edge: each place has at most one pixel, and the date line is a line like any other. Places are
+ * degrees with longitude in x and latitude in y; longitudes may be of any turn, e.g. 190 for -170.
+ * The centre of the view is the pixel (width / 2, height / 2), in integers. The exact positions
+ * count from the middle of pixels.
  *
  * A subclass is a cylindrical projection: it gives the height of a latitude above the equator.
  */
@@ -65,6 +66,10 @@ public:
 
     /** Pixels of the globe's edges, which may lie outside of the canvas. */
     QRectF globe() const;
+    /** Where the picture that another view of this projection has on its canvas lies on this one,
+     *  in a painter's coordinates: from edge to edge of its pixels. The turn of the globe is the
+     * one that brings the centres nearest to each other. */
+    QRectF rectOf(const View &other) const;
 
     /**
      * The nearest view in which the globe fills the canvas as far as it can: not smaller than the
@@ -72,6 +77,19 @@ public:
      * need not be, and at most @p maximumPixelPerDegree.
      */
     View boundedView(View view, double maximumPixelPerDegree = 100000) const;
+
+    /** The view in which everything lies @p pixels further right and below. */
+    View movedView(const QPointF &pixels) const;
+    /** The view of @p factor times the scale, as far as boundedView() allows, in which the place at
+     *  @p pixel is at @p target; the same pixel for a zoom about a place that stays. */
+    View zoomedView(double factor, const QPointF &pixel, const QPointF &target) const;
+    /**
+     * The view that just shows a region.
+     * @param region  longitudes in x, latitudes in y. It reaches from x eastward by its width,
+     * across the date line if need be: 170 with a width of 20 ends at -170. One without width and
+     * height keeps the scale; the present view if it isn't finite.
+     */
+    View viewOf(const QRectF &region) const;
 
     /** The latitude, north and south, at which the map ends. */
     virtual double maximumLatitude() const = 0;
@@ -81,6 +99,9 @@ public:
     virtual double latitudeAt(double height) const = 0;
 
 private:
+    QPointF placeAt(double longitude, double height) const;
+    double heightWithin(double latitude) const;
+
     View _view;
     double _centerHeight{0};
 };
@@ -97,7 +118,7 @@ public:
 };
 
 /** Keeps angles; ends at 85.05 degrees, where the world is as high as it is wide. Spherical form;
- *  Snyder, Map Projections: A Working Manual (1987), equations 7-1, 7-2, 7-4. */
+ *  Snyder, Map Projections: A Working Manual (1987), equations 7-1, 7-2a, 7-4. */
 class TELLARIX_GUI_API Mercator : public Projection
 {
 public:
