@@ -12,14 +12,23 @@ namespace Map {
 
 class Projection;
 
-/** Paints what lies below all layers of a map. */
-class BackgroundPainter
+/**
+ * Paints what lies below all layers of a map: land, water, borders.
+ *
+ * A canvas may paint several views at the same time in threads of its own, long after it was given
+ * the painter. So a painter never changes once it has been set up: colours are taken beforehand,
+ * and another scheme asks for another painter.
+ */
+class TELLARIX_GUI_API BackgroundPainter
 {
 public:
-    virtual ~BackgroundPainter() = default;
+    virtual ~BackgroundPainter();
 
-    /** Fills @p image, which has the size of the projection's view and the format
-     *  QImage::Format_ARGB32_Premultiplied. Called by any thread, also by several at once. */
+    /**
+     * Paints each pixel of @p image, opaquely. Thread-safe.
+     * @param image  of QImage::Format_ARGB32_Premultiplied and the size of the projection's view,
+     *               never empty; its pixels are undefined at first
+     */
     virtual void paint(QImage &image, const Projection &projection) const = 0;
 };
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
+#include <tellarix/qt/map/canvas.h>
 #include <tellarix/qt/map/layer.h>
 #include <tellarix/qt/map/legend.h>
 
@@ -10,7 +11,14 @@ namespace Map {
 Layer::Layer(QObject *parent) : QObject(parent)
 {}
 
-Layer::~Layer() = default;
+Layer::~Layer()
+{
+    if (_canvas)
+        _canvas->removeLayer(this);
+    // As children they would outlive the list that they take themselves out of.
+    while (!_legends.isEmpty())
+        delete _legends.constLast();
+}
 
 void Layer::setConfig(const Client::Configuration *)
 {}
@@ -49,6 +57,7 @@ void Layer::setVisible(bool visible)
         return;
 
     _visible = visible;
+    setBufferOutdated();
     emit visibilityChanged(visible);
     emit updateRequested(Repaint);
 }
@@ -129,6 +138,8 @@ void Layer::addLegend(Legend *legend)
     if (!legend || _legends.contains(legend))
         return;
 
+    if (legend->_layer)
+        legend->_layer->takeLegend(legend);
     legend->setParent(this);
     legend->_layer = this;
     _legends.append(legend);

@@ -35,10 +35,12 @@ class Legend;
  * were added to the canvas. A layer paints itself at each repaint by draw(), or once for each view
  * into the pixels of the canvas's buffer by bufferUpdated().
  *
- * The mouse: from the top layer to the bottom one, the canvas asks isInside(); the first that says
- * yes is under the mouse and gets handleEnterEvent(), the one before it handleLeaveEvent(). Then
- * each visible layer, from top to bottom, may take the event by filter...(): the first that returns
- * true ends the walk, and the map doesn't use the event itself.
+ * The mouse: from the top layer to the bottom one, the canvas asks each visible layer isInside();
+ * the first that says yes is under the mouse and gets handleEnterEvent(), the one before it
+ * handleLeaveEvent(). Then each visible layer, from top to bottom, may take the event by
+ * filter...(): the first that returns true ends the walk, and the map doesn't use the event itself.
+ * Beyond the edges of the globe, the place of an event is the nearest one on it. Where a
+ * legend is, no layer is under the mouse and none is asked, unless a button is held already.
  */
 class TELLARIX_GUI_API Layer : public QObject
 {
@@ -73,7 +75,9 @@ public:
     /** Paints the layer above those below it. */
     virtual void draw(const Canvas *canvas, QPainter &painter);
     virtual void setVisible(bool visible);
-    /** Finds the pixels of what it shows in the canvas's present view. */
+    /** Finds the pixels of what it shows in the canvas's present view. For a visible layer the
+     *  canvas calls it before it draws, or asks for what is under the mouse, when the view has
+     *  changed since or the layer has asked for it. */
     virtual void calculateMapPosition(const Canvas *canvas);
     /** Whether what it shows is under the mouse. @p place is longitude and latitude. */
     virtual bool isInside(const QMouseEvent *event, const QPointF &place);
@@ -141,6 +145,7 @@ private:
     bool _hasCursor{true};
     bool _visible{true};
     bool _bufferOutdated{false};
+    bool _positionsOutdated{true};
 };
 
 Q_DECLARE_OPERATORS_FOR_FLAGS(Layer::UpdateHints)

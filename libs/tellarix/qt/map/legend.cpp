@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
+#include <tellarix/qt/map/layer.h>
 #include <tellarix/qt/map/legend.h>
 
 namespace Tellarix {
@@ -24,7 +25,11 @@ bool changed(T &stored, const T &value)
 Legend::Legend(QObject *parent) : QObject(parent)
 {}
 
-Legend::~Legend() = default;
+Legend::~Legend()
+{
+    if (_layer)
+        _layer->takeLegend(this);
+}
 
 void Legend::bringToFront()
 {

@@ -33,7 +33,8 @@ public:
     virtual void bringToFront();
     /** A legend of the same content for another parent; null if it can't be copied. */
     virtual Legend *clone(QObject *parent) const;
-    /** Paints the content into the rectangle that the canvas has laid out, of size() pixels. */
+    /** Paints the content into the rectangle that the canvas has laid out, of size() pixels; the
+     *  painter has the canvas's font and the scheme's pen for legends. */
     virtual void draw(const QRect &rect, QPainter &painter) = 0;
     /** The canvas has got another size. */
     virtual void contextResizeEvent(const QSize &size);
