@@ -6,6 +6,7 @@
 #include <tellarix/qt/map/symbol.h>
 
 #include <QColor>
+#include <QImage>
 
 namespace Tellarix {
 namespace Gui {
@@ -25,11 +26,12 @@ public:
 
     /** 0 if it is unknown. */
     double preferredMagnitudeValue() const { return _magnitude; }
+    /** What is no finite number is unknown. */
     void setPreferredMagnitudeValue(double magnitude);
     double depth() const { return _depth; }
     void setDepth(double depth);
 
-    /** Chosen symbols are painted with a ring in the highlight's colour. */
+    /** Selected symbols are opaque, with a ring in the highlight's colour. */
     void setSelected(bool selected) { _selected = selected; }
     bool isSelected() const { return _selected; }
 
@@ -45,6 +47,8 @@ private:
     double _depth;
     double _magnitude{0};
     QColor _color;
+    QImage _disc; /**< shared with symbols that look the same */
+    int _discDiameter{-1};
     bool _selected{false};
 };
 
