@@ -4,6 +4,7 @@
 
 #include "events/eventpanel.h"
 #include "jobs/jobpanel.h"
+#include "map/mappanel.h"
 #include "spectrograms/spectrogrampanel.h"
 #include "waveforms/waveformpanel.h"
 
@@ -18,6 +19,7 @@ PanelRegistry builtInPanels()
     registry.add<WaveformPanel>(); // makes the rows that others add to
     registry.add<SpectrogramPanel>();
     registry.add<EventPanel>();
+    registry.add<MapPanel>();
     registry.add<JobPanel>();
     return registry;
 }

@@ -6,6 +6,7 @@
 #include "bench/demonstration.h"
 #include "bench/jobs.h"
 #include "bench/selection.h"
+#include "bench/shownevents.h"
 #include "databasedialog.h"
 #include "emptyreason.h"
 #include "eventexport.h"
@@ -23,6 +24,7 @@
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
+#include <QScopedValueRollback>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QToolButton>
@@ -44,7 +46,6 @@ constexpr int MostRecent = 10;
 constexpr int MostShownAtOnce = 100000;
 constexpr double DaysOfLargeOnes = 30;
 constexpr double SecondsPerDay = 86400;
-constexpr int IdColumn = 9;
 
 EventFacts factsOf(const EventRow &row)
 {
@@ -58,6 +59,11 @@ EventFacts factsOf(const EventRow &row)
     event.magnitude = row.magnitude;
     event.region = QString::fromStdString(row.region);
     return event;
+}
+
+QString number(int value)
+{
+    return QLocale(QLocale::English).toString(value);
 }
 
 QDateTime dateTime(Core::Time time)
@@ -97,6 +103,7 @@ EventPanel::EventPanel(Bench *bench)
     connect(_catalogue, SIGNAL(imported()), this, SLOT(reload()));
     connect(_catalogue, SIGNAL(busyChanged()), this, SLOT(updateActions()));
     connect(bench->selection(), SIGNAL(eventChanged()), this, SLOT(followSelection()));
+    connect(bench->selection(), SIGNAL(regionChanged()), this, SLOT(followRegion()));
     showDatabase();
 }
 
@@ -149,6 +156,7 @@ void EventPanel::showDatabase()
         delete _list;
         _list = nullptr;
     }
+    shareRows();
     tellNothing();
     showTitle();
     if (_catalogue->database()) {
@@ -206,8 +214,11 @@ void EventPanel::makeList()
     connect(_list, SIGNAL(eventSelected()), this, SLOT(choose()));
     connect(_list, SIGNAL(exportEvents(QAbstractItemModel *)), this,
             SLOT(exportList(QAbstractItemModel *)));
+    connect(_list, SIGNAL(rowsChanged()), this, SLOT(shareRows()));
     connect(_list, SIGNAL(rowsChanged()), this, SLOT(tellRows()));
+    connect(_list, SIGNAL(cleared()), this, SLOT(shareRows()));
     connect(_list, SIGNAL(cleared()), this, SLOT(tellNothing()));
+    followRegion();
 }
 
 QTreeView *EventPanel::tree() const
@@ -245,14 +256,52 @@ QString EventPanel::emptyReason() const
     return _reason->isHidden() ? QString() : _reason->text();
 }
 
+/** Lets other panels show the events too. */
+void EventPanel::shareRows()
+{
+    if (_isLimiting)
+        return;
+    QVector<EventFacts> events;
+    if (_list) {
+        for (const EventRow &row : _list->unfilteredRows())
+            events.append(factsOf(row));
+    }
+    bench()->shownEvents()->set(std::move(events));
+}
+
+/** Leaves out what lies elsewhere; other panels go on showing it. */
+void EventPanel::followRegion()
+{
+    if (!_list)
+        return;
+    const QScopedValueRollback<bool> limiting(_isLimiting, true);
+    const std::optional<Region> &region = bench()->selection()->region();
+    if (!region) {
+        _list->setRowFilter(nullptr);
+        return;
+    }
+    _list->setRowFilter([region](const EventRow &row) {
+        return row.latitude && row.longitude && region->contains(*row.latitude, *row.longitude);
+    });
+}
+
 void EventPanel::tellRows()
 {
     if (!_list)
         return;
     tellNothing();
     const int count = _list->rowCount();
-    _count->setText(tr("%1 events").arg(QLocale(QLocale::English).toString(count)));
-    if (count == 0)
+    const int all = bench()->shownEvents()->all().size();
+    const std::optional<Region> &region = bench()->selection()->region();
+    if (region)
+        _count->setText(tr("%1 of %2 events, %3").arg(number(count), number(all), region->text()));
+    else
+        _count->setText(tr("%1 events").arg(number(count)));
+    if (count == 0 && all > 0) {
+        _reason->setText(
+            tr("None of the %1 events lies where the map limits the list to.").arg(number(all)));
+        _reason->show();
+    } else if (count == 0)
         askWhyEmpty();
     followSelection();
     updateActions();
@@ -296,18 +345,9 @@ void EventPanel::followSelection()
     const auto &event = bench()->selection()->chosenEvent();
     if (!_list || !event)
         return;
-    QAbstractItemModel *model = tree()->model();
-    if (tree()->currentIndex().isValid() &&
-        tree()->currentIndex().siblingAtColumn(IdColumn).data().toString() == event->publicID)
-        return;
-    for (int row = 0; row < model->rowCount(); ++row) {
-        const QModelIndex index = model->index(row, IdColumn);
-        if (index.data().toString() == event->publicID) {
-            tree()->setCurrentIndex(model->index(row, 0));
-            tree()->scrollTo(model->index(row, 0), QAbstractItemView::PositionAtCenter);
-            return;
-        }
-    }
+    const std::string id = event->publicID.toStdString();
+    if (_list->currentEvent().publicID != id)
+        _list->showEvent(id);
 }
 
 // Opening

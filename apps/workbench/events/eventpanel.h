@@ -62,6 +62,8 @@ private slots:
     void showDatabase();
     void showAll();
     void reload();
+    void shareRows();
+    void followRegion();
     void tellRows();
     void tellNothing();
     void choose();
@@ -92,6 +94,7 @@ private:
     QAction *_scriptAction{nullptr};
     QAction *_showAllAction{nullptr};
     QStringList _recent;
+    bool _isLimiting{false}; /**< the list is not loaded anew */
     QByteArray _headerState;
     QString _exportFile;
     QString _exportScript;

@@ -122,6 +122,18 @@ class SortFilterModel : public QSortFilterProxyModel
 public:
     using QSortFilterProxyModel::QSortFilterProxyModel;
 
+    bool hasShownType(const QModelIndex &type) const
+    {
+        const QRegExp filter = filterRegExp();
+        return filter.isEmpty() || type.data(Qt::DisplayRole).toString() != filter.pattern();
+    }
+
+    void setRowFilter(std::function<bool(const EventRow &)> accepts)
+    {
+        _accepts = std::move(accepts);
+        invalidateFilter();
+    }
+
     void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override
     {
         const bool isSorted = dynamicSortFilter() && column == sortColumn() && order == sortOrder();
@@ -134,12 +146,8 @@ public:
 protected:
     bool filterAcceptsRow(int sourceRow, const QModelIndex &sourceParent) const override
     {
-        const QRegExp filter = filterRegExp();
-        if (filter.isEmpty())
-            return true;
-
-        const QModelIndex type = sourceModel()->index(sourceRow, Columns::EventType, sourceParent);
-        return type.data(Qt::DisplayRole).toString() != filter.pattern();
+        return hasShownType(sourceModel()->index(sourceRow, Columns::EventType, sourceParent)) &&
+               (!_accepts || _accepts(EventListView::fromRow(sourceModel(), sourceRow)));
     }
 
     bool lessThan(const QModelIndex &left, const QModelIndex &right) const override
@@ -175,6 +183,7 @@ private:
                              : nullptr;
     }
 
+    std::function<bool(const EventRow &)> _accepts;
     std::vector<int> _places; /**< of the source's rows, while they are sorted */
 };
 
@@ -227,6 +236,50 @@ void EventListView::setEarliestDate(const QDate &date)
 int EventListView::rowCount() const
 {
     return _proxy->rowCount();
+}
+
+std::vector<EventRow> EventListView::unfilteredRows() const
+{
+    std::vector<EventRow> rows;
+    rows.reserve(static_cast<size_t>(_model->rowCount()));
+    for (int row = 0; row < _model->rowCount(); ++row) {
+        if (_proxy->hasShownType(_model->index(row, Columns::EventType)))
+            rows.push_back(fromRow(_model, row));
+    }
+    return rows;
+}
+
+void EventListView::setRowFilter(std::function<bool(const EventRow &)> accepts)
+{
+    _proxy->setRowFilter(std::move(accepts));
+    if (!_worker)
+        emit rowsChanged();
+}
+
+bool EventListView::showEvent(const std::string &publicID)
+{
+    if (_worker)
+        return false;
+
+    const int row = sourceRow(publicID);
+    const QModelIndex index = _proxy->mapFromSource(_model->index(row, 0));
+    if (!index.isValid())
+        return false;
+
+    _ui.treeView->setCurrentIndex(index);
+    _ui.treeView->scrollTo(index, QAbstractItemView::PositionAtCenter);
+    return true;
+}
+
+/** -1 if there is none. */
+int EventListView::sourceRow(const std::string &publicID)
+{
+    if (_rowsByID.empty()) {
+        for (int row = 0; row < _model->rowCount(); ++row)
+            _rowsByID.emplace(textAt(*_model, row, Columns::PublicID), row);
+    }
+    const auto row = _rowsByID.find(publicID);
+    return row == _rowsByID.end() ? -1 : row->second;
 }
 
 EventRow EventListView::currentEvent() const
@@ -308,6 +361,7 @@ void EventListView::loadInterval()
     _worker = nullptr;
     if (focused)
         focused->setFocus();
+    _rowsByID.clear();
     emit rowsChanged();
 }
 
@@ -381,6 +435,7 @@ void EventListView::clear()
     if (_worker)
         return;
     _model->setRowCount(0);
+    _rowsByID.clear();
     emit cleared();
 }
 

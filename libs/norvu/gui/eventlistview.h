@@ -12,8 +12,11 @@
 
 #include <QWidget>
 
+#include <functional>
 #include <optional>
 #include <string>
+#include <unordered_map>
+#include <vector>
 
 class QAbstractButton;
 class QAbstractItemModel;
@@ -81,6 +84,15 @@ public:
     /** A row of any model with the columns and roles of exportEvents(). */
     static EventRow fromRow(QAbstractItemModel *model, int row);
 
+    /** All rows that would be shown without a row filter, as the database gave them. */
+    std::vector<EventRow> unfilteredRows() const;
+    /** Leaves out rows for which @p accepts is false, of those that are loaded now or later; null
+     *  for none. */
+    void setRowFilter(std::function<bool(const EventRow &)> accepts);
+    /** Makes the row of an event the current one, and brings it into sight.
+     *  @return false, with nothing changed, if it isn't shown */
+    bool showEvent(const std::string &publicID);
+
     /** Sets the number of days, within the limits of its box, and loads them. */
     void loadLastDays(int days);
 
@@ -89,7 +101,7 @@ signals:
     void eventSelected();
     /** The user wants to export the rows of @p model; see fromRow(). */
     void exportEvents(QAbstractItemModel *model);
-    /** A load has ended, whatever came of it, or the check box has been switched. */
+    /** A load has ended, whatever came of it, or other rows are left out than before. */
     void rowsChanged();
     /** The user, or the host, has removed all rows. */
     void cleared();
@@ -130,6 +142,7 @@ private:
     void closeProgressDialog();
     void runWorker();
     void resetColumns();
+    int sourceRow(const std::string &publicID);
 
     Ui_NorvuEventListView _ui;
     bool _headerMenuEnabled{false};
@@ -139,6 +152,8 @@ private:
     SortFilterModel *_proxy{nullptr};
     QProgressDialog *_progress{nullptr};
     EventListWorkerThread *_worker{nullptr};
+    /** Rows of the model by public id; empty until it is asked for. */
+    std::unordered_map<std::string, int> _rowsByID;
     /** Stands in for the model while events are loaded. */
     QStandardItemModel *_emptyModel{nullptr};
 };

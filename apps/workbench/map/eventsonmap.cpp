@@ -1,0 +1,181 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
+#include "eventsonmap.h"
+
+#include "bench/bench.h"
+#include "bench/selection.h"
+#include "bench/shownevents.h"
+#include "eventmaplayer.h"
+#include "placelabel.h"
+
+#include <norvu/gui/map/annotations.h>
+#include <norvu/gui/map/symbollayer.h>
+#include <tellarix/qt/map/originsymbol.h>
+
+#include <QtNumeric>
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+using namespace Tellarix;
+
+namespace Workbench {
+
+namespace {
+
+/** More would hide what they stand at. */
+constexpr int MostLabels = 40;
+
+bool hasPlace(const EventFacts &event)
+{
+    return std::isfinite(event.latitude) && std::isfinite(event.longitude);
+}
+
+bool isLarger(const EventFacts *a, const EventFacts *b)
+{
+    return a->magnitude.value_or(-99) > b->magnitude.value_or(-99);
+}
+
+QString labelOf(const EventFacts &event)
+{
+    if (!event.magnitude)
+        return QString::fromStdString(event.originTime.toString("%Y-%m-%d"));
+    return EventsOnMap::tr("M %1").arg(*event.magnitude, 0, 'f', 1);
+}
+
+} // namespace
+
+EventsOnMap::EventsOnMap(Bench *bench, Norvu::Gui::Annotations *annotations, QObject *parent)
+    : QObject(parent), _bench(bench), _annotations(annotations), _layer(new EventMapLayer(this)),
+      _labels(new Norvu::Gui::Map::SymbolLayer(this))
+{
+    _layer->setName(tr("Events"));
+    _labels->setName(tr("Event labels"));
+    connect(_bench->shownEvents(), SIGNAL(changed()), this, SLOT(rebuild()));
+    connect(_bench->selection(), SIGNAL(eventChanged()), this, SLOT(followSelection()));
+    connect(_layer, SIGNAL(modesChanged()), this, SLOT(rebuildLabels()));
+    connect(_layer, SIGNAL(eventHovered(std::string)), this, SLOT(hover(std::string)));
+    connect(_layer, SIGNAL(eventSelected(std::string)), this, SLOT(choose(std::string)));
+    connect(_layer, SIGNAL(eventActivated(std::string)), this, SLOT(activate(std::string)));
+    rebuild();
+}
+
+EventsOnMap::~EventsOnMap()
+{
+    // The labels have to go before the annotations that hold them.
+    _labels->clear();
+}
+
+const EventFacts *EventsOnMap::find(const std::string &eventID) const
+{
+    return _bench->shownEvents()->find(QString::fromStdString(eventID));
+}
+
+const EventFacts *EventsOnMap::hovered() const
+{
+    return _hoveredID.isEmpty() ? nullptr : _bench->shownEvents()->find(_hoveredID);
+}
+
+QString EventsOnMap::textOf(const EventFacts &event)
+{
+    QStringList parts;
+    if (event.magnitude)
+        parts << tr("M %1").arg(*event.magnitude, 0, 'f', 1);
+    if (event.originTime.valid())
+        parts << QString::fromStdString(event.originTime.toString("%Y-%m-%d %H:%M:%S"));
+    if (event.depthKm)
+        parts << tr("%1 km").arg(*event.depthKm, 0, 'f', 0);
+    if (!event.region.isEmpty())
+        parts << event.region;
+    return parts.join(", ");
+}
+
+void EventsOnMap::rebuild()
+{
+    _hoveredID.clear();
+    std::vector<Gui::EventLayer::Values> events;
+    events.reserve(_bench->shownEvents()->all().size());
+    for (const EventFacts &event : _bench->shownEvents()->all()) {
+        if (hasPlace(event))
+            events.push_back({event.publicID.toStdString(), event.longitude, event.latitude,
+                              event.depthKm.value_or(qQNaN()), event.magnitude.value_or(qQNaN())});
+    }
+    _layer->setEvents(events);
+    followSelection();
+}
+
+void EventsOnMap::rebuildLabels()
+{
+    _labels->clear();
+    if (!_labelsShown || !_layer->viewModes().testFlag(EventMapLayer::Symbols)) {
+        _labels->update();
+        return;
+    }
+    std::vector<const EventFacts *> largest;
+    for (const EventFacts &event : _bench->shownEvents()->all()) {
+        if (hasPlace(event))
+            largest.push_back(&event);
+    }
+    const auto end = largest.begin() + std::min<std::ptrdiff_t>(MostLabels, largest.size());
+    std::partial_sort(largest.begin(), end, largest.end(), isLarger);
+
+    // The chosen one comes first, so that no other takes its room.
+    const auto &chosen = _bench->selection()->chosenEvent();
+    if (chosen && hasPlace(*chosen))
+        addLabel(*chosen)->setAnnotationHighlight(true);
+    for (auto event = largest.begin(); event != end; ++event) {
+        if (!chosen || (*event)->publicID != chosen->publicID)
+            addLabel(**event);
+    }
+    _labels->update();
+}
+
+PlaceLabel *EventsOnMap::addLabel(const EventFacts &event)
+{
+    auto *label = new PlaceLabel(event.longitude, event.latitude,
+                                 Gui::OriginSymbol::diameterOf(event.magnitude.value_or(0)));
+    label->setAnnotation(labelOf(event), _annotations);
+    _labels->addSymbol(label);
+    return label;
+}
+
+void EventsOnMap::followSelection()
+{
+    const auto &chosen = _bench->selection()->chosenEvent();
+    _layer->setSelectedEvent(chosen ? chosen->publicID.toStdString() : std::string());
+    rebuildLabels();
+}
+
+void EventsOnMap::hover(const std::string &eventID)
+{
+    const QString id = QString::fromStdString(eventID);
+    if (id == _hoveredID)
+        return;
+
+    _hoveredID = id;
+    emit hoveredChanged();
+}
+
+void EventsOnMap::choose(const std::string &eventID)
+{
+    if (const EventFacts *event = find(eventID))
+        _bench->selection()->setEvent(*event);
+}
+
+void EventsOnMap::activate(const std::string &eventID)
+{
+    if (const EventFacts *event = find(eventID))
+        emit activated(event->longitude, event->latitude);
+}
+
+void EventsOnMap::setLabelsShown(bool shown)
+{
+    if (shown == _labelsShown)
+        return;
+
+    _labelsShown = shown;
+    rebuildLabels();
+}
+
+} // namespace Workbench
