@@ -71,7 +71,7 @@ struct Desk
     bool write(const QString &file, QString *error) const
     {
         return writeEvents(
-            database(), listedEvents(tree()->model()), file, [](int) { return true; }, error);
+            database(), listedEvents(tree()->model()), file, [](int, int) { return true; }, error);
     }
 
     QTemporaryDir folder;

@@ -5,6 +5,7 @@
 #include "bench/bench.h"
 
 #include <tellarix/client/demo/democatalogue.h>
+#include <tellarix/client/io/databaseaddress.h>
 #include <tellarix/client/io/eventarchive.h>
 #include <tellarix/client/io/eventimport.h>
 #include <tellarix/client/io/eventreader.h>
@@ -13,7 +14,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
-#include <QUrl>
 
 using namespace Tellarix;
 
@@ -49,7 +49,7 @@ bool Catalogue::isEventFile(const QString &name)
 
 QString Catalogue::addressOf(const QString &file)
 {
-    return "sqlite://" + QUrl::toPercentEncoding(QFileInfo(file).absoluteFilePath(), "/");
+    return IO::DatabaseAddress::OfFile(QFileInfo(file).absoluteFilePath()).toString();
 }
 
 QString Catalogue::address() const
@@ -95,7 +95,10 @@ void Catalogue::open(const QString &url, Schema schema)
 
 void Catalogue::openDemonstration(const QString &file)
 {
-    openNext(Origin::Demonstration, addressOf(file), Schema::Expected);
+    // What is imported into it would be lost when it is made anew.
+    IO::DatabaseAddress address = IO::DatabaseAddress::OfFile(QFileInfo(file).absoluteFilePath());
+    address.isReadOnly = true;
+    openNext(Origin::Demonstration, address.toString(), Schema::Expected);
 }
 
 void Catalogue::openNext(Origin origin, const QString &url, Schema schema)
@@ -126,7 +129,7 @@ void Catalogue::beginOpening(Origin origin, const QString &url, Schema schema)
 bool Catalogue::connectTo(const QString &url, Schema schema, Content &content, QString *error)
 {
     if (content.origin == Origin::Demonstration) {
-        const QString file = QUrl::fromPercentEncoding(url.section("://", 1).toUtf8());
+        const QString file = IO::DatabaseAddress::Read(url)->database;
         const QString folder = QFileInfo(file).path();
         *error = tr("%1: the folder can't be made").arg(folder);
         if (!QDir().mkpath(folder) || !Client::writeDemonstrationCatalogue(file, error))
@@ -154,23 +157,14 @@ bool Catalogue::makeTemporary(Content &content, QString *error)
 /** Asks for what lists have to know before they are loaded. */
 bool Catalogue::measure(Content &content, QString *error)
 {
-    IO::DatabaseInterface &database = *content.database;
-    const std::string column = database.convertColumnName("time_value");
-    const bool ok =
-        database.beginQuery("select min(" + column + "), max(" + column + ") from Origin") &&
-        database.fetchRow();
-    if (ok) {
-        const Core::Time first = database.stringToTime(database.field(0));
-        const Core::Time last = database.stringToTime(database.field(1));
-        // To the second: the last one may have a fraction.
-        if (first.valid() && last.valid())
-            content.extent = Core::TimeWindow(first, last + Core::TimeSpan(1.0));
-    } else
-        *error = tr("%1: %2").arg(database.displayUrl(), database.lastError());
-    database.endQuery();
-    if (ok)
-        content.eventCount = IO::EventArchive(content.database).count({}, error);
-    return ok && content.eventCount >= 0;
+    IO::EventArchive archive(content.database);
+    QString reason;
+    content.extent = archive.extent(&reason);
+    if (reason.isEmpty())
+        content.eventCount = archive.count({}, &reason);
+    if (!reason.isEmpty())
+        *error = reason;
+    return reason.isEmpty();
 }
 
 QString Catalogue::takeOver(const Content &content)

@@ -3,12 +3,11 @@
 #include "eventexport.h"
 
 #include <norvu/gui/eventlistview.h>
+#include <tellarix/client/io/eventexport.h>
 #include <tellarix/client/io/eventwriter.h>
 
 #include <QAbstractItemModel>
 #include <QCoreApplication>
-#include <QFileInfo>
-#include <QSaveFile>
 
 using namespace Tellarix;
 
@@ -19,49 +18,6 @@ namespace {
 QString tr(const char *text)
 {
     return QCoreApplication::translate("Workbench::EventExport", text);
-}
-
-QString formOf(const QString &file)
-{
-    const QString suffix = QFileInfo(file).suffix().toLower();
-    if (suffix == "json")
-        return "geojson";
-    return suffix == "xml" || suffix == "qml" ? "quakeml" : suffix;
-}
-
-bool writeAll(const IO::DatabaseInterfacePtr &database, const ListedEvents &events,
-              const QString &form, const std::function<bool(int)> &progress, QIODevice &device,
-              QString *error)
-{
-    const auto writer = IO::EventWriter::Create(form, device);
-    bool ok = writer->begin();
-    int written = 0;
-    bool isWanted = true;
-    const auto write = [&](const DataModel::EventPtr &event) {
-        if (events.ids.count(event->publicID) == 0)
-            return true;
-        ++written;
-        ok = ok && writer->write(*event);
-        isWanted = progress(written);
-        return ok && isWanted;
-    };
-    QString reason;
-    const bool read =
-        events.ids.empty() || IO::EventArchive(database).forEach(events.selection, write, &reason);
-    ok = ok && writer->end();
-    if (!ok)
-        *error = device.errorString();
-    else if (!isWanted)
-        *error = tr("the export was cancelled");
-    else if (!read)
-        *error = reason;
-    else if (written < events.count())
-        *error = tr("%1 of the %2 events are no longer in the database")
-                     .arg(events.count() - written)
-                     .arg(events.count());
-    else
-        return true;
-    return false;
 }
 
 } // namespace
@@ -86,23 +42,27 @@ QString eventExportFilter()
 }
 
 bool writeEvents(const IO::DatabaseInterfacePtr &database, const ListedEvents &events,
-                 const QString &name, const std::function<bool(int)> &progress, QString *error)
+                 const QString &file, const std::function<bool(int, int)> &progress, QString *error)
 {
-    const QString form = formOf(name);
-    QSaveFile file(name);
-    QString reason;
-    bool ok = false;
-    if (!IO::EventWriter::Create(form, file))
-        reason = tr("the name has to end with .xml, .csv or .geojson");
-    else if (!file.open(QIODevice::WriteOnly))
-        reason = file.errorString();
-    else if (writeAll(database, events, form, progress, file, &reason)) {
-        ok = file.commit();
-        reason = file.errorString();
-    }
-    if (!ok)
-        *error = tr("%1: %2").arg(name, reason);
-    return ok;
+    const QString form = IO::EventWriter::FormOf(file);
+    IO::EventExportHandler handler;
+    handler.wants = [&](const auto &event) { return events.ids.count(event.publicID) > 0; };
+    handler.progress = progress;
+    IO::EventExportResult result;
+    if (form.isEmpty())
+        result.error = tr("the name has to end with .xml, .csv or .geojson");
+    else
+        result = IO::exportEvents(database, events.selection, form, file, handler);
+
+    if (!result.ok && result.error.isEmpty())
+        result.error = tr("the export was cancelled");
+    else if (result.ok && result.written < events.count())
+        result.error = tr("%1 of the %2 events are no longer in the database")
+                           .arg(events.count() - result.written)
+                           .arg(events.count());
+    if (!result.error.isEmpty())
+        *error = result.error.contains(file) ? result.error : tr("%1: %2").arg(file, result.error);
+    return result.error.isEmpty();
 }
 
 } // namespace Workbench

@@ -35,10 +35,12 @@ QString eventExportFilter();
  * (.csv) or GeoJSON (.json, .geojson), as the file's name asks for. A file that is there stays
  * until the new one is whole. May be called by any thread.
  *
- * @param progress  gets the number of events written so far; false ends the export
- * @return false, with the file and the cause in @p error, if that failed
+ * @param progress  see IO::EventExportHandler
+ * @return false, with the file and the cause in @p error, if that failed, or if the file was
+ *         written without some events that are no longer there
  */
 bool writeEvents(const Tellarix::IO::DatabaseInterfacePtr &database, const ListedEvents &events,
-                 const QString &file, const std::function<bool(int)> &progress, QString *error);
+                 const QString &file, const std::function<bool(int, int)> &progress,
+                 QString *error);
 
 } // namespace Workbench

@@ -139,6 +139,7 @@ void EventPanel::updateActions()
     const bool isOpen = _catalogue->database() != nullptr;
     const bool hasRows = _list && _list->rowCount() > 0;
     _importAction->setEnabled(isOpen && !_catalogue->isBusy() &&
+                              !_catalogue->database()->isReadOnly() &&
                               _catalogue->origin() != Catalogue::Origin::Files);
     _exportAction->setEnabled(hasRows && !_exporting);
     _scriptAction->setEnabled(hasRows && !_exporting);
@@ -161,7 +162,7 @@ void EventPanel::showDatabase()
     showTitle();
     if (_catalogue->database()) {
         if (_catalogue->origin() == Catalogue::Origin::Address)
-            remember(_catalogue->address());
+            remember(_catalogue->database()->address());
         makeList();
         showAll();
     } else {
@@ -435,8 +436,8 @@ TaskThreads::Work EventPanel::writing(const ListedEvents &events, const QString 
 {
     return [this, database = _catalogue->database(), events, file,
             done](TaskThreads::Reporter &reporter) -> TaskThreads::Finish {
-        const auto progress = [&](int count) {
-            reporter.setProgress(count, events.count());
+        const auto progress = [&](int count, int total) {
+            reporter.setProgress(count, total);
             return !reporter.isCanceled();
         };
         QString error;
