@@ -53,6 +53,12 @@ void EventMapLayer::setShown(bool symbols, bool heatmap)
     setViewMode(Heatmap, heatmap);
 }
 
+void EventMapLayer::setLegendsShown(bool shown)
+{
+    for (Tellarix::Gui::Map::Legend *legend : legends())
+        legend->setVisible(shown);
+}
+
 void EventMapLayer::setGradientName(const QString &name)
 {
     const Tellarix::Gui::Gradient *gradient =

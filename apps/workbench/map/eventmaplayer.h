@@ -33,6 +33,7 @@ public slots:
     void setMultiplied(bool on);
     void setLogarithm(bool on);
     void setShown(bool symbols, bool heatmap);
+    void setLegendsShown(bool shown);
 
 signals:
     /** Other view modes than before. */

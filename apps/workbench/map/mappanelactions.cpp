@@ -93,7 +93,7 @@ void MapPanel::createActions()
     QAction *measure = addTool(tr("&Measure distances"), chRuler);
     connect(measure, SIGNAL(toggled(bool)), _measuring, SLOT(setActive(bool)));
     connect(_measuring, SIGNAL(activeChanged(bool)), measure, SLOT(setChecked(bool)));
-    _limitAction = addTool(tr("&List only what the map shows"), chFilter);
+    _limitAction = addTool(tr("List only &what the map shows"), chFilter);
     connect(_limitAction, SIGNAL(toggled(bool)), this, SLOT(setLimitsList(bool)));
     _everywhereAction =
         _menu->addAction(tr("List events from &everywhere"), this, SLOT(listEverywhere()));
@@ -124,6 +124,7 @@ void MapPanel::createMenu()
     addSwitch("rivers", tr("Ri&vers"), true, this, SLOT(updateBackground()));
     addSwitch("towns", tr("&Towns"), true, this, SLOT(updateBackground()));
     addSwitch("graticule", tr("&Graticule"), true, this, SLOT(updateBackground()));
+    addSwitch("legends", tr("&Legends"), true, _events->layer(), SLOT(setLegendsShown(bool)));
     addSwitch("mercator", tr("Me&rcator projection"), false, this, SLOT(setMercator(bool)));
     _menu->addSeparator();
     _menu->addAction(tr("Export &picture of the map…"), this, SLOT(askForPicture()));
