@@ -12,18 +12,30 @@
 #include <QStringList>
 #include <QtTest>
 
+#include <memory>
+
 /** Helpers of tests of the map's layers. */
 namespace MapTesting {
 
 using Tellarix::Gui::Map::Canvas;
 
-/** A map of 300 x 200 pixels, 10 of which are a degree; its centre is pixel (150, 100). */
+/** Nothing below the layers. */
+struct WhitePaper : Tellarix::Gui::Map::BackgroundPainter
+{
+    void paint(QImage &image, const Tellarix::Gui::Map::Projection &) const override
+    {
+        image.fill(Qt::white);
+    }
+};
+
+/** A white map of 300 x 200 pixels, 10 of which are a degree; its centre is pixel (150, 100). */
 struct TenPerDegree : Canvas
 {
     TenPerDegree()
     {
         setSize(QSize(300, 200));
         setView(QPointF(0, 0), 10);
+        setBackground(std::make_shared<WhitePaper>());
         picture();
     }
 
