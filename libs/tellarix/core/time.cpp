@@ -175,6 +175,19 @@ TimeSpan TimeSpan::operator-(TimeSpan other) const
     return FromUSecs(saturatedDifference(_usecs, other._usecs));
 }
 
+void TimeSpan::elapsedTime(int *days, int *hours, int *minutes, int *seconds) const
+{
+    const int64_t whole = this->seconds();
+    const auto set = [](int *target, int64_t value) {
+        if (target)
+            *target = static_cast<int>(value);
+    };
+    set(days, whole / 86400);
+    set(hours, whole / 3600 % 24);
+    set(minutes, whole / 60 % 60);
+    set(seconds, whole % 60);
+}
+
 Time::Time(double seconds) : _usecs(std::isnan(seconds) ? Invalid : usecsOf(seconds))
 {}
 

@@ -42,6 +42,9 @@ public:
     /** The span in seconds. */
     constexpr double length() const { return static_cast<double>(_usecs) * 1E-6; }
     constexpr explicit operator double() const { return length(); }
+    /** Breaks the span into whole days and the hours, minutes and seconds that remain, truncated
+     *  toward zero and all with the sign of the span; null pointers are passed over. */
+    void elapsedTime(int *days, int *hours, int *minutes, int *seconds) const;
 
     /** The opposite span; that of the lowest value is the highest. */
     constexpr TimeSpan operator-() const
