@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
 #include <tellarix/client/application.h>
+#include <tellarix/client/io/recordstream.h>
 #include <tellarix/core/environment.h>
 
 #include <QDir>
@@ -177,6 +178,49 @@ private slots:
         QCOMPARE(status({}), 0);
         write(user, "no entry\n");
         QCOMPARE(status({}), 1);
+    }
+
+    void loadsPluginsFromAllFolders()
+    {
+        const QString good = QStringLiteral(NORVU_TEST_PLUGINS "/good.so");
+        const auto folder = [&](const char *name) { return _folder->filePath(name); };
+        for (const char *name : {"option", "configured", "variable"})
+            QVERIFY(QDir().mkpath(folder(name)));
+        QVERIFY(QFile::link(good, folder("option") + "/good.so"));
+        QVERIFY(QFile::link(good, folder("configured") + "/alias.so"));
+        QVERIFY(QFile::copy(good, folder("variable") + "/again.so"));
+        write(folder("set.ini"), "[plugins]\nfolders=missing, " + folder("configured").toUtf8());
+        qputenv("TELLARIX_PLUGIN_PATH", folder("variable").toLocal8Bit());
+
+        const QStringList options{"--config-file", folder("set.ini"), "--plugin-folder",
+                                  folder("option")};
+        Arguments arguments(options);
+        Arguments without(options + QStringList("--no-plugins"));
+        const auto offers = [] {
+            const std::vector<std::string> schemes = IO::RecordStream::Schemes();
+            return std::count(schemes.begin(), schemes.end(), "test");
+        };
+        for (int i = 0; i < 2; ++i) {
+            QCOMPARE(offers(), 0); // the plug-in goes with its application
+            Program program(arguments);
+            program.work = [&] {
+                QCOMPARE(offers(), 1);
+                QCOMPARE(program.plugins().loaded().size(), 1);
+                const Client::LoadedPlugin plugin = program.plugins().loaded()[0];
+                QCOMPARE(plugin.fileName, folder("option") + "/good.so");
+                QCOMPARE(plugin.version, QString("1.2"));
+                const QStringList problems = program.plugins().problems();
+                QCOMPARE(problems.size(), 2);
+                QVERIFY(problems[0].startsWith("missing: "));
+                QVERIFY(problems[1].startsWith(folder("variable")) &&
+                        problems[1].contains("\"Good\" is loaded"));
+            };
+            QCOMPARE(program.exec(), 0);
+        }
+        Program program(without);
+        program.work = [&] { QVERIFY(program.plugins().loaded().isEmpty()); };
+        QCOMPARE(program.exec(), 0);
+        qunsetenv("TELLARIX_PLUGIN_PATH");
     }
 
     void signalEndsEventLoop()

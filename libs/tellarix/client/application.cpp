@@ -6,6 +6,7 @@
 #include <tellarix/core/version.h>
 
 #include <QCoreApplication>
+#include <QFile>
 #include <QFileInfo>
 #include <QLoggingCategory>
 
@@ -24,9 +25,14 @@ const auto ConfigFileOption = QStringLiteral("config-file");
 const auto RecordStreamOption = QStringLiteral("record-stream");
 const auto DatabaseOption = QStringLiteral("database");
 const auto DebugOption = QStringLiteral("debug");
+const auto PluginFolderOption = QStringLiteral("plugin-folder");
+const auto NoPluginsOption = QStringLiteral("no-plugins");
+const auto ListPluginsOption = QStringLiteral("list-plugins");
 
 const auto RecordStreamKey = QStringLiteral("recordstream/url");
 const auto DatabaseKey = QStringLiteral("database/url");
+const auto PluginFoldersKey = QStringLiteral("plugins/folders");
+constexpr auto PluginPathVariable = "TELLARIX_PLUGIN_PATH";
 
 QString tr(const char *text)
 {
@@ -83,7 +89,7 @@ bool Application::init()
 
     setInitializationStage(ConfigurationFiles);
     showMessage(qUtf8Printable(tr("Reading configuration")));
-    if (!initConfiguration())
+    if (!initConfiguration() || !initPlugins())
         return false;
 
     setInitializationStage(Parameters);
@@ -94,6 +100,12 @@ bool Application::init()
     return initSubscriptions();
 }
 
+void Application::done()
+{
+    _plugins.clear();
+    System::Application::done();
+}
+
 void Application::createCommandLineDescription()
 {
     _commandLine.addOptions({
@@ -102,6 +114,9 @@ void Application::createCommandLineDescription()
         {ConfigFileOption,
          tr("Read settings from FILE, on top of the usual files. May be repeated."), tr("FILE")},
         {DebugOption, tr("Write debug messages to the log.")},
+        {PluginFolderOption, tr("Load plug-ins from DIR too. May be repeated."), tr("DIR")},
+        {NoPluginsOption, tr("Load no plug-ins.")},
+        {ListPluginsOption, tr("List the plug-ins and end.")},
     });
     if (_offersRecordStream) {
         _commandLine.addOption(
@@ -181,6 +196,36 @@ bool Application::checkSchemas()
             return failure(error);
     }
     return true;
+}
+
+bool Application::initPlugins()
+{
+    if (!_commandLine.isSet(NoPluginsOption)) {
+        for (const QString &folder : pluginFolders())
+            _plugins.loadFolder(folder, QString::fromStdString(name()));
+    }
+    for (const QString &problem : _plugins.problems())
+        showWarning(qUtf8Printable(problem));
+
+    if (!_commandLine.isSet(ListPluginsOption))
+        return true;
+    for (const LoadedPlugin &plugin : _plugins.loaded())
+        print(stdout,
+              QStringLiteral("%1 %2 %3\n").arg(plugin.name, plugin.version, plugin.fileName));
+    endEarly(0);
+    return false;
+}
+
+QStringList Application::pluginFolders() const
+{
+    QStringList folders = _commandLine.values(PluginFolderOption);
+    folders += _configuration.strings(PluginFoldersKey);
+    folders += QFile::decodeName(qgetenv(PluginPathVariable)).split(':', Qt::SkipEmptyParts);
+    const QString common = QFile::decodeName(Environment::Instance()->pluginDirectory());
+    if (QFileInfo::exists(common))
+        folders += common;
+    folders.removeDuplicates();
+    return folders;
 }
 
 bool Application::parseCommandLine()

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <tellarix/client/configuration.h>
+#include <tellarix/client/plugins.h>
 #include <tellarix/client/system/application.h>
 
 #include <QCommandLineParser>
@@ -14,15 +15,19 @@ namespace Client {
 /**
  * A program with a command line, configuration files and addresses of its data sources.
  *
- * init() runs these steps: createCommandLineDescription(), parsing, initConfiguration(),
- * validateParameters(), initSubscriptions(). A usage error prints its reason on standard error and
- * ends with status 2; --help and --version print to standard output and end with 0; whatever else
- * fails ends with 1.
+ * init() runs these steps: createCommandLineDescription(), parsing, initConfiguration(), loading of
+ * plug-ins, validateParameters(), initSubscriptions(). A usage error prints its reason on standard
+ * error and ends with status 2; --help and --version print to standard output and end with 0;
+ * whatever else fails ends with 1.
  *
  * Configuration files are "tellarix.ini" and "NAME.ini", first those of the system, then those of
  * the user, then those that --config-file names. Files of the first two kinds may be missing. What
  * they set is checked against "schemas/SCHEMA.ini" below the share directory for each schema that
  * schemaValidationNames() names: the types of keys, see Configuration::conformsTo().
+ *
+ * Plug-ins are loaded from the folders of --plugin-folder, of the key "plugins/folders" (a list),
+ * of the environment variable TELLARIX_PLUGIN_PATH (with colons between them) and from the plug-in
+ * directory of the environment, in this order. One that can't be loaded is told by showWarning().
  */
 class TELLARIX_CLIENT_API Application : public System::Application
 {
@@ -52,6 +57,8 @@ public:
     std::string recordStreamURL() const;
     /** URL of the event database, from --database or the key "database/url". */
     std::string databaseURL() const;
+    /** The plug-ins that init() has loaded, and what is wrong with others; none behind done(). */
+    const Plugins &plugins() const { return _plugins; }
     /** Version text for --version; the framework's by default. */
     void setVersion(const std::string &version) { _version = version; }
     const std::string &version() const { return _version; }
@@ -64,6 +71,7 @@ public:
     void setRecordStreamOffered(bool offered) { _offersRecordStream = offered; }
 
     bool init() override;
+    void done() override;
 
 protected:
     void createCommandLineDescription() override;
@@ -83,11 +91,14 @@ protected:
 private:
     bool parseCommandLine();
     bool checkSchemas();
+    bool initPlugins();
+    QStringList pluginFolders() const;
     void applyOptions();
     QString helpText() const;
 
     Configuration _configuration;
     QCommandLineParser _commandLine;
+    Plugins _plugins;
     QString _helpCommand;
     std::string _version;
     std::string _frameworkVersion;

@@ -13,7 +13,8 @@ namespace Tellarix {
  *
  * The share directory is, in this order: the environment variable TELLARIX_SHARE_DIR, the folder
  * "share/tellarix" beside the running program's "bin", the folder that was fixed at build time.
- * The configuration and data directories of the user follow the XDG rules.
+ * The configuration and data directories of the user follow the XDG rules. The plug-in directory is
+ * "tellarix/plugins" in the folder of libraries beside "bin", or else that of build time.
  */
 class TELLARIX_CORE_API Environment
 {
@@ -31,6 +32,8 @@ public:
     const char *configurationDirectory() const { return _configurationDirectory.c_str(); }
     /** Data files of the user, "~/.local/share/tellarix"; it may not exist. */
     const char *dataDirectory() const { return _dataDirectory.c_str(); }
+    /** Plug-ins that were installed for all users; it may not exist. */
+    const char *pluginDirectory() const { return _pluginDirectory.c_str(); }
 
     /** Reads the environment again; for tests that change it. */
     void refresh();
@@ -42,6 +45,7 @@ private:
     std::string _systemConfigurationDirectory;
     std::string _configurationDirectory;
     std::string _dataDirectory;
+    std::string _pluginDirectory;
 };
 
 } // namespace Tellarix

@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include <tellarix/core/api.h>
+
 #include <algorithm>
 #include <memory>
 #include <string>
@@ -18,7 +20,7 @@ namespace Generic {
  * static objects of the plug-in as a rule; nothing here is guarded against concurrent calls.
  */
 template <typename T>
-class InterfaceFactoryInterface
+class TELLARIX_CORE_API InterfaceFactoryInterface
 {
 public:
     using FactoryPool = std::vector<InterfaceFactoryInterface<T> *>;
@@ -116,8 +118,24 @@ protected:
 } // namespace Tellarix
 
 /**
- * Defines the pool of an interface. It stands in exactly one source, at global scope, so that
- * every library that uses the interface shares one pool. @p API is the library's export macro.
+ * Announces behind an interface, at global scope, that a library holds its pool and factory
+ * interface: a plug-in then takes them from there. @p API is the library's export macro.
+ */
+#define TELLARIX_DECLARE_INTERFACE_POOL(API, INTERFACE)                                            \
+    namespace Tellarix {                                                                           \
+    namespace Core {                                                                               \
+    namespace Generic {                                                                            \
+    template <>                                                                                    \
+    API InterfaceFactoryInterface<INTERFACE>::FactoryPool &                                        \
+    InterfaceFactoryInterface<INTERFACE>::Pool();                                                  \
+    extern template class InterfaceFactoryInterface<INTERFACE>;                                    \
+    }                                                                                              \
+    }                                                                                              \
+    }
+
+/**
+ * Defines the pool and the factory interface of an interface. It stands in exactly one source, at
+ * global scope, so that host and plug-ins share one pool. @p API is the library's export macro.
  */
 #define TELLARIX_DEFINE_INTERFACE_POOL(API, INTERFACE)                                             \
     namespace Tellarix {                                                                           \
@@ -130,6 +148,7 @@ protected:
         static FactoryPool pool;                                                                   \
         return pool;                                                                               \
     }                                                                                              \
+    template class InterfaceFactoryInterface<INTERFACE>;                                           \
     }                                                                                              \
     }                                                                                              \
     }
