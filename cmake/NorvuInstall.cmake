@@ -1,13 +1,14 @@
 # SPDX-License-Identifier: LGPL-3.0-or-later
 
 # What a host needs to build against the installed libraries: find_package(TellarixNorvu) with the
-# components Core, Client, Gui and Norvu, and one pkg-config file for each library.
+# components Core, Client, Gui and Norvu, and one pkg-config file for each library; what a plug-in of
+# the workbench needs is in the component Workbench.
 
 install(FILES "${PROJECT_SOURCE_DIR}/libs/norvu/api.h"
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/norvu COMPONENT development)
 
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/TellarixNorvu")
-foreach(component IN ITEMS Core Client Gui Norvu)
+foreach(component IN ITEMS Core Client Gui Norvu Workbench)
     install(EXPORT TellarixNorvu${component}
         FILE TellarixNorvu${component}Targets.cmake
         NAMESPACE TellarixNorvu::

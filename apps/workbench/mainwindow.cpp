@@ -34,6 +34,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <exception>
 #include <iterator>
 
 namespace Workbench {
@@ -119,10 +120,29 @@ MainWindow::~MainWindow()
 
 // Panels
 
+/** A panel; null, with the cause told, if one of a plug-in throws. */
+Panel *MainWindow::makePanel(const PanelRegistry::Maker &make)
+{
+    QString cause;
+    try {
+        return make(&_bench);
+    } catch (const std::exception &exception) {
+        cause = QString::fromUtf8(exception.what());
+    } catch (...) {
+        cause = tr("unknown");
+    }
+    const QString problem = tr("A panel is left out, as it could not be made: %1").arg(cause);
+    qWarning("[WORKBENCH] %s", qUtf8Printable(problem));
+    _bench.tell({problem});
+    return nullptr;
+}
+
 void MainWindow::createPanels(const PanelRegistry &registry)
 {
     for (const PanelRegistry::Maker &make : registry.makers()) {
-        Panel *panel = make(&_bench);
+        Panel *panel = makePanel(make);
+        if (!panel)
+            continue;
         _panels.append(panel);
         if (panel->description().place == PanelPlace::Centre)
             addTab(panel);

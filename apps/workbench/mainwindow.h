@@ -64,6 +64,7 @@ private slots:
 
 private:
     void createMessages();
+    Panel *makePanel(const PanelRegistry::Maker &make);
     void createPanels(const PanelRegistry &registry);
     void addTab(Panel *panel);
     void addDock(Panel *panel);

@@ -181,6 +181,7 @@ bool WorkbenchApplication::run()
         ok = openAndWait(window);
         ok = writeSnapshots(window) && ok;
     } else {
+        window.bench()->tell(plugins().problems());
         // Once the program can be ended: whoever quits meanwhile means it.
         QTimer::singleShot(0, &window, [this, &window] { open(window); });
         ok = Norvu::Gui::Application::run();

@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <QMap>
 #include <QVector>
 
 #include <functional>
@@ -17,18 +18,26 @@ class PanelRegistry
 public:
     using Maker = std::function<Panel *(Bench *)>;
 
-    void add(const Maker &maker) { _makers.append(maker); }
+    /** Adds a kind of panel.
+     *  @return its number, by which it is removed */
+    int add(const Maker &maker)
+    {
+        _makers.insert(++_last, maker);
+        return _last;
+    }
     /** Adds a class that is made from a bench. */
     template <typename T>
-    void add()
+    int add()
     {
-        add([](Bench *bench) -> Panel * { return new T(bench); });
+        return add([](Bench *bench) -> Panel * { return new T(bench); });
     }
+    void remove(int number) { _makers.remove(number); }
 
-    const QVector<Maker> &makers() const { return _makers; }
+    QVector<Maker> makers() const { return _makers.values().toVector(); }
 
 private:
-    QVector<Maker> _makers;
+    QMap<int, Maker> _makers;
+    int _last{0};
 };
 
 } // namespace Workbench
