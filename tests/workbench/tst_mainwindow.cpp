@@ -13,6 +13,8 @@
 #include <QStatusBar>
 #include <QtTest>
 
+#include <stdexcept>
+
 using namespace Workbench;
 
 namespace {
@@ -161,7 +163,13 @@ void TestMainWindow::leadsSourcesToTheirPanel()
 
 void TestMainWindow::tellsProblemsAndStatus()
 {
-    MainWindow window(registry());
+    PanelRegistry panels = registry();
+    const int broken = panels.add([](Bench *) -> Panel * { throw std::runtime_error("no luck"); });
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression("panel is left out.*no luck"));
+    QVERIFY(!MainWindow(panels).findChild<QDockWidget *>("messages")->isHidden());
+    panels.remove(broken);
+
+    MainWindow window(panels);
     window.show();
     auto *messages = window.findChild<QDockWidget *>("messages");
     QVERIFY(!messages->isVisible());
