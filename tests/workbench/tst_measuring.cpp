@@ -33,9 +33,9 @@ RecordCPtr sine(double amplitude)
 }
 
 /** A view that shows 40 s of three rows with amplitudes of 1, 2 and 3, and its tool. */
-struct Bench
+struct MeasuredView
 {
-    Bench() : tool(new MeasuringTool(&view))
+    MeasuredView() : tool(new MeasuringTool(&view))
     {
         for (int i = 1; i <= 3; ++i)
             addRow(view, {sine(i)})->setLabel(QString("row %1").arg(i));
@@ -96,7 +96,7 @@ class MeasuringTest : public QObject
 private slots:
     void leavesViewAloneWhileOff()
     {
-        Bench bench;
+        MeasuredView bench;
         bench.drag(2, 10, 20);
         QVERIFY(bench.tool->text().isEmpty());
         // Turned off again, the view gets its mouse back.
@@ -110,7 +110,7 @@ private slots:
 
     void measuresBetweenPressAndPointer()
     {
-        Bench bench;
+        MeasuredView bench;
         bench.row(1)->setRecordScale(0, 100);
         bench.row(1)->setRecordUnit(0, "nm/s");
         bench.tool->setOn(true);
@@ -138,7 +138,7 @@ private slots:
 
     void measuresRowUnderPointer()
     {
-        Bench bench;
+        MeasuredView bench;
         bench.tool->setOn(true);
         QTest::mousePress(bench.row(0), Qt::LeftButton, Qt::NoModifier, bench.at(0, 10));
         bench.moveTo(0, 2, 20);
@@ -152,7 +152,7 @@ private slots:
 
     void keepsSelectionAndOrder()
     {
-        Bench bench;
+        MeasuredView bench;
         bench.view.select(bench.view.itemAt(1));
         QSignalSpy selection(&bench.view, SIGNAL(itemSelectionChanged()));
         QSignalSpy activated(&bench.view, SIGNAL(itemActivated(Trace *)));
@@ -171,7 +171,7 @@ private slots:
 
     void cursorsCrossAllRows()
     {
-        Bench bench;
+        MeasuredView bench;
         bench.tool->setOn(true);
         const QImage before = bench.picture();
         bench.drag(1, 10, 20);
@@ -190,7 +190,7 @@ private slots:
 
     void cursorsFollowDisplay()
     {
-        Bench bench;
+        MeasuredView bench;
         bench.tool->setOn(true);
         bench.drag(1, 10, 20);
         const auto lineAt = [&](double seconds) {
@@ -213,7 +213,7 @@ private slots:
 
     void removedRowTakesItsCursors()
     {
-        Bench bench;
+        MeasuredView bench;
         bench.tool->setOn(true);
         bench.drag(1, 10, 20);
         bench.view.removeItem(bench.view.itemAt(1));
@@ -225,7 +225,7 @@ private slots:
 
     void tellsOfGap()
     {
-        Bench bench;
+        MeasuredView bench;
         bench.view.setTimeRange(0, 2 * Seconds);
         bench.tool->setOn(true);
         bench.drag(0, 10, 20);
@@ -238,7 +238,7 @@ private slots:
 
     void followsFilter()
     {
-        Bench bench;
+        MeasuredView bench;
         bench.tool->setOn(true);
         bench.drag(1, 10, 20);
         // Over a period of the sine the mean is zero.
