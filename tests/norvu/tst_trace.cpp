@@ -104,19 +104,31 @@ private slots:
 
     void replacesExtraWidget()
     {
-        Trace trace(QStringLiteral("A"), Qt::red);
+        ShownTrace trace(QSize(400, 120));
+        trace.setTimeAxisEnabled(true);
+        trace.setVerticalPadding(1, 2);
+        const auto right = [&trace] { return trace.recordWidget()->geometry().right(); };
+        QTRY_COMPARE(trace.timeAxis()->geometry().right(), right());
+        const int before = right();
+        QCOMPARE(before, 399 - Trace::Padding());
+
         QPointer<QWidget> first(new QWidget), second(new QWidget);
-        auto *grid = qobject_cast<QGridLayout *>(trace.layout());
+        second->setFixedWidth(40);
+        const auto grid = [&trace] { return qobject_cast<QGridLayout *>(trace.layout()); };
         trace.setExtraWidget(first);
-        QCOMPARE(grid->itemAtPosition(1, 3)->widget(), first.data());
+        QCOMPARE(grid()->itemAtPosition(1, 3)->widget(), first.data());
         trace.setExtraWidget(first);
         QVERIFY(first);
         trace.setExtraWidget(second);
         QVERIFY(!first);
-        QCOMPARE(trace.extraWidget(), second.data());
+        QTRY_COMPARE(right(), before - 40 - Trace::Spacing());
         trace.setExtraWidget(nullptr);
         QVERIFY(!second);
-        QVERIFY(!grid->itemAtPosition(1, 3));
+        QVERIFY(!grid()->itemAtPosition(1, 3));
+        QTRY_COMPARE(right(), before);
+        QCOMPARE(trace.timeAxis()->geometry().right(), before);
+        QCOMPARE(grid()->verticalSpacing(), 2);
+        QCOMPARE(grid()->contentsMargins(), QMargins(Trace::Padding(), 1, Trace::Padding(), 1));
     }
 
     void showsRecord()
@@ -191,9 +203,15 @@ private slots:
     void followsTimeAxis()
     {
         ShownTrace trace(QSize(600, 160));
+        trace.setDisplay(10, 70, 2);
         trace.setTimeAxisEnabled(true, true);
         QPointer<Gui::TimeScale> axis(trace.timeAxis());
-        QTRY_VERIFY(axis->width() > 300);
+        QCOMPARE(axis->lower(), 10.0);
+        QCOMPARE(axis->upper(), 70.0);
+        // Once it is seen the traces' scale counts, or ticks would stand below other samples.
+        QTRY_COMPARE(axis->width(), trace.recordWidget()->canvasWidth());
+        QCOMPARE(axis->scale(), 2.0);
+        QCOMPARE(axis->lower(), 10.0);
         trace.setDisplay(0, 100, axis->width() / 100.0);
 
         Pointer::turnWheel(*axis, {axis->width() / 2.0, 5}, {0, 120});

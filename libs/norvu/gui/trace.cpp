@@ -71,7 +71,11 @@ public:
     }
 };
 
-/** An axis whose ticks stand below the samples also when it is wider than the traces. */
+/**
+ * An axis whose ticks stand below the samples also when it is wider than the traces, or when these
+ * are shown at a scale of their own: showRange() would spread the range of the record widget over
+ * the whole axis and put the times below other samples.
+ */
 class RowTimeScale : public Tellarix::Gui::TimeScale
 {
 public:
@@ -221,12 +225,18 @@ void Trace::initLayout()
     QSizePolicy policy = _recordWidget->sizePolicy();
     policy.setVerticalPolicy(QSizePolicy::MinimumExpanding);
     _recordWidget->setSizePolicy(policy);
+    addGrid();
+}
 
+/** Lays the cells out, also anew: a grid never gives up a column that it once had. */
+void Trace::addGrid()
+{
     auto *layout = new QGridLayout(this);
     layout->setSpacing(Spacing());
     layout->setContentsMargins(Padding(), Padding(), Padding(), Padding());
     layout->addWidget(_colorBar, HeaderRow, BarColumn, 2, 1);
-    // Spans go to the last column: the one of the extra widget takes no room unless there is one.
+    // Spans go to the last column: with one for the extra widget where there is none, the traces
+    // would end short of the times that the view's time scale shows, as if there were no more data.
     layout->addWidget(_header, HeaderRow, AxisColumn, 1, -1);
     layout->addWidget(_recordWidget, RecordRow, AxisColumn, 1, 2);
     layout->addWidget(_axisSpacer, TimeAxisRow, AxisColumn);
@@ -366,8 +376,16 @@ void Trace::setExtraWidget(QWidget *widget)
 
     delete _extraWidget;
     _extraWidget = widget;
-    if (_extraWidget)
+    if (_extraWidget) {
         grid()->addWidget(_extraWidget, RecordRow, ExtraColumn);
+        return;
+    }
+    const int spacing = grid()->verticalSpacing();
+    const QMargins margins = grid()->contentsMargins();
+    delete layout();
+    addGrid();
+    grid()->setVerticalSpacing(spacing);
+    grid()->setContentsMargins(margins);
 }
 
 void Trace::setVerticalPadding(int margin, int spacing)
@@ -436,7 +454,8 @@ void Trace::setTimeAxisEnabled(bool enable, bool interactive)
 
     auto *axis = new RowTimeScale(_recordWidget);
     axis->setAlignment(_recordWidget->alignment());
-    axis->follow();
+    // Until it is laid out, from when on it follows.
+    axis->showRange(_recordWidget->tmin(), _recordWidget->tmax());
     _timeAxis = axis;
     addTimeAxis();
 

@@ -184,6 +184,7 @@ private:
     void init(const QColor &color);
     void initRecordWidget();
     void initLayout();
+    void addGrid();
     QGridLayout *grid() const;
     void addTimeAxis();
     void showWindow(Tellarix::Core::Time start, Tellarix::Core::Time end);
