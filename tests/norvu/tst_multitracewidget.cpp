@@ -379,6 +379,22 @@ private slots:
         QVERIFY(fits(Qt::red, rowHeight / 10));
     }
 
+    void turnsRowsOfReversedPolarityOver()
+    {
+        Overview overview;
+        Trace *row = overview.addRow("", falling, Qt::green);
+        row->recordWidget()->setRecordScale(0, -1);
+        const auto startsAtTheTop = [&] {
+            const QRect start(overview.area().topLeft(), QSize(20, overview.area().height()));
+            const QImage picture = overview.repaint().copy(start);
+            return Ink::rectOfColor(picture, Qt::green).top() < 20;
+        };
+        // By itself a row shows its samples, as its own widget does.
+        QVERIFY(startsAtTheTop());
+        overview.view.setAllTracesNormalization(true);
+        QVERIFY(!startsAtTheTop());
+    }
+
     void fillsLobesOnlyWithWiggles()
     {
         OwnScheme scheme;

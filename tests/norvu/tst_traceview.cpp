@@ -253,7 +253,7 @@ private slots:
 
     void comparesRowsInPhysicalUnits()
     {
-        const QVector<QPair<double, Range>> scales{{-0.5, {-60, 40}}, {0, {-20, 30}}};
+        const QVector<QPair<double, Range>> scales{{-0.5, {40, -60}}, {0, {-20, 30}}};
         for (const auto &[scale, range] : scales) {
             TraceView view;
             view.setItems({makeRow("A", makeRecord("XX.A..BHZ", 0, 100, -20, 30)),
@@ -264,6 +264,34 @@ private slots:
             QCOMPARE(view.itemAt(1)->recordWidget()->amplRange(), range);
             QCOMPARE(view.itemAt(2)->recordWidget()->amplRange(), Range(-20, 30));
         }
+    }
+
+    void turnsRowsOfReversedPolarityOver()
+    {
+        TraceView view;
+        view.setItems({makeRow("A", makeRecord("XX.A..BHZ", 0, 100, -5, 10)),
+                       makeRow("B", makeRecord("XX.B..BHZ", 0, 100, 5, -10))});
+        view.itemAt(0)->recordWidget()->setRecordScale(0, 1);
+        view.itemAt(1)->recordWidget()->setRecordScale(0, -1);
+        view.setAllTracesNormalization(true);
+        view.setTimeRange(0, 10);
+        QCOMPARE(view.itemAt(1)->recordWidget()->amplRange(), Range(5, -10));
+        QImage pictures[2];
+        for (int i = 0; i < 2; ++i) {
+            RecordWidget *widget = view.itemAt(i)->recordWidget();
+            widget->resize(300, 100);
+            widget->setRecordPen(0, QPen(Qt::red));
+            pictures[i] = Ink::picture(*widget);
+        }
+        // Trace and axis are those of the same motion, recorded the right way round.
+        QVERIFY(!Ink::rectOfColor(pictures[0], Qt::red).isEmpty());
+        QCOMPARE(pictures[1], pictures[0]);
+
+        // Nothing that a row shows is cut off by what another one asks for.
+        feed(view.itemAt(1), 0, makeRecord("XX.B..BHZ", 100, 200, -5, 20));
+        view.setWindowNormalization(false);
+        QCOMPARE(view.itemAt(0)->recordWidget()->amplRange(), Range(-20, 10));
+        QCOMPARE(view.itemAt(1)->recordWidget()->amplRange(), Range(20, -10));
     }
 
     void normalizesOverTheVisibleWindow()

@@ -101,6 +101,9 @@ private slots:
         VRuler ruler;
         ruler.updateScale(&widget);
         QCOMPARE(ruler.upper(), 31.5);
+        widget.setRecordScale(2, -3);
+        ruler.updateScale(&widget);
+        QCOMPARE(ruler.upper(), -31.5);
         widget.setRecordVisible(2, false);
         ruler.updateScale(&widget);
         QCOMPARE(ruler.upper(), 21.0);
@@ -115,14 +118,33 @@ private slots:
         QCOMPARE(ruler.upper(), 0.0);
     }
 
+    void gridFallsOnTicks_data()
+    {
+        QTest::addColumn<double>("scale");
+        QTest::addColumn<double>("top"); // of a fixed range
+        QTest::newRow("automatic range") << 1.0 << 0.0;
+        QTest::newRow("reversed polarity") << -2.0 << 0.0;
+        QTest::newRow("reversed polarity, trace turned over") << -2.0 << -25.0;
+        QTest::newRow("no scale that can be used") << 0.0 << 0.0;
+    }
+
     void gridFallsOnTicks()
     {
+        QFETCH(double, scale);
+        QFETCH(double, top);
         RecordWidget widget;
         widget.resize(100, 240);
         setRecords(widget, 0, 10);
+        widget.setRecordScale(0, scale);
+        widget.showScaledValues(true);
+        widget.setAmplAutoScaleEnabled(top == 0);
+        widget.setAmplRange(-top, top);
         VRuler ruler;
         ruler.resize(60, 240);
         ruler.updateScale(&widget);
+        const double pixel = ruler.valueToPixel(7 * widget.shownFactor(0));
+        QVERIFY(std::abs(pixel - widget.mapAmplitude(0, 7)) <= 1);
+        QVERIFY(std::abs(ruler.pixelToValue(pixel) - 7 * widget.shownFactor(0)) < 1E-9);
 
         widget.setRecordPen(0, QPen(Qt::transparent));
         const QImage withGrid = Ink::picture(widget);

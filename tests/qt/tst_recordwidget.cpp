@@ -199,7 +199,7 @@ private slots:
         widget.setMagnification(1);
         widget.setAmplAutoScaleEnabled(false);
         widget.setAmplRange(3, -3);
-        QVERIFY(isClose(widget.amplitudeRange(0), Range(-3, 3)));
+        QVERIFY(isClose(widget.amplitudeRange(0), Range(3, -3)));
         QVERIFY(isClose(widget.amplitudeRange(-1), Range(0, 0)));
         QVERIFY(isClose(widget.amplitudeRange(1), Range(0, 0)));
     }

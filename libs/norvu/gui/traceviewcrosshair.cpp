@@ -31,9 +31,7 @@ double valueAt(const RecordWidget *widget, int y)
 
         const QPair<double, double> range = widget->amplitudeRange(slot);
         const double extent = range.second - range.first;
-        const double value = extent - depth * extent / height + range.first;
-        const double *scale = widget->recordScale(slot);
-        return widget->areScaledValuesShown() && scale ? value * *scale : value;
+        return (extent - depth * extent / height + range.first) * widget->shownFactor(slot);
     }
     return 0.0;
 }

@@ -8,6 +8,7 @@
 #include <tellarix/qt/records/recordwidget.h>
 
 #include <algorithm>
+#include <cmath>
 
 namespace Norvu {
 namespace Gui {
@@ -18,7 +19,8 @@ namespace {
 
 using Range = std::pair<double, double>;
 
-/** Scales of reversed polarity swap the ends of a range. */
+/** Scales of reversed polarity swap the ends of a range: taken as they come, lower and upper ends
+ * of several rows would cut off what these rows show. */
 Range inOrder(double a, double b)
 {
     return std::minmax({a, b});
@@ -28,7 +30,7 @@ Range inOrder(double a, double b)
 double displayedScale(const RecordWidget *widget)
 {
     const double *scale = widget->recordScale(widget->currentRecords());
-    return scale && *scale != 0.0 ? *scale : 1.0;
+    return scale && *scale != 0.0 && std::isfinite(*scale) ? *scale : 1.0;
 }
 
 const Tellarix::RecordSequence *normalizedRecords(const RecordWidget *widget)
@@ -108,8 +110,7 @@ bool TraceView::applyCommonAmplitudeRange()
     return visitRows([&](Trace *row) {
         RecordWidget *widget = row->recordWidget();
         const double scale = displayedScale(widget);
-        const Range range = inOrder(common.first / scale, common.second / scale);
-        widget->setAmplRange(range.first, range.second);
+        widget->setAmplRange(common.first / scale, common.second / scale);
     });
 }
 

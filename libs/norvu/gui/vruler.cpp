@@ -20,13 +20,9 @@ using Range = QPair<double, double>;
 
 Range shownRange(const RecordWidget &widget, int slot)
 {
-    Range range = widget.amplitudeRange(slot);
-    const double *scale = widget.areScaledValuesShown() ? widget.recordScale(slot) : nullptr;
-    if (scale) {
-        range.first *= *scale;
-        range.second *= *scale;
-    }
-    return range;
+    const Range range = widget.amplitudeRange(slot);
+    const double factor = widget.shownFactor(slot);
+    return {range.first * factor, range.second * factor};
 }
 
 bool isShown(const RecordWidget &widget, int slot)
@@ -42,7 +38,8 @@ Range rangeOfOverlaidSlots(const RecordWidget &widget)
         if (!isShown(widget, slot))
             continue;
         const Range range = shownRange(widget, slot);
-        if (range.first < range.second)
+        // Descending ones are those of reversed polarity.
+        if (range.first != range.second)
             result = range;
     }
     return result;

@@ -44,8 +44,9 @@ public:
 public slots:
     /**
      * Takes over the amplitude range that @p widget shows, scaled if the widget shows scaled
-     * values, and lays the widget's horizontal grid on the ticks. Of overlaid slots the last
-     * visible one with a range that isn't empty decides; without any the range is (0, 0).
+     * values and so upside down where the widget's axis is, and lays the widget's horizontal grid
+     * on the ticks. Of overlaid slots the last visible one with a range that isn't empty decides;
+     * without any the range is (0, 0).
      */
     void updateScale(Tellarix::Gui::RecordWidget *widget);
 

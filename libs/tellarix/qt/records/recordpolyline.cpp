@@ -25,9 +25,10 @@ public:
     {
         // Halves, since the difference of two doubles need not fit into one.
         const double range = 0.5 * amplMax - 0.5 * amplMin;
-        _isValid = std::isfinite(range) && range >= 0 && std::isfinite(offset) && height >= 1;
-        _isFlat = !(range > 0);
-        _pixels = _isFlat ? 0 : std::min((height - 1) / range, std::numeric_limits<double>::max());
+        _isValid = std::isfinite(range) && std::isfinite(offset) && height >= 1;
+        _isFlat = range == 0;
+        constexpr double Most = std::numeric_limits<double>::max();
+        _pixels = _isFlat ? 0 : std::clamp((height - 1) / range, -Most, Most);
     }
 
     bool isValid() const { return _isValid; }

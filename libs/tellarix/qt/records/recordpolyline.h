@@ -47,7 +47,8 @@ public:
  *
  * create() fills the object with the samples from @p start to @p end at @p pixelsPerSecond, x = 0
  * at @p start. Of each sample @p amplOffset is subtracted; then @p amplMin is drawn at
- * y = @p height - 1 and @p amplMax at y = 0. Values outside leave that range. A gap of more than
+ * y = @p height - 1 and @p amplMax at y = 0, also where @p amplMin is the larger one. Values
+ * outside leave that range. A gap of more than
  * half a sample between records begins a new polygon, and so does a sample that is not finite or a
  * record that starts before the samples before it end.
  * The point before and the point behind the window are part of the trace, so that lines reach the
@@ -58,7 +59,7 @@ public:
  * @param optimize  at two samples a pixel and more, a column keeps its first, smallest, largest
  *                  and last value instead of all samples
  * With @p amplMin equal to @p amplMax, as of a constant trace, all values are drawn at half height.
- * A null or empty sequence, a descending or not finite range, an empty window, a scale that is not
+ * A null or empty sequence, a range that is not finite, an empty window, a scale that is not
  * above 0 and a height below 1 give no polygons; the results are then left alone, as they are if
  * no sample is found.
  */

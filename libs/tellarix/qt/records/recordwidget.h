@@ -190,6 +190,9 @@ public:
     double magnification() const { return _magnification; }
     const Core::TimeWindow &normalizationWindow() const { return _normalizationWindow; }
     bool areScaledValuesShown() const { return _showScaledValues; }
+    /** Factor from samples to the values that axis, pointer and rulers show; 1 without a scale
+     *  that can be used, such as 0. */
+    double shownFactor(int slot) const;
     /** Value of a slot at a y of the widget, in samples; and the y of a value. */
     double unmapAmplitude(int slot, int y) const;
     int mapAmplitude(int slot, double value) const;
@@ -275,11 +278,12 @@ public slots:
     /** Vertical grid lines: distances of labelled and other ticks in seconds, and the offset added
      *  to a time before ticks are placed. 0 draws none. */
     void setGridSpacing(double major, double minor, double offset);
-    /** Horizontal grid lines at round values of this range, which spans the canvas; a range that
-     *  is not ascending draws none. */
+    /** Horizontal grid lines at round values of this range, which spans the canvas from bottom to
+     *  top; an empty range leaves it to the axis. */
     bool setGridVRange(double lower, double upper);
 
-    /** Fixes the amplitude range of all slots, used while auto scale is off. */
+    /** Fixes the amplitude range of all slots, used while auto scale is off; @p minimum stands at
+     *  the bottom, also if it is the larger one. */
     void setAmplRange(double minimum, double maximum);
     void setAmplAutoScaleEnabled(bool enable);
     /** Magnifies amplitudes about the offset; above 0, 1 shows the whole range. */
@@ -366,7 +370,6 @@ private:
     QVector<int> drawnSlots() const;
     QRect slotRect(int slot) const;
     int slotAtY(int y) const;
-    double shownFactor(int slot) const;
     int mapCanvasSeconds(double seconds) const;
 
     bool awaitsFiltered(const Slot &slot) const;

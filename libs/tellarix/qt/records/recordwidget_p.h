@@ -22,7 +22,7 @@ struct RecordWidget::Extrema
     double mean{0};
 };
 
-/** Amplitudes at bottom and top of a slot. */
+/** Amplitudes at bottom and top of a slot; a descending range turns the trace over. */
 struct RecordWidget::ShownRange
 {
     bool empty{true}; /**< nothing to show: automatic, but without finite samples */

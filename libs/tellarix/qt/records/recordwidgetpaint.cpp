@@ -348,7 +348,7 @@ void RecordWidget::drawAmplitudeGrid(QPainter &painter, const Look &colors) cons
         return;
 
     QVector<QLine> lines;
-    const bool isSet = _gridLower < _gridUpper;
+    const bool isSet = _gridLower != _gridUpper;
     for (const int slot : drawnSlots()) {
         const QRect area = slotRect(slot);
         const bool hasGrid = isSet ? _drawMode != InRows || slot == _currentSlot
@@ -374,7 +374,8 @@ QVector<int> RecordWidget::rangeGridLines(int height) const
     const double pixels = fontMetrics().height() + fontMetrics().averageCharWidth();
     QVector<int> result;
     for (const double value :
-         tickValues(_gridLower, _gridUpper, roundTickDistance(pixels * range / height), 0))
+         tickValues(std::min(_gridLower, _gridUpper), std::max(_gridLower, _gridUpper),
+                    roundTickDistance(pixels * std::abs(range) / height), 0))
         result.append(static_cast<int>(std::lround((_gridUpper - value) / range * (height - 1))));
     return result;
 }
@@ -540,8 +541,8 @@ QVector<AmplitudeTick> RecordWidget::slotTicks(int slot, const QFont &textFont) 
     const double factor = shownFactor(slot);
     auto ticks = axisTicks(std::min(range.lower * factor, range.upper * factor),
                            std::max(range.lower * factor, range.upper * factor), height, textFont);
-    // A negative scale turns the axis over.
-    if (factor < 0) {
+    // The axis stands on its head with a negative scale or a descending range, but not with both.
+    if ((range.upper - range.lower) * factor < 0) {
         for (AmplitudeTick &tick : ticks) {
             tick.y = height - 1 - tick.y;
             tick.textY = height - 1 - tick.textY;

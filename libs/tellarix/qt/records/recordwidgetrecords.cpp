@@ -174,7 +174,6 @@ const RecordWidget::Extrema &RecordWidget::extremaOf(Slot &slot) const
     return extrema;
 }
 
-/** Factor from samples to values of the axis; 1 without a usable one. */
 double RecordWidget::shownFactor(int slot) const
 {
     const double *scale = _showScaledValues ? recordScale(slot) : nullptr;
@@ -208,8 +207,8 @@ RecordWidget::ShownRange RecordWidget::shownRange(int slot) const
     if (item == nullptr)
         return range;
 
-    double lower = std::min(_amplMin, _amplMax);
-    double upper = std::max(_amplMin, _amplMax);
+    double lower = _amplMin;
+    double upper = _amplMax;
     double offset = 0.5 * lower + 0.5 * upper;
     if (_amplAutoScale) {
         const bool overlaid = _drawMode == Overlaid && isSlotDrawn(slot);
@@ -225,7 +224,7 @@ RecordWidget::ShownRange RecordWidget::shownRange(int slot) const
         upper += margin;
     }
     // A constant trace runs through the middle of a range that its size suggests.
-    if (!(lower < upper)) {
+    if (lower == upper) {
         const double half = lower != 0 ? 0.1 * std::abs(lower) : 1.0;
         lower -= half;
         upper += half;

@@ -178,13 +178,13 @@ void Ruler::setInteractive(bool enable)
 
 double Ruler::valueToPixel(double value) const
 {
-    const double distance = (value - _lower) * _scale;
+    const double distance = (value - _lower) * _scale * direction();
     return isVertical() ? rulerLength() - distance : distance;
 }
 
 double Ruler::pixelToValue(double pixel) const
 {
-    return _lower + (isVertical() ? rulerLength() - pixel : pixel) / _scale;
+    return _lower + direction() * (isVertical() ? rulerLength() - pixel : pixel) / _scale;
 }
 
 bool Ruler::setScale(double pixelsPerUnit)
@@ -203,8 +203,6 @@ bool Ruler::setRange(double lower, double upper)
 {
     if (!std::isfinite(lower) || !std::isfinite(upper) || !std::isfinite(upper - lower))
         return false;
-    if (_autoScale && lower > upper)
-        std::swap(lower, upper);
     limitRange(lower, upper);
     return applyRange(lower, upper, _scale);
 }
@@ -254,7 +252,7 @@ bool Ruler::applyRange(double lower, double upper, double scale)
 {
     const double length = rulerLength();
     if (_autoScale) {
-        const double fitting = length / (upper - lower);
+        const double fitting = length / std::abs(upper - lower);
         scale = isPositive(fitting) ? fitting : scale;
     } else if (std::abs((upper - lower) * scale - length) > RelativeRounding * length) {
         // An upper end that agrees is kept to the last digit.
@@ -286,7 +284,7 @@ void Ruler::updateSpacing()
     const double gap = fontMetrics().averageCharWidth() * (isVertical() ? 1.0 : 2.0);
     double major = 0;
     double minor = 0;
-    if (length > 0 && isPositive(_scale) && _upper > _lower) {
+    if (length > 0 && isPositive(_scale) && _upper != _lower) {
         // Coarser ticks may have shorter texts: the first distance whose texts fit is the best.
         constexpr int MostSteps = 60;
         double minimum = fontMetrics().height();
@@ -336,7 +334,7 @@ double Ruler::labelExtent(double major) const
 
     // The longest texts stand at the ends, where values have most digits, or beside a clean zero.
     constexpr int MostMeasured = 12;
-    const QVector<double> ticks = tickValues(_lower, _upper, major, _offset);
+    const QVector<double> ticks = ticksAt(major);
     const int step = std::max(1, ticks.size() / MostMeasured);
     double extent = 0;
     QString text;
@@ -350,6 +348,12 @@ double Ruler::labelExtent(double major) const
     return extent;
 }
 
+/** Values of the ticks of a distance in ascending order. */
+QVector<double> Ruler::ticksAt(double spacing) const
+{
+    return tickValues(std::min(_lower, _upper), std::max(_lower, _upper), spacing, _offset);
+}
+
 double Ruler::alignedOffset(double) const
 {
     return _offset;
@@ -359,7 +363,7 @@ QVector<RulerLabel> Ruler::labels(int line) const
 {
     const QFontMetricsF metrics(font());
     QVector<RulerLabel> result;
-    for (const double value : tickValues(_lower, _upper, _majorSpacing, _offset)) {
+    for (const double value : ticksAt(_majorSpacing)) {
         RulerLabel label;
         const double shown = value + _offset;
         if (!getTickText(shown, shown + _majorSpacing, line, label.text) || label.text.isEmpty())
@@ -532,7 +536,7 @@ void Ruler::drawSelection(QPainter &painter) const
 void Ruler::drawTicks(QPainter &painter, double spacing, int length) const
 {
     const QColor color = palette().color(foregroundRole());
-    for (const double value : tickValues(_lower, _upper, spacing, _offset))
+    for (const double value : ticksAt(spacing))
         painter.fillRect(tickRect(valueToPixel(value), length), color);
 }
 

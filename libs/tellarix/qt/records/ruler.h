@@ -105,8 +105,9 @@ public slots:
     /** Pixels per unit about the lower end, limited by the range limits. Nothing happens for what
      *  is not above 0 or not finite. @return true if the scale is another one now */
     bool setScale(double pixelsPerUnit);
-    /** Shows a range: with automatic scale exactly this one, otherwise from @p lower as far as the
-     *  scale reaches. @return true if the range is another one now */
+    /** Shows a range: with automatic scale exactly this one, also a descending one with its larger
+     *  value at the lower end, otherwise from @p lower as far as the scale reaches. @return true if
+     * the range is another one now */
     bool setRange(double lower, double upper);
     /** Shows exactly this range, within the limits, by choosing the scale for it. Nothing happens
      *  for an empty one. @return true if range or scale are others now */
@@ -180,8 +181,10 @@ private:
     // State
     void applySpacing(double major, double minor, double offset);
     bool applyRange(double lower, double upper, double scale);
+    double direction() const { return _upper < _lower ? -1 : 1; }
     double limitedWidth(double width) const;
     void limitRange(double &lower, double &upper) const;
+    QVector<double> ticksAt(double spacing) const;
 
     // Painting
     void drawBaseline(QPainter &painter) const;
@@ -196,6 +199,7 @@ private:
 
     // Interaction
     double pixelAlong(const QPointF &position) const;
+    double boundedValueAt(double pixel) const;
     Handle handleAt(double pixel) const;
     void beginDrag(Drag drag, double pixel, double anchorValue);
     void panTo(double pixel);

@@ -27,6 +27,11 @@ double Ruler::pixelAlong(const QPointF &position) const
     return isVertical() ? position.y() : position.x();
 }
 
+double Ruler::boundedValueAt(double pixel) const
+{
+    return qBound(std::min(_lower, _upper), pixelToValue(pixel), std::max(_lower, _upper));
+}
+
 Ruler::Handle Ruler::handleAt(double pixel) const
 {
     if (!_selectionHandles || !hasSelection())
@@ -79,7 +84,7 @@ void Ruler::mousePressEvent(QMouseEvent *event)
         beginDrag(Drag::MoveHandle, pixel,
                   handle == Handle::Lower ? _selectionUpper : _selectionLower);
     else if (_rangeSelection && isSelecting)
-        beginDrag(Drag::Select, pixel, qBound(_lower, pixelToValue(pixel), _upper));
+        beginDrag(Drag::Select, pixel, boundedValueAt(pixel));
     else if (_interactive && isLeft && !isSelecting)
         beginDrag(Drag::Pan, pixel, 0);
     else
@@ -151,13 +156,13 @@ void Ruler::panTo(double pixel)
 
 void Ruler::panBy(double pixels)
 {
-    const double way = (isVertical() ? pixels : -pixels) / _scale;
+    const double way = direction() * (isVertical() ? pixels : -pixels) / _scale;
     requestRange(_lower + way, _upper + way);
 }
 
 void Ruler::selectTo(double pixel)
 {
-    const double value = qBound(_lower, pixelToValue(pixel), _upper);
+    const double value = boundedValueAt(pixel);
     setSelection(std::min(value, _dragAnchor), std::max(value, _dragAnchor));
     emit selectionChanging(std::min(value, _dragAnchor), std::max(value, _dragAnchor));
 }
@@ -195,7 +200,7 @@ void Ruler::updateCursor()
 
 void Ruler::requestRange(double lower, double upper)
 {
-    if (std::isfinite(lower) && std::isfinite(upper) && lower < upper)
+    if (std::isfinite(lower) && std::isfinite(upper) && (upper - lower) * direction() > 0)
         emit rangeChangeRequested(lower, upper);
 }
 
