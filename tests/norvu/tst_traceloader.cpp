@@ -14,6 +14,7 @@
 #include <QMessageBox>
 #include <QProgressDialog>
 #include <QTemporaryDir>
+#include <QTemporaryFile>
 #include <QTimer>
 
 #include <atomic>
@@ -87,6 +88,18 @@ const Tellarix::IO::RecordStreamScheme FakeScheme("fake", [] {
     return Tellarix::IO::RecordStreamPtr(new FakeStream);
 });
 
+/** Counts the records that it is told of. */
+struct CountingWidget : Tellarix::Gui::RecordWidget
+{
+    void fed(int slot, const Tellarix::Record *record) override
+    {
+        ++count;
+        RecordWidget::fed(slot, record);
+    }
+
+    int count{0};
+};
+
 QList<QColor> colors(const TraceView &view)
 {
     QList<QColor> result;
@@ -144,7 +157,8 @@ private slots:
     void loadsBoundStreams()
     {
         TraceView view;
-        view.setItems({makeRow("A"), makeRow("B"), makeRow("unbound")});
+        auto *widget = new CountingWidget;
+        view.setItems({new Trace("A", widget, Qt::black), makeRow("B"), makeRow("unbound")});
         view.bindItem("XX.A.00.BHZ", view.itemAt(0), 0);
         view.bindItem("XX.B..BHZ", view.itemAt(1), 0);
         FakeStream::records = {
@@ -155,7 +169,8 @@ private slots:
         QVERIFY(loader.load(&view, window(0, 100)));
         QCOMPARE(FakeStream::streams, QStringList({"XX/A/00/BHZ", "XX/B//BHZ"}));
         QVERIFY(FakeStream::window == window(0, 100));
-        QVERIFY(view.itemAt(0)->recordWidget()->records(0)->timeWindow() == window(0, 20));
+        QVERIFY(widget->records(0)->timeWindow() == window(0, 20));
+        QCOMPARE(widget->count, 3); // also of the one that the sequence didn't take
         QVERIFY(view.itemAt(1)->recordWidget()->records(0)->isEmpty());
         QCOMPARE(colors(view), QList<QColor>({Qt::green, Qt::red, Qt::red}));
         QCOMPARE(view.emptyDataSlots(), 3);
@@ -208,6 +223,23 @@ private slots:
                  QString("Error: Could not open file:///no/such/file.mseed"));
         QVERIFY(!isLoaded);
 
+        QTemporaryFile file;
+        QVERIFY(file.open() && file.write(QByteArray(5000, 'x')) == 5000 && file.flush());
+        TraceFileLoader otherFormat(file.fileName().toStdString());
+        // The box comes up when the dialog of the load has gone.
+        QTimer answer;
+        QString text;
+        connect(&answer, &QTimer::timeout, [&text] {
+            if (auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget())) {
+                text = box->text();
+                box->accept();
+            }
+        });
+        answer.start(5);
+        QVERIFY(!otherFormat.load(&view, Tellarix::Core::TimeWindow()));
+        answer.stop();
+        QCOMPARE(text, "Could not open file://" + file.fileName());
+
         TraceLoader loader("fake://unreachable");
         QVERIFY(loader.load(&view, window(0, 1)));
         view.addItem(makeRow("A"));
@@ -217,17 +249,23 @@ private slots:
         QVERIFY(!isLoaded);
     }
 
-    void warnsOfInvalidStreamIds()
+    void readsNothingWithoutStreamToAskFor()
     {
         TraceView view;
-        view.setItems({makeRow("A"), makeRow("B")});
+        view.setItems({makeRow("A"), makeRow("B"), makeRow("requested")});
         view.bindItem("XX.A.BHZ", view.itemAt(0), 0);
         view.bindItem("XX.B..BHZ", view.itemAt(1), 5000);
+        view.bindItem("XX.R..BHZ", view.itemAt(2), 0);
+        view.subscribedToData(view.itemAt(2));
+        feed(view.itemAt(2), 0, makeRecord("XX.R..BHZ", 0, 10));
+        FakeStream::records = {makeRecord("XX.R..BHZ", 10, 20)};
         QTest::ignoreMessage(QtWarningMsg, "Invalid stream id: XX.A.BHZ");
         QTest::ignoreMessage(QtWarningMsg, "Failed to allocate trace");
         TraceLoader loader("fake://");
         QVERIFY(loader.load(&view, window(0, 100)));
         QCOMPARE(FakeStream::streams, QStringList());
+        QCOMPARE(view.itemAt(2)->recordWidget()->records(0)->size(), 1);
+        QCOMPARE(colors(view), QList<QColor>({Qt::red, Qt::red, Qt::green}));
     }
 
     void showsProgressAndEndsByCancel()

@@ -75,6 +75,9 @@ void SourceLoader::receivedRecord(Tellarix::Record *record)
     TraceFileLoader::receivedRecord(record);
 }
 
+void SourceLoader::tell(const QString &)
+{}
+
 Norvu::Gui::Trace *SourceLoader::makeRow(const QString &label) const
 {
     return _addition ? new Norvu::Gui::Trace(label, _addition->makeTraces(), Qt::black)

@@ -48,6 +48,8 @@ protected slots:
 
 protected:
     Norvu::Gui::Trace *makeRow(const QString &label) const override;
+    /** Tells nothing: the bench lists what is wrong with its sources. */
+    void tell(const QString &text) override;
 
 private slots:
     void finish();

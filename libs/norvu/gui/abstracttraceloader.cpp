@@ -55,13 +55,30 @@ bool AbstractTraceLoader::connectStream(const QString &text)
     if (_stream->connect())
         return true;
 
-    QMessageBox::critical(nullptr, tr("Error"), text.arg(_stream->recordStreamURL().c_str()),
-                          QMessageBox::Ok);
+    tell(text.arg(_stream->recordStreamURL().c_str()));
+    return false;
+}
+
+void AbstractTraceLoader::tell(const QString &text)
+{
+    QMessageBox::critical(nullptr, tr("Error"), text, QMessageBox::Ok);
+}
+
+bool AbstractTraceLoader::loadOrTell(TraceView *view, const QString &text)
+{
+    const QPointer<AbstractTraceLoader> alive(this);
+    load(view);
+    if (!alive || !_stream->hasOpenFailed())
+        return true;
+
+    tell(text.arg(_stream->recordStreamURL().c_str()));
     return false;
 }
 
 void AbstractTraceLoader::load(TraceView *view)
 {
+    if (!_stream)
+        return;
     _view = view;
     _dirty = false;
 
@@ -82,6 +99,13 @@ void AbstractTraceLoader::load(TraceView *view)
     _wasCancelled = wasCancelled;
     if (_wasCancelled)
         _stream->stop(true);
+    finish(_view);
+}
+
+void AbstractTraceLoader::finish(TraceView *view)
+{
+    const QPointer<AbstractTraceLoader> alive(this);
+    _view = view;
     acquisitionFinished();
     if (alive)
         _view = nullptr;
@@ -124,9 +148,11 @@ bool AbstractTraceLoader::hasEndTime(const Tellarix::Record &record)
 void AbstractTraceLoader::feed(Trace *row, int slot, const Tellarix::Record *record)
 {
     Tellarix::RecordSequence *records = row->recordWidget()->records(slot);
-    if (!records || !records->feed(record))
+    if (!records)
         return;
 
+    records->feed(record);
+    // Whoever hears of the record may delete this loader.
     _dirty = true;
     row->recordWidget()->fed(slot, record);
 }

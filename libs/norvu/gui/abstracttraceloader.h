@@ -42,6 +42,10 @@ public:
     void setTargetSlot(int slot) { _targetSlot = slot; }
     int targetSlot() const { return _targetSlot; }
 
+    /** Runs the stream under a modal dialog and returns when it has ended or was cancelled; derived
+     *  classes set it up before. */
+    void load(TraceView *view);
+
     /** What the stream of the last load told, such as damage in a file; empty if all was well. */
     QStringList messages() const;
     /** Why the last load() that failed could not use its source. */
@@ -58,16 +62,19 @@ protected slots:
     virtual void receivedRecord(Tellarix::Record *record) = 0;
 
 protected:
-    /** Runs the stream under a modal dialog and returns when it has ended or was cancelled. */
-    void load(TraceView *view);
-
     /** Takes over a stream thread and receives its records. */
     void setStream(Tellarix::Gui::RecordStreamThread *stream);
-    /** Connects the stream; if that fails, shows @p text with "%1" replaced by its URL. */
+    /** Connects the stream; if that fails, tells @p text with "%1" replaced by its URL. */
     bool connectStream(const QString &text);
+    /** Loads as above; if the source turns out to be no such source, tells @p text likewise. */
+    bool loadOrTell(TraceView *view, const QString &text);
+    /** Ends a load for which there is nothing to be read. */
+    void finish(TraceView *view);
+    /** Tells the user why nothing was loaded, by a message box unless it is overridden. */
+    virtual void tell(const QString &text);
     /** True for a record that can be placed in time. */
     static bool hasEndTime(const Tellarix::Record &record);
-    /** Adds a record to a slot of a row; one without a sequence there is dropped. */
+    /** Hands a record to a slot of a row; one without a sequence there is dropped. */
     void feed(Trace *row, int slot, const Tellarix::Record *record);
 
     Tellarix::Gui::RecordStreamThread *_stream{nullptr};

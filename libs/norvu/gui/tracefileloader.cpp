@@ -27,12 +27,12 @@ TraceFileLoader::TraceFileLoader(Tellarix::Gui::RecordStreamThread *stream)
 
 bool TraceFileLoader::load(TraceView *view, const Tellarix::Core::TimeWindow &window)
 {
-    if (!connectStream(tr("Could not open %1")))
+    const QString text = tr("Could not open %1");
+    if (!connectStream(text))
         return false;
 
     _stream->setTimeWindow(window);
-    AbstractTraceLoader::load(view);
-    return true;
+    return loadOrTell(view, text);
 }
 
 void TraceFileLoader::receivedRecord(Tellarix::Record *record)

@@ -23,7 +23,7 @@ public:
     /**
      * Loads the records that overlap @p window, all of them if it is invalid. Rows are made only
      * with a target slot that isn't negative; their sequences keep all records.
-     * @return false if the file can't be opened, which the user is told
+     * @return false if the file can't be opened or is in no known format, which the user is told
      */
     bool load(TraceView *view, const Tellarix::Core::TimeWindow &window);
 

@@ -25,10 +25,12 @@ bool TraceLoader::load(TraceView *view, const Tellarix::Core::TimeWindow &window
 {
     if (view->count() == 0)
         return true;
-    if (!connectStream(tr("Could not connect to %1")))
+    const QString text = tr("Could not connect to %1");
+    if (!connectStream(text))
         return false;
 
     _stream->setTimeWindow(window);
+    _isAnythingAsked = false;
     // New sequences are told of, and whoever hears of them may remove rows.
     const QPointer<TraceView> present(view);
     for (int i = 0; present && i < view->count(); ++i) {
@@ -36,8 +38,13 @@ bool TraceLoader::load(TraceView *view, const Tellarix::Core::TimeWindow &window
         if (!row->isDataRequested() && requestRow(row, view->bindingsFor(row), window) && row)
             row->setColor(Qt::yellow);
     }
-    if (present)
-        AbstractTraceLoader::load(view);
+    if (!present)
+        return true;
+    if (_isAnythingAsked)
+        return loadOrTell(view, text);
+
+    // Asked for no stream at all, a source gives everything that it has.
+    finish(view);
     return true;
 }
 
@@ -66,7 +73,7 @@ bool TraceLoader::requestStream(Trace *row, const std::string &id, int slot,
         qWarning("Invalid stream id: %s", id.c_str());
         return false;
     }
-    _stream->addStream(codes[0], codes[1], codes[2], codes[3]);
+    _isAnythingAsked |= _stream->addStream(codes[0], codes[1], codes[2], codes[3]);
     return true;
 }
 

@@ -25,7 +25,8 @@ public:
     explicit TraceLoader(const std::string &url, QObject *parent = nullptr);
 
     /**
-     * Loads a time window for all rows that are not marked as requested. Slots with a bound stream
+     * Loads a time window for all rows that are not marked as requested; without any stream to ask
+     * for nothing is read. Slots with a bound stream
      * get an empty sequence first. Rows that wait are yellow; at the end rows with data are green,
      * the others red. Marking rows as requested is left to the host.
      * @return false if the stream can't be connected, which the user is told
@@ -40,6 +41,8 @@ private:
                     const Tellarix::Core::TimeWindow &window);
     bool requestStream(Trace *row, const std::string &id, int slot,
                        const Tellarix::Core::TimeWindow &window);
+
+    bool _isAnythingAsked{false}; /**< of the stream, for this load */
 };
 
 } // namespace Gui

@@ -108,6 +108,18 @@ public:
         return _stopped;
     }
 
+    void setOpenFailed()
+    {
+        const std::lock_guard<std::mutex> lock(_mutex);
+        _openFailed = true;
+    }
+
+    bool hasOpenFailed() const
+    {
+        const std::lock_guard<std::mutex> lock(_mutex);
+        return _openFailed;
+    }
+
     /** False if there are too many messages already; then it is only counted. */
     bool addMessage(const QString &text)
     {
@@ -145,6 +157,7 @@ private:
     bool _ownerAwake{false};
     bool _readerWaits{false};
     bool _stopped{false};
+    bool _openFailed{false};
     QStringList _messages;
     int _furtherMessages{0};
 };
@@ -224,6 +237,11 @@ double RecordStreamThread::progress() const
     return _stream ? _stream->progress() : -1;
 }
 
+bool RecordStreamThread::hasOpenFailed() const
+{
+    return _queue->hasOpenFailed();
+}
+
 QStringList RecordStreamThread::messages() const
 {
     return _queue->messages();
@@ -258,8 +276,10 @@ void RecordStreamThread::readRecords(Queue &queue, IO::RecordStream &stream)
     if (!stream.open()) {
         const QString reason = QString::fromStdString(stream.errorString());
         const QString text = tr("%1 can't be opened").arg(QString::fromStdString(_url));
-        if (!queue.isStopped())
-            report(queue, reason.isEmpty() ? text : reason, true);
+        if (queue.isStopped())
+            return;
+        queue.setOpenFailed();
+        report(queue, reason.isEmpty() ? text : reason, true);
         return;
     }
 

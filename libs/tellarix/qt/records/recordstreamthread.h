@@ -59,6 +59,8 @@ public:
 
     /** Share of the source that has been read, 0 to 1; negative if unknown. */
     double progress() const;
+    /** True if the source that was read last could not be opened; the messages tell why. */
+    bool hasOpenFailed() const;
     /** Messages of the stream so far, faults and notes; the first 1000, then a line that counts the
      *  others. */
     QStringList messages() const;
