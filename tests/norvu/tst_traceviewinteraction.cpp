@@ -234,6 +234,28 @@ private slots:
         QCOMPARE(log.take(), QStringList("selection"));
         QVERIFY(view.emptySelection());
         QVERIFY(view.currentItem() == view.itemAt(0));
+
+        // A drag from there takes the selected rows along.
+        view.select(view.itemAt(0));
+        QTest::mousePress(&view, Qt::LeftButton, Qt::NoModifier, below);
+        dragTo(view, below - QPoint(0, 1));
+        dragTo(view, centerOf(view, 1));
+        QCOMPARE(labels(view.items()), QStringList({"B", "A"}));
+    }
+
+    void rowsAboveAreDeselectedBeforeTheCurrentOneIsTold()
+    {
+        TraceView view;
+        show(view, Rows);
+        QStringList selected;
+        connect(&view, &TraceView::currentItemChanged, this,
+                [&] { selected = labels(view.selectedItems()); });
+        view.selectAll();
+        view.select(view.itemAt(2));
+        QCOMPARE(selected, QStringList({"C", "D", "E"}));
+        view.selectAll();
+        click(view, 1);
+        QCOMPARE(selected, QStringList({"B", "C", "D", "E"}));
     }
 
     void keysScrollWithoutCurrentRow()

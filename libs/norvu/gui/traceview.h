@@ -369,7 +369,7 @@ private:
     {
         return _selectionMode > QAbstractItemView::SingleSelection;
     }
-    bool setOnlySelected(const Trace *target);
+    bool setOnlySelected(const Trace *target, bool makeCurrent = false);
     void setSelected(const QList<Trace *> &rows, bool select);
     void selectByDialog(const QString &title, bool select);
     void selectNeighbour(int step);

@@ -169,13 +169,8 @@ void TraceView::toggleRow(Trace *row, QMouseEvent *event)
 
 void TraceView::selectOnly(Trace *row, QMouseEvent *event)
 {
-    const QPointer<TraceView> alive(this);
-    if (row)
-        updateCurrentTrace(row);
-    if (!alive)
-        return;
     event->setAccepted(!_items.isEmpty());
-    if (setOnlySelected(row))
+    if (setOnlySelected(row, true))
         emit itemSelectionChanged();
 }
 
@@ -220,14 +215,12 @@ void TraceView::takeDragItems()
 {
     QPoint position;
     Trace *row = mapToContents(_pressPos, position) ? rowAt(position) : nullptr;
-    if (!row)
-        return;
-
     const QPointer<TraceView> alive(this);
-    updateCurrentTrace(row);
-    if (!alive || !_items.contains(row))
+    if (row)
+        updateCurrentTrace(row);
+    if (!alive)
         return;
-    if (!row->isSelected() && setOnlySelected(row))
+    if (_items.contains(row) && !row->isSelected() && setOnlySelected(row))
         emit itemSelectionChanged();
     if (!alive)
         return;

@@ -44,11 +44,17 @@ bool TraceView::emptySelection() const
                         [](const Trace *row) { return row->isSelected(); });
 }
 
-bool TraceView::setOnlySelected(const Trace *target)
+bool TraceView::setOnlySelected(const Trace *target, bool makeCurrent)
 {
     bool hasChanged = false;
-    const bool isAlive =
-        visitRows([&](Trace *row) { hasChanged |= row->setSelected(row == target); });
+    const bool isAlive = visitRows([&](Trace *row) {
+        // The rows above are deselected already when others hear of the current row.
+        const QPointer<Trace> present(row);
+        if (makeCurrent && row == target)
+            updateCurrentTrace(row);
+        if (present)
+            hasChanged |= row->setSelected(row == target);
+    });
     return isAlive && hasChanged;
 }
 
@@ -63,10 +69,7 @@ void TraceView::updateCurrentTrace(Trace *row)
 
 void TraceView::select(Trace *row)
 {
-    const QPointer<TraceView> alive(this);
-    if (_items.contains(row))
-        updateCurrentTrace(row);
-    if (alive && setOnlySelected(row))
+    if (setOnlySelected(row, true))
         emit itemSelectionChanged();
 }
 
