@@ -315,7 +315,9 @@ signals:
     /** The left button was pressed and released at the same place of the canvas. */
     void timeClicked(const Tellarix::Core::Time &time);
     /** The selection while it is dragged, from where the button was pressed to the pointer, in
-     *  that order; and when the button is released, in ascending order. */
+     *  that order; and when the button is released, in ascending order. A drag that is given up,
+     *  because the widget is hidden or selecting is disabled, ends with the first of the two and an
+     *  empty range. */
     void selectedTimeRangeChanged(Tellarix::Core::Time start, Tellarix::Core::Time end);
     void selectedTimeRange(Tellarix::Core::Time start, Tellarix::Core::Time end);
     /** The hover cursor has moved; an invalid time when the pointer left. */
@@ -345,6 +347,7 @@ protected:
     void mouseMoveEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
     void leaveEvent(QEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
     void timerEvent(QTimerEvent *event) override;
 
 private:
@@ -429,6 +432,7 @@ private:
     bool grabMarker(const QPoint &position);
     void dragTo(const QPoint &position);
     void hover(const QPoint &position);
+    void giveUpSelecting();
     int clampedToCanvas(int x) const;
 
     std::vector<std::unique_ptr<Slot>> _slots;

@@ -157,8 +157,18 @@ void RecordWidget::updateMarker(const RecordMarker &)
 void RecordWidget::setSelectionEnabled(bool enable)
 {
     _selectionEnabled = enable;
-    if (!enable && _drag == Drag::Select)
-        _drag = Drag::None;
+    if (!enable)
+        giveUpSelecting();
+}
+
+void RecordWidget::giveUpSelecting()
+{
+    if (_drag != Drag::Select)
+        return;
+
+    _drag = Drag::None;
+    const Core::Time start = unmapTime(_dragStart.x());
+    emit selectedTimeRangeChanged(start, start);
 }
 
 void RecordWidget::setSelectedTimeWindow(const Core::TimeWindow &window)
@@ -324,6 +334,13 @@ void RecordWidget::leaveEvent(QEvent *event)
         return;
     setCursorTime(Core::Time());
     emit cursorMoved(this, Core::Time());
+}
+
+void RecordWidget::hideEvent(QHideEvent *event)
+{
+    QWidget::hideEvent(event);
+    // The release of the button goes elsewhere.
+    giveUpSelecting();
 }
 
 void RecordWidget::hover(const QPoint &position)
