@@ -147,7 +147,7 @@ private slots:
     {
         Bench bench;
         bench.click(Third);
-        for (const char *text : {"high", "nan"}) {
+        for (const char *text : {"high", "nan", "inf"}) {
             bench.key->setText(QString::fromLatin1(text));
             QString message;
             Answer<QMessageBox> answer([&](QMessageBox &box) {
@@ -320,6 +320,18 @@ private slots:
         // The handle of the same stop is the selected one.
         bench.bar->deleteCurrent();
         QVERIFY(!bench.editor.gradient().contains(key.toDouble()));
+    }
+
+    void tableSelectsStopOfBefore()
+    {
+        Bench bench;
+        bench.click(Third);
+        bench.editor.pointsReleased();
+        QVERIFY(!bench.key->isEnabled());
+        Answer<QDialog> answer(editTable([](QTableWidget &) {}));
+        bench.editor.openList();
+        QVERIFY(bench.key->isEnabled());
+        QCOMPARE(bench.shownColor(), QColor(Qt::green));
     }
 
     void tableWarnsOfLostStops()

@@ -276,6 +276,31 @@ private slots:
         QCOMPARE(columnsOf(Qt::blue), qMakePair(67, 100));
     }
 
+    void paintsFocusFrameAndHandlesThatCanBeSeen()
+    {
+        Bench bench;
+        QPalette palette = bench.widget.palette();
+        palette.setColor(QPalette::Window, QColor(10, 10, 10));
+        palette.setColor(QPalette::Light, QColor(90, 90, 90));
+        palette.setColor(QPalette::Highlight, QColor(0, 255, 255));
+        bench.widget.setPalette(palette);
+        bench.widget.show();
+        QApplication::setActiveWindow(&bench.widget);
+        bench.widget.clearFocus();
+        const QImage before = Ink::picture(bench.widget);
+        QCOMPARE(before.pixel(bench.handle(50)), QColor(Qt::black).rgb());
+        QCOMPARE(before.pixel(bench.handle(30)), qRgb(90, 90, 90));
+
+        bench.widget.setFocus(Qt::MouseFocusReason);
+        QVERIFY(bench.widget.hasFocus());
+        const QImage image = Ink::picture(bench.widget);
+        const int handleSize = static_cast<int>(bench.widget.fontMetrics().ascent() * 0.75);
+        QCOMPARE(Ink::rectOfDifference(before, image),
+                 QRect(0, 0, RightEdge + 1, Height - handleSize));
+        // Smooth like the handles, a line at whole pixels has its ink on both sides.
+        QVERIFY(Ink::rectOfColor(image, QColor(0, 255, 255)).isEmpty());
+    }
+
     void paintsTransparencyOverCheckerboard()
     {
         const QColor seeThrough(255, 0, 0, 0);

@@ -458,14 +458,17 @@ void GradientEditor::fillTable(QTableWidget &table) const
 void GradientEditor::applyTable(const QTableWidget &table)
 {
     double selectedKey = _currentKey;
+    bool isListed = false;
     bool changed = false;
     for (int row = 0; row < table.rowCount(); ++row) {
         changed = applyRow(table, row) || changed;
-        if (keyBefore(table, row) == selectedKey)
-            selectedKey = keyAfter(table, row);
+        if (keyBefore(table, row) != selectedKey)
+            continue;
+        selectedKey = keyAfter(table, row);
+        isListed = true;
     }
     // Rows below the selected one may have changed the order of the handles and this stop's colour.
-    if (_currentValid && _gradient.contains(selectedKey)) {
+    if (isListed && _gradient.contains(selectedKey)) {
         _gradientWidget->keyChanged(_currentKey, selectedKey);
         pointClicked(selectedKey, _gradient.value(selectedKey).first);
     }
@@ -490,6 +493,8 @@ bool GradientEditor::applyRow(const QTableWidget &table, int row)
     if (!_gradient.contains(oldKey))
         return false;
 
+    // One stop, whatever of it was edited: a colour that were looked up at the old key once the
+    // stop has left it would make another one there and be lost to this one.
     auto stop = _gradient.take(oldKey);
     if (colorChanged)
         stop.first = color;

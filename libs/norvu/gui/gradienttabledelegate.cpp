@@ -34,6 +34,7 @@ public:
 double GradientTableDelegate::toKey(const QString &text, bool *ok)
 {
     const double key = text.toDouble(ok);
+    // What is no number has no place in the order of the stops, and an endless bar shows nothing.
     *ok = *ok && std::isfinite(key);
     return key;
 }
@@ -87,7 +88,8 @@ void GradientTableDelegate::setModelData(QWidget *editor, QAbstractItemModel *mo
             ->exec();
         return;
     }
-    // Opening and leaving the editor is no edit.
+    // Opening and leaving the editor is no edit: it would cut keys to the six digits of their
+    // texts.
     if (edit->text() != index.data(Qt::EditRole).toString())
         model->setData(index, key, Qt::EditRole);
 }

@@ -388,7 +388,7 @@ void GradientWidget::drawBar(QPainter &painter) const
 
 void GradientWidget::drawStrip(QPainter &painter) const
 {
-    // Black handles can hardly be seen on the background of a dark palette.
+    // On the background of a dark palette black handles can't be seen, as if there were no stops.
     if (palette().color(QPalette::Window).lightness() < DarkBelow)
         painter.fillRect(rect().adjusted(0, barHeight(), 0, 0), palette().light());
 }
@@ -411,8 +411,6 @@ void GradientWidget::drawHandles(QPainter &painter) const
 
 void GradientWidget::drawFocusFrame(QPainter &painter) const
 {
-    // Straight lines are crisp without smoothing.
-    painter.setRenderHint(QPainter::Antialiasing, false);
     painter.setPen(palette().color(QPalette::Highlight));
     painter.setBrush(Qt::NoBrush);
     painter.drawRect(0, 0, rightEdge(), barHeight() - 1);
