@@ -8,6 +8,8 @@
 #include <tellarix/core/math/runningmean.h>
 #include <tellarix/core/math/stalta.h>
 
+#include <tellarix/core/time.h>
+
 #include <QtTest>
 
 #include <cmath>
@@ -429,6 +431,27 @@ private slots:
         const Samples input = noise(500);
         const Samples expected = filtered(second, filtered(first, input));
         QVERIFY(sameBits(filtered(chain, input), expected));
+    }
+
+    void chainTellsStagesOfGaps()
+    {
+        struct Stage : InPlaceFilter<double>
+        {
+            explicit Stage(Tellarix::Core::TimeSpan *length) : gap(length) {}
+            void handleGap(const Tellarix::Core::TimeSpan &length) override { *gap = length; }
+            void setSamplingFrequency(double) override {}
+            int setParameters(int, const double *) override { return 0; }
+            void apply(int, double *) override {}
+            InPlaceFilter<double> *clone() const override { return new Stage(gap); }
+
+            Tellarix::Core::TimeSpan *gap;
+        };
+        Tellarix::Core::TimeSpan gap;
+        ChainFilter<double> chain;
+        chain.add(new Stage(&gap));
+        chain.add(new RunningMean<double>(0.3));
+        chain.handleGap(Tellarix::Core::TimeSpan(2.5));
+        QVERIFY(gap == Tellarix::Core::TimeSpan(2.5));
     }
 };
 

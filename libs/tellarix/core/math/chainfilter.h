@@ -39,6 +39,11 @@ public:
         for (auto &filter : _filters)
             filter->setStreamID(network, station, location, channel);
     }
+    void handleGap(const Core::TimeSpan &length) override
+    {
+        for (auto &filter : _filters)
+            filter->handleGap(length);
+    }
     void setSamplingFrequency(double samplingFrequency) override
     {
         for (auto &filter : _filters)

@@ -9,7 +9,8 @@
 namespace Tellarix {
 namespace Core {
 class Time;
-}
+class TimeSpan;
+} // namespace Core
 namespace Math {
 namespace Filtering {
 
@@ -31,6 +32,9 @@ public:
     virtual void setStreamID(const std::string & /*network*/, const std::string & /*station*/,
                              const std::string & /*location*/, const std::string & /*channel*/)
     {}
+    /** Tells whoever goes on with the same filter behind a gap: samples of this length are missing
+     *  before the next block. */
+    virtual void handleGap(const Core::TimeSpan & /*length*/) {}
     /** Sampling frequency in Hz; computes the coefficients and resets the state. */
     virtual void setSamplingFrequency(double samplingFrequency) = 0;
     /**
