@@ -80,7 +80,11 @@ public:
         setSpectrogramEnabled(true);
     }
 
+    using SpectrogramRecordWidget::changedRecords;
+
     double maximum() const { return _maximum; }
+    int pictureWidth() const { return _items.empty() ? 0 : _items.front().image.width(); }
+    int columns() const { return _items.empty() ? 0 : _items.front().spectrogram->columns(); }
     size_t memoryTaken() const
     {
         return std::accumulate(_items.begin(), _items.end(), size_t(0),
@@ -195,7 +199,7 @@ private slots:
         QCOMPARE(Ink::picture(complete), Ink::picture(live));
     }
 
-    void passesOverColumnsFarWiderThanTheView()
+    void showsColumnsFarWiderThanTheView()
     {
         Widget widget;
         widget.setSpectrogramColumnInterval(1000);
@@ -205,9 +209,64 @@ private slots:
         widget.feed(makeRecord(3, 100));
         QVERIFY(widget.spectrogramRange().second > 0);
         QVERIFY(!spans(widget).isEmpty());
-        for (const double pixelsPerSecond : {1E5, 1E9}) {
+        for (const double pixelsPerSecond : {600.0, 1E5, 1E9}) {
             widget.setTimeScale(pixelsPerSecond);
-            QCOMPARE(spans(widget), QStringList());
+            QCOMPARE(spans(widget), QStringList("1-398"));
+            QCOMPARE(widget.pictureWidth(), Width);
+        }
+    }
+
+    void movesByLessThanAColumn()
+    {
+        Widget widget;
+        widget.feed(makeRecord(5, 80, Rate, 50));
+        widget.setTimeScale(2000);
+        widget.setTimeRange(49.91, 50.11);
+        const int before = ridge(Ink::picture(widget));
+        widget.setTimeRange(49.92, 50.12);
+        QVERIFY(before > 20);
+        QVERIFY(std::abs(before - 20 - ridge(Ink::picture(widget))) <= 1);
+    }
+
+    void takesTheSequenceThatItIsGiven()
+    {
+        Widget widget;
+        widget.feed(makeRecord(0, 90));
+        RingBuffer other(0);
+        other.feed(makeRecord(10, 10).get());
+        widget.changedRecords(0, &other);
+        QCOMPARE(spans(widget), QStringList("40-79"));
+        widget.changedRecords(0, nullptr);
+        QCOMPARE(spans(widget), QStringList());
+    }
+
+    void recordTwiceTrimsNothing()
+    {
+        Widget widget(3);
+        for (const double start : {0.0, 10.0, 20.0})
+            widget.feed(makeRecord(start, 10));
+        const RecordCPtr next = makeRecord(30, 10);
+        widget.records(0)->feed(next.get());
+        widget.feedSpectrogram(0, makeRecord(20, 10).get());
+        QCOMPARE(spans(widget), QStringList("1-119"));
+        widget.feedSpectrogram(0, next.get());
+        QCOMPARE(spans(widget), QStringList("40-159"));
+    }
+
+    void takesRecordsOfOneSampleOnce()
+    {
+        for (const double rate :
+             {20.0, 3.0, 100.0, 59.9, 0.1, 7.0, 13.7, 33.333, 1000.0, 123456.0}) {
+            Widget widget(4);
+            for (int i = 0; i < 200; ++i) {
+                const RecordCPtr record = makeRecord(i / rate, 1 / rate, rate);
+                widget.feed(record);
+                const int columns = widget.columns();
+                widget.feedSpectrogram(0, record.get());
+                QVERIFY2(widget.columns() == columns,
+                         qPrintable(QStringLiteral("%1 at %2 Hz").arg(i).arg(rate)));
+                QVERIFY(columns >= std::min(i + 1, 4) && columns <= 5);
+            }
         }
     }
 

@@ -20,12 +20,14 @@ constexpr double FractionUnit = 4294967296.0;
 // Below, other threads take longer to begin than one takes to end: some 0.2 ms.
 constexpr qint64 ParallelPixels = 262144;
 
-/** The columns that a picture shows and the way across them, in 2^-32 columns a pixel. */
+/** The columns that a picture shows, and the way across them in 2^-32 columns: where its left edge
+ *  stands in the first one, and a pixel. */
 struct Stretch
 {
     int first;
     int count;
     int64_t step;
+    int64_t start{0};
 };
 
 template <typename T>
@@ -53,7 +55,7 @@ std::vector<ColumnMix<T>> mixColumns(const Spectrogram<T> &spectrogram, const St
     const int64_t end = static_cast<int64_t>(stretch.count) << FractionBits;
     const auto rows = static_cast<size_t>(spectrogram.rows());
     std::vector<ColumnMix<T>> result(static_cast<size_t>(width));
-    int64_t position = 0;
+    int64_t position = stretch.start;
     for (ColumnMix<T> &mix : result) {
         const auto column = std::min(static_cast<int>(position >> FractionBits), stretch.count - 1);
         mix.left = spectrogram.data() + static_cast<size_t>(stretch.first + column) * rows;
@@ -144,12 +146,22 @@ bool generateImagePPS(QImage &image, const Spectrogram<T> *spectrogram,
                       const Utils::LUT<double, unsigned int> *lut, int width, int height,
                       int firstColumn, double pixelsPerSecond)
 {
-    if (!lut || !hasColumn(spectrogram, firstColumn) || !makeImage(image, width, height))
+    return generateImageFrom(image, spectrogram, lut, QSize(width, height), firstColumn, 0,
+                             pixelsPerSecond);
+}
+
+template <typename T>
+bool generateImageFrom(QImage &image, const Spectrogram<T> *spectrogram,
+                       const Utils::LUT<double, unsigned int> *lut, const QSize &size,
+                       int firstColumn, double shift, double pixelsPerSecond)
+{
+    if (!lut || !hasColumn(spectrogram, firstColumn) ||
+        !makeImage(image, size.width(), size.height()))
         return false;
 
     const int available = spectrogram->columns() - firstColumn;
     const int64_t step = stepOf(spectrogram->columnRate() / pixelsPerSecond, available);
-    draw(image, *spectrogram, *lut, {firstColumn, available, step});
+    draw(image, *spectrogram, *lut, {firstColumn, available, step, stepOf(shift, available)});
     return true;
 }
 
@@ -165,6 +177,12 @@ template NORVU_GUI_API bool generateImagePPS(QImage &, const Spectrogram<float> 
 template NORVU_GUI_API bool generateImagePPS(QImage &, const Spectrogram<double> *,
                                              const Utils::LUT<double, unsigned int> *, int, int,
                                              int, double);
+template NORVU_GUI_API bool generateImageFrom(QImage &, const Spectrogram<float> *,
+                                              const Utils::LUT<double, unsigned int> *,
+                                              const QSize &, int, double, double);
+template NORVU_GUI_API bool generateImageFrom(QImage &, const Spectrogram<double> *,
+                                              const Utils::LUT<double, unsigned int> *,
+                                              const QSize &, int, double, double);
 
 } // namespace Gui
 } // namespace Norvu

@@ -7,6 +7,7 @@
 #include <norvu/utils/lut.h>
 
 #include <QImage>
+#include <QSize>
 
 namespace Norvu {
 namespace Gui {
@@ -39,6 +40,12 @@ template <typename T>
 NORVU_GUI_API bool generateImagePPS(QImage &image, const Spectrogram<T> *spectrogram,
                                     const Utils::LUT<double, unsigned int> *lut, int width,
                                     int height, int firstColumn, double pixelsPerSecond);
+
+/** The same with @p shift of the first column, 0 and above and below 1, left of the picture. */
+template <typename T>
+NORVU_GUI_API bool generateImageFrom(QImage &image, const Spectrogram<T> *spectrogram,
+                                     const Utils::LUT<double, unsigned int> *lut, const QSize &size,
+                                     int firstColumn, double shift, double pixelsPerSecond);
 
 } // namespace Gui
 } // namespace Norvu

@@ -20,13 +20,6 @@ using Core::TimeWindow;
 namespace Norvu {
 namespace Gui {
 
-namespace {
-
-/** Pixels that a column may begin before the canvas; beyond, one fills the view many times over. */
-constexpr double MostBefore = 1 << 15;
-
-} // namespace
-
 TimeSpan SpectrogramRecordWidget::Tail::tolerance() const
 {
     return TimeSpan(0.5 / rate);
@@ -181,22 +174,24 @@ void SpectrogramRecordWidget::recordsChanged()
     changedRecords(_slot, spectrogramRecords(_slot));
 }
 
-void SpectrogramRecordWidget::changedRecords(int slot, RecordSequence *)
+void SpectrogramRecordWidget::changedRecords(int slot, RecordSequence *sequence)
 {
     if (!_enabled || slot != _slot)
         return;
 
     _items.clear();
-    feedWindow(_window);
+    // What the base class tells of is what the traces show, which may be filtered when the raw
+    // records are wanted.
+    const bool isShown = sequence && sequence == displayedRecords(slot);
+    feedWindow(isShown ? spectrogramRecords(slot) : sequence, _window);
     update();
 }
 
-/** Feeds what the sequence holds in a window. What changedRecords() is given is what the traces
- *  show, which may be filtered when the raw records are wanted. */
-void SpectrogramRecordWidget::feedWindow(const TimeWindow &window)
+/** Feeds what a sequence holds in a window, as far as the slot's own sequence reaches back. */
+void SpectrogramRecordWidget::feedWindow(const RecordSequence *sequence, const TimeWindow &window)
 {
-    const RecordSequence *sequence = spectrogramRecords(_slot);
-    if (!sequence)
+    const RecordSequence *own = spectrogramRecords(_slot);
+    if (!sequence || !own)
         return;
     if (window.valid()) {
         const std::vector<RecordCPtr> cut = cutRecords(*sequence, window);
@@ -204,7 +199,7 @@ void SpectrogramRecordWidget::feedWindow(const TimeWindow &window)
     } else {
         feedRecords(sequence->begin(), sequence->end());
     }
-    trimItems(sequence->timeWindow());
+    trimItems(own->timeWindow());
 }
 
 /** Feeds what the sequence holds from the end of the last stretch to that of the window. */
@@ -213,7 +208,7 @@ void SpectrogramRecordWidget::extendToWindow()
     if (!_enabled)
         return;
     const Time from = _items.empty() ? _window.startTime() : tail().end - tail().tolerance();
-    feedWindow(TimeWindow(from, _window.endTime()));
+    feedWindow(spectrogramRecords(_slot), TimeWindow(from, _window.endTime()));
 }
 
 void SpectrogramRecordWidget::fed(int slot, const Record *record)
@@ -225,7 +220,8 @@ void SpectrogramRecordWidget::fed(int slot, const Record *record)
     if (!sequence)
         return;
 
-    // While filtering is on the sequence holds a copy of the record, or several that were waiting.
+    // While filtering is on the sequence holds a copy of the record, or several that were waiting:
+    // with the last one alone the others would look like a gap.
     if (_window.valid()) {
         extendToWindow();
         return;
@@ -238,7 +234,7 @@ void SpectrogramRecordWidget::fed(int slot, const Record *record)
 void SpectrogramRecordWidget::feedSpectrogram(int slot, const Record *record)
 {
     const RecordSequence *sequence = spectrogramRecords(slot);
-    if (!sequence || !record)
+    if (!sequence || !record || (!_items.empty() && tail().covers(*record)))
         return;
 
     const RecordCPtr fed(record);
@@ -396,19 +392,18 @@ void SpectrogramRecordWidget::drawItem(QPainter &painter, SpectrogramItem &item)
 {
     const QRect canvas = canvasRect();
     const RecordSpectrogram<float> &spectrogram = *item.spectrogram;
-    int x0 = mapTime(spectrogram.startTime());
+    const int start = mapTime(spectrogram.startTime());
     const int x1 = mapTime(spectrogram.endTime());
-    if (x1 <= canvas.left() || x0 > canvas.right())
+    if (x1 <= canvas.left() || start > canvas.right())
         return;
 
+    const int x0 = std::max(start, canvas.left());
     const int offset = std::max(0, spectrogram.mapTime(leftTime()));
-    // The first column may begin before the canvas, by many pixels at a large scale.
-    const double before =
-        (leftTime() - spectrogram.startTime()).length() - offset / spectrogram.columnRate();
-    if (before * timeScale() > MostBefore)
-        return;
-    if (offset > 0)
-        x0 = canvas.left() - static_cast<int>(std::lround(before * timeScale()));
+    // A column that is wider than a pixel may begin far before the canvas.
+    const double columns =
+        (leftTime() - spectrogram.startTime()).length() * spectrogram.columnRate();
+    const bool isCut = start < canvas.left() && timeScale() > spectrogram.columnRate();
+    const double shift = isCut ? columns - offset : 0;
     const int width = std::min(x1, canvas.right() + 1) - x0;
     if (width < 1 || canvas.height() < 1)
         return;
@@ -417,12 +412,15 @@ void SpectrogramRecordWidget::drawItem(QPainter &painter, SpectrogramItem &item)
     const QRect area(x0, canvas.top(), width, canvas.height());
     const QSize size = (QSizeF(area.size()) * devicePixelRatioF()).toSize();
     const double scale = timeScale() * devicePixelRatioF();
-    if (item.image.size() != size || item.imageOffset != offset || item.imageScale != scale) {
-        if (!generateImagePPS<float>(item.image, item.spectrogram.get(), _colorLUT, size.width(),
-                                     size.height(), offset, scale))
+    if (item.image.size() != size || item.imageOffset != offset || item.imageScale != scale ||
+        item.imageShift != shift) {
+        // The picture before is one of other times: it must not stand for these.
+        if (!generateImageFrom<float>(item.image, item.spectrogram.get(), _colorLUT, size, offset,
+                                      shift, scale))
             item.image = QImage();
         item.imageOffset = offset;
         item.imageScale = scale;
+        item.imageShift = shift;
     }
     if (!item.image.isNull())
         painter.drawImage(area, item.image);

@@ -112,6 +112,7 @@ protected:
         QImage image;
         int imageOffset{-1};  /**< column at the left edge of the picture */
         double imageScale{0}; /**< pixels of the picture per second */
+        double imageShift{0}; /**< share of that column which lies before the picture */
     };
 
     void changedRecords(int slot, Tellarix::RecordSequence *sequence) override;
@@ -143,7 +144,8 @@ private:
 
     Tail tail() const;
     void addItem();
-    void feedWindow(const Tellarix::Core::TimeWindow &window);
+    void feedWindow(const Tellarix::RecordSequence *sequence,
+                    const Tellarix::Core::TimeWindow &window);
     void extendToWindow();
     template <typename Iterator>
     void feedRecords(Iterator begin, Iterator end);
