@@ -85,6 +85,19 @@ private slots:
         }
     }
 
+    void manyTrimsDoNotShiftTimes()
+    {
+        // Each sample begins a seventh of a microsecond behind what a time can tell.
+        constexpr double Rate = 7;
+        RecordSpectrogram<float> spectrogram(settingsOf("freqs(1,4,2,1)"));
+        for (int i = 0; i < 20000; ++i) {
+            spectrogram.feed(ramp(i / Rate, 1, Rate).get());
+            spectrogram.trim(at((i - 2) / Rate), at((i + 1.5) / Rate));
+        }
+        QVERIFY(spectrogram.columns() <= 4);
+        QVERIFY(std::abs((spectrogram.endTime() - at(20000 / Rate)).length()) < 1E-5);
+    }
+
     void keepsTimesWithPeaks()
     {
         RecordSpectrogram<float> spectrogram(settingsOf("freqs(1,4,2,3)"));

@@ -42,7 +42,8 @@ bool RecordSpectrogram<T>::begin(const Tellarix::Record *record)
     if (!_started) {
         this->setSamplingFrequency(record->samplingFrequency());
         _started = true;
-        _startTime = record->startTime();
+        _origin = _startTime = record->startTime();
+        _dropped = 0;
     }
     _endTime = record->endTime();
     return true;
@@ -95,11 +96,12 @@ void RecordSpectrogram<T>::trim(const Time &start, const Time &end)
 template <typename T>
 void RecordSpectrogram<T>::trimData(int first, int last, int *firstKept)
 {
-    const auto length = [this](int columns) { return TimeSpan(columns / this->columnRate()); };
     int kept = 0;
     Spectrogram<T>::trimData(first, last, &kept);
+    // Counted from the first record: what each trim rounds would add up in a live stream.
+    _dropped += kept;
     if (kept > 0)
-        _startTime += length(kept);
+        _startTime = _origin + TimeSpan(static_cast<double>(_dropped) / this->columnRate());
     const double samples =
         static_cast<double>(this->columns()) * this->columnInterval() + this->pendingSamples();
     _endTime = _startTime + TimeSpan(samples / this->samplingFrequency());

@@ -6,6 +6,7 @@
 
 #include <tellarix/core/time.h>
 
+#include <cstdint>
 #include <vector>
 
 namespace Tellarix {
@@ -58,6 +59,8 @@ private:
     bool begin(const Tellarix::Record *record);
 
     bool _started{false};
+    Tellarix::Core::Time _origin; /**< of the first record */
+    int64_t _dropped{0};          /**< columns since then that were trimmed away */
     Tellarix::Core::Time _startTime;
     Tellarix::Core::Time _endTime;
 };
