@@ -17,13 +17,29 @@ namespace Gui {
 DateTimeEdit::DateTimeEdit(QWidget *parent) : QDateTimeEdit(parent)
 {
     // In local time, an hour that summer time skips could not be entered.
-    setTimeSpec(Qt::UTC);
+    keepDigitsInUtc();
     setDisplayFormat(QStringLiteral("yyyy-MM-dd hh:mm:ss UTC"));
     addCalendarButton();
 
     connect(_calendarWidget, SIGNAL(dateTimeChanged(QDateTime)), this,
             SLOT(calDateTimeChanged(QDateTime)));
     connect(this, SIGNAL(dateTimeChanged(QDateTime)), this, SLOT(selfDateTimeChanged(QDateTime)));
+}
+
+/** Goes over to UTC, which moves value and limits by the offset of local time, and gives them back
+ *  what they showed. */
+void DateTimeEdit::keepDigitsInUtc()
+{
+    const auto inUtc = [](QDateTime time) {
+        time.setTimeSpec(Qt::UTC);
+        return time;
+    };
+    const QDateTime value = inUtc(dateTime());
+    const QDateTime least = inUtc(minimumDateTime());
+    const QDateTime most = inUtc(maximumDateTime());
+    setTimeSpec(Qt::UTC);
+    setDateTimeRange(least, most);
+    setDateTime(value);
 }
 
 void DateTimeEdit::addCalendarButton()

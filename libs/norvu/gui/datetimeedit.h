@@ -31,6 +31,7 @@ public slots:
     void calDateTimeChanged(const QDateTime &dateTime);
 
 private:
+    void keepDigitsInUtc();
     void addCalendarButton();
 
     CalendarWidget *_calendarWidget = nullptr;
