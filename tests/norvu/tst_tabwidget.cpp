@@ -269,6 +269,11 @@ private slots:
         tabs.page("G")->close();
         QCOMPARE(tabs.tabNames(), QString("ABECDG"));
         QCOMPARE(tabs.log, QStringList("attached G"));
+        tabs.widget.addWidget(tabs.newPage("H"));
+        tabs.widget.insertTab(0, tabs.page("H"), "H");
+        QTest::keyClick(tabs.page("H"), Qt::Key_F11);
+        QVERIFY(!tabs.page("H")->isFullScreen());
+        delete tabs.page("H");
 
         tabs.detach("B");
         QCOMPARE(tabs.widget.addTab(tabs.page("B"), "back"), 5);

@@ -171,6 +171,7 @@ int TabWidget::insertTab(int index, QWidget *page, const QIcon &icon, const QStr
         if (present < 0)
             unmakeWindow(page);
     }
+    page->removeEventFilter(this);
     const int place = _widgets.indexOf(next);
     insertPage(place < 0 ? _widgets.size() : place, page);
     return icon.isNull() ? QTabWidget::insertTab(index, page, label)
