@@ -232,6 +232,13 @@ private slots:
         const QImage image = painted(CenterIconDelegate(), cellOption(), model.index(0, 0));
         QCOMPARE(Ink::rectOfColor(image, Qt::magenta), QRect(10 + 22, 20 + 12, 16, 16));
 
+        // The icon that is on counts, also when the one that is off is smaller.
+        QIcon icon(pixmap.copy(0, 0, 8, 8));
+        icon.addPixmap(pixmap, QIcon::Normal, QIcon::On);
+        model.item(0)->setIcon(icon);
+        const QImage on = painted(CenterIconDelegate(), cellOption(), model.index(0, 0));
+        QCOMPARE(on, image);
+
         // Items without a check box or an icon look as ever.
         model.appendRow(new QStandardItem(QStringLiteral("MMM")));
         const QModelIndex text = model.index(1, 0);

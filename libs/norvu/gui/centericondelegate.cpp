@@ -25,8 +25,9 @@ void CenterIconDelegate::paint(QPainter *painter, const QStyleOptionViewItem &op
 
     QStyleOptionViewItem cell = option;
     initStyleOption(&cell, index);
+    // The cell's own size is that of the icon for another state.
     const QPixmap pixmap =
-        decoration.value<QIcon>().pixmap(cell.decorationSize, QIcon::Normal, QIcon::On);
+        decoration.value<QIcon>().pixmap(option.decorationSize, QIcon::Normal, QIcon::On);
 
     // The base class would take the icon from the item again, so its drawing is done here.
     cell.features &= ~QStyleOptionViewItem::HasDecoration;
