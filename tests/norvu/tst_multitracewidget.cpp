@@ -104,7 +104,7 @@ struct Overview
     /** Pixel of a time along the time axis of the widget. */
     int pixelOf(double seconds) const
     {
-        return area().left() + static_cast<int>(seconds * view.timeScale()->scale());
+        return area().left() + qFloor(seconds * view.timeScale()->scale());
     }
 
     RecordWidget::TraceInfo info(int row) const
@@ -475,7 +475,7 @@ private slots:
         add(5, Qt::yellow, Qt::AlignTop);
         add(7, Qt::darkGreen, Qt::AlignBottom);
         add(6, Qt::cyan)->setHidden(true);
-        add(-0.5, Qt::cyan);
+        add(-0.5, Qt::darkBlue);
         RecordMarker *moved = add(2, Qt::cyan);
         moved->setMovable(true);
         moved->setModifiedColor(Qt::green);
@@ -494,7 +494,8 @@ private slots:
         QVERIFY(stands(Qt::yellow, 5, 0, 0.5));
         QVERIFY(stands(Qt::darkGreen, 7, 0.5, 1));
         QVERIFY(stands(Qt::green, 3, 0, 1));
-        // Hidden, in the strip of the labels, or moved on.
+        QVERIFY(overview.pixelOf(-0.5) > 0 && stands(Qt::darkBlue, -0.5, 0, 1));
+        // Hidden, or moved on.
         QVERIFY(Ink::rectOfColor(picture, Qt::cyan).isNull());
     }
 

@@ -168,6 +168,8 @@ void MultiTraceWidget::drawRecords(QPainter &painter, int width, int height, int
     }
 
     painter.setRenderHint(QPainter::Antialiasing, false);
+    // Markers also stand beside the window, in the strip of the labels.
+    painter.setClipping(false);
     drawMarkers(painter, baseFont);
     painter.restore();
 }
