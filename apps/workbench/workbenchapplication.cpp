@@ -14,6 +14,9 @@
 #include <QDir>
 #include <QEvent>
 #include <QEventLoop>
+#include <QMainWindow>
+#include <QMenu>
+#include <QMenuBar>
 #include <QMessageBox>
 #include <QPixmap>
 #include <QTimer>
@@ -28,6 +31,7 @@ namespace {
 
 constexpr auto SplashImage = ":/norvu/gui/splash.png";
 constexpr auto IconFile = ":/norvu/gui/icons/norvu.svg";
+constexpr auto HelpMenu = "menuHelp";
 constexpr QSize SnapshotSize(1600, 900);
 
 void printError(const QString &text)
@@ -188,6 +192,14 @@ bool WorkbenchApplication::run()
     }
     setMainWidget(nullptr);
     return ok;
+}
+
+void WorkbenchApplication::setMainWidget(QWidget *widget)
+{
+    auto *window = qobject_cast<QMainWindow *>(widget);
+    if (auto *menu = window ? window->menuBar()->findChild<QMenu *>(HelpMenu) : nullptr)
+        connect(menu->addAction(tr("&Guide")), SIGNAL(triggered(bool)), this, SLOT(showAppHelp()));
+    Norvu::Gui::Application::setMainWidget(widget);
 }
 
 bool WorkbenchApplication::writeSnapshots(MainWindow &window)

@@ -22,6 +22,8 @@ public:
     WorkbenchApplication(int &argc, char **argv, int flags);
 
     bool run() override;
+    /** Takes the main widget; the Help menu of a main window also opens the guide. */
+    void setMainWidget(QWidget *widget) override;
 
 protected:
     void createCommandLineDescription() override;

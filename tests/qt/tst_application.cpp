@@ -154,6 +154,19 @@ private slots:
         }
     }
 
+    void leavesConnectionsOfHostsToMainWidget()
+    {
+        Arguments arguments;
+        TestApplication application(arguments);
+        QWidget window;
+        int titles = 0;
+        connect(&window, &QWidget::windowTitleChanged, &application, [&titles] { ++titles; });
+        application.setMainWidget(&window);
+        application.setMainWidget(nullptr);
+        window.setWindowTitle(QStringLiteral("still heard"));
+        QCOMPARE(titles, 1);
+    }
+
     void survivesWindowsThatCloseBeforeIt()
     {
         Arguments arguments;

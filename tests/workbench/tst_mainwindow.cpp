@@ -2,12 +2,17 @@
 
 #include "bench/jobs.h"
 #include "mainwindow.h"
+#include "workbenchapplication.h"
 
 #include <QAbstractButton>
 #include <QAction>
 #include <QApplication>
+#include <QDesktopServices>
+#include <QDir>
 #include <QDockWidget>
+#include <QFileInfo>
 #include <QMenu>
+#include <QMenuBar>
 #include <QMessageBox>
 #include <QSettings>
 #include <QStatusBar>
@@ -95,6 +100,9 @@ class TestMainWindow : public QObject
 {
     Q_OBJECT
 
+public slots:
+    void openUrl(const QUrl &url) { _opened = url; }
+
 private slots:
     void initTestCase();
     void init() { calls.clear(); }
@@ -105,8 +113,10 @@ private slots:
     void showsPanelsForTheirPictures();
     void asksBeforeItEndsJobs();
     void keepsSession();
+    void opensTheGuide();
 
 private:
+    QUrl _opened;
     QTemporaryDir _folder;
 };
 
@@ -240,6 +250,28 @@ void TestMainWindow::keepsSession()
     QVERIFY(!panel(window, "left")->isVisible());
     QVERIFY(!panel(window, "left")->toggleAction()->isChecked());
     QVERIFY(panel(window, "lower")->toggleAction()->isChecked());
+}
+
+void TestMainWindow::opensTheGuide()
+{
+    char name[] = "norvu-workbench";
+    char *arguments[] = {name, nullptr};
+    int count = 1;
+    WorkbenchApplication application(count, arguments, 0);
+    QMainWindow window;
+    auto *menu = window.menuBar()->addMenu("&Help");
+    menu->setObjectName("menuHelp");
+    application.setMainWidget(&window);
+    QDesktopServices::setUrlHandler("file", this, "openUrl");
+    menu->actions().first()->trigger();
+    QDesktopServices::unsetUrlHandler("file");
+    application.setMainWidget(nullptr);
+
+    QCOMPARE(_opened, QUrl("file://" + application.docUrl()));
+    QFile page(_opened.toLocalFile());
+    QVERIFY2(page.open(QIODevice::ReadOnly), qPrintable(page.fileName()));
+    QVERIFY(page.readAll().contains("Working with the workbench"));
+    QVERIFY(QFile::exists(QFileInfo(page).dir().filePath("images/waveforms.png")));
 }
 
 QTEST_MAIN(TestMainWindow)

@@ -48,8 +48,7 @@ Application::Application(int &argc, char **argv, int flags, Type type)
 
 Application::~Application()
 {
-    if (_mainWidget != nullptr)
-        disconnect(_mainWidget, nullptr, this, nullptr);
+    disconnect(_mainWidgetConnection);
 }
 
 Application *Application::Instance()
@@ -111,7 +110,7 @@ bool Application::run()
         return true;
     }
 
-    const int status = QCoreApplication::exec();
+    const int status = hasWindows() ? QApplication::exec() : QCoreApplication::exec();
     if (status != 0)
         setReturnCode(status);
     return true;
@@ -180,7 +179,7 @@ void Application::setMainWidget(QWidget *widget)
     if (widget == _mainWidget)
         return;
     if (_mainWidget != nullptr) {
-        disconnect(_mainWidget, nullptr, this, nullptr);
+        disconnect(_mainWidgetConnection);
         _mainWidget->removeEventFilter(this);
     }
 
@@ -193,7 +192,7 @@ void Application::setMainWidget(QWidget *widget)
         return;
 
     widget->installEventFilter(this);
-    connect(widget, &QObject::destroyed, this, [this] {
+    _mainWidgetConnection = connect(widget, &QObject::destroyed, this, [this] {
         _mainWidget = nullptr;
         QCoreApplication::exit(returnCode());
     });

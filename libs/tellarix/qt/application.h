@@ -103,6 +103,7 @@ private:
     std::unique_ptr<Scheme> _scheme;
     std::unique_ptr<QSplashScreen> _splash;
     QWidget *_mainWidget{nullptr};
+    QMetaObject::Connection _mainWidgetConnection;
     int _flags;
     Type _type;
 };
