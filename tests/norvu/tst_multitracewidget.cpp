@@ -331,6 +331,18 @@ private slots:
         }
     }
 
+    void keepsRowsWithoutFilteredRecords()
+    {
+        Overview overview;
+        overview.addRow("A", wave, Qt::red);
+        overview.view.setFilterEnabled(true);
+        overview.view.setAlignment(timeAt(1));
+        const QRect ink = Ink::rectOfColor(overview.repaint(), Qt::red);
+        QVERIFY(ink.height() > overview.area().height() * 9 / 10);
+        overview.click(5, overview.area().center().y());
+        QCOMPARE(overview.selected(), QStringList{"A"});
+    }
+
     void turnsTracesClockwise()
     {
         Overview overview;

@@ -212,6 +212,38 @@ private slots:
         }
     }
 
+    void smoothLobesHaveTheInkOfTheirPolygons()
+    {
+        std::mt19937 random(11);
+        std::normal_distribution<double> y(40, 12);
+        for (const double columns : {0.3, 5.0}) {
+            WiggleRecordPolylineF trace;
+            QPolygonF line;
+            for (double x = 0; x < 100; x += columns)
+                line << QPointF(x, y(random));
+            trace.append(line);
+            trace.addLobes(40.5);
+            trace.prepareLobes(Qt::red, Qt::blue);
+            const auto smooth = [](const std::function<void(QPainter &)> &draw) {
+                return filled([&](QPainter &painter) {
+                    painter.setRenderHint(QPainter::Antialiasing);
+                    painter.translate(7, 5);
+                    draw(painter);
+                });
+            };
+            const QImage found = smooth([&](QPainter &painter) { trace.drawLobes(painter); });
+            const QImage expected = smooth([&](QPainter &painter) {
+                fillLobes(painter, trace.positive, Qt::red);
+                fillLobes(painter, trace.negative, Qt::blue);
+            });
+            QVERIFY(found.pixel(0, 0) == qRgb(255, 255, 255) && found != filled([](QPainter &) {}));
+            for (int i = 0; i < found.width() * found.height(); ++i) {
+                const QRgb a = found.pixel(i % 120, i / 120), b = expected.pixel(i % 120, i / 120);
+                QVERIFY(std::abs(qRed(a) - qRed(b)) + std::abs(qBlue(a) - qBlue(b)) <= 6);
+            }
+        }
+    }
+
     void statisticsEqualPlainScan()
     {
         std::mt19937 random(3);

@@ -209,6 +209,8 @@ bool MultiTraceWidget::isLayoutOutdated() const
 
 int MultiTraceWidget::countSignificantItems() const
 {
+    // Displayed records: filtered ones alone would hide rows that are still being filtered, and all
+    // rows while filtering is on without a filter.
     int count = 0;
     for (int i = 0; i < _view->count(); ++i) {
         const RecordWidget *widget = _view->itemAt(i)->recordWidget();

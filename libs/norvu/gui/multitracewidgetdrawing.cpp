@@ -183,7 +183,8 @@ void MultiTraceWidget::rebuildRow(RecordWidget *widget, const Display &shown) co
     if (sequence)
         buildPolyline(widget, *sequence, shown);
 
-    // Points are looked up in the raw data's info, whatever is drawn.
+    // Points are looked up in the raw data's info. It gets what is drawn: a click that went by a
+    // picture of before would select a row whose trace is somewhere else.
     RecordWidget::TraceInfo &raw = *widget->traceInfo(0, false);
     raw.pos = info.pos;
     raw.height = info.height;
@@ -225,7 +226,7 @@ void MultiTraceWidget::buildPolyline(const RecordWidget *widget,
             polyline->addLobes(std::clamp(baseline, -FarthestLine, FarthestLine));
         if (_horizontal)
             polyline->turn(info.height);
-        polyline->prepareLobes();
+        polyline->prepareLobes(red, blue);
         info.poly = polyline;
     };
     if (shown.antiAliasing)
@@ -248,7 +249,7 @@ void MultiTraceWidget::drawRow(QPainter &painter, const Trace *row) const
     info->poly->draw(painter);
     if (_wiggles) {
         if (const auto *trace = dynamic_cast<const WiggledTrace *>(info->poly.get()))
-            trace->drawLobes(painter, red, blue);
+            trace->drawLobes(painter);
         painter.setPen(pen);
     }
 }

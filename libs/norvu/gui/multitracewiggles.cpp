@@ -93,12 +93,6 @@ QPoint uprightPixel(const QPoint &point, bool turned)
     return turned ? QPoint(point.y(), point.x()) : point;
 }
 
-QPoint uprightPixel(const QPointF &point, bool turned)
-{
-    const QPointF upright = turned ? QPointF(point.y(), point.x()) : point;
-    return {static_cast<int>(std::floor(upright.x())), qRound(upright.y())};
-}
-
 /** Adds the pixels between a line of the trace and the line of the lobes at @p base. */
 void addSegment(TraceSpans &spans, const QPoint &from, const QPoint &to, int base)
 {
@@ -114,17 +108,29 @@ void addSegment(TraceSpans &spans, const QPoint &from, const QPoint &to, int bas
     }
 }
 
-template <typename Polygon>
-TraceSpans spansOf(const QVector<Polygon> &lobes, bool turned)
+/** Pixels of a picture of lobes at most: larger ones of many rows would take too much memory. */
+constexpr int MostPixels = 1 << 18;
+
+QRectF boundsOf(const QVector<QPolygonF> &polygons)
+{
+    QRectF bounds;
+    for (const QPolygonF &polygon : polygons)
+        bounds |= polygon.boundingRect();
+    return bounds;
+}
+
+} // namespace
+
+TraceSpans lobeSpans(const QVector<QPolygon> &lobes, bool turned)
 {
     TraceSpans spans;
     if (lobes.isEmpty())
         return spans;
 
-    const auto column = [&](const auto &point) { return uprightPixel(point, turned).x(); };
+    const auto column = [&](const QPoint &point) { return uprightPixel(point, turned).x(); };
     int first = column(lobes.first().first());
     int last = first;
-    for (const Polygon &lobe : lobes) {
+    for (const QPolygon &lobe : lobes) {
         first = std::min(first, column(lobe.first()));
         last = std::max(last, column(lobe.last()));
     }
@@ -132,9 +138,9 @@ TraceSpans spansOf(const QVector<Polygon> &lobes, bool turned)
     spans.first = first;
     spans.low.assign(static_cast<size_t>(last - first), base);
     spans.high.assign(static_cast<size_t>(last - first), base - 1);
-    for (const Polygon &lobe : lobes) {
+    for (const QPolygon &lobe : lobes) {
         QPoint previous = uprightPixel(lobe.first(), turned);
-        for (const auto &point : lobe) {
+        for (const QPoint &point : lobe) {
             const QPoint pixel = uprightPixel(point, turned);
             addSegment(spans, previous, pixel, base);
             previous = pixel;
@@ -143,7 +149,24 @@ TraceSpans spansOf(const QVector<Polygon> &lobes, bool turned)
     return spans;
 }
 
-} // namespace
+LobePicture pictureOf(const QVector<QPolygonF> &above, const QVector<QPolygonF> &below,
+                      const QColor &aboveColor, const QColor &belowColor)
+{
+    const QRectF bounds = (boundsOf(above) | boundsOf(below)).adjusted(-1, -1, 1, 1);
+    // Negated, so that bounds that are no numbers fail too.
+    if (!(bounds.width() * bounds.height() <= MostPixels))
+        return {};
+
+    const QRect area = bounds.toAlignedRect();
+    LobePicture picture{QImage(area.size(), QImage::Format_ARGB32_Premultiplied), area.topLeft()};
+    picture.image.fill(Qt::transparent);
+    QPainter painter(&picture.image);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.translate(-area.topLeft());
+    fillLobes(painter, above, aboveColor);
+    fillLobes(painter, below, belowColor);
+    return picture;
+}
 
 void minmax(const RecordSequence *sequence, const TimeWindow &window, double &offset,
             double &minimum, double &maximum, const TimeWindow &offsetWindow)
@@ -170,16 +193,6 @@ void minmax(const RecordSequence *sequence, const TimeWindow &window, double &of
     minimum = statistics.samples.minimum;
     maximum = statistics.samples.maximum;
     offset = statistics.sum / static_cast<double>(std::max<int64_t>(1, statistics.divisor));
-}
-
-TraceSpans lobeSpans(const QVector<QPolygon> &lobes, bool turned)
-{
-    return spansOf(lobes, turned);
-}
-
-TraceSpans lobeSpans(const QVector<QPolygonF> &lobes, bool turned)
-{
-    return spansOf(lobes, turned);
 }
 
 } // namespace Gui

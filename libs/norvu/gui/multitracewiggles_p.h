@@ -9,6 +9,8 @@
 #include <tellarix/qt/records/recordwidget.h>
 #include <tellarix/qt/records/tracespans.h>
 
+#include <QColor>
+#include <QImage>
 #include <QPainter>
 #include <QPolygon>
 #include <QPolygonF>
@@ -188,7 +190,29 @@ bool amplitudeAt(const QVector<Polygon> &polygons, int time, bool turned, double
  * @param turned  time runs along y
  */
 NORVU_GUI_API Tellarix::Gui::TraceSpans lobeSpans(const QVector<QPolygon> &lobes, bool turned);
-NORVU_GUI_API Tellarix::Gui::TraceSpans lobeSpans(const QVector<QPolygonF> &lobes, bool turned);
+
+/** Fills polygons one by one. */
+template <typename Polygon>
+void fillLobes(QPainter &painter, const QVector<Polygon> &lobes, const QColor &color)
+{
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(color);
+    for (const Polygon &lobe : lobes)
+        painter.drawPolygon(lobe, Qt::OddEvenFill);
+}
+
+/** Lobes of a dense trace as a picture, since polygons with thousands of points take milliseconds
+ *  to smooth. */
+struct LobePicture
+{
+    QImage image; /**< null if the lobes are drawn as they are */
+    QPoint position;
+};
+
+/** Draws lobes smoothly into a picture, unless that would be too large to be kept for each row. */
+NORVU_GUI_API LobePicture pictureOf(const QVector<QPolygonF> &above,
+                                    const QVector<QPolygonF> &below, const QColor &aboveColor,
+                                    const QColor &belowColor);
 
 /** A polyline of a row, in whole pixels or not, with its lobes. */
 class WiggledTrace
@@ -201,8 +225,9 @@ public:
     /** Turns trace and lobes so that time runs downwards and amplitudes to the right. */
     virtual void turn(int height) = 0;
     /** Works out how lobes are drawn fastest; behind the last change. */
-    virtual void prepareLobes() = 0;
-    virtual void drawLobes(QPainter &painter, const QColor &above, const QColor &below) const = 0;
+    virtual void prepareLobes(const QColor &above, const QColor &below) = 0;
+    /** Fills the lobes, those of subpixels smoothly if the painter does so. */
+    virtual void drawLobes(QPainter &painter) const = 0;
     virtual bool amplitudeAt(int time, double &amplitude) const = 0;
 };
 
@@ -229,20 +254,29 @@ public:
         }
     }
 
-    void prepareLobes() override
+    void prepareLobes(const QColor &above, const QColor &below) override
     {
-        _filled = std::is_same_v<Polygon, QPolygon> || isDense();
-        if (!_filled)
-            return;
-        _above = lobeSpans(positive, _turned);
-        _below = lobeSpans(negative, _turned);
+        _aboveColor = above;
+        _belowColor = below;
+        if constexpr (std::is_same_v<Polygon, QPolygon>) {
+            _above = lobeSpans(positive, _turned);
+            _below = lobeSpans(negative, _turned);
+        } else {
+            _picture = isDense() ? pictureOf(positive, negative, above, below) : LobePicture();
+        }
     }
 
-    void drawLobes(QPainter &painter, const QColor &above, const QColor &below) const override
+    void drawLobes(QPainter &painter) const override
     {
-        painter.setPen(Qt::NoPen);
-        drawLobes(painter, positive, _above, above);
-        drawLobes(painter, negative, _below, below);
+        if constexpr (std::is_same_v<Polygon, QPolygon>) {
+            drawSpans(painter, positive, _above, _aboveColor);
+            drawSpans(painter, negative, _below, _belowColor);
+        } else if (!_picture.image.isNull() && painter.device()->devicePixelRatioF() == 1) {
+            painter.drawImage(_picture.position, _picture.image);
+        } else {
+            fillLobes(painter, positive, _aboveColor);
+            fillLobes(painter, negative, _belowColor);
+        }
     }
 
     bool amplitudeAt(int time, double &amplitude) const override
@@ -254,7 +288,7 @@ public:
     QVector<Polygon> negative;
 
 private:
-    /** True if the base draws spans in place of lines. */
+    /** True if columns hold more than one point. */
     bool isDense() const
     {
         constexpr double DensePoints = 1.5;
@@ -270,28 +304,23 @@ private:
         return points >= DensePoints * columns;
     }
 
-    void drawLobes(QPainter &painter, const QVector<Polygon> &lobes,
+    void drawSpans(QPainter &painter, const QVector<Polygon> &lobes,
                    const Tellarix::Gui::TraceSpans &spans, const QColor &color) const
     {
         if (lobes.isEmpty())
             return;
 
+        painter.setPen(Qt::NoPen);
         painter.setBrush(color);
-        if (!_filled) {
-            for (const Polygon &lobe : lobes)
-                painter.drawPolygon(lobe, Qt::OddEvenFill);
-            return;
-        }
-        const bool smooth = painter.testRenderHint(QPainter::Antialiasing);
-        painter.setRenderHint(QPainter::Antialiasing, false);
         fillSpans(painter, spans, _turned);
-        painter.setRenderHint(QPainter::Antialiasing, smooth);
     }
 
     bool _turned{false};
-    bool _filled{false};
+    QColor _aboveColor;
+    QColor _belowColor;
     Tellarix::Gui::TraceSpans _above;
     Tellarix::Gui::TraceSpans _below;
+    LobePicture _picture;
 };
 
 using WiggleRecordPolyline = WiggledPolyline<Tellarix::Gui::RecordPolyline, QPolygon>;
