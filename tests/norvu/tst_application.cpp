@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
+#include "answer.h"
+
 #include <norvu/gui/aboutwidget.h>
 #include <norvu/gui/application.h>
 #include <norvu/gui/splashscreen.h>
@@ -13,7 +15,6 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QPointer>
-#include <QTimer>
 #include <QtTest>
 
 using Norvu::Gui::AboutWidget;
@@ -145,13 +146,10 @@ private slots:
         Host host;
         const QString folder = share.filePath(QStringLiteral("doc/picker/html"));
         QString title, text;
-        QTimer::singleShot(0, this, [&] {
-            auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-            if (!box)
-                return;
-            title = box->windowTitle();
-            text = box->text();
-            box->accept();
+        const Answer<QMessageBox> answer([&](QMessageBox &box) {
+            title = box.windowTitle();
+            text = box.text();
+            box.accept();
         });
         host.showAppHelp();
         QCOMPARE(title, QStringLiteral("picker help"));

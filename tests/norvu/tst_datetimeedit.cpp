@@ -87,32 +87,22 @@ private slots:
         tzset();
     }
 
-    void convertsNothing_data()
-    {
-        QTest::addColumn<QByteArray>("zone");
-        for (const char *zone : {"Europe/Berlin", "Asia/Tokyo", "America/New_York"})
-            QTest::newRow(zone) << QByteArray(zone);
-    }
-
     void convertsNothing()
     {
-        QFETCH(QByteArray, zone);
-        qputenv("TZ", zone);
-        tzset();
-        const DateTimeEdit edit;
-        const QDateTimeEdit plain;
-        const QVector<QPair<QDateTime, QDateTime>> times{
-            {edit.dateTime(), plain.dateTime()},
-            {edit.minimumDateTime(), plain.minimumDateTime()},
-            {edit.maximumDateTime(), plain.maximumDateTime()}};
-        for (const auto &[own, local] : times) {
-            QCOMPARE(own.timeSpec(), Qt::UTC);
-            QCOMPARE(own.date(), local.date());
-            QCOMPARE(own.time(), local.time());
+        for (const char *zone : {"Asia/Tokyo", "America/New_York", "Europe/Berlin"}) {
+            qputenv("TZ", zone);
+            tzset();
+            const DateTimeEdit edit;
+            const QDateTimeEdit plain;
+            for (const auto &time :
+                 {&QDateTimeEdit::minimumDateTime, &QDateTimeEdit::maximumDateTime}) {
+                QCOMPARE((edit.*time)().timeSpec(), Qt::UTC);
+                QCOMPARE((edit.*time)().date(), (plain.*time)().date());
+                QCOMPARE((edit.*time)().time(), (plain.*time)().time());
+            }
+            QCOMPARE(edit.text(), QStringLiteral("2000-01-01 00:00:00 UTC"));
+            QCOMPARE(edit.findChild<CalendarWidget *>()->dateTime(), utc(2000, 1, 1));
         }
-        QCOMPARE(edit.text(), QStringLiteral("2000-01-01 00:00:00 UTC"));
-        QCOMPARE(edit.findChild<CalendarWidget *>()->dateTime(), utc(2000, 1, 1));
-        initTestCase();
     }
 
     void tiesEditAndCalendarTogether()

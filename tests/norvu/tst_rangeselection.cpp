@@ -78,31 +78,21 @@ private slots:
         QVERIFY(widget.bandRect().isEmpty());
     }
 
-    void bandGoesWithGivenUpDrag_data()
-    {
-        QTest::addColumn<bool>("hides");
-        QTest::newRow("selecting disabled") << false;
-        QTest::newRow("hidden") << true;
-    }
-
     void bandGoesWithGivenUpDrag()
     {
-        QFETCH(bool, hides);
-        Selecting<> widget;
-        QSignalSpy spy(&widget,
-                       SIGNAL(selectedTimeRange(Tellarix::Core::Time, Tellarix::Core::Time)));
-        QVERIFY(spy.isValid());
-        widget.show();
-        QTest::mousePress(&widget, Qt::LeftButton, Qt::NoModifier, QPoint(50, 30));
-        Pointer::move(widget, QPoint(120, 30), Qt::LeftButton);
-        QVERIFY(!widget.bandRect().isEmpty());
-        if (hides)
-            widget.hide();
-        else
-            widget.setSelectionEnabled(false);
-        QVERIFY(widget.bandRect().isEmpty());
-        QTest::mouseRelease(&widget, Qt::LeftButton, Qt::NoModifier, QPoint(120, 30));
-        QCOMPARE(spy.count(), 0);
+        for (const bool hides : {false, true}) {
+            Selecting<> widget;
+            QSignalSpy spy(&widget,
+                           SIGNAL(selectedTimeRange(Tellarix::Core::Time, Tellarix::Core::Time)));
+            widget.show();
+            QTest::mousePress(&widget, Qt::LeftButton, Qt::NoModifier, QPoint(50, 30));
+            Pointer::move(widget, QPoint(120, 30), Qt::LeftButton);
+            QVERIFY(!widget.bandRect().isEmpty());
+            hides ? widget.hide() : widget.setSelectionEnabled(false);
+            QVERIFY(widget.bandRect().isEmpty());
+            QTest::mouseRelease(&widget, Qt::LeftButton, Qt::NoModifier, QPoint(120, 30));
+            QCOMPARE(spy.count(), 0);
+        }
     }
 
     void bandStandsBesideAxis()

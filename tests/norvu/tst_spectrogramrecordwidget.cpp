@@ -255,16 +255,14 @@ private slots:
 
     void takesRecordsOfOneSampleOnce()
     {
-        for (const double rate :
-             {20.0, 3.0, 100.0, 59.9, 0.1, 7.0, 13.7, 33.333, 1000.0, 123456.0}) {
+        for (const double rate : {20.0, 3.0, 59.9, 13.7, 33.333, 123456.0}) {
             Widget widget(4);
             for (int i = 0; i < 200; ++i) {
                 const RecordCPtr record = makeRecord(i / rate, 1 / rate, rate);
                 widget.feed(record);
                 const int columns = widget.columns();
                 widget.feedSpectrogram(0, record.get());
-                QVERIFY2(widget.columns() == columns,
-                         qPrintable(QStringLiteral("%1 at %2 Hz").arg(i).arg(rate)));
+                QCOMPARE(widget.columns(), columns);
                 QVERIFY(columns >= std::min(i + 1, 4) && columns <= 5);
             }
         }

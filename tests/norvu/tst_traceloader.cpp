@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
+#include "answer.h"
 #include "interference.h"
 #include "traces.h"
 
@@ -113,12 +114,9 @@ template <typename Action>
 QString messageOf(Action action)
 {
     QString text;
-    QTimer::singleShot(0, [&text] {
-        auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-        if (!box)
-            return;
-        text = box->windowTitle() + ": " + box->text();
-        box->accept();
+    const Answer<QMessageBox> answer([&text](QMessageBox &box) {
+        text = box.windowTitle() + ": " + box.text();
+        box.accept();
     });
     action();
     return text;
@@ -226,19 +224,10 @@ private slots:
         QTemporaryFile file;
         QVERIFY(file.open() && file.write(QByteArray(5000, 'x')) == 5000 && file.flush());
         TraceFileLoader otherFormat(file.fileName().toStdString());
-        // The box comes up when the dialog of the load has gone.
-        QTimer answer;
-        QString text;
-        connect(&answer, &QTimer::timeout, [&text] {
-            if (auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget())) {
-                text = box->text();
-                box->accept();
-            }
-        });
-        answer.start(5);
-        QVERIFY(!otherFormat.load(&view, Tellarix::Core::TimeWindow()));
-        answer.stop();
-        QCOMPARE(text, "Could not open file://" + file.fileName());
+        QCOMPARE(
+            messageOf([&] { isLoaded = otherFormat.load(&view, Tellarix::Core::TimeWindow()); }),
+            "Error: Could not open file://" + file.fileName());
+        QVERIFY(!isLoaded);
 
         TraceLoader loader("fake://unreachable");
         QVERIFY(loader.load(&view, window(0, 1)));
