@@ -103,6 +103,28 @@ private slots:
         QCOMPARE(bench.view.rowCount(), 0);
     }
 
+    void leavesOutRowsForItsHost()
+    {
+        Bench bench;
+        bench.click("buttonLoadInterval");
+        const QSignalSpy changed(&bench.view, SIGNAL(rowsChanged()));
+        bench.view.setRowFilter([](const EventRow &row) { return row.magnitude > 10; });
+        QCOMPARE(bench.ids(), QString("b"));
+        QCOMPARE(bench.view.unfilteredRows().size(), size_t(2)); // without the fake one
+        QVERIFY(!bench.view.showEvent("a"));
+        QVERIFY(!bench.view.showEvent("no such event"));
+
+        bench.click("buttonLoadInterval"); // holds for later loads too
+        QCOMPARE(bench.ids(), QString("b"));
+        bench.view.setRowFilter(nullptr);
+        QCOMPARE(bench.ids().size(), 2);
+        QCOMPARE(changed.count(), 3);
+        QVERIFY(bench.view.showEvent("a"));
+        QCOMPARE(bench.view.currentEvent().publicID, std::string("a"));
+        bench.view.clear();
+        QVERIFY(!bench.view.showEvent("a"));
+    }
+
     void narrowsTheLoadByItsFilter_data()
     {
         QTest::addColumn<QString>("input");

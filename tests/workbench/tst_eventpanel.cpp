@@ -3,6 +3,7 @@
 #include "bench/bench.h"
 #include "bench/jobs.h"
 #include "bench/selection.h"
+#include "bench/shownevents.h"
 #include "bench/task.h"
 #include "events/emptyreason.h"
 #include "events/eventexport.h"
@@ -122,6 +123,28 @@ class TestEventPanel : public QObject
     Q_OBJECT
 
 private slots:
+    void followsRegionOfOtherPanels()
+    {
+        Desk desk;
+        desk.openTable();
+        const QSignalSpy changed(desk.bench.shownEvents(), SIGNAL(changed()));
+        QCOMPARE(desk.bench.shownEvents()->all().size(), 2);
+        desk.bench.selection()->setRegion(Region::circle(10, 20, 50));
+        QCOMPARE(desk.panel.list()->rowCount(), 1);
+        desk.bench.selection()->setRegion(Region::circle(-10, 20, 50));
+        QCOMPARE(desk.panel.list()->rowCount(), 0);
+        QVERIFY(desk.panel.emptyReason().contains("None of the 2 events"));
+
+        // The others go on showing all of them.
+        QCOMPARE(changed.count(), 0);
+        QCOMPARE(desk.bench.shownEvents()->all().size(), 2);
+        desk.bench.selection()->setRegion(std::nullopt);
+        QCOMPARE(desk.panel.list()->rowCount(), 2);
+        QCOMPARE(desk.panel.emptyReason(), QString());
+        desk.panel.closeAll();
+        QCOMPARE(desk.bench.shownEvents()->all().size(), 0);
+    }
+
     void looksAtFilesAndChoosesEvents()
     {
         Desk desk;
