@@ -114,7 +114,7 @@ void EventsOnMap::rebuildLabels()
     }
     std::vector<const EventFacts *> largest;
     for (const EventFacts &event : _bench->shownEvents()->all()) {
-        if (hasPlace(event))
+        if (_labelRegion.contains(event.latitude, event.longitude))
             largest.push_back(&event);
     }
     const auto end = largest.begin() + std::min<std::ptrdiff_t>(MostLabels, largest.size());
@@ -167,6 +167,15 @@ void EventsOnMap::activate(const std::string &eventID)
 {
     if (const EventFacts *event = find(eventID))
         emit activated(event->longitude, event->latitude);
+}
+
+void EventsOnMap::setLabelRegion(const Region &region)
+{
+    if (region == _labelRegion)
+        return;
+
+    _labelRegion = region;
+    rebuildLabels();
 }
 
 void EventsOnMap::setLabelsShown(bool shown)

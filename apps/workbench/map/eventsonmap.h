@@ -3,6 +3,7 @@
 #pragma once
 
 #include "bench/eventfacts.h"
+#include "bench/region.h"
 
 #include <QObject>
 #include <QStringList>
@@ -46,6 +47,9 @@ public:
     /** Magnitude, time and region of an event, for the user. */
     static QString textOf(const EventFacts &event);
 
+    /** Only events there get labels, so that a closer look shows more of them. */
+    void setLabelRegion(const Region &region);
+
 public slots:
     void setLabelsShown(bool shown);
 
@@ -71,6 +75,7 @@ private:
     EventMapLayer *_layer;
     Norvu::Gui::Map::SymbolLayer *_labels;
     QString _hoveredID;
+    Region _labelRegion{Region::box(QRectF(-180, -90, 360, 180))};
     bool _labelsShown{true};
 };
 

@@ -46,7 +46,8 @@ namespace Workbench {
 
 namespace {
 
-constexpr int LimitDelay = 150; // ms
+/** After the last move of the map, in ms. */
+constexpr int ViewDelay = 150;
 const QSize PictureSize(1200, 700);
 constexpr auto SettingsGroup = "map";
 
@@ -95,7 +96,7 @@ MapPanel::MapPanel(Bench *bench)
     : Panel(bench, {"map", tr("Map"), tr("&Map"), tr("Ctrl+Shift+M"),
                     Norvu::FontAwesome5::iconSolid(Norvu::FontAwesome5::chGlobe), PanelPlace::Right,
                     true}),
-      _map(new MapWidget(this)), _text(new QLabel(this))
+      _map(new MapWidget(this)), _head(new QHBoxLayout), _text(new QLabel(this))
 {
     createLayers();
     createActions();
@@ -105,19 +106,20 @@ MapPanel::MapPanel(Bench *bench)
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
-    layout->addWidget(_bar);
+    _head->setContentsMargins(0, 0, fontMetrics().height() / 2, 0);
+    layout->addLayout(_head);
     layout->addWidget(_map, 1);
     setFocusProxy(_map);
 
     connect(_map, SIGNAL(placeHovered(QPointF)), this, SLOT(tellPlace(QPointF)));
     connect(_map, SIGNAL(placeLeft()), this, SLOT(tellNothing()));
     connect(_map, SIGNAL(menuRequested(QMenu *, QPointF)), this, SLOT(fillMenu(QMenu *, QPointF)));
-    connect(_map, &MapWidget::viewChanged, &_limitTimer, [this] { _limitTimer.start(); });
+    connect(_map, &MapWidget::viewChanged, &_viewTimer, [this] { _viewTimer.start(); });
     connect(bench->selection(), SIGNAL(eventChanged()), this, SLOT(showChosen()));
     connect(bench->selection(), SIGNAL(regionChanged()), this, SLOT(followRegion()));
-    _limitTimer.setSingleShot(true);
-    _limitTimer.setInterval(LimitDelay);
-    connect(&_limitTimer, SIGNAL(timeout()), this, SLOT(limitList()));
+    _viewTimer.setSingleShot(true);
+    _viewTimer.setInterval(ViewDelay);
+    connect(&_viewTimer, SIGNAL(timeout()), this, SLOT(followView()));
 }
 
 MapPanel::~MapPanel()
@@ -298,6 +300,12 @@ void MapPanel::setLimitsList(bool limits)
         bench()->selection()->setRegion(std::nullopt);
 }
 
+void MapPanel::followView()
+{
+    _events->setLabelRegion(Region::box(shownRegion()));
+    limitList();
+}
+
 void MapPanel::limitList()
 {
     if (_limitAction->isChecked())
@@ -309,8 +317,7 @@ void MapPanel::followRegion()
 {
     const auto &region = bench()->selection()->region();
     _everywhereAction->setEnabled(region.has_value());
-    if (_limitAction->isChecked() && region != Region::box(shownRegion()) &&
-        !_limitTimer.isActive())
+    if (_limitAction->isChecked() && region != Region::box(shownRegion()) && !_viewTimer.isActive())
         _limitAction->setChecked(false);
 }
 

@@ -11,6 +11,7 @@
 #include <QHash>
 #include <QTimer>
 
+class QHBoxLayout;
 class QLabel;
 class QToolBar;
 
@@ -77,6 +78,7 @@ private slots:
     void tellHovered();
     void centre(double longitude, double latitude);
     void showChosen();
+    void followView();
     void limitList();
     void listEverywhere();
     void followRegion();
@@ -104,12 +106,13 @@ private:
     MeasureLayer *_measuring{nullptr};
     HoverLayer *_hover{nullptr};
     QToolBar *_bar{nullptr};
+    QHBoxLayout *_head;
     QLabel *_text;
     QMenu *_menu{nullptr};
     QAction *_limitAction{nullptr};
     QAction *_everywhereAction{nullptr};
     QHash<QString, QAction *> _switches; /**< by the name under which they are kept */
-    QTimer _limitTimer;
+    QTimer _viewTimer;
     bool _worldErrorTold{false};
 };
 

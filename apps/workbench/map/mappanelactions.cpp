@@ -16,6 +16,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QClipboard>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QMenu>
 #include <QToolBar>
@@ -102,7 +103,9 @@ void MapPanel::createActions()
     _text->setTextFormat(Qt::PlainText);
     _text->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     _text->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    _bar->addWidget(_text);
+    // Outside of the bar, which would put what doesn't fit into its overflow menu.
+    _head->addWidget(_bar);
+    _head->addWidget(_text, 1);
 }
 
 /** The menu of the menu bar; that of the events is made anew each time, as it is the layer's. */
