@@ -123,6 +123,20 @@ class TestEventPanel : public QObject
     Q_OBJECT
 
 private slots:
+    void tellsOfEventUnderTheMouse()
+    {
+        Desk desk;
+        desk.openTable();
+        desk.panel.show();
+        const QModelIndex row = desk.tree()->model()->index(1, 0);
+        const std::string id = desk.panel.list()->fromRow(1).publicID;
+        QTest::mouseMove(desk.tree()->viewport(), desk.tree()->visualRect(row).center());
+        QTRY_COMPARE(desk.bench.selection()->hoveredEvent().toStdString(), id);
+        QEvent leave(QEvent::Leave);
+        QCoreApplication::sendEvent(desk.tree()->viewport(), &leave);
+        QCOMPARE(desk.bench.selection()->hoveredEvent(), QString());
+    }
+
     void followsRegionOfOtherPanels()
     {
         Desk desk;

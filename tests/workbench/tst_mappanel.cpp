@@ -117,6 +117,7 @@ private slots:
     void showsWhatWasChosen();
     void choosesStations();
     void labelsWhatIsUnderTheMouse();
+    void labelsWhatIsUnderTheMouseElsewhere();
     void limitsListToWhatIsShown();
     void offersWhatIsNear();
     void measuresByDragging();
@@ -172,6 +173,22 @@ void TestMapPanel::labelsWhatIsUnderTheMouse()
              qPrintable(map.panel.hoveredText()));
     map.move(map.pixel(20, 40));
     QVERIFY2(!map.panel.hoveredText().contains("M "), qPrintable(map.panel.hoveredText()));
+}
+
+void TestMapPanel::labelsWhatIsUnderTheMouseElsewhere()
+{
+    Map map;
+    const QImage before = map.panel.map()->grab().toImage();
+    map.bench.selection()->setHoveredEvent("b");
+    QVERIFY(map.panel.map()->grab().toImage() != before);
+    map.bench.selection()->setHoveredEvent("no such event");
+    QCOMPARE(map.panel.map()->grab().toImage(), before);
+
+    map.bench.selection()->setHoveredEvent("b");
+    map.bench.shownEvents()->set({eventAt("a", 10, 40, 5)});
+    const QImage without = map.panel.map()->grab().toImage();
+    map.bench.selection()->setHoveredEvent(QString());
+    QCOMPARE(map.panel.map()->grab().toImage(), without);
 }
 
 void TestMapPanel::limitsListToWhatIsShown()

@@ -31,6 +31,14 @@ void Selection::clearEvent()
     emit eventChanged();
 }
 
+void Selection::setHoveredEvent(const QString &publicID)
+{
+    if (publicID == _hoveredEvent)
+        return;
+    _hoveredEvent = publicID;
+    emit hoveredEventChanged();
+}
+
 void Selection::setTime(const Core::Time &time)
 {
     if (time == _time)
@@ -69,6 +77,7 @@ void Selection::setRegion(const std::optional<Region> &region)
 void Selection::clear()
 {
     clearEvent();
+    setHoveredEvent(QString());
     setTime(Core::Time());
     setTimeWindow(Core::TimeWindow());
     setStations({});

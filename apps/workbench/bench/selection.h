@@ -29,6 +29,8 @@ public:
 
     /** The chosen event, if there is one. */
     const std::optional<EventFacts> &chosenEvent() const { return _event; }
+    /** Public id of the event under the mouse, in whichever panel; empty without one. */
+    const QString &hoveredEvent() const { return _hoveredEvent; }
     /** The moment under consideration, such as that of a replay; not valid without one. */
     const Tellarix::Core::Time &time() const { return _time; }
     /** What is shown along time axes; not valid while there is nothing. */
@@ -43,6 +45,7 @@ public slots:
     void showEvent(const Workbench::EventFacts &event);
     void setEvent(const Workbench::EventFacts &event);
     void clearEvent();
+    void setHoveredEvent(const QString &publicID);
     void setTime(const Tellarix::Core::Time &time);
     /** An empty window counts as none. */
     void setTimeWindow(const Tellarix::Core::TimeWindow &window);
@@ -57,6 +60,7 @@ signals:
     /** The chosen event is to be brought into view, also if it was before and has been left since;
      *  behind eventChanged(). */
     void eventShown();
+    void hoveredEventChanged();
     void timeChanged();
     void timeWindowChanged();
     void stationsChanged();
@@ -64,6 +68,7 @@ signals:
 
 private:
     std::optional<EventFacts> _event;
+    QString _hoveredEvent;
     Tellarix::Core::Time _time;
     Tellarix::Core::TimeWindow _timeWindow;
     QStringList _stations;

@@ -220,6 +220,19 @@ void EventPanel::makeList()
     connect(_list, SIGNAL(cleared()), this, SLOT(shareRows()));
     connect(_list, SIGNAL(cleared()), this, SLOT(tellNothing()));
     followRegion();
+    tree()->setMouseTracking(true);
+    tree()->viewport()->installEventFilter(this);
+    connect(tree(), &QTreeView::entered, this, [this](const QModelIndex &index) {
+        bench()->selection()->setHoveredEvent(
+            QString::fromStdString(_list->fromRow(index.row()).publicID));
+    });
+}
+
+bool EventPanel::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::Leave)
+        bench()->selection()->setHoveredEvent(QString());
+    return Panel::eventFilter(watched, event);
 }
 
 QTreeView *EventPanel::tree() const

@@ -51,6 +51,9 @@ public:
     bool openDemonstration(const QString &folder) override;
     void closeAll() override;
 
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private slots:
     void openDatabase();
     void makeDatabase();

@@ -74,7 +74,7 @@ const EventFacts *EventsOnMap::find(const std::string &eventID) const
 
 const EventFacts *EventsOnMap::hovered() const
 {
-    return _hoveredID.isEmpty() ? nullptr : _bench->shownEvents()->find(_hoveredID);
+    return _bench->shownEvents()->find(_bench->selection()->hoveredEvent());
 }
 
 QString EventsOnMap::textOf(const EventFacts &event)
@@ -93,7 +93,6 @@ QString EventsOnMap::textOf(const EventFacts &event)
 
 void EventsOnMap::rebuild()
 {
-    _hoveredID.clear();
     std::vector<Gui::EventLayer::Values> events;
     events.reserve(_bench->shownEvents()->all().size());
     for (const EventFacts &event : _bench->shownEvents()->all()) {
@@ -149,12 +148,7 @@ void EventsOnMap::followSelection()
 
 void EventsOnMap::hover(const std::string &eventID)
 {
-    const QString id = QString::fromStdString(eventID);
-    if (id == _hoveredID)
-        return;
-
-    _hoveredID = id;
-    emit hoveredChanged();
+    _bench->selection()->setHoveredEvent(QString::fromStdString(eventID));
 }
 
 void EventsOnMap::choose(const std::string &eventID)

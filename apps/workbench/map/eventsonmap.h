@@ -42,7 +42,7 @@ public:
     /** Only labels are drawn by it. */
     Norvu::Gui::Map::SymbolLayer *labels() const { return _labels; }
 
-    /** The event under the mouse; null if there is none. */
+    /** The event under the mouse, here or in another panel; null if there is none. */
     const EventFacts *hovered() const;
     /** Magnitude, time and region of an event, for the user. */
     static QString textOf(const EventFacts &event);
@@ -54,7 +54,6 @@ public slots:
     void setLabelsShown(bool shown);
 
 signals:
-    void hoveredChanged();
     /** An event was double-clicked. */
     void activated(double longitude, double latitude);
 
@@ -74,7 +73,6 @@ private:
     Norvu::Gui::Annotations *_annotations;
     EventMapLayer *_layer;
     Norvu::Gui::Map::SymbolLayer *_labels;
-    QString _hoveredID;
     Region _labelRegion{Region::box(QRectF(-180, -90, 360, 180))};
     bool _labelsShown{true};
 };

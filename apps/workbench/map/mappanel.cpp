@@ -149,7 +149,8 @@ void MapPanel::createLayers()
     canvas->addLayer(_hover);
 
     connect(_stations, SIGNAL(hoveredChanged()), this, SLOT(tellHovered()));
-    connect(_events, SIGNAL(hoveredChanged()), this, SLOT(tellHovered()));
+    connect(bench()->selection(), SIGNAL(hoveredEventChanged()), this, SLOT(tellHovered()));
+    connect(bench()->shownEvents(), SIGNAL(changed()), this, SLOT(tellHovered()));
     connect(_events, SIGNAL(activated(double, double)), this, SLOT(centre(double, double)));
     connect(_measuring, &MeasureLayer::courseChanged, this, [this] {
         if (const auto course = _measuring->course())
