@@ -122,6 +122,7 @@ private slots:
     void offersWhatIsNear();
     void measuresByDragging();
     void measuresAcrossDateLine();
+    void writesPictures();
     void keepsChoices();
 };
 
@@ -260,6 +261,27 @@ void TestMapPanel::measuresAcrossDateLine()
     QCOMPARE(course.backAzimuth, 270.0);
     for (const QPointF &place : shortestWay({179, 0}, {-179, 0}))
         QVERIFY(qAbs(place.x()) >= 179 && qAbs(place.y()) < 1e-6);
+}
+
+void TestMapPanel::writesPictures()
+{
+    Map map;
+    const QTemporaryDir folder;
+    const auto write = [&](const QString &name) {
+        QString error;
+        return map.panel.writeTo(folder.filePath(name), &error) ? QString() : error;
+    };
+    for (const char *name : {"map.png", "map.svg", "map.pdf"})
+        QCOMPARE(write(name), QString());
+    QCOMPARE(QImage(folder.filePath("map.png")).size(), map.panel.map()->size());
+
+    // All else is drawn: images are the world below and the shadows of two stations.
+    QFile drawing(folder.filePath("map.svg"));
+    QVERIFY(drawing.open(QFile::ReadOnly));
+    const QByteArray content = drawing.readAll();
+    QVERIFY(content.contains("M 6.0"));
+    QCOMPARE(content.count("<image"), 3);
+    QVERIFY(write("none/map.png").contains("none/map.png"));
 }
 
 void TestMapPanel::keepsChoices()

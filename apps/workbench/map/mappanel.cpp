@@ -331,6 +331,11 @@ Picture MapPanel::pictureOf(const QSize &size)
             [this, size](QPainter &painter) { _map->renderTo(painter, size); }};
 }
 
+bool MapPanel::writeTo(const QString &file, QString *error)
+{
+    return writePicture(pictureOf(_map->size()), file, error);
+}
+
 void MapPanel::askForPicture()
 {
     const QString file = askForExportFile(window(), tr("Export map"), tr("map"), pictureFilters());
@@ -338,7 +343,7 @@ void MapPanel::askForPicture()
         return;
 
     QString error;
-    if (writePicture(pictureOf(_map->size()), file, &error))
+    if (writeTo(file, &error))
         bench()->showStatus(tr("Wrote the map to %1").arg(QDir::toNativeSeparators(file)));
     else
         bench()->tell({error});

@@ -54,6 +54,9 @@ public:
     /** What the line above the map says of what is under the mouse. */
     QString hoveredText() const;
 
+    /** Writes the map as it is shown; see writePicture() of bench/picture.h. */
+    bool writeTo(const QString &file, QString *error);
+
     QList<QMenu *> menus() const override;
     void saveState(QSettings &settings) const override;
     void restoreState(QSettings &settings) override;
