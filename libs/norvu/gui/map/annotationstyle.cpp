@@ -14,8 +14,11 @@ namespace {
 /** Measures a text in the painter's font, unless that has been done before. */
 void measure(AnnotationStyle::Extent &extent, const QString &text, const QPainter &painter)
 {
-    const int resolution = painter.device()->logicalDpiY();
-    if (extent.resolution == resolution && extent.text == text && extent.font == painter.font())
+    // A painter that has begun on nothing, such as an image without pixels, has no device.
+    const QPaintDevice *device = painter.device();
+    const int resolution = device ? device->logicalDpiY() : 0;
+    if (resolution > 0 && extent.resolution == resolution && extent.text == text &&
+        extent.font == painter.font())
         return;
 
     const QFontMetrics metrics = painter.fontMetrics();

@@ -103,6 +103,7 @@ EdgeBlock::EdgeBlock(int32_t next_) : next(next_)
     std::fill(bottom, bottom + Size, Lowest);
 }
 
+// A font without a height would have rows of none.
 LabelBins::LabelBins(const QSize &canvas, int rowHeight)
     : _width(canvas.width()), _rowHeight(std::max(rowHeight, 1)),
       _newest(static_cast<size_t>(std::max(canvas.height(), 0) / _rowHeight) + 1, -1),
