@@ -55,63 +55,59 @@ constexpr QRgb W = 0x00ffffff; // as clear, but white
 
 } // namespace
 
-Q_DECLARE_METATYPE(Pixels)
-
 class TestMapShapes : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void blursChannelByChannel_data()
-    {
-        QTest::addColumn<Pixels>("pixels");
-        QTest::addColumn<int>("radius");
-        QTest::addColumn<Pixels>("blurred");
-
-        QTest::newRow("one pixel") << Pixels{{0x80ff0102}} << 1 << Pixels{{0x80ff0102}};
-        QTest::newRow("rounded down") << Pixels{{0xff000010, 0x00000100, 0x00ffff00}} << 1
-                                      << Pixels{{0x7f000008, 0x55555505, 0x007f8000}};
-        QTest::newRow("fewer at the edges") << Pixels{{9, 0, 0}, {0, 0, 0}, {0, 0, 90}} << 1
-                                            << Pixels{{2, 1, 0}, {1, 11, 15}, {0, 15, 22}};
-        QTest::newRow("not at all") << Pixels{{8, 0}} << 0 << Pixels{{8, 0}};
-        QTest::newRow("wider than the image")
-            << Pixels{{8, 0}, {0, 0}} << std::numeric_limits<int>::max() << Pixels{{2, 2}, {2, 2}};
-    }
-
     void blursChannelByChannel()
     {
-        QFETCH(Pixels, pixels);
-        QFETCH(int, radius);
-        QFETCH(Pixels, blurred);
-
-        QImage image = imageOf(pixels);
-        blurImage(image, radius);
-        QCOMPARE(image, imageOf(blurred));
-    }
-
-    void trimsClearBorders_data()
-    {
-        QTest::addColumn<Pixels>("pixels");
-        QTest::addColumn<QRect>("rect");
-        QTest::addColumn<QSize>("trimmed");
-
-        QTest::newRow("one pixel")
-            << Pixels{{C, C, W}, {C, F, C}} << QRect(1, 1, 1, 1) << QSize(1, 1);
-        QTest::newRow("corners") << Pixels{{C, C, I, C}, {I, C, C, C}} << QRect(0, 0, 3, 2)
-                                 << QSize(3, 2);
-        QTest::newRow("nothing to cut") << Pixels{{I, C}, {C, I}} << QRect() << QSize(2, 2);
-        QTest::newRow("clear") << Pixels{{C, W}} << QRect(QPoint(2, 1), QPoint(1, 0))
-                               << QSize(2, 1);
+        struct
+        {
+            int radius;
+            Pixels pixels;
+            Pixels blurred;
+        } const rows[] = {
+            {1, {{0x80ff0102}}, {{0x80ff0102}}},
+            {1, {{0xff000010, 0x00000100, 0x00ffff00}}, {{0x7f000008, 0x55555505, 0x007f8000}}},
+            {1, {{9, 0, 0}, {0, 0, 0}, {0, 0, 90}}, {{2, 1, 0}, {1, 11, 15}, {0, 15, 22}}},
+            {0, {{8, 0}}, {{8, 0}}},
+            {std::numeric_limits<int>::max(), {{8, 0}, {0, 0}}, {{2, 2}, {2, 2}}},
+        };
+        for (const auto &row : rows) {
+            QImage image = imageOf(row.pixels);
+            blurImage(image, row.radius);
+            QCOMPARE(image, imageOf(row.blurred));
+        }
+        // Left alone, an image keeps its format; else it is one of whole colours before.
+        QImage image = imageOf({{0x80ff0000, C}}).convertToFormat(QImage::Format_RGBA8888);
+        blurImage(image, 0);
+        QCOMPARE(image.format(), QImage::Format_RGBA8888);
+        blurImage(image, 1);
+        QCOMPARE(image, imageOf({{0x407f0000, 0x407f0000}}));
     }
 
     void trimsClearBorders()
     {
-        QFETCH(Pixels, pixels);
-
-        QImage image = imageOf(pixels);
-        QTEST(trimmedImageRect(image), "rect");
-        trimImage(image);
-        QTEST(image.size(), "trimmed");
+        struct
+        {
+            Pixels pixels;
+            QRect rect;
+            QSize trimmed;
+        } const rows[] = {
+            {{{C, C, W}, {C, F, C}}, {1, 1, 1, 1}, {1, 1}},
+            {{{C, C, I, C}, {I, C, C, C}}, {0, 0, 3, 2}, {3, 2}},
+            {{{I, C}, {C, I}}, {}, {2, 2}},
+            {{{C, W}}, {QPoint(2, 1), QPoint(1, 0)}, {2, 1}},
+        };
+        for (const auto &row : rows) {
+            for (const auto format : {QImage::Format_ARGB32, QImage::Format_RGBA8888}) {
+                QImage image = imageOf(row.pixels).convertToFormat(format);
+                QCOMPARE(trimmedImageRect(image), row.rect);
+                trimImage(image);
+                QCOMPARE(image.size(), row.trimmed);
+            }
+        }
     }
 
     void shadowsStandOnTheFoot()
@@ -123,7 +119,9 @@ private slots:
         Map::ImageSymbol::generateShadow(shadow, offset, square(20, Qt::red));
         QCOMPARE(QRect(QPoint(8, 14) - offset, shadow.size()), QRect(0, 2, 30, 14));
         QCOMPARE(shadow.pixel(offset + QPoint(7, -5)), 0xa0404040);
-        Map::ImageSymbol::generateShadow(shadow, offset, square(20, QColor(0, 255, 0, 128)));
+        // It may take the place of the picture.
+        shadow = square(20, QColor(0, 255, 0, 128));
+        Map::ImageSymbol::generateShadow(shadow, offset, shadow);
         QCOMPARE(shadow.pixel(offset + QPoint(7, -5)), 0x50404040u);
 
         Map::ImageSymbol::generateShadow(shadow, offset, QImage());

@@ -17,6 +17,12 @@ namespace {
 
 constexpr QRgb Transparent = 0x00ffffff; // The largest pixel without any alpha.
 
+/** Read as they are, other pixels would be too few bytes, or colours that alpha has darkened. */
+QImage readable(const QImage &image)
+{
+    return image.convertToFormat(QImage::Format_ARGB32);
+}
+
 using Channels = std::array<uint64_t, 4>;
 
 const QRgb *lineOf(const QImage &image, int y)
@@ -74,7 +80,7 @@ void blurLine(const std::vector<Channels> &columns, int radius, int rows, QRgb *
 
 QRect trimmedImageRect(const QImage &source)
 {
-    const QImage image = source.convertToFormat(QImage::Format_ARGB32);
+    const QImage image = readable(source);
     int left = image.width();
     int top = image.height();
     int right = -1;
@@ -109,7 +115,7 @@ void blurImage(QImage &image, int radius)
     if (radius < 1 || image.isNull())
         return;
 
-    const QImage source = image.convertToFormat(QImage::Format_ARGB32);
+    const QImage source = readable(image);
     const int width = source.width();
     const int height = source.height();
     // Wider than the image, a square is the whole of it.

@@ -97,10 +97,11 @@ void ImageSymbol::generateShadow(QPixmap &shadow, QPoint &offset, const QPixmap 
 
 void ImageSymbol::generateShadow(QImage &shadow, QPoint &offset, const QImage &image)
 {
-    offset = QPoint();
-    shadow = QImage();
-    if (image.isNull())
+    if (image.isNull()) {
+        offset = QPoint();
+        shadow = QImage();
         return;
+    }
 
     const int width = image.width();
     const int height = image.height();
