@@ -6,6 +6,7 @@
 #include <tellarix/qt/scheme.h>
 
 #include <QImage>
+#include <QMap>
 #include <QPainter>
 #include <QPen>
 
@@ -19,13 +20,11 @@ struct StationShadow
 {
     QImage image; /**< untrimmed; the tip stands one pixel above the bottom edge */
     QPoint hotspot;
-    int size{0};
 };
 
 StationShadow shadowOf(const QPolygon &station, int size)
 {
     StationShadow shadow;
-    shadow.size = size;
     shadow.image = QImage(2 * size + 2, 2 * size + 2, QImage::Format_ARGB32);
     shadow.image.fill(0);
     {
@@ -43,6 +42,21 @@ StationShadow shadowOf(const QPolygon &station, int size)
     if (filled.isValid())
         shadow.hotspot = filled.topLeft();
     return shadow;
+}
+
+/** By size, since stations that stand out from the others lie between them. */
+StationShadow cachedShadow(const QPolygon &station, int size)
+{
+    // Enough, unless the size follows something that changes all the time.
+    constexpr int Sizes = 16;
+    static QMap<int, StationShadow> shadows;
+    const auto found = shadows.constFind(size);
+    if (found != shadows.constEnd())
+        return *found;
+
+    if (shadows.size() >= Sizes)
+        shadows.clear();
+    return *shadows.insert(size, shadowOf(station, size));
 }
 
 } // namespace
@@ -75,14 +89,16 @@ void StationSymbol::setSize(int size)
 
 bool StationSymbol::isInside(int x, int y) const
 {
-    return _stationPolygon.containsPoint(QPoint(x, y) - position(), Qt::OddEvenFill);
+    const QPoint place = QPoint(x, y) - position();
+    // Of many stations all but a few are far away, and the polygon takes ten times as long.
+    const QRect box(QPoint(_stationPolygon[3].x(), _stationPolygon[0].y()),
+                    QPoint(_stationPolygon[1].x(), 0));
+    return box.contains(place) && _stationPolygon.containsPoint(place, Qt::OddEvenFill);
 }
 
 void StationSymbol::drawShadow(QPainter &painter)
 {
-    static StationShadow shadow;
-    if (shadow.size != size())
-        shadow = shadowOf(_stationPolygon, size());
+    const StationShadow shadow = cachedShadow(_stationPolygon, size());
     painter.drawImage(position().x() + shadow.hotspot.x() - 1,
                       position().y() - shadow.image.height() + 1, shadow.image);
 }

@@ -37,8 +37,7 @@ public:
 
     /** Whether a pixel is in the kite. */
     bool isInside(int x, int y) const override;
-    /** All stations share the shadow of one size, which is made anew when the size changes from one
-     *  to the next. */
+    /** Stations of one size share their shadow. */
     void drawShadow(QPainter &painter) override;
     QPoint annotationOffset() const override;
 
