@@ -4,6 +4,7 @@
 
 #include <QMouseEvent>
 #include <QPainter>
+#include <QPointer>
 
 #include <algorithm>
 #include <cmath>
@@ -134,8 +135,9 @@ void SymbolLayer::draw(const Tellarix::Gui::Map::Canvas *canvas, QPainter &paint
 void SymbolLayer::setVisible(bool visible)
 {
     const bool wasVisible = isVisible();
+    const QPointer<SymbolLayer> alive(this);
     Layer::setVisible(visible);
-    if (isVisible() == wasVisible)
+    if (!alive || isVisible() == wasVisible)
         return;
 
     setSymbolsVisible(isVisible());

@@ -4,6 +4,8 @@
 #include <tellarix/qt/map/layer.h>
 #include <tellarix/qt/map/legend.h>
 
+#include <QPointer>
+
 namespace Tellarix {
 namespace Gui {
 namespace Map {
@@ -58,8 +60,10 @@ void Layer::setVisible(bool visible)
 
     _visible = visible;
     setBufferOutdated();
+    const QPointer<Layer> alive(this);
     emit visibilityChanged(visible);
-    emit updateRequested(Repaint);
+    if (alive)
+        emit updateRequested(Repaint);
 }
 
 void Layer::calculateMapPosition(const Canvas *)
