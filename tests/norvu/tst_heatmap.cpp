@@ -400,6 +400,10 @@ void TestHeatmap::canvasPaintsWhatIsOn()
     const QImage legend =
         pictureOf(rect.size(), [&](QPainter &painter) { legendOf(layer)->draw(rect, painter); });
     QVERIFY(Ink::rectOfColor(legend, Qt::red).isNull());
+    // A host that wants no legend deletes it.
+    delete legendOf(layer);
+    layer.setHeatmapGradient(Opaque);
+    QCOMPARE(color(30), QColor(Qt::red));
     // Symbols can be seen and touched only while they are on.
     const QMouseEvent move(QEvent::MouseMove, QPointF(30, 20), Qt::NoButton, {}, {});
     for (const bool symbols : {false, true}) {

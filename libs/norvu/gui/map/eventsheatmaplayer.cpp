@@ -108,9 +108,12 @@ void EventsHeatmapLayer::setHeatmapGradient(const Tellarix::Gui::Gradient &gradi
     _gradient = gradient;
     _discrete = discrete;
     generateLUT();
-    // It knows the gradient by its place: without this, the colours of the former one could stay.
-    _legend->setGradient(nullptr, 0, 0);
-    _legend->setGradient(&_gradient, _lut._minKey, _lut._maxKey);
+    if (_legend) {
+        // It knows the gradient by its place: without this, the colours of the former one could
+        // stay.
+        _legend->setGradient(nullptr, 0, 0);
+        _legend->setGradient(&_gradient, _lut._minKey, _lut._maxKey);
+    }
     enableLegend();
     repaintDensity();
 }
@@ -144,6 +147,7 @@ void EventsHeatmapLayer::repaintDensity()
     if (!hasDensity() || !isVisible())
         return;
 
+    // A repaint alone would show the density that is in the buffer already.
     setBufferOutdated();
     emit updateRequested(Repaint);
 }
@@ -157,13 +161,16 @@ void EventsHeatmapLayer::generateLUT()
 /** A legend that has nothing to show stays off. */
 void EventsHeatmapLayer::enableLegend()
 {
-    _legend->setEnabled(_viewModes.testFlag(Heatmap) && _legend->hasGradient());
+    if (_legend)
+        _legend->setEnabled(_viewModes.testFlag(Heatmap) && _legend->hasGradient());
 }
 
 void EventsHeatmapLayer::setVisible(bool visible)
 {
+    const QPointer<EventsHeatmapLayer> alive(this);
     EventLayer::setVisible(visible);
-    emit updateRequested(_viewModes.testFlag(Heatmap) ? Buffer : SymbolPositions);
+    if (alive)
+        emit updateRequested(_viewModes.testFlag(Heatmap) ? Buffer : SymbolPositions);
 }
 
 void EventsHeatmapLayer::draw(const Tellarix::Gui::Map::Canvas *canvas, QPainter &painter)
@@ -215,6 +222,7 @@ void EventsHeatmapLayer::bufferUpdated(Tellarix::Gui::Map::Canvas *canvas, QPain
         _density.data(), buffer.width(), buffer.height(), discs(*canvas),
         _heatmapMode == Default ? DiscPrecision::Double : DiscPrecision::Single, _logarithmic);
 
+    // A table that stayed flat would not come back when there is no gradient to fill it from.
     DensityTable table = _lut;
     if (_multiply)
         flattenOnWhite(table);
@@ -226,6 +234,9 @@ void EventsHeatmapLayer::bufferUpdated(Tellarix::Gui::Map::Canvas *canvas, QPain
 /** Tells the legend the densities that belong to the ends of the gradient. */
 void EventsHeatmapLayer::showScale(float maximum)
 {
+    if (!_legend)
+        return;
+
     // The density 0 belongs to key 0, wherever the gradient begins; the logarithm of a density
     // grows evenly with the key, and not the density itself. With keys that end at 0, or below,
     // all densities have one colour, and there is no scale to show.

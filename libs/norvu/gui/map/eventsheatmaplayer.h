@@ -10,6 +10,7 @@
 #include <tellarix/qt/map/eventlayer.h>
 
 #include <QFlags>
+#include <QPointer>
 #include <QVector>
 
 #include <map>
@@ -107,7 +108,7 @@ private:
     std::map<HeatmapMode, std::string> _modeNames;
     QVector<float> _density;
     Tellarix::Gui::Gradient _gradient;
-    HeatMapLegend *_legend;
+    QPointer<HeatMapLegend> _legend; /**< whoever has taken it may have deleted it */
     bool _discrete{false};
     DensityTable _lut;
     int _lutZeroAlpha{0};
