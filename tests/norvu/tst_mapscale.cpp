@@ -58,27 +58,25 @@ class TestMapScale : public QObject
     Q_OBJECT
 
 private slots:
-    void barsAreRound_data()
-    {
-        QTest::addColumn<double>("ideal"); // km of a segment of 37.5 pixels
-        QTest::addColumn<double>("total");
-        QTest::addColumn<int>("length");
-        QTest::newRow("400 m") << 0.12 << 0.4 << 125;
-        QTest::newRow("to the next power") << 9.6 << 40.0 << 156;
-        QTest::newRow("down") << 1.49 << 4.0 << 100;
-        QTest::newRow("up") << 1.51 << 8.0 << 198;
-        QTest::newRow("world") << 9800.0 << 40000.0 << 153;
-    }
-
     void barsAreRound()
     {
-        QFETCH(double, ideal);
-        QFETCH(double, total);
-
-        const Map::ScaleBar bar = Map::scaleBar(37.5 / ideal);
-        QVERIFY(qFuzzyCompare(bar.totalKm, total));
-        QTEST(bar.length, "length");
-        QCOMPARE(bar.segmentLength, static_cast<int>(37.5 / ideal * total / 4));
+        struct
+        {
+            double ideal; // km of a segment of 37.5 pixels
+            double total;
+            QString text;
+            int length;
+        } const rows[] = {{0.12, 0.4, "400 m", 125},     {0.24, 0.8, "800 m", 125},
+                          {0.251, 1.2, "1.2 km", 179},   {9.6, 40, "40 km", 156},
+                          {1.49, 4, "4 km", 100},        {1.51, 8, "8 km", 198},
+                          {9800, 40000, "40000 km", 153}};
+        for (const auto &row : rows) {
+            const Map::ScaleBar bar = Map::scaleBar(37.5 / row.ideal);
+            QVERIFY(qFuzzyCompare(bar.totalKm, row.total));
+            QCOMPARE(Map::scaleText(bar.totalKm), row.text);
+            QCOMPARE(bar.length, row.length);
+            QCOMPARE(bar.segmentLength, static_cast<int>(37.5 / row.ideal * row.total / 4));
+        }
     }
 
     void standsInCornersAndAtEdges()
@@ -114,55 +112,45 @@ private slots:
         }
     }
 
-    void legendsHaveAFrame_data()
-    {
-        QTest::addColumn<QString>("title");
-        QTest::addColumn<QVector<double>>("keys");
-        QTest::addColumn<QPoint>("pos");
-        QTest::addColumn<QRect>("frame"); // without the texts
-
-        using Keys = QVector<double>;
-        QTest::newRow("nothing") << "" << Keys() << QPoint(10, 20) << QRect(10, 20, 30, 12);
-        QTest::newRow("rows") << "" << Keys{0, 0.5} << QPoint(10, 20) << QRect(10, 20, 30, 46);
-        QTest::newRow("title") << "A rather long title" << Keys{0, 0.5, 7} << QPoint(10, 20)
-                               << QRect(10, 20, 12, 68 + 24);
-        QTest::newRow("far corner") << "" << Keys() << QPoint(-1, -11) << QRect(270, 178, 30, 12);
-    }
-
     void legendsHaveAFrame()
     {
-        QFETCH(QString, title);
-        QFETCH(QVector<double>, keys);
-        QFETCH(QPoint, pos);
-        QFETCH(QRect, frame);
+        using Keys = QVector<double>;
+        using Case = std::tuple<QString, Keys, QPoint, QRect>; // the frame without the texts
+        for (auto [title, keys, pos, frame] :
+             {Case("", {}, {10, 20}, {10, 20, 30, 12}),
+              Case("", {0, 0.5}, {10, 20}, {10, 20, 30, 46}),
+              Case("A rather long title", {0, 0.5, 7}, {10, 20}, {10, 20, 12, 68 + 24}),
+              Case("", {}, {-1, -11}, {270, 178, 30, 12})}) {
+            MapTesting::OwnScheme scheme;
+            scheme->legend = {Qt::white, Qt::cyan, Qt::magenta, Qt::darkYellow};
+            TenPerDegree canvas;
+            Legend legend(title);
+            if (pos != QPoint(10, 20))
+                legend.setPos(pos);
+            const QImage picture = pictureOf(legend, keys, canvas);
 
-        MapTesting::OwnScheme scheme;
-        scheme->legend = {Qt::white, Qt::cyan, Qt::magenta, Qt::darkYellow};
-        TenPerDegree canvas;
-        Legend legend(title);
-        legend.setPos(pos);
-        const QImage picture = pictureOf(legend, keys, canvas);
+            QFont bold = canvas.font();
+            bold.setWeight(QFont::Bold);
+            const QSize titleInk = QFontMetrics(bold).boundingRect(title).size();
+            if (!title.isEmpty())
+                frame.setSize(frame.size() + titleInk);
+            else if (!keys.isEmpty())
+                frame.setWidth(30 + QFontMetrics(canvas.font()).horizontalAdvance("0.5"));
+            // Outlines reach a pixel farther to the right and down.
+            QCOMPARE(Ink::rectOfColor(picture, Qt::cyan),
+                     frame.adjusted(0, 0, 1, 1) & picture.rect());
+            QCOMPARE(Ink::rectOfColor(picture, Qt::magenta).isNull(), title.isEmpty());
+            QVERIFY(!legend.isInside(frame.left() + 3, frame.top() + 3));
 
-        QFont bold = canvas.font();
-        bold.setWeight(QFont::Bold);
-        const QSize titleInk = QFontMetrics(bold).boundingRect(title).size();
-        if (!title.isEmpty())
-            frame.setSize(frame.size() + titleInk);
-        else if (!keys.isEmpty())
-            frame.setWidth(30 + QFontMetrics(canvas.font()).horizontalAdvance("0.5"));
-        // Outlines reach a pixel farther to the right and down.
-        QCOMPARE(Ink::rectOfColor(picture, Qt::cyan), frame.adjusted(0, 0, 1, 1) & picture.rect());
-        QCOMPARE(Ink::rectOfColor(picture, Qt::magenta).isNull(), title.isEmpty());
-        QVERIFY(!legend.isInside(frame.left() + 3, frame.top() + 3));
-
-        const int rowsHeight = qMax(0, 22 * keys.size() - 10);
-        QCOMPARE(legend.contentPos(),
-                 QPoint(frame.left() + 18, frame.bottom() + 1 - 6 - rowsHeight));
-        for (int i = 0; i < keys.size(); ++i) {
-            // Within black outlines, the highest key on top.
-            const QPoint corner = legend.contentPos() + QPoint(0, 22 * (keys.size() - 1 - i));
-            QCOMPARE(Ink::rectOfColor(picture, StopColors[i]),
-                     QRect(corner + QPoint(1, 1), QSize(11, 11)));
+            const int rowsHeight = qMax(0, 22 * keys.size() - 10);
+            QCOMPARE(legend.contentPos(),
+                     QPoint(frame.left() + 18, frame.bottom() + 1 - 6 - rowsHeight));
+            for (int i = 0; i < keys.size(); ++i) {
+                // Within black outlines, the highest key on top.
+                const QPoint corner = legend.contentPos() + QPoint(0, 22 * (keys.size() - 1 - i));
+                QCOMPARE(Ink::rectOfColor(picture, StopColors[i]),
+                         QRect(corner + QPoint(1, 1), QSize(11, 11)));
+            }
         }
     }
 

@@ -54,6 +54,12 @@ QString number(double value, const QString &text)
 
 } // namespace
 
+QString scaleText(double kilometers)
+{
+    return kilometers < 1 ? number(kilometers * 1000.0, ScaleLayer::tr("%1 m"))
+                          : number(kilometers, ScaleLayer::tr("%1 km"));
+}
+
 ScaleBar scaleBar(double pixelsPerKm)
 {
     const double ideal = 150.0 / pixelsPerKm / 4.0000000001;
@@ -93,8 +99,7 @@ ScaleLayer::ScaleLayer(QObject *parent, Qt::Alignment alignment)
 void ScaleLayer::draw(const Canvas *canvas, QPainter &painter)
 {
     const ScaleBar bar = scaleBar(pixelsPerKm(*canvas));
-    const QString text = bar.totalKm < 1 ? number(bar.totalKm * 1000.0, tr("%1 m"))
-                                         : number(bar.totalKm, tr("%1 km"));
+    const QString text = scaleText(bar.totalKm);
 
     const QRect ink = painter.fontMetrics().boundingRect(text);
     const int textHeight = ink.bottom() - ink.top();

@@ -23,6 +23,9 @@ struct ScaleBar
 /** The bar for a map of some pixels per km, which have to be finite and above 0. */
 NORVU_GUI_API ScaleBar scaleBar(double pixelsPerKm);
 
+/** A length as the layer tells it, in metres below 1 km. */
+NORVU_GUI_API QString scaleText(double kilometers);
+
 /** A rectangle moved to the corners and edges of a canvas, 10 pixels away from them. Top goes
  * before bottom before middle, left before right before middle; without a flag it stays. */
 NORVU_GUI_API QRect alignedOnCanvas(QRect rect, const QSize &canvas, Qt::Alignment alignment);
