@@ -17,6 +17,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <memory>
 #include <random>
 
 using namespace Norvu::Gui;
@@ -367,6 +368,10 @@ void TestHeatmap::requestsUpdates()
             QCOMPARE(legendOf(layer)->isEnabled(), layer.viewModes().testFlag(Heat::Heatmap));
         }
     }
+    auto doomed = std::make_unique<Heat>();
+    connect(doomed.get(), &Heat::visibilityChanged, this, [&] { doomed.reset(); });
+    doomed->setVisible(false);
+    QVERIFY(!doomed);
 }
 
 void TestHeatmap::canvasPaintsWhatIsOn()

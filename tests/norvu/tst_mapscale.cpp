@@ -60,22 +60,18 @@ class TestMapScale : public QObject
 private slots:
     void barsAreRound()
     {
-        struct
-        {
-            double ideal; // km of a segment of 37.5 pixels
-            double total;
-            QString text;
-            int length;
-        } const rows[] = {{0.12, 0.4, "400 m", 125},     {0.24, 0.8, "800 m", 125},
-                          {0.251, 1.2, "1.2 km", 179},   {9.6, 40, "40 km", 156},
-                          {1.49, 4, "4 km", 100},        {1.51, 8, "8 km", 198},
-                          {9800, 40000, "40000 km", 153}};
-        for (const auto &row : rows) {
-            const Map::ScaleBar bar = Map::scaleBar(37.5 / row.ideal);
-            QVERIFY(qFuzzyCompare(bar.totalKm, row.total));
-            QCOMPARE(Map::scaleText(bar.totalKm), row.text);
-            QCOMPARE(bar.length, row.length);
-            QCOMPARE(bar.segmentLength, static_cast<int>(37.5 / row.ideal * row.total / 4));
+        // The km that 37.5 pixels have, those of the bar of four segments, and its pixels.
+        using Case = std::tuple<double, double, QString, int>;
+        for (const auto &[ideal, total, text, length] :
+             {Case(0.12, 0.4, "400 m", 125), Case(0.24, 0.8, "800 m", 125),
+              Case(0.251, 1.2, "1.2 km", 179), Case(1.49, 4, "4 km", 100),
+              Case(1.51, 8, "8 km", 198), Case(9.6, 40, "40 km", 156),
+              Case(9800, 40000, "40000 km", 153)}) {
+            const Map::ScaleBar bar = Map::scaleBar(37.5 / ideal);
+            QVERIFY(qFuzzyCompare(bar.totalKm, total));
+            QCOMPARE(Map::scaleText(bar.totalKm), text);
+            QCOMPARE(bar.length, length);
+            QCOMPARE(bar.segmentLength, static_cast<int>(37.5 / ideal * total / 4));
         }
     }
 

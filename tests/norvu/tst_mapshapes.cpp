@@ -62,24 +62,18 @@ class TestMapShapes : public QObject
 private slots:
     void blursChannelByChannel()
     {
-        struct
-        {
-            int radius;
-            Pixels pixels;
-            Pixels blurred;
-        } const rows[] = {
-            {1, {{0x80ff0102}}, {{0x80ff0102}}},
-            {1, {{0xff000010, 0x00000100, 0x00ffff00}}, {{0x7f000008, 0x55555505, 0x007f8000}}},
-            {1, {{9, 0, 0}, {0, 0, 0}, {0, 0, 90}}, {{2, 1, 0}, {1, 11, 15}, {0, 15, 22}}},
-            {0, {{8, 0}}, {{8, 0}}},
-            {std::numeric_limits<int>::max(), {{8, 0}, {0, 0}}, {{2, 2}, {2, 2}}},
-        };
-        for (const auto &row : rows) {
-            QImage image = imageOf(row.pixels);
-            blurImage(image, row.radius);
-            QCOMPARE(image, imageOf(row.blurred));
+        using Case = std::tuple<int, Pixels, Pixels>;
+        for (const auto &[radius, pixels, blurred] :
+             {Case(1, {{0x80ff0102}}, {{0x80ff0102}}),
+              Case(1, {{0xff000010, 0x00000100, 0x00ffff00}},
+                   {{0x7f000008, 0x55555505, 0x007f8000}}),
+              Case(1, {{9, 0, 0}, {0, 0, 0}, {0, 0, 90}}, {{2, 1, 0}, {1, 11, 15}, {0, 15, 22}}),
+              Case(std::numeric_limits<int>::max(), {{8, 0}, {0, 0}}, {{2, 2}, {2, 2}})}) {
+            QImage image = imageOf(pixels);
+            blurImage(image, radius);
+            QCOMPARE(image, imageOf(blurred));
         }
-        // Left alone, an image keeps its format; else it is one of whole colours before.
+        // With a radius of 0 an image keeps even its format.
         QImage image = imageOf({{0x80ff0000, C}}).convertToFormat(QImage::Format_RGBA8888);
         blurImage(image, 0);
         QCOMPARE(image.format(), QImage::Format_RGBA8888);
@@ -89,23 +83,17 @@ private slots:
 
     void trimsClearBorders()
     {
-        struct
-        {
-            Pixels pixels;
-            QRect rect;
-            QSize trimmed;
-        } const rows[] = {
-            {{{C, C, W}, {C, F, C}}, {1, 1, 1, 1}, {1, 1}},
-            {{{C, C, I, C}, {I, C, C, C}}, {0, 0, 3, 2}, {3, 2}},
-            {{{I, C}, {C, I}}, {}, {2, 2}},
-            {{{C, W}}, {QPoint(2, 1), QPoint(1, 0)}, {2, 1}},
-        };
-        for (const auto &row : rows) {
+        using Case = std::tuple<Pixels, QRect, QSize>;
+        for (const auto &[pixels, rect, trimmed] :
+             {Case({{C, C, W}, {C, F, C}}, {1, 1, 1, 1}, {1, 1}),
+              Case({{C, C, I, C}, {I, C, C, C}}, {0, 0, 3, 2}, {3, 2}),
+              Case({{I, C}, {C, I}}, {}, {2, 2}),
+              Case({{C, W}}, {QPoint(2, 1), QPoint(1, 0)}, {2, 1})}) {
             for (const auto format : {QImage::Format_ARGB32, QImage::Format_RGBA8888}) {
-                QImage image = imageOf(row.pixels).convertToFormat(format);
-                QCOMPARE(trimmedImageRect(image), row.rect);
+                QImage image = imageOf(pixels).convertToFormat(format);
+                QCOMPARE(trimmedImageRect(image), rect);
                 trimImage(image);
-                QCOMPARE(image.size(), row.trimmed);
+                QCOMPARE(image.size(), trimmed);
             }
         }
     }
@@ -226,13 +214,8 @@ private slots:
 
     void originsAreColoredByDepth()
     {
-        struct Case
-        {
-            bool outlines;
-            bool filled;
-            QColor fill;
-            QColor middle;
-        };
+        // Outlines, filled, colour of the inside, and what that comes to.
+        using Case = std::tuple<bool, bool, QColor, QColor>;
         const Case cases[] = {{false, false, QColor(), QColor(255, 128, 128)}, // half of its alpha
                               {false, true, QColor(), Qt::red},
                               {false, false, Qt::blue, Qt::blue},
@@ -243,21 +226,21 @@ private slots:
         scheme->map.depthGradient.clear();
         scheme->map.depthGradient.setColorAt(0, Qt::green);
         scheme->map.depthGradient.setColorAt(100, Qt::red);
-        for (const Case &of : cases) {
-            scheme->map.filledOutlines = of.outlines;
+        for (const auto &[outlines, filled, fill, middle] : cases) {
+            scheme->map.filledOutlines = outlines;
             auto *origin = new Map::OriginSymbol(0, 0, 0);
             QCOMPARE(origin->color(), QColor(Qt::green));
             origin->setFillColor(Qt::yellow);
             origin->setDepth(100);
             origin->setPreferredMagnitudeValue(7);
-            origin->setFilled(of.filled);
-            if (of.fill.isValid())
-                origin->setFillColor(of.fill);
+            origin->setFilled(filled);
+            if (fill.isValid())
+                origin->setFillColor(fill);
             const QImage picture = pictureOf(origin, true);
-            QCOMPARE(QColor(picture.pixel(150, 100)), of.middle);
+            QCOMPARE(QColor(picture.pixel(150, 100)), middle);
             // The outline lies about the edge of the circle of 28 pixels.
             QCOMPARE(QColor(picture.pixel(136, 100)), QColor(Qt::red));
-            QCOMPARE(qGreen(picture.pixel(134, 100)) < 32, of.outlines);
+            QCOMPARE(qGreen(picture.pixel(134, 100)) < 32, outlines);
         }
     }
 };
