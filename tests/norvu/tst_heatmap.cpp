@@ -390,12 +390,15 @@ void TestHeatmap::canvasPaintsWhatIsOn()
     addEvents(layer, {{0, 0, 2}});
     QCOMPARE(color(30), QColor(Qt::red));
     QCOMPARE(color(3), QColor(Qt::yellow));
-    // Without stops the colours stay, however they are mixed.
+    // Without stops the colours stay, however they are mixed in between.
+    layer.setHeatmapGradient(gradientOf({{0, QColor(255, 255, 0, 128)}, {1, Qt::red}}));
+    const QColor faint = color(3);
     layer.setHeatmapGradient(Gradient());
     layer.setCompositionMode(true);
+    QVERIFY(color(3) != faint && faint != empty);
     layer.setCompositionMode(false);
     QVERIFY(!legendOf(layer)->isEnabled());
-    QCOMPARE(color(3), QColor(Qt::yellow));
+    QCOMPARE(color(3), faint);
     layer.setHeatmapGradient(gradientOf({{0, QColor(0, 0, 0, 0)}, {1, Qt::blue}}));
     QCOMPARE(color(30), QColor(Qt::blue));
     QCOMPARE(color(3), empty);

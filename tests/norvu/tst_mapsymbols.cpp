@@ -227,6 +227,7 @@ private slots:
             Stage stage;
             stage.add("a", 0, 0);
             stage.canvas.picture();
+            stage.layer->setVisible(false);
             const Interference interference(stage.layer.get(), signal, [&] {
                 if (all)
                     stage.layer.reset();
@@ -239,7 +240,7 @@ private slots:
                     stage.mouse(type, onA, Qt::LeftButton);
             }
             if (!interference.done)
-                stage.layer->setVisible(false);
+                stage.layer->setVisible(true);
             QVERIFY(interference.done);
             QVERIFY(stage.takeLog().contains("~a"));
             QVERIFY(all || !stage.mouse(QEvent::MouseButtonPress, onA, Qt::LeftButton));
