@@ -170,6 +170,8 @@ private slots:
         QVERIFY(!station.isInside(154, 97) && !station.isInside(150, 102));
         station.setSize(-5);
         QCOMPARE(station.size(), 0);
+        station.setSize(std::numeric_limits<int>::max());
+        QCOMPARE(station.size(), 1024);
     }
 
     void stationsCastShadowsOfTheirSize()

@@ -82,7 +82,9 @@ QPolygon StationSymbol::generateShape(int x, int y, int size)
 
 void StationSymbol::setSize(int size)
 {
-    const int bounded = qMax(size, 0);
+    // The shadow of one that fills a screen takes 16 MB, and that of a slip of the keyboard all.
+    constexpr int Largest = 1024;
+    const int bounded = qBound(0, size, Largest);
     AnnotatedSymbol::setSize(QSize(bounded, bounded));
     _stationPolygon = generateShape(0, 0, bounded);
 }

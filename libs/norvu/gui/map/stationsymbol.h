@@ -23,7 +23,7 @@ public:
      *  and three quarters of @p size high. */
     static QPolygon generateShape(int x, int y, int size);
 
-    /** In pixels; below 0 it counts as 0. */
+    /** In pixels; counts as 0 below it and as 1024 above. */
     void setSize(int size);
     int size() const { return _size.width(); }
     void setPen(const QColor &color) { _pen = color; }
