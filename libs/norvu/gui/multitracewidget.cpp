@@ -30,6 +30,12 @@ constexpr double OverlapStep = 0.1;
 // Records that arrive mark their row dirty, but nobody tells of them.
 constexpr int RefreshInterval = 250;
 
+/** Rows that the host has hidden take no room here either. */
+bool isDrawn(const Trace &row)
+{
+    return !row.isTakenOut() && row.recordWidget()->displayedRecords(0) != nullptr;
+}
+
 } // namespace
 
 MultiTraceWidget::MultiTraceWidget(TraceView *view, Qt::WindowFlags f)
@@ -201,7 +207,7 @@ bool MultiTraceWidget::isLayoutOutdated() const
     for (int i = 0; i < _view->count(); ++i) {
         const RecordWidget *widget = _view->itemAt(i)->recordWidget();
         const RecordWidget::TraceInfo *info = drawnInfo(widget);
-        if (info && info->dirty && (info->height > 0) != (widget->displayedRecords(0) != nullptr))
+        if (info && info->dirty && (info->height > 0) != isDrawn(*_view->itemAt(i)))
             return true;
     }
     return false;
@@ -214,7 +220,7 @@ int MultiTraceWidget::countSignificantItems() const
     int count = 0;
     for (int i = 0; i < _view->count(); ++i) {
         const RecordWidget *widget = _view->itemAt(i)->recordWidget();
-        if (widget->traceInfo(0, false) && widget->displayedRecords(0))
+        if (widget->traceInfo(0, false) && isDrawn(*_view->itemAt(i)))
             ++count;
     }
     return count;
@@ -231,7 +237,7 @@ void MultiTraceWidget::updateLayout(int size)
         if (!info)
             continue;
 
-        const bool isShown = widget->displayedRecords(0) != nullptr;
+        const bool isShown = isDrawn(*_view->itemAt(i));
         const int height = isShown ? static_cast<int>(rowSize) : -1;
         // The polyline holds for one height only.
         info->dirty |= height != info->height;
@@ -294,7 +300,7 @@ void MultiTraceWidget::selectAtPoint(const QPoint &point)
         Trace *row = _view->itemAt(i);
         // What was drawn is kept for raw data too.
         const RecordWidget::TraceInfo *info = row->recordWidget()->traceInfo(0, false);
-        if (!info)
+        if (!info || row->isTakenOut())
             continue;
         // Magnified traces leave their rows, so that all of them compete.
         if (_ampScale <= 1.0f && (stack < info->pos || stack > info->pos + info->height))

@@ -94,6 +94,8 @@ public:
     void setStatic(bool isStatic);
     bool isStatic() const { return _static; }
     bool isSelected() const { return _selected; }
+    /** Whether the host has hidden this row alone, wherever its view is. */
+    bool isTakenOut() const { return isHidden() && testAttribute(Qt::WA_WState_ExplicitShowHide); }
     /** True once the row's view was told that its data were requested. */
     bool isDataRequested() const { return _dataRequested; }
 

@@ -196,6 +196,8 @@ bool TraceView::addItem(Trace *row, RecordIDStrategy strategy)
     const QPointer<Tellarix::Gui::RecordWidget> widget(row->recordWidget());
     widget->setMinimumHeight(_minRowHeight);
     row->setColorBarWidth(_colorIndicator ? ColorBarWidth : 0);
+    if (_nameWidth > 0)
+        applyNameWidth(row);
 
     _items.append(row);
     row->_view = this;

@@ -119,9 +119,16 @@ public:
     /** Room right of the time scale in pixels; 0 at the start. */
     void setExtraSpacing(int pixels);
     int extraSpacing() const;
+    /** Room between each row's colour bar and its amplitude axis, for what the host puts there, in
+     *  pixels; 0 at the start. The time scale keeps standing under the traces. */
+    void setNameWidth(int pixels);
+    int nameWidth() const { return _nameWidth; }
 
     Tellarix::Gui::TimeScale *timeScale() const { return _timeScale; }
     bool isCrosshairShown() const { return _showCrosshair; }
+    /** What the cross hair shows at a height of a row's traces: in the unit of the slot there if
+     *  scaled values are shown, else in samples; 0 beside all slots. */
+    static double crosshairValue(const Tellarix::Gui::RecordWidget *widget, int y);
 
     // Time window
 
@@ -373,6 +380,7 @@ private:
     void setSelected(const QList<Trace *> &rows, bool select);
     void selectByDialog(const QString &title, bool select);
     void selectNeighbour(int step);
+    void selectNextShown(int index, int step);
     void scrollContents(int pixels);
 
     void activateCurrentRow();
@@ -388,6 +396,8 @@ private:
 
     void placeCrosshairOverlay();
     void alignTimeScale();
+    void applyNameWidth(Trace *row) const;
+    void updateRulerSpacing();
     void trackCrosshair(const QWidget *widget, const QPoint &position);
     void hideCrosshair();
     void paintCrosshair();
@@ -408,6 +418,7 @@ private:
     Trace *_currentItem{nullptr};
     Tellarix::Gui::TimeScale *_timeScale{nullptr};
     int _minRowHeight{16};
+    int _nameWidth{0};
     double _tmin{0};
     double _tmax{0};
     bool _showCrosshair{false};

@@ -20,22 +20,6 @@ namespace {
 
 constexpr int LineStart = 100;
 
-/** Value at @p y of a record widget; 0 beside all of its slots. */
-double valueAt(const RecordWidget *widget, int y)
-{
-    for (int slot = 0; slot < widget->slotCount(); ++slot) {
-        const int height = widget->streamHeight(slot);
-        const int depth = y - widget->streamYPos(slot);
-        if (depth < 0 || depth >= height)
-            continue;
-
-        const QPair<double, double> range = widget->amplitudeRange(slot);
-        const double extent = range.second - range.first;
-        return (extent - depth * extent / height + range.first) * widget->shownFactor(slot);
-    }
-    return 0.0;
-}
-
 void drawTexts(QPainter &painter, const QPoint &position, const QString &value, const QString &time)
 {
     const QSize valueSize = painter.fontMetrics().boundingRect(value).size() - QSize(1, 1);
@@ -132,6 +116,21 @@ void TraceView::paintCrosshair()
     drawTexts(painter, _crosshairPos, crosshairValueText(), crosshairTimeText());
 }
 
+double TraceView::crosshairValue(const RecordWidget *widget, int y)
+{
+    for (int slot = 0; slot < widget->slotCount(); ++slot) {
+        const int height = widget->streamHeight(slot);
+        const int depth = y - widget->streamYPos(slot);
+        if (depth < 0 || depth >= height)
+            continue;
+
+        const QPair<double, double> range = widget->amplitudeRange(slot);
+        const double extent = range.second - range.first;
+        return (extent - depth * extent / height + range.first) * widget->shownFactor(slot);
+    }
+    return 0.0;
+}
+
 QString TraceView::crosshairTimeText() const
 {
     const QPoint position =
@@ -147,8 +146,8 @@ QString TraceView::crosshairValueText() const
     double value = 0.0;
     if (_crosshairRow) {
         const RecordWidget *widget = _crosshairRow->recordWidget();
-        value = valueAt(widget,
-                        widget->mapFromGlobal(_crosshairOverlay->mapToGlobal(_crosshairPos)).y());
+        value = crosshairValue(
+            widget, widget->mapFromGlobal(_crosshairOverlay->mapToGlobal(_crosshairPos)).y());
     }
     return QString::number(value, 'g', 6);
 }

@@ -41,10 +41,10 @@ void TraceView::keyPressEvent(QKeyEvent *event)
             selectAll();
         break;
     case Qt::Key_Home:
-        _currentItem ? setSelectedTrace(0) : bar->setValue(0);
+        _currentItem ? selectNextShown(0, 1) : bar->setValue(0);
         break;
     case Qt::Key_End:
-        _currentItem ? setSelectedTrace(-1) : bar->setValue(bar->maximum());
+        _currentItem ? selectNextShown(-1, -1) : bar->setValue(bar->maximum());
         break;
     case Qt::Key_Up:
         selectPreviousRow();
@@ -91,7 +91,8 @@ QList<Trace *> TraceView::rowsInLayoutOrder(int first, int last) const
     QList<Trace *> rows;
     for (int i = first; i <= last; ++i) {
         QLayoutItem *item = rowLayout()->itemAt(i);
-        if (auto *row = item ? qobject_cast<Trace *>(item->widget()) : nullptr)
+        auto *row = item ? qobject_cast<Trace *>(item->widget()) : nullptr;
+        if (row && !row->isHidden())
             rows.append(row);
     }
     return rows;

@@ -76,12 +76,33 @@ void TraceView::setColorIndicatorEnabled(bool enable)
     for (Trace *row : std::as_const(_items))
         row->setColorBarWidth(barWidth);
 
-    const int width = Trace::FixedLabelWidth(barWidth);
+    updateRulerSpacing();
+}
+
+void TraceView::updateRulerSpacing()
+{
+    const int width = Trace::FixedLabelWidth(_colorIndicator ? ColorBarWidth : 0) + _nameWidth;
     if (_rulerSpacer->width() > _rulerSpacer->height())
         _rulerSpacer->setFixedSize(width, 0);
     else
         _rulerSpacer->setFixedSize(0, width);
     emit rulerSpacingChanged(width);
+}
+
+void TraceView::setNameWidth(int pixels)
+{
+    if (pixels == _nameWidth)
+        return;
+
+    _nameWidth = pixels;
+    for (Trace *row : std::as_const(_items))
+        applyNameWidth(row);
+    updateRulerSpacing();
+}
+
+void TraceView::applyNameWidth(Trace *row) const
+{
+    row->setSpacing(Trace::FixedLabelWidth(0) + _nameWidth);
 }
 
 int TraceView::rulerSpacing() const

@@ -179,9 +179,21 @@ void TraceView::selectNextRow()
 void TraceView::selectNeighbour(int step)
 {
     if (_currentItem)
-        setSelectedTrace(indexOf(_currentItem) + step);
+        selectNextShown(indexOf(_currentItem) + step, step);
     else if (!_items.isEmpty())
         scrollContents(step * _items.first()->height());
+}
+
+/** Selects the first row from @p index on, in steps, that the host hasn't hidden; rows wrap. */
+void TraceView::selectNextShown(int index, int step)
+{
+    const int rowCount = count();
+    for (int i = 0; i < rowCount; ++i, index += step) {
+        if (_items[(index % rowCount + rowCount) % rowCount]->isTakenOut())
+            continue;
+        setSelectedTrace(index);
+        return;
+    }
 }
 
 void TraceView::scrollContents(int pixels)

@@ -454,6 +454,15 @@ QRect RecordWidget::canvasRect() const
                            _axisPosition == AxisRight ? -axis : 0, 0);
 }
 
+void RecordWidget::setTracesPale(bool pale)
+{
+    if (pale == _tracesPale)
+        return;
+
+    _tracesPale = pale;
+    updateCanvas();
+}
+
 void RecordWidget::setDrawAxis(bool draw)
 {
     if (draw == _drawAxis)

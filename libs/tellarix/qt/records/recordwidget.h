@@ -155,6 +155,10 @@ public:
     bool isBackgroundFilteringEnabled() const { return _backgroundFiltering; }
     /** True while records of a slot are filtered in the background. */
     bool isFilteringInProgress() const;
+    /** Draws all traces as palely as raw data that wait for their filtered ones; off at the start.
+     */
+    void setTracesPale(bool pale);
+    bool areTracesPale() const { return _tracesPale; }
 
     // Time axis
 
@@ -465,6 +469,7 @@ private:
     AxisPosition _axisPosition{AxisLeft};
     bool _filtering{false};
     bool _backgroundFiltering{false};
+    bool _tracesPale{false};
     bool _filteringAnnounced{false};
     int _jobCount{0}; /**< since filteringStarted(), those of them that are done included */
     int _jobsDone{0};

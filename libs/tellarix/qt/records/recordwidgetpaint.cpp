@@ -275,7 +275,7 @@ void RecordWidget::drawTraces(QPainter &painter, const Look &colors)
         QPen pen = recordPen(slot);
         if (!item.pen && (colors.highlighted || !isEnabled()))
             pen.setColor(isEnabled() ? colors.text : QColor(DisabledColor));
-        if (awaitsFiltered(item))
+        if (_tracesPale || awaitsFiltered(item))
             pen.setColor(mixed(pen.color(), colors.background, RawShare));
         painter.setPen(pen);
         painter.setRenderHint(QPainter::Antialiasing, scheme.antiAliasing);
