@@ -48,7 +48,13 @@ private slots:
         QCOMPARE(neighbouringStretch(stretches, window(1995, 2105), -1), 1);
         QCOMPARE(neighbouringStretch(stretches, window(300, 400), 1), 1);
         QCOMPARE(neighbouringStretch(stretches, window(300, 400), -1), 0);
-        QCOMPARE(neighbouringStretch(stretches, window(-1, 3000), 1), -1);
+        // From all of them, the first and the last one; from parts of two, by the middle.
+        QCOMPARE(neighbouringStretch(stretches, window(-1, 3000), 1), 0);
+        QCOMPARE(neighbouringStretch(stretches, window(-1, 3000), -1), 2);
+        QCOMPARE(neighbouringStretch(stretches, window(1050, 2050), 1), 2);
+        QCOMPARE(neighbouringStretch(stretches, window(1050, 2050), -1), 1);
+        QCOMPARE(neighbouringStretch(stretches, window(1010, 1060), 1), 2);
+        QCOMPARE(neighbouringStretch(stretches, window(1010, 1060), -1), 0);
     }
 };
 

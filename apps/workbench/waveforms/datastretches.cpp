@@ -3,7 +3,9 @@
 #include "datastretches.h"
 
 #include <algorithm>
+#include <utility>
 
+using Tellarix::Core::Time;
 using Tellarix::Core::TimeSpan;
 using Tellarix::Core::TimeWindow;
 
@@ -15,11 +17,18 @@ constexpr double ShortestBreak = 60;
 constexpr double MarginShare = 0.01;
 constexpr double ShortestMargin = 0.01;
 
-/** Merges ascending windows that are no further apart than @p longestGap. */
-QVector<TimeWindow> merged(const QVector<TimeWindow> &ascending, TimeSpan longestGap)
+} // namespace
+
+QVector<TimeWindow> mergedWindows(QVector<TimeWindow> windows, TimeSpan longestGap)
 {
+    windows.erase(std::remove_if(windows.begin(), windows.end(),
+                                 [](const TimeWindow &window) { return window.isEmpty(); }),
+                  windows.end());
+    std::sort(windows.begin(), windows.end(), [](const TimeWindow &a, const TimeWindow &b) {
+        return a.startTime() < b.startTime();
+    });
     QVector<TimeWindow> result;
-    for (const TimeWindow &window : ascending) {
+    for (const TimeWindow &window : windows) {
         if (result.isEmpty() || window.startTime() - result.last().endTime() > longestGap)
             result.append(window);
         else
@@ -28,38 +37,33 @@ QVector<TimeWindow> merged(const QVector<TimeWindow> &ascending, TimeSpan longes
     return result;
 }
 
-} // namespace
-
 QVector<TimeWindow> dataStretches(QVector<TimeWindow> windows)
 {
-    windows.erase(std::remove_if(windows.begin(), windows.end(),
-                                 [](const TimeWindow &window) { return window.isEmpty(); }),
-                  windows.end());
-    std::sort(windows.begin(), windows.end(), [](const TimeWindow &a, const TimeWindow &b) {
-        return a.startTime() < b.startTime();
-    });
-
-    const QVector<TimeWindow> covered = merged(windows, TimeSpan());
+    const QVector<TimeWindow> covered = mergedWindows(std::move(windows), TimeSpan());
     double length = 0;
     for (const TimeWindow &window : covered)
         length += window.length().length();
-    return merged(covered, TimeSpan(std::max(ShortestBreak, 0.5 * length)));
+    return mergedWindows(covered, TimeSpan(std::max(ShortestBreak, 0.5 * length)));
 }
 
 int neighbouringStretch(const QVector<TimeWindow> &stretches, const TimeWindow &visible, int step)
 {
-    if (step > 0) {
-        for (int i = 0; i < stretches.size(); ++i) {
-            if (stretches[i].startTime() >= visible.endTime())
-                return i;
-        }
-        return -1;
-    }
-    for (int i = stretches.size() - 1; i >= 0; --i) {
-        if (stretches[i].endTime() <= visible.startTime())
-            return i;
-    }
-    return -1;
+    const auto isWhole = [&](const TimeWindow &stretch) { return visible.contains(stretch); };
+    const auto first = std::find_if(stretches.begin(), stretches.end(), isWhole);
+    const int wholeCount =
+        static_cast<int>(std::count_if(stretches.begin(), stretches.end(), isWhole));
+    const int firstWhole = static_cast<int>(first - stretches.begin());
+    if (wholeCount > 1)
+        return step > 0 ? firstWhole : firstWhole + wholeCount - 1;
+
+    const Time middle = visible.startTime() + visible.length() / 2.0;
+    int next = 0;
+    while (next < stretches.size() && stretches[next].startTime() <= middle)
+        ++next;
+    if (step > 0)
+        return next < stretches.size() ? next : -1;
+    const bool isInside = next > 0 && middle < stretches[next - 1].endTime();
+    return std::max(-1, next - (isInside ? 2 : 1));
 }
 
 TimeWindow withMargins(const TimeWindow &window)

@@ -21,7 +21,16 @@ namespace Workbench {
 QVector<Tellarix::Core::TimeWindow> dataStretches(QVector<Tellarix::Core::TimeWindow> windows);
 
 /**
- * Index of the stretch that follows (@p step = 1) or precedes (@p step = -1) what is visible.
+ * Windows in ascending order, those united that overlap or are no further apart than @p longestGap.
+ * @param windows  in any order; empty ones don't count
+ */
+QVector<Tellarix::Core::TimeWindow> mergedWindows(QVector<Tellarix::Core::TimeWindow> windows,
+                                                  Tellarix::Core::TimeSpan longestGap);
+
+/**
+ * Index of the stretch that follows (@p step = 1) or precedes (@p step = -1) the one in the middle
+ * of what is visible, or the middle itself if it lies between two. From several stretches that are
+ * visible as a whole, the first or the last one is next.
  * @return -1 if there is none
  */
 int neighbouringStretch(const QVector<Tellarix::Core::TimeWindow> &stretches,

@@ -113,6 +113,16 @@ void FilterBox::showProblem(int column, const QString &message)
                                    : tr("Filter, column %1: %2").arg(column).arg(message));
 }
 
+void FilterBox::showMisfits(const QStringList &messages)
+{
+    // A text that is no filter has more to say.
+    if (_input->currentText().trimmed() != _applied)
+        return;
+    _input->showProblem(messages.join('\n'));
+    if (!messages.isEmpty())
+        emit problem(tr("Filter: %1").arg(messages.join("; ")));
+}
+
 void FilterBox::restoreHistory()
 {
     _input->restoreHistory();

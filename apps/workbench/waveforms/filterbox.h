@@ -37,6 +37,8 @@ public:
 public slots:
     /** Puts a text in and applies it. */
     void apply(const QString &text);
+    /** What the filter doesn't fit, in a box that turns red; nothing for a filter that fits. */
+    void showMisfits(const QStringList &messages);
 
 signals:
     /** Another valid filter, in its text form; empty for none. */

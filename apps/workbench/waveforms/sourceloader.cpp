@@ -16,6 +16,7 @@ namespace Workbench {
 namespace {
 
 constexpr int RefreshMilliseconds = 500;
+const Tellarix::Core::TimeSpan LongestBreak(60);
 
 } // namespace
 
@@ -70,13 +71,29 @@ void SourceLoader::receivedRecord(Tellarix::Record *record)
 {
     if (record && record->dataType() == Tellarix::DataType::Char)
         ++_textCount;
-    else if (record)
+    else if (record) {
         ++_waveformCount;
+        noteArrival(record->timeWindow());
+    }
     TraceFileLoader::receivedRecord(record);
 }
 
 void SourceLoader::tell(const QString &)
 {}
+
+/** Records that go on where the last ones were are no window of their own. */
+void SourceLoader::noteArrival(const Tellarix::Core::TimeWindow &window)
+{
+    const bool goesOn = !_arrivals.isEmpty() &&
+                        window.startTime() >= _arrivals.last().startTime() &&
+                        window.startTime() - _arrivals.last().endTime() < LongestBreak;
+    if (window.isEmpty())
+        return;
+    if (goesOn)
+        _arrivals.last() = _arrivals.last().united(window);
+    else
+        _arrivals.append(window);
+}
 
 Norvu::Gui::Trace *SourceLoader::makeRow(const QString &label) const
 {

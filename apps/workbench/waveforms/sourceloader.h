@@ -3,6 +3,9 @@
 #pragma once
 
 #include <norvu/gui/tracefileloader.h>
+#include <tellarix/core/timewindow.h>
+
+#include <QVector>
 
 #include <string>
 
@@ -36,6 +39,8 @@ public:
 
     /** Records with samples that arrived so far. */
     int waveformCount() const { return _waveformCount; }
+    /** Where they lie, in about that order. */
+    const QVector<Tellarix::Core::TimeWindow> &arrivals() const { return _arrivals; }
     /** Records of text, which no row can show. */
     int textCount() const { return _textCount; }
 
@@ -55,10 +60,13 @@ private slots:
     void finish();
 
 private:
+    void noteArrival(const Tellarix::Core::TimeWindow &window);
+
     QString _source;
     const RowAddition *_addition;
     int _waveformCount{0};
     int _textCount{0};
+    QVector<Tellarix::Core::TimeWindow> _arrivals;
 };
 
 } // namespace Workbench

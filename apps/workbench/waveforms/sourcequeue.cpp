@@ -53,6 +53,11 @@ int SourceQueue::recordCount() const
     return _doneRecords + (_loader ? _loader->waveformCount() : 0);
 }
 
+QVector<Tellarix::Core::TimeWindow> SourceQueue::arrivals() const
+{
+    return _loader ? _doneArrivals + _loader->arrivals() : _doneArrivals;
+}
+
 void SourceQueue::startNext()
 {
     _loader = new SourceLoader(_waiting.takeFirst(), _bench->rows()->addition(), this);
@@ -94,6 +99,7 @@ void SourceQueue::endSource()
     gatherProblems();
     ++_doneCount;
     _doneRecords += _loader->waveformCount();
+    _doneArrivals += _loader->arrivals();
     // It is still telling that it has ended.
     _loader->deleteLater();
     _loader.clear();
@@ -112,6 +118,7 @@ void SourceQueue::cancel()
     _waiting.clear();
     _loader->stop();
     _doneRecords += _loader->waveformCount();
+    _doneArrivals += _loader->arrivals();
     _problems += _loader->messages();
     _problems.append(tr("Loading was cancelled; not whole: %1").arg(cut.join(", ")));
     _loader->deleteLater();
@@ -127,6 +134,7 @@ void SourceQueue::end()
     const QStringList empty = std::exchange(_empty, QStringList());
     const QPointer<Task> task = std::exchange(_task, nullptr);
     emit ended(problems);
+    _doneArrivals.clear();
     if (task)
         task->finish(empty.isEmpty() ? QString() : tr("No waveforms in %1").arg(empty.join(", ")));
 }

@@ -40,6 +40,8 @@ public:
     bool isLoading() const { return _loader != nullptr; }
     /** Records that have arrived since it was idle. */
     int recordCount() const;
+    /** Where they lie. */
+    QVector<Tellarix::Core::TimeWindow> arrivals() const;
 
 public slots:
     /** Stops at once, and forgets what waits; what was loaded stays. */
@@ -71,6 +73,7 @@ private:
     QStringList _empty; /**< sources that gave nothing */
     int _doneCount{0};
     int _doneRecords{0};
+    QVector<Tellarix::Core::TimeWindow> _doneArrivals;
 };
 
 } // namespace Workbench

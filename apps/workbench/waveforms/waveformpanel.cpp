@@ -8,7 +8,9 @@
 #include "filterbox.h"
 #include "measuring.h"
 #include "overviewmenu.h"
+#include "rowvisibility.h"
 #include "selectionlink.h"
+#include "viewhistory.h"
 #include "waveforms.h"
 
 #include <norvu/gui/multitracewidget.h>
@@ -74,7 +76,9 @@ void WaveformPanel::createFilterBar()
     connect(_filterBox, SIGNAL(filterChanged(QString)), this, SLOT(setFilter(QString)));
     connect(_filterBox, SIGNAL(filterEnabled(bool)), _waveforms->view(),
             SLOT(setFilterEnabled(bool)));
-    connect(_filterBox, SIGNAL(filterEnabled(bool)), _waveforms, SLOT(updateUnits()));
+    connect(_filterBox, SIGNAL(filterEnabled(bool)), _waveforms, SLOT(updateFilterFit()));
+    connect(_waveforms, SIGNAL(filterMisfits(QStringList)), _filterBox,
+            SLOT(showMisfits(QStringList)));
     connect(_filterBox, SIGNAL(left()), _waveforms->view(), SLOT(setFocus()));
     connect(_filterBox, SIGNAL(problem(QString)), bench(), SLOT(showStatus(QString)));
     connect(_waveforms->view(), SIGNAL(filteringProgress(int, int)), this,
@@ -88,11 +92,16 @@ void WaveformPanel::createViewActions()
                   SLOT(showNextStretch()));
     addViewAction(tr("&Previous stretch of data"), QKeySequence::MoveToPreviousPage,
                   SLOT(showPreviousStretch()));
+    _viewActions.append(_waveforms->history()->backAction());
+    _viewActions.append(_waveforms->history()->forwardAction());
     _viewActions.append(makeSeparator());
     _viewActions.append(_waveforms->view()->controlActions());
     _viewActions.append(makeSeparator());
+    _viewActions.append(_waveforms->visibility()->hideEmptyAction());
     QAction *compact = addViewToggle(tr("&Compact rows"), tr("Ctrl+K"), SLOT(setCompact(bool)));
     connect(_waveforms, SIGNAL(compactChanged(bool)), compact, SLOT(setChecked(bool)));
+    disconnect(compact, SIGNAL(toggled(bool)), _waveforms, SLOT(setCompact(bool)));
+    connect(compact, SIGNAL(triggered(bool)), _waveforms, SLOT(setCompact(bool)));
     addViewToggle(tr("Amplitude &rulers"), tr("Ctrl+R"), SLOT(setRulersShown(bool)));
     addViewToggle(tr("&Local time"), tr("Ctrl+T"), SLOT(setLocalTimeShown(bool)));
 }
@@ -148,6 +157,7 @@ void WaveformPanel::createTraceMenu()
 void WaveformPanel::createOverviewMenu()
 {
     _overview = new Norvu::Gui::MultiTraceWidget(_waveforms->view());
+    connect(_waveforms->visibility(), SIGNAL(changed()), _overview, SLOT(updateDisplay()));
     _overviewMenu = new OverviewMenu(_waveforms->view(), _overview, this);
 }
 

@@ -9,8 +9,11 @@
 #include "datastretches.h"
 #include "measuring.h"
 #include "rowmargins.h"
+#include "rownames.h"
 #include "rowunits.h"
+#include "rowvisibility.h"
 #include "sourcequeue.h"
+#include "viewhistory.h"
 
 #include <norvu/gui/trace.h>
 #include <norvu/gui/traceview.h>
@@ -19,6 +22,7 @@
 #include <tellarix/qt/records/recordwidget.h>
 #include <tellarix/qt/records/timescale.h>
 
+#include <QAbstractButton>
 #include <QContextMenuEvent>
 #include <QEvent>
 #include <QMenu>
@@ -26,7 +30,6 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
-#include <cmath>
 #include <set>
 
 using namespace Tellarix;
@@ -41,7 +44,6 @@ namespace {
 constexpr int ManyRows = 12;
 constexpr int CompactPadding = 1;
 constexpr int NormalRowHeight = 48;
-constexpr double UnmovedShare = 0.05;
 
 /** Times relative to the day of the data keep all their digits, however far it is zoomed in. */
 Core::Time dayOf(const Core::Time &time)
@@ -62,16 +64,6 @@ std::set<double> samplingFrequencies(const TraceView &view)
     return rates;
 }
 
-/** Whether a view was moved by a user; a bar that comes or goes makes it a little wider. */
-bool hasMoved(const Core::TimeWindow &before, const Core::TimeWindow &now)
-{
-    const double length = std::max(before.length().length(), now.length().length());
-    const auto isFar = [length](const Core::Time &a, const Core::Time &b) {
-        return std::abs((a - b).length()) > UnmovedShare * length;
-    };
-    return isFar(before.startTime(), now.startTime()) || isFar(before.endTime(), now.endTime());
-}
-
 QString timeText(const Core::Time &time)
 {
     return QString::fromStdString(time.toString("%Y-%m-%d %H:%M:%S"));
@@ -82,11 +74,15 @@ QString timeText(const Core::Time &time)
 Waveforms::Waveforms(Bench *bench, QWidget *parent)
     : QWidget(parent), _bench(bench), _view(new TraceView(this, Qt::WindowFlags(), nullptr, true)),
       _margins(new RowMargins(_view, bench->rows())), _measuringTool(new MeasuringTool(_view)),
-      _queue(new SourceQueue(bench, _view, this))
+      _queue(new SourceQueue(bench, _view, this)), _history(new ViewHistory(_view)),
+      _visibility(new RowVisibility(_view, &_coverage)), _names(new RowNames(_view))
 {
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
     layout->addWidget(_view);
+    layout->addWidget(_visibility->notice(), 0, Qt::AlignCenter);
+    _visibility->watch(_view->timeScale());
 
     _bench->rows()->setView(_view);
     _view->setBackgroundFiltering(true);
@@ -146,16 +142,35 @@ void Waveforms::showArrivals()
     showFirstStretch();
 }
 
+bool Waveforms::hasUserMoved() const
+{
+    return _load.window.valid() && isOtherView(_load.window, _view->visibleTimeWindow());
+}
+
 void Waveforms::showFirstStretch()
 {
-    collectStretches();
-    const bool isMoved = _load.window.valid() && hasMoved(_load.window, _view->visibleTimeWindow());
-    if (_stretches.isEmpty() || isMoved)
+    collectCoverage();
+    if (stretches().isEmpty() || hasUserMoved())
         return;
     if (_load.isFirst)
-        _view->setAlignment(dayOf(_stretches.first().startTime()));
-    _view->setVisibleTimeWindow(withMargins(_stretches.first()));
+        _view->setAlignment(dayOf(stretches().first().startTime()));
+    _view->setVisibleTimeWindow(withMargins(stretches().first()));
+    _visibility->update();
     _load.window = _view->visibleTimeWindow();
+}
+
+/** The view stays where there is something new, or where the user has gone meanwhile. */
+void Waveforms::showNewData()
+{
+    collectCoverage();
+    const auto arrivals = dataStretches(_queue->arrivals());
+    const Core::TimeWindow visible = _view->visibleTimeWindow();
+    const bool isInView = std::any_of(arrivals.begin(), arrivals.end(), [&](const auto &stretch) {
+        return stretch.overlaps(visible);
+    });
+    if (arrivals.isEmpty() || isInView || hasUserMoved())
+        return;
+    leapTo(withMargins(arrivals.first()));
 }
 
 void Waveforms::endLoad(const QStringList &messages)
@@ -164,18 +179,19 @@ void Waveforms::endLoad(const QStringList &messages)
     markLoaded();
     if (_bench->rows()->addition())
         _bench->rows()->addition()->adopt(rows);
-    updateUnits();
+    updateFilterFit();
     _margins->update();
+    if (!_isCompactChosen)
+        applyCompact(_view->count() >= ManyRows);
     if (_load.isShown) {
-        if (_load.isFirst && _view->count() >= ManyRows)
-            setCompact(true);
         _view->sortView();
-        showFirstStretch();
+        _load.isFirst ? showFirstStretch() : showNewData();
     } else
-        collectStretches();
+        collectCoverage();
     if (_load.alignment.valid())
         alignTo(_load.alignment);
     _load = Load();
+    _history->keep();
     updateRangeText();
     if (!messages.isEmpty())
         emit problems(messages);
@@ -194,6 +210,7 @@ QList<Trace *> Waveforms::dressNewRows()
         if (_load.dressed.contains(row))
             continue;
         dress(row);
+        fitFilter(row);
         _load.dressed.insert(row);
     }
     if (_load.dressed.size() != before)
@@ -201,20 +218,53 @@ QList<Trace *> Waveforms::dressNewRows()
     return newRows;
 }
 
-QStringList Waveforms::setFilter(const QString &text)
+QStringList Waveforms::filterProblems() const
 {
-    const std::string definition = text.toStdString();
     QStringList problems;
     for (const double rate : samplingFrequencies(*_view)) {
-        const std::string problem = Math::Filtering::filterProblem(definition, rate);
+        const std::string problem = Math::Filtering::filterProblem(_filterText, rate);
         if (!problem.empty())
             problems.append(tr("Streams at %1 Hz: %2").arg(rate).arg(problem.c_str()));
     }
+    return problems;
+}
+
+QStringList Waveforms::setFilter(const QString &text)
+{
+    const std::string definition = text.toStdString();
+    _filterText = definition;
     _view->setFilter(Math::Filtering::parseFilter<double>(definition).release());
     _filter = Math::Filtering::FilterDefinition();
     Math::Filtering::parseFilterDefinition(definition, _filter);
+    updateFilterFit();
+    return filterProblems();
+}
+
+void Waveforms::updateFilterFit()
+{
+    for (Trace *row : _view->items())
+        fitFilter(row);
     updateUnits();
-    return problems;
+    emit filterMisfits(filterProblems());
+}
+
+/** A filter that can't work at a row's sampling frequency would make a flat line of it. */
+void Waveforms::fitFilter(Trace *row)
+{
+    Gui::RecordWidget *widget = row->recordWidget();
+    const RecordSequence *records = widget->records(0);
+    if (!records || records->isEmpty())
+        return;
+    const QString problem = QString::fromStdString(
+        Math::Filtering::filterProblem(_filterText, records->front()->samplingFrequency()));
+    const bool isRaw = !problem.isEmpty();
+    if (isRaw && widget->filter())
+        widget->setFilter(nullptr);
+    else if (!isRaw && !widget->filter() && _view->hasFilter())
+        widget->setFilter(Math::Filtering::parseFilter<double>(_filterText).get());
+    const bool isTold = isRaw && _view->isFilterEnabled();
+    widget->setTracesPale(isTold);
+    widget->setRecordLabel(0, isTold ? tr("Not filtered: %1").arg(problem) : QString());
 }
 
 void Waveforms::alignTo(const Core::Time &time)
@@ -257,7 +307,8 @@ void Waveforms::clear()
     _queue->cancel();
     _sources.clear();
     _view->clear();
-    _stretches.clear();
+    _coverage.clear();
+    _history->clear();
     _paths.clear();
     updateRangeText();
 }
@@ -283,13 +334,13 @@ void Waveforms::dress(Trace *row)
         const QString distance = tr("%1 km").arg(path->distanceKm, 0, 'f', 1);
         row->setData(Norvu::Gui::TraceDistance, path->distanceKm);
         row->setDescription(distance + "  " + tr("%1°").arg(path->azimuth, 0, 'f', 0));
-        name += "  " + distance; // inside the traces, where room is dear
+        name += "  " + distance;
     } else if (row->data(Norvu::Gui::TraceDistance).isValid()) {
         row->setData(Norvu::Gui::TraceDistance, QVariant());
         row->setLabel(row->label()); // takes the description away
     }
 
-    widget->setRecordLabel(0, _compact ? name : QString());
+    _names->setName(row, name);
     row->setHeaderVisible(!_compact);
     if (_compact)
         row->setVerticalPadding(CompactPadding, 0);
@@ -321,7 +372,7 @@ bool Waveforms::updateUnit(Trace *row)
         const RecordSequence *records = widget->records(slot);
         std::optional<SampleUnit> unit =
             records ? unitOf(*records, _bench->stations()->inventory()) : std::nullopt;
-        if (unit && _view->isFilterEnabled())
+        if (unit && _view->isFilterEnabled() && widget->filter())
             unit = unitBehind(_filter, *unit);
 
         const double *scale = widget->recordScale(slot);
@@ -341,10 +392,17 @@ bool Waveforms::updateUnit(Trace *row)
 
 void Waveforms::setCompact(bool compact)
 {
+    _isCompactChosen = true;
+    applyCompact(compact);
+}
+
+void Waveforms::applyCompact(bool compact)
+{
     if (compact == _compact)
         return;
 
     _compact = compact;
+    _names->setShown(compact);
     _margins->setRowHeight(compact ? fontMetrics().height() + 2 * Trace::Padding()
                                    : NormalRowHeight);
     for (Trace *row : _view->items())
@@ -362,24 +420,17 @@ void Waveforms::setRulersShown(bool show)
     _margins->setRulersShown(show);
 }
 
-void Waveforms::collectStretches()
+void Waveforms::collectCoverage()
 {
-    QVector<Core::TimeWindow> windows;
-    for (const Trace *row : _view->items()) {
-        const Gui::RecordWidget *widget = row->recordWidget();
-        for (int slot = 0; slot < widget->slotCount(); ++slot) {
-            if (!widget->records(slot))
-                continue;
-            for (const RecordCPtr &record : *widget->records(slot))
-                windows.append(record->timeWindow());
-        }
-    }
-    _stretches = dataStretches(windows);
+    _coverage.collect(*_view);
+    _visibility->update();
 }
 
 void Waveforms::showAllData()
 {
+    _history->keep();
     _view->setCoveredTimeRange();
+    _visibility->update();
 }
 
 void Waveforms::showNextStretch()
@@ -394,9 +445,17 @@ void Waveforms::showPreviousStretch()
 
 void Waveforms::showNeighbour(int step)
 {
-    const int index = neighbouringStretch(_stretches, _view->visibleTimeWindow(), step);
+    const int index = neighbouringStretch(stretches(), _view->visibleTimeWindow(), step);
     if (index >= 0)
-        _view->setVisibleTimeWindow(withMargins(_stretches[index]));
+        leapTo(withMargins(stretches()[index]));
+}
+
+/** Shows a window far from the one before, with a way back. */
+void Waveforms::leapTo(const Core::TimeWindow &window)
+{
+    _history->keep();
+    _view->setVisibleTimeWindow(window);
+    _visibility->update();
 }
 
 void Waveforms::updateRangeText()
@@ -408,10 +467,10 @@ void Waveforms::updateRangeText()
     const Core::TimeWindow visible = _view->visibleTimeWindow();
     QString text =
         tr("%1 to %2 UTC").arg(timeText(visible.startTime()), timeText(visible.endTime()));
-    if (_stretches.size() > 1) {
-        for (int i = 0; i < _stretches.size(); ++i) {
-            if (_stretches[i].overlaps(visible)) {
-                text += tr("  ·  stretch %1 of %2").arg(i + 1).arg(_stretches.size());
+    if (stretches().size() > 1) {
+        for (int i = 0; i < stretches().size(); ++i) {
+            if (stretches()[i].overlaps(visible)) {
+                text += tr("  ·  stretch %1 of %2").arg(i + 1).arg(stretches().size());
                 break;
             }
         }

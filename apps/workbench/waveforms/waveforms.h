@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include "coverage.h"
+
 #include <tellarix/core/math/filterdefinition.h>
 #include <tellarix/core/timewindow.h>
 
@@ -11,6 +13,8 @@
 #include <QStringList>
 #include <QVector>
 #include <QWidget>
+
+#include <string>
 
 class QAction;
 
@@ -32,7 +36,10 @@ namespace Workbench {
 class Bench;
 class MeasuringTool;
 class RowMargins;
+class RowNames;
+class RowVisibility;
 class SourceQueue;
+class ViewHistory;
 
 /** The way from an event to a station. */
 struct EventPath
@@ -56,11 +63,14 @@ public:
 
     Norvu::Gui::TraceView *view() const { return _view; }
     MeasuringTool *measuringTool() const { return _measuringTool; }
+    ViewHistory *history() const { return _history; }
+    RowVisibility *visibility() const { return _visibility; }
 
     /**
-     * Begins to load files and record streams into the rows, beside what is there, and to show the
-     * first stretch of their data, which the user can leave at any time. Whatever can be read is
-     * shown, also where there were problems.
+     * Begins to load files and record streams into the rows, beside what is there. The first data
+     * of all are brought into view, which the user can leave at any time; with later ones the view
+     * stays if they have data in it, and goes to them if not. Whatever can be read is shown, also
+     * where there were problems.
      * @return false, which problems() tells, if one of them can't be opened
      */
     bool open(const QStringList &sources);
@@ -72,12 +82,14 @@ public:
     void clear();
 
     /**
-     * Filters all rows by a filter in its text form; an empty text takes the filter away.
+     * Filters all rows by a filter in its text form; an empty text takes the filter away. Rows with
+     * a sampling frequency that the filter doesn't fit stay raw, draw palely, and say why.
      * @return one text for each sampling frequency that the filter doesn't fit
      */
     QStringList setFilter(const QString &text);
 
-    /** Rows without a header line, their names inside the traces; for many rows at once. */
+    /** Rows without a header line, their names beside the traces; as long as the user hasn't
+     * chosen, once there are many rows. */
     bool isCompact() const { return _compact; }
 
     /** Distances and azimuths by "NET.STA", shown beside the names; distances are sorted by. */
@@ -88,12 +100,15 @@ public:
     void setRowActions(const QList<QAction *> &actions) { _rowActions = actions; }
 
     /** Stretches of data in time order. */
-    const QVector<Tellarix::Core::TimeWindow> &stretches() const { return _stretches; }
+    const QVector<Tellarix::Core::TimeWindow> &stretches() const { return _coverage.stretches(); }
+    const Coverage &coverage() const { return _coverage; }
 
 public slots:
     /** Reads what was opened once more, into the rows that were reset and for what came since. */
     void reload();
     void setCompact(bool compact);
+    /** To be called when filtering goes on or off. */
+    void updateFilterFit();
     /** Shows physical units where one gain is known for all of a row, and counts elsewhere. */
     void updateUnits();
     /** Local times below those in UTC. */
@@ -112,6 +127,8 @@ signals:
     /** Which time is shown. */
     void rangeText(const QString &text);
     void compactChanged(bool compact);
+    /** One text for each sampling frequency that the filter doesn't fit. */
+    void filterMisfits(const QStringList &messages);
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
@@ -128,10 +145,16 @@ private:
     void markLoaded();
     QList<Norvu::Gui::Trace *> dressNewRows();
     void showFirstStretch();
+    void showNewData();
+    bool hasUserMoved() const;
+    void applyCompact(bool compact);
+    void fitFilter(Norvu::Gui::Trace *row);
+    QStringList filterProblems() const;
     void dress(Norvu::Gui::Trace *row);
     bool updateUnit(Norvu::Gui::Trace *row);
-    void collectStretches();
+    void collectCoverage();
     void showNeighbour(int step);
+    void leapTo(const Tellarix::Core::TimeWindow &window);
     QString textAt(Tellarix::Gui::RecordWidget *widget, const QPoint &position) const;
 
     Bench *_bench;
@@ -139,12 +162,17 @@ private:
     RowMargins *_margins;
     MeasuringTool *_measuringTool;
     SourceQueue *_queue;
+    ViewHistory *_history;
+    RowVisibility *_visibility;
+    RowNames *_names;
     QStringList _sources;
     QList<QAction *> _rowActions;
-    QVector<Tellarix::Core::TimeWindow> _stretches;
+    Coverage _coverage;
     QHash<QString, EventPath> _paths;
     Tellarix::Math::Filtering::FilterDefinition _filter;
+    std::string _filterText;
     bool _compact{false};
+    bool _isCompactChosen{false}; /**< by the user */
 
     /** What is being loaded. */
     struct Load

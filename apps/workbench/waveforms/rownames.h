@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <QTimer>
+
+namespace Norvu {
+namespace Gui {
+class Trace;
+class TraceView;
+} // namespace Gui
+} // namespace Norvu
+
+namespace Workbench {
+
+/** Names of rows in a column of their own left of the amplitude axes, as wide as the longest one
+ *  needs: for rows without a header line. */
+class RowNames : public QObject
+{
+    Q_OBJECT
+
+public:
+    /** @param view  owns it */
+    explicit RowNames(Norvu::Gui::TraceView *view);
+
+    void setShown(bool show);
+    /** The row's label, and what is known beside it. */
+    void setName(Norvu::Gui::Trace *row, const QString &name);
+
+private slots:
+    void updateWidth();
+
+private:
+    Norvu::Gui::TraceView *_view;
+    QTimer _timer; /**< many rows at once are measured once */
+    bool _isShown{false};
+};
+
+} // namespace Workbench

@@ -1,0 +1,134 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
+#include "rowvisibility.h"
+
+#include "coverage.h"
+
+#include <norvu/gui/trace.h>
+#include <norvu/gui/traceview.h>
+
+#include <QAction>
+#include <QEvent>
+#include <QMouseEvent>
+#include <QToolButton>
+
+using Norvu::Gui::Trace;
+using Norvu::Gui::TraceView;
+
+namespace Workbench {
+
+RowVisibility::RowVisibility(TraceView *view, const Coverage *coverage)
+    : QObject(view), _view(view), _coverage(coverage),
+      _hideEmpty(new QAction(tr("Hide rows without &data"), this)), _notice(new QToolButton)
+{
+    _hideEmpty->setCheckable(true);
+    _hideEmpty->setChecked(true);
+    _hideEmpty->setShortcut(tr("Ctrl+D"));
+    _notice->setFocusPolicy(Qt::NoFocus);
+    static_cast<QToolButton *>(_notice.data())->setAutoRaise(true);
+    _notice->hide();
+    _timer.setSingleShot(true);
+    connect(&_timer, SIGNAL(timeout()), this, SLOT(update()));
+    connect(_hideEmpty, SIGNAL(toggled(bool)), this, SLOT(update()));
+    connect(_notice, SIGNAL(clicked()), this, SLOT(showAll()));
+    connect(view, SIGNAL(displayChanged(double, double, double)), this, SLOT(updateSoon()));
+    connect(view, SIGNAL(layoutOrContentChanged()), this, SLOT(updateSoon()));
+}
+
+RowVisibility::~RowVisibility()
+{
+    if (_notice && !_notice->parent())
+        delete _notice;
+}
+
+void RowVisibility::watch(QWidget *widget)
+{
+    widget->installEventFilter(this);
+}
+
+bool RowVisibility::eventFilter(QObject *, QEvent *event)
+{
+    if (event->type() == QEvent::MouseButtonPress)
+        _isDragged = true;
+    const bool isReleased = event->type() == QEvent::MouseButtonRelease ||
+                            (event->type() == QEvent::MouseMove &&
+                             static_cast<QMouseEvent *>(event)->buttons() == Qt::NoButton);
+    if (isReleased && _isDragged) {
+        _isDragged = false;
+        updateSoon();
+    }
+    return false;
+}
+
+/** Many steps at once are one. */
+void RowVisibility::updateSoon()
+{
+    _timer.start();
+}
+
+void RowVisibility::hide(const QList<Trace *> &rows)
+{
+    _hidden += QSet<Trace *>(rows.begin(), rows.end());
+    update();
+}
+
+void RowVisibility::showAll()
+{
+    _hidden.clear();
+    _hideEmpty->setChecked(false);
+    update();
+}
+
+void RowVisibility::update()
+{
+    if (_isDragged)
+        return;
+    _timer.stop();
+    const Tellarix::Core::TimeWindow visible = _view->visibleTimeWindow();
+    const QList<Trace *> rows = _view->items();
+    const QSet<Trace *> present(rows.begin(), rows.end());
+    _hidden &= present;
+    QSet<Trace *> hidden = _hidden;
+    const bool hidesEmpty = _hideEmpty->isChecked() && _coverage->hasData(visible);
+    for (Trace *row : rows) {
+        if (hidesEmpty && _coverage->knows(row) && !_coverage->hasData(row, visible))
+            hidden.insert(row);
+        else if (_hideEmpty->isChecked() && !hidesEmpty && row->isTakenOut())
+            hidden.insert(row);
+    }
+    updateNotice(hidden.size() - _hidden.size(), _hidden.size());
+    apply(hidden);
+}
+
+void RowVisibility::apply(const QSet<Trace *> &hidden)
+{
+    bool hasChanged = false;
+    for (Trace *row : _view->items()) {
+        if (row->isTakenOut() == hidden.contains(row))
+            continue;
+        if (!hasChanged)
+            _view->setUpdatesEnabled(false);
+        hasChanged = true;
+        row->setVisible(!hidden.contains(row));
+    }
+    if (!hasChanged)
+        return;
+    _view->setUpdatesEnabled(true);
+    emit changed();
+}
+
+void RowVisibility::updateNotice(int emptyCount, int hiddenCount)
+{
+    QStringList texts;
+    if (emptyCount > 0)
+        texts.append(emptyCount == 1 ? tr("1 row without data here")
+                                     : tr("%1 rows without data here").arg(emptyCount));
+    if (hiddenCount > 0)
+        texts.append(hiddenCount == 1 ? tr("1 row hidden") : tr("%1 rows hidden").arg(hiddenCount));
+    if (!_notice)
+        return;
+    _notice->setText(texts.join(", ") + tr(" – show"));
+    _notice->setVisible(!texts.isEmpty());
+}
+
+} // namespace Workbench

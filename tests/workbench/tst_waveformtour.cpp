@@ -1,0 +1,274 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
+#include "bench/historybox.h"
+#include "waveforms/rowvisibility.h"
+
+#include "openwindow.h"
+#include "pointer.h"
+
+#include <norvu/gui/multitracewidget.h>
+#include <tellarix/qt/records/timescale.h>
+
+#include <QAbstractButton>
+#include <QAction>
+#include <QLineEdit>
+
+using namespace WaveformTesting;
+using namespace Workbench;
+
+namespace {
+
+constexpr double Minute = 60;
+constexpr double Year = 365 * 86400;
+
+bool isNear(const Core::TimeWindow &a, const Core::TimeWindow &b)
+{
+    const double pixel = 0.02 * b.length().length();
+    return std::abs((a.startTime() - b.startTime()).length()) < pixel &&
+           std::abs((a.endTime() - b.endTime()).length()) < pixel;
+}
+
+QStringList shownLabels(const TraceView &view)
+{
+    QStringList labels;
+    for (const Trace *row : view.items()) {
+        if (row->isVisible())
+            labels.append(row->label());
+    }
+    return labels;
+}
+
+/** Ink of traces in a strip of a row's canvas. */
+bool hasInk(Gui::RecordWidget *row, const QRect &strip)
+{
+    const QImage picture = row->grab(strip).toImage();
+    for (int x = 0; x < picture.width(); ++x) {
+        for (int y = 0; y < picture.height(); ++y) {
+            if (picture.pixelColor(x, y).lightness() < 100)
+                return true;
+        }
+    }
+    return false;
+}
+
+} // namespace
+
+/** The ways of an analyst at the waveforms, by keys and mouse. */
+class TestWaveformTour : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void viewStaysWithFilesThatShowInIt();
+    void viewGoesToFilesFromElsewhere();
+    void rowsWithoutDataGiveWay();
+    void rowsStayWhileTheTimeScaleIsDragged();
+    void pagesFromAllData();
+    void rowsThatFilterDoesNotFitSaySo();
+    void namesStandBesideTraces();
+    void compactFollowsNumberOfRows();
+
+private:
+    /** Opens one more file, and waits until it is there. */
+    void openMore(OpenWindow &window, const QString &file)
+    {
+        openAll(window.window, *window.window.bench(), {file});
+    }
+    QString write(const QString &name, const QStringList &streams, const QVector<double> &starts,
+                  double rate = 20, double seconds = 2 * Minute)
+    {
+        std::vector<RecordCPtr> records;
+        for (const QString &stream : streams) {
+            for (const double start : starts)
+                records.push_back(
+                    sawTooth(stream.toStdString(), start, rate, static_cast<int>(seconds * rate)));
+        }
+        return writeRecords(_folder.filePath(name), records);
+    }
+
+    QTemporaryDir _folder;
+    QString _first;
+};
+
+void TestWaveformTour::initTestCase()
+{
+    qputenv("XDG_CONFIG_HOME", _folder.path().toLocal8Bit());
+    _first = write("first.mseed", {"XX.AAA..HHZ", "XX.BBB..HHZ"}, {0, Year});
+    QVERIFY(!_first.isEmpty());
+}
+
+void TestWaveformTour::viewStaysWithFilesThatShowInIt()
+{
+    OpenWindow window({_first});
+    const Core::TimeWindow chosen = WaveformTesting::window(Year + 20, Year + 50);
+    window.view->setVisibleTimeWindow(chosen);
+    openMore(window, write("same.mseed", {"XX.CCC..HHZ"}, {0, Year}));
+    QCOMPARE(window.view->count(), 3);
+    QVERIFY(isNear(window.view->visibleTimeWindow(), chosen));
+}
+
+void TestWaveformTour::viewGoesToFilesFromElsewhere()
+{
+    OpenWindow window({_first});
+    QTest::keyClick(window.view, Qt::Key_PageDown);
+    const Core::TimeWindow before = window.view->visibleTimeWindow();
+    const Core::TimeWindow later = WaveformTesting::window(2 * Year, 2 * Year + 2 * Minute);
+    openMore(window, write("later.mseed", {"XX.CCC..HHZ"}, {2 * Year}));
+    QVERIFY(isNear(window.view->visibleTimeWindow(), later));
+
+    QTest::keyClick(window.view, Qt::Key_Left, Qt::AltModifier);
+    QVERIFY(isNear(window.view->visibleTimeWindow(), before));
+    QTest::keyClick(window.view, Qt::Key_Right, Qt::AltModifier);
+    QVERIFY(isNear(window.view->visibleTimeWindow(), later));
+    // Whoever goes elsewhere from the middle of the history begins a new one there.
+    QTest::keyClick(window.view, Qt::Key_Left, Qt::AltModifier);
+    QTest::keyClick(window.view, Qt::Key_PageUp);
+    QTest::keyClick(window.view, Qt::Key_Right, Qt::AltModifier);
+    QVERIFY(isNear(window.view->visibleTimeWindow(), WaveformTesting::window(0, 2 * Minute)));
+}
+
+void TestWaveformTour::rowsWithoutDataGiveWay()
+{
+    OpenWindow window({_first, write("old.mseed", {"XX.OLD..HHZ"}, {-Year}),
+                       write("both.mseed", {"XX.ZZZ..HHZ"}, {-Year, Year})});
+    const QStringList early{"XX.OLD..HHZ", "XX.ZZZ..HHZ"};
+    const QStringList late{"XX.AAA..HHZ", "XX.BBB..HHZ", "XX.ZZZ..HHZ"};
+    QAbstractButton *notice = window.waveforms->visibility()->notice();
+    QCOMPARE(shownLabels(*window.view), early);
+    QVERIFY(notice->isVisible() && notice->text().startsWith("2 rows without data here"));
+    for (int i = 0; i < 2; ++i)
+        QTest::keyClick(window.view, Qt::Key_PageDown);
+    QCOMPARE(shownLabels(*window.view), late);
+
+    // Arrows pass over what isn't shown, and the overview has no room for it.
+    window.view->select(window.view->itemAt(1));
+    QTest::keyClick(window.view, Qt::Key_Down);
+    QCOMPARE(window.view->currentItem()->label(), late.last());
+    QTest::keyClick(window.view, Qt::Key_O);
+    auto *overview = window.window.findChild<Norvu::Gui::MultiTraceWidget *>();
+    overview->grab();
+    QVERIFY(3 * (window.row(0)->traceInfo(0, false)->height + 4) >= overview->height());
+    QTest::keyClick(window.view, Qt::Key_O);
+
+    QTest::mouseClick(notice, Qt::LeftButton);
+    QCOMPARE(shownLabels(*window.view).size(), 4);
+    QVERIFY(!notice->isVisible());
+    // Between the stretches all rows are as good as each other.
+    QTest::keyClick(window.view, Qt::Key_D, Qt::ControlModifier);
+    QCOMPARE(shownLabels(*window.view), late);
+    window.view->setVisibleTimeWindow(WaveformTesting::window(0.4 * Year, 0.5 * Year));
+    QCoreApplication::processEvents();
+    QCOMPARE(shownLabels(*window.view), late);
+}
+
+void TestWaveformTour::rowsStayWhileTheTimeScaleIsDragged()
+{
+    OpenWindow window(
+        {write("chain.mseed", {"XX.AAA..HHZ"}, {0}), write("link.mseed", {"XX.BBB..HHZ"}, {90})});
+    QWidget *scale = window.view->timeScale();
+    window.view->setVisibleTimeWindow(WaveformTesting::window(0, 80));
+    QTRY_COMPARE(shownLabels(*window.view), QStringList{"XX.AAA..HHZ"});
+    QTest::mousePress(scale, Qt::LeftButton, Qt::NoModifier, {scale->width() / 2, 5});
+    Pointer::move(*scale, {0.1 * scale->width(), 5}, Qt::LeftButton);
+    QVERIFY(window.view->visibleTimeWindow().endTime() > Start + Core::TimeSpan(95));
+    QTest::qWait(50); // nothing is to come of it
+    QCOMPARE(shownLabels(*window.view), QStringList{"XX.AAA..HHZ"});
+    QTest::mouseRelease(scale, Qt::LeftButton, Qt::NoModifier, {scale->width() / 10, 5});
+    QTRY_COMPARE(shownLabels(*window.view), QStringList({"XX.AAA..HHZ", "XX.BBB..HHZ"}));
+}
+
+void TestWaveformTour::pagesFromAllData()
+{
+    OpenWindow window({_first});
+    const Core::TimeWindow stretches[] = {WaveformTesting::window(0, 2 * Minute),
+                                          WaveformTesting::window(Year, Year + 2 * Minute)};
+    QTest::keyClick(window.view, Qt::Key_0, Qt::ControlModifier);
+    QTest::keyClick(window.view, Qt::Key_PageDown);
+    QVERIFY(isNear(window.view->visibleTimeWindow(), stretches[0]));
+    QTest::keyClick(window.view, Qt::Key_0, Qt::ControlModifier);
+    QTest::keyClick(window.view, Qt::Key_PageUp);
+    QVERIFY(isNear(window.view->visibleTimeWindow(), stretches[1]));
+}
+
+void TestWaveformTour::rowsThatFilterDoesNotFitSaySo()
+{
+    OpenWindow window({write("fast.mseed", {"XX.FAST..HHZ"}, {0}, 100),
+                       write("slow.mseed", {"XX.SLOW..LHZ"}, {0}, 1)});
+    auto *box = window.window.findChild<HistoryBox *>();
+    const QColor plain = box->lineEdit()->palette().color(QPalette::Text);
+    const auto apply = [&](const char *text) {
+        QTest::keyClick(&window.window, Qt::Key_F, Qt::ControlModifier);
+        box->setEditText(text);
+        QTest::keyClick(box, Qt::Key_Return);
+        QCoreApplication::processEvents();
+    };
+    apply("bandpass(1, 8)");
+    QTRY_VERIFY(window.row(0)->filteredRecords(0));
+    const Gui::RecordWidget *slow = window.row(1);
+    QCOMPARE(slow->displayedRecords(0), slow->records(0));
+    QVERIFY(slow->areTracesPale() && slow->recordLabel(0).startsWith("Not filtered: "));
+    QVERIFY(!window.row(0)->areTracesPale() && window.row(0)->recordLabel(0).isEmpty());
+    QVERIFY(box->lineEdit()->palette().color(QPalette::Text) != plain);
+    QVERIFY(box->toolTip().contains("Streams at 1 Hz"));
+
+    // What comes later is looked at too.
+    openMore(window, write("slower.mseed", {"XX.SLOW..MHZ"}, {0}, 2));
+    QVERIFY(window.row(2)->areTracesPale() && !window.row(2)->filter());
+    QTest::keyClick(window.view, Qt::Key_F);
+    QVERIFY(!slow->areTracesPale() && slow->recordLabel(0).isEmpty());
+    apply("lowpass(0.1)");
+    QTRY_VERIFY(slow->filteredRecords(0));
+    QVERIFY(!slow->areTracesPale());
+    QCOMPARE(box->lineEdit()->palette().color(QPalette::Text), plain);
+}
+
+void TestWaveformTour::namesStandBesideTraces()
+{
+    OpenWindow window({write("wide.mseed", {"XX.LONGN.00.HHZ", "XX.B..HHZ"}, {0})});
+    QTest::keyClick(window.view, Qt::Key_K, Qt::ControlModifier);
+    QVERIFY(window.waveforms->isCompact());
+    QTRY_VERIFY(window.view->nameWidth() > 0);
+    const auto *scale = window.view->timeScale();
+    for (int i = 0; i < 2; ++i) {
+        Gui::RecordWidget *row = window.row(i);
+        const QRect canvas = row->canvasRect();
+        QTRY_COMPARE(row->mapTo(window.view, canvas.topLeft()).x(),
+                     scale->mapTo(window.view, QPoint(0, 0)).x());
+        QVERIFY(hasInk(row, {0, 0, window.view->nameWidth(), row->height()}));
+        QVERIFY(row->recordLabel(0).isEmpty());
+    }
+
+    // A row that is loaded again keeps its name.
+    window.view->select(window.view->itemAt(1));
+    window.view->resetSelectedTraces();
+    QTest::keyClick(window.view, Qt::Key_F5);
+    QTRY_VERIFY(!window.waveforms->isLoading());
+    QVERIFY(!window.row(1)->records(0)->isEmpty());
+    window.view->clearSelection();
+    QVERIFY(hasInk(window.row(1), {0, 0, 60, window.row(1)->height()}));
+    QTest::keyClick(window.view, Qt::Key_K, Qt::ControlModifier);
+    QCOMPARE(window.view->nameWidth(), 0);
+}
+
+void TestWaveformTour::compactFollowsNumberOfRows()
+{
+    QStringList many;
+    for (int i = 0; i < 12; ++i)
+        many.append(QString("XX.S%1..HHZ").arg(i));
+    const QString file = write("many.mseed", many, {0});
+    OpenWindow window({_first});
+    QVERIFY(!window.waveforms->isCompact());
+    openMore(window, file);
+    QVERIFY(window.waveforms->isCompact());
+    QTRY_COMPARE(window.row(0)->parentWidget()->height(), window.row(13)->parentWidget()->height());
+
+    // What the user has chosen stays.
+    QTest::keyClick(window.view, Qt::Key_K, Qt::ControlModifier);
+    QVERIFY(!window.waveforms->isCompact());
+    openMore(window, write("more.mseed", {"XX.MORE..HHZ"}, {0}));
+    QVERIFY(!window.waveforms->isCompact());
+}
+
+QTEST_MAIN(TestWaveformTour)
+#include "tst_waveformtour.moc"
