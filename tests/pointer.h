@@ -25,10 +25,11 @@ inline void leave(QWidget &widget)
 }
 
 /** Turns the wheel; 120 units are one notch of 15 degrees. */
-inline void turnWheel(QWidget &widget, const QPointF &position, const QPoint &units)
+inline void turnWheel(QWidget &widget, const QPointF &position, const QPoint &units,
+                      Qt::KeyboardModifiers modifiers = Qt::NoModifier)
 {
     QWheelEvent event(position, widget.mapToGlobal(position.toPoint()), QPoint(), units,
-                      Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+                      Qt::NoButton, modifiers, Qt::NoScrollPhase, false);
     QApplication::sendEvent(&widget, &event);
 }
 

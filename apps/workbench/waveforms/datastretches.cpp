@@ -16,6 +16,7 @@ namespace {
 constexpr double ShortestBreak = 60;
 constexpr double MarginShare = 0.01;
 constexpr double ShortestMargin = 0.01;
+constexpr double LengthTolerance = 1E-6;
 
 } // namespace
 
@@ -64,6 +65,14 @@ int neighbouringStretch(const QVector<TimeWindow> &stretches, const TimeWindow &
         return next < stretches.size() ? next : -1;
     const bool isInside = next > 0 && middle < stretches[next - 1].endTime();
     return std::max(-1, next - (isInside ? 2 : 1));
+}
+
+TimeWindow limitedZoom(const TimeWindow &wanted, const TimeWindow &visible, const TimeWindow &all)
+{
+    const bool isZoom = wanted.length() > visible.length() * (1 + LengthTolerance);
+    if (all.isEmpty() || !isZoom || wanted.length() <= all.length())
+        return wanted;
+    return visible.length() > all.length() ? visible : all;
 }
 
 TimeWindow withMargins(const TimeWindow &window)

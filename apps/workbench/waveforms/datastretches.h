@@ -36,6 +36,14 @@ QVector<Tellarix::Core::TimeWindow> mergedWindows(QVector<Tellarix::Core::TimeWi
 int neighbouringStretch(const QVector<Tellarix::Core::TimeWindow> &stretches,
                         const Tellarix::Core::TimeWindow &visible, int step);
 
+/**
+ * The window to show when a user asks for @p wanted: zooming out ends at @p all, or where the view
+ * is if it shows more already.
+ */
+Tellarix::Core::TimeWindow limitedZoom(const Tellarix::Core::TimeWindow &wanted,
+                                       const Tellarix::Core::TimeWindow &visible,
+                                       const Tellarix::Core::TimeWindow &all);
+
 /** @p window with 1 percent of its length, at least 10 ms, added on either side. */
 Tellarix::Core::TimeWindow withMargins(const Tellarix::Core::TimeWindow &window);
 

@@ -6,6 +6,7 @@
 #include "bench/selection.h"
 #include "bench/stations.h"
 #include "bench/tracerows.h"
+#include "timetext.h"
 #include "waveforms.h"
 
 #include <norvu/gui/trace.h>
@@ -30,11 +31,6 @@ constexpr double LeastSecondsAfter = 300;
 constexpr double SecondsAfterShearWave = 60;
 /** Of direct waves in the crust, and of the fastest surface waves, in km/s. */
 constexpr double ShearWaveVelocity = 3.5;
-
-QString timeText(const Core::Time &time)
-{
-    return QString::fromStdString(time.toString("%Y-%m-%d %H:%M:%S"));
-}
 
 /** Whether a window can't be told from the one that a view shows. */
 bool isShown(const Core::TimeWindow &window, const TraceView &view)

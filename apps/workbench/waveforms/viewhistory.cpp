@@ -47,8 +47,10 @@ ViewHistory::ViewHistory(Norvu::Gui::TraceView *view)
 
 void ViewHistory::wait()
 {
-    if (_view->count() > 0)
-        _rest.start();
+    if (_view->count() == 0)
+        return;
+    _rest.start();
+    updateActions();
 }
 
 void ViewHistory::keep()
@@ -97,7 +99,10 @@ void ViewHistory::clear()
 
 void ViewHistory::updateActions()
 {
-    _back->setEnabled(_current > 0);
+    // A window in which the view hasn't come to rest yet can be left as well.
+    const bool isElsewhere =
+        _current == 0 && isOtherView(_windows[0], _view->visibleTimeWindow());
+    _back->setEnabled(_current > 0 || isElsewhere);
     _forward->setEnabled(_current + 1 < _windows.size());
 }
 

@@ -10,6 +10,7 @@
 #include "overviewmenu.h"
 #include "rowvisibility.h"
 #include "selectionlink.h"
+#include "timegestures.h"
 #include "viewhistory.h"
 #include "waveforms.h"
 
@@ -92,6 +93,8 @@ void WaveformPanel::createViewActions()
                   SLOT(showNextStretch()));
     addViewAction(tr("&Previous stretch of data"), QKeySequence::MoveToPreviousPage,
                   SLOT(showPreviousStretch()));
+    addViewAction(tr("&Go to time…"), tr("Ctrl+G"), SLOT(askForTime()));
+    _viewActions.append(_waveforms->gestures()->zoomAction());
     _viewActions.append(_waveforms->history()->backAction());
     _viewActions.append(_waveforms->history()->forwardAction());
     _viewActions.append(makeSeparator());
@@ -147,7 +150,7 @@ void WaveformPanel::createTraceMenu()
     _traceMenu->addSeparator();
     const QList<QAction *> shown = view->controlActions();
     for (QAction *action : view->actions()) {
-        if (!shown.contains(action))
+        if (!shown.contains(action) && !_viewActions.contains(action))
             _traceMenu->addAction(action);
     }
     _traceMenu->addAction(tr("Select by &pattern…"), view, SLOT(selectPattern()));

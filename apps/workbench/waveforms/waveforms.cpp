@@ -7,12 +7,15 @@
 #include "bench/stations.h"
 #include "bench/tracerows.h"
 #include "datastretches.h"
+#include "datastrip.h"
 #include "measuring.h"
 #include "rowmargins.h"
 #include "rownames.h"
 #include "rowunits.h"
 #include "rowvisibility.h"
 #include "sourcequeue.h"
+#include "timegestures.h"
+#include "timetext.h"
 #include "viewhistory.h"
 
 #include <norvu/gui/trace.h>
@@ -23,8 +26,12 @@
 #include <tellarix/qt/records/timescale.h>
 
 #include <QAbstractButton>
+#include <QAction>
+#include <QClipboard>
 #include <QContextMenuEvent>
 #include <QEvent>
+#include <QGuiApplication>
+#include <QInputDialog>
 #include <QMenu>
 #include <QMouseEvent>
 #include <QVBoxLayout>
@@ -64,25 +71,22 @@ std::set<double> samplingFrequencies(const TraceView &view)
     return rates;
 }
 
-QString timeText(const Core::Time &time)
-{
-    return QString::fromStdString(time.toString("%Y-%m-%d %H:%M:%S"));
-}
-
 } // namespace
 
 Waveforms::Waveforms(Bench *bench, QWidget *parent)
     : QWidget(parent), _bench(bench), _view(new TraceView(this, Qt::WindowFlags(), nullptr, true)),
       _margins(new RowMargins(_view, bench->rows())), _measuringTool(new MeasuringTool(_view)),
       _queue(new SourceQueue(bench, _view, this)), _history(new ViewHistory(_view)),
-      _visibility(new RowVisibility(_view, &_coverage)), _names(new RowNames(_view))
+      _visibility(new RowVisibility(_view, &_coverage)), _names(new RowNames(_view)),
+      _gestures(new TimeGestures(_view)), _strip(new DataStrip(_view, &_coverage, this))
 {
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     layout->addWidget(_view);
+    layout->addWidget(_strip);
     layout->addWidget(_visibility->notice(), 0, Qt::AlignCenter);
-    _visibility->watch(_view->timeScale());
+    connectTime();
 
     _bench->rows()->setView(_view);
     _view->setBackgroundFiltering(true);
@@ -91,6 +95,27 @@ Waveforms::Waveforms(Bench *bench, QWidget *parent)
     connect(_bench->stations(), SIGNAL(changed()), this, SLOT(updateUnits()));
     connect(_queue, SIGNAL(advanced()), this, SLOT(showArrivals()));
     connect(_queue, SIGNAL(ended(QStringList)), this, SLOT(endLoad(QStringList)));
+}
+
+void Waveforms::connectTime()
+{
+    _visibility->watch(_view->timeScale());
+    _visibility->watch(_strip);
+    connect(_strip, SIGNAL(windowRequested(Tellarix::Core::TimeWindow)), this,
+            SLOT(showWindow(Tellarix::Core::TimeWindow)));
+    connect(_gestures, SIGNAL(zoomRequested(Tellarix::Core::TimeWindow)), this,
+            SLOT(leapTo(Tellarix::Core::TimeWindow)));
+
+    // Whatever zooms out ends at all data.
+    disconnect(_view->timeScale(), SIGNAL(rangeChangeRequested(double, double)), _view, nullptr);
+    connect(_view->timeScale(), SIGNAL(rangeChangeRequested(double, double)), this,
+            SLOT(showRange(double, double)));
+    for (QAction *action : _view->controlActions()) {
+        if (action->shortcut() != QKeySequence("<"))
+            continue;
+        disconnect(action, SIGNAL(triggered()), _view, nullptr);
+        connect(action, SIGNAL(triggered()), this, SLOT(zoomOut()));
+    }
 }
 
 bool Waveforms::open(const QStringList &sources)
@@ -308,6 +333,7 @@ void Waveforms::clear()
     _sources.clear();
     _view->clear();
     _coverage.clear();
+    _strip->update();
     _history->clear();
     _paths.clear();
     updateRangeText();
@@ -423,6 +449,7 @@ void Waveforms::setRulersShown(bool show)
 void Waveforms::collectCoverage()
 {
     _coverage.collect(*_view);
+    _strip->update();
     _visibility->update();
 }
 
@@ -448,6 +475,52 @@ void Waveforms::showNeighbour(int step)
     const int index = neighbouringStretch(stretches(), _view->visibleTimeWindow(), step);
     if (index >= 0)
         leapTo(withMargins(stretches()[index]));
+}
+
+void Waveforms::showRange(double lower, double upper)
+{
+    const Gui::TimeScale *scale = _view->timeScale();
+    showWindow({scale->timeAt(lower), scale->timeAt(upper)});
+}
+
+void Waveforms::showWindow(const Core::TimeWindow &window)
+{
+    const Core::TimeWindow extent = _coverage.extent();
+    _view->setVisibleTimeWindow(limitedZoom(window, _view->visibleTimeWindow(),
+                                            extent.isEmpty() ? extent : withMargins(extent)));
+}
+
+void Waveforms::zoomOut()
+{
+    const double half = (_view->tmax() - _view->tmin()) / 2;
+    showRange(_view->tmin() - half, _view->tmax() + half);
+}
+
+void Waveforms::askForTime()
+{
+    const Core::Time start = _view->visibleTimeWindow().startTime();
+    const Core::Time copied = timeInText(QGuiApplication::clipboard()->text(), Core::Time());
+    auto *dialog = new QInputDialog(this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setWindowTitle(tr("Go to time"));
+    dialog->setLabelText(tr("Date, time of the day, or both (UTC):"));
+    dialog->setTextValue(timeText(copied.valid() ? copied : start));
+    connect(dialog, SIGNAL(textValueSelected(QString)), this, SLOT(goToTime(QString)));
+    dialog->open();
+}
+
+void Waveforms::goToTime(const QString &text)
+{
+    const Core::TimeWindow visible = _view->visibleTimeWindow();
+    const Core::Time time = timeInText(text, visible.startTime());
+    if (!time.valid()) {
+        _bench->showStatus(tr("\"%1\" is no time; write 2024-01-05 10:11:12").arg(text));
+        return;
+    }
+    const Core::TimeSpan half = visible.length() / 2.0;
+    leapTo({time - half, time + half});
+    if (!_coverage.hasData(_view->visibleTimeWindow()))
+        _bench->showStatus(tr("No waveforms about %1").arg(timeText(time)));
 }
 
 /** Shows a window far from the one before, with a way back. */

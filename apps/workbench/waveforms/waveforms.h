@@ -34,11 +34,13 @@ class RecordWidget;
 namespace Workbench {
 
 class Bench;
+class DataStrip;
 class MeasuringTool;
 class RowMargins;
 class RowNames;
 class RowVisibility;
 class SourceQueue;
+class TimeGestures;
 class ViewHistory;
 
 /** The way from an event to a station. */
@@ -65,6 +67,7 @@ public:
     MeasuringTool *measuringTool() const { return _measuringTool; }
     ViewHistory *history() const { return _history; }
     RowVisibility *visibility() const { return _visibility; }
+    TimeGestures *gestures() const { return _gestures; }
 
     /**
      * Begins to load files and record streams into the rows, beside what is there. The first data
@@ -118,6 +121,10 @@ public slots:
     void showAllData();
     void showNextStretch();
     void showPreviousStretch();
+    void zoomOut();
+    /** Asks for a time, which comes into the middle of the view. */
+    void askForTime();
+    void goToTime(const QString &text);
 
 signals:
     /** What was wrong with sources, one text each. */
@@ -135,6 +142,9 @@ protected:
     void contextMenuEvent(QContextMenuEvent *event) override;
 
 private slots:
+    void showRange(double lower, double upper);
+    void showWindow(const Tellarix::Core::TimeWindow &window);
+    void leapTo(const Tellarix::Core::TimeWindow &window);
     void updateRangeText();
     void showArrivals();
     void endLoad(const QStringList &messages);
@@ -153,8 +163,8 @@ private:
     void dress(Norvu::Gui::Trace *row);
     bool updateUnit(Norvu::Gui::Trace *row);
     void collectCoverage();
+    void connectTime();
     void showNeighbour(int step);
-    void leapTo(const Tellarix::Core::TimeWindow &window);
     QString textAt(Tellarix::Gui::RecordWidget *widget, const QPoint &position) const;
 
     Bench *_bench;
@@ -165,6 +175,8 @@ private:
     ViewHistory *_history;
     RowVisibility *_visibility;
     RowNames *_names;
+    TimeGestures *_gestures;
+    DataStrip *_strip;
     QStringList _sources;
     QList<QAction *> _rowActions;
     Coverage _coverage;

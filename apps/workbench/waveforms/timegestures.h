@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
+#pragma once
+
+#include <tellarix/core/timewindow.h>
+
+#include <QEvent>
+#include <QObject>
+#include <QPoint>
+
+class QAction;
+class QLabel;
+class QMouseEvent;
+class QScrollArea;
+class QWheelEvent;
+
+namespace Norvu {
+namespace Gui {
+class TraceView;
+} // namespace Gui
+} // namespace Norvu
+
+namespace Workbench {
+
+/**
+ * Does over the traces what can be done over the time scale: Ctrl and the wheel zoom about the
+ * pointer, Shift and the wheel, or a wheel or touchpad that turns sideways, pan, Shift and drag
+ * select a span.
+ *
+ * The span is the one of the time scale. It is shown in all rows with its length; Return and a
+ * double click in it zoom to it, and it goes with the selection of rows (Esc).
+ */
+class TimeGestures : public QObject
+{
+    Q_OBJECT
+
+public:
+    /** @param view  owns it */
+    explicit TimeGestures(Norvu::Gui::TraceView *view);
+
+    /** "Zoom to the span", enabled while there is one. */
+    QAction *zoomAction() const { return _zoom; }
+    /** The selected span; empty without one. */
+    Tellarix::Core::TimeWindow span() const;
+
+public slots:
+    void zoomToSpan();
+    void clearSpan();
+
+signals:
+    /** The view is to be zoomed to a span. */
+    void zoomRequested(const Tellarix::Core::TimeWindow &window);
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private slots:
+    void showSpan();
+    void placeLabel();
+
+private:
+    bool turnWheel(const QWidget &widget, QWheelEvent &event);
+    bool press(const QMouseEvent &event);
+    bool move(const QMouseEvent &event);
+    bool release(const QMouseEvent &event);
+    bool doubleClick(const QMouseEvent &event);
+    void sendToScale(QEvent::Type type, const QPoint &globalPosition);
+
+    enum class Drag
+    {
+        None,
+        Pressed, /**< may be a click with Shift, which selects rows */
+        Selects
+    };
+
+    Norvu::Gui::TraceView *_view;
+    QScrollArea *_scrollArea;
+    QAction *_zoom;
+    QLabel *_label;
+    Drag _drag{Drag::None};
+    QPoint _pressed; /**< on the screen */
+};
+
+} // namespace Workbench
