@@ -81,6 +81,7 @@ private slots:
     void stripPansAndZooms();
     void goesToTime_data();
     void goesToTime();
+    void tellsWhatIsUnderThePointer();
 
 private:
     /** Opens one more file, and waits until it is there. */
@@ -451,6 +452,43 @@ void TestWaveformTour::goesToTime()
     const Core::Time middle = Start + Core::TimeSpan(seconds);
     QVERIFY(isNear(window.view->visibleTimeWindow(),
                    seconds < 0 ? before : Core::TimeWindow(middle - half, middle + half)));
+}
+
+void TestWaveformTour::tellsWhatIsUnderThePointer()
+{
+    OpenWindow window({write("saw.mseed", {"XX.AAA..HHZ"}, {0}, 1)});
+    QSignalSpy texts(window.waveforms, SIGNAL(pointerText(QString)));
+    Gui::RecordWidget *row = window.row(0);
+    const auto textAt = [&](QWidget &widget, int x, int y) {
+        Pointer::move(widget, QPointF(x, y));
+        return texts.isEmpty() ? QString() : texts.takeLast().value(0).toString();
+    };
+    window.view->setVisibleTimeWindow(WaveformTesting::window(0, 10));
+    const int x = row->mapTime(Start + Core::TimeSpan(3));
+    const int y = row->canvasRect().top() + 3;
+    const QString height =
+        QString::number(Norvu::Gui::TraceView::crosshairValue(row, y), 'g', 6) + " counts";
+    const QString text = textAt(*row, x, y);
+    QVERIFY2(text.startsWith("2024-01-05 10:11:14.99") || text.startsWith("2024-01-05 10:11:15.0"), qPrintable(text));
+    QVERIFY2(text.endsWith("sample -700 counts  ·  pointer at " + height), qPrintable(text));
+    // Between the stretches there is no sample; seconds are told as far as a pixel goes.
+    window.view->setVisibleTimeWindow(WaveformTesting::window(0, 40000));
+    QCOMPARE(textAt(*row, row->canvasRect().right(), y).indexOf("sample"), -1);
+    QVERIFY(!textAt(*row, row->canvasRect().right(), y).section("  ", 0, 0).contains('.'));
+
+    window.view->setVisibleTimeWindow(WaveformTesting::window(0, 10));
+    QTest::keyClick(window.view, Qt::Key_O);
+    auto *overview = window.window.findChild<Norvu::Gui::MultiTraceWidget *>();
+    QTRY_VERIFY(overview->isVisible() && overview->width() > 300);
+    overview->grab();
+    const Gui::TimeScale *scale = window.view->timeScale();
+    const int inScale =
+        static_cast<int>(scale->valueToPixel(scale->valueOf(Start + Core::TimeSpan(3))));
+    const QPoint point = overview->mapFromGlobal(scale->mapToGlobal(QPoint(inScale, 0)));
+    const QString inOverview = textAt(*overview, point.x(), overview->height() / 2);
+    QVERIFY2(inOverview.startsWith("XX.AAA..HHZ  2024-01-05 10:11:1") &&
+                 inOverview.endsWith("sample -700 counts"),
+             qPrintable(inOverview));
 }
 
 QTEST_MAIN(TestWaveformTour)

@@ -100,8 +100,7 @@ void ViewHistory::clear()
 void ViewHistory::updateActions()
 {
     // A window in which the view hasn't come to rest yet can be left as well.
-    const bool isElsewhere =
-        _current == 0 && isOtherView(_windows[0], _view->visibleTimeWindow());
+    const bool isElsewhere = _current == 0 && isOtherView(_windows[0], _view->visibleTimeWindow());
     _back->setEnabled(_current > 0 || isElsewhere);
     _forward->setEnabled(_current + 1 < _windows.size());
 }

@@ -8,6 +8,7 @@
 #include "filterbox.h"
 #include "measuring.h"
 #include "overviewmenu.h"
+#include "pointerreport.h"
 #include "rowvisibility.h"
 #include "selectionlink.h"
 #include "timegestures.h"
@@ -161,6 +162,7 @@ void WaveformPanel::createOverviewMenu()
 {
     _overview = new Norvu::Gui::MultiTraceWidget(_waveforms->view());
     connect(_waveforms->visibility(), SIGNAL(changed()), _overview, SLOT(updateDisplay()));
+    _waveforms->pointer()->watch(_overview);
     _overviewMenu = new OverviewMenu(_waveforms->view(), _overview, this);
 }
 

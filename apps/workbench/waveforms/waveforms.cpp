@@ -9,6 +9,7 @@
 #include "datastretches.h"
 #include "datastrip.h"
 #include "measuring.h"
+#include "pointerreport.h"
 #include "rowmargins.h"
 #include "rownames.h"
 #include "rowunits.h"
@@ -29,11 +30,9 @@
 #include <QAction>
 #include <QClipboard>
 #include <QContextMenuEvent>
-#include <QEvent>
 #include <QGuiApplication>
 #include <QInputDialog>
 #include <QMenu>
-#include <QMouseEvent>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -89,6 +88,8 @@ Waveforms::Waveforms(Bench *bench, QWidget *parent)
     connectTime();
 
     _bench->rows()->setView(_view);
+    _pointer = new PointerReport(_bench->rows());
+    connect(_pointer, SIGNAL(changed(QString)), this, SIGNAL(pointerText(QString)));
     _view->setBackgroundFiltering(true);
     connect(_view, SIGNAL(loadDataRequested()), this, SLOT(reload()));
     connect(_view, SIGNAL(displayChanged(double, double, double)), this, SLOT(updateRangeText()));
@@ -352,7 +353,7 @@ void Waveforms::setPaths(const QHash<QString, EventPath> &paths)
 void Waveforms::dress(Trace *row)
 {
     Gui::RecordWidget *widget = row->recordWidget();
-    widget->installEventFilter(this);
+    _pointer->watch(widget);
 
     QString name = row->label();
     const auto path = _paths.constFind(stationOf(*row));
@@ -538,8 +539,11 @@ void Waveforms::updateRangeText()
         return;
     }
     const Core::TimeWindow visible = _view->visibleTimeWindow();
-    QString text =
-        tr("%1 to %2 UTC").arg(timeText(visible.startTime()), timeText(visible.endTime()));
+    // Seconds as soon as whole ones would tell both ends apart badly.
+    const double resolution = std::min(1.0, visible.length().length() / 60);
+    QString text = tr("%1 to %2 UTC")
+                       .arg(timeText(visible.startTime(), resolution),
+                            timeText(visible.endTime(), resolution));
     if (stretches().size() > 1) {
         for (int i = 0; i < stretches().size(); ++i) {
             if (stretches()[i].overlaps(visible)) {
@@ -562,26 +566,6 @@ void Waveforms::contextMenuEvent(QContextMenuEvent *event)
     if (!(*row)->isSelected())
         _view->select(*row);
     QMenu::exec(_bench->rows()->menuActions() + _rowActions, event->globalPos(), nullptr, this);
-}
-
-QString Waveforms::textAt(Gui::RecordWidget *widget, const QPoint &position) const
-{
-    const QString text = widget->statusText(position);
-    const RowAddition *addition = _bench->rows()->addition();
-    const QString added = addition ? addition->textAt(widget, position) : QString();
-    return added.isEmpty() ? text : text + "  ·  " + added;
-}
-
-bool Waveforms::eventFilter(QObject *watched, QEvent *event)
-{
-    auto *widget = qobject_cast<Gui::RecordWidget *>(watched);
-    if (widget && event->type() == QEvent::MouseMove) {
-        const QPoint position = static_cast<QMouseEvent *>(event)->pos();
-        emit pointerText(textAt(widget, position));
-    } else if (widget && event->type() == QEvent::Leave) {
-        emit pointerText(QString());
-    }
-    return QWidget::eventFilter(watched, event);
 }
 
 } // namespace Workbench

@@ -36,6 +36,7 @@ namespace Workbench {
 class Bench;
 class DataStrip;
 class MeasuringTool;
+class PointerReport;
 class RowMargins;
 class RowNames;
 class RowVisibility;
@@ -68,6 +69,7 @@ public:
     ViewHistory *history() const { return _history; }
     RowVisibility *visibility() const { return _visibility; }
     TimeGestures *gestures() const { return _gestures; }
+    PointerReport *pointer() const { return _pointer; }
 
     /**
      * Begins to load files and record streams into the rows, beside what is there. The first data
@@ -138,7 +140,6 @@ signals:
     void filterMisfits(const QStringList &messages);
 
 protected:
-    bool eventFilter(QObject *watched, QEvent *event) override;
     void contextMenuEvent(QContextMenuEvent *event) override;
 
 private slots:
@@ -165,7 +166,6 @@ private:
     void collectCoverage();
     void connectTime();
     void showNeighbour(int step);
-    QString textAt(Tellarix::Gui::RecordWidget *widget, const QPoint &position) const;
 
     Bench *_bench;
     Norvu::Gui::TraceView *_view;
@@ -177,6 +177,7 @@ private:
     RowNames *_names;
     TimeGestures *_gestures;
     DataStrip *_strip;
+    PointerReport *_pointer;
     QStringList _sources;
     QList<QAction *> _rowActions;
     Coverage _coverage;
