@@ -63,9 +63,12 @@ private slots:
         QStringList keys =
             listedKeys(actionShortcuts(window)) + listedKeys({viewShortcuts().first()});
         keys.sort();
-        QStringList once = keys;
-        once.removeDuplicates();
-        QCOMPARE(keys, once);
+        QStringList twice;
+        for (int i = 1; i < keys.size(); ++i) {
+            if (keys[i] == keys[i - 1])
+                twice.append(keys[i]);
+        }
+        QVERIFY2(twice.isEmpty(), qPrintable(twice.join(", ")));
     }
 
     void groupsByMenu()

@@ -2,6 +2,7 @@
 
 #include "bench/historybox.h"
 #include "waveforms/datastrip.h"
+#include "waveforms/rowcommands.h"
 #include "waveforms/rowvisibility.h"
 
 #include "openwindow.h"
@@ -16,6 +17,7 @@
 #include <QInputDialog>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QScrollArea>
 
 using namespace WaveformTesting;
@@ -82,6 +84,10 @@ private slots:
     void goesToTime_data();
     void goesToTime();
     void tellsWhatIsUnderThePointer();
+    void rowsAreSorted_data();
+    void rowsAreSorted();
+    void selectedRowsAreHiddenAndClosed();
+    void componentsHaveColors();
 
 private:
     /** Opens one more file, and waits until it is there. */
@@ -469,7 +475,8 @@ void TestWaveformTour::tellsWhatIsUnderThePointer()
     const QString height =
         QString::number(Norvu::Gui::TraceView::crosshairValue(row, y), 'g', 6) + " counts";
     const QString text = textAt(*row, x, y);
-    QVERIFY2(text.startsWith("2024-01-05 10:11:14.99") || text.startsWith("2024-01-05 10:11:15.0"), qPrintable(text));
+    QVERIFY2(text.startsWith("2024-01-05 10:11:14.99") || text.startsWith("2024-01-05 10:11:15.0"),
+             qPrintable(text));
     QVERIFY2(text.endsWith("sample -700 counts  ·  pointer at " + height), qPrintable(text));
     // Between the stretches there is no sample; seconds are told as far as a pixel goes.
     window.view->setVisibleTimeWindow(WaveformTesting::window(0, 40000));
@@ -489,6 +496,70 @@ void TestWaveformTour::tellsWhatIsUnderThePointer()
     QVERIFY2(inOverview.startsWith("XX.AAA..HHZ  2024-01-05 10:11:1") &&
                  inOverview.endsWith("sample -700 counts"),
              qPrintable(inOverview));
+}
+
+void TestWaveformTour::rowsAreSorted_data()
+{
+    QTest::addColumn<QString>("order");
+    QTest::addColumn<QString>("labels");
+    QTest::newRow("as opened") << "opened"
+                               << "YY.AAA..HHZ XX.BBB..HHN XX.BBB..HHZ XX.AAA..HHN";
+    QTest::newRow("name") << "name"
+                          << "XX.AAA..HHN XX.BBB..HHN XX.BBB..HHZ YY.AAA..HHZ";
+    QTest::newRow("station") << "station"
+                             << "XX.AAA..HHN YY.AAA..HHZ XX.BBB..HHN XX.BBB..HHZ";
+    QTest::newRow("component") << "component"
+                               << "XX.AAA..HHN XX.BBB..HHN XX.BBB..HHZ YY.AAA..HHZ";
+}
+
+void TestWaveformTour::rowsAreSorted()
+{
+    QFETCH(QString, order);
+    QFETCH(QString, labels);
+    OpenWindow window({write("first4.mseed", {"YY.AAA..HHZ", "XX.BBB..HHN", "XX.BBB..HHZ"}, {0})});
+    for (QAction *action : window.waveforms->commands()->orderMenu()->actions()) {
+        if (action->data() == order)
+            action->trigger();
+    }
+    // Rows that come later find their places.
+    openMore(window, write("last4.mseed", {"XX.AAA..HHN"}, {0}));
+    QCOMPARE(shownLabels(*window.view), labels.split(' '));
+}
+
+void TestWaveformTour::selectedRowsAreHiddenAndClosed()
+{
+    OpenWindow window({write("abc.mseed", {"XX.AAA..HHZ", "XX.BBB..HHZ", "XX.CCC..HHZ"}, {0})});
+    const auto press = [&](int row, const QKeySequence &keys) {
+        QTest::mouseClick(window.row(row), Qt::LeftButton, Qt::NoModifier,
+                          window.row(row)->canvasRect().center());
+        QTest::keySequence(window.view, keys);
+    };
+    press(1, QKeySequence("Ctrl+C"));
+    QCOMPARE(QGuiApplication::clipboard()->text(), QString("XX.BBB..HHZ"));
+    QTest::keySequence(window.view, QKeySequence("Ctrl+H"));
+    QCOMPARE(shownLabels(*window.view), QStringList({"XX.AAA..HHZ", "XX.CCC..HHZ"}));
+    QCOMPARE(window.waveforms->visibility()->notice()->text().section(" –", 0, 0),
+             QString("1 row hidden"));
+    // What is hidden isn't closed along with all others.
+    QTest::keySequence(window.view, QKeySequence("Ctrl+A"));
+    QTest::keySequence(window.view, QKeySequence("Shift+Del"));
+    QCOMPARE(window.view->count(), 1);
+    QTest::keySequence(window.view, QKeySequence("Ctrl+Shift+H"));
+    QCOMPARE(shownLabels(*window.view), QStringList{"XX.BBB..HHZ"});
+}
+
+void TestWaveformTour::componentsHaveColors()
+{
+    OpenWindow window({write("zne.mseed", {"XX.AAA..HHE", "XX.AAA..HHZ", "XX.BBB..HHZ"}, {0})});
+    window.window.grab();
+    const QColor plain = window.row(0)->recordPen(0).color();
+    QAction *colors = window.waveforms->commands()->colorsAction();
+    colors->trigger();
+    window.window.grab(); // painting keeps them
+    QVERIFY(window.row(0)->recordPen(0).color() != window.row(1)->recordPen(0).color());
+    QCOMPARE(window.row(1)->recordPen(0), window.row(2)->recordPen(0));
+    colors->trigger();
+    QCOMPARE(window.row(1)->recordPen(0).color(), plain);
 }
 
 QTEST_MAIN(TestWaveformTour)

@@ -8,6 +8,7 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <utility>
 
 using namespace Tellarix;
 using Core::Time;
@@ -137,7 +138,7 @@ bool SpectrogramRow::coversTraces() const
 void SpectrogramRow::updateTracePen()
 {
     if (!coversTraces()) {
-        removeRecordPen(RowSlot);
+        restorePen();
         return;
     }
     const QColor background = quietColor();
@@ -147,8 +148,27 @@ void SpectrogramRow::updateTracePen()
     color.setAlpha(PenAlpha);
     QPen pen(color, Gui::Scheme::Current().records.lineWidth);
     pen.setCosmetic(true);
-    if (recordPen(RowSlot) != pen)
-        setRecordPen(RowSlot, pen);
+    if (recordPen(RowSlot) == pen)
+        return;
+    if (!_hasPictureColor) {
+        const QPen before = recordPen(RowSlot);
+        removeRecordPen(RowSlot);
+        if (before != recordPen(RowSlot))
+            _ownPen = before;
+    }
+    _hasPictureColor = true;
+    setRecordPen(RowSlot, pen);
+}
+
+/** Gives the traces the pen back that they had before there was a picture. */
+void SpectrogramRow::restorePen()
+{
+    if (!_hasPictureColor)
+        return;
+    _hasPictureColor = false;
+    removeRecordPen(RowSlot);
+    if (const auto pen = std::exchange(_ownPen, std::nullopt))
+        setRecordPen(RowSlot, *pen);
 }
 
 double SpectrogramRow::unitFactor() const
@@ -483,7 +503,7 @@ void SpectrogramRow::customPaintTracesEnd(QPainter &painter)
 /** Traces are drawn elsewhere in the meantime, without the picture. */
 void SpectrogramRow::hideEvent(QHideEvent *event)
 {
-    removeRecordPen(RowSlot);
+    restorePen();
     SpectrogramRecordWidget::hideEvent(event);
 }
 

@@ -7,7 +7,10 @@
 #include <norvu/gui/spectrogramaxis.h>
 #include <norvu/gui/spectrogramrecordwidget.h>
 
+#include <QPen>
+
 #include <deque>
+#include <optional>
 
 namespace Workbench {
 
@@ -116,6 +119,7 @@ private:
     QColor quietColor() const;
     bool coversTraces() const;
     void updateTracePen();
+    void restorePen();
     QString hint() const;
     void drawAlignment(QPainter &painter) const;
     void drawHint(QPainter &painter) const;
@@ -129,6 +133,8 @@ private:
     std::deque<SpectrogramItem> _former; /**< painted until the new ones have come so far */
     QPair<double, double> _formerRange;  /**< in the unit of the samples */
     bool _hasBeenComplete{false};        /**< since the spectrogram was begun */
+    std::optional<QPen> _ownPen;         /**< that the traces have without a picture */
+    bool _hasPictureColor{false}; /**< traces have a colour that can be seen above the picture */
     bool _wanted{false};
     bool _inFront{false};
 };

@@ -79,6 +79,12 @@ void RowVisibility::showAll()
     update();
 }
 
+void RowVisibility::showHidden()
+{
+    _hidden.clear();
+    update();
+}
+
 void RowVisibility::update()
 {
     if (_isDragged)
@@ -93,9 +99,10 @@ void RowVisibility::update()
     for (Trace *row : rows) {
         if (hidesEmpty && _coverage->knows(row) && !_coverage->hasData(row, visible))
             hidden.insert(row);
-        else if (_hideEmpty->isChecked() && !hidesEmpty && row->isTakenOut())
+        else if (_hideEmpty->isChecked() && !hidesEmpty && _empty.contains(row))
             hidden.insert(row);
     }
+    _empty = hidden - _hidden;
     updateNotice(hidden.size() - _hidden.size(), _hidden.size());
     apply(hidden);
 }

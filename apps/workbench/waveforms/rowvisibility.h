@@ -54,6 +54,8 @@ public slots:
     void update();
     /** Shows also what the user has hidden. */
     void showAll();
+    /** Shows what the user has hidden, as far as it has data. */
+    void showHidden();
 
 signals:
     void changed();
@@ -74,6 +76,7 @@ private:
     QPointer<QAbstractButton> _notice;
     QTimer _timer;
     QSet<Norvu::Gui::Trace *> _hidden; /**< by the user; some may be gone */
+    QSet<Norvu::Gui::Trace *> _empty;  /**< hidden since they have no data here */
     bool _isDragged{false};
 };
 

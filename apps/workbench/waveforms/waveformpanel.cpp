@@ -9,6 +9,7 @@
 #include "measuring.h"
 #include "overviewmenu.h"
 #include "pointerreport.h"
+#include "rowcommands.h"
 #include "rowvisibility.h"
 #include "selectionlink.h"
 #include "timegestures.h"
@@ -102,6 +103,8 @@ void WaveformPanel::createViewActions()
     _viewActions.append(_waveforms->view()->controlActions());
     _viewActions.append(makeSeparator());
     _viewActions.append(_waveforms->visibility()->hideEmptyAction());
+    _viewActions.append(_waveforms->commands()->showAllAction());
+    _viewActions.append(_waveforms->commands()->colorsAction());
     QAction *compact = addViewToggle(tr("&Compact rows"), tr("Ctrl+K"), SLOT(setCompact(bool)));
     connect(_waveforms, SIGNAL(compactChanged(bool)), compact, SLOT(setChecked(bool)));
     disconnect(compact, SIGNAL(toggled(bool)), _waveforms, SLOT(setCompact(bool)));
@@ -154,6 +157,7 @@ void WaveformPanel::createTraceMenu()
         if (!shown.contains(action) && !_viewActions.contains(action))
             _traceMenu->addAction(action);
     }
+    _traceMenu->addMenu(_waveforms->commands()->orderMenu());
     _traceMenu->addAction(tr("Select by &pattern…"), view, SLOT(selectPattern()));
     _traceMenu->addAction(tr("&Deselect by pattern…"), view, SLOT(deselectPattern()));
 }
@@ -172,7 +176,10 @@ void WaveformPanel::createExports()
     connect(_exports, SIGNAL(failed(QStringList)), bench(), SLOT(tell(QStringList)));
     connect(_exports, SIGNAL(done(QString)), bench(), SLOT(showStatus(QString)));
 
-    const QList<QAction *> tools{_waveforms->measuringTool()->measureAction(), makeSeparator()};
+    const QList<QAction *> tools =
+        _waveforms->commands()->rowActions() +
+        QList<QAction *>{makeSeparator(), _waveforms->measuringTool()->measureAction(),
+                         makeSeparator()};
     _waveforms->setRowActions(tools + _exports->actions());
 }
 

@@ -10,6 +10,7 @@
 #include "datastrip.h"
 #include "measuring.h"
 #include "pointerreport.h"
+#include "rowcommands.h"
 #include "rowmargins.h"
 #include "rownames.h"
 #include "rowunits.h"
@@ -77,7 +78,8 @@ Waveforms::Waveforms(Bench *bench, QWidget *parent)
       _margins(new RowMargins(_view, bench->rows())), _measuringTool(new MeasuringTool(_view)),
       _queue(new SourceQueue(bench, _view, this)), _history(new ViewHistory(_view)),
       _visibility(new RowVisibility(_view, &_coverage)), _names(new RowNames(_view)),
-      _gestures(new TimeGestures(_view)), _strip(new DataStrip(_view, &_coverage, this))
+      _commands(new RowCommands(_view, _visibility)), _gestures(new TimeGestures(_view)),
+      _strip(new DataStrip(_view, &_coverage, this))
 {
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -94,6 +96,7 @@ Waveforms::Waveforms(Bench *bench, QWidget *parent)
     connect(_view, SIGNAL(loadDataRequested()), this, SLOT(reload()));
     connect(_view, SIGNAL(displayChanged(double, double, double)), this, SLOT(updateRangeText()));
     connect(_bench->stations(), SIGNAL(changed()), this, SLOT(updateUnits()));
+    connect(_commands, SIGNAL(closed()), this, SLOT(collectCoverage()));
     connect(_queue, SIGNAL(advanced()), this, SLOT(showArrivals()));
     connect(_queue, SIGNAL(ended(QStringList)), this, SLOT(endLoad(QStringList)));
 }
@@ -210,7 +213,7 @@ void Waveforms::endLoad(const QStringList &messages)
     if (!_isCompactChosen)
         applyCompact(_view->count() >= ManyRows);
     if (_load.isShown) {
-        _view->sortView();
+        _commands->sort();
         _load.isFirst ? showFirstStretch() : showNewData();
     } else
         collectCoverage();
@@ -235,6 +238,7 @@ QList<Trace *> Waveforms::dressNewRows()
         newRows.append(row);
         if (_load.dressed.contains(row))
             continue;
+        _commands->adopt(row);
         dress(row);
         fitFilter(row);
         _load.dressed.insert(row);

@@ -37,6 +37,7 @@ class Bench;
 class DataStrip;
 class MeasuringTool;
 class PointerReport;
+class RowCommands;
 class RowMargins;
 class RowNames;
 class RowVisibility;
@@ -68,6 +69,7 @@ public:
     MeasuringTool *measuringTool() const { return _measuringTool; }
     ViewHistory *history() const { return _history; }
     RowVisibility *visibility() const { return _visibility; }
+    RowCommands *commands() const { return _commands; }
     TimeGestures *gestures() const { return _gestures; }
     PointerReport *pointer() const { return _pointer; }
 
@@ -149,6 +151,7 @@ private slots:
     void updateRangeText();
     void showArrivals();
     void endLoad(const QStringList &messages);
+    void collectCoverage();
 
 private:
     bool load(const QStringList &sources);
@@ -163,7 +166,6 @@ private:
     QStringList filterProblems() const;
     void dress(Norvu::Gui::Trace *row);
     bool updateUnit(Norvu::Gui::Trace *row);
-    void collectCoverage();
     void connectTime();
     void showNeighbour(int step);
 
@@ -175,6 +177,7 @@ private:
     ViewHistory *_history;
     RowVisibility *_visibility;
     RowNames *_names;
+    RowCommands *_commands;
     TimeGestures *_gestures;
     DataStrip *_strip;
     PointerReport *_pointer;
