@@ -4,6 +4,7 @@
 
 #include "bench/darkpalette.h"
 #include "bench/demonstration.h"
+#include "bench/folderfiles.h"
 #include "bench/jobs.h"
 #include "bench/selection.h"
 #include "bench/stations.h"
@@ -43,6 +44,7 @@ namespace {
 
 constexpr auto SettingsGroup = "Workbench";
 constexpr int StatusMilliseconds = 20000;
+constexpr int RecentCount = 12;
 
 QStringList localFiles(const QMimeData *data)
 {
@@ -216,6 +218,10 @@ void MainWindow::createFileMenu()
 {
     QMenu *menu = menuBar()->addMenu(tr("&File"));
     menu->addAction(tr("&Open files…"), this, SLOT(askForFiles()), QKeySequence::Open);
+    menu->addAction(tr("Open f&older…"), this, SLOT(askForFolder()), tr("Ctrl+Shift+O"));
+    _recent = menu->addMenu(tr("Open &recent"));
+    connect(_recent, SIGNAL(aboutToShow()), this, SLOT(fillRecent()));
+    connect(_recent, SIGNAL(triggered(QAction *)), this, SLOT(openRecent(QAction *)));
     menu->addAction(tr("Open &URL…"), this, SLOT(askForUrl()), tr("Ctrl+L"));
     menu->addAction(tr("Open the &demonstration"), this, SLOT(openDemonstration()));
     menu->addSeparator();
@@ -230,10 +236,10 @@ void MainWindow::createViewMenu()
     QMenu *menu = menuBar()->addMenu(tr("&View"));
     menu->addActions(panelActions(Panel::Menu::View));
 
-    QAction *dark = menu->addAction(tr("&Dark colours"));
-    dark->setCheckable(true);
-    dark->setChecked(hasDarkColors());
-    connect(dark, &QAction::toggled, dark, [](bool on) { setDarkColors(on); });
+    _dark = menu->addAction(tr("&Dark colours"));
+    _dark->setCheckable(true);
+    _dark->setChecked(hasDarkColors());
+    connect(_dark, &QAction::toggled, _dark, [](bool on) { setDarkColors(on); });
 
     createPanelMenu(menu);
     menu->addAction(_messages->toggleViewAction());
@@ -293,9 +299,11 @@ Panel *MainWindow::panelFor(const QString &source) const
 
 bool MainWindow::open(const QStringList &sources)
 {
+    if (_interactive)
+        remember(sources);
     QHash<Panel *, QStringList> shares;
     QStringList stationFiles;
-    for (const QString &source : sources) {
+    for (const QString &source : withFilesOfFolders(sources)) {
         const bool isOfStations = Tellarix::IO::isInventoryFile(source);
         (isOfStations ? stationFiles : shares[panelFor(source)]).append(source);
     }
@@ -352,6 +360,47 @@ void MainWindow::askForFiles()
         return;
     settings.setValue("folder", QFileInfo(files.first()).absolutePath());
     open(files);
+}
+
+void MainWindow::askForFolder()
+{
+    QSettings settings;
+    settings.beginGroup(SettingsGroup);
+    const QString folder = QFileDialog::getExistingDirectory(this, tr("Open folder"),
+                                                             settings.value("folder").toString());
+    if (folder.isEmpty())
+        return;
+    settings.setValue("folder", folder);
+    open({folder});
+}
+
+/** Puts sources at the head of those that were opened last. */
+void MainWindow::remember(const QStringList &sources) const
+{
+    QSettings settings;
+    settings.beginGroup(SettingsGroup);
+    QStringList recent;
+    for (const QString &source : sources)
+        recent.append(QFileInfo::exists(source) ? QFileInfo(source).absoluteFilePath() : source);
+    recent += settings.value("recent").toStringList();
+    recent.removeDuplicates();
+    settings.setValue("recent", QStringList(recent.mid(0, RecentCount)));
+}
+
+void MainWindow::fillRecent()
+{
+    QSettings settings;
+    settings.beginGroup(SettingsGroup);
+    _recent->clear();
+    for (const QString &source : settings.value("recent").toStringList())
+        _recent->addAction(QString(source).replace('&', "&&"))->setData(source);
+    if (_recent->isEmpty())
+        _recent->addAction(tr("Nothing yet"))->setEnabled(false);
+}
+
+void MainWindow::openRecent(QAction *action)
+{
+    open({action->data().toString()});
 }
 
 void MainWindow::askForUrl()
@@ -419,6 +468,8 @@ void MainWindow::restoreSettings()
     restoreGeometry(settings.value("geometry").toByteArray());
     restoreState(settings.value("state").toByteArray());
     _messages->hide();
+    if (settings.value("dark").toBool())
+        _dark->setChecked(true);
     for (Panel *panel : std::as_const(_panels)) {
         // A window that isn't shown yet doesn't tell that it has hidden a dock.
         if (const QDockWidget *dock = _docks.value(panel))
@@ -435,6 +486,7 @@ void MainWindow::saveSettings() const
     settings.beginGroup(SettingsGroup);
     settings.setValue("geometry", saveGeometry());
     settings.setValue("state", saveState());
+    settings.setValue("dark", hasDarkColors());
     if (const auto *centre = qobject_cast<Panel *>(_centre->currentWidget()))
         settings.setValue("shownInCentre", centre->description().name);
     for (const Panel *panel : _panels)

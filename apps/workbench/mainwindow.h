@@ -58,7 +58,10 @@ private slots:
     void tell(const QStringList &problems);
     void showStatus(const QString &text);
     void askForFiles();
+    void askForFolder();
     void askForUrl();
+    void openRecent(QAction *action);
+    void fillRecent();
     void closeAll();
     void askToEndJobs();
 
@@ -75,6 +78,7 @@ private:
     QList<QAction *> panelActions(Panel::Menu menu);
     Panel *panelFor(const QString &source) const;
     void saveSettings() const;
+    void remember(const QStringList &sources) const;
 
     Bench _bench;
     StationFiles _stationFiles;
@@ -82,6 +86,8 @@ private:
     QTabWidget *_centre;
     QHash<Panel *, QDockWidget *> _docks;
     MessageDock *_messages;
+    QMenu *_recent{nullptr};
+    QAction *_dark{nullptr};
     bool _interactive{true};
     bool _mayEndJobs{false}; /**< the user has agreed to it */
 };

@@ -130,7 +130,7 @@ void TestMainWindow::gathersEntries()
     {
         MainWindow window(registry());
         const QStringList file = texts(window, "&File");
-        QCOMPARE(file.mid(3, 9),
+        QCOMPARE(file.mid(5, 9),
                  QStringList({"", "centre", "", "map", "", "left", "", "lower", ""}));
         QCOMPARE(texts(window, "Pan&els"), QStringList({"Centre", "&Map", "Left", "Lower"}));
     }

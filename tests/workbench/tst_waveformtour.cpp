@@ -19,6 +19,7 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QScrollArea>
+#include <QSettings>
 
 using namespace WaveformTesting;
 using namespace Workbench;
@@ -88,6 +89,10 @@ private slots:
     void rowsAreSorted();
     void selectedRowsAreHiddenAndClosed();
     void componentsHaveColors();
+    void remembersHowItLooks();
+    void opensFoldersAndRecentFiles();
+    void quitsWhileLoading();
+    void tellsWhatToOpen();
 
 private:
     /** Opens one more file, and waits until it is there. */
@@ -560,6 +565,87 @@ void TestWaveformTour::componentsHaveColors()
     QCOMPARE(window.row(1)->recordPen(0), window.row(2)->recordPen(0));
     colors->trigger();
     QCOMPARE(window.row(1)->recordPen(0).color(), plain);
+}
+
+void TestWaveformTour::remembersHowItLooks()
+{
+    QSettings().clear();
+    {
+        MainWindow window;
+        window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        auto *waveforms = window.findChild<Waveforms *>();
+        for (const char *keys : {"Ctrl+K", "Ctrl+R", "Ctrl+D"})
+            QTest::keySequence(waveforms->view(), QKeySequence(keys));
+        waveforms->commands()->setOrder("component");
+        auto *filter = window.findChild<HistoryBox *>();
+        filter->setEditText("bandpass(1, 3)");
+        QTest::keyClick(filter, Qt::Key_Return);
+        QVERIFY(window.close());
+    }
+    MainWindow window;
+    window.restoreSettings();
+    const auto *waveforms = window.findChild<Waveforms *>();
+    QVERIFY(waveforms->isCompact() && !waveforms->visibility()->hideEmptyAction()->isChecked());
+    QCOMPARE(waveforms->commands()->order(), QString("component"));
+    QCOMPARE(window.findChild<HistoryBox *>()->currentText(), QString("bandpass(1, 3)"));
+    QVERIFY(waveforms->view()->hasFilter() && waveforms->view()->isFilterEnabled());
+}
+
+void TestWaveformTour::opensFoldersAndRecentFiles()
+{
+    QSettings().clear();
+    QVERIFY(QDir(_folder.path()).mkpath("archive/deep"));
+    write("archive/one.mseed", {"XX.ONE..HHZ"}, {0});
+    write("archive/deep/two.mseed", {"XX.TWO..HHZ"}, {0});
+    {
+        MainWindow window;
+        QSignalSpy progress(window.bench()->tasks(), SIGNAL(started(Workbench::Task *)));
+        window.show();
+        openAll(window, *window.bench(), {_folder.filePath("archive")});
+        QCOMPARE(window.findChild<Waveforms *>()->view()->count(), 2);
+        QCOMPARE(progress.count(), 1);
+    }
+    MainWindow window;
+    window.show();
+    QMenu *recent = nullptr;
+    for (QMenu *menu : window.findChildren<QMenu *>()) {
+        if (menu->title() == "Open &recent")
+            recent = menu;
+    }
+    QVERIFY(recent);
+    emit recent->aboutToShow();
+    QCOMPARE(recent->actions().size(), 1);
+    recent->actions().first()->trigger();
+    QTRY_COMPARE(window.findChild<Waveforms *>()->view()->count(), 2);
+    QTRY_VERIFY(window.bench()->tasks()->running().isEmpty());
+}
+
+void TestWaveformTour::quitsWhileLoading()
+{
+    const QString file = write("big.mseed", {"XX.BIG..HHZ"}, {0}, 100, 20000);
+    MainWindow window;
+    window.show();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    QVERIFY(window.open({file, file, _first}));
+    QVERIFY(window.findChild<Waveforms *>()->isLoading());
+    QTest::keySequence(&window, QKeySequence("Ctrl+Q"));
+    QVERIFY(!window.isVisible() && !QApplication::activeModalWidget());
+}
+
+void TestWaveformTour::tellsWhatToOpen()
+{
+    OpenWindow window({_first});
+    QLabel *hint = nullptr;
+    for (QLabel *label :
+         window.waveforms->findChildren<QLabel *>(QString(), Qt::FindDirectChildrenOnly)) {
+        if (label->text().contains("Ctrl+O"))
+            hint = label;
+    }
+    QVERIFY(hint && !hint->isVisible());
+    QTest::keySequence(window.view, QKeySequence(QKeySequence::Close));
+    QVERIFY(hint->isVisible());
+    QCOMPARE(hint->size(), window.waveforms->size());
 }
 
 QTEST_MAIN(TestWaveformTour)

@@ -25,6 +25,8 @@ public:
     explicit FilterBox(QWidget *parent = nullptr);
 
     QString text() const;
+    /** The last text that was a filter. */
+    const QString &appliedText() const { return _applied; }
     bool isFilterEnabled() const;
     /** The switch, for menus. */
     QAction *toggleAction() const { return _toggle; }

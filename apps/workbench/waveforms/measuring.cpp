@@ -130,6 +130,9 @@ void MeasuringTool::turn(bool on)
         _scrollArea->viewport()->unsetCursor();
         setMeasured(nullptr);
     }
+    // What was measured can still be copied, but is no news any more.
+    if (!on)
+        emit measured(QString());
     _overlay->setVisible(on);
     _overlay->raise();
 }
@@ -275,7 +278,8 @@ int MeasuringTool::measuredSlot() const
 
 QString MeasuringTool::unit() const
 {
-    return _row->recordWidget()->recordUnit(measuredSlot());
+    const QString unit = _row->recordWidget()->recordUnit(measuredSlot());
+    return unit.isEmpty() ? tr("counts") : unit;
 }
 
 void MeasuringTool::remeasure()
@@ -338,8 +342,9 @@ void MeasuringTool::copy() const
         return;
 
     QGuiApplication::clipboard()->setText(
-        tr("%1   from %2 to %3")
-            .arg(_text, QString::fromStdString(_window.startTime().iso()),
+        tr("%1\tfrom %2\tto %3")
+            .arg(QString(_text).replace("   ", "\t"),
+                 QString::fromStdString(_window.startTime().iso()),
                  QString::fromStdString(_window.endTime().iso())));
 }
 

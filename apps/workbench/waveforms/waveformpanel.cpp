@@ -26,6 +26,7 @@
 #include <QDir>
 #include <QLabel>
 #include <QMenu>
+#include <QSettings>
 #include <QStatusBar>
 #include <QToolBar>
 #include <QVBoxLayout>
@@ -33,6 +34,32 @@
 using namespace Tellarix;
 
 namespace Workbench {
+
+namespace {
+
+constexpr auto SettingsGroup = "waveforms";
+
+/** The tools of a view's bar under names that say all in a menu; one that stands in another menu
+ *  too is left out. */
+QList<QAction *> namedTools(const QToolBar &bar)
+{
+    const QHash<QString, QString> names{
+        {"Clean", WaveformPanel::tr("Remove &empty traces")},
+        {"Reset", WaveformPanel::tr("&Reset selected traces")},
+        {"Norm all", WaveformPanel::tr("One amplitude range for &all traces")},
+        {"Norm visibile", WaveformPanel::tr("Amplitude range of what is &visible")},
+    };
+    QList<QAction *> tools;
+    for (QAction *tool : bar.actions()) {
+        if (tool->toolTip() == "Resets the view")
+            continue;
+        tool->setText(names.value(tool->text(), tool->text()));
+        tools.append(tool);
+    }
+    return tools;
+}
+
+} // namespace
 
 WaveformPanel::WaveformPanel(Bench *bench)
     : Panel(bench, {"waveforms", tr("Waveforms"), tr("&Waveforms"), {}, {}, PanelPlace::Centre}),
@@ -109,8 +136,10 @@ void WaveformPanel::createViewActions()
     connect(_waveforms, SIGNAL(compactChanged(bool)), compact, SLOT(setChecked(bool)));
     disconnect(compact, SIGNAL(toggled(bool)), _waveforms, SLOT(setCompact(bool)));
     connect(compact, SIGNAL(triggered(bool)), _waveforms, SLOT(setCompact(bool)));
-    addViewToggle(tr("Amplitude &rulers"), tr("Ctrl+R"), SLOT(setRulersShown(bool)));
-    addViewToggle(tr("&Local time"), tr("Ctrl+T"), SLOT(setLocalTimeShown(bool)));
+    addViewToggle(tr("Amplitude &rulers"), tr("Ctrl+R"), SLOT(setRulersShown(bool)), "rulers");
+    addViewToggle(tr("&Local time"), tr("Ctrl+T"), SLOT(setLocalTimeShown(bool)), "localTime");
+    _remembered.insert("hideEmpty", _waveforms->visibility()->hideEmptyAction());
+    _remembered.insert("colors", _waveforms->commands()->colorsAction());
 }
 
 QAction *WaveformPanel::addViewAction(const QString &text, const QKeySequence &key,
@@ -124,11 +153,13 @@ QAction *WaveformPanel::addViewAction(const QString &text, const QKeySequence &k
 }
 
 QAction *WaveformPanel::addViewToggle(const QString &text, const QKeySequence &key,
-                                      const char *slot)
+                                      const char *slot, const QString &name)
 {
     auto *action = new QAction(text, this);
     action->setCheckable(true);
     action->setShortcut(key);
+    if (!name.isEmpty())
+        _remembered.insert(name, action);
     connect(action, SIGNAL(toggled(bool)), _waveforms, slot);
     _viewActions.append(action);
     return action;
@@ -150,7 +181,7 @@ void WaveformPanel::createTraceMenu()
     _traceMenu->addSeparator();
     // The view's tool bar, and those of its actions that stand in no menu yet.
     if (const auto *bar = view->findChild<QToolBar *>())
-        _traceMenu->addActions(bar->actions());
+        _traceMenu->addActions(namedTools(*bar));
     _traceMenu->addSeparator();
     const QList<QAction *> shown = view->controlActions();
     for (QAction *action : view->actions()) {
@@ -229,14 +260,36 @@ void WaveformPanel::showFilteringProgress(int done, int total)
 
 // Session
 
-void WaveformPanel::saveState(QSettings &) const
+void WaveformPanel::saveState(QSettings &settings) const
 {
     _filterBox->saveHistory();
+    settings.beginGroup(SettingsGroup);
+    for (auto toggle = _remembered.begin(); toggle != _remembered.end(); ++toggle)
+        settings.setValue(toggle.key(), toggle.value()->isChecked());
+    settings.setValue("order", _waveforms->commands()->order());
+    if (_waveforms->isCompactChosen())
+        settings.setValue("compact", _waveforms->isCompact());
+    settings.setValue("filter", _filterBox->appliedText());
+    settings.setValue("filtered", _filterBox->isFilterEnabled());
+    settings.endGroup();
 }
 
-void WaveformPanel::restoreState(QSettings &)
+void WaveformPanel::restoreState(QSettings &settings)
 {
     _filterBox->restoreHistory();
+    settings.beginGroup(SettingsGroup);
+    for (auto toggle = _remembered.begin(); toggle != _remembered.end(); ++toggle)
+        toggle.value()->setChecked(
+            settings.value(toggle.key(), toggle.value()->isChecked()).toBool());
+    _waveforms->commands()->setOrder(settings.value("order").toString());
+    if (settings.contains("compact"))
+        _waveforms->setCompact(settings.value("compact").toBool());
+    const QString filter = settings.value("filter").toString();
+    if (!filter.isEmpty()) {
+        _filterBox->apply(filter);
+        _filterBox->toggleAction()->setChecked(settings.value("filtered").toBool());
+    }
+    settings.endGroup();
 }
 
 QVector<PanelPicture> WaveformPanel::pictures()

@@ -4,6 +4,7 @@
 
 #include "bench/panel.h"
 
+#include <QHash>
 #include <QPointer>
 
 class QLabel;
@@ -55,7 +56,8 @@ private:
     void createFilterBar();
     void createViewActions();
     QAction *addViewAction(const QString &text, const QKeySequence &key, const char *slot);
-    QAction *addViewToggle(const QString &text, const QKeySequence &key, const char *slot);
+    QAction *addViewToggle(const QString &text, const QKeySequence &key, const char *slot,
+                           const QString &name = QString());
     void createTraceMenu();
     void createOverviewMenu();
     void createExports();
@@ -64,6 +66,7 @@ private:
 
     Waveforms *_waveforms;
     QList<QAction *> _viewActions;
+    QHash<QString, QAction *> _remembered; /**< toggles by their names in settings */
     QToolBar *_filterBar{nullptr};
     FilterBox *_filterBox{nullptr};
     QMenu *_traceMenu{nullptr};

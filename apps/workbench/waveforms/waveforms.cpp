@@ -33,6 +33,7 @@
 #include <QContextMenuEvent>
 #include <QGuiApplication>
 #include <QInputDialog>
+#include <QLabel>
 #include <QMenu>
 #include <QVBoxLayout>
 
@@ -79,7 +80,7 @@ Waveforms::Waveforms(Bench *bench, QWidget *parent)
       _queue(new SourceQueue(bench, _view, this)), _history(new ViewHistory(_view)),
       _visibility(new RowVisibility(_view, &_coverage)), _names(new RowNames(_view)),
       _commands(new RowCommands(_view, _visibility)), _gestures(new TimeGestures(_view)),
-      _strip(new DataStrip(_view, &_coverage, this))
+      _strip(new DataStrip(_view, &_coverage, this)), _hint(new QLabel(this))
 {
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -88,6 +89,11 @@ Waveforms::Waveforms(Bench *bench, QWidget *parent)
     layout->addWidget(_strip);
     layout->addWidget(_visibility->notice(), 0, Qt::AlignCenter);
     connectTime();
+    _hint->setAlignment(Qt::AlignCenter);
+    _hint->setWordWrap(true);
+    _hint->setBackgroundRole(QPalette::Base);
+    _hint->setAutoFillBackground(true);
+    updateHint();
 
     _bench->rows()->setView(_view);
     _pointer = new PointerReport(_bench->rows());
@@ -99,6 +105,23 @@ Waveforms::Waveforms(Bench *bench, QWidget *parent)
     connect(_commands, SIGNAL(closed()), this, SLOT(collectCoverage()));
     connect(_queue, SIGNAL(advanced()), this, SLOT(showArrivals()));
     connect(_queue, SIGNAL(ended(QStringList)), this, SLOT(endLoad(QStringList)));
+}
+
+void Waveforms::updateHint()
+{
+    _hint->setText(isLoading()
+                       ? tr("Loading…")
+                       : tr("Nothing is open.\n\nOpen files (Ctrl+O), a folder "
+                            "(Ctrl+Shift+O) or a URL (Ctrl+L), drop files here,\nor look at "
+                            "the demonstration in the menu File."));
+    _hint->setVisible(stretches().isEmpty());
+    _hint->raise();
+}
+
+void Waveforms::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    _hint->setGeometry(rect());
 }
 
 void Waveforms::connectTime()
@@ -153,6 +176,7 @@ bool Waveforms::load(const QStringList &sources)
             messages.append(error);
     }
     _queue->begin();
+    updateHint();
     if (!messages.isEmpty())
         emit problems(messages);
     return messages.isEmpty();
@@ -339,6 +363,7 @@ void Waveforms::clear()
     _view->clear();
     _coverage.clear();
     _strip->update();
+    updateHint();
     _history->clear();
     _paths.clear();
     updateRangeText();
@@ -455,6 +480,7 @@ void Waveforms::collectCoverage()
 {
     _coverage.collect(*_view);
     _strip->update();
+    updateHint();
     _visibility->update();
 }
 
@@ -538,7 +564,7 @@ void Waveforms::leapTo(const Core::TimeWindow &window)
 
 void Waveforms::updateRangeText()
 {
-    if (_view->count() == 0) {
+    if (_view->count() == 0 || stretches().isEmpty()) {
         emit rangeText(QString());
         return;
     }

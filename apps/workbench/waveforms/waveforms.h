@@ -17,6 +17,7 @@
 #include <string>
 
 class QAction;
+class QLabel;
 
 namespace Norvu {
 namespace Gui {
@@ -98,6 +99,7 @@ public:
     /** Rows without a header line, their names beside the traces; as long as the user hasn't
      * chosen, once there are many rows. */
     bool isCompact() const { return _compact; }
+    bool isCompactChosen() const { return _isCompactChosen; }
 
     /** Distances and azimuths by "NET.STA", shown beside the names; distances are sorted by. */
     void setPaths(const QHash<QString, EventPath> &paths);
@@ -143,6 +145,7 @@ signals:
 
 protected:
     void contextMenuEvent(QContextMenuEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
 
 private slots:
     void showRange(double lower, double upper);
@@ -167,6 +170,7 @@ private:
     void dress(Norvu::Gui::Trace *row);
     bool updateUnit(Norvu::Gui::Trace *row);
     void connectTime();
+    void updateHint();
     void showNeighbour(int step);
 
     Bench *_bench;
@@ -181,6 +185,7 @@ private:
     TimeGestures *_gestures;
     DataStrip *_strip;
     PointerReport *_pointer;
+    QLabel *_hint; /**< in the place of everything while there are no data */
     QStringList _sources;
     QList<QAction *> _rowActions;
     Coverage _coverage;
