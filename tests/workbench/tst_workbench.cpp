@@ -126,6 +126,19 @@ private slots:
         QVERIFY2(outcome.errors.contains(message), qPrintable(outcome.errors));
     }
 
+    void needsDisplayForWindows()
+    {
+        QProcess process;
+        QProcessEnvironment environment;
+        environment.insert("PATH", qEnvironmentVariable("PATH"));
+        process.setProcessEnvironment(environment);
+        process.start(qEnvironmentVariable("TELLARIX_BIN") + "/norvu-workbench", {_file});
+        QVERIFY(process.waitForFinished(10000));
+        QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(process.exitCode(), 2);
+        QVERIFY(process.readAllStandardError().contains("--snapshot"));
+    }
+
     void makesRowForEachStream()
     {
         const OpenWindow window({_file});
@@ -209,7 +222,7 @@ private slots:
     void keysWorkWhileLoading()
     {
         std::vector<RecordCPtr> records;
-        for (int i = 0; i < 20000; ++i)
+        for (int i = 0; i < 60000; ++i)
             records.push_back(sawTooth(i % 2 ? "XX.AAA..HHZ" : "XX.BBB..HHZ", i / 2, Rate, 20));
         const QString file = writeRecords(_folder.filePath("many.mseed"), records);
         MainWindow window;
