@@ -29,9 +29,9 @@ namespace {
 constexpr double Minute = 60;
 constexpr double Year = 365 * 86400;
 
-bool isNear(const Core::TimeWindow &a, const Core::TimeWindow &b)
+bool isNear(const Core::TimeWindow &a, const Core::TimeWindow &b, double tolerance = 0.02)
 {
-    const double pixel = 0.02 * b.length().length();
+    const double pixel = tolerance * b.length().length();
     return std::abs((a.startTime() - b.startTime()).length()) < pixel &&
            std::abs((a.endTime() - b.endTime()).length()) < pixel;
 }
@@ -232,8 +232,13 @@ void TestWaveformTour::rowsThatFilterDoesNotFitSaySo()
     QTRY_VERIFY(window.row(0)->filteredRecords(0));
     const Gui::RecordWidget *slow = window.row(1);
     QCOMPARE(slow->displayedRecords(0), slow->records(0));
-    QVERIFY(slow->areTracesPale() && slow->recordLabel(0).startsWith("Not filtered: "));
+    QVERIFY(slow->areTracesPale() &&
+            window.view->itemAt(1)->labelText().contains("Not filtered: "));
+    QTest::keyClick(window.view, Qt::Key_K, Qt::ControlModifier);
+    QVERIFY(slow->recordLabel(0).startsWith("Not filtered: "));
     QVERIFY(!window.row(0)->areTracesPale() && window.row(0)->recordLabel(0).isEmpty());
+    QTest::keyClick(window.view, Qt::Key_K, Qt::ControlModifier);
+    QVERIFY(slow->recordLabel(0).isEmpty());
     QVERIFY(box->lineEdit()->palette().color(QPalette::Text) != plain);
     QVERIFY(box->toolTip().contains("Streams at 1 Hz"));
 
@@ -241,7 +246,8 @@ void TestWaveformTour::rowsThatFilterDoesNotFitSaySo()
     openMore(window, write("slower.mseed", {"XX.SLOW..MHZ"}, {0}, 2));
     QVERIFY(window.row(2)->areTracesPale() && !window.row(2)->filter());
     QTest::keyClick(window.view, Qt::Key_F);
-    QVERIFY(!slow->areTracesPale() && slow->recordLabel(0).isEmpty());
+    QVERIFY(!slow->areTracesPale() &&
+            !window.view->itemAt(1)->labelText().contains("Not filtered"));
     apply("lowpass(0.1)");
     QTRY_VERIFY(slow->filteredRecords(0));
     QVERIFY(!slow->areTracesPale());
@@ -411,14 +417,14 @@ void TestWaveformTour::stripPansAndZooms()
     };
     window.view->setVisibleTimeWindow(WaveformTesting::window(0, 1000));
     drag(x(500), x(4500));
-    QVERIFY(isNear(window.view->visibleTimeWindow(), WaveformTesting::window(4000, 5000)));
+    QVERIFY(isNear(window.view->visibleTimeWindow(), WaveformTesting::window(4000, 5000), 0.08));
     drag(strip->visiblePart().right(), x(7000));
-    QVERIFY(isNear(window.view->visibleTimeWindow(), WaveformTesting::window(4000, 7000)));
+    QVERIFY(isNear(window.view->visibleTimeWindow(), WaveformTesting::window(4000, 7000), 0.08));
     drag(strip->visiblePart().left(), x(5000));
-    QVERIFY(isNear(window.view->visibleTimeWindow(), WaveformTesting::window(5000, 7000)));
+    QVERIFY(isNear(window.view->visibleTimeWindow(), WaveformTesting::window(5000, 7000), 0.08));
     // A press beside it brings it there.
     drag(x(9000), x(9000));
-    QVERIFY(isNear(window.view->visibleTimeWindow(), WaveformTesting::window(8000, 10000)));
+    QVERIFY(isNear(window.view->visibleTimeWindow(), WaveformTesting::window(8000, 10000), 0.08));
     // It doesn't leave the data altogether.
     drag(x(9000), x(90000));
     QVERIFY(window.view->visibleTimeWindow().startTime() <= Start + Core::TimeSpan(10000));
@@ -480,7 +486,7 @@ void TestWaveformTour::tellsWhatIsUnderThePointer()
     const QString height =
         QString::number(Norvu::Gui::TraceView::crosshairValue(row, y), 'g', 6) + " counts";
     const QString text = textAt(*row, x, y);
-    QVERIFY2(text.startsWith("2024-01-05 10:11:14.99") || text.startsWith("2024-01-05 10:11:15.0"),
+    QVERIFY2(text.startsWith("2024-01-05 10:11:14.9") || text.startsWith("2024-01-05 10:11:15.0"),
              qPrintable(text));
     QVERIFY2(text.endsWith("sample -700 counts  ·  pointer at " + height), qPrintable(text));
     // Between the stretches there is no sample; seconds are told as far as a pixel goes.

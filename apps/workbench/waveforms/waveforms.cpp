@@ -52,6 +52,8 @@ namespace {
 constexpr int ManyRows = 12;
 constexpr int CompactPadding = 1;
 constexpr int NormalRowHeight = 48;
+/** Why a row isn't filtered. */
+constexpr int MisfitKey = 6;
 
 /** Times relative to the day of the data keep all their digits, however far it is zoomed in. */
 Core::Time dayOf(const Core::Time &time)
@@ -318,7 +320,8 @@ void Waveforms::fitFilter(Trace *row)
         widget->setFilter(Math::Filtering::parseFilter<double>(_filterText).get());
     const bool isTold = isRaw && _view->isFilterEnabled();
     widget->setTracesPale(isTold);
-    widget->setRecordLabel(0, isTold ? tr("Not filtered: %1").arg(problem) : QString());
+    row->setData(MisfitKey, isTold ? tr("Not filtered: %1").arg(problem) : QString());
+    dress(row);
 }
 
 void Waveforms::alignTo(const Core::Time &time)
@@ -385,16 +388,25 @@ void Waveforms::dress(Trace *row)
     _pointer->watch(widget);
 
     QString name = row->label();
+    QStringList texts;
     const auto path = _paths.constFind(stationOf(*row));
     if (path != _paths.constEnd()) {
         const QString distance = tr("%1 km").arg(path->distanceKm, 0, 'f', 1);
         row->setData(Norvu::Gui::TraceDistance, path->distanceKm);
-        row->setDescription(distance + "  " + tr("%1°").arg(path->azimuth, 0, 'f', 0));
+        texts.append(distance + "  " + tr("%1°").arg(path->azimuth, 0, 'f', 0));
         name += "  " + distance;
     } else if (row->data(Norvu::Gui::TraceDistance).isValid()) {
         row->setData(Norvu::Gui::TraceDistance, QVariant());
-        row->setLabel(row->label()); // takes the description away
     }
+
+    // Only rows without a header have no other place for it than the traces, which are pale then.
+    const QString misfit = row->data(MisfitKey).toString();
+    if (!misfit.isEmpty())
+        texts.append(misfit);
+    row->setLabel(row->label()); // takes a description away
+    if (!texts.isEmpty())
+        row->setDescription(texts.join("  ·  "));
+    widget->setRecordLabel(0, _compact ? misfit : QString());
 
     _names->setName(row, name);
     row->setHeaderVisible(!_compact);
