@@ -214,7 +214,10 @@ void MapPanel::tellPlace(const QPointF &place)
         parts << _stations->hoveredText();
     else if (const EventFacts *event = _events->hovered())
         parts << EventsOnMap::textOf(*event);
-    _text->setText(parts.join("   "));
+    // The start of a text that is too long would be cut off.
+    const QString whole = parts.join("   ");
+    const bool fits = _text->fontMetrics().horizontalAdvance(whole) <= _text->width();
+    _text->setText(fits ? whole : parts.last());
 }
 
 void MapPanel::tellNothing()
