@@ -114,6 +114,7 @@ void MapPanel::createMenu()
     _menu->addSeparator();
     QMenu *events = _menu->addMenu(tr("E&vents"));
     connect(events, &QMenu::aboutToShow, this, [this, events] {
+        qDeleteAll(events->findChildren<QMenu *>(QString(), Qt::FindDirectChildrenOnly));
         events->clear();
         QMenu *choices = _events->layer()->menu(events);
         events->addActions(choices->actions());
