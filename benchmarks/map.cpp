@@ -228,6 +228,64 @@ void setEvents(benchmark::State &state)
     report(state, ours, plain);
 }
 
+/** A step of a replay near the end of a catalogue, from the change of the events to the finished
+ *  picture: some come, and all others fade a little; the plain form sets all events anew. */
+void replayStep(benchmark::State &state)
+{
+    constexpr int PerStep = 10;
+    Scene scene(0);
+    const std::vector<EventLayer::Values> events = catalogue(static_cast<int>(state.range(0)));
+    scene.layer.setEvents(events);
+    const auto fade = [&](OriginSymbol *symbol, std::size_t age) {
+        symbol->setOpacity(state.range(1) ? 1 - double(age) / double(events.size()) : 1);
+    };
+    std::vector<OriginSymbol *> symbols;
+    const auto findSymbols = [&] {
+        symbols.clear();
+        for (const EventLayer::Values &event : events)
+            symbols.push_back(scene.layer.symbol(event.id));
+    };
+    findSymbols();
+    scene.draw();
+
+    Seconds plain;
+    for (int i = 0; i < 3; ++i) {
+        plain.add(secondsOf([&] {
+            scene.layer.setEvents(events);
+            scene.draw();
+        }));
+    }
+    findSymbols();
+    std::size_t next = 0;
+    Seconds ours;
+    for (auto _ : state) {
+        std::vector<EventLayer::Values> coming;
+        std::vector<std::string> ids;
+        for (int i = 0; i < PerStep; ++i) {
+            coming.push_back(events[next + std::size_t(i)]);
+            ids.push_back(coming.back().id);
+        }
+        scene.layer.removeEvents(ids);
+        scene.draw();
+        state.SetIterationTime(ours.add(secondsOf([&] {
+            scene.layer.addEvents(coming);
+            for (int i = 0; i < PerStep; ++i)
+                symbols[next + std::size_t(i)] = scene.layer.symbol(ids[std::size_t(i)]);
+            for (std::size_t i = 0; i < symbols.size(); ++i)
+                fade(symbols[i], symbols.size() - i);
+            scene.draw();
+        })));
+        next = (next + PerStep) % (events.size() - PerStep);
+    }
+    report(state, ours, plain);
+}
+
+BENCHMARK(replayStep)
+    ->Args({20000, 0})
+    ->Args({20000, 1})
+    ->Iterations(100)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK(pan)->Arg(0)->Arg(20000)->Iterations(100)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(zoom)->Arg(0)->Arg(20000)->Iterations(100)->UseManualTime()->Unit(
     benchmark::kMillisecond);

@@ -210,6 +210,58 @@ private slots:
         }
     }
 
+    void addedAndRemovedEventsLookLikeSetOnes()
+    {
+        std::vector<EventLayer::Values> all;
+        for (int i = 0; i < 60; ++i)
+            all.push_back(
+                {std::to_string(i * 37 % 60), i % 20 * 1.0, i % 7 * 1.0, i * 10.0, i % 5 + 3.0});
+        const auto part = [&all](int from, int to) {
+            return std::vector<EventLayer::Values>(all.begin() + from, all.begin() + to);
+        };
+        Fixture stepped;
+        stepped.layer.setEvents(part(0, 10));
+        stepped.picture();
+        for (int i = 10; i < 60; i += 10) {
+            stepped.layer.addEvents(part(i, i + 10));
+            stepped.picture();
+        }
+        stepped.move(180, 90);
+        std::vector<std::string> ids{"not there"};
+        for (const EventLayer::Values &values : part(25, 60))
+            ids.push_back(values.id);
+        stepped.layer.removeEvents(ids);
+        stepped.layer.addEvents({{"nowhere", Infinity, 0}, all[3], all[40]});
+        stepped.layer.removeEvents({all[40].id});
+
+        Fixture set;
+        set.layer.setEvents(part(0, 25));
+        QCOMPARE(stepped.layer.symbolCount(), 25);
+        QCOMPARE(stepped.picture(), set.picture());
+    }
+
+    void fadedEventsAreNotThere()
+    {
+        Fixture f;
+        const QImage empty = f.picture();
+        f.layer.setEvents({{"a", 0, 0, 10, 6}});
+        const auto inkAt = [&](double opacity) {
+            f.layer.symbol("a")->setOpacity(opacity);
+            const QColor a = f.picture().pixelColor(180, 90);
+            const QColor b = empty.pixelColor(180, 90);
+            return std::abs(a.red() - b.red()) + std::abs(a.green() - b.green()) +
+                   std::abs(a.blue() - b.blue());
+        };
+        const int full = inkAt(1);
+        QVERIFY(full > 20);
+        QVERIFY(std::abs(inkAt(0.5) - full / 2) <= 4);
+        QCOMPARE(inkAt(qQNaN()), 0);
+        f.move(180, 90);
+        QCOMPARE(f.takeLog(), QStringList());
+        f.layer.setSelectedEvent("a");
+        QVERIFY(inkAt(0) > full);
+    }
+
     void collectionPaintsByPriority()
     {
         Fixture f;

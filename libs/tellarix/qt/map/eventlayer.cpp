@@ -35,6 +35,12 @@ void prefetch(const OriginSymbol *symbol)
         __builtin_prefetch(bytes + line);
 }
 
+/** Whether it can be seen, if it lies in sight. */
+bool isShown(const OriginSymbol &symbol)
+{
+    return symbol.isVisible() && !symbol.isClipped() && !symbol.isFaded();
+}
+
 bool hasPlace(const EventLayer::Values &values)
 {
     return std::isfinite(values.longitude) && std::isfinite(values.latitude);
@@ -64,10 +70,15 @@ const std::vector<EventLayer::Drawn> &EventLayer::drawn()
     _drawn.reserve(static_cast<std::size_t>(_symbols.size()));
     for (auto item = _symbols.cbegin(); item != _symbols.cend(); ++item)
         _drawn.push_back({item.value(), &item.key()});
-    std::stable_sort(_drawn.begin(), _drawn.end(), [](const Drawn &a, const Drawn &b) {
-        return a.symbol->preferredMagnitudeValue() > b.symbol->preferredMagnitudeValue();
-    });
+    std::stable_sort(_drawn.begin(), _drawn.end(), &EventLayer::isBelow);
     return _drawn;
+}
+
+bool EventLayer::isBelow(const Drawn &a, const Drawn &b)
+{
+    const double magnitude = a.symbol->preferredMagnitudeValue();
+    const double other = b.symbol->preferredMagnitudeValue();
+    return magnitude != other ? magnitude > other : *a.id < *b.id;
 }
 
 void EventLayer::draw(const Map::Canvas *canvas, QPainter &painter)
@@ -75,7 +86,7 @@ void EventLayer::draw(const Map::Canvas *canvas, QPainter &painter)
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
     const auto drawSymbol = [&](OriginSymbol *symbol) {
-        if (symbol->isVisible() && !symbol->isClipped())
+        if (isShown(*symbol))
             symbol->draw(canvas, painter);
     };
     const std::vector<Drawn> &items = drawn();
@@ -125,15 +136,14 @@ int EventLayer::symbolAt(const QPoint &position)
     const QRect box(position.x() - _reach, position.y() - _reach, 2 * _reach + 1, 2 * _reach + 1);
     return _grid.last(box, [&](int number) {
         const OriginSymbol &symbol = *items[static_cast<std::size_t>(number)].symbol;
-        return symbol.isVisible() && symbol.isInside(position.x(), position.y());
+        return isShown(symbol) && symbol.isInside(position.x(), position.y());
     });
 }
 
 bool EventLayer::isInside(const QMouseEvent *event, const QPointF &)
 {
     const OriginSymbol *selected = symbol(_selectedID);
-    if (selected && selected->isVisible() && !selected->isClipped() &&
-        selected->isInside(event->x(), event->y())) {
+    if (selected && isShown(*selected) && selected->isInside(event->x(), event->y())) {
         hover(_selectedID);
         return true;
     }
@@ -209,20 +219,23 @@ void EventLayer::setSelectedEvent(const std::string &eventID)
     emit updateRequested(Repaint);
 }
 
-void EventLayer::changed()
+void EventLayer::changed(UpdateHint hint)
 {
-    _orderOutdated = true;
+    if (hint == SymbolPositions)
+        _orderOutdated = true;
+    _gridOutdated = true;
     setBufferOutdated();
-    emit updateRequested(SymbolPositions);
+    emit updateRequested(hint);
     if (!_hoveredID.empty() && !_symbols.contains(_hoveredID))
         handleLeaveEvent();
 }
 
-void EventLayer::insert(const Values &values)
+/** The symbol of the event; null if it can't be shown. */
+OriginSymbol *EventLayer::insert(const Values &values)
 {
     if (!hasPlace(values)) {
         drop(values.id);
-        return;
+        return nullptr;
     }
 
     OriginSymbol *&symbol = _symbols[values.id];
@@ -234,6 +247,7 @@ void EventLayer::insert(const Values &values)
         symbol->setSelected(values.id == _selectedID);
     }
     symbol->setPreferredMagnitudeValue(values.magnitude);
+    return symbol;
 }
 
 void EventLayer::drop(const std::string &eventID)
@@ -256,6 +270,48 @@ void EventLayer::setEvents(const std::vector<Values> &events)
     for (const Values *values : sorted)
         insert(*values);
     changed();
+}
+
+void EventLayer::addEvents(const std::vector<Values> &events)
+{
+    drawn(); // is in order, so that what comes has only to be merged in
+    const auto formerCount = static_cast<std::ptrdiff_t>(_drawn.size());
+    for (const Values &values : events) {
+        const int count = _symbols.size();
+        OriginSymbol *symbol = insert(values);
+        if (!symbol || _symbols.size() == count) {
+            _orderOutdated = true;
+            continue;
+        }
+        if (canvas())
+            symbol->calculateMapPosition(canvas());
+        _drawn.push_back({symbol, &_symbols.find(values.id).key()});
+    }
+    if (_orderOutdated) {
+        changed();
+        return;
+    }
+    const auto middle = _drawn.begin() + formerCount;
+    std::sort(middle, _drawn.end(), &EventLayer::isBelow);
+    std::inplace_merge(_drawn.begin(), middle, _drawn.end(), &EventLayer::isBelow);
+    changed(Repaint);
+}
+
+void EventLayer::removeEvents(const std::vector<std::string> &eventIDs)
+{
+    drawn();
+    std::vector<OriginSymbol *> removed;
+    for (const std::string &id : eventIDs) {
+        if (OriginSymbol *symbol = _symbols.take(id))
+            removed.push_back(symbol);
+    }
+    std::sort(removed.begin(), removed.end());
+    const auto isRemoved = [&](const Drawn &item) {
+        return std::binary_search(removed.begin(), removed.end(), item.symbol);
+    };
+    _drawn.erase(std::remove_if(_drawn.begin(), _drawn.end(), isRemoved), _drawn.end());
+    qDeleteAll(removed);
+    changed(Repaint);
 }
 
 void EventLayer::clear()

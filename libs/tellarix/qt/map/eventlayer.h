@@ -61,6 +61,12 @@ public:
      *  last. Faster by far than one event at a time. */
     void setEvents(const std::vector<Values> &events);
 
+    /** Shows more events beside those that are there; one that is there already is updated. Costs
+     *  little beyond the new symbols. */
+    void addEvents(const std::vector<Values> &events);
+    /** Removes the events of these ids; what isn't there is passed over. Costs little likewise. */
+    void removeEvents(const std::vector<std::string> &eventIDs);
+
     /** Empty without one; need not be the id of an event that is there. */
     const std::string &selectedEvent() const { return _selectedID; }
     /** Marks the symbol of an event, now or once it comes, instead of the one before. */
@@ -97,9 +103,10 @@ private:
         const std::string *id; /**< the symbol's key */
     };
 
-    void insert(const Values &values);
+    OriginSymbol *insert(const Values &values);
     void drop(const std::string &eventID);
-    void changed();
+    void changed(UpdateHint hint = SymbolPositions);
+    static bool isBelow(const Drawn &a, const Drawn &b);
     const std::vector<Drawn> &drawn();
     int symbolAt(const QPoint &position);
     void hover(const std::string &eventID);

@@ -17,6 +17,10 @@ namespace Gui {
 
 namespace {
 
+/** Colours that differ in the rest look the same: a picture for each of them would not stay in the
+ *  processor's cache. */
+constexpr QRgb VisibleBits = 0xfffcfcfc;
+
 void drawDisc(QPainter &painter, const QPointF &middle, int diameter, const QColor &color,
               int fillAlpha)
 {
@@ -108,8 +112,15 @@ void OriginSymbol::setDepth(double depth)
     const Scheme::Map &map = Scheme::Current().map;
     _depth = depth;
     _discDiameter = -1;
-    _color = std::isfinite(depth) ? map.depthGradient.colorAt(depth, map.depthGradientIsDiscrete)
-                                  : QColor(Qt::gray);
+    const QColor color = std::isfinite(depth)
+                             ? map.depthGradient.colorAt(depth, map.depthGradientIsDiscrete)
+                             : QColor(Qt::gray);
+    _color = QColor::fromRgba(color.rgba() & VisibleBits);
+}
+
+void OriginSymbol::setOpacity(double opacity)
+{
+    _opacity = opacity > 0 ? qMin(opacity, 1.0) : 0;
 }
 
 bool OriginSymbol::isInside(int x, int y) const
@@ -125,13 +136,19 @@ void OriginSymbol::customDraw(const Map::Canvas *, QPainter &painter)
     if (!_selected && paintsPixels(painter)) {
         if (std::exchange(_discDiameter, diameter) != diameter)
             _disc = discImage(diameter, _color);
+        const double outer = painter.opacity();
+        painter.setOpacity(outer * _opacity);
         painter.drawImage(_position - QPoint(_disc.width() / 2, _disc.height() / 2), _disc);
+        painter.setOpacity(outer);
         return;
     }
 
     // Positions are the middles of pixels.
     const QPointF middle = QPointF(_position) + QPointF(0.5, 0.5);
+    const double outer = painter.opacity();
+    painter.setOpacity(_selected ? outer : outer * _opacity);
     drawDisc(painter, middle, diameter, _color, _selected ? 255 : _color.alpha() / 2);
+    painter.setOpacity(outer);
     if (_selected)
         drawRings(painter, middle, diameter);
 }

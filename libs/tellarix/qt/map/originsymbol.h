@@ -31,6 +31,12 @@ public:
     double depth() const { return _depth; }
     void setDepth(double depth);
 
+    /** From 0, where nothing is to be seen, to 1, as it is at first. */
+    void setOpacity(double opacity);
+    double opacity() const { return _opacity; }
+    /** Nothing is left to be seen of it; never so while it is selected. */
+    bool isFaded() const { return _opacity <= 0 && !_selected; }
+
     /** Selected symbols are opaque, with a ring in the highlight's colour. */
     void setSelected(bool selected) { _selected = selected; }
     bool isSelected() const { return _selected; }
@@ -46,6 +52,7 @@ private:
 
     double _depth;
     double _magnitude{0};
+    double _opacity{1};
     QColor _color;
     QImage _disc; /**< shared with symbols that look the same */
     int _discDiameter{-1};
