@@ -3,6 +3,8 @@
 #include "bench.h"
 
 #include "jobs.h"
+#include "mapview.h"
+#include "replay.h"
 #include "selection.h"
 #include "shownevents.h"
 #include "stations.h"
@@ -14,7 +16,7 @@ namespace Workbench {
 Bench::Bench(QObject *parent)
     : QObject(parent), _selection(new Selection(this)), _shownEvents(new ShownEvents(this)),
       _stations(new Stations(this)), _tasks(new Tasks(this)), _jobs(new Jobs(this)),
-      _rows(new TraceRows(this))
+      _rows(new TraceRows(this)), _mapView(new MapView(this)), _replay(new Replay(this))
 {}
 
 void Bench::tell(const QStringList &problems)

@@ -10,6 +10,8 @@
 namespace Workbench {
 
 class Jobs;
+class MapView;
+class Replay;
 class Selection;
 class ShownEvents;
 class Stations;
@@ -36,6 +38,10 @@ public:
     Jobs *jobs() const { return _jobs; }
     /** The rows of waveforms, for panels that add to them. */
     TraceRows *rows() const { return _rows; }
+    /** The map, for panels that lay something over it. */
+    MapView *mapView() const { return _mapView; }
+    /** Whether events are shown as they came. */
+    Replay *replay() const { return _replay; }
 
     /** The window to which everything that is loaded is limited; not valid without a limit. */
     const Tellarix::Core::TimeWindow &dataWindow() const { return _dataWindow; }
@@ -58,6 +64,8 @@ private:
     Tasks *_tasks;
     Jobs *_jobs;
     TraceRows *_rows;
+    MapView *_mapView;
+    Replay *_replay;
     Tellarix::Core::TimeWindow _dataWindow;
 };
 

@@ -20,6 +20,21 @@ const EventFacts *ShownEvents::find(const QString &publicID) const
     return index == _indices.constEnd() ? nullptr : &_events[*index];
 }
 
+int ShownEvents::countBefore(const Tellarix::Core::Time &time) const
+{
+    const auto end = std::partition_point(
+        _events.begin(), _events.end(), [&](const auto &event) { return event.originTime < time; });
+    return static_cast<int>(end - _events.begin());
+}
+
+int ShownEvents::countUntil(const Tellarix::Core::Time &time) const
+{
+    const auto end = std::partition_point(_events.begin(), _events.end(), [&](const auto &event) {
+        return event.originTime <= time;
+    });
+    return static_cast<int>(end - _events.begin());
+}
+
 void ShownEvents::set(QVector<EventFacts> events)
 {
     if (events.isEmpty() && _events.isEmpty())

@@ -22,6 +22,12 @@ public:
     const QVector<EventFacts> &all() const { return _events; }
     /** The event of a public id; null if it isn't shown. */
     const EventFacts *find(const QString &publicID) const;
+    /** How many have come before a time, or until it; those without a time are among them, which
+     *  so is the index of the first event that came later. */
+    int countBefore(const Tellarix::Core::Time &time) const;
+    int countUntil(const Tellarix::Core::Time &time) const;
+    /** How many are without a time. */
+    int timelessCount() const { return countUntil(Tellarix::Core::Time()); }
     /** In any order. */
     void set(QVector<EventFacts> events);
 

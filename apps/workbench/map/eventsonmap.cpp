@@ -3,19 +3,19 @@
 #include "eventsonmap.h"
 
 #include "bench/bench.h"
+#include "bench/replay.h"
 #include "bench/selection.h"
 #include "bench/shownevents.h"
 #include "eventmaplayer.h"
+#include "eventreplay.h"
+#include "eventvalues.h"
 #include "placelabel.h"
 
 #include <norvu/gui/map/annotations.h>
 #include <norvu/gui/map/symbollayer.h>
 #include <tellarix/qt/map/originsymbol.h>
 
-#include <QtNumeric>
-
 #include <algorithm>
-#include <cmath>
 #include <vector>
 
 using namespace Tellarix;
@@ -26,11 +26,6 @@ namespace {
 
 /** More would hide what they stand at. */
 constexpr int MostLabels = 40;
-
-bool hasPlace(const EventFacts &event)
-{
-    return std::isfinite(event.latitude) && std::isfinite(event.longitude);
-}
 
 bool isLarger(const EventFacts *a, const EventFacts *b)
 {
@@ -54,6 +49,8 @@ EventsOnMap::EventsOnMap(Bench *bench, Norvu::Gui::Annotations *annotations, QOb
     _labels->setName(tr("Event labels"));
     connect(_bench->shownEvents(), SIGNAL(changed()), this, SLOT(rebuild()));
     connect(_bench->selection(), SIGNAL(eventChanged()), this, SLOT(followSelection()));
+    connect(_bench->selection(), SIGNAL(timeChanged()), this, SLOT(followReplay()));
+    connect(_bench->replay(), SIGNAL(changed()), this, SLOT(followReplay()));
     connect(_layer, SIGNAL(modesChanged()), this, SLOT(rebuildLabels()));
     connect(_layer, SIGNAL(eventHovered(std::string)), this, SLOT(hover(std::string)));
     connect(_layer, SIGNAL(eventSelected(std::string)), this, SLOT(choose(std::string)));
@@ -91,41 +88,80 @@ QString EventsOnMap::textOf(const EventFacts &event)
     return parts.join(", ");
 }
 
+bool EventsOnMap::isReplaying() const
+{
+    return _bench->replay()->isOn() && _bench->selection()->time().valid();
+}
+
 void EventsOnMap::rebuild()
 {
-    std::vector<Gui::EventLayer::Values> events;
-    events.reserve(_bench->shownEvents()->all().size());
-    for (const EventFacts &event : _bench->shownEvents()->all()) {
-        if (hasPlace(event))
-            events.push_back({event.publicID.toStdString(), event.longitude, event.latitude,
-                              event.depthKm.value_or(qQNaN()), event.magnitude.value_or(qQNaN())});
+    _replay.reset();
+    _labelled.clear();
+    if (isReplaying()) {
+        _replay = std::make_unique<EventReplay>(_bench->shownEvents(), _layer);
+        _replay->moveTo(_bench->selection()->time(), _bench->replay()->fade());
+    } else {
+        std::vector<Gui::EventLayer::Values> events;
+        events.reserve(_bench->shownEvents()->all().size());
+        for (const EventFacts &event : _bench->shownEvents()->all()) {
+            if (hasPlace(event))
+                events.push_back(valuesOf(event));
+        }
+        _layer->setEvents(events);
     }
-    _layer->setEvents(events);
     followSelection();
+}
+
+void EventsOnMap::followReplay()
+{
+    if (isReplaying() != (_replay != nullptr)) {
+        rebuild();
+        return;
+    }
+    if (!_replay)
+        return;
+    _replay->moveTo(_bench->selection()->time(), _bench->replay()->fade());
+    if (labelled() != _labelled)
+        rebuildLabels();
+}
+
+/** The largest events of those that are to be seen. */
+QVector<const EventFacts *> EventsOnMap::labelled() const
+{
+    if (!_labelsShown || !_layer->viewModes().testFlag(EventMapLayer::Symbols))
+        return {};
+    QVector<const EventFacts *> largest;
+    const auto consider = [&](const EventFacts &event) {
+        if (_labelRegion.contains(event.latitude, event.longitude))
+            largest.append(&event);
+    };
+    if (_replay) {
+        for (const EventFacts *event : _replay->seen())
+            consider(*event);
+    } else {
+        for (const EventFacts &event : _bench->shownEvents()->all())
+            consider(event);
+    }
+    const int count = std::min(MostLabels, largest.size());
+    std::partial_sort(largest.begin(), largest.begin() + count, largest.end(), isLarger);
+    largest.resize(count);
+    return largest;
 }
 
 void EventsOnMap::rebuildLabels()
 {
     _labels->clear();
-    if (!_labelsShown || !_layer->viewModes().testFlag(EventMapLayer::Symbols)) {
-        _labels->update();
-        return;
-    }
-    std::vector<const EventFacts *> largest;
-    for (const EventFacts &event : _bench->shownEvents()->all()) {
-        if (_labelRegion.contains(event.latitude, event.longitude))
-            largest.push_back(&event);
-    }
-    const auto end = largest.begin() + std::min<std::ptrdiff_t>(MostLabels, largest.size());
-    std::partial_sort(largest.begin(), end, largest.end(), isLarger);
-
+    _labelled = labelled();
     // The chosen one comes first, so that no other takes its room.
     const auto &chosen = _bench->selection()->chosenEvent();
-    if (chosen && hasPlace(*chosen))
+    const bool isChosenShown = chosen && hasPlace(*chosen) && _labelsShown &&
+                               _layer->viewModes().testFlag(EventMapLayer::Symbols) &&
+                               (!_replay || _layer->symbol(chosen->publicID.toStdString()));
+    if (isChosenShown)
         addLabel(*chosen)->setAnnotationHighlight(true);
-    for (auto event = largest.begin(); event != end; ++event) {
-        if (!chosen || (*event)->publicID != chosen->publicID)
-            addLabel(**event);
+    for (const EventFacts *event : std::as_const(_labelled)) {
+        if (!chosen || event->publicID != chosen->publicID)
+            addLabel(*event);
     }
     _labels->update();
 }

@@ -7,7 +7,9 @@
 
 #include <QObject>
 #include <QStringList>
+#include <QVector>
 
+#include <memory>
 #include <string>
 
 namespace Norvu {
@@ -23,11 +25,12 @@ namespace Workbench {
 
 class Bench;
 class EventMapLayer;
+class EventReplay;
 class PlaceLabel;
 
 /**
  * The events of the list on a map: symbols or heat map, and labels at the largest of them and at
- * the chosen one, which is that of all panels.
+ * the chosen one, which is that of all panels. In a replay there are only those that have come.
  */
 class EventsOnMap : public QObject
 {
@@ -60,12 +63,15 @@ signals:
 private slots:
     void rebuild();
     void rebuildLabels();
+    void followReplay();
     void followSelection();
     void hover(const std::string &eventID);
     void choose(const std::string &eventID);
     void activate(const std::string &eventID);
 
 private:
+    bool isReplaying() const;
+    QVector<const EventFacts *> labelled() const;
     PlaceLabel *addLabel(const EventFacts &event);
     const EventFacts *find(const std::string &eventID) const;
 
@@ -73,6 +79,8 @@ private:
     Norvu::Gui::Annotations *_annotations;
     EventMapLayer *_layer;
     Norvu::Gui::Map::SymbolLayer *_labels;
+    std::unique_ptr<EventReplay> _replay; /**< null while all events are there */
+    QVector<const EventFacts *> _labelled;
     Region _labelRegion{Region::box(QRectF(-180, -90, 360, 180))};
     bool _labelsShown{true};
 };

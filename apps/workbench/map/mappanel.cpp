@@ -5,6 +5,7 @@
 #include "bench/bench.h"
 #include "bench/darkpalette.h"
 #include "bench/exportfile.h"
+#include "bench/mapview.h"
 #include "bench/picture.h"
 #include "bench/selection.h"
 #include "bench/shownevents.h"
@@ -110,6 +111,8 @@ MapPanel::MapPanel(Bench *bench)
     layout->addLayout(_head);
     layout->addWidget(_map, 1);
     setFocusProxy(_map);
+    bench->mapView()->setMap(
+        _map, [this](QPainter &painter, const QSize &size) { _map->renderTo(painter, size); });
 
     connect(_map, SIGNAL(placeHovered(QPointF)), this, SLOT(tellPlace(QPointF)));
     connect(_map, SIGNAL(placeLeft()), this, SLOT(tellNothing()));

@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
+#include "mapview.h"
+
+namespace Workbench {
+
+MapView::MapView(QObject *parent) : QObject(parent)
+{}
+
+void MapView::setMap(QWidget *widget, const Painting &painting)
+{
+    if (_widget)
+        disconnect(_widget, nullptr, this, nullptr);
+    _widget = widget;
+    _painting = painting;
+    if (_widget)
+        connect(_widget, SIGNAL(destroyed()), this, SLOT(forget()));
+    emit changed();
+}
+
+void MapView::paint(QPainter &painter, const QSize &size) const
+{
+    if (_widget && _painting)
+        _painting(painter, size);
+}
+
+void MapView::forget()
+{
+    setMap(nullptr, nullptr);
+}
+
+} // namespace Workbench

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
+#pragma once
+
+#include <QImage>
+#include <QObject>
+#include <QPointer>
+#include <QWidget>
+
+#include <functional>
+
+class QPainter;
+
+namespace Workbench {
+
+/** The map, as far as more than one panel has to do with it. */
+class MapView : public QObject
+{
+    Q_OBJECT
+
+public:
+    using Painting = std::function<void(QPainter &, const QSize &)>;
+
+    explicit MapView(QObject *parent = nullptr);
+
+    /** Shows the map, and tracks the mouse; null unless a panel shows one, which is made before
+     *  others. */
+    QWidget *widget() const { return _widget; }
+    /** @param painting  paints the map at a size in pixels, as long as the widget is there */
+    void setMap(QWidget *widget, const Painting &painting);
+    /** Paints the map as it is shown, at any size; nothing without a map. */
+    void paint(QPainter &painter, const QSize &size) const;
+
+signals:
+    /** There is another map, or none any more. */
+    void changed();
+
+private slots:
+    void forget();
+
+private:
+    QPointer<QWidget> _widget;
+    Painting _painting;
+};
+
+} // namespace Workbench
