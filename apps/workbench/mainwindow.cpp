@@ -6,6 +6,7 @@
 #include "bench/demonstration.h"
 #include "bench/folderfiles.h"
 #include "bench/jobs.h"
+#include "bench/replay.h"
 #include "bench/selection.h"
 #include "bench/stations.h"
 #include "messagedock.h"
@@ -457,8 +458,29 @@ QVector<PanelPicture> MainWindow::snapshots()
         if (!wasShown)
             dock->hide();
     }
+    pictures.append({"workbench.png", picturePlaying()});
     pictures.append({"widgets.png", widgetGallery()});
     return pictures;
+}
+
+/** The window with the panels of a new session, in the midst of a replay about the chosen event. */
+QPixmap MainWindow::picturePlaying()
+{
+    QHash<QDockWidget *, bool> shown;
+    for (auto dock = _docks.cbegin(); dock != _docks.cend(); ++dock) {
+        shown.insert(*dock, (*dock)->isVisible());
+        (*dock)->setVisible(dock.key()->description().isShownAtFirst);
+        if (dock.key()->description().isShownAtFirst)
+            (*dock)->raise();
+    }
+    const bool wasOn = _bench.replay()->isOn();
+    _bench.replay()->setOn(true);
+    settleLayout();
+    const QPixmap picture = grab();
+    _bench.replay()->setOn(wasOn);
+    for (auto dock = shown.cbegin(); dock != shown.cend(); ++dock)
+        dock.key()->setVisible(*dock);
+    return picture;
 }
 
 void MainWindow::restoreSettings()

@@ -66,6 +66,7 @@ private slots:
     void askToEndJobs();
 
 private:
+    QPixmap picturePlaying();
     void createMessages();
     Panel *makePanel(const PanelRegistry::Maker &make);
     void createPanels(const PanelRegistry &registry);

@@ -5,6 +5,7 @@
 #include "events/eventpanel.h"
 #include "jobs/jobpanel.h"
 #include "map/mappanel.h"
+#include "player/playerpanel.h"
 #include "spectrograms/spectrogrampanel.h"
 #include "waveforms/waveformpanel.h"
 
@@ -20,6 +21,7 @@ PanelRegistry builtInPanels()
     registry.add<SpectrogramPanel>();
     registry.add<EventPanel>();
     registry.add<MapPanel>();
+    registry.add<PlayerPanel>(); // lies over the map
     registry.add<JobPanel>();
     return registry;
 }

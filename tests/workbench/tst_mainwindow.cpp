@@ -199,7 +199,8 @@ void TestMainWindow::showsPanelsForTheirPictures()
     QStringList files;
     for (const PanelPicture &picture : window.snapshots())
         files << picture.fileName;
-    QCOMPARE(files, QStringList({"centre.png", "map.png", "left.png", "lower.png", "widgets.png"}));
+    QCOMPARE(files, QStringList({"centre.png", "map.png", "left.png", "lower.png", "workbench.png",
+                                 "widgets.png"}));
     QCOMPARE(calls,
              QStringList({"centre is seen", "map is seen", "left is seen", "lower is seen"}));
     QVERIFY(panel(window, "left")->isVisible() && !panel(window, "lower")->isVisible());

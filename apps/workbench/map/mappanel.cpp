@@ -112,7 +112,7 @@ MapPanel::MapPanel(Bench *bench)
     layout->addWidget(_map, 1);
     setFocusProxy(_map);
     bench->mapView()->setMap(
-        _map, [this](QPainter &painter, const QSize &size) { _map->renderTo(painter, size); });
+        _map, [this](QPainter &painter, const QSize &size) { paintMap(painter, size); });
 
     connect(_map, SIGNAL(placeHovered(QPointF)), this, SLOT(tellPlace(QPointF)));
     connect(_map, SIGNAL(placeLeft()), this, SLOT(tellNothing()));
@@ -329,6 +329,20 @@ void MapPanel::followRegion()
 }
 
 // Pictures and session
+
+/** Pictures of the map's own size, of which a film has many, need no background of their own. */
+void MapPanel::paintMap(QPainter &painter, const QSize &size)
+{
+    if (size != _map->canvas()->size()) {
+        _map->renderTo(painter, size);
+        return;
+    }
+    painter.save();
+    _map->canvas()->setAsynchronous(false);
+    _map->canvas()->draw(painter);
+    _map->canvas()->setAsynchronous(true);
+    painter.restore();
+}
 
 /** The map as it is shown, for a size in pixels. */
 Picture MapPanel::pictureOf(const QSize &size)

@@ -13,6 +13,7 @@
 
 class QHBoxLayout;
 class QLabel;
+class QPainter;
 class QToolBar;
 
 namespace Norvu {
@@ -99,6 +100,7 @@ private:
     void addMeasureEntries(QMenu *menu, const QPointF &place);
     bool isOn(const QString &name) const;
     QRectF shownRegion() const;
+    void paintMap(QPainter &painter, const QSize &size);
     Picture pictureOf(const QSize &size);
 
     Norvu::Gui::AnnotationStyle _labelStyle;

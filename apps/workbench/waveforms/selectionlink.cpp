@@ -7,6 +7,7 @@
 #include "bench/stations.h"
 #include "bench/tracerows.h"
 #include "timetext.h"
+#include "viewhistory.h"
 #include "waveforms.h"
 
 #include <norvu/gui/trace.h>
@@ -39,6 +40,19 @@ bool isShown(const Core::TimeWindow &window, const TraceView &view)
     const double pixel = visible.length().length() / std::max(1, view.width());
     return std::abs((window.startTime() - visible.startTime()).length()) < pixel &&
            std::abs((window.endTime() - visible.endTime()).length()) < pixel;
+}
+
+/** Whether rows have distances, and stand in ascending order of them. */
+bool isSortedByDistance(const TraceView &view)
+{
+    const QList<Trace *> rows = view.items();
+    const auto distance = [](const Trace *row) {
+        return row->data(Norvu::Gui::TraceDistance).toDouble();
+    };
+    return !rows.isEmpty() && distance(rows.last()) > distance(rows.first()) &&
+           std::is_sorted(rows.begin(), rows.end(), [&](const Trace *a, const Trace *b) {
+               return distance(a) < distance(b);
+           });
 }
 
 } // namespace
@@ -93,8 +107,11 @@ void SelectionLink::updateDistances()
 
 void SelectionLink::followEvent()
 {
+    const bool isSorted = isSortedByDistance(*_waveforms->view());
     updateDistances();
     const std::optional<EventFacts> event = _bench->selection()->chosenEvent();
+    if (event && isSorted && !isSortedByDistance(*_waveforms->view()))
+        _waveforms->view()->sortView();
     if (event && event->originTime.valid() && _waveforms->view()->count() > 0)
         showEvent(*event);
 }
@@ -112,6 +129,7 @@ void SelectionLink::showEvent(const EventFacts &event)
     }
     {
         const QScopedValueRollback<bool> following(_isFollowing, true);
+        _waveforms->history()->keep();
         _waveforms->view()->setAlignment(event.originTime);
         _waveforms->view()->setVisibleTimeWindow(window);
     }

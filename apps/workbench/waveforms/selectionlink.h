@@ -24,7 +24,8 @@ Tellarix::Core::TimeWindow eventWindow(const EventFacts &event, double farthestK
  * Keeps waveforms and the bench's selection together.
  *
  * A chosen event gives rows their distances and, if there are data of it, the alignment and the
- * window that is shown; the order of rows and everything else stays as the user has set it. A
+ * window that is shown; rows in the order of distances are put into that of the new ones, and
+ * everything else stays as the user has set it. A
  * chosen window is shown, a chosen time is brought into sight if there are data, and rows of chosen
  * stations are selected. What the user does with rows and time scale is chosen in turn.
  */

@@ -12,6 +12,7 @@
 #include "rowcommands.h"
 #include "rowvisibility.h"
 #include "selectionlink.h"
+#include "timecursor.h"
 #include "timegestures.h"
 #include "viewhistory.h"
 #include "waveforms.h"
@@ -71,6 +72,7 @@ WaveformPanel::WaveformPanel(Bench *bench)
     setFocusProxy(_waveforms->view());
 
     new SelectionLink(bench, _waveforms);
+    new TimeCursor(bench, _waveforms->view());
     connect(_waveforms, SIGNAL(problems(QStringList)), bench, SLOT(tell(QStringList)));
     createFilterBar();
     createViewActions();
