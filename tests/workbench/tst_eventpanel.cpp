@@ -13,6 +13,7 @@
 #include <norvu/gui/exportfiledialog.h>
 #include <tellarix/client/io/eventarchive.h>
 
+#include <QDateTimeEdit>
 #include <QFile>
 #include <QLineEdit>
 #include <QTemporaryDir>
@@ -167,6 +168,8 @@ private slots:
         desk.openTable();
         QCOMPARE(desk.problems, QStringList());
         QCOMPARE(desk.panel.list()->rowCount(), 2); // the third one is no earthquake
+        for (const auto *input : desk.panel.list()->findChildren<QDateTimeEdit *>())
+            QCOMPARE(input->minimumDate().year(), 100); // for historical earthquakes
 
         // Return shows an event again that has been left since.
         const QSignalSpy changed(desk.bench.selection(), SIGNAL(eventChanged()));

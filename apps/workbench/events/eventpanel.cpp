@@ -209,7 +209,7 @@ void EventPanel::makeList()
     if (!_headerState.isEmpty())
         tree()->header()->restoreState(_headerState);
     // Catalogues of historical earthquakes reach further back than the inputs do by themselves.
-    _list->setEarliestDate(QDate(1, 1, 1));
+    _list->setEarliestDate(QDate(100, 1, 1)); // the inputs know none before
     static_cast<QVBoxLayout *>(layout())->insertWidget(1, _list, 1);
 
     connect(_list, SIGNAL(eventSelected()), this, SLOT(choose()));

@@ -25,7 +25,8 @@ using Norvu::Gui::Trace;
 namespace Workbench {
 
 TimeGestures::TimeGestures(Norvu::Gui::TraceView *view)
-    : QObject(view), _view(view), _scrollArea(view->findChild<QScrollArea *>()),
+    : QObject(view), _view(view), _scale(view->timeScale()),
+      _scrollArea(view->findChild<QScrollArea *>()),
       _zoom(new QAction(tr("&Zoom to the selected span"), this)),
       _label(new QLabel(_scrollArea->viewport()))
 {
@@ -105,7 +106,7 @@ void TimeGestures::clearSpan()
 
 bool TimeGestures::eventFilter(QObject *watched, QEvent *event)
 {
-    const bool isScale = watched == _view->timeScale();
+    const bool isScale = watched == _scale;
     switch (event->type()) {
     case QEvent::MouseButtonDblClick:
         return doubleClick(*static_cast<QMouseEvent *>(event));

@@ -74,6 +74,7 @@ private:
     };
 
     Norvu::Gui::TraceView *_view;
+    const QObject *_scale; /**< only compared: it is still watched while the view ends */
     QScrollArea *_scrollArea;
     QAction *_zoom;
     QLabel *_label;

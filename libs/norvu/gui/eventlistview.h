@@ -72,7 +72,7 @@ public:
     /** What loadInterval() loads: between the two dates, and within the bounds of the menu. */
     Tellarix::Core::TimeWindow timeWindow() const;
     EventFilter filter() const;
-    /** The earliest date that can be put in; by itself the inputs end in the year 1752. */
+    /** The earliest date that can be put in; not before the year 100; by itself 1752. */
     void setEarliestDate(const QDate &date);
 
     /** Number of rows that aren't filtered out. */
