@@ -427,7 +427,7 @@ void TestPlayer::leavesFilmsToJobs()
     desk.write(plan);
     QCOMPARE(desk.bench.jobs()->all().size(), 1);
     QTRY_COMPARE(contentOf(plan.folder + "/replay.mp4"), QByteArray("film\n"));
-    QVERIFY(desk.bench.jobs()->all().first()->output().contains("-frames:v 5"));
+    QTRY_VERIFY(desk.bench.jobs()->all().first()->output().contains("-frames:v 5"));
     qputenv("PATH", pathBefore);
 }
 
