@@ -54,6 +54,21 @@ void enter(QWidget &widget)
     QCoreApplication::sendEvent(&widget, &event);
 }
 
+/** An owner that shows a widget whenever it is hidden. */
+struct ShowAgain : QObject
+{
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (event->type() == QEvent::HideToParent) {
+            ++times;
+            static_cast<QWidget *>(watched)->show();
+        }
+        return false;
+    }
+
+    int times{0};
+};
+
 /** A view with a player at its lower edge, as an owner without a layout has it. */
 struct View : QWidget
 {
@@ -145,6 +160,7 @@ private slots:
             View view;
             QVERIFY(view.player->setMaxTime(TimeSpan(row.length)));
             view.player->speedSelection()->setCurrentText(row.speed);
+            view.player->applySpeed(99); // no such entry
             view.repeat()->setChecked(row.repeats);
             view.click("Play");
             QTimer *tick = timerOf(*view.player, "PlayTimer");
@@ -194,6 +210,7 @@ private slots:
     void takesAnyLength()
     {
         View view;
+        QCOMPARE(view.slider()->maximum(), 0);
         QVERIFY(!view.player->setMaxTime(TimeSpan(-1.0)));
         QVERIFY(view.player->setMaxTime(TimeSpan(60.0)));
         view.slider()->setValue(50);
@@ -348,6 +365,20 @@ private slots:
         QVERIFY(view.player->isVisible() && slide->state() == QPropertyAnimation::Stopped);
         QCOMPARE(view.player->pos(), place);
 
+        // Shown at once when it has gone, it is there to stay, however often it went before.
+        for (int i = 0; i < 2; ++i) {
+            view.player->startBackwardAnimation();
+            QTRY_VERIFY(view.player->isHidden());
+            view.player->hideControls(false);
+        }
+        ShowAgain owner;
+        view.player->installEventFilter(&owner);
+        view.player->startBackwardAnimation();
+        QTRY_COMPARE(slide->state(), QPropertyAnimation::Stopped);
+        QVERIFY(view.player->isVisible());
+        QCOMPARE(owner.times, 1);
+        view.player->removeEventFilter(&owner);
+
         view.player->setAutoHideEnabled(false);
         Pointer::leave(*view.player);
         QVERIFY(hideTimers(*view.player).isEmpty());
@@ -379,7 +410,7 @@ private slots:
 
     void outlivesItsOwnersWhims()
     {
-        for (const char *slot : {"start", "reset", "followCurrentTime"}) {
+        for (const char *slot : {"start", "reset", "followCurrentTime", "nextStep"}) {
             View view;
             const QPointer<VideoPlayer> player(view.player);
             connect(player, &VideoPlayer::playerStarted, [&] { delete player; });

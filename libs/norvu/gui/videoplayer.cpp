@@ -183,12 +183,12 @@ void VideoPlayer::createLabels(QVBoxLayout *layout)
     labels->addWidget(_absoluteLabel);
     labels->addWidget(_relativeLabel);
     layout->addLayout(labels);
-    _referenceWidgets << _absoluteLabel << _relativeLabel;
 }
 
 void VideoPlayer::createControls()
 {
     _slider = new TimelineSlider(Qt::Horizontal);
+    _slider->setMaximum(0); // as long as the timeline
     _slider->setValue(0);
     _slider->setFocusPolicy(Qt::NoFocus);
     _playButton = createButton(FontAwesome5::chPlay, tr("Play"));
@@ -197,7 +197,6 @@ void VideoPlayer::createControls()
     _followButton->hide();
     _elapsedLabel = new QLabel(QStringLiteral("00:00 / 12:00:00"));
     _settingsButton = createButton(FontAwesome5::chCog, tr("Show settings"));
-    _referenceWidgets << _followButton;
 
     auto *row = new QHBoxLayout;
     row->addSpacerItem(new QSpacerItem(6, 1, QSizePolicy::Fixed, QSizePolicy::Fixed));
@@ -261,7 +260,8 @@ void VideoPlayer::createSettings()
     }
     _speed->adjustSize();
     _relativeMode->adjustSize();
-    _referenceWidgets << absoluteTime << relativeTime << _showAbsoluteTime << _relativeMode;
+    _referenceWidgets << absoluteTime << relativeTime << _showAbsoluteTime << _relativeMode
+                      << _followButton << _relativeLabel << _absoluteLabel;
 
     connect(_settings, SIGNAL(aboutToHide()), this, SLOT(hideSettingsRequested()));
     connect(_showAbsoluteTime, SIGNAL(clicked()), this, SLOT(toggleAbsoluteTimeLabel()));
@@ -369,6 +369,7 @@ void VideoPlayer::startBackwardAnimation()
         return;
 
     standUp();
+    // Once: a player that its owner shows in the hide that ends this must not be hidden again.
     connect(_animation, SIGNAL(finished()), this, SLOT(hideControls()), Qt::UniqueConnection);
     _animation->setDirection(QAbstractAnimation::Backward);
     _animation->setEasingCurve(QEasingCurve::OutCubic);

@@ -60,7 +60,8 @@ public:
     bool setMaxTime(const Tellarix::Core::TimeSpan &maxTime);
     /** Sets the time of position 0, and shows or hides all that needs one. */
     void setReferenceTime(const Tellarix::Core::Time &time);
-    /** Chooses what the relative label tells, as the selector does, which follows. */
+    /** Chooses what the relative label tells, and shows it even without a reference time; the
+     *  selector follows. */
     void setRelativeTimeMode(RelativeTimeMode mode);
 
     /** The position on the timeline. */

@@ -142,6 +142,7 @@ void VideoPlayer::setRelativeTimeMode(RelativeTimeMode mode)
         _relativeTimer.start();
 }
 
+// Whoever hears that it starts or stops may delete the player.
 void VideoPlayer::start()
 {
     const QPointer<VideoPlayer> self(this);
@@ -180,7 +181,7 @@ void VideoPlayer::reset()
     if (!self)
         return;
     _currentStep = Core::TimeSpan();
-    showPosition();
+    showPosition(); // the slider would go on showing where it was
     updateView();
 }
 
@@ -230,6 +231,7 @@ void VideoPlayer::followCurrentTime()
 void VideoPlayer::applySpeed(int index)
 {
     const QVariant data = _speed->itemData(index);
+    // A step of nothing would look like playing, and get nowhere.
     if (!data.isValid())
         return;
     const int ms = data.toInt();
@@ -238,6 +240,7 @@ void VideoPlayer::applySpeed(int index)
 
 void VideoPlayer::applyRelativeTimeMode(int index)
 {
+    // No mode has it: the label would be shown with a text that nobody chose.
     if (index >= Disabled && index <= CurrentTime)
         setRelativeTimeMode(static_cast<RelativeTimeMode>(index));
 }
