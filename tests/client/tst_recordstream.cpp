@@ -107,6 +107,13 @@ private slots:
         write("empty", QByteArray());
         write("text", "hello");
         write("uneven", uneven);
+        // Others of these names change nothing, neither while they are there nor when they go.
+        const auto makeNothing = [] { return RecordStreamPtr(); };
+        const IO::RecordStreamScheme nothing("nothing", makeNothing);
+        const IO::RecordStreamScheme second("file", makeNothing);
+        {
+            const IO::RecordStreamScheme gone("archive", makeNothing);
+        }
         const std::pair<QString, QString> rows[] = {
             {"file://%1/none", "%1/none: No such file or directory"},
             {"file://%1", "%1: is a directory"},
@@ -116,7 +123,8 @@ private slots:
             {"archive://%1?type=X", "%1: unknown type \"X\" of day files"},
             {"%1/text", "%1/text: neither miniSEED nor SAC"},
             {"%1/uneven", "%1/uneven: SAC file is not evenly spaced"},
-            {"foo://bar", "Unknown record stream scheme \"foo\" (known: archive, file)"},
+            {"foo://bar", "Unknown record stream scheme \"foo\" (known: archive, file, nothing)"},
+            {"nothing://", "No record stream could be made for the scheme \"nothing\""},
         };
         for (const auto &[url, expected] : rows) {
             std::string error;

@@ -14,10 +14,16 @@ namespace IO {
 
 namespace {
 
+struct Offer
+{
+    const RecordStreamScheme *owner;
+    RecordStreamScheme::Maker maker;
+};
+
 struct Registry
 {
     std::mutex mutex;
-    std::map<std::string, RecordStreamScheme::Maker> makers;
+    std::multimap<std::string, Offer> offers; /**< those of one scheme in order of registration */
 };
 
 // Static objects of other sources register themselves: it has to exist before them.
@@ -31,8 +37,9 @@ RecordStreamScheme::Maker makerOf(const std::string &scheme)
 {
     Registry &schemes = registry();
     const std::lock_guard<std::mutex> lock(schemes.mutex);
-    const auto maker = schemes.makers.find(scheme);
-    return maker != schemes.makers.end() ? maker->second : RecordStreamScheme::Maker();
+    const auto first = schemes.offers.lower_bound(scheme);
+    return first != schemes.offers.end() && first->first == scheme ? first->second.maker
+                                                                   : RecordStreamScheme::Maker();
 }
 
 std::string unknownScheme(const std::string &scheme)
@@ -68,6 +75,10 @@ RecordStreamPtr RecordStream::Create(const std::string &url, std::string *error)
         return RecordStreamPtr();
     }
     const RecordStreamPtr stream = maker();
+    if (!stream) {
+        *error = "No record stream could be made for the scheme \"" + scheme + "\"";
+        return RecordStreamPtr();
+    }
     if (!stream->setSource(hasScheme ? url.substr(separator + 3) : url)) {
         *error = stream->errorString();
         return RecordStreamPtr();
@@ -80,8 +91,10 @@ std::vector<std::string> RecordStream::Schemes()
     Registry &schemes = registry();
     const std::lock_guard<std::mutex> lock(schemes.mutex);
     std::vector<std::string> names;
-    for (const auto &entry : schemes.makers)
-        names.push_back(entry.first);
+    for (const auto &entry : schemes.offers) {
+        if (names.empty() || names.back() != entry.first)
+            names.push_back(entry.first);
+    }
     return names;
 }
 
@@ -173,14 +186,20 @@ RecordStreamScheme::RecordStreamScheme(const std::string &scheme, Maker maker) :
 {
     Registry &schemes = registry();
     const std::lock_guard<std::mutex> lock(schemes.mutex);
-    schemes.makers[scheme] = std::move(maker);
+    schemes.offers.insert({scheme, {this, std::move(maker)}});
 }
 
 RecordStreamScheme::~RecordStreamScheme()
 {
     Registry &schemes = registry();
     const std::lock_guard<std::mutex> lock(schemes.mutex);
-    schemes.makers.erase(_scheme);
+    // A plug-in that fails must not take along what others offer under that name.
+    for (auto offer = schemes.offers.lower_bound(_scheme); offer != schemes.offers.end(); ++offer) {
+        if (offer->second.owner == this) {
+            schemes.offers.erase(offer);
+            return;
+        }
+    }
 }
 
 } // namespace IO

@@ -128,7 +128,10 @@ private:
     std::string _errorString;
 };
 
-/** Registers a scheme for as long as it lives; a static object of the stream's source. */
+/**
+ * Registers a scheme for as long as it lives: a static object of the stream's source, or a member
+ * of a plug-in. Of those with one name the first stands.
+ */
 class TELLARIX_CLIENT_API RecordStreamScheme
 {
 public:
