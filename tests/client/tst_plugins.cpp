@@ -45,6 +45,8 @@ private slots:
             << "is made for version 4.2 of the framework, and this is 5.0" << false;
         QTest::newRow("no name") << "nameless"
                                  << "have no \"name\"" << false;
+        QTest::newRow("program, not in a list") << "listless"
+                                                << "is no list" << false;
         QTest::newRow("of another program") << "stranger" << QString() << false;
         QTest::newRow("unresolved symbol") << "unresolved"
                                            << "definedNowhere" << false;
@@ -82,6 +84,18 @@ private slots:
             QVERIFY2(problem.startsWith(fileName + ": ") && problem.contains(cause),
                      qPrintable(problem));
         }
+    }
+
+    void looksIntoNoNamelessFolder()
+    {
+        QVERIFY(QFile::copy(pluginFile("good"), _folder->filePath("good.so")));
+        const QString before = QDir::currentPath();
+        QVERIFY(QDir::setCurrent(_folder->path()));
+        Client::Plugins plugins;
+        plugins.loadFolder("", "prog");
+        QVERIFY(QDir::setCurrent(before));
+        QVERIFY(plugins.loaded().isEmpty());
+        QCOMPARE(plugins.problems().size(), 1);
     }
 
 private:

@@ -54,8 +54,10 @@ std::unique_ptr<QObject> setUp(QPluginLoader &loader, QString *reason)
     try {
         object.reset(loader.instance());
         auto *plugin = qobject_cast<Plugin *>(object.get());
-        if (plugin && plugin->init(reason))
+        if (plugin && plugin->init(reason)) {
+            reason->clear(); // some write one first, in case that they fail
             return object;
+        }
         if (!object)
             *reason = loader.errorString();
         else if (!plugin)
@@ -97,8 +99,14 @@ void Plugins::clear()
 void Plugins::loadFolder(const QString &folder, const QString &program)
 {
     const QDir directory(folder);
-    if (!directory.exists()) {
-        addProblem(folder, tr("there is no such folder of plug-ins"));
+    // An empty name, left by a variable that is not set, would stand for the working directory.
+    if (folder.isEmpty() || !directory.exists()) {
+        addProblem(folder.isEmpty() ? QStringLiteral("\"\"") : folder,
+                   tr("there is no such folder of plug-ins"));
+        return;
+    }
+    if (!directory.isReadable()) {
+        addProblem(folder, tr("the folder can't be read"));
         return;
     }
     for (const QString &name :
@@ -121,7 +129,12 @@ void Plugins::loadFile(const QString &fileName, const QString &program)
     }
 
     const QJsonObject own = metaData.value(QStringLiteral("MetaData")).toObject();
-    const QJsonArray programs = own.value(QStringLiteral("programs")).toArray();
+    const QJsonValue named = own.value(QStringLiteral("programs"));
+    if (!named.isUndefined() && !named.isArray()) {
+        addProblem(fileName, tr("\"programs\" in its meta data is no list"));
+        return;
+    }
+    const QJsonArray programs = named.toArray();
     if (programs.isEmpty() || programs.contains(program))
         load(loader, {own.value(QStringLiteral("name")).toString(),
                       own.value(QStringLiteral("version")).toString(), fileName});

@@ -17,6 +17,8 @@
 #define META_DATA "good.json"
 #elif defined(NAMELESS)
 #define META_DATA "nameless.json"
+#elif defined(LISTLESS)
+#define META_DATA "listless.json"
 #elif defined(STRANGER)
 #define META_DATA "stranger.json"
 #else
@@ -41,7 +43,7 @@ class TestPlugin : public QObject, public Tellarix::Client::Plugin
 public:
     bool init(QString *reason) override
     {
-        Q_UNUSED(reason)
+        *reason = QStringLiteral("nothing yet");
 #if defined(UNRESOLVED)
         definedNowhere();
 #elif defined(REFUSING)
