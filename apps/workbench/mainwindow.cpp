@@ -38,6 +38,7 @@
 #include <cstdio>
 #include <exception>
 #include <iterator>
+#include <memory>
 
 namespace Workbench {
 
@@ -123,18 +124,29 @@ MainWindow::~MainWindow()
 
 // Panels
 
-/** A panel; null, with the cause told, if one of a plug-in throws. */
+/** Sessions and pictures of two panels with one name would overwrite each other. */
+bool MainWindow::isFreeName(const QString &name) const
+{
+    const auto hasName = [&](const Panel *panel) { return panel->description().name == name; };
+    return !name.isEmpty() && name != _messages->objectName() &&
+           std::none_of(_panels.cbegin(), _panels.cend(), hasName);
+}
+
+/** A panel; null, with the cause told, if one of a plug-in throws or has no name of its own. */
 Panel *MainWindow::makePanel(const PanelRegistry::Maker &make)
 {
     QString cause;
     try {
-        return make(&_bench);
+        std::unique_ptr<Panel> panel(make(&_bench));
+        if (!panel || isFreeName(panel->description().name))
+            return panel.release();
+        cause = tr("\"%1\" is no name of its own").arg(panel->description().name);
     } catch (const std::exception &exception) {
-        cause = QString::fromUtf8(exception.what());
+        cause = tr("it could not be made: %1").arg(QString::fromUtf8(exception.what()));
     } catch (...) {
-        cause = tr("unknown");
+        cause = tr("it could not be made");
     }
-    const QString problem = tr("A panel is left out, as it could not be made: %1").arg(cause);
+    const QString problem = tr("A panel is left out: %1").arg(cause);
     qWarning("[WORKBENCH] %s", qUtf8Printable(problem));
     _bench.tell({problem});
     return nullptr;

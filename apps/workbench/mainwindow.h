@@ -68,6 +68,7 @@ private slots:
 private:
     QPixmap picturePlaying();
     void createMessages();
+    bool isFreeName(const QString &name) const;
     Panel *makePanel(const PanelRegistry::Maker &make);
     void createPanels(const PanelRegistry &registry);
     void addTab(Panel *panel);

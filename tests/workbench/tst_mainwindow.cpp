@@ -174,10 +174,21 @@ void TestMainWindow::leadsSourcesToTheirPanel()
 void TestMainWindow::tellsProblemsAndStatus()
 {
     PanelRegistry panels = registry();
-    const int broken = panels.add([](Bench *) -> Panel * { throw std::runtime_error("no luck"); });
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression("panel is left out.*no luck"));
-    QVERIFY(!MainWindow(panels).findChild<QDockWidget *>("messages")->isHidden());
-    panels.remove(broken);
+    const auto named = [](const char *name) -> PanelRegistry::Maker {
+        return [=](Bench *bench) { return new SomePanel(bench, {name, "Other"}); };
+    };
+    const std::pair<PanelRegistry::Maker, const char *> rows[] = {
+        {[](Bench *) -> Panel * { throw std::runtime_error("no luck"); }, "left out:.*no luck"},
+        {named("map"), "left out: \"map\""},
+        {named("messages"), "left out: \"messages\""},
+        {named(""), "left out: \"\""},
+    };
+    for (const auto &[maker, message] : rows) {
+        const int broken = panels.add(maker);
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(message));
+        QVERIFY(!MainWindow(panels).findChild<QDockWidget *>("messages")->isHidden());
+        panels.remove(broken);
+    }
 
     MainWindow window(panels);
     window.show();
