@@ -294,6 +294,7 @@ private slots:
         view.relativeMode()->setCurrentIndex(1);
         QVERIFY(!refresh->isActive());
         view.player->applyRelativeTimeMode(7);
+        QCOMPARE(view.relativeMode()->currentIndex(), 1);
         QCOMPARE(view.label(1)->text(), QString("2 seconds after origin time"));
         view.player->setRelativeTimeMode(VideoPlayer::Disabled);
         QVERIFY(view.label(1)->isHidden());
