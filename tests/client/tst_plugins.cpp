@@ -5,6 +5,8 @@
 
 #include <QtTest>
 
+#include <unistd.h>
+
 using namespace Tellarix;
 
 namespace {
@@ -96,6 +98,20 @@ private slots:
         QVERIFY(QDir::setCurrent(before));
         QVERIFY(plugins.loaded().isEmpty());
         QCOMPARE(plugins.problems().size(), 1);
+    }
+
+    void tellsAFolderThatCannotBeRead()
+    {
+        const bool isRoot = ::geteuid() == 0; // who may read any
+        QVERIFY(QFile::setPermissions(_folder->path(), QFile::Permissions()));
+        if (isRoot)
+            QCOMPARE(::setresuid(65534, 65534, 0), 0);
+        Client::Plugins plugins;
+        plugins.loadFolder(_folder->path(), "prog");
+        if (isRoot)
+            QCOMPARE(::setresuid(0, 0, 0), 0);
+        QVERIFY(QFile::setPermissions(_folder->path(), QFile::ReadOwner | QFile::ExeOwner));
+        QVERIFY(plugins.problems().value(0).contains("can't be read"));
     }
 
 private:
