@@ -39,6 +39,7 @@ class InterfaceFactoryTest : public QObject
 private slots:
     void createsByServiceName()
     {
+        Factory<Triangle>("gone with its life");
         const Factory<Triangle> triangle("triangle");
         const Factory<Square> square("square");
         const std::unique_ptr<Shape> made(Pool::Create(std::string("square")));
