@@ -7,7 +7,13 @@
 
 #include <cstdint>
 #include <optional>
+#include <string_view>
 #include <vector>
+
+inline std::string_view view(const QByteArray &bytes)
+{
+    return std::string_view(bytes.constData(), static_cast<size_t>(bytes.size()));
+}
 
 /** Puts numbers of one byte order into bytes. */
 class BytesWriter

@@ -17,11 +17,6 @@ using namespace Tellarix::Formats;
 namespace {
 constexpr int FirstSample = 632;
 
-std::string_view view(const QByteArray &bytes)
-{
-    return std::string_view(bytes.constData(), static_cast<size_t>(bytes.size()));
-}
-
 RecordPtr makeRecord(double rate = 20, const char *id = "XX.ABC.00.BHZ",
                      const char *start = "2024-02-29T12:34:56.789012Z")
 {
