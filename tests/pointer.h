@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QMouseEvent>
+#include <QVector>
 #include <QWheelEvent>
 #include <QWidget>
 
@@ -16,6 +17,22 @@ inline void move(QWidget &widget, const QPointF &position, Qt::MouseButtons held
     QMouseEvent event(QEvent::MouseMove, position, widget.mapToGlobal(position.toPoint()),
                       Qt::NoButton, held, Qt::NoModifier);
     QApplication::sendEvent(&widget, &event);
+}
+
+/** Presses at the first place, moves through all others and releases at the last. */
+inline void drag(QWidget &widget, const QVector<QPointF> &way,
+                 Qt::MouseButton button = Qt::LeftButton,
+                 Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+{
+    const auto send = [&](QEvent::Type type, const QPointF &position, Qt::MouseButton held) {
+        QMouseEvent event(type, position, widget.mapToGlobal(position.toPoint()), button, held,
+                          modifiers);
+        QApplication::sendEvent(&widget, &event);
+    };
+    send(QEvent::MouseButtonPress, way.first(), button);
+    for (int i = 1; i < way.size(); ++i)
+        move(widget, way[i], button);
+    send(QEvent::MouseButtonRelease, way.last(), Qt::NoButton);
 }
 
 inline void leave(QWidget &widget)

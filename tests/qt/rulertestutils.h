@@ -7,7 +7,6 @@
 #include <tellarix/qt/records/ruler.h>
 
 #include <QApplication>
-#include <QMouseEvent>
 #include <QResizeEvent>
 
 namespace TestUtils {
@@ -19,25 +18,6 @@ inline void resizeTo(QWidget &widget, int width, int height)
     widget.resize(width, height);
     QResizeEvent event(widget.size(), before);
     QApplication::sendEvent(&widget, &event);
-}
-
-inline void sendMouse(QWidget &widget, QEvent::Type type, const QPointF &position,
-                      Qt::MouseButton button, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
-{
-    const bool isDown = type != QEvent::MouseButtonRelease;
-    QMouseEvent event(type, position, type == QEvent::MouseMove ? Qt::NoButton : button,
-                      isDown ? button : Qt::NoButton, modifiers);
-    QApplication::sendEvent(&widget, &event);
-}
-
-/** Presses at the first position, moves through all others and releases at the last. */
-inline void drag(QWidget &widget, const QVector<QPointF> &positions, Qt::MouseButton button,
-                 Qt::KeyboardModifiers modifiers = Qt::NoModifier)
-{
-    sendMouse(widget, QEvent::MouseButtonPress, positions.first(), button, modifiers);
-    for (int i = 1; i < positions.size(); ++i)
-        sendMouse(widget, QEvent::MouseMove, positions[i], button, modifiers);
-    sendMouse(widget, QEvent::MouseButtonRelease, positions.last(), button, modifiers);
 }
 
 inline QImage picture(QWidget &widget)

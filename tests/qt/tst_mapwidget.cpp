@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
-#include "norvu/ink.h"
+#include "pointer.h"
 
 #include <tellarix/qt/map/mapwidget.h>
 
@@ -67,19 +67,11 @@ struct Fixture
                std::abs(view().pixelPerDegree / scale - 1) < 1e-6;
     }
 
-    void move(const QPoint &position, Qt::MouseButtons held = Qt::NoButton)
-    {
-        QMouseEvent event(QEvent::MouseMove, position, Qt::NoButton, held, Qt::NoModifier);
-        QApplication::sendEvent(&widget, &event);
-    }
-
+    void move(const QPoint &position) { Pointer::move(widget, position); }
     void drag(const QPoint &from, const QPoint &to, Qt::MouseButton button = Qt::LeftButton,
               Qt::KeyboardModifiers modifiers = Qt::NoModifier)
     {
-        QTest::mousePress(&widget, button, modifiers, from);
-        for (const QPoint &position : {(from + to) / 2, to})
-            move(position, button);
-        QTest::mouseRelease(&widget, button, modifiers, to);
+        Pointer::drag(widget, {from, (from + to) / 2, to}, button, modifiers);
     }
 
     void turnWheel(const QPoint &position, int angle, int pixels = 0)
@@ -209,7 +201,7 @@ private slots:
     {
         Fixture f;
         QTest::mousePress(&f.widget, Qt::LeftButton, Qt::ShiftModifier, QPoint(300, 100));
-        f.move(QPoint(350, 150), Qt::LeftButton);
+        Pointer::move(f.widget, QPoint(350, 150), Qt::LeftButton);
         QTest::keyClick(&f.widget, Qt::Key_Escape);
         QTest::mouseRelease(&f.widget, Qt::LeftButton, Qt::ShiftModifier, QPoint(350, 150));
         f.drag(QPoint(5, 100), QPoint(7, 102), Qt::LeftButton, Qt::ShiftModifier);
@@ -263,8 +255,7 @@ private slots:
         f.move(QPoint(6, 5));
         QCOMPARE(f.widget.cursor().shape(), usual);
         QSignalSpy left(&f.widget, SIGNAL(placeLeft()));
-        QEvent leave(QEvent::Leave);
-        QApplication::sendEvent(&f.widget, &leave);
+        Pointer::leave(f.widget);
         QCOMPARE(f.widget.canvas()->layerUnderMouse(), nullptr);
         QCOMPARE(left.size(), 1);
     }

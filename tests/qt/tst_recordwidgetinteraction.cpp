@@ -73,15 +73,6 @@ private:
     QStringList _lines;
 };
 
-/** Presses at the first point and drags over the others; releases at the last. */
-void drag(QWidget &widget, const QVector<QPoint> &way)
-{
-    QTest::mousePress(&widget, Qt::LeftButton, Qt::NoModifier, way.first());
-    for (int i = 1; i < way.size(); ++i)
-        Pointer::move(widget, way[i], Qt::LeftButton);
-    QTest::mouseRelease(&widget, Qt::LeftButton, Qt::NoModifier, way.last());
-}
-
 /** A parent that counts what its child leaves to it. */
 class MouseCounter : public QWidget
 {
@@ -108,18 +99,18 @@ private slots:
         widget.setDrawAxis(true);
         widget.setAxisWidth(20);
         SignalLog log(&widget);
-        drag(widget, {{40, 50}, {60, 50}, {80, 60}});
+        Pointer::drag(widget, {{40, 50}, {60, 50}, {80, 60}});
         QCOMPARE(log.take(), (QStringList{"selecting 10 20", "selecting 10 30", "selected 10 30"}));
         // What becomes of the range is up to whoever asked for it.
         QVERIFY(!widget.selectedTimeWindow().valid());
         // Beyond the canvas the range ends at its edge.
-        drag(widget, {{100, 50}, {60, 50}, {-30, 50}});
+        Pointer::drag(widget, {{100, 50}, {60, 50}, {-30, 50}});
         QCOMPARE(log.take(), (QStringList{"selecting 40 20", "selecting 40 0", "selected 0 40"}));
-        drag(widget, {{40, 50}, {41, 50}});
+        Pointer::drag(widget, {{40, 50}, {41, 50}});
         QCOMPARE(log.take(), QStringList{"clicked 10"});
         QTest::mouseClick(&widget, Qt::RightButton, Qt::NoModifier, {40, 50});
         widget.setSelectionEnabled(false);
-        drag(widget, {{40, 50}, {80, 50}});
+        Pointer::drag(widget, {{40, 50}, {80, 50}});
         QCOMPARE(log.take(), QStringList());
     }
 
@@ -132,10 +123,10 @@ private slots:
         widget.setParent(&parent);
         parent.show();
         // Press, move and release reach the parent unless they select.
-        drag(widget, {{20, 50}, {40, 50}});
+        Pointer::drag(widget, {{20, 50}, {40, 50}});
         QCOMPARE(parent.events, 3);
         widget.setSelectionEnabled(true);
-        drag(widget, {{20, 50}, {40, 50}});
+        Pointer::drag(widget, {{20, 50}, {40, 50}});
         QCOMPARE(parent.events, 3);
         widget.setMouseTracking(true);
         Pointer::move(widget, {70, 50});
@@ -282,15 +273,15 @@ private slots:
         SignalLog log(&widget);
 
         // The grip beside the line stays: the marker doesn't jump under the pointer.
-        drag(widget, {{41, 50}, {61, 50}, {81, 50}});
+        Pointer::drag(widget, {{41, 50}, {61, 50}, {81, 50}});
         QCOMPARE(log.take(),
                  (QStringList{"current 20", "moving 20 30", "moving 20 40", "moved 20 40"}));
         QVERIFY(marker->isModified());
-        drag(widget, {{80, 50}, {400, 50}});
+        Pointer::drag(widget, {{80, 50}, {400, 50}});
         QCOMPARE(marker->correctedTime(), at(99.5));
         marker->reset();
         log.take();
-        drag(widget, {{40, 50}, {41, 50}});
+        Pointer::drag(widget, {{40, 50}, {41, 50}});
         QCOMPARE(log.take(), QStringList{"clicked 20"});
         QVERIFY(!marker->isModified());
     }

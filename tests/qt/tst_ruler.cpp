@@ -178,7 +178,7 @@ private slots:
         Ruler idle;
         idle.resize(400, 40);
         idle.showRange(0, 100);
-        drag(idle, {{100, 10}, {60, 10}}, Qt::LeftButton);
+        Pointer::drag(idle, {{100, 10}, {60, 10}});
         QCOMPARE(idle.lower(), 0.0);
 
         ServedRuler ruler;
@@ -190,13 +190,13 @@ private slots:
         for (int i = 0; i < 500; ++i)
             way.append({100 + 90 * std::sin(i), 10});
         way.append({333, 10});
-        drag(ruler, way, Qt::LeftButton);
+        Pointer::drag(ruler, way);
         QVERIFY(std::abs(ruler.pixelToValue(333) - value) < 1E-12);
 
         ServedRuler vertical(Ruler::Left);
         vertical.resize(40, 400);
         vertical.showRange(0, 100);
-        drag(vertical, {{10, 100}, {10, 140}}, Qt::LeftButton);
+        Pointer::drag(vertical, {{10, 100}, {10, 140}});
         QCOMPARE(vertical.lower(), 10.0);
     }
 
@@ -211,19 +211,19 @@ private slots:
             return qMakePair(spy.last()[0].toDouble(), spy.last()[1].toDouble());
         };
         ruler.setRangeSelectionEnabled(true, true);
-        drag(ruler, {{200, 10}, {150, 10}, {100, 10}}, Qt::MiddleButton);
+        Pointer::drag(ruler, {{200, 10}, {150, 10}, {100, 10}}, Qt::MiddleButton);
         QCOMPARE(changing.size(), 2);
         QCOMPARE(changed.size(), 1);
         QCOMPARE(last(changed), qMakePair(25.0, 50.0));
 
         // The upper handle is pulled across the lower one.
-        drag(ruler, {{201, 10}, {300, 10}, {40, 10}}, Qt::LeftButton);
+        Pointer::drag(ruler, {{201, 10}, {300, 10}, {40, 10}});
         QCOMPARE(last(changed), qMakePair(10.0, 25.0));
 
-        drag(ruler, {{360, 10}, {900, 10}}, Qt::LeftButton, Qt::ShiftModifier);
+        Pointer::drag(ruler, {{360, 10}, {900, 10}}, Qt::LeftButton, Qt::ShiftModifier);
         QCOMPARE(last(changed), qMakePair(90.0, 100.0));
 
-        drag(ruler, {{20, 10}, {20, 10}}, Qt::LeftButton, Qt::ShiftModifier);
+        Pointer::drag(ruler, {{20, 10}, {20, 10}}, Qt::LeftButton, Qt::ShiftModifier);
         QVERIFY(!ruler.hasSelection());
         QCOMPARE(last(changed), qMakePair(5.0, 5.0));
     }
