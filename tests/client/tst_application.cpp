@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
+#include "arguments.h"
+
 #include <tellarix/client/application.h>
 #include <tellarix/client/io/recordstream.h>
 #include <tellarix/core/environment.h>
@@ -17,28 +19,6 @@
 using namespace Tellarix;
 
 namespace {
-/** Arguments as main() gets them. */
-class Arguments
-{
-public:
-    explicit Arguments(const QStringList &arguments)
-    {
-        for (const QString &argument : QStringList("/opt/bin/prog") + arguments)
-            _bytes.append(argument.toLocal8Bit());
-        for (QByteArray &argument : _bytes)
-            _pointers.append(argument.data());
-        argc = _pointers.size();
-        _pointers.append(nullptr);
-    }
-
-    char **argv() { return _pointers.data(); }
-    int argc;
-
-private:
-    QVector<QByteArray> _bytes;
-    QVector<char *> _pointers;
-};
-
 /** Writes down what the run sequence calls; fails in the step that it is told. */
 class Program : public Client::Application
 {
@@ -225,7 +205,7 @@ private slots:
 
     void signalEndsEventLoop()
     {
-        Arguments arguments({});
+        Arguments arguments;
         Program program(arguments);
         program.work = []() {
             QTimer::singleShot(0, []() { ::raise(SIGINT); });

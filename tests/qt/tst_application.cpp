@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
+#include "arguments.h"
+
 #include <tellarix/qt/application.h>
 #include <tellarix/qt/scheme.h>
 
@@ -15,49 +17,20 @@ using namespace Tellarix;
 
 namespace {
 
-/** A command line that lives as long as the application made of it. */
-struct Arguments
-{
-    explicit Arguments(const QList<QByteArray> &options = {}) : texts(options)
-    {
-        texts.prepend("/usr/bin/seismotest");
-        for (QByteArray &text : texts)
-            pointers.push_back(text.data());
-        count = static_cast<int>(pointers.size());
-        pointers.push_back(nullptr);
-    }
-
-    QList<QByteArray> texts;
-    std::vector<char *> pointers;
-    int count;
-};
-
 /** Notes which of its operations are called. */
 class TestApplication : public Gui::Application
 {
 public:
     TestApplication(Arguments &arguments, int flags = 0, Type type = Desktop)
-        : Gui::Application(arguments.count, arguments.pointers.data(), flags, type)
+        : Gui::Application(arguments.argc, arguments.argv(), flags, type)
     {}
 
     QStringList calls;
-    bool valid{true};
 
-    bool run() override
-    {
-        calls << QStringLiteral("run");
-        return Gui::Application::run();
-    }
     void done() override
     {
         calls << QStringLiteral("done");
         Gui::Application::done();
-    }
-    bool validateParameters() override { return valid; }
-    void handleInitializationError(int stage) override
-    {
-        calls << QStringLiteral("handleInitializationError %1").arg(stage);
-        Gui::Application::handleInitializationError(stage);
     }
 };
 
@@ -85,7 +58,7 @@ private slots:
     void usesApplicationOfHost()
     {
         Arguments arguments;
-        QApplication host(arguments.count, arguments.pointers.data());
+        QApplication host(arguments.argc, arguments.argv());
         host.setApplicationName(QStringLiteral("host"));
         {
             TestApplication application(arguments);
@@ -178,18 +151,6 @@ private slots:
         early.close();
         QTimer::singleShot(100, &application, [&] { application.exit(5); });
         QCOMPARE(application.exec(), 5);
-    }
-
-    void failedStartRunsNothing()
-    {
-        Arguments arguments;
-        TestApplication application(arguments);
-        application.valid = false;
-        QVERIFY(application.exec() != 0);
-        QVERIFY(!application.calls.contains(QStringLiteral("run")));
-        QVERIFY(application.calls.contains(
-            QStringLiteral("handleInitializationError %1").arg(Client::Application::Parameters)));
-        QCOMPARE(application.calls.last(), QStringLiteral("done"));
     }
 
     void interruptAnnouncesItselfAndEnds()
