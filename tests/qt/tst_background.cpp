@@ -97,7 +97,6 @@ class BackgroundTest : public QObject
     Q_OBJECT
 
 private slots:
-
     void committedFileHasAllKinds()
     {
         for (int kind = WorldData::Land; kind < WorldData::Places; ++kind) {
@@ -113,11 +112,11 @@ private slots:
         QCOMPARE(world()->error(), QString());
     }
 
-    void damagedFileIsToldAndMapGoesOn_data()
+    void damagedFileIsToldAndMapGoesOn()
     {
-        QFile file(WorldFile);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QByteArray whole = file.readAll();
+        QFile original(WorldFile);
+        QVERIFY(original.open(QIODevice::ReadOnly));
+        const QByteArray whole = original.readAll();
         const auto flipped = [whole](int at) {
             QByteArray data = whole;
             data[at] = static_cast<char>(data[at] ^ 16);
@@ -125,41 +124,33 @@ private slots:
         };
         const int contents = whole.indexOf("Domain\n") + 7;
         const int land = contents + 2 + 17 * 34 + 20;
-
-        QTest::addColumn<QByteArray>("data");
-        QTest::addColumn<QString>("cause");
-        QTest::newRow("missing") << QByteArray() << "No such file";
-        QTest::newRow("of another kind") << QByteArray("\x89PNG\r\n") << "no world map";
-        QTest::newRow("newer") << QByteArray(whole).replace(0, 20, "Tellarix world map 2")
-                               << "version";
-        QTest::newRow("cut in the header") << whole.left(15) << "no world map";
-        QTest::newRow("cut before the contents") << whole.left(contents + 1) << "table of contents";
-        QTest::newRow("cut in the contents") << whole.left(contents + 40) << "table of contents";
-        QTest::newRow("no blocks") << flipped(contents + 1) << "table of contents";
-        QTest::newRow("flipped length") << flipped(contents + 9) << "table of contents";
-        QTest::newRow("cut in the first block") << whole.left(land + 9) << "checksum";
-        QTest::newRow("flipped bit in the land") << flipped(land + 99) << "checksum";
-    }
-    void damagedFileIsToldAndMapGoesOn()
-    {
-        QFETCH(QByteArray, data);
-        QFETCH(QString, cause);
-        const QTemporaryDir folder;
-        QFile file(folder.filePath("world.dat"));
-        if (!data.isEmpty()) {
-            QVERIFY(file.open(QIODevice::WriteOnly));
-            file.write(data);
+        const std::pair<QByteArray, QString> rows[] = {
+            {QByteArray(), "No such file"},
+            {"\x89PNG\r\n", "no world map"},
+            {QByteArray(whole).replace(0, 20, "Tellarix world map 2"), "version"},
+            {whole.left(15), "no world map"},
+            {whole.left(contents + 1), "table of contents"},
+            {whole.left(contents + 40), "table of contents"},
+            {flipped(contents + 1), "table of contents"}, // the number of blocks
+            {flipped(contents + 9), "table of contents"}, // a length
+            {whole.left(land + 9), "checksum"},
+            {flipped(land + 99), "checksum"}};
+        for (const auto &[data, cause] : rows) {
+            const QTemporaryDir folder;
+            QFile file(folder.filePath("world.dat"));
+            if (!data.isEmpty())
+                QVERIFY(file.open(QIODevice::WriteOnly) && file.write(data) == data.size());
             file.close();
-        }
 
-        const QRegularExpression message("world\\.dat: .*" + cause);
-        QTest::ignoreMessage(QtWarningMsg, message);
-        const auto broken = std::make_shared<const WorldData>(file.fileName());
-        QVERIFY(broken->shapes(WorldData::Coarse, WorldData::Land)->shapes.isEmpty());
-        QVERIFY2(message.match(broken->error()).hasMatch(), qPrintable(broken->error()));
-        const auto projection = viewed<PlateCarree>(QSize(90, 45), QPointF(20, 0), 0.25);
-        const Background background(plainColors(), broken, QFont(), NoLines);
-        QCOMPARE(painted(background, projection).pixel(45, 20), WaterColor);
+            const QRegularExpression message("world\\.dat: .*" + cause);
+            QTest::ignoreMessage(QtWarningMsg, message);
+            const auto broken = std::make_shared<const WorldData>(file.fileName());
+            QVERIFY(broken->shapes(WorldData::Coarse, WorldData::Land)->shapes.isEmpty());
+            QVERIFY2(message.match(broken->error()).hasMatch(), qPrintable(broken->error()));
+            const auto projection = viewed<PlateCarree>(QSize(90, 45), QPointF(20, 0), 0.25);
+            const Background background(plainColors(), broken, QFont(), NoLines);
+            QCOMPARE(painted(background, projection).pixel(45, 20), WaterColor);
+        }
     }
 
     void damagedShapesAreRefused()
@@ -212,52 +203,44 @@ private slots:
         }
     }
 
-    void clippedRingHasArea_data()
+    void clippedRingHasArea()
     {
-        QTest::addColumn<QPolygonF>("ring");
-        QTest::addColumn<double>("area");
+        const QRectF area(0, 0, 10, 10);
         const auto square = [](double x, double y, double width) {
             return QPolygonF({{x, y}, {x + width, y}, {x + width, y + width}, {x, y + width}});
         };
-        QTest::newRow("inside") << square(2, 2, 3) << 9.0;
-        QTest::newRow("across a corner") << square(8, 8, 5) << 4.0;
-        QTest::newRow("all about") << square(-5, -5, 50) << 100.0;
-        QTest::newRow("outside") << square(20, 3, 5) << 0.0;
-        QTest::newRow("touching") << square(10, 0, 5) << 0.0;
-        QTest::newRow("triangle") << QPolygonF({{-10, 0}, {10, 0}, {10, 10}}) << 75.0;
-        QTest::newRow("two pieces")
-            << QPolygonF({{-9, 1}, {5, 1}, {5, 2}, {-8, 2}, {-8, 5}, {5, 5}, {5, 7}, {-9, 7}})
-            << 15.0;
-        QTest::newRow("other way round") << QPolygonF({{8, 13}, {13, 13}, {13, 8}, {8, 8}}) << -4.0;
-        QTest::newRow("empty") << QPolygonF() << 0.0;
-    }
-    void clippedRingHasArea()
-    {
-        QFETCH(QPolygonF, ring);
-        const QPolygonF clipped = clippedRing(ring, QRectF(0, 0, 10, 10));
-        QTEST(areaOf(clipped), "area");
-        for (const QPointF &point : clipped)
-            QVERIFY(QRectF(0, 0, 10, 10).contains(point));
+        const std::pair<QPolygonF, double> rows[] = {
+            {square(2, 2, 3), 9},
+            {square(8, 8, 5), 4}, // across a corner
+            {square(-5, -5, 50), 100},
+            {square(20, 3, 5), 0},
+            {square(10, 0, 5), 0}, // touching
+            {QPolygonF({{-10, 0}, {10, 0}, {10, 10}}), 75},
+            // Two pieces.
+            {QPolygonF({{-9, 1}, {5, 1}, {5, 2}, {-8, 2}, {-8, 5}, {5, 5}, {5, 7}, {-9, 7}}), 15},
+            {QPolygonF({{8, 13}, {13, 13}, {13, 8}, {8, 8}}), -4}, // the other way round
+            {QPolygonF(), 0}};
+        for (const auto &[ring, expected] : rows) {
+            const QPolygonF clipped = clippedRing(ring, area);
+            QCOMPARE(areaOf(clipped), expected);
+            for (const QPointF &point : clipped)
+                QVERIFY(area.contains(point));
+        }
     }
 
-    void clippedLineEndsAtWindow_data()
-    {
-        QTest::addColumn<QLineF>("line");
-        QTest::addColumn<QLineF>("clipped");
-        QTest::newRow("inside") << QLineF(1, 2, 3, 4) << QLineF(1, 2, 3, 4);
-        QTest::newRow("across") << QLineF(-10, 5, 30, 5) << QLineF(0, 5, 10, 5);
-        QTest::newRow("leaving") << QLineF(5, 5, 5, 25) << QLineF(5, 5, 5, 10);
-        QTest::newRow("beside a corner") << QLineF(-2, 1, 1, -4) << QLineF();
-        QTest::newRow("parallel outside") << QLineF(0, -1, 10, -1) << QLineF();
-    }
     void clippedLineEndsAtWindow()
     {
-        QFETCH(QLineF, line);
-        QFETCH(QLineF, clipped);
-        QPointF from = line.p1(), to = line.p2();
-        QCOMPARE(clipLine(&from, &to, QRectF(0, 0, 10, 10)), !clipped.isNull());
-        if (!clipped.isNull())
-            QCOMPARE(QLineF(from, to), clipped);
+        const std::pair<QLineF, QLineF> rows[] = {{{1, 2, 3, 4}, {1, 2, 3, 4}},
+                                                  {{-10, 5, 30, 5}, {0, 5, 10, 5}},
+                                                  {{5, 5, 5, 25}, {5, 5, 5, 10}},
+                                                  {{-2, 1, 1, -4}, {}}, // beside a corner
+                                                  {{0, -1, 10, -1}, {}}};
+        for (const auto &[line, clipped] : rows) {
+            QPointF from = line.p1(), to = line.p2();
+            QCOMPARE(clipLine(&from, &to, QRectF(0, 0, 10, 10)), !clipped.isNull());
+            if (!clipped.isNull())
+                QCOMPARE(QLineF(from, to), clipped);
+        }
     }
 
     /** All nodes through the projection, neither clipped nor thinned, three times side by side. */
@@ -387,40 +370,36 @@ private slots:
         }
     }
 
-    void graticuleHasRoundLabels_data()
-    {
-        QTest::addColumn<double>("pixelPerDegree");
-        QTest::addColumn<QPointF>("center");
-        QTest::addColumn<QString>("columns");
-        QTest::addColumn<QString>("rows");
-        QTest::newRow("world") << 1.2 << QPointF(0, 0) << "135°W 90°W 45°W 0° 45°E 90°E 135°E"
-                               << "45°S 0° 45°N";
-        QTest::newRow("date line") << 20.0 << QPointF(180, -12) << "175°E 180° 175°W"
-                                   << "15°S 10°S";
-        QTest::newRow("tenths") << 500.0 << QPointF(-0.1, 0) << "0.4°W 0.2°W 0.0° 0.2°E"
-                                << "0.2°S 0.0° 0.2°N";
-        QTest::newRow("thousandths")
-            << 50000.0 << QPointF(11.401, 47.25) << "11.398°E 11.400°E 11.402°E 11.404°E"
-            << "47.248°N 47.250°N 47.252°N";
-    }
     void graticuleHasRoundLabels()
     {
-        QFETCH(double, pixelPerDegree);
-        QFETCH(QPointF, center);
-        const auto projection = viewed<PlateCarree>(QSize(360, 240), center, pixelPerDegree);
-        const double step = graticuleStep(pixelPerDegree, pixelPerDegree < 2 ? 50 : 90);
+        const struct
+        {
+            double pixelPerDegree;
+            QPointF center;
+            const char *columns, *rows;
+        } cases[] = {{1.2, {0, 0}, "135°W 90°W 45°W 0° 45°E 90°E 135°E", "45°S 0° 45°N"},
+                     {20, {180, -12}, "175°E 180° 175°W", "15°S 10°S"},
+                     {500, {-0.1, 0}, "0.4°W 0.2°W 0.0° 0.2°E", "0.2°S 0.0° 0.2°N"},
+                     {50000,
+                      {11.401, 47.25},
+                      "11.398°E 11.400°E 11.402°E 11.404°E",
+                      "47.248°N 47.250°N 47.252°N"}};
         const auto joined = [](const QVector<GraticuleLine> &lines) {
             QStringList labels;
             for (const GraticuleLine &line : lines)
                 labels.append(line.label);
             return labels.join(' ');
         };
-        QTEST(joined(meridians(projection, step)), "columns");
-        QTEST(joined(parallels(projection, step)), "rows");
-        for (const GraticuleLine &line : meridians(projection, step)) {
-            QPointF place;
-            projection.unproject(place, QPoint(line.pixel, 120));
-            QVERIFY(std::abs(std::remainder(place.x(), step)) * pixelPerDegree <= 0.51);
+        for (const auto &[scale, center, columns, rows] : cases) {
+            const auto projection = viewed<PlateCarree>(QSize(360, 240), center, scale);
+            const double step = graticuleStep(scale, scale < 2 ? 50 : 90);
+            QCOMPARE(joined(meridians(projection, step)), QString(columns));
+            QCOMPARE(joined(parallels(projection, step)), QString(rows));
+            for (const GraticuleLine &line : meridians(projection, step)) {
+                QPointF place;
+                projection.unproject(place, QPoint(line.pixel, 120));
+                QVERIFY(std::abs(std::remainder(place.x(), step)) * scale <= 0.51);
+            }
         }
     }
 
