@@ -130,125 +130,97 @@ private slots:
         QCOMPARE(position[1].toDouble(), origin->latitude.value());
     }
 
-    void readsPreferredAndPassesOverTheRest_data()
+    void readsPreferredAndPassesOverTheRest()
     {
-        QTest::addColumn<QByteArray>("body");
-        QTest::addColumn<QString>("expected");
-        QTest::addColumn<int>("warnings");
         const QByteArray one = "<origin publicID=\"o1\">" + SoundOrigin + "</origin>";
         const QByteArray two = "<origin publicID=\"o2\">" + SoundOrigin +
                                "<evaluationMode>manual</evaluationMode></origin>";
         const QByteArray magnitude =
             "<magnitude publicID=\"m\"><mag><value>5</value></mag></magnitude>";
-        QTest::newRow("named") << one + two + "<preferredOriginID> o1 </preferredOriginID>" +
-                                      magnitude
-                               << "*o1 o2 *m" << 0;
-        QTest::newRow("none named: by hand first") << one + two + magnitude << "o1 *o2 *m" << 0;
-        QTest::newRow("named one is missing") << one + "<preferredOriginID>o9</preferredOriginID>"
-                                              << "*o1" << 0;
-        QTest::newRow("origin without time")
-            << "<origin publicID=\"o0\"><latitude><value>1</value></latitude></origin>" + one
-            << "*o1" << 1;
-        QTest::newRow("latitude that is none")
-            << QByteArray(one).replace("1.5", "91") + two << "*o2" << 1;
-        QTest::newRow("number that is none, magnitude without value")
-            << one + QByteArray(magnitude).replace(">5<", ">big<") << "*o1" << 2;
-        QTest::newRow("foreign namespaces")
-            << "<x:origin publicID=\"no\"><a><b/></a></x:origin>" + one +
-                   "<x:preferredOriginID>no</x:preferredOriginID>"
-            << "*o1" << 0;
-        QTest::newRow("no ids") << QByteArray(one).replace("o1", "") << "*e/origin/1" << 0;
-    }
-
-    void readsPreferredAndPassesOverTheRest()
-    {
-        QFETCH(QByteArray, body);
-        const Reading reading = read(Head + "<event publicID=\"e\">" + body + "</event>" + Tail);
-        QVERIFY2(reading.ok, qPrintable(reading.error));
-        QCOMPARE(reading.events.size(), 1);
-        QTEST(solutions(*reading.events[0]), "expected");
-        QTEST(reading.warnings.size(), "warnings");
-        QCOMPARE(reading.events[0]->preferredOriginID,
-                 reading.events[0]->preferredOrigin()->publicID);
-    }
-
-    void tellsWhatIsWrong_data()
-    {
-        QTest::addColumn<QByteArray>("text");
-        QTest::addColumn<QString>("error");
-        const QByteArray event =
-            "<event publicID=\"e\">\n<origin publicID=\"o\">" + SoundOrigin + "</origin></event>";
-        const QByteArray table = "time,latitude,longitude,mag\n2020-01-01,1,2,3\n";
-        QTest::newRow("cut off") << Head + event + "<event publicID=\"f\"><origin"
-                                 << "line 5, element <event>: ";
-        QTest::newRow("malformed") << Head + "<event><origin><time></origin></time></event>" + Tail
-                                   << "line 4, element <time>: ";
-        QTest::newRow("malformed behind the end") << Head + event + Tail + "<more/>"
-                                                  << "line 5";
-        QTest::newRow("bomb") << QByteArray(
-                                     "<!DOCTYPE q [<!ENTITY a \"aaaa\"><!ENTITY b \"&a;&a;\">]>") +
-                                     Head.mid(22)
-                              << "document type";
-        QTest::newRow("another document")
-            << QByteArray("<html>quakeml</html>") << "element <html>: no QuakeML";
-        QTest::newRow("text without an end")
-            << Head + "<event><type>" + QByteArray(2 << 20, 'x') << "more than 256 kB";
-        QTest::newRow("neither") << QByteArray("hello") << "neither QuakeML nor a table";
-        QTest::newRow("empty") << QByteArray() << "neither QuakeML nor a table";
-        QTest::newRow("field missing") << table + "2020-01-01,1\n"
-                                       << "line 3: 2 fields instead of 4";
-        QTest::newRow("no end of a quote") << table + "\n\"2020-01-01,1,2,3\n"
-                                           << "line 4: a quoted";
-        QTest::newRow("time") << table + "yesterday,1,2,3\n"
-                              << "line 3: \"yesterday\" is no time";
-        QTest::newRow("latitude") << table + "2020-01-01,-90.5,2,3\n"
-                                  << "\"-90.5\" is no latitude";
-        QTest::newRow("columns") << QByteArray("time,latitude,size\n")
-                                 << "line 1: the columns time";
+        const struct
+        {
+            QByteArray body;
+            QString solutions;
+            int warnings;
+        } rows[] = {
+            {one + two + "<preferredOriginID> o1 </preferredOriginID>" + magnitude, "*o1 o2 *m", 0},
+            {one + two + magnitude, "o1 *o2 *m", 0}, // none named: by hand first
+            {one + "<preferredOriginID>o9</preferredOriginID>", "*o1", 0},
+            {"<origin publicID=\"o0\"><latitude><value>1</value></latitude></origin>" + one, "*o1",
+             1},
+            {QByteArray(one).replace("1.5", "91") + two, "*o2", 1},
+            {one + QByteArray(magnitude).replace(">5<", ">big<"), "*o1", 2},
+            // Foreign namespaces.
+            {"<x:origin publicID=\"no\"><a><b/></a></x:origin>" + one +
+                 "<x:preferredOriginID>no</x:preferredOriginID>",
+             "*o1", 0},
+            {QByteArray(one).replace("o1", ""), "*e/origin/1", 0}};
+        for (const auto &row : rows) {
+            const Reading reading =
+                read(Head + "<event publicID=\"e\">" + row.body + "</event>" + Tail);
+            QVERIFY2(reading.ok, qPrintable(reading.error));
+            QCOMPARE(reading.events.size(), 1);
+            const DataModel::Event &event = *reading.events[0];
+            QCOMPARE(solutions(event), row.solutions);
+            QVERIFY2(reading.warnings.size() == row.warnings, row.body);
+            QCOMPARE(event.preferredOriginID, event.preferredOrigin()->publicID);
+        }
     }
 
     void tellsWhatIsWrong()
     {
-        QFETCH(QByteArray, text);
-        QFETCH(QString, error);
-        const Reading reading = read(text);
-        QVERIFY(!reading.ok);
-        QVERIFY2(reading.error.startsWith("file: ") && reading.error.contains(error),
-                 qPrintable(reading.error));
-    }
-
-    void readsTables_data()
-    {
-        QTest::addColumn<QByteArray>("text");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("CSV of a service")
-            << QByteArray("time,latitude,longitude,depth,mag,magType,nst,id,place,type\r\n"
-                          "2015-12-22T18:45:11.123Z,59.9988,-152.7191,-2.29,3,ml,,ak1,"
-                          "\"54km S of \"\"Redoubt\"\", Alaska\",quarry blast\r\n")
-            << "ak1,2015-12-22T18:45:11.123000Z,59.9988,-152.7191,-2.29,3,ml,,,quarry blast,"
-               "\"54km S of \"\"Redoubt\"\", Alaska\"";
-        QTest::newRow("columns in another order, byte order mark, end of line in a field")
-            << QByteArray("\xEF\xBB\xBFLongitude,LATITUDE,Time,place\n2,1,2020-01-01,\"a\nb\"\n\n")
-            << "event/2020-01-01T00:00:00.000000Z/1.0000/2.0000,2020-01-01T00:00:00.000000Z,1,2,,,,"
-               ",,,\"a\nb\"";
-        QTest::newRow("text form of a service")
-            << QByteArray(
-                   "#EventID | Time | Latitude | Longitude | Depth/km | Author | Catalog | "
-                   "Contributor | ContributorID | MagType | Magnitude | MagAuthor | "
-                   "EventLocationName | EventType\n"
-                   "4 | 2010-02-27T06:34:11.5 | -36.122 | -72.898 | 22.9 | us|||| Mw | 8.8 | us "
-                   "| Off the coast, Chile |\n")
-            << "4,2010-02-27T06:34:11.500000Z,-36.122,-72.898,22.9,8.8,Mw,,,,"
-               "\"Off the coast, Chile\"";
+        const QByteArray event =
+            "<event publicID=\"e\">\n<origin publicID=\"o\">" + SoundOrigin + "</origin></event>";
+        const QByteArray table = "time,latitude,longitude,mag\n2020-01-01,1,2,3\n";
+        const QByteArray bomb = "<!DOCTYPE q [<!ENTITY a \"aaaa\"><!ENTITY b \"&a;&a;\">]>";
+        const std::pair<QByteArray, QString> rows[] = {
+            {Head + event + "<event publicID=\"f\"><origin", "line 5, element <event>: "},
+            {Head + "<event><origin><time></origin></time></event>" + Tail,
+             "line 4, element <time>: "},
+            {Head + event + Tail + "<more/>", "line 5"},
+            {bomb + Head.mid(22), "document type"},
+            {"<html>quakeml</html>", "element <html>: no QuakeML"},
+            {Head + "<event><type>" + QByteArray(2 << 20, 'x'), "more than 256 kB"},
+            {"hello", "neither QuakeML nor a table"},
+            {"", "neither QuakeML nor a table"},
+            {table + "2020-01-01,1\n", "line 3: 2 fields instead of 4"},
+            {table + "\n\"2020-01-01,1,2,3\n", "line 4: a quoted"},
+            {table + "yesterday,1,2,3\n", "line 3: \"yesterday\" is no time"},
+            {table + "2020-01-01,-90.5,2,3\n", "\"-90.5\" is no latitude"},
+            {"time,latitude,size\n", "line 1: the columns time"}};
+        for (const auto &[text, error] : rows) {
+            const Reading reading = read(text);
+            QVERIFY2(!reading.ok, qPrintable(error));
+            QVERIFY2(reading.error.startsWith("file: ") && reading.error.contains(error),
+                     qPrintable(reading.error));
+        }
     }
 
     void readsTables()
     {
-        QFETCH(QByteArray, text);
-        const Reading reading = read(text);
-        QVERIFY2(reading.ok, qPrintable(reading.error));
-        QCOMPARE(reading.events.size(), 1);
-        QTEST(QString(IO::EventLine::Of(*reading.events[0]).toCsv()), "expected");
+        const std::pair<QByteArray, QString> rows[] = {
+            {"time,latitude,longitude,depth,mag,magType,nst,id,place,type\r\n"
+             "2015-12-22T18:45:11.123Z,59.9988,-152.7191,-2.29,3,ml,,ak1,"
+             "\"54km S of \"\"Redoubt\"\", Alaska\",quarry blast\r\n",
+             "ak1,2015-12-22T18:45:11.123000Z,59.9988,-152.7191,-2.29,3,ml,,,quarry blast,"
+             "\"54km S of \"\"Redoubt\"\", Alaska\""},
+            // Columns in another order, a byte order mark, the end of a line in a field.
+            {"\xEF\xBB\xBFLongitude,LATITUDE,Time,place\n2,1,2020-01-01,\"a\nb\"\n\n",
+             "event/2020-01-01T00:00:00.000000Z/1.0000/2.0000,2020-01-01T00:00:00.000000Z,1,2,,,,"
+             ",,,\"a\nb\""},
+            {"#EventID | Time | Latitude | Longitude | Depth/km | Author | Catalog | "
+             "Contributor | ContributorID | MagType | Magnitude | MagAuthor | "
+             "EventLocationName | EventType\n"
+             "4 | 2010-02-27T06:34:11.5 | -36.122 | -72.898 | 22.9 | us|||| Mw | 8.8 | us "
+             "| Off the coast, Chile |\n",
+             "4,2010-02-27T06:34:11.500000Z,-36.122,-72.898,22.9,8.8,Mw,,,,"
+             "\"Off the coast, Chile\""}};
+        for (const auto &[text, expected] : rows) {
+            const Reading reading = read(text);
+            QVERIFY2(reading.ok, qPrintable(reading.error));
+            QCOMPARE(reading.events.size(), 1);
+            QCOMPARE(QString(IO::EventLine::Of(*reading.events[0]).toCsv()), expected);
+        }
     }
 };
 
