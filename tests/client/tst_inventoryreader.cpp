@@ -70,74 +70,65 @@ class TestInventoryReader : public QObject
     Q_OBJECT
 
 private slots:
-    void readsChannels_data()
-    {
-        QTest::addColumn<QByteArray>("channels");
-        QTest::addColumn<QByteArray>("list");
-        QTest::addColumn<QString>("warning");
-
-        QTest::newRow("of its own place")
-            << QByteArray("<Channel code='BHZ' locationCode='10' startDate='2020-01-02T03:04:05' "
-                          "endDate='2021-01-01T01:00:00+01:00'><Latitude>3</Latitude>"
-                          "<Longitude>4</Longitude><Elevation>5.5</Elevation><Depth>7</Depth>"
-                          "<Azimuth>90</Azimuth><Dip>-90</Dip><SampleRate>40</SampleRate>") +
-                   response("<Value>2E8</Value><Frequency>1</Frequency>") + "</Channel>"
-            << QByteArray("XX.A.10.BHZ,3,4,5.5,7,90,-90,40,2020-01-02T03:04:05.000000Z,"
-                          "2021-01-01T00:00:00.000000Z,2e+08,M/S")
-            << "";
-        QTest::newRow("of the place of its station, with nothing else")
-            << QByteArray("<Channel code='BHZ' locationCode='  '/>")
-            << QByteArray("XX.A..BHZ,1.5,-2.5,300,,,,,,,,") << "";
-        QTest::newRow("a third of a hertz, and a stream of messages")
-            << QByteArray("<Channel code='LOG'><SampleRate>0</SampleRate></Channel>"
-                          "<Channel code='VHZ'><SampleRate>0.33333</SampleRate><SampleRateRatio>"
-                          "<NumberSamples>1</NumberSamples><NumberSeconds>3</NumberSeconds>"
-                          "</SampleRateRatio></Channel>")
-            << QByteArray("XX.A..LOG,1.5,-2.5,300,,,,0,,,, "
-                          "XX.A..VHZ,1.5,-2.5,300,,,,0.3333333333333333,,,,")
-            << "";
-        QTest::newRow("a unit without a gain, and another namespace")
-            << QByteArray("<Channel code='LKS'><x:Depth>8</x:Depth>") + response("") + "</Channel>"
-            << QByteArray("XX.A..LKS,1.5,-2.5,300,,,,,,,,M/S") << "";
-        QTest::newRow("a gain in volts")
-            << "<Channel code='BHZ'>" +
-                   response("<Value>7</Value><OutputUnits><Name>V</Name></OutputUnits>") +
-                   "</Channel>"
-            << QByteArray("XX.A..BHZ,1.5,-2.5,300,,,,,,,,M/S")
-            << "line 3, element <InstrumentSensitivity>: a gain in \"V\" instead of counts";
-        QTest::newRow("repeated epochs, out of order")
-            << QByteArray("<Channel code='BHZ' startDate='2021-01-01'/>"
-                          "<Channel code='BHZ' startDate='2020-01-01'/>"
-                          "<Channel code='BHZ' startDate='2021-01-01'/>")
-            << QByteArray("XX.A..BHZ,1.5,-2.5,300,,,,,2020-01-01T00:00:00.000000Z,,, "
-                          "XX.A..BHZ,1.5,-2.5,300,,,,,2021-01-01T00:00:00.000000Z,,, "
-                          "XX.A..BHZ,1.5,-2.5,300,,,,,2021-01-01T00:00:00.000000Z,,,")
-            << "";
-        QTest::newRow("beyond a pole, with a depth that is none")
-            << QByteArray("<Channel code='BHZ'><Latitude>91</Latitude><Longitude>0</Longitude>"
-                          "<Depth>deep</Depth></Channel>")
-            << QByteArray("XX.A..BHZ,1.5,-2.5,300,,,,,,,,") << "\"deep\" is no number";
-        QTest::newRow("without a code")
-            << QByteArray("<Channel><Depth>1</Depth></Channel><Channel code='BHZ'/>")
-            << QByteArray("XX.A..BHZ,1.5,-2.5,300,,,,,,,,") << "element <Channel>: has no code";
-    }
     void readsChannels()
     {
-        QFETCH(QByteArray, channels);
-        QFETCH(QString, warning);
-        const Reading reading = read(stationXML(channels));
-        QVERIFY2(reading.ok, qPrintable(reading.error));
-        QTEST(reading.list(), "list");
-        QCOMPARE(reading.warnings.isEmpty(), warning.isEmpty());
-        QVERIFY2(reading.warnings.join(' ').contains(warning),
-                 qPrintable(reading.warnings.join(' ')));
+        const QByteArray atStation = "1.5,-2.5,300,,,,,";
+        const struct
+        {
+            QByteArray channels, list;
+            QString warning;
+        } rows[] = {
+            {"<Channel code='BHZ' locationCode='10' startDate='2020-01-02T03:04:05' "
+             "endDate='2021-01-01T01:00:00+01:00'><Latitude>3</Latitude>"
+             "<Longitude>4</Longitude><Elevation>5.5</Elevation><Depth>7</Depth>"
+             "<Azimuth>90</Azimuth><Dip>-90</Dip><SampleRate>40</SampleRate>" +
+                 response("<Value>2E8</Value><Frequency>1</Frequency>") + "</Channel>",
+             "XX.A.10.BHZ,3,4,5.5,7,90,-90,40,2020-01-02T03:04:05.000000Z,"
+             "2021-01-01T00:00:00.000000Z,2e+08,M/S",
+             ""},
+            {"<Channel code='BHZ' locationCode='  '/>", "XX.A..BHZ," + atStation + ",,,", ""},
+            // A third of a hertz, and a stream of messages.
+            {"<Channel code='LOG'><SampleRate>0</SampleRate></Channel>"
+             "<Channel code='VHZ'><SampleRate>0.33333</SampleRate><SampleRateRatio>"
+             "<NumberSamples>1</NumberSamples><NumberSeconds>3</NumberSeconds>"
+             "</SampleRateRatio></Channel>",
+             "XX.A..LOG,1.5,-2.5,300,,,,0,,,, "
+             "XX.A..VHZ,1.5,-2.5,300,,,,0.3333333333333333,,,,",
+             ""},
+            // A unit without a gain, and another namespace.
+            {"<Channel code='LKS'><x:Depth>8</x:Depth>" + response("") + "</Channel>",
+             "XX.A..LKS," + atStation + ",,,M/S", ""},
+            {"<Channel code='BHZ'>" +
+                 response("<Value>7</Value><OutputUnits><Name>V</Name></OutputUnits>") +
+                 "</Channel>",
+             "XX.A..BHZ," + atStation + ",,,M/S",
+             "line 3, element <InstrumentSensitivity>: a gain in \"V\" instead of counts"},
+            // Repeated epochs, out of order.
+            {"<Channel code='BHZ' startDate='2021-01-01'/>"
+             "<Channel code='BHZ' startDate='2020-01-01'/>"
+             "<Channel code='BHZ' startDate='2021-01-01'/>",
+             "XX.A..BHZ," + atStation + "2020-01-01T00:00:00.000000Z,,, XX.A..BHZ," + atStation +
+                 "2021-01-01T00:00:00.000000Z,,, XX.A..BHZ," + atStation +
+                 "2021-01-01T00:00:00.000000Z,,,",
+             ""},
+            {"<Channel code='BHZ'><Latitude>91</Latitude><Longitude>0</Longitude>"
+             "<Depth>deep</Depth></Channel>",
+             "XX.A..BHZ," + atStation + ",,,", "\"deep\" is no number"},
+            {"<Channel><Depth>1</Depth></Channel><Channel code='BHZ'/>",
+             "XX.A..BHZ," + atStation + ",,,", "element <Channel>: has no code"},
+        };
+        for (const auto &[channels, list, warning] : rows) {
+            const Reading reading = read(stationXML(channels));
+            QVERIFY2(reading.ok, qPrintable(reading.error));
+            QCOMPARE(reading.list(), list);
+            const QString told = reading.warnings.join(' ');
+            QVERIFY2(told.isEmpty() == warning.isEmpty() && told.contains(warning),
+                     qPrintable(told));
+        }
     }
 
-    void readsTables_data()
+    void readsTables()
     {
-        QTest::addColumn<QByteArray>("text");
-        QTest::addColumn<QByteArray>("list");
-        QTest::addColumn<double>("latitude");
         const QByteArray channels =
             "#Network | Station | location | Channel | Latitude | Longitude | Elevation | Depth | "
             "Azimuth | Dip | SensorDescription | Scale | ScaleFreq | ScaleUnits | SampleRate | "
@@ -145,65 +136,53 @@ private slots:
         const QByteArray stations =
             "#Network|Station|Latitude|Longitude|Elevation|SiteName|StartTime|EndTime\r\n"
             "XX|A|1.5|-2.5|300|Here|2020-01-01T00:00:00|\r\n";
-        QTest::newRow("channels") << channels + "XX|A|10|BHZ|3|4|5.5|7|90|-90|STS-2|2E8|1|M/S|40|"
-                                                "2020-01-02T03:04:05|2021-01-01T00:00:00\n"
-                                                "XX|A|--|LOG||||||||||||2020-01-02T00:00:00|\n"
-                                  << QByteArray("XX.A..LOG,3,4,5.5,,,,,2020-01-02T00:00:00.000000Z,"
-                                                ",, XX.A.10.BHZ,3,4,5.5,7,90,-90,40,"
-                                                "2020-01-02T03:04:05.000000Z,"
-                                                "2021-01-01T00:00:00.000000Z,2e+08,M/S")
-                                  << 3.0;
-        QTest::newRow("stations") << stations << QByteArray() << 1.5;
-        QTest::newRow("two tables in one") << stations + channels + "XX|B||BHZ|8|9|||||||||||\n"
-                                           << QByteArray("XX.B..BHZ,8,9,,,,,,,,,") << 1.5;
-    }
-    void readsTables()
-    {
-        QFETCH(QByteArray, text);
-        const Reading reading = read(text);
-        QVERIFY2(reading.ok, qPrintable(reading.error));
-        QTEST(reading.list(), "list");
-        const DataModel::Inventory inventory(reading.networks);
-        QTEST(inventory.coordinates("XX.A", Core::Time(2020, 6, 1)).latitude, "latitude");
+        const struct
+        {
+            QByteArray text, list;
+            double latitude;
+        } rows[] = {
+            {channels + "XX|A|10|BHZ|3|4|5.5|7|90|-90|STS-2|2E8|1|M/S|40|"
+                        "2020-01-02T03:04:05|2021-01-01T00:00:00\n"
+                        "XX|A|--|LOG||||||||||||2020-01-02T00:00:00|\n",
+             "XX.A..LOG,3,4,5.5,,,,,2020-01-02T00:00:00.000000Z,,, XX.A.10.BHZ,3,4,5.5,7,"
+             "90,-90,40,2020-01-02T03:04:05.000000Z,2021-01-01T00:00:00.000000Z,2e+08,M/S",
+             3},
+            {stations, "", 1.5},
+            {stations + channels + "XX|B||BHZ|8|9|||||||||||\n", "XX.B..BHZ,8,9,,,,,,,,,", 1.5}};
+        for (const auto &[text, list, latitude] : rows) {
+            const Reading reading = read(text);
+            QVERIFY2(reading.ok, qPrintable(reading.error));
+            QCOMPARE(reading.list(), list);
+            const DataModel::Inventory inventory(reading.networks);
+            QCOMPARE(inventory.coordinates("XX.A", Core::Time(2020, 6, 1)).latitude, latitude);
+        }
     }
 
-    void refusesBrokenFiles_data()
-    {
-        QTest::addColumn<QByteArray>("text");
-        QTest::addColumn<QString>("cause");
-        const QByteArray whole = stationXML("<Channel code='BHZ'/>");
-        const auto nested = [](const QByteArray &tag, int count) { return tag.repeated(count); };
-        const QByteArray table = "#Network|Description|StartTime|EndTime|TotalStations\n";
-
-        QTest::newRow("other text") << QByteArray("<html/>") << "file: neither StationXML nor";
-        QTest::newRow("nothing") << QByteArray() << "neither StationXML nor";
-        QTest::newRow("another root") << QByteArray("<a><FDSNStationXML/></a>") << "no StationXML";
-        QTest::newRow("cut off") << whole.left(whole.size() - 30) << "line 3";
-        QTest::newRow("something behind it") << whole + "<"
-                                             << "line 3";
-        QTest::newRow("entities") << "<!DOCTYPE a [<!ENTITY b 'c'>]>" + whole
-                                  << "a document type is not taken";
-        QTest::newRow("a text without end")
-            << stationXML("<Channel code='" + QByteArray(1 << 20, 'x') + "'/>")
-            << "a text of more than 256 kB";
-        QTest::newRow("endless nesting")
-            << stationXML("<Comment>" + nested("<a>", 500) + nested("</a>", 500) + "</Comment>")
-            << "line 3, element <Comment>: elements nest more than 100 deep";
-        QTest::newRow("a line with too few fields") << table + "XX|a||||\n"
-                                                    << "file: line 2: 6 fields instead of 5";
-        QTest::newRow("a line without a code") << table + "|a|||\n"
-                                               << "line 2: no code of the net";
-        QTest::newRow("a line without end")
-            << table + "XX|" + QByteArray(1 << 20, 'x') << "line 2: longer than 64 kB";
-    }
     void refusesBrokenFiles()
     {
-        QFETCH(QByteArray, text);
-        QFETCH(QString, cause);
-        const Reading reading = read(text);
-        QVERIFY(!reading.ok);
-        QVERIFY(reading.networks.empty());
-        QVERIFY2(reading.error.contains(cause), qPrintable(reading.error));
+        const QByteArray whole = stationXML("<Channel code='BHZ'/>");
+        const QByteArray nested =
+            QByteArray("<a>").repeated(500) + QByteArray("</a>").repeated(500);
+        const QByteArray endless(1 << 20, 'x');
+        const QByteArray table = "#Network|Description|StartTime|EndTime|TotalStations\n";
+        const std::pair<QByteArray, QString> rows[] = {
+            {"<html/>", "file: neither StationXML nor"},
+            {"", "neither StationXML nor"},
+            {"<a><FDSNStationXML/></a>", "no StationXML"},
+            {whole.left(whole.size() - 30), "line 3"},
+            {whole + "<", "line 3"},
+            {"<!DOCTYPE a [<!ENTITY b 'c'>]>" + whole, "a document type is not taken"},
+            {stationXML("<Channel code='" + endless + "'/>"), "a text of more than 256 kB"},
+            {stationXML("<Comment>" + nested + "</Comment>"),
+             "line 3, element <Comment>: elements nest more than 100 deep"},
+            {table + "XX|a||||\n", "file: line 2: 6 fields instead of 5"},
+            {table + "|a|||\n", "line 2: no code of the net"},
+            {table + "XX|" + endless, "line 2: longer than 64 kB"}};
+        for (const auto &[text, cause] : rows) {
+            const Reading reading = read(text);
+            QVERIFY2(!reading.ok && reading.networks.empty(), qPrintable(cause));
+            QVERIFY2(reading.error.contains(cause), qPrintable(reading.error));
+        }
     }
 
     void canBeEnded()
