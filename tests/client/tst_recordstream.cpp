@@ -137,63 +137,52 @@ private slots:
         }
     }
 
-    void deliversRequestedRecords_data()
+    void deliversRequestedRecords()
     {
-        using Window = Core::TimeWindow;
-        QTest::addColumn<QVector<QStringList>>("requests");
-        QTest::addColumn<Window>("common");
-        QTest::addColumn<QStringList>("records");
-
         const QString a0 = "XX.A..BHZ 2024-01-01T00:00:00";
         const QString a1 = "XX.A..BHZ 2024-01-01T01:00:00";
         const QString b0 = "XX.B.00.BHN 2024-01-01T00:00:00";
         const QString b1 = "XX.B.00.BHN 2024-01-01T01:00:00";
         const QString log = "YY.A..LOG 2024-01-01T00:30:00";
-        const QVector<QStringList> all;
-        const auto row = [](const char *name) -> QTestData & { return QTest::newRow(name); };
-
-        row("everything") << all << Window() << QStringList({a0, b0, log, a1, b1});
-        row("empty location as dashes")
-            << QVector<QStringList>{{"XX", "*", "--", "BH?"}} << Window() << QStringList({a0, a1});
-        row("any location") << QVector<QStringList>{{"*", "?", "*", "BH?"}} << Window()
-                            << QStringList({a0, b0, a1, b1});
-        row("window that begins with the end of a record")
-            << all << window("2024-01-01T00:01:40Z", "2024-01-01T01:00:00Z") << QStringList({log});
-        row("record without an end at the start of the window")
-            << all << window("2024-01-01T00:30:00Z", "2024-01-01T00:30:01Z") << QStringList({log});
-        row("windows of their own")
-            << QVector<QStringList>{{"XX", "A", "*", "*", "2024-01-01T00:50:00Z", "2024-01-02"},
-                                    {"XX", "B", "*", "*"}}
-            << window("2024-01-01", "2024-01-01T00:10:00Z") << QStringList({b0, a1});
-    }
-
-    void deliversRequestedRecords()
-    {
-        QFETCH(QVector<QStringList>, requests);
-        QFETCH(Core::TimeWindow, common);
-        QByteArray log;
-        QBuffer buffer(&log);
+        const struct
+        {
+            QVector<QVector<const char *>> requests; // codes and, it may be, a window
+            Core::TimeWindow common;
+            QStringList records;
+        } rows[] = {
+            {{}, {}, {a0, b0, log, a1, b1}},
+            {{{"XX", "*", "--", "BH?"}}, {}, {a0, a1}},
+            {{{"*", "?", "*", "BH?"}}, {}, {a0, b0, a1, b1}},
+            // A window that begins with the end of a record.
+            {{}, window("2024-01-01T00:01:40Z", "2024-01-01T01:00:00Z"), {log}},
+            // A record without an end at the start of the window.
+            {{}, window("2024-01-01T00:30:00Z", "2024-01-01T00:30:01Z"), {log}},
+            {{{"XX", "A", "*", "*", "2024-01-01T00:50:00Z", "2024-01-02"}, {"XX", "B", "*", "*"}},
+             window("2024-01-01", "2024-01-01T00:10:00Z"),
+             {b0, a1}},
+        };
+        QByteArray text;
+        QBuffer buffer(&text);
         buffer.open(QIODevice::WriteOnly);
         Formats::MiniSeedWriter(&buffer).write(Record(StreamCodes::FromID("YY.A..LOG"),
                                                       time("2024-01-01T00:30:00Z"), 0,
                                                       new CharArray(5, "hello")));
-
-        const RecordStreamPtr reader =
-            stream(write("file", seed("XX.A..BHZ", "2024-01-01T00:00:00Z") +
-                                     seed("XX.B.00.BHN", "2024-01-01T00:00:00Z") + log +
-                                     seed("XX.A..BHZ", "2024-01-01T01:00:00Z") +
-                                     seed("XX.B.00.BHN", "2024-01-01T01:00:00Z")));
-        reader->setTimeWindow(common);
-        for (const QStringList &request : requests)
-            reader->addStream(request[0].toStdString(), request[1].toStdString(),
-                              request[2].toStdString(), request[3].toStdString(),
-                              request.size() > 4
-                                  ? window(qPrintable(request[4]), qPrintable(request[5]))
-                                  : Core::TimeWindow());
-
-        QTEST(readAll(*reader), "records");
-        QCOMPARE(_messages, QStringList());
-        QCOMPARE(reader->progress(), 1.0);
+        const std::string file =
+            write("file", seed("XX.A..BHZ", "2024-01-01T00:00:00Z") +
+                              seed("XX.B.00.BHN", "2024-01-01T00:00:00Z") + text +
+                              seed("XX.A..BHZ", "2024-01-01T01:00:00Z") +
+                              seed("XX.B.00.BHN", "2024-01-01T01:00:00Z"));
+        for (const auto &row : rows) {
+            const RecordStreamPtr reader = stream(file);
+            reader->setTimeWindow(row.common);
+            for (const auto &codes : row.requests)
+                reader->addStream(codes[0], codes[1], codes[2], codes[3],
+                                  codes.size() > 4 ? window(codes[4], codes[5])
+                                                   : Core::TimeWindow());
+            QCOMPARE(readAll(*reader), row.records);
+            QCOMPARE(_messages, QStringList());
+            QCOMPARE(reader->progress(), 1.0);
+        }
     }
 
     void tellsWhatIsDamaged()
