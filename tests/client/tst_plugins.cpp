@@ -31,68 +31,54 @@ class PluginsTest : public QObject
     Q_OBJECT
 
 private slots:
-    void init()
-    {
-        _folder.reset(new QTemporaryDir);
-        qunsetenv(HasRun);
-    }
-
-    void leavesOutWhatDoesNotFit_data()
-    {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("cause");
-        QTest::addColumn<bool>("runs");
-        QTest::newRow("other version")
-            << "other"
-            << "is made for version 4.2 of the framework, and this is 5.0" << false;
-        QTest::newRow("no name") << "nameless"
-                                 << "have no \"name\"" << false;
-        QTest::newRow("program, not in a list") << "listless"
-                                                << "is no list" << false;
-        QTest::newRow("of another program") << "stranger" << QString() << false;
-        QTest::newRow("unresolved symbol") << "unresolved"
-                                           << "definedNowhere" << false;
-        QTest::newRow("no shared object") << "text"
-                                          << "ELF" << false;
-        QTest::newRow("broken link") << "link"
-                                     << "not found" << false;
-        QTest::newRow("refuses") << "refusing"
-                                 << "needs a key" << true;
-        QTest::newRow("throws") << "throwing"
-                                << "out of luck" << true;
-    }
-
     void leavesOutWhatDoesNotFit()
     {
-        QFETCH(QString, name);
-        QFETCH(QString, cause);
-        const QString fileName = _folder->filePath(name + ".so");
-        QFile file(fileName);
-        if (name == "text")
-            QVERIFY(file.open(QIODevice::WriteOnly) && file.write(QByteArray(9000, 'x')));
-        else if (name == "link")
-            QVERIFY(QFile::link("/nowhere/at/all", fileName));
-        else
-            QVERIFY(QFile::copy(pluginFile(name), fileName));
-        file.close();
+        const struct
+        {
+            QString name, cause;
+            bool runs;
+        } rows[] = {
+            {"other", "is made for version 4.2 of the framework, and this is 5.0", false},
+            {"nameless", "have no \"name\"", false},
+            {"listless", "is no list", false}, // of programs
+            {"stranger", "", false},           // to another program
+            {"unresolved", "definedNowhere", false},
+            {"text", "ELF", false},
+            {"link", "not found", false},
+            {"refusing", "needs a key", true},
+            {"throwing", "out of luck", true},
+        };
+        for (const auto &[name, cause, runs] : rows) {
+            qunsetenv(HasRun);
+            const QTemporaryDir folder;
+            const QString fileName = folder.filePath(name + ".so");
+            QFile file(fileName);
+            if (name == "text")
+                QVERIFY(file.open(QIODevice::WriteOnly) && file.write(QByteArray(9000, 'x')));
+            else if (name == "link")
+                QVERIFY(QFile::link("/nowhere/at/all", fileName));
+            else
+                QVERIFY(QFile::copy(pluginFile(name), fileName));
+            file.close();
 
-        Client::Plugins plugins;
-        plugins.loadFolder(_folder->path(), "prog");
-        QVERIFY(plugins.loaded().isEmpty());
-        QTEST(qEnvironmentVariableIsSet(HasRun), "runs");
-        QVERIFY(!offersScheme());
-        QCOMPARE(plugins.problems().size(), cause.isEmpty() ? 0 : 1);
-        for (const QString &problem : plugins.problems()) {
-            QVERIFY2(problem.startsWith(fileName + ": ") && problem.contains(cause),
-                     qPrintable(problem));
+            Client::Plugins plugins;
+            plugins.loadFolder(folder.path(), "prog");
+            QVERIFY2(plugins.loaded().isEmpty(), qPrintable(name));
+            QVERIFY2(qEnvironmentVariableIsSet(HasRun) == runs, qPrintable(name));
+            QVERIFY2(!offersScheme(), qPrintable(name));
+            QCOMPARE(plugins.problems().size(), cause.isEmpty() ? 0 : 1);
+            const QString told = plugins.problems().join(' ');
+            QVERIFY2(cause.isEmpty() || (told.startsWith(fileName + ": ") && told.contains(cause)),
+                     qPrintable(told));
         }
     }
 
     void looksIntoNoNamelessFolder()
     {
-        QVERIFY(QFile::copy(pluginFile("good"), _folder->filePath("good.so")));
+        const QTemporaryDir folder;
+        QVERIFY(QFile::copy(pluginFile("good"), folder.filePath("good.so")));
         const QString before = QDir::currentPath();
-        QVERIFY(QDir::setCurrent(_folder->path()));
+        QVERIFY(QDir::setCurrent(folder.path()));
         Client::Plugins plugins;
         plugins.loadFolder("", "prog");
         QVERIFY(QDir::setCurrent(before));
@@ -102,20 +88,18 @@ private slots:
 
     void tellsAFolderThatCannotBeRead()
     {
+        const QTemporaryDir folder;
         const bool isRoot = ::geteuid() == 0; // who may read any
-        QVERIFY(QFile::setPermissions(_folder->path(), QFile::Permissions()));
+        QVERIFY(QFile::setPermissions(folder.path(), QFile::Permissions()));
         if (isRoot)
             QCOMPARE(::setresuid(65534, 65534, 0), 0);
         Client::Plugins plugins;
-        plugins.loadFolder(_folder->path(), "prog");
+        plugins.loadFolder(folder.path(), "prog");
         if (isRoot)
             QCOMPARE(::setresuid(0, 0, 0), 0);
-        QVERIFY(QFile::setPermissions(_folder->path(), QFile::ReadOwner | QFile::ExeOwner));
+        QVERIFY(QFile::setPermissions(folder.path(), QFile::ReadOwner | QFile::ExeOwner));
         QVERIFY(plugins.problems().value(0).contains("can't be read"));
     }
-
-private:
-    QScopedPointer<QTemporaryDir> _folder;
 };
 
 QTEST_GUILESS_MAIN(PluginsTest)
