@@ -85,39 +85,28 @@ private slots:
             QCOMPARE(timeSpanText(item.seconds, item.spacing), QString(item.text));
     }
 
-    void labelsAbsoluteTimes_data()
-    {
-        QTest::addColumn<QByteArray>("alignment");
-        QTest::addColumn<double>("lower");
-        QTest::addColumn<double>("upper");
-        QTest::addColumn<double>("spacing");
-        QTest::addColumn<QStringList>("times");
-        QTest::addColumn<QStringList>("dates");
-        QTest::newRow("millisecond")
-            << QByteArray("2024-01-05T10:11:12.345678Z") << -0.0005 << 0.0005 << 0.0005
-            << QStringList{"10:11:12.3455", "10:11:12.3460"} << QStringList{"2024-01-05"};
-        QTest::newRow("across midnight")
-            << QByteArray("2023-12-31T22:00:00Z") << 0.0 << 4 * 3600.0 << 3600.0
-            << QStringList{"23:00", "00:00", "01:00", "22:00", "02:00"}
-            << QStringList{"2024-01-01", "2023-12-31"};
-        QTest::newRow("days") << QByteArray("2024-02-27T12:00:00Z") << 0.0 << 4 * Day << Day
-                              << QStringList{"2024-02-28", "2024-02-29", "2024-03-01", "2024-03-02"}
-                              << QStringList{};
-        QTest::newRow("before 1970") << QByteArray("1969-12-31T23:59:50Z") << -5.0 << 12.0 << 5.0
-                                     << QStringList{"23:59:50", "23:59:55", "00:00:00", "23:59:45"}
-                                     << QStringList{"1970-01-01", "1969-12-31"};
-    }
     void labelsAbsoluteTimes()
     {
-        QFETCH(QByteArray, alignment);
-        QFETCH(double, lower);
-        QFETCH(double, upper);
-        QFETCH(double, spacing);
-        Scale scale(alignment, 0, 1, 2000);
-        scale.fixedSpacing = spacing;
-        scale.showRange(lower, upper);
-        QTEST(scale.texts(0), "times");
-        QTEST(scale.texts(1), "dates");
+        const struct
+        {
+            const char *alignment;
+            double lower, upper, spacing;
+            QString times, dates;
+        } cases[] = {{"2024-01-05T10:11:12.345678Z", -0.0005, 0.0005, 0.0005,
+                      "10:11:12.3455 10:11:12.3460", "2024-01-05"},
+                     {"2023-12-31T22:00:00Z", 0, 4 * 3600.0, 3600, "23:00 00:00 01:00 22:00 02:00",
+                      "2024-01-01 2023-12-31"},
+                     {"2024-02-27T12:00:00Z", 0, 4 * Day, Day,
+                      "2024-02-28 2024-02-29 2024-03-01 2024-03-02", ""},
+                     {"1969-12-31T23:59:50Z", -5, 12, 5, "23:59:50 23:59:55 00:00:00 23:59:45",
+                      "1970-01-01 1969-12-31"}};
+        for (const auto &item : cases) {
+            Scale scale(item.alignment, 0, 1, 2000);
+            scale.fixedSpacing = item.spacing;
+            scale.showRange(item.lower, item.upper);
+            QCOMPARE(scale.texts(0).join(' '), item.times);
+            QCOMPARE(scale.texts(1).join(' '), item.dates);
+        }
     }
 
     void ticksStandAtRoundMicroseconds()
