@@ -7,8 +7,6 @@
 
 #include <random>
 
-Q_DECLARE_METATYPE(Tellarix::DataModel::NodalPlane)
-
 using namespace Tellarix::DataModel;
 
 namespace {
@@ -43,33 +41,26 @@ class EventsTest : public QObject
     Q_OBJECT
 
 private slots:
-    void findsAuxiliaryPlanes_data()
-    {
-        QTest::addColumn<NodalPlane>("plane");
-        QTest::addColumn<NodalPlane>("other");
-        QTest::addColumn<double>("tolerance");
-        const auto row = [](const char *name, NodalPlane plane, NodalPlane other, double off) {
-            QTest::newRow(name) << plane << other << off;
-            QTest::newRow(qPrintable(QString(name) + ", turned")) << other << plane << off;
-        };
-        row("reverse at 45 degrees", {10, 45, 90}, {190, 45, 90}, 1e-9);
-        row("normal at 45 degrees", {350, 45, -90}, {170, 45, -90}, 1e-9);
-        row("steep normal", {100, 60, -90}, {280, 30, -90}, 1e-9);
-        // Global CMT catalogue, which gives whole degrees.
-        row("Northridge 1994", {278, 42, 65}, {130, 53, 111}, 1.5);
-        row("Landers 1992", {341, 70, -172}, {248, 82, -20}, 1.5);
-        row("Maule 2010", {19, 18, 116}, {172, 74, 82}, 2.5);
-    }
     void findsAuxiliaryPlanes()
     {
-        QFETCH(NodalPlane, plane);
-        QFETCH(NodalPlane, other);
-        QFETCH(double, tolerance);
-        const NodalPlane found = auxiliaryPlane(plane);
-        QVERIFY2(difference(found, other) <= tolerance, qPrintable(QString("%1/%2/%3")
-                                                                       .arg(found.strike().value())
-                                                                       .arg(found.dip().value())
-                                                                       .arg(found.rake().value())));
+        const struct
+        {
+            NodalPlane plane, other;
+            double tolerance;
+        } rows[] = {{{10, 45, 90}, {190, 45, 90}, 1e-9},    // reverse
+                    {{350, 45, -90}, {170, 45, -90}, 1e-9}, // normal
+                    {{100, 60, -90}, {280, 30, -90}, 1e-9},
+                    // Northridge 1994, Landers 1992 and Maule 2010 in the Global CMT catalogue,
+                    // which gives whole degrees.
+                    {{278, 42, 65}, {130, 53, 111}, 1.5},
+                    {{341, 70, -172}, {248, 82, -20}, 1.5},
+                    {{19, 18, 116}, {172, 74, 82}, 2.5}};
+        for (const auto &[plane, other, tolerance] : rows) {
+            QVERIFY2(difference(auxiliaryPlane(plane), other) <= tolerance,
+                     QByteArray::number(plane.strike().value()));
+            QVERIFY2(difference(auxiliaryPlane(other), plane) <= tolerance,
+                     QByteArray::number(other.strike().value()));
+        }
     }
 
     void auxiliaryOfAuxiliaryIsThePlane()

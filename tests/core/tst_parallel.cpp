@@ -24,28 +24,18 @@ class TestParallel : public QObject
     Q_OBJECT
 
 private slots:
-    void callsEachNumberOnce_data()
-    {
-        QTest::addColumn<int>("count");
-        QTest::addColumn<int>("threads");
-
-        QTest::newRow("negative") << -3 << 0;
-        QTest::newRow("none") << 0 << 0;
-        QTest::newRow("one") << 1 << 0;
-        QTest::newRow("many") << 10000 << 0;
-        QTest::newRow("one thread") << 100 << 1;
-        QTest::newRow("more threads than numbers") << 3 << 100;
-    }
-
     void callsEachNumberOnce()
     {
-        QFETCH(int, count);
-        QFETCH(int, threads);
-
-        std::vector<std::atomic<int>> calls(static_cast<size_t>(std::max(count, 0)));
-        parallelFor(
-            count, [&](int number) { ++calls[static_cast<size_t>(number)]; }, threads);
-        QVERIFY(std::all_of(calls.begin(), calls.end(), [](const auto &n) { return n == 1; }));
+        // Of numbers and threads, none for as many as there are cores.
+        const std::pair<int, int> rows[] = {{-3, 0},    {0, 0},   {1, 0},
+                                            {10000, 0}, {100, 1}, {3, 100}};
+        for (const auto &[count, threads] : rows) {
+            std::vector<std::atomic<int>> calls(static_cast<size_t>(std::max(count, 0)));
+            parallelFor(
+                count, [&](int number) { ++calls[static_cast<size_t>(number)]; }, threads);
+            QVERIFY2(std::all_of(calls.begin(), calls.end(), [](const auto &n) { return n == 1; }),
+                     QByteArray::number(count));
+        }
     }
 
     void usesOtherThreads()
