@@ -2,10 +2,13 @@
 
 #pragma once
 
+#include <tellarix/client/io/eventwriter.h>
 #include <tellarix/core/datamodel/event.h>
 
+#include <QBuffer>
 #include <QByteArray>
 #include <QRandomGenerator>
+#include <QVector>
 
 /** Whole events out of nothing, and what tells two of them apart. */
 namespace EventTesting {
@@ -148,6 +151,19 @@ inline EventPtr randomEvent(QRandomGenerator &random, const std::string &id)
     if (!event->focalMechanisms.empty())
         event->preferredFocalMechanismID = event->focalMechanisms.back()->publicID;
     return event;
+}
+
+/** A file of @p events, empty if it can't be written. */
+inline QByteArray write(const QString &form, const QVector<EventPtr> &events)
+{
+    QByteArray text;
+    QBuffer buffer(&text);
+    buffer.open(QIODevice::WriteOnly);
+    const auto writer = Tellarix::IO::EventWriter::Create(form, buffer);
+    bool ok = writer->begin();
+    for (const EventPtr &event : events)
+        ok = ok && writer->write(*event);
+    return ok && writer->end() ? text : QByteArray();
 }
 
 } // namespace EventTesting

@@ -3,10 +3,6 @@
 #include <client/databasetesting.h>
 #include <client/eventtesting.h>
 
-#include <tellarix/client/io/eventwriter.h>
-
-#include <QBuffer>
-
 #include <cmath>
 #include <limits>
 
@@ -44,12 +40,7 @@ QByteArray describe(const DataModel::EventPtr &event)
 {
     if (!event)
         return "no event";
-    QByteArray text;
-    QBuffer buffer(&text);
-    buffer.open(QIODevice::WriteOnly);
-    const auto writer = IO::EventWriter::Create("quakeml", buffer);
-    if (!writer->begin() || !writer->write(*event) || !writer->end())
-        return "not written";
+    QByteArray text = EventTesting::write("quakeml", {event});
     const auto add = [&](const auto &solution) {
         text += solution->creationInfo.modificationTime.iso().c_str() + QByteArray("\n");
     };

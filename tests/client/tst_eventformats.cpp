@@ -4,7 +4,6 @@
 
 #include <tellarix/client/io/eventline.h>
 #include <tellarix/client/io/eventreader.h>
-#include <tellarix/client/io/eventwriter.h>
 
 #include <QBuffer>
 #include <QJsonArray>
@@ -13,6 +12,7 @@
 
 using namespace Tellarix;
 using DataModel::EventPtr;
+using EventTesting::write;
 
 namespace {
 
@@ -46,18 +46,6 @@ Reading read(QByteArray text)
     handler.warn = [&](const QString &warning) { reading.warnings.append(warning); };
     reading.ok = IO::readEvents(buffer, "file", handler, &reading.error);
     return reading;
-}
-
-QByteArray write(const QString &form, const QVector<EventPtr> &events)
-{
-    QByteArray text;
-    QBuffer buffer(&text);
-    buffer.open(QIODevice::WriteOnly);
-    const auto writer = IO::EventWriter::Create(form, buffer);
-    bool ok = writer->begin();
-    for (const EventPtr &event : events)
-        ok = ok && writer->write(*event);
-    return ok && writer->end() ? text : QByteArray();
 }
 
 /** Origins, magnitudes and mechanisms with the preferred ones marked, as a word for each. */

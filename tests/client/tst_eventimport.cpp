@@ -6,7 +6,6 @@
 #include <tellarix/client/io/eventexport.h>
 #include <tellarix/client/io/eventimport.h>
 #include <tellarix/client/io/eventline.h>
-#include <tellarix/client/io/eventwriter.h>
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -21,15 +20,13 @@ namespace {
 /** A QuakeML file of random events. */
 QString writeFile(const QTemporaryDir &folder, int count, quint32 seed)
 {
-    QFile file(folder.filePath("events.xml"));
-    if (!file.open(QFile::WriteOnly))
-        return QString();
     QRandomGenerator random(seed);
-    const auto writer = IO::EventWriter::Create("quakeml", file);
-    bool ok = writer->begin();
+    QVector<DataModel::EventPtr> events;
     for (int i = 0; i < count; ++i)
-        ok = ok && writer->write(*EventTesting::randomEvent(random, "event/" + std::to_string(i)));
-    return ok && writer->end() ? file.fileName() : QString();
+        events.append(EventTesting::randomEvent(random, "event/" + std::to_string(i)));
+    const QByteArray text = EventTesting::write("quakeml", events);
+    QFile file(folder.filePath("events.xml"));
+    return file.open(QFile::WriteOnly) && file.write(text) > 0 ? file.fileName() : QString();
 }
 
 QByteArray listOf(const IO::DatabaseInterfacePtr &database)
