@@ -514,6 +514,8 @@ void EventListView::initHeader()
     QTreeView *list = _ui.treeView;
     list->setRootIsDecorated(false);
     list->setItemsExpandable(false);
+    // Else the way to a row far down would ask for the height of each row above it.
+    list->setUniformRowHeights(true);
     list->setSortingEnabled(true);
     list->setSelectionBehavior(QAbstractItemView::SelectRows);
     list->setSelectionMode(QAbstractItemView::SingleSelection);
