@@ -36,9 +36,7 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <exception>
 #include <iterator>
-#include <memory>
 
 namespace Workbench {
 
@@ -92,7 +90,7 @@ Qt::DockWidgetArea areaOf(PanelPlace place)
 } // namespace
 
 MainWindow::MainWindow(const PanelRegistry &registry, QWidget *parent)
-    : QMainWindow(parent), _stationFiles(&_bench), _centre(new QTabWidget(this)),
+    : QMainWindow(parent), _stationFiles(&_bench), _panels(&_bench), _centre(new QTabWidget(this)),
       _messages(new MessageDock(this))
 {
     setWindowTitle(tr("Norvu workbench"));
@@ -107,8 +105,8 @@ MainWindow::MainWindow(const PanelRegistry &registry, QWidget *parent)
     createPanels(registry);
     createFileMenu();
     createViewMenu();
-    for (Panel *panel : std::as_const(_panels)) {
-        for (QMenu *menu : panel->menus())
+    for (const PanelParts &parts : _panels.parts()) {
+        for (QMenu *menu : parts.menus)
             menuBar()->addMenu(menu);
     }
     addShortcutsHelp(this);
@@ -116,55 +114,20 @@ MainWindow::MainWindow(const PanelRegistry &registry, QWidget *parent)
         _centre->currentWidget()->setFocus();
 }
 
-/** Panels go before the bench that they share, and before those that they were made after. */
-MainWindow::~MainWindow()
-{
-    std::for_each(_panels.crbegin(), _panels.crend(), [](Panel *panel) { delete panel; });
-}
-
 // Panels
-
-/** Sessions and pictures of two panels with one name would overwrite each other. */
-bool MainWindow::isFreeName(const QString &name) const
-{
-    const auto hasName = [&](const Panel *panel) { return panel->description().name == name; };
-    return !name.isEmpty() && name != _messages->objectName() &&
-           std::none_of(_panels.cbegin(), _panels.cend(), hasName);
-}
-
-/** A panel; null, with the cause told, if one of a plug-in throws or has no name of its own. */
-Panel *MainWindow::makePanel(const PanelRegistry::Maker &make)
-{
-    QString cause;
-    try {
-        std::unique_ptr<Panel> panel(make(&_bench));
-        if (!panel || isFreeName(panel->description().name))
-            return panel.release();
-        cause = tr("\"%1\" is no name of its own").arg(panel->description().name);
-    } catch (const std::exception &exception) {
-        cause = tr("it could not be made: %1").arg(QString::fromUtf8(exception.what()));
-    } catch (...) {
-        cause = tr("it could not be made");
-    }
-    const QString problem = tr("A panel is left out: %1").arg(cause);
-    qWarning("[WORKBENCH] %s", qUtf8Printable(problem));
-    _bench.tell({problem});
-    return nullptr;
-}
 
 void MainWindow::createPanels(const PanelRegistry &registry)
 {
-    for (const PanelRegistry::Maker &make : registry.makers()) {
-        Panel *panel = makePanel(make);
-        if (!panel)
-            continue;
-        _panels.append(panel);
+    _panels.make(registry, _messages->objectName());
+    for (const PanelParts &parts : _panels.parts()) {
+        Panel *panel = parts.panel;
         if (panel->description().place == PanelPlace::Centre)
             addTab(panel);
         else
             addDock(panel);
-        panel->fillStatusBar(statusBar());
-        for (QToolBar *bar : panel->toolBars())
+        _panels.call(panel, tr("it can't fill the status bar"),
+                     [&] { panel->fillStatusBar(statusBar()); });
+        for (QToolBar *bar : parts.toolBars)
             addToolBar(bar);
     }
 }
@@ -238,7 +201,7 @@ void MainWindow::createFileMenu()
     menu->addAction(tr("Open &URL…"), this, SLOT(askForUrl()), tr("Ctrl+L"));
     menu->addAction(tr("Open the &demonstration"), this, SLOT(openDemonstration()));
     menu->addSeparator();
-    menu->addActions(panelActions(Panel::Menu::File));
+    menu->addActions(panelActions(&PanelParts::fileActions));
     menu->addSeparator();
     menu->addAction(tr("&Close all"), this, SLOT(closeAll()), QKeySequence::Close);
     menu->addAction(tr("&Quit"), this, SLOT(close()), tr("Ctrl+Q"));
@@ -247,7 +210,7 @@ void MainWindow::createFileMenu()
 void MainWindow::createViewMenu()
 {
     QMenu *menu = menuBar()->addMenu(tr("&View"));
-    menu->addActions(panelActions(Panel::Menu::View));
+    menu->addActions(panelActions(&PanelParts::viewActions));
 
     _dark = menu->addAction(tr("&Dark colours"));
     _dark->setCheckable(true);
@@ -261,24 +224,23 @@ void MainWindow::createViewMenu()
 void MainWindow::createPanelMenu(QMenu *viewMenu)
 {
     QMenu *menu = viewMenu->addMenu(tr("Pan&els"));
-    for (Panel *panel : std::as_const(_panels)) {
-        if (_docks.contains(panel) || _centre->count() > 1)
-            menu->addAction(panel->toggleAction());
+    for (const PanelParts &parts : _panels.parts()) {
+        if (_docks.contains(parts.panel) || _centre->count() > 1)
+            menu->addAction(parts.panel->toggleAction());
     }
 }
 
 /** What the panels add to a menu, with separators between them. */
-QList<QAction *> MainWindow::panelActions(Panel::Menu menu)
+QList<QAction *> MainWindow::panelActions(QList<QAction *> PanelParts::*actions)
 {
     QList<QAction *> all;
-    for (Panel *panel : std::as_const(_panels)) {
-        const QList<QAction *> actions = panel->menuActions(menu);
-        if (!all.isEmpty() && !actions.isEmpty()) {
+    for (const PanelParts &parts : _panels.parts()) {
+        if (!all.isEmpty() && !(parts.*actions).isEmpty()) {
             auto *separator = new QAction(this);
             separator->setSeparator(true);
             all.append(separator);
         }
-        all.append(actions);
+        all.append(parts.*actions);
     }
     return all;
 }
@@ -304,10 +266,26 @@ void MainWindow::showStatus(const QString &text)
 
 Panel *MainWindow::panelFor(const QString &source) const
 {
-    const auto panel =
-        std::find_if(_panels.crbegin(), _panels.crend(),
-                     [&](const Panel *candidate) { return candidate->canOpen(source); });
-    return panel == _panels.crend() ? nullptr : *panel;
+    const QVector<PanelParts> &all = _panels.parts();
+    const auto parts = std::find_if(all.crbegin(), all.crend(), [&](const PanelParts &candidate) {
+        bool can = false;
+        _panels.call(candidate.panel, tr("it can't tell whether %1 is of its kind").arg(source),
+                     [&] { can = candidate.panel->canOpen(source); });
+        return can;
+    });
+    return parts == all.crend() ? nullptr : parts->panel;
+}
+
+/** Has each panel do something that can fail; whether all did it. */
+bool MainWindow::haveAll(const QString &failure, const std::function<bool(Panel *)> &task)
+{
+    bool ok = true;
+    for (const PanelParts &parts : _panels.parts()) {
+        bool done = false;
+        _panels.call(parts.panel, failure, [&] { done = task(parts.panel); });
+        ok = ok && done;
+    }
+    return ok;
 }
 
 bool MainWindow::open(const QStringList &sources)
@@ -327,30 +305,29 @@ bool MainWindow::open(const QStringList &sources)
         tell({tr("%1: there is no panel for it").arg(source)});
         ok = false;
     }
-    for (Panel *panel : std::as_const(_panels)) {
-        if (shares.contains(panel) && !panel->openSources(shares.value(panel)))
-            ok = false;
-    }
-    return ok;
+    const auto openShare = [&](Panel *panel) {
+        return !shares.contains(panel) || panel->openSources(shares.value(panel));
+    };
+    return haveAll(tr("it can't open its sources"), openShare) && ok;
 }
 
 bool MainWindow::openDemonstration()
 {
     addDemonstrationStations(_bench.stations());
     _bench.selection()->setEvent(demonstrationEvent());
-    bool ok = true;
-    for (Panel *panel : std::as_const(_panels)) {
-        if (!panel->openDemonstration(demonstrationFolder()))
-            ok = false;
-    }
+    const bool ok = haveAll(tr("it can't open its part of the demonstration"), [](Panel *panel) {
+        return panel->openDemonstration(demonstrationFolder());
+    });
     _bench.showStatus(QString());
     return ok;
 }
 
 void MainWindow::closeAll()
 {
-    for (Panel *panel : std::as_const(_panels))
+    haveAll(tr("it can't close what it has opened"), [](Panel *panel) {
         panel->closeAll();
+        return true;
+    });
     _stationFiles.cancel();
     _bench.stations()->clear();
     _bench.selection()->clear();
@@ -360,8 +337,8 @@ void MainWindow::closeAll()
 void MainWindow::askForFiles()
 {
     QStringList filters;
-    for (const Panel *panel : std::as_const(_panels))
-        filters.append(panel->fileFilters());
+    for (const PanelParts &parts : _panels.parts())
+        filters.append(parts.fileFilters);
     filters.append(tr("Stations (*.xml *.txt)"));
     filters.append(tr("All files (*)"));
 
@@ -457,7 +434,8 @@ void MainWindow::dropEvent(QDropEvent *event)
 QVector<PanelPicture> MainWindow::snapshots()
 {
     QVector<PanelPicture> pictures;
-    for (Panel *panel : std::as_const(_panels)) {
+    for (const PanelParts &parts : _panels.parts()) {
+        Panel *panel = parts.panel;
         QDockWidget *dock = _docks.value(panel);
         const bool wasShown = !dock || dock->isVisible();
         if (dock) {
@@ -466,7 +444,7 @@ QVector<PanelPicture> MainWindow::snapshots()
         } else
             _centre->setCurrentWidget(panel);
         settleLayout();
-        pictures += panel->pictures();
+        _panels.call(panel, tr("it gives no pictures"), [&] { pictures += panel->pictures(); });
         if (!wasShown)
             dock->hide();
     }
@@ -504,13 +482,15 @@ void MainWindow::restoreSettings()
     _messages->hide();
     if (settings.value("dark").toBool())
         _dark->setChecked(true);
-    for (Panel *panel : std::as_const(_panels)) {
+    for (const PanelParts &parts : _panels.parts()) {
+        Panel *panel = parts.panel;
         // A window that isn't shown yet doesn't tell that it has hidden a dock.
         if (const QDockWidget *dock = _docks.value(panel))
             panel->toggleAction()->setChecked(!dock->isHidden());
         else if (settings.value("shownInCentre") == panel->description().name)
             _centre->setCurrentWidget(panel);
-        panel->restoreState(settings);
+        _panels.call(panel, tr("it can't restore its session"),
+                     [&] { panel->restoreState(settings); });
     }
 }
 
@@ -523,8 +503,10 @@ void MainWindow::saveSettings() const
     settings.setValue("dark", hasDarkColors());
     if (const auto *centre = qobject_cast<Panel *>(_centre->currentWidget()))
         settings.setValue("shownInCentre", centre->description().name);
-    for (const Panel *panel : _panels)
-        panel->saveState(settings);
+    for (const PanelParts &parts : _panels.parts()) {
+        _panels.call(parts.panel, tr("it can't keep its session"),
+                     [&] { parts.panel->saveState(settings); });
+    }
 }
 
 /** Programs that run don't outlive the workbench. */

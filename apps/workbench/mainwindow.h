@@ -3,9 +3,8 @@
 #pragma once
 
 #include "bench/bench.h"
-#include "bench/panel.h"
 #include "bench/stationfiles.h"
-#include "panels.h"
+#include "panelset.h"
 
 #include <QHash>
 #include <QMainWindow>
@@ -24,7 +23,6 @@ class MainWindow : public QMainWindow
 
 public:
     explicit MainWindow(const PanelRegistry &registry = panelRegistry(), QWidget *parent = nullptr);
-    ~MainWindow() override;
 
     /** Without interaction problems go to standard error instead of the list, and nothing is asked.
      */
@@ -68,8 +66,6 @@ private slots:
 private:
     QPixmap picturePlaying();
     void createMessages();
-    bool isFreeName(const QString &name) const;
-    Panel *makePanel(const PanelRegistry::Maker &make);
     void createPanels(const PanelRegistry &registry);
     void addTab(Panel *panel);
     void addDock(Panel *panel);
@@ -77,14 +73,15 @@ private:
     void createFileMenu();
     void createViewMenu();
     void createPanelMenu(QMenu *viewMenu);
-    QList<QAction *> panelActions(Panel::Menu menu);
+    QList<QAction *> panelActions(QList<QAction *> PanelParts::*actions);
     Panel *panelFor(const QString &source) const;
+    bool haveAll(const QString &failure, const std::function<bool(Panel *)> &task);
     void saveSettings() const;
     void remember(const QStringList &sources) const;
 
     Bench _bench;
     StationFiles _stationFiles;
-    QVector<Panel *> _panels; /**< in order of registration */
+    PanelSet _panels;
     QTabWidget *_centre;
     QHash<Panel *, QDockWidget *> _docks;
     MessageDock *_messages;

@@ -65,6 +65,33 @@ public:
     QString state;
 };
 
+/** A panel of a plug-in that throws whenever it is asked for anything, or from its menus on. */
+class FaultyPanel : public Panel
+{
+public:
+    FaultyPanel(Bench *bench, bool isComplete)
+        : Panel(bench, {"faulty", "Faulty"}), _isComplete(isComplete)
+    {}
+
+    QList<QMenu *> menus() const override { return _isComplete ? Panel::menus() : fault(); }
+    void fillStatusBar(QStatusBar *) override { fault(); }
+    void saveState(QSettings &) const override { fault(); }
+    void restoreState(QSettings &) override { throw 1; }
+    QVector<PanelPicture> pictures() override { return fault(), QVector<PanelPicture>(); }
+    bool canOpen(const QString &source) const override
+    {
+        return source == "c" || !fault().isEmpty();
+    }
+    bool openSources(const QStringList &) override { return !fault().isEmpty(); }
+    bool openDemonstration(const QString &) override { return !fault().isEmpty(); }
+    void closeAll() override { fault(); }
+
+private:
+    [[noreturn]] static QList<QMenu *> fault() { throw std::runtime_error("no luck"); }
+
+    bool _isComplete;
+};
+
 PanelRegistry registry()
 {
     PanelRegistry registry;
@@ -110,6 +137,7 @@ private slots:
     void keysShowPanels();
     void leadsSourcesToTheirPanel();
     void tellsProblemsAndStatus();
+    void outlivesPanelsThatThrow();
     void showsPanelsForTheirPictures();
     void asksBeforeItEndsJobs();
     void keepsSession();
@@ -182,6 +210,7 @@ void TestMainWindow::tellsProblemsAndStatus()
         {named("map"), "left out: \"map\""},
         {named("messages"), "left out: \"messages\""},
         {named(""), "left out: \"\""},
+        {[](Bench *bench) { return new FaultyPanel(bench, false); }, "left out: .*menus.*no luck"},
     };
     for (const auto &[maker, message] : rows) {
         const int broken = panels.add(maker);
@@ -200,6 +229,35 @@ void TestMainWindow::tellsProblemsAndStatus()
     QVERIFY(messages->isVisible());
     window.bench()->showStatus("Done");
     QCOMPARE(window.statusBar()->currentMessage(), QString("Done"));
+}
+
+void TestMainWindow::outlivesPanelsThatThrow()
+{
+    PanelRegistry panels = registry();
+    panels.add([](Bench *bench) { return new FaultyPanel(bench, true); });
+    QStringList problems;
+    const auto told = [&](const char *part, const std::function<void(MainWindow &)> &step,
+                          MainWindow &window) {
+        problems.clear();
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(part));
+        step(window);
+        return problems.size() == 1 && problems.first().contains(QRegularExpression(part));
+    };
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression("\"Faulty\".*status bar: no luck"));
+    MainWindow window(panels);
+    connect(window.bench(), &Bench::problemsTold, this,
+            [&](const QStringList &texts) { problems += texts; });
+    QVERIFY(told(
+        "\"Faulty\".*restore", [](auto &w) { w.restoreSettings(); }, window));
+    window.show();
+    QVERIFY(told(
+        "whether a.map", [](auto &w) { w.open({"a.map"}); }, window));
+    QVERIFY(told(
+        "open its sources: no luck", [](auto &w) { w.open({"c"}); }, window));
+    QVERIFY(told(
+        "pictures", [](auto &w) { QCOMPARE(w.snapshots().size(), 6); }, window));
+    QVERIFY(told(
+        "session: no luck", [](auto &w) { w.close(); }, window));
 }
 
 void TestMainWindow::showsPanelsForTheirPictures()
