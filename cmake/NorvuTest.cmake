@@ -10,10 +10,11 @@ function(norvu_add_test name)
     add_executable(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} Qt5::Test norvu_warnings)
     target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}/tests")
-    target_compile_definitions(${name} PRIVATE NORVU_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
+    target_compile_definitions(${name} PRIVATE NORVU_SOURCE_DIR="${PROJECT_SOURCE_DIR}"
+        NORVU_PROGRAMS="${CMAKE_RUNTIME_OUTPUT_DIRECTORY}")
     add_test(NAME ${name} COMMAND ${name})
     set_tests_properties(${name} PROPERTIES
-        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8;TELLARIX_BIN=${CMAKE_RUNTIME_OUTPUT_DIRECTORY};LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/leaks.supp:print_suppressions=0;UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1;TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/threads.supp"
+        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8;LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/leaks.supp:print_suppressions=0;UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1;TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/threads.supp"
         FAIL_REGULAR_EXPRESSION "QObject::connect:"
         TIMEOUT 300)
 endfunction()

@@ -21,6 +21,9 @@ const Layer Layers[] = {
     {"libs/tellarix/client", "tellarix/qt|norvu|apps|tools", false},
     {"libs/tellarix/qt", "norvu|apps|tools", true},
     {"libs/norvu", "apps|tools", true},
+    {"tools/tellarix", "tellarix/qt|norvu|apps", false},
+    {"tools/guidepage", "tellarix|norvu|apps", true},
+    {"apps", "tools", true},
 };
 
 bool isOfWindows(const QString &path)
@@ -76,7 +79,7 @@ QStringList wrongIncludes(const Layer &layer)
 
 } // namespace
 
-/** Includes point one way: core <- client <- qt <- norvu <- programs. */
+/** Includes point one way: core <- client <- qt <- norvu <- apps, and client <- tools. */
 class LayersTest : public QObject
 {
     Q_OBJECT

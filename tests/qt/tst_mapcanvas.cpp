@@ -391,6 +391,9 @@ private slots:
         f.canvas.setSize(QSize(200, 30));
         QCOMPARE(places(), (QVector<QRect>{QRect(), QRect()}));
         f.canvas.setSize(QSize(200, 100));
+        f.canvas.setCoveredHeight(70);
+        QCOMPARE(places(), (QVector<QRect>{QRect(), QRect()}));
+        f.canvas.setCoveredHeight(0);
         delete green;
         QCOMPARE(f.canvas.legendAt(QPoint(12, 12)), nullptr);
         cyan->setEnabled(true);

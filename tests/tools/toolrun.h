@@ -18,7 +18,7 @@ struct Run
 
 inline QString program()
 {
-    return QString::fromLocal8Bit(qgetenv("TELLARIX_BIN")) + "/tellarix";
+    return QStringLiteral(NORVU_PROGRAMS "/tellarix");
 }
 
 /** Calls the tool, and waits for its end. */

@@ -34,7 +34,7 @@ struct Outcome
 Outcome runWorkbench(const QStringList &arguments)
 {
     QProcess process;
-    process.start(qEnvironmentVariable("TELLARIX_BIN") + "/norvu-workbench", arguments);
+    process.start(NORVU_PROGRAMS "/norvu-workbench", arguments);
     process.waitForFinished(60000);
     return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
             QString::fromUtf8(process.readAllStandardError())};
@@ -132,7 +132,7 @@ private slots:
         QProcessEnvironment environment;
         environment.insert("PATH", qEnvironmentVariable("PATH"));
         process.setProcessEnvironment(environment);
-        process.start(qEnvironmentVariable("TELLARIX_BIN") + "/norvu-workbench", {_file});
+        process.start(NORVU_PROGRAMS "/norvu-workbench", {_file});
         QVERIFY(process.waitForFinished(10000));
         QCOMPARE(process.exitStatus(), QProcess::NormalExit);
         QCOMPARE(process.exitCode(), 2);
@@ -230,7 +230,7 @@ private slots:
         window.show();
         QVERIFY(QTest::qWaitForWindowActive(&window));
         auto *panel = window.findChild<Waveforms *>();
-        QVERIFY(window.open({file, file}));
+        QVERIFY(window.open({file, file, file}));
         QTRY_VERIFY(panel->view()->visibleTimeWindow().contains(Start));
         QVERIFY(panel->isLoading());
         QVERIFY(!QApplication::activeModalWidget() && window.isActiveWindow());
@@ -245,6 +245,9 @@ private slots:
         task->cancel();
         QVERIFY(!panel->isLoading());
         QCOMPARE(problems.count(), 1);
+        // None of the files that it ended is told to be empty.
+        const QString told = problems.value(0).value(0).toStringList().join('\n');
+        QVERIFY2(told.contains("not whole: ") && !told.contains("no waveforms"), qPrintable(told));
         QCOMPARE(panel->view()->count(), 2);
         // The user has gone elsewhere meanwhile.
         QVERIFY(

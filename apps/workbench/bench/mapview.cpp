@@ -24,6 +24,14 @@ void MapView::paint(QPainter &painter, const QSize &size) const
         _painting(painter, size);
 }
 
+void MapView::setCoveredHeight(int height)
+{
+    if (height == _coveredHeight)
+        return;
+    _coveredHeight = height;
+    emit coveredHeightChanged(height);
+}
+
 void MapView::forget()
 {
     setMap(nullptr, nullptr);

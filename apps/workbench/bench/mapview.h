@@ -31,9 +31,14 @@ public:
     /** Paints the map as it is shown, at any size; nothing without a map. */
     void paint(QPainter &painter, const QSize &size) const;
 
+    /** Pixels at its lower edge over which something else lies. */
+    void setCoveredHeight(int height);
+    int coveredHeight() const { return _coveredHeight; }
+
 signals:
     /** There is another map, or none any more. */
     void changed();
+    void coveredHeightChanged(int height);
 
 private slots:
     void forget();
@@ -41,6 +46,7 @@ private slots:
 private:
     QPointer<QWidget> _widget;
     Painting _painting;
+    int _coveredHeight{0};
 };
 
 } // namespace Workbench

@@ -114,6 +114,8 @@ MapPanel::MapPanel(Bench *bench)
     bench->mapView()->setMap(
         _map, [this](QPainter &painter, const QSize &size) { paintMap(painter, size); });
 
+    connect(bench->mapView(), SIGNAL(coveredHeightChanged(int)), _map->canvas(),
+            SLOT(setCoveredHeight(int)));
     connect(_map, SIGNAL(placeHovered(QPointF)), this, SLOT(tellPlace(QPointF)));
     connect(_map, SIGNAL(placeLeft()), this, SLOT(tellNothing()));
     connect(_map, SIGNAL(menuRequested(QMenu *, QPointF)), this, SLOT(fillMenu(QMenu *, QPointF)));
@@ -333,15 +335,18 @@ void MapPanel::followRegion()
 /** Pictures of the map's own size, of which a film has many, need no background of their own. */
 void MapPanel::paintMap(QPainter &painter, const QSize &size)
 {
-    if (size != _map->canvas()->size()) {
+    Gui::Map::Canvas *canvas = _map->canvas();
+    canvas->setCoveredHeight(0);
+    if (size != canvas->size())
         _map->renderTo(painter, size);
-        return;
+    else {
+        painter.save();
+        canvas->setAsynchronous(false);
+        canvas->draw(painter);
+        canvas->setAsynchronous(true);
+        painter.restore();
     }
-    painter.save();
-    _map->canvas()->setAsynchronous(false);
-    _map->canvas()->draw(painter);
-    _map->canvas()->setAsynchronous(true);
-    painter.restore();
+    canvas->setCoveredHeight(bench()->mapView()->coveredHeight());
 }
 
 /** The map as it is shown, for a size in pixels. */

@@ -249,6 +249,7 @@ void PlayerPanel::end()
         _player->hide();
         _player->deleteLater();
         _player.clear();
+        bench()->mapView()->setCoveredHeight(0);
     }
     setPaused();
     bench()->selection()->setTime(_timeBefore);
@@ -275,6 +276,7 @@ void PlayerPanel::placePlayer()
         return;
     const int height = std::min(_player->sizeHint().height(), _map->height());
     _player->setGeometry(0, _map->height() - height, _map->width(), height);
+    bench()->mapView()->setCoveredHeight(height);
 }
 
 bool PlayerPanel::eventFilter(QObject *watched, QEvent *event)

@@ -111,6 +111,8 @@ public:
 public slots:
     /** Makes the buffer anew, background included, before the next draw(). */
     void updateBuffer();
+    /** Pixels at the lower edge over which something else lies; legends keep clear of them. */
+    void setCoveredHeight(int height);
 
 signals:
     /** Something has to be painted anew. Sent once until the next draw(), or until control has
@@ -187,6 +189,7 @@ private:
     bool _baseOutdated{true};
     bool _layersOutdated{true};
     bool _legendsOutdated{true};
+    int _coveredHeight{0};
     bool _updateRequested{false};
 };
 

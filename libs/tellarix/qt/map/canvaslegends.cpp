@@ -59,6 +59,14 @@ void Canvas::bringToFront(Legend *legend)
     layOutLegendsLater();
 }
 
+void Canvas::setCoveredHeight(int height)
+{
+    if (height == _coveredHeight)
+        return;
+    _coveredHeight = height;
+    layOutLegendsLater();
+}
+
 void Canvas::layOutLegendsLater()
 {
     _legendsOutdated = true;
@@ -90,7 +98,8 @@ void Canvas::layOutLegends()
         boxes.append({frame, legend->alignment()});
     }
 
-    const QVector<QRect> rects = Map::layOutLegends(boxes, size(), LegendMargin, LegendGap);
+    const QVector<QRect> rects =
+        Map::layOutLegends(boxes, size() - QSize(0, _coveredHeight), LegendMargin, LegendGap);
     _placedLegends.clear();
     for (int i = 0; i < shown.size(); ++i) {
         if (rects[i].isNull())
