@@ -17,6 +17,9 @@ namespace {
 constexpr double Minute = 60;
 constexpr double Hour = 3600;
 constexpr double Day = 86400;
+constexpr double Year = 365.2425 * Day; // on the mean, in whole seconds
+/** From here on ticks stand at the beginnings of years. */
+constexpr double LongestInDays = 100 * Day;
 constexpr int64_t USecsPerSecond = 1000000;
 constexpr int64_t USecsPerDay = 86400 * USecsPerSecond;
 constexpr double LeastSpacing = 1E-6; // times are whole microseconds
@@ -74,6 +77,13 @@ QString dateText(const Core::TimeFields &fields)
         .arg(twoDigits(fields.month), twoDigits(fields.day));
 }
 
+/** The year that begins at a tick, which stands up to two days beside the first of January. */
+QString yearText(const Core::Time &time)
+{
+    constexpr double HalfYear = 183 * Day;
+    return QString::number((time + Core::TimeSpan(HalfYear)).fields().year);
+}
+
 QString fractionText(int64_t usecs, int decimals)
 {
     if (decimals <= 0)
@@ -96,9 +106,10 @@ QString localTimeText(Core::Time time, double spacing)
 {
     const qint64 msecs = time.usecs() / 1000 - (time.usecs() % 1000 < 0 ? 1 : 0);
     const QDateTime local = QDateTime::fromMSecsSinceEpoch(msecs, Qt::LocalTime);
+    // Its date is often another one than that of UTC.
     const QString format = spacing >= Day      ? QStringLiteral("yyyy-MM-dd HH:mm")
-                           : spacing >= Minute ? QStringLiteral("HH:mm")
-                                               : QStringLiteral("HH:mm:ss");
+                           : spacing >= Minute ? QStringLiteral("MM-dd HH:mm")
+                                               : QStringLiteral("MM-dd HH:mm:ss");
     const QString fraction =
         fractionText(floorModulo(time.usecs(), USecsPerSecond), decimalsOf(spacing));
     return local.toString(format) + fraction + QLatin1Char(' ') + local.timeZoneAbbreviation();
@@ -279,7 +290,9 @@ bool TimeScale::absoluteText(Core::Time time, double spacing, int line, QString 
         return false;
 
     const Core::TimeFields fields = time.fields();
-    if (line == 0) {
+    if (spacing >= Year) {
+        text = line == 0 ? yearText(time) : QString();
+    } else if (line == 0) {
         text = spacing >= Day ? dateText(fields) : clockText(fields, spacing);
     } else if (line == localTimeLine()) {
         text = localTimeText(time, spacing);
@@ -293,7 +306,13 @@ bool TimeScale::absoluteText(Core::Time time, double spacing, int line, QString 
 void TimeScale::chooseSpacing(double minimumPixels, double &major, double &minor) const
 {
     constexpr double LeastMinorPixels = 4;
-    roundTimeDistance(minimumPixels / scale(), major, minor);
+    const double distance = minimumPixels / scale();
+    if (_absoluteTime && std::isfinite(distance) && distance > LongestInDays) {
+        const double years = std::max(1.0, roundTickDistance(distance / Year));
+        major = years * Year;
+        minor = years == 1 ? Year / 4 : std::max(1.0, roundTickDistance(0.19 * years)) * Year;
+    } else
+        roundTimeDistance(distance, major, minor);
     if (minor * scale() < LeastMinorPixels)
         minor = major;
 }
@@ -322,6 +341,13 @@ double TimeScale::alignedOffset(double major) const
 {
     if (!_absoluteTime)
         return 0;
+
+    if (major >= Year) {
+        const auto length = static_cast<int64_t>(major) * USecsPerSecond;
+        const Core::Time beginning(2000, 1, 1);
+        return static_cast<double>(floorModulo(_alignment.usecs() - beginning.usecs(), length)) /
+               USecsPerSecond;
+    }
 
     // Modulo whole days the offset stays small enough to be exact far below a microsecond.
     constexpr double MostDays = 1E8;
