@@ -9,6 +9,7 @@
 #include "bench/replay.h"
 #include "bench/selection.h"
 #include "bench/stations.h"
+#include "bench/task.h"
 #include "messagedock.h"
 #include "shortcutsdialog.h"
 #include "taskprogress.h"
@@ -71,6 +72,24 @@ void settleLayout()
 {
     QCoreApplication::processEvents();
     QCoreApplication::processEvents();
+}
+
+QString taskText(const Task &task)
+{
+    const Task::Progress progress = task.progress();
+    if (task.unit().isEmpty() || progress.total <= 0)
+        return task.name();
+    return QCoreApplication::translate("Workbench::MainWindow", "%1 (%2 of %3 %4)")
+        .arg(task.name())
+        .arg(progress.done)
+        .arg(progress.total)
+        .arg(task.unit());
+}
+
+QString cutShortText(const QStringList &tasks)
+{
+    return QCoreApplication::translate("Workbench::MainWindow", "Cut short by quitting: %1")
+        .arg(tasks.join(", "));
 }
 
 Qt::DockWidgetArea areaOf(PanelPlace place)
@@ -492,6 +511,9 @@ void MainWindow::restoreSettings()
         _panels.call(panel, tr("it can't restore its session"),
                      [&] { panel->restoreState(settings); });
     }
+    const QStringList cutShort = settings.value("cutShort").toStringList();
+    if (!cutShort.isEmpty())
+        showStatus(cutShortText(cutShort));
 }
 
 void MainWindow::saveSettings() const
@@ -532,9 +554,24 @@ void MainWindow::closeEvent(QCloseEvent *event)
         event->ignore();
         return;
     }
-    if (_interactive)
+    if (_interactive) {
         saveSettings();
+        tellWhatIsCutShort();
+    }
     QMainWindow::closeEvent(event);
+}
+
+/** On the terminal now, and in the next session to those who have none. */
+void MainWindow::tellWhatIsCutShort() const
+{
+    QStringList names;
+    for (const Task *task : _bench.tasks()->running())
+        names.append(taskText(*task));
+    QSettings settings;
+    settings.beginGroup(SettingsGroup);
+    settings.setValue("cutShort", names);
+    if (!names.isEmpty())
+        std::fprintf(stderr, "%s\n", qUtf8Printable(cutShortText(names)));
 }
 
 } // namespace Workbench

@@ -77,6 +77,7 @@ private:
     Panel *panelFor(const QString &source) const;
     bool haveAll(const QString &failure, const std::function<bool(Panel *)> &task);
     void saveSettings() const;
+    void tellWhatIsCutShort() const;
     void remember(const QStringList &sources) const;
 
     Bench _bench;

@@ -20,6 +20,7 @@
 #include <QMenu>
 #include <QScrollArea>
 #include <QSettings>
+#include <QStatusBar>
 
 using namespace WaveformTesting;
 using namespace Workbench;
@@ -637,6 +638,12 @@ void TestWaveformTour::quitsWhileLoading()
     QVERIFY(window.findChild<Waveforms *>()->isLoading());
     QTest::keySequence(&window, QKeySequence("Ctrl+Q"));
     QVERIFY(!window.isVisible() && !QApplication::activeModalWidget());
+
+    MainWindow next;
+    next.restoreSettings();
+    QCOMPARE(next.statusBar()->currentMessage(),
+             QString("Cut short by quitting: Loading (0 of 3 files)"));
+    QSettings().clear();
 }
 
 void TestWaveformTour::tellsWhatToOpen()
