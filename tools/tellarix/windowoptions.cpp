@@ -2,6 +2,8 @@
 
 #include "windowoptions.h"
 
+#include <tellarix/client/io/streamrequest.h>
+
 #include <QCommandLineParser>
 #include <QCoreApplication>
 
@@ -21,11 +23,12 @@ bool readWindow(const QCommandLineParser &parser, WindowEnd windowEnd, Core::Tim
                 QString *error)
 {
     Core::Time ends[2];
+    const Core::Time now = Core::Time::GMT();
     int end = 0;
     for (const QString &option : {FromOption, ToOption}) {
         const QString text = parser.value(option);
-        if (parser.isSet(option) && !ends[end].fromString(text.toStdString())) {
-            *error = tr("--%1: \"%2\" is no time; write it like 2024-01-05T10:11:12.5")
+        if (parser.isSet(option) && !IO::relativeTime(text.toStdString(), now, &ends[end])) {
+            *error = tr("--%1: \"%2\" is no time; write it like 2024-01-05T10:11:12.5 or -6h")
                          .arg(option, text);
             return false;
         }

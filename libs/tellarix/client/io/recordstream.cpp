@@ -2,6 +2,7 @@
 
 #include <tellarix/client/io/recordstream.h>
 
+#include <tellarix/client/io/streamrequest.h>
 #include <tellarix/core/logging.h>
 #include <tellarix/core/strings.h>
 
@@ -50,6 +51,20 @@ std::string unknownScheme(const std::string &scheme)
     return "Unknown record stream scheme \"" + scheme + "\" (known: " + known + ")";
 }
 
+/** Asks a stream for what stands behind the `#` of its URL. */
+bool ask(RecordStream &stream, const StreamRequest &request)
+{
+    const Core::TimeWindow window = request.windowAt(Core::Time::GMT());
+    const bool hasWindow = window.startTime().valid() || window.endTime().valid();
+    if (request.streams.empty() && hasWindow)
+        return stream.addStream("*", "*", "*", "*", window);
+    return std::all_of(request.streams.begin(), request.streams.end(),
+                       [&](const StreamCodesCPtr &codes) {
+                           return stream.addStream(codes->network(), codes->station(),
+                                                   codes->location(), codes->channel(), window);
+                       });
+}
+
 } // namespace
 
 std::string StreamMessage::text() const
@@ -59,12 +74,16 @@ std::string StreamMessage::text() const
     return source + ": byte " + std::to_string(offset) + ": " + cause;
 }
 
-RecordStreamPtr RecordStream::Create(const std::string &url, std::string *error)
+RecordStreamPtr RecordStream::Create(const std::string &text, std::string *error)
 {
     std::string reason;
     if (!error)
         error = &reason;
 
+    StreamRequest request;
+    if (!StreamRequest::parse(text, &request, error))
+        return RecordStreamPtr();
+    const std::string &url = request.url;
     const size_t separator = url.find("://");
     const bool hasScheme = separator != std::string::npos;
     const std::string scheme = hasScheme ? url.substr(0, separator) : "file";
@@ -79,7 +98,8 @@ RecordStreamPtr RecordStream::Create(const std::string &url, std::string *error)
         *error = "No record stream could be made for the scheme \"" + scheme + "\"";
         return RecordStreamPtr();
     }
-    if (!stream->setSource(hasScheme ? url.substr(separator + 3) : url)) {
+    if (!stream->setSource(hasScheme ? url.substr(separator + 3) : url) ||
+        !ask(*stream, request)) {
         *error = stream->errorString();
         return RecordStreamPtr();
     }

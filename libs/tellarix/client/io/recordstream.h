@@ -51,7 +51,9 @@ public:
     using MessageHandler = std::function<void(const StreamMessage &)>;
 
     /**
-     * A stream for a URL "scheme://source"; a text without a scheme is taken for a file name.
+     * A stream for a URL "scheme://source"; a text without a scheme is taken for a file name. What
+     * is wanted of it may stand behind `#`, see StreamRequest; such streams have that window,
+     * whatever setTimeWindow() says.
      * @param error  set to the reason if null is returned; may be null
      * @return null if no such scheme is registered or its source is not well formed
      */
