@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
+#include "core/filtertesting.h"
+
 #include <tellarix/core/math/butterworth.h>
 #include <tellarix/core/math/chainfilter.h>
 #include <tellarix/core/math/filterparser.h>
@@ -132,26 +134,87 @@ private slots:
 
     void readsItsOwnTexts()
     {
+        const FilterOffer offer(FilterTesting::fading());
+        const auto known = knownFilters();
         std::mt19937 random(20240105);
         std::uniform_real_distribution<double> exponent(-12, 12);
         for (int round = 0; round < 500; ++round) {
             FilterDefinition definition;
-            const int count = 1 + static_cast<int>(random() % 4);
-            for (int i = 0; i < count; ++i) {
-                FilterStage stage{&knownFilters()[random() % knownFilters().size()], {}};
-                double value = std::pow(10, exponent(random));
-                for (const FilterParameter &parameter : stage.filter->parameters)
-                    stage.values.push_back(parameter.isOrder() ? 1 + random() % 20 : value *= 1.7);
-                definition.append(stage);
+            const size_t count = 1 + random() % 4;
+            for (size_t i = 0; i < count; ++i) {
+                const auto filter = known[random() % known.size()];
+                definition.append({filter, FilterTesting::someValues(
+                                               *filter, random, std::pow(10, exponent(random)))});
             }
             FilterDefinition again;
             FilterError error;
             QVERIFY2(parseFilterDefinition(definition.toString(), again, &error),
                      (definition.toString() + ": " + error.message).c_str());
             QCOMPARE(again.toString(), definition.toString());
-            for (int i = 0; i < count; ++i)
+            for (size_t i = 0; i < count; ++i)
                 QVERIFY(again.stages()[i].values == definition.stages()[i].values);
         }
+    }
+
+    void knowsWhatIsOffered()
+    {
+        FilterDefinition kept;
+        {
+            const FilterOffer offer(FilterTesting::fading());
+            FilterDescription other = FilterTesting::fading();
+            other.description = "another";
+            const FilterOffer second(other);
+            QVERIFY(knownFilter("Fading")->description != other.description);
+            QVERIFY(parseFilterDefinition("fading | fading(0.9)", kept));
+            QCOMPARE(canonical("fading(0.05)"),
+                     QString("column 8: factor 0.05 is not a number from 0.9 to 0.99"));
+        }
+        QVERIFY(canonical("fading").contains("unknown filter"));
+        QCOMPARE(response(*kept.create<double>())[1], 9.5E4);
+
+        // One that can't be made must not be shown as if it had filtered.
+        FilterDescription unmade = FilterTesting::fading();
+        unmade.maker.forDouble = [](const FilterValues &) { return nullptr; };
+        const FilterOffer offer(unmade);
+        QVERIFY(!parseFilter<double>("integrate | fading"));
+        QCOMPARE(filterProblem("fading", 100), std::string("fading: can't be made"));
+    }
+
+    void refusesFlawedDescriptions()
+    {
+        using Parameter = FilterParameter;
+        const auto refuses = [](const FilterMaker &maker, const std::string &name,
+                                const std::vector<Parameter> &parameters, const char *flaw) {
+            QTest::ignoreMessage(
+                QtWarningMsg,
+                QRegularExpression("Filter .*: .*" + QRegularExpression::escape(flaw)));
+            const FilterOffer offer({name, "text", parameters, maker});
+            QVERIFY(!knownFilter(name));
+        };
+        const auto maker = FilterMaker::Of<FilterTesting::Fading, 1>();
+        const Parameter corner = Parameter::Corner("corner");
+        refuses(maker, "Fading", {corner}, "no name for a filter");
+        refuses(maker, "none", {corner}, "no name for a filter");
+        refuses({}, "fading", {corner}, "has no maker");
+        refuses(maker, "fading", {}, "has 0 parameters, its maker takes 1");
+        FilterMaker any = maker;
+        any.valueCount = -1;
+        refuses(any, "fading", {Parameter::Corner("a b")}, "no name for a parameter");
+        refuses(any, "fading", {corner, corner}, "has two parameters");
+        refuses(any, "fading", {Parameter::Corner("upper", "lower")}, "no parameter \"lower\"");
+        refuses(any, "fading", {Parameter::WholeNumber("n", 1, 5, 2.5)}, "default for n");
+        refuses(any, "fading", {Parameter::WholeNumber("n", 1, 5, 2.0), corner},
+                "without a default, corner");
+    }
+
+    void guideNamesAllFilters()
+    {
+        QFile guide(NORVU_SOURCE_DIR "/docs/guide.md");
+        QVERIFY(guide.open(QIODevice::ReadOnly));
+        const QByteArray text = guide.readAll();
+        for (const FilterDescriptionCPtr &filter : knownFilters())
+            QVERIFY2(text.contains('`' + QByteArray::fromStdString(filter->name) + '`'),
+                     filter->name.c_str());
     }
 
     void tellsUnsuitableRates()

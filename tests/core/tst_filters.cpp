@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
-#include <tellarix/core/math/average.h>
+#include "core/filtertesting.h"
+
 #include <tellarix/core/math/butterworth.h>
 #include <tellarix/core/math/chainfilter.h>
 #include <tellarix/core/math/differentiate.h>
@@ -142,18 +143,21 @@ void compareWithReferences()
     }
 }
 
-/** All kinds, with numbers of sections both usual and unusual, ready for 100 Hz. */
+/** Each that is known and a chain, with all sorts of values, ready for 100 Hz. */
 Filters allFilters()
 {
-    Filters filters{std::make_shared<ButterworthLowpass<double>>(1, 3.0),
-                    std::make_shared<ButterworthHighpass<double>>(3, 0.5),
-                    std::make_shared<ButterworthBandpass<double>>(4, 0.7, 2.0),
-                    std::make_shared<ButterworthBandstop<double>>(5, 10.0, 20.0),
-                    std::make_shared<RunningMean<double>>(0.37),
-                    std::make_shared<RunningMeanHighPass<double>>(60.0),
-                    std::make_shared<StaLta<double>>(0.1, 1),
-                    std::make_shared<Differentiate<double>>(),
-                    std::make_shared<Integrate<double>>()};
+    const FilterOffer offer(FilterTesting::fading());
+    std::mt19937 random(20240105);
+    Filters filters;
+    for (const FilterDescriptionCPtr &known : knownFilters()) {
+        for (int i = 0; i < 3; ++i) {
+            FilterValues values;
+            do {
+                values = FilterTesting::someValues(*known, random);
+            } while (known->problemAt && !known->problemAt(values, 100).empty());
+            filters.push_back(known->maker.forDouble(values));
+        }
+    }
     auto chain = std::make_shared<ChainFilter<double>>();
     chain->add(new RunningMeanHighPass<double>(10));
     chain->add(new ButterworthBandpass<double>(3, 1, 20));
@@ -274,6 +278,25 @@ private slots:
                 first += length;
             }
             QVERIFY2(sameBits(whole, pieces), QByteArray::number(index++));
+        }
+    }
+
+    void isTheSameForBothTypes()
+    {
+        const FilterOffer offer(FilterTesting::fading());
+        std::mt19937 random(3);
+        for (const FilterDescriptionCPtr &known : knownFilters()) {
+            const FilterValues values = FilterTesting::someValues(*known, random);
+            const auto single = known->maker.forFloat(values);
+            const Samples expected = filtered(*known->maker.forDouble(values), noise(2000), 100);
+            std::vector<float> samples;
+            for (const double sample : noise(2000))
+                samples.push_back(static_cast<float>(sample));
+            single->setSamplingFrequency(100);
+            single->apply(2000, samples.data());
+            for (size_t i = 0; i < samples.size(); ++i)
+                QVERIFY2(std::abs(double(samples[i]) - expected[i]) <= 1E-6 * std::abs(expected[i]),
+                         known->name.c_str());
         }
     }
 

@@ -70,6 +70,14 @@ void HistoryBox::fillList()
     setEditText(text);
 }
 
+void HistoryBox::setHelp(const QString &help)
+{
+    // One that stands there is a problem's.
+    if (toolTip() == _help)
+        setToolTip(help);
+    _help = help;
+}
+
 void HistoryBox::showProblem(const QString &message, int column)
 {
     QPalette palette;
@@ -80,7 +88,7 @@ void HistoryBox::showProblem(const QString &message, int column)
             lineEdit()->setCursorPosition(column - 1);
     }
     lineEdit()->setPalette(palette);
-    setToolTip(message);
+    setToolTip(message.isEmpty() ? _help : message);
 }
 
 void HistoryBox::restoreHistory()

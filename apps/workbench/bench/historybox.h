@@ -24,6 +24,8 @@ public:
 
     /** Keeps a text for the list; the oldest one goes. */
     void remember(const QString &text);
+    /** What the tool tip says as long as there is no problem. */
+    void setHelp(const QString &help);
     /** Colours the text and explains it in the tool tip; an empty message takes both away.
      *  @param column  where the cursor goes, counted from 1; 0 leaves it */
     void showProblem(const QString &message, int column = 0);
@@ -49,6 +51,7 @@ private:
     QStringList _presets;
     QStringList _history;
     QString _settingsKey;
+    QString _help;
     QTimer _entered; /**< runs until the event that entered a text is through */
 };
 

@@ -34,7 +34,49 @@ const QStringList &presets()
     return texts;
 }
 
+/** "frequency in Hz", "whole number from 1 to 20" */
+QString kindText(const FilterParameter &parameter)
+{
+    const QString bounds = FilterBox::tr("from %1 to %2")
+                               .arg(QString::fromStdString(numberText(parameter.lowest)),
+                                    QString::fromStdString(numberText(parameter.highest)));
+    switch (parameter.kind) {
+    case FilterParameter::Kind::Corner:
+        return FilterBox::tr("frequency in Hz");
+    case FilterParameter::Kind::Duration:
+        return FilterBox::tr("length in s");
+    case FilterParameter::Kind::WholeNumber:
+        return FilterBox::tr("whole number %1").arg(bounds);
+    case FilterParameter::Kind::Number:
+        break;
+    }
+    const QString unit = QString::fromStdString(parameter.unit);
+    return unit.isEmpty() ? FilterBox::tr("number %1").arg(bounds)
+                          : FilterBox::tr("in %1, %2").arg(unit, bounds);
+}
+
+QString helpRow(const FilterDescription &filter)
+{
+    QStringList parameters;
+    for (const FilterParameter &parameter : filter.parameters)
+        parameters << QString::fromStdString(parameter.name) + ": " + kindText(parameter);
+    QString text = QString::fromStdString(filter.description);
+    if (!parameters.isEmpty())
+        text += " (" + parameters.join(", ") + ")";
+    return QStringLiteral("<tr><td><b>%1</b>&nbsp;</td><td>%2</td></tr>")
+        .arg(QString::fromStdString(filter.usage()).toHtmlEscaped(), text.toHtmlEscaped());
+}
+
 } // namespace
+
+QString filterHelp()
+{
+    QString rows;
+    for (const FilterDescriptionCPtr &filter : knownFilters())
+        rows += helpRow(*filter);
+    return FilterBox::tr("<p>Filters that are joined by | run one behind the other:</p>") +
+           "<table>" + rows + "</table>";
+}
 
 FilterBox::FilterBox(QWidget *parent)
     : QWidget(parent), _input(new HistoryBox(presets(), HistoryKey, this)),
@@ -51,6 +93,7 @@ FilterBox::FilterBox(QWidget *parent)
     _switch->setAutoRaise(true);
 
     _input->setMinimumContentsLength(InputLength);
+    _input->setHelp(filterHelp());
     _input->lineEdit()->setPlaceholderText(tr("Filter, e.g. bandpass(0.7, 2, order=4)"));
 
     auto *layout = new QHBoxLayout(this);

@@ -11,6 +11,9 @@ namespace Workbench {
 
 class HistoryBox;
 
+/** All filters that are known, with their parameters and what they do, as rich text. */
+QString filterHelp();
+
 /**
  * An input for filters in their text form, with presets, the filters used last, and a switch.
  *

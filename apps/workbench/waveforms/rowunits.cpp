@@ -14,6 +14,7 @@
 #include <iterator>
 
 using namespace Tellarix;
+using Math::Filtering::FilterOutput;
 
 namespace Workbench {
 
@@ -92,10 +93,11 @@ std::optional<SampleUnit> unitBehind(const Math::Filtering::FilterDefinition &fi
 {
     int derivatives = 0;
     for (const Math::Filtering::FilterStage &stage : filter.stages()) {
-        if (stage.filter->name == "stalta")
+        const FilterOutput output = stage.filter->output;
+        if (output == FilterOutput::NoUnit)
             return std::nullopt;
-        derivatives += stage.filter->name == "differentiate" ? 1 : 0;
-        derivatives -= stage.filter->name == "integrate" ? 1 : 0;
+        derivatives += output == FilterOutput::Derivative ? 1 : 0;
+        derivatives -= output == FilterOutput::Integral ? 1 : 0;
     }
     if (derivatives == 0)
         return unit;

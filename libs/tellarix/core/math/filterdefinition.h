@@ -2,10 +2,9 @@
 
 #pragma once
 
-#include <tellarix/core/math/filter.h>
+#include <tellarix/core/math/filterdescription.h>
 
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -13,44 +12,11 @@ namespace Tellarix {
 namespace Math {
 namespace Filtering {
 
-/** A number in the text form of a filter. */
-struct FilterParameter
-{
-    std::string name;
-    std::string unit; /**< "Hz" or "s"; empty for a whole number from 1 to MaximumFilterOrder */
-    std::optional<double> defaultValue; /**< must be given if there is none */
-
-    bool isOrder() const { return unit.empty(); }
-};
-
-constexpr int MaximumFilterOrder = 20;
-
-/** What there is to know about a filter before it is made, for help texts and dialogs. */
-struct TELLARIX_CORE_API FilterDescription
-{
-    std::string name; /**< in lower case */
-    std::vector<FilterParameter> parameters;
-    std::string description; /**< one line, without a full stop */
-
-    /** "bandpass(lower, upper, order=4)" */
-    std::string usage() const;
-    /** Index of a parameter, without regard to case; -1 if there is none of that name. */
-    int parameterIndex(const std::string &parameter) const;
-};
-
-/** All filters that have a text form; the synonyms among them stand beside each other. */
-TELLARIX_CORE_API const std::vector<FilterDescription> &knownFilters();
-/** The filter of a name, without regard to case; null if there is none. */
-TELLARIX_CORE_API const FilterDescription *knownFilter(const std::string &name);
-
-/** The shortest text that reads as the same number, as in "0.7" and "1e-06". */
-TELLARIX_CORE_API std::string numberText(double value);
-
 /** A filter of a chain with all of its parameters. */
 struct FilterStage
 {
-    const FilterDescription *filter; /**< one of knownFilters() */
-    std::vector<double> values;      /**< one for each parameter */
+    FilterDescriptionCPtr filter;
+    FilterValues values; /**< one for each parameter */
 };
 
 /** What is wrong with a value of a stage. */
@@ -80,7 +46,8 @@ public:
 
     /** A text that is read as the same definition; empty if there is no filter. */
     std::string toString() const;
-    /** A new filter, a ChainFilter if there is more than one stage; null if there is none. */
+    /** A new filter, a ChainFilter if there is more than one stage; null if there is none, or
+     *  if one can't be made. */
     template <typename T>
     std::unique_ptr<InPlaceFilter<T>> create() const;
     /**

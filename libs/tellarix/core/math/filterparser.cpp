@@ -13,8 +13,6 @@ namespace Filtering {
 
 namespace {
 
-constexpr char NoFilter[] = "none";
-
 // Not those of <cctype>, which follow the locale of the program.
 bool isBlank(char c)
 {
@@ -51,9 +49,9 @@ std::string enumeration(const std::vector<std::string> &names)
 std::string knownNames()
 {
     std::vector<std::string> names;
-    for (const FilterDescription &filter : knownFilters())
-        names.push_back(filter.name);
-    names.push_back(NoFilter);
+    for (const FilterDescriptionCPtr &filter : knownFilters())
+        names.push_back(filter->name);
+    names.push_back(NoFilterName);
     return enumeration(names);
 }
 
@@ -187,19 +185,21 @@ private:
         if (name.empty())
             throw Failure{start, "expected the name of a filter" + found()};
 
-        const bool isNoFilter = Core::compareNoCase(name, NoFilter) == 0;
-        static const FilterDescription none{NoFilter, {}, {}};
-        const FilterDescription *filter = isNoFilter ? &none : knownFilter(name);
+        const bool isNoFilter = Core::compareNoCase(name, NoFilterName) == 0;
+        static const auto none =
+            std::make_shared<FilterDescription>(FilterDescription{NoFilterName, {}, {}, {}});
+        const FilterDescriptionCPtr filter = isNoFilter ? none : knownFilter(name);
         if (!filter)
             throw Failure{start, "unknown filter " + quoted(name) + "; known are " + knownNames()};
 
-        FilterStage stage{filter, parseParameters(*filter)};
+        FilterStage stage{filter, parseParameters(filter)};
         if (!isNoFilter)
             definition.append(std::move(stage));
     }
 
-    std::vector<double> parseParameters(const FilterDescription &filter)
+    FilterValues parseParameters(const FilterDescriptionCPtr &described)
     {
+        const FilterDescription &filter = *described;
         Arguments arguments;
         arguments.values.resize(filter.parameters.size());
         arguments.positions.resize(filter.parameters.size(), _position);
@@ -216,7 +216,7 @@ private:
             if (!take(')'))
                 throw Failure{_position, "expected \",\" or \")\"" + found()};
         }
-        return checkedValues(filter, arguments, end);
+        return checkedValues(described, arguments, end);
     }
 
     void parseParameter(const FilterDescription &filter, Arguments &arguments)
@@ -262,10 +262,11 @@ private:
         return static_cast<size_t>(index);
     }
 
-    std::vector<double> checkedValues(const FilterDescription &filter, const Arguments &arguments,
-                                      size_t end) const
+    FilterValues checkedValues(const FilterDescriptionCPtr &described, const Arguments &arguments,
+                               size_t end) const
     {
-        FilterStage stage{&filter, {}};
+        const FilterDescription &filter = *described;
+        FilterStage stage{described, {}};
         for (size_t i = 0; i < filter.parameters.size(); ++i) {
             const FilterParameter &parameter = filter.parameters[i];
             if (!arguments.values[i] && !parameter.defaultValue)
