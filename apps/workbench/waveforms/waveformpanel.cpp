@@ -21,6 +21,7 @@
 #include <norvu/gui/traceview.h>
 #include <tellarix/client/demo/demonstration.h>
 #include <tellarix/client/demo/demostation.h>
+#include <tellarix/client/io/recordformat.h>
 
 #include <QAction>
 #include <QCoreApplication>
@@ -316,7 +317,15 @@ QPixmap WaveformPanel::overviewPicture(bool horizontal)
 
 QStringList WaveformPanel::fileFilters() const
 {
-    return {tr("Waveforms (*.mseed *.msd *.mseed3 *.ms3 *.sac *.SAC)")};
+    QStringList patterns;
+    for (const auto &format : Tellarix::IO::recordFormats()) {
+        for (const std::string &suffix : format->suffixes) {
+            const QString pattern = "*." + QString::fromStdString(suffix);
+            patterns << pattern.toLower() << pattern.toUpper();
+        }
+    }
+    patterns.removeDuplicates();
+    return {tr("Waveforms (%1)").arg(patterns.join(' '))};
 }
 
 bool WaveformPanel::canOpen(const QString &) const

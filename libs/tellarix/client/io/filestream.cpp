@@ -2,8 +2,6 @@
 
 #include <tellarix/client/io/filestream.h>
 
-#include <tellarix/core/records/formats/sac.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -21,10 +19,8 @@ namespace {
 
 const RecordStreamScheme fileScheme("file", [] { return RecordStreamPtr(new FileStream); });
 
-// Small enough to stay in the second-level cache between reading and decoding.
-constexpr size_t BlockSize = 256 * 1024;
-// What is no record within so many bytes from the start makes the file one of another format.
-constexpr int64_t MaxGarbage = 16 * 1024 * 1024;
+// Formats that want more to be recognized get more.
+constexpr size_t FirstBytes = 4096;
 constexpr int MaxMessages = 1000;
 // Without a descriptor to be woken by, close() is looked for so often.
 constexpr int PollMSecs = 50;
@@ -36,9 +32,41 @@ std::string systemError()
     return std::strerror(errno);
 }
 
+/** "neither miniSEED nor SAC", "neither miniSEED, SAC nor text" */
+std::string noneOf(const std::vector<RecordFormatCPtr> &formats)
+{
+    std::string text;
+    for (size_t i = 0; i < formats.size(); ++i)
+        text += (i == 0 ? "neither " : i + 1 == formats.size() ? " nor " : ", ") + formats[i]->name;
+    return text;
+}
+
 } // namespace
 
-FileStream::FileStream() : _wakeUp(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
+/** What a reader sees of the stream. */
+class FileStream::Input : public RecordInput
+{
+public:
+    explicit Input(FileStream &stream) : _stream(stream) {}
+
+    size_t read(char *target, size_t size) override { return _stream.read(target, size); }
+    int64_t size() const override { return _stream._size; }
+    bool isClosed() const override { return _stream._closed; }
+    bool isRequested(const StreamCodes &codes, const Core::TimeWindow &recordWindow) const override
+    {
+        return _stream.isRequested(codes, recordWindow);
+    }
+    void tell(StreamMessage::Severity severity, int64_t offset, const std::string &cause) override
+    {
+        _stream.reportAt(severity, offset, cause);
+    }
+
+private:
+    FileStream &_stream;
+};
+
+FileStream::FileStream()
+    : _wakeUp(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)), _input(new Input(*this))
 {}
 
 FileStream::~FileStream()
@@ -82,31 +110,31 @@ bool FileStream::open()
     _atEnd = false;
     _messages = _faultsLeftOut = _notesLeftOut = 0;
     _position = 0;
-    _originOffset = -1;
-    _format = Format::Unknown;
-    _heldStep.reset();
-    _scanner.reset();
-    _scanner.setLookAhead(_regular);
-    if (!_regular)
-        return true;
-
-    detectFormat();
-    if (checkFormat())
+    _firstBytes.clear();
+    _firstBytesUsed = 0;
+    _reader.reset();
+    // A pipe may have nothing to say yet.
+    std::string cause;
+    if (!_regular || makeReader(cause))
         return true;
     closeFile();
     _closed = true;
-    return false;
+    return failAt(cause);
 }
 
 RecordPtr FileStream::next()
 {
-    if (_format == Format::Unknown && isReading())
-        detectFormat();
+    std::string cause;
+    if (!_reader && isReading() && !makeReader(cause) && !_closed)
+        reportAt(StreamMessage::Severity::Fault, 0, cause);
 
     RecordPtr record;
-    if (!_closed)
-        record = _format == Format::Sac ? nextSac() : nextMiniSeed();
+    if (!_closed && _reader)
+        record = _reader->next();
     if (!record) {
+        // What a reader leaves is nothing that is yet to come.
+        if (!_closed && _regular)
+            _position = static_cast<int64_t>(_size);
         reportLeftOut();
         closeFile();
     }
@@ -163,82 +191,101 @@ void FileStream::closeFile()
     _atEnd = true;
 }
 
-void FileStream::detectFormat()
+/** The reader for what is in the file; there is none if the cause says why. */
+bool FileStream::makeReader(std::string &cause)
 {
-    for (;;) {
-        const std::string_view bytes = _scanner.pending();
-        if (Formats::beginsLikeMiniSeed(bytes))
-            _format = Format::MiniSeed;
-        else if (Formats::beginsLikeSac(bytes))
-            _format = Format::Sac;
-        if (_format != Format::Unknown || bytes.size() >= Formats::SacHeaderSize)
-            break;
-        if (!readMore())
-            break;
-    }
-    if (_format == Format::Unknown && (!_regular || findFirstRecord()))
-        _format = Format::MiniSeed;
-}
+    const std::vector<RecordFormatCPtr> formats = recordFormats();
+    if (const RecordFormatCPtr format = recognizedFormat(formats))
+        return beginWith(*format, cause);
 
-/** True if the file can be read as what it is; otherwise there is an errorString(). */
-bool FileStream::checkFormat()
-{
-    if (_format == Format::Unknown)
-        return failAt("neither miniSEED nor SAC");
-    if (_format == Format::MiniSeed)
-        return true;
-
-    Formats::SacHeader header;
-    std::string cause;
-    std::string warning;
-    return Formats::parseSacHeader(_scanner.pending(), header, cause, warning) || failAt(cause);
-}
-
-/** Looks for records behind a damaged beginning. */
-bool FileStream::findFirstRecord()
-{
-    using Step = Formats::RecordScanner::Step;
-    while (!_closed) {
-        const Step step = _scanner.next();
-        if (step == Step::Pause)
+    for (const RecordFormatCPtr &format : formats) {
+        if (format->search != RecordFormat::Search::BehindDamage)
             continue;
-        if (step != Step::NeedsBytes) {
-            _heldStep = step;
-            return step == Step::Record || !_scanner.pending().empty();
-        }
-        if (_position > MaxGarbage)
-            return false;
-        if (!readMore())
-            _scanner.finish();
+        if (beginWith(*format, cause))
+            return true;
+        if (!_regular)
+            break; // What was read is gone.
+        rewind();
     }
-    return true;
+    cause = noneOf(formats);
+    return false;
 }
 
-/**
- * Reads what is there, at least a byte; false at the end, after close() and on errors. Blocks of
- * one size, however many bytes are wanted: a damaged header may want any number of them.
- */
-bool FileStream::readMore()
+/** Reads as few bytes as it takes; null if no format has these first bytes. */
+RecordFormatCPtr FileStream::recognizedFormat(const std::vector<RecordFormatCPtr> &formats)
+{
+    size_t enough = 0;
+    for (const RecordFormatCPtr &format : formats)
+        enough = std::max(enough, format->signatureSize);
+
+    const size_t most = std::max(enough, FirstBytes);
+    _firstBytes.resize(most);
+    size_t size = 0;
+    RecordFormatCPtr found;
+    while (!found && size < enough) {
+        const size_t count = readFile(&_firstBytes[size], most - size);
+        if (count == 0)
+            break;
+        size += count;
+        const std::string_view bytes(_firstBytes.data(), size);
+        const auto format = std::find_if(
+            formats.begin(), formats.end(),
+            [bytes](const RecordFormatCPtr &candidate) { return candidate->recognizes(bytes); });
+        found = format == formats.end() ? nullptr : *format;
+    }
+    _firstBytes.resize(size);
+    return found;
+}
+
+bool FileStream::beginWith(const RecordFormat &format, std::string &cause)
+{
+    _reader = format.makeReader(*_input);
+    if (!_reader)
+        cause = "no reader could be made for " + format.name;
+    else if (!_reader->begin(cause))
+        _reader.reset();
+    return _reader != nullptr;
+}
+
+/** Lets the next reader begin with the first byte. */
+void FileStream::rewind()
+{
+    const off_t offset = static_cast<off_t>(_firstBytes.size());
+    _firstBytesUsed = 0;
+    _atEnd = ::lseek(_file, offset, SEEK_SET) != offset;
+    _position = offset;
+}
+
+size_t FileStream::read(char *target, size_t size)
+{
+    const size_t known = std::min(size, _firstBytes.size() - _firstBytesUsed);
+    if (known == 0)
+        return readFile(target, size);
+    std::memcpy(target, _firstBytes.data() + _firstBytesUsed, known);
+    _firstBytesUsed += known;
+    return known;
+}
+
+/** Reads what is there, at least a byte; 0 at the end, after close() and on errors. */
+size_t FileStream::readFile(char *target, size_t size)
 {
     if (!isReading() || (!_regular && !waitForBytes()))
-        return false;
+        return 0;
 
-    char *target = _scanner.reserve(BlockSize);
     ssize_t count;
     do {
-        count = ::read(_file, target, BlockSize);
+        count = ::read(_file, target, size);
     } while (count < 0 && (errno == EINTR || (errno == EAGAIN && waitForBytes())));
     if (_closed)
-        return false;
+        return 0;
     if (count < 0)
         reportAt(StreamMessage::Severity::Fault, _position, "reading failed: " + systemError());
     if (count <= 0) {
         _atEnd = true;
-        return false;
+        return 0;
     }
-    _scanner.commit(static_cast<size_t>(count));
     _position += count;
-    return true;
+    return static_cast<size_t>(count);
 }
 
 /** Waits until bytes or the end have come; false if the stream was closed meanwhile. */
@@ -251,96 +298,6 @@ bool FileStream::waitForBytes() const
             return true;
     }
     return false;
-}
-
-RecordPtr FileStream::nextMiniSeed()
-{
-    using Step = Formats::RecordScanner::Step;
-    while (!_closed) {
-        const Step step = _heldStep ? *_heldStep : _scanner.next();
-        _heldStep.reset();
-        switch (step) {
-        case Step::Record:
-            if (const RecordPtr record = decodeFound())
-                return record;
-            break;
-        case Step::Fault:
-            reportAt(StreamMessage::Severity::Fault, _scanner.offset(), _scanner.cause());
-            break;
-        case Step::Note:
-            reportAt(StreamMessage::Severity::Note, _scanner.offset(), _scanner.cause());
-            break;
-        case Step::NeedsBytes:
-            if (!readMore())
-                _scanner.finish();
-            break;
-        case Step::Pause:
-            break;
-        case Step::End:
-            return RecordPtr();
-        }
-    }
-    return RecordPtr();
-}
-
-/** The record that the scanner stands at; null if it is not requested or can't be read. */
-RecordPtr FileStream::decodeFound()
-{
-    const Formats::MiniSeedHeader &header = _scanner.header();
-    const StreamCodes &codes = *_decoder.codes(header);
-    if (!isRequested(codes, header.timeWindow()))
-        return RecordPtr();
-
-    const auto tell = [&](StreamMessage::Severity severity, const std::string &cause) {
-        reportAt(severity, _scanner.offset(), codes.id() + ": " + cause);
-    };
-    if (!header.cause.empty())
-        tell(StreamMessage::Severity::Fault, header.cause);
-    if (header.sampleCount == 0) {
-        tell(StreamMessage::Severity::Note, "record has no samples");
-        return RecordPtr();
-    }
-
-    std::string cause;
-    const RecordPtr record = _decoder.decode(header, _scanner.record(), cause);
-    if (!cause.empty())
-        tell(StreamMessage::Severity::Fault, cause);
-    if (record)
-        _originOffset = _scanner.offset();
-    return record;
-}
-
-RecordPtr FileStream::nextSac()
-{
-    // A SAC file is one record.
-    if (_originOffset == 0 || _scanner.pending().empty())
-        return RecordPtr();
-
-    Formats::SacHeader header;
-    std::string cause;
-    std::string warning;
-    if (!Formats::parseSacHeader(_scanner.pending(), header, cause, warning)) {
-        reportAt(StreamMessage::Severity::Fault, 0, cause);
-        return RecordPtr();
-    }
-    _originOffset = 0;
-    const size_t size = static_cast<size_t>(header.fileSize());
-    while (_scanner.pending().size() < size && readMore()) {
-    }
-    if (_closed)
-        return RecordPtr();
-
-    const RecordPtr record = Formats::decodeSac(_scanner.pending(), cause);
-    if (!cause.empty())
-        reportAt(StreamMessage::Severity::Fault, 0, cause);
-    // The rest of a file need not be read for that.
-    const int64_t there = std::max<int64_t>(_size, static_cast<int64_t>(_scanner.pending().size()));
-    if (there > header.fileSize())
-        reportAt(StreamMessage::Severity::Fault, header.fileSize(),
-                 std::to_string(there - header.fileSize()) + " bytes that belong to nothing");
-    if (_regular)
-        _position = there;
-    return record && isRequested(*record->codes(), record->timeWindow()) ? record : RecordPtr();
 }
 
 void FileStream::reportAt(StreamMessage::Severity severity, int64_t offset,

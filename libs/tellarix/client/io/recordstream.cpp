@@ -4,43 +4,23 @@
 
 #include <tellarix/client/io/streamrequest.h>
 #include <tellarix/core/logging.h>
+#include <tellarix/core/namedoffers.h>
 #include <tellarix/core/strings.h>
 
 #include <algorithm>
-#include <map>
-#include <mutex>
 
 namespace Tellarix {
 namespace IO {
 
 namespace {
 
-struct Offer
-{
-    const RecordStreamScheme *owner;
-    RecordStreamScheme::Maker maker;
-};
-
-struct Registry
-{
-    std::mutex mutex;
-    std::multimap<std::string, Offer> offers; /**< those of one scheme in order of registration */
-};
+using Registry = Core::NamedOffers<RecordStreamScheme::Maker>;
 
 // Static objects of other sources register themselves: it has to exist before them.
 Registry &registry()
 {
     static Registry instance;
     return instance;
-}
-
-RecordStreamScheme::Maker makerOf(const std::string &scheme)
-{
-    Registry &schemes = registry();
-    const std::lock_guard<std::mutex> lock(schemes.mutex);
-    const auto first = schemes.offers.lower_bound(scheme);
-    return first != schemes.offers.end() && first->first == scheme ? first->second.maker
-                                                                   : RecordStreamScheme::Maker();
 }
 
 std::string unknownScheme(const std::string &scheme)
@@ -88,12 +68,12 @@ RecordStreamPtr RecordStream::Create(const std::string &text, std::string *error
     const bool hasScheme = separator != std::string::npos;
     const std::string scheme = hasScheme ? url.substr(0, separator) : "file";
     // Called without the lock, since a stream may be made of other streams.
-    const RecordStreamScheme::Maker maker = makerOf(scheme);
-    if (!maker) {
+    const std::optional<RecordStreamScheme::Maker> maker = registry().find(scheme);
+    if (!maker || !*maker) {
         *error = unknownScheme(scheme);
         return RecordStreamPtr();
     }
-    const RecordStreamPtr stream = maker();
+    const RecordStreamPtr stream = (*maker)();
     if (!stream) {
         *error = "No record stream could be made for the scheme \"" + scheme + "\"";
         return RecordStreamPtr();
@@ -108,13 +88,10 @@ RecordStreamPtr RecordStream::Create(const std::string &text, std::string *error
 
 std::vector<std::string> RecordStream::Schemes()
 {
-    Registry &schemes = registry();
-    const std::lock_guard<std::mutex> lock(schemes.mutex);
     std::vector<std::string> names;
-    for (const auto &entry : schemes.offers) {
-        if (names.empty() || names.back() != entry.first)
-            names.push_back(entry.first);
-    }
+    for (const auto &[name, maker] : registry().all())
+        names.push_back(name);
+    std::sort(names.begin(), names.end());
     return names;
 }
 
@@ -202,24 +179,14 @@ const std::vector<size_t> &RecordStream::requestsFor(const StreamCodes &codes) c
     return _requestsOfStreams.emplace(codes.id(), std::move(matching)).first->second;
 }
 
-RecordStreamScheme::RecordStreamScheme(const std::string &scheme, Maker maker) : _scheme(scheme)
+RecordStreamScheme::RecordStreamScheme(const std::string &scheme, Maker maker)
 {
-    Registry &schemes = registry();
-    const std::lock_guard<std::mutex> lock(schemes.mutex);
-    schemes.offers.insert({scheme, {this, std::move(maker)}});
+    registry().add(this, scheme, std::move(maker));
 }
 
 RecordStreamScheme::~RecordStreamScheme()
 {
-    Registry &schemes = registry();
-    const std::lock_guard<std::mutex> lock(schemes.mutex);
-    // A plug-in that fails must not take along what others offer under that name.
-    for (auto offer = schemes.offers.lower_bound(_scheme); offer != schemes.offers.end(); ++offer) {
-        if (offer->second.owner == this) {
-            schemes.offers.erase(offer);
-            return;
-        }
-    }
+    registry().remove(this);
 }
 
 } // namespace IO

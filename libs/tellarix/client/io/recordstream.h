@@ -144,9 +144,6 @@ public:
 
     RecordStreamScheme(const RecordStreamScheme &) = delete;
     RecordStreamScheme &operator=(const RecordStreamScheme &) = delete;
-
-private:
-    std::string _scheme;
 };
 
 } // namespace IO
