@@ -2,6 +2,7 @@
 
 #include "core/seedbytes.h"
 
+#include <tellarix/client/io/recordformat.h>
 #include <tellarix/client/io/recordstream.h>
 #include <tellarix/core/records/formats/miniseedwriter.h>
 #include <tellarix/core/records/formats/sac.h>
@@ -81,6 +82,33 @@ int64_t peakMemory()
     return int64_t(usage.ru_maxrss) * 1024;
 }
 
+/** One record of as many samples as there are bytes; begin() wants an x among them. */
+class ByteReader : public IO::RecordReader
+{
+public:
+    explicit ByteReader(IO::RecordInput &input) : _input(input) {}
+
+    bool begin(std::string &cause) override
+    {
+        while (_input.readBehind(_bytes, 3)) {
+        }
+        cause = "no x";
+        return _bytes.find('x') != std::string::npos;
+    }
+    RecordPtr next() override
+    {
+        if (_bytes.empty())
+            return RecordPtr();
+        const std::string bytes = std::exchange(_bytes, std::string());
+        return new Record(StreamCodes::FromID("XX.B..BHZ"), time("2024-01-01"), 1,
+                          new CharArray(int(bytes.size()), bytes.data()));
+    }
+
+private:
+    IO::RecordInput &_input;
+    std::string _bytes;
+};
+
 QString isoStart(const Record &record)
 {
     return QString::fromStdString(record.startTime().toString("%Y-%m-%dT%H:%M:%S"));
@@ -135,6 +163,33 @@ private slots:
             QCOMPARE(QString::fromStdString(error).toLower(),
                      QString(expected).replace("%1", _directory->path()).toLower());
         }
+    }
+
+    void readsOfferedFormats()
+    {
+        const std::string known = write("known", "bytes with x in them");
+        const std::string searched = write("searched", QByteArray(5000, 'y') + "x");
+        const std::string foreign = write("foreign", "yy");
+        const auto makeReader = [](IO::RecordInput &input) {
+            return std::make_unique<ByteReader>(input);
+        };
+        const auto isBytes = [](std::string_view bytes) { return bytes.substr(0, 5) == "bytes"; };
+        {
+            const IO::RecordFormatOffer offer(
+                {"bytes", {}, 5, isBytes, makeReader, IO::RecordFormat::Search::BehindDamage});
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression("\"none\" is not offered"));
+            const IO::RecordFormatOffer unread({"none", {}, 1, isBytes, nullptr});
+            const std::pair<std::string, int> rows[] = {{known, 20}, {searched, 5001}};
+            for (const auto &[file, count] : rows) {
+                const RecordStreamPtr reader = stream(file);
+                QVERIFY2(reader->open(), reader->errorString().c_str());
+                const RecordPtr record = reader->next();
+                QCOMPARE(record ? record->sampleCount() : 0, count);
+                QVERIFY(!reader->next());
+            }
+            QVERIFY(readAll(*stream(foreign)).first().endsWith("neither miniSEED, SAC nor bytes"));
+        }
+        QVERIFY(readAll(*stream(known)).first().endsWith("neither miniSEED nor SAC"));
     }
 
     void deliversRequestedRecords()

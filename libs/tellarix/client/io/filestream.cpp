@@ -195,13 +195,15 @@ void FileStream::closeFile()
 bool FileStream::makeReader(std::string &cause)
 {
     const std::vector<RecordFormatCPtr> formats = recordFormats();
-    if (const RecordFormatCPtr format = recognizedFormat(formats))
+    const RecordFormatCPtr format = recognizedFormat(formats);
+    rewind();
+    if (format)
         return beginWith(*format, cause);
 
-    for (const RecordFormatCPtr &format : formats) {
-        if (format->search != RecordFormat::Search::BehindDamage)
+    for (const RecordFormatCPtr &candidate : formats) {
+        if (candidate->search != RecordFormat::Search::BehindDamage)
             continue;
-        if (beginWith(*format, cause))
+        if (beginWith(*candidate, cause))
             return true;
         if (!_regular)
             break; // What was read is gone.
@@ -247,13 +249,14 @@ bool FileStream::beginWith(const RecordFormat &format, std::string &cause)
     return _reader != nullptr;
 }
 
-/** Lets the next reader begin with the first byte. */
+/** Lets a reader begin with the first byte of a file. A pipe has its first bytes kept. */
 void FileStream::rewind()
 {
-    const off_t offset = static_cast<off_t>(_firstBytes.size());
-    _firstBytesUsed = 0;
-    _atEnd = ::lseek(_file, offset, SEEK_SET) != offset;
-    _position = offset;
+    if (!_regular)
+        return;
+    _firstBytes.clear();
+    _atEnd = ::lseek(_file, 0, SEEK_SET) != 0;
+    _position = 0;
 }
 
 size_t FileStream::read(char *target, size_t size)
