@@ -229,6 +229,7 @@ void TestWaveformTour::rowsThatFilterDoesNotFitSaySo()
         QTest::keyClick(box, Qt::Key_Return);
         QCoreApplication::processEvents();
     };
+    QVERIFY(box->toolTip().contains("<b>bandpass(lower, upper, order=4)</b>"));
     apply("bandpass(1, 8)");
     QTRY_VERIFY(window.row(0)->filteredRecords(0));
     const Gui::RecordWidget *slow = window.row(1);
