@@ -78,8 +78,7 @@ RecordStreamPtr RecordStream::Create(const std::string &text, std::string *error
         *error = "No record stream could be made for the scheme \"" + scheme + "\"";
         return RecordStreamPtr();
     }
-    if (!stream->setSource(hasScheme ? url.substr(separator + 3) : url) ||
-        !ask(*stream, request)) {
+    if (!stream->setSource(hasScheme ? url.substr(separator + 3) : url) || !ask(*stream, request)) {
         *error = stream->errorString();
         return RecordStreamPtr();
     }
