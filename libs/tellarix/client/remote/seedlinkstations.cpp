@@ -1,0 +1,172 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
+#include <tellarix/client/remote/seedlinkstations.h>
+
+#include <tellarix/client/io/boundedxml_p.h>
+
+#include <QIODevice>
+
+#include <algorithm>
+#include <cstring>
+
+namespace Tellarix {
+namespace IO {
+
+namespace {
+
+constexpr size_t MostEntries = 1000000;
+
+/** The text of an answer, whose pieces are fetched as they are read. */
+class AnswerDevice : public QIODevice
+{
+public:
+    explicit AnswerDevice(SeedLinkSession &session) : _session(session)
+    {
+        open(QIODevice::ReadOnly | QIODevice::Unbuffered);
+    }
+
+    bool hasFailed() const { return _failed; }
+    bool isAtLast() const { return _isLast; }
+    bool isSequential() const override { return true; }
+
+protected:
+    qint64 readData(char *data, qint64 maxSize) override
+    {
+        while (_piece.empty() && !_isLast) {
+            if (_failed || _session.readInfo(_piece, _isLast) != SeedLinkSession::Outcome::Done) {
+                _failed = true;
+                return -1;
+            }
+        }
+        const size_t size = std::min(_piece.size(), static_cast<size_t>(maxSize));
+        std::memcpy(data, _piece.data(), size);
+        _piece.erase(0, size);
+        return size > 0 || maxSize == 0 ? static_cast<qint64>(size) : -1;
+    }
+    qint64 writeData(const char *, qint64) override { return -1; }
+
+private:
+    SeedLinkSession &_session;
+    std::string _piece;
+    bool _isLast{false};
+    bool _failed{false};
+};
+
+/** Times stand with slashes and a blank in place of the signs of ISO 8601. */
+Core::Time listedTime(const QXmlStreamAttributes &attributes, const char *name)
+{
+    QString text = attributes.value(QLatin1String(name)).toString();
+    return Core::Time::FromString(text.replace('/', '-').toStdString());
+}
+
+class ListReader : private BoundedXml
+{
+public:
+    ListReader(QIODevice &device, const SeedLinkStationHandler &handler)
+        : BoundedXml(device, QStringLiteral("list of stations"), {}, {}), _handler(handler)
+    {}
+
+    bool read(QString *error)
+    {
+        if (enterRoot()) {
+            forEachChild([this](const QStringRef &name) {
+                if (name == QLatin1String("station"))
+                    readStation();
+                else
+                    skip();
+            });
+            leaveRoot();
+        }
+        return result(error);
+    }
+
+private:
+    bool isOurs() const override { return true; }
+
+    std::string attribute(const char *name) const
+    {
+        return xml().attributes().value(QLatin1String(name)).trimmed().toString().toStdString();
+    }
+
+    void readStation()
+    {
+        SeedLinkStation station;
+        station.network = attribute("network");
+        station.code = attribute("name");
+        station.name = attribute("description");
+        forEachChild([&](const QStringRef &name) {
+            if (name == QLatin1String("stream"))
+                station.streams.push_back({attribute("location"), attribute("seedname"),
+                                           attribute("type"),
+                                           listedTime(xml().attributes(), "begin_time"),
+                                           listedTime(xml().attributes(), "end_time")});
+            skip();
+            count();
+        });
+        count();
+        if (!station.code.empty() && isGoing() && !_handler(station))
+            end();
+    }
+
+    void count()
+    {
+        if (++_entries > MostEntries)
+            rememberFault(QStringLiteral("more than %1 entries").arg(MostEntries));
+    }
+
+    const SeedLinkStationHandler &_handler;
+    size_t _entries{0};
+};
+
+} // namespace
+
+bool readSeedLinkStations(SeedLinkSession &session, const std::string &level,
+                          const SeedLinkStationHandler &handler, std::string *error)
+{
+    QString fault;
+    AnswerDevice device(session);
+    const bool sent = session.send("INFO " + level);
+    const bool read = sent && ListReader(device, handler).read(&fault);
+    // The end of the text and that of the answer needn't be the same.
+    std::string rest;
+    bool isLast = device.isAtLast();
+    while (read && !isLast && session.readInfo(rest, isLast) == SeedLinkSession::Outcome::Done) {
+    }
+    if (read && isLast)
+        return true;
+    if (error)
+        *error = !sent || device.hasFailed() || read ? session.cause() : fault.toStdString();
+    return false;
+}
+
+bool SeedLinkStations::setSource(const std::string &source)
+{
+    if (!parseSeedLinkAddress(source, _address, _errorString))
+        return false;
+    _session.setAddress(_address);
+    return true;
+}
+
+bool SeedLinkStations::read(bool withStreams)
+{
+    std::vector<SeedLinkStation> stations;
+    const auto keep = [&](const SeedLinkStation &station) {
+        stations.push_back(station);
+        return true;
+    };
+    std::string cause;
+    bool done = _session.open() == SeedLinkSession::Outcome::Done;
+    if (!done)
+        cause = _session.cause();
+    done =
+        done && readSeedLinkStations(_session, withStreams ? "STREAMS" : "STATIONS", keep, &cause);
+    _session.connection().drop();
+    if (done)
+        _stations = std::move(stations);
+    else
+        _errorString = _address.name() + ": " + cause;
+    return done;
+}
+
+} // namespace IO
+} // namespace Tellarix
