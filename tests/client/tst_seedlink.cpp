@@ -25,15 +25,18 @@ namespace {
 const Core::Time Begin = Core::Time::FromString("2024-03-01T00:00:00Z");
 const char *const Fast = "?timeout=1&retry=0.05&settle=0.3&keepalive=0.4";
 
-/** The record of a stream that begins @p index times 100 s behind the first. */
+constexpr int Length = 50; // of a record in seconds
+
+/** The record of a stream that begins so many lengths behind the first. */
 QByteArray part(const char *id, int index)
 {
-    return seedRecord(id, Begin + Core::TimeSpan(100.0 * index));
+    return seedRecord(id, Begin + Core::TimeSpan(double(Length) * index), Length);
 }
 
 Core::TimeWindow parts(int first, int last)
 {
-    return {Begin + Core::TimeSpan(100.0 * first), Begin + Core::TimeSpan(100.0 * last)};
+    return {Begin + Core::TimeSpan(double(Length) * first),
+            Begin + Core::TimeSpan(double(Length) * last)};
 }
 
 /** Reads a stream in a thread of its own. */
@@ -99,7 +102,7 @@ private:
         }
         while (const RecordPtr record = _isOpen ? _stream->next() : nullptr) {
             const std::lock_guard<std::mutex> lock(_mutex);
-            const double index = (record->startTime() - Begin).length() / 100;
+            const double index = (record->startTime() - Begin).length() / Length;
             _indices[record->streamID()] += QString(" %1").arg(index);
             ++_count;
         }

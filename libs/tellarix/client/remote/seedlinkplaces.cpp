@@ -13,8 +13,10 @@ namespace IO {
 namespace {
 
 constexpr size_t MostRecent = 2048;
-// Streams that ended long ago don't lead the others back to their end.
-const Core::TimeSpan LongestReturn(1800.0);
+const Core::TimeSpan Memory(3600.0);
+// Streams that ended long ago don't lead the others back to their end: those of a station not for
+// longer than this, and those of many not for longer than what is remembered.
+const Core::TimeSpan LongestReturn(86400.0);
 const char *const Heading = "seedlink places 1 ";
 
 } // namespace
@@ -69,6 +71,7 @@ Core::Time SeedLinkPlaces::timeOf(const std::string &pattern) const
 {
     Core::Time earliest;
     Core::Time latest;
+    bool isAllRemembered = true;
     for (const auto &[id, station] : _stations) {
         if (!Core::wildcardMatch(pattern, id))
             continue;
@@ -77,9 +80,13 @@ Core::Time SeedLinkPlaces::timeOf(const std::string &pattern) const
                 continue;
             earliest = earliest.valid() ? std::min(earliest, stream.latestEnd) : stream.latestEnd;
             latest = std::max(latest, stream.latestEnd);
+            isAllRemembered = isAllRemembered && !stream.floor.valid();
         }
     }
-    return latest.valid() ? std::max(earliest, latest - LongestReturn) : latest;
+    if (isAllRemembered)
+        return Core::Time();
+    const bool isOne = pattern.find_first_of("*?") == std::string::npos;
+    return std::max(earliest, latest - (isOne ? LongestReturn : Memory));
 }
 
 bool SeedLinkPlaces::doubtSilent()
@@ -167,7 +174,7 @@ bool SeedLinkPlaces::isDoubtful(const Station &station, const Stream &stream, ui
 void SeedLinkPlaces::remember(Stream &stream, Key key)
 {
     stream.recent.push_back(key);
-    const int64_t oldest = (stream.latestEnd - LongestReturn - LongestReturn).usecs();
+    const int64_t oldest = (stream.latestEnd - Memory).usecs();
     while (stream.recent.size() > MostRecent || stream.recent.front().second < oldest) {
         const Core::Time end = Core::Time::FromUSecs(stream.recent.front().second);
         stream.floor = std::max(stream.floor, std::min(end, stream.latestEnd));

@@ -44,8 +44,9 @@ public:
     /** The number to go on behind, which then is expected to lead there; nothing if there is none,
      *  or it can't be relied on. */
     std::optional<uint32_t> resume(const std::string &station);
-    /** The time to go on from, for all stations of a pattern "NET.STA"; not valid if none has come.
-     */
+    /** The time to go on from, for all stations of a pattern "NET.STA". Not valid as long as all
+     *  that has come is remembered: then streams of theirs may not have come at all yet, and it is
+     *  best to ask for everything again. */
     Core::Time timeOf(const std::string &pattern) const;
     /** Stations that were asked for by number and have not been heard of on this connection are
      *  asked for by time from now on; false if there are none. */
