@@ -1,0 +1,284 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
+#include "fakestream.h"
+
+#include <tellarix/client/remote/joinedstream.h>
+
+#include <QElapsedTimer>
+#include <QtTest>
+
+#include <future>
+
+using namespace Tellarix;
+using Tellarix::IO::RecordStream;
+using Tellarix::IO::RecordStreamPtr;
+
+namespace {
+const std::string Url = "joined://?past=fake%3A%2F%2Fpast&live=fake%3A%2F%2Flive";
+
+/** A record of a stream: seconds after a base within the last hour, and samples at 1 Hz. */
+struct Piece
+{
+    const char *id;
+    int start;
+    int count;
+};
+
+} // namespace
+
+class TestJoinedStream : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        _past = FakeSource::Make("past");
+        _live = FakeSource::Make("live");
+        _live->isLive = true;
+        _messages.clear();
+        _base = Core::Time::FromUSecs(Core::Time::GMT().seconds() * 1000000) - Core::TimeSpan(3000);
+    }
+
+    void refusesSources()
+    {
+        const std::pair<std::string, const char *> rows[] = {
+            {"joined://here", "joined://: the sources are given as"},
+            {"joined://?past=fake%3A%2F%2Fpast", "joined://: live: no URL given"},
+            {"joined://?past=none%3A%2F%2F&live=fake%3A%2F%2Flive", "joined://: past: Unknown"},
+            {Url + "&overlap=-1", "joined://: overlap=-1 is no number"},
+            {Url + "&colour=red", "joined://: unknown option \"colour\""},
+        };
+        for (const auto &[url, reason] : rows) {
+            std::string error;
+            QVERIFY(!RecordStream::Create(url, &error));
+            QVERIFY2(QString::fromStdString(error).startsWith(reason), error.c_str());
+        }
+    }
+
+    void joinsAtTheSeam_data()
+    {
+        using Pieces = QVector<Piece>;
+        const char *const a = "XX.A..BHZ";
+        const char *const b = "XX.B..BHZ";
+        QTest::addColumn<QStringList>("records");
+        _rows.clear();
+        const auto row = [&](const char *name, const Pieces &past, const Pieces &live,
+                             const QStringList &records) {
+            QTest::newRow(name) << records;
+            _rows.insert(name, {past, live});
+        };
+        row("nothing of the past", {}, {{a, 0, 9}}, {"A 0 9"});
+        row("nothing live", {{a, 0, 9}}, {}, {"A 0 9"});
+        row("the same", {{a, 0, 9}, {a, 9, 9}}, {{a, 9, 9}, {a, 18, 9}},
+            {"A 0 9", "A 9 9", "A 18 9"});
+        row("parts", {{a, 0, 9}, {a, 9, 9}}, {{a, 0, 3}, {a, 7, 5}, {a, 18, 1}},
+            {"A 0 9", "A 9 9", "A 18 1"});
+        row("overlapping, but longer", {{a, 0, 9}}, {{a, 5, 5}, {a, 5, 4}}, {"A 0 9", "A 5 5"});
+        row("gap", {{a, 0, 9}, {a, 20, 9}}, {{a, 8, 13}, {a, 9, 2}},
+            {"A 0 9", "A 20 9", "A 8 13", "A 9 2"});
+        row("disordered past", {{a, 20, 9}, {a, 0, 9}, {a, 9, 11}}, {{a, 5, 20}},
+            {"A 20 9", "A 0 9", "A 9 11"});
+        row("other stream", {{a, 0, 9}}, {{b, 0, 9}}, {"A 0 9", "B 0 9"});
+        row("doubled by one source", {{a, 0, 9}, {a, 0, 9}}, {{a, 9, 9}, {a, 9, 9}},
+            {"A 0 9", "A 0 9", "A 9 9", "A 9 9"});
+    }
+
+    void joinsAtTheSeam()
+    {
+        QFETCH(QStringList, records);
+        const auto &row = _rows[QTest::currentDataTag()];
+        _past->isLive = true;
+        put(*_live, row.second);
+        const RecordStreamPtr stream = opened();
+        // All that is live has come before anything of the past.
+        QTRY_COMPARE(taken(*_live), size_t(row.second.size()));
+        put(*_past, row.first);
+        _past->change([](FakeSource &source) { source.isLive = false; });
+        _live->change([](FakeSource &source) { source.isLive = false; });
+        QCOMPARE(readAll(*stream), records);
+        QCOMPARE(_messages, QStringList());
+    }
+
+    void dividesWindows()
+    {
+        const double now = _base.toDouble() + 3000;
+        const struct
+        {
+            double start;
+            double end;
+            QString past;
+            QString live;
+        } rows[] = {
+            {-9000, 0, "-9000 3000", "1000 open"},
+            {2000, 0, "2000 3000", "2000 open"},
+            {-9000, 2500, "-9000 2500", "1000 2500"},
+            {-9000, 500, "-9000 500", ""},
+            {4000, 5000, "", "4000 5000"},
+        };
+        for (const auto &row : rows) {
+            const Core::Time end = row.end == 0 ? Core::Time() : at(row.end);
+            const IO::JoinedWindows windows({at(row.start), end}, Core::Time(now),
+                                            Core::TimeSpan(2000.0));
+            QCOMPARE(windows.hasPast ? text(windows.past) : QString(), row.past);
+            QCOMPARE(windows.hasLive ? text(windows.live) : QString(), row.live);
+        }
+    }
+
+    void goesOnWithTheOther_data()
+    {
+        QTest::addColumn<bool>("pastFails");
+        QTest::addColumn<bool>("liveFails");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("past") << true << false << "source of the past: no archive";
+        QTest::newRow("live") << false << true << "live source: no server";
+        QTest::newRow("both") << true << true << "";
+    }
+
+    void goesOnWithTheOther()
+    {
+        QFETCH(bool, pastFails);
+        QFETCH(bool, liveFails);
+        QFETCH(QString, message);
+        _past->openError = pastFails ? "no archive" : "";
+        _live->openError = liveFails ? "no server" : "";
+        _live->isLive = false;
+        put(*_past, {{"XX.A..BHZ", 0, 9}});
+        put(*_live, {{"XX.A..BHZ", 9, 9}});
+        if (message.isEmpty()) {
+            const RecordStreamPtr stream = made();
+            QVERIFY(!stream->open());
+            QCOMPARE(stream->errorString(), std::string("no archive; no server"));
+            QVERIFY(!stream->next());
+            return;
+        }
+        QCOMPARE(readAll(*opened()), QStringList(pastFails ? "A 9 9" : "A 0 9"));
+        QCOMPARE(_messages, QStringList(message));
+    }
+
+    void holdsSoMuchOfWhatIsLive()
+    {
+        QVector<Piece> pieces;
+        QStringList records;
+        for (int i = 0; i < 100; ++i) {
+            pieces << Piece{"XX.A..BHZ", i * 20, 20};
+            records << QStringLiteral("A %1 20").arg(i * 20);
+        }
+        put(*_live, pieces);
+        _live->isLive = false;
+        _past->isLive = true;
+        const RecordStreamPtr stream = made("&hold=0.003");
+        QVERIFY(stream->open());
+        QTRY_VERIFY(taken(*_live) >= 4);
+        auto first = std::async(std::launch::async, [&] { return stream->next(); });
+        QCOMPARE(first.wait_for(std::chrono::milliseconds(100)), std::future_status::timeout);
+        QVERIFY(taken(*_live) < 20);
+        _past->change([](FakeSource &source) { source.isLive = false; });
+        const QStringList begin(describe(*first.get()));
+        QCOMPARE(begin + readAll(*stream), records);
+    }
+
+    void closesSoon_data()
+    {
+        QTest::addColumn<bool>("stalls");
+        QTest::addColumn<bool>("pastEnds");
+        QTest::newRow("opening") << true << false;
+        QTest::newRow("in the past") << false << false;
+        QTest::newRow("live") << false << true;
+    }
+
+    void closesSoon()
+    {
+        QFETCH(bool, stalls);
+        QFETCH(bool, pastEnds);
+        _past->stallsOpening = _live->stallsOpening = stalls;
+        _past->isLive = !pastEnds;
+        RecordStreamPtr stream = made();
+        auto blocked = std::async(std::launch::async, [&] {
+            stream->open();
+            return stream->next();
+        });
+        QTRY_VERIFY(opens(*_past) > 0 && opens(*_live) > 0);
+        QCOMPARE(blocked.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+        QElapsedTimer timer;
+        timer.start();
+        stream->close();
+        const bool ended = blocked.wait_for(std::chrono::seconds(5)) == std::future_status::ready;
+        stream.reset();
+        const qint64 elapsed = timer.elapsed();
+        QVERIFY(ended && !blocked.get());
+        QVERIFY2(elapsed < 100, qPrintable(QString::number(elapsed)));
+    }
+
+private:
+    Core::Time at(double seconds) const { return _base + Core::TimeSpan(seconds); }
+
+    QString text(const Core::TimeWindow &window) const
+    {
+        const auto seconds = [&](Core::Time time) {
+            return time.valid() ? QString::number((time - _base).length()) : QString("open");
+        };
+        return seconds(window.startTime()) + ' ' + seconds(window.endTime());
+    }
+
+    void put(FakeSource &source, const QVector<Piece> &pieces) const
+    {
+        source.change([&](FakeSource &changed) {
+            for (const Piece &piece : pieces)
+                changed.records.push_back(fakeRecord(piece.id, at(piece.start), piece.count));
+        });
+    }
+
+    static size_t taken(FakeSource &source)
+    {
+        const std::lock_guard<std::mutex> lock(source.mutex);
+        return source.opened > 0 && !source.records.empty() ? source.taken : 0;
+    }
+
+    static int opens(FakeSource &source)
+    {
+        const std::lock_guard<std::mutex> lock(source.mutex);
+        return source.opened;
+    }
+
+    RecordStreamPtr made(const std::string &options = std::string())
+    {
+        const RecordStreamPtr stream = RecordStream::Create(Url + options);
+        stream->addStream("XX", "*", "*", "BHZ", {at(-9000), Core::Time()});
+        stream->setMessageHandler([this](const IO::StreamMessage &message) {
+            _messages << QString::fromStdString(message.text());
+        });
+        return stream;
+    }
+
+    RecordStreamPtr opened()
+    {
+        const RecordStreamPtr stream = made();
+        return stream->open() ? stream : nullptr;
+    }
+
+    QString describe(const Record &record) const
+    {
+        return QStringLiteral("%1 %2 %3")
+            .arg(record.stationCode().c_str())
+            .arg((record.startTime() - _base).length())
+            .arg(record.sampleCount());
+    }
+
+    QStringList readAll(RecordStream &stream) const
+    {
+        QStringList records;
+        while (const RecordPtr record = stream.next())
+            records << describe(*record);
+        return records;
+    }
+
+    std::shared_ptr<FakeSource> _past;
+    std::shared_ptr<FakeSource> _live;
+    QHash<QString, std::pair<QVector<Piece>, QVector<Piece>>> _rows;
+    Core::Time _base;
+    QStringList _messages;
+};
+
+QTEST_GUILESS_MAIN(TestJoinedStream)
+#include "tst_joinedstream.moc"
