@@ -142,6 +142,10 @@ private slots:
         {
             const IO::RecordStreamScheme gone("archive", makeNothing);
         }
+        QStringList known;
+        for (const std::string &scheme : RecordStream::Schemes())
+            known << QString::fromStdString(scheme);
+        QVERIFY(known.contains("archive") && known.contains("nothing"));
         const std::pair<QString, QString> rows[] = {
             {"file://%1/none", "%1/none: No such file or directory"},
             {"file://%1", "%1: is a directory"},
@@ -151,7 +155,7 @@ private slots:
             {"archive://%1?type=X", "%1: unknown type \"X\" of day files"},
             {"%1/text", "%1/text: neither miniSEED nor SAC"},
             {"%1/uneven", "%1/uneven: SAC file is not evenly spaced"},
-            {"foo://bar", "Unknown record stream scheme \"foo\" (known: archive, file, nothing)"},
+            {"foo://bar", "Unknown record stream scheme \"foo\" (known: " + known.join(", ") + ")"},
             {"nothing://", "No record stream could be made for the scheme \"nothing\""},
         };
         for (const auto &[url, expected] : rows) {

@@ -5,7 +5,6 @@
 #include <tellarix/core/strings.h>
 
 #include <algorithm>
-#include <cstring>
 #include <filesystem>
 
 namespace Tellarix {
@@ -17,20 +16,8 @@ const RecordStreamScheme archiveScheme("archive",
                                        [] { return RecordStreamPtr(new ArchiveStream); });
 
 const std::string TypeOption = "?type=";
-const char *const KnownTypes = "DELTCRO";
 constexpr double SecondsPerDay = 86400;
 constexpr size_t MaxStrangers = 100;
-
-bool isNumber(const std::string &text, size_t digits)
-{
-    return text.size() == digits && text.find_first_not_of("0123456789") == std::string::npos;
-}
-
-/** The day of a file and the one after it, into which its last records may run. */
-Core::TimeWindow coverOf(Core::Time day)
-{
-    return Core::TimeWindow(day, Core::TimeSpan(2 * SecondsPerDay));
-}
 
 } // namespace
 
@@ -44,7 +31,7 @@ bool ArchiveStream::setSource(const std::string &source)
     if (option != std::string::npos) {
         _root = source.substr(0, option);
         _type = source.substr(option + TypeOption.size());
-        if (_type.size() != 1 || !std::strchr(KnownTypes, _type[0]))
+        if (!isDayFileType(_type))
             return fail(_root + ": unknown type \"" + _type + "\" of day files");
     }
     if (_root.empty())
@@ -68,8 +55,8 @@ bool ArchiveStream::open()
             listYear(_root + '/' + name);
     }
     std::sort(_files.begin(), _files.end(), [](const DayFile &a, const DayFile &b) {
-        const int order = a.codes->id().compare(b.codes->id());
-        return order != 0 ? order < 0 : a.day < b.day;
+        const int order = a.name.codes->id().compare(b.name.codes->id());
+        return order != 0 ? order < 0 : a.name.day < b.name.day;
     });
     return true;
 }
@@ -151,7 +138,8 @@ void ArchiveStream::listChannel(const std::string &directory)
 {
     for (const std::string &name : entries(directory, false)) {
         DayFile file;
-        if (!parseFileName(name, file) || !isRequested(*file.codes, coverOf(file.day)))
+        if (!file.name.parse(name) || file.name.type != _type ||
+            !isRequested(*file.name.codes, file.name.cover()))
             continue;
         file.path = directory + '/' + name;
         _files.push_back(file);
@@ -193,20 +181,6 @@ std::vector<std::string> ArchiveStream::entries(const std::string &directory,
     return names;
 }
 
-bool ArchiveStream::parseFileName(const std::string &name, DayFile &file) const
-{
-    const std::vector<std::string> parts = Core::split(name, ".", false);
-    int year = 0;
-    int day = 0;
-    if (parts.size() != 7 || parts[4] != _type || !isNumber(parts[5], 4) ||
-        !isNumber(parts[6], 3) || !Core::fromString(year, parts[5]) ||
-        !Core::fromString(day, parts[6]))
-        return false;
-    file.codes.reset(new StreamCodes(parts[0], parts[1], parts[2], parts[3]));
-    file.day = Core::Time::FromDayOfYear(year, day);
-    return file.day.valid();
-}
-
 bool ArchiveStream::openCurrent()
 {
     const DayFile &file = _files[_current];
@@ -240,7 +214,7 @@ void ArchiveStream::requestOf(const DayFile &file, FileStream &stream) const
 {
     stream.setTimeWindow(requestedWindow());
     for (const Request &request : requests()) {
-        if (matches(request, *file.codes))
+        if (matches(request, *file.name.codes))
             stream.addStream("*", "*", "*", "*", request.window);
     }
 }
@@ -248,7 +222,7 @@ void ArchiveStream::requestOf(const DayFile &file, FileStream &stream) const
 bool ArchiveStream::accepts(const Record &record)
 {
     const bool requested = isRequested(*record.codes(), record.timeWindow());
-    if (record.streamID() == _files[_current].codes->id())
+    if (record.streamID() == _files[_current].name.codes->id())
         return requested;
 
     if (_strangers.size() < MaxStrangers && _strangers.insert(record.streamID()).second) {

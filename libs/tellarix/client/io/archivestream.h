@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <tellarix/client/io/dayfilename.h>
 #include <tellarix/client/io/filestream.h>
 
 #include <atomic>
@@ -42,8 +43,7 @@ public:
 private:
     struct DayFile
     {
-        StreamCodesCPtr codes;
-        Core::Time day;
+        DayFileName name;
         std::string path;
     };
     using Pattern = const std::string Request::*;
@@ -55,7 +55,6 @@ private:
     bool matchesAny(Pattern pattern, const std::string &code) const;
     /** Names in a directory, those of subdirectories or of files; a failure is told. */
     std::vector<std::string> entries(const std::string &directory, bool directories) const;
-    bool parseFileName(const std::string &name, DayFile &file) const;
 
     bool openCurrent();
     void setFile(const Core::SmartPointer<FileStream> &file);

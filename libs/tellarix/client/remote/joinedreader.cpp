@@ -105,10 +105,12 @@ void JoinedReader::read()
         tell({StreamMessage::Severity::Fault, _name, -1, _stream->errorString()});
         return;
     }
-    while (RecordPtr record = _stream->next()) {
-        if (!push(std::move(record)))
-            return;
+    RecordPtr record;
+    while ((record = _stream->next()) && push(std::move(record))) {
     }
+    // A stream lets go in next() of what belongs to its thread.
+    _stream->close();
+    _stream->next();
 }
 
 bool JoinedReader::push(RecordPtr record)
