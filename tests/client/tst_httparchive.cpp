@@ -116,12 +116,12 @@ private slots:
         Manner overload;
         overload.overloads = 2;
         const QStringList again({"broken off, asked for the rest"});
-        row("an hour", "A", 12, 13, 0.5);
-        row("midnight", "A", -0.5, 0.5, 1);
-        row("last minute", "A", 23.98, 24, 0.4);
-        row("day", "A", 0, 24, 1.4);
+        row("an hour", "A", 12, 13, 0.25);
+        row("midnight", "A", -0.5, 0.5, 0.25);
+        row("last minute", "A", 23.98, 24, 0.2);
+        row("day", "A", 0, 24, 1.1);
         row("no ranges", "A", 12, 13, 1.4, whole);
-        row("appended late", "B", 10.2, 10.4, 1.2);
+        row("appended late", "B", 10.2, 10.4, 1.1);
         row("appended late, window behind", "B", 12, 13, 1.2);
         row("disorder in front", "C", 4.2, 4.4, 1.5);
         row("damaged", "D", 13, 13.5, 1.5);

@@ -2,6 +2,7 @@
 
 #include <tellarix/client/application.h>
 
+#include <tellarix/client/remote/cachefolder.h>
 #include <tellarix/core/environment.h>
 #include <tellarix/core/version.h>
 
@@ -140,7 +141,7 @@ bool Application::initConfiguration()
         if (!_configuration.readFile(fileName, &error))
             return failure(error);
     }
-    return checkSchemas();
+    return checkSchemas() && initCache();
 }
 
 bool Application::validateParameters()
@@ -195,6 +196,29 @@ bool Application::checkSchemas()
             !_configuration.conformsTo(schema, &error))
             return failure(error);
     }
+    return true;
+}
+
+/** Hands on where and how long records of remote sources are kept. */
+bool Application::initCache()
+{
+    IO::CacheSettings settings;
+    const std::pair<const char *, double *> numbers[] = {
+        {"cache/size", &settings.mostMB},
+        {"cache/age", &settings.ageDays},
+        {"cache/empty", &settings.emptyHours},
+        {"cache/late", &settings.lateMinutes},
+    };
+    for (const auto &[name, value] : numbers) {
+        const QString key = QString::fromLatin1(name);
+        if (_configuration.contains(key) && (!_configuration.number(key, *value) || !(*value >= 0)))
+            return failure(tr("%1: \"%2\" is no number of 0 or more (%3)")
+                               .arg(key, _configuration.string(key), _configuration.origin(key)));
+    }
+    const QString folder = _configuration.string(QStringLiteral("cache/folder"));
+    if (!folder.isEmpty())
+        settings.folder = folder;
+    IO::CacheSettings::SetDefaults(settings);
     return true;
 }
 

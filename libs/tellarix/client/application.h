@@ -91,6 +91,7 @@ protected:
 private:
     bool parseCommandLine();
     bool checkSchemas();
+    bool initCache();
     bool initPlugins();
     QStringList pluginFolders() const;
     void applyOptions();

@@ -26,7 +26,8 @@ struct TELLARIX_CLIENT_API CacheSettings
     double emptyHours{24};  /**< how long it holds that a source has nothing */
     double lateMinutes{60}; /**< before the present, in which data may still come */
 
-    /** What new streams begin with; any thread may call both. */
+    /** What new streams begin with, which programs read from the keys "cache/folder", "cache/size",
+     *  "cache/age", "cache/empty" and "cache/late"; any thread may call both. */
     static CacheSettings Defaults();
     static void SetDefaults(const CacheSettings &settings);
 };
