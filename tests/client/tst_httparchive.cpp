@@ -15,6 +15,7 @@
 #include <QtTest>
 
 #include <future>
+#include <mutex>
 #include <random>
 
 using namespace Tellarix;
@@ -82,10 +83,11 @@ private slots:
 
     void init()
     {
-        _manner = Manner();
+        setManner(Manner());
         _messages.clear();
         _sent = 0;
         _server = std::make_unique<HttpServer>([this](const HttpAsked &asked) {
+            const std::lock_guard<std::mutex> lock(_mannerMutex);
             const HttpReply reply = answer(asked);
             _sent = _sent + reply.bytes.size();
             return reply;
@@ -143,7 +145,7 @@ private slots:
         const Request request{"XX", station.toStdString(), "", "BHZ", begin, end};
         QStringList expected = read(local(), {request});
         _messages.clear();
-        _manner = _manners[QTest::currentDataTag()];
+        setManner(_manners[QTest::currentDataTag()]);
         QStringList records = read(remote("?files=1"), {request});
         // The order of disordered files is another.
         std::sort(records.begin(), records.end());
@@ -167,7 +169,9 @@ private slots:
     void listsFolders()
     {
         QFETCH(QByteArray, lists);
-        _manner.lists = lists;
+        Manner manner;
+        manner.lists = lists;
+        setManner(manner);
         const std::vector<std::vector<Request>> rows = {
             {{"XX", "A", "*", "BH?", 3, 4}},
             {{"*", "*", "*", "*", 3.5, 3.6}},
@@ -232,7 +236,9 @@ private slots:
                      std::string::npos,
                  stream->errorString().c_str());
 
-        _manner.isPage = true;
+        Manner manner;
+        manner.isPage = true;
+        setManner(manner);
         QCOMPARE(read(remote(), {byName}), QStringList());
         QCOMPARE(_messages.size(), 3);
         QVERIFY2(_messages[0].endsWith("a page in its place: Sorry: maintenance"),
@@ -257,7 +263,9 @@ private slots:
     void closesSoon()
     {
         QFETCH(QString, station);
-        _manner.isStalled = true;
+        Manner manner;
+        manner.isStalled = true;
+        setManner(manner);
         RecordStreamPtr stream =
             made(remote(), {{"XX", station.toStdString(), "", "BHZ", -20, 20}});
         auto blocked = std::async(std::launch::async,
@@ -294,6 +302,12 @@ private:
         QFile file(path);
         QVERIFY(file.open(QIODevice::WriteOnly));
         QCOMPARE(file.write(bytes), qint64(bytes.size()));
+    }
+
+    void setManner(const Manner &manner)
+    {
+        const std::lock_guard<std::mutex> lock(_mannerMutex);
+        _manner = manner;
     }
 
     HttpReply answer(const HttpAsked &asked)
@@ -428,7 +442,8 @@ private:
     QTemporaryDir _folder;
     QMap<QString, QByteArray> _files;
     QHash<QString, Manner> _manners;
-    Manner _manner;
+    std::mutex _mannerMutex;
+    Manner _manner; /**< the server asks for it in its thread */
     std::atomic<double> _sent{0};
     QStringList _messages;
     std::unique_ptr<HttpServer> _server;
