@@ -450,8 +450,8 @@ QRectF Ruler::tickRect(double pixel, int length) const
     const double ratio = devicePixelRatioF();
     const double breadth = std::max(1.0, std::floor(ratio)) / ratio;
     const double last = rulerLength() - breadth;
-    const double along = isVertical() ? std::round(pixel * last / rulerLength() * ratio) / ratio
-                                      : std::min(std::floor(pixel * ratio + 1E-6) / ratio, last);
+    const double along = endsOnPixels() ? std::round(pixel * last / rulerLength() * ratio) / ratio
+                                        : std::min(std::floor(pixel * ratio + 1E-6) / ratio, last);
     switch (_position) {
     case Bottom:
         return {along, 0, breadth, static_cast<double>(length)};

@@ -139,6 +139,9 @@ protected:
     virtual bool getTickText(double value, double nextValue, int line, QString &text) const;
     /** Chooses tick distances for ticks that stand at least @p minimumPixels apart. */
     virtual void chooseSpacing(double minimumPixels, double &major, double &minor) const;
+    /** Whether the ends of the range stand in the first and last pixel, rather than each value at
+     * the start of its pixel. */
+    virtual bool endsOnPixels() const { return isVertical(); }
     /** Number of lines of text. */
     virtual int lineCount() const { return 1; }
     /** Room that the text of a labelled tick needs along the ruler, in pixels, if ticks stand

@@ -371,11 +371,16 @@ QVector<RulerLabel> TimeScale::labels(int line) const
         return result;
     }
 
-    const QVector<double> ticks = tickValues(lower(), upper(), majorSpacing(), offset());
+    const double first = std::min(lower(), upper());
+    const double last = std::max(lower(), upper());
+    const QVector<double> ticks = tickValues(first, last, majorSpacing(), offset());
     if (result.isEmpty() && !ticks.isEmpty()) {
         // Below the lowest tick itself there is seldom room.
+        const bool isLowest = ticks.size() == 1 || upper() < lower();
+        const double tick = ticks[isLowest ? 0 : 1];
         label.extent = QFontMetricsF(font()).height();
-        label.position = valueToPixel(ticks[ticks.size() > 1 ? 1 : 0]) + label.extent;
+        label.text = dateText(timeAt(tick).fields());
+        label.position = valueToPixel(tick) + label.extent;
         result.append(label);
     }
     return result;

@@ -44,6 +44,7 @@ public slots:
 protected:
     bool getTickText(double value, double nextValue, int line, QString &text) const override;
     void chooseSpacing(double minimumPixels, double &major, double &minor) const override;
+    bool endsOnPixels() const override { return false; }
     int lineCount() const override;
     double labelExtent(double major) const override;
     /** A time offset that puts ticks at round UTC times: multiples of the day's parts, or of days
