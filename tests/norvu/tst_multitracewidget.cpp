@@ -508,6 +508,86 @@ private slots:
         QVERIFY(Ink::rectOfColor(picture, Qt::cyan).isNull());
     }
 
+    void scaleBesideRulesTimeThatRunsDown()
+    {
+        OwnScheme scheme;
+        scheme.records().gridMajor = QPen(Qt::yellow, 1);
+        scheme.records().gridMinor = QPen(Qt::transparent, 1);
+        Overview overview;
+        // A row that begins at 5 s with a marker there.
+        Trace *row = overview.addRow("A", nullptr, Qt::red);
+        feed(row, 0, record(5, Length, constant));
+        auto *marker = new RecordMarker(timeAt(5));
+        marker->setColor(Qt::magenta);
+        row->recordWidget()->addMarker(marker);
+        overview.addRow("B", constant);
+        Tellarix::Gui::TimeScale scale(overview.widget, Qt::WindowFlags(),
+                                       Tellarix::Gui::Ruler::Left);
+        scale.setAutoScaleEnabled(true);
+        scale.setRange(Length, 0);
+        overview.widget->setContentsMargins(50, 0, 0, 30);
+        overview.widget->setTurnedTimeScale(&scale);
+        overview.widget->setOrientation(Qt::Horizontal);
+        overview.repaint();
+        const QRect area = overview.widget->drawingArea();
+        scale.setGeometry(0, area.top(), 50, area.height());
+        scale.show();
+        const QImage picture = overview.repaint();
+        const QImage ticks = Ink::picture(scale);
+
+        // Every line stands at a tick, and there are some.
+        int lines = 0;
+        for (int y = 0; y < area.height(); ++y) {
+            if (picture.pixelColor(area.right() - 2, area.top() + y) != QColor(Qt::yellow))
+                continue;
+            ++lines;
+            QVERIFY(ticks.pixelColor(scale.width() - 3, y).lightness() < 128);
+        }
+        QVERIFY(lines >= 3);
+        const int five = static_cast<int>(overview.widget->pixelOf(5));
+        QVERIFY(qAbs(five - area.center().y()) <= 1);
+        QVERIFY(qAbs(Ink::rectOfColor(picture, Qt::red).top() - five) <= 1);
+        const QRect line = Ink::rectOfColor(picture, Qt::magenta);
+        QVERIFY(line.height() == 1 && line.width() > area.width() / 3 &&
+                line.right() <= area.center().x() + 1);
+        QVERIFY(line.top() == five && area.left() == 50 &&
+                area.bottom() == overview.widget->height() - 31);
+    }
+
+    void placesRowsWhereTheHostWantsThem()
+    {
+        Overview overview;
+        const QStringList labels{"0.25", "none", "0.75"};
+        for (const QString &label : labels)
+            overview.addRow(
+                label, [](double seconds) { return seconds < 1 ? 30 : 10; }, Qt::red);
+        overview.widget->setPlacement([](const Trace &row) {
+            bool isNumber = false;
+            const double share = row.label().toDouble(&isNumber);
+            return isNumber ? std::optional<double>(share) : std::nullopt;
+        });
+        const QImage picture = overview.repaint();
+        const QRect area = overview.area();
+        // The mean stands at the place: the long lower part of the trace is just below.
+        const QRect late(overview.pixelOf(5), 0, 10, picture.height());
+        const QRect ink =
+            Ink::rectOf(picture, late, [](QRgb pixel) { return pixel == QColor(Qt::red).rgb(); });
+        const int height = overview.info(0).height;
+        QVERIFY(ink.top() > area.top() + area.height() / 4 &&
+                ink.top() < area.top() + area.height() / 4 + height / 6);
+        QVERIFY(qAbs(ink.height() - area.height() / 2) <= 2);
+        QVERIFY(overview.widget->rowRect(overview.view.itemAt(1)).isEmpty());
+        overview.click(5, area.top() + area.height() * 3 / 4);
+        QCOMPARE(overview.selected(), QStringList("0.75"));
+        QVERIFY(overview.widget->sampleValueAt(overview.view.itemAt(2), QPoint(0, ink.bottom())) -
+                    10 <
+                2);
+        // Without places rows are divided as ever.
+        overview.widget->setPlacement({});
+        overview.repaint();
+        QCOMPARE(overview.info(1).pos, area.height() / 3);
+    }
+
     void showsRecordsThatArrive()
     {
         Overview overview;

@@ -29,12 +29,8 @@ constexpr float AmpScaleStep = 0.5f;
 constexpr double OverlapStep = 0.1;
 // Records that arrive mark their row dirty, but nobody tells of them.
 constexpr int RefreshInterval = 250;
-
-/** Rows that the host has hidden take no room here either. */
-bool isDrawn(const Trace &row)
-{
-    return !row.isTakenOut() && row.recordWidget()->displayedRecords(0) != nullptr;
-}
+// Placed rows are as high, in lines of text, unless the area is lower.
+constexpr int PlacedLines = 2;
 
 } // namespace
 
@@ -156,8 +152,29 @@ void MultiTraceWidget::setOrientation(Qt::Orientation orientation)
 
 void MultiTraceWidget::updateMinimumSize()
 {
-    const int rows = countSignificantItems() * fontMetrics().ascent();
+    // Placed rows may cover each other.
+    const int rows = _placement ? 0 : countSignificantItems() * fontMetrics().ascent();
     setMinimumSize(_horizontal ? rows : 0, _horizontal ? 0 : rows);
+}
+
+void MultiTraceWidget::setPlacement(Placement placement)
+{
+    _placement = std::move(placement);
+    updateMinimumSize();
+    updateDisplay();
+}
+
+void MultiTraceWidget::setTurnedTimeScale(Tellarix::Gui::TimeScale *scale)
+{
+    if (scale == _turnedScale)
+        return;
+
+    if (_turnedScale)
+        disconnect(_turnedScale, nullptr, this, nullptr);
+    _turnedScale = scale;
+    if (scale)
+        connect(scale, SIGNAL(changedInterval(double, double, double)), this, SLOT(update()));
+    updateDisplay();
 }
 
 void MultiTraceWidget::setWigglesShown(bool show)
@@ -180,6 +197,7 @@ void MultiTraceWidget::setDirty()
 {
     setRowsDirty();
     _dirty = true;
+    _labelWidth = -1;
 }
 
 void MultiTraceWidget::setRowsDirty()
@@ -213,6 +231,13 @@ bool MultiTraceWidget::isLayoutOutdated() const
     return false;
 }
 
+/** Rows that the host has hidden, or has no place for, take no room here either. */
+bool MultiTraceWidget::isDrawn(const Trace &row) const
+{
+    return !row.isTakenOut() && row.recordWidget()->displayedRecords(0) != nullptr &&
+           (!_placement || _placement(row));
+}
+
 int MultiTraceWidget::countSignificantItems() const
 {
     // Displayed records: filtered ones alone would hide rows that are still being filtered, and all
@@ -226,10 +251,12 @@ int MultiTraceWidget::countSignificantItems() const
     return count;
 }
 
-void MultiTraceWidget::updateLayout(int size)
+void MultiTraceWidget::updateLayout(int size) const
 {
     const double share = 1.0 - _overlap;
-    const double rowSize = size / ((countSignificantItems() - 1) * share + 1);
+    double rowSize = size / ((countSignificantItems() - 1) * share + 1);
+    if (_placement)
+        rowSize = std::max<double>(rowSize, std::min(size, PlacedLines * fontMetrics().height()));
     double offset = 0;
     for (int i = 0; i < _view->count(); ++i) {
         const RecordWidget *widget = _view->itemAt(i)->recordWidget();
@@ -242,7 +269,10 @@ void MultiTraceWidget::updateLayout(int size)
         // The polyline holds for one height only.
         info->dirty |= height != info->height;
         info->height = height;
-        if (isShown) {
+        if (isShown && _placement) {
+            info->pos =
+                static_cast<int>(std::lround(*_placement(*_view->itemAt(i)) * size)) - height / 2;
+        } else if (isShown) {
             info->pos = static_cast<int>(offset);
             offset += share * rowSize;
         }
@@ -250,14 +280,94 @@ void MultiTraceWidget::updateLayout(int size)
     _dirty = false;
 }
 
+int MultiTraceWidget::labelWidth() const
+{
+    if (_labelWidth >= 0)
+        return _labelWidth;
+
+    QFont labelFont = font();
+    labelFont.setWeight(QFont::Bold);
+    const QFontMetrics metrics(labelFont);
+    _labelWidth = 0;
+    for (int i = 0; i < _view->count(); ++i) {
+        if (isDrawn(*_view->itemAt(i)))
+            _labelWidth =
+                std::max(_labelWidth, metrics.horizontalAdvance(_view->itemAt(i)->label()));
+    }
+    return _labelWidth;
+}
+
+/** Room of labels before the traces. */
+int MultiTraceWidget::labelSpacing() const
+{
+    return hasTurnedScale() ? labelWidth() + Trace::Padding() : _view->rulerSpacing();
+}
+
 QRect MultiTraceWidget::drawingArea() const
 {
-    const int start = _view->rulerSpacing() + Trace::Padding();
-    const int end = _view->extraSpacing();
-    if (_horizontal)
-        return QRect(QPoint(0, start), QPoint(width() - 1, height() - 1 - end));
-    return QRect(QPoint(start, Trace::Padding()),
-                 QPoint(width() - 1 - end - Trace::Padding(), height() - 1));
+    const int start = labelSpacing() + Trace::Padding();
+    const int end = hasTurnedScale() ? 0 : _view->extraSpacing();
+    const QRect room = contentsRect();
+    return _horizontal ? room.adjusted(0, start, 0, -end)
+                       : room.adjusted(start, Trace::Padding(), -end - Trace::Padding(), 0);
+}
+
+/** Pixels of a second. */
+double MultiTraceWidget::timeScalePixels() const
+{
+    const Tellarix::Gui::TimeScale &scale = *_view->timeScale();
+    if (!_horizontal)
+        return scale.scale();
+    const int height = drawingArea().height() - (_turnedScale ? 0 : _view->rulerSpacing());
+    return height / (scale.upper() - scale.lower());
+}
+
+double MultiTraceWidget::secondsAt(const QPoint &point) const
+{
+    const QPoint inArea = point - drawingArea().topLeft();
+    return _view->timeScale()->lower() +
+           (_horizontal ? inArea.y() : inArea.x()) / timeScalePixels();
+}
+
+double MultiTraceWidget::pixelOf(double seconds) const
+{
+    const QPoint start = drawingArea().topLeft();
+    return (_horizontal ? start.y() : start.x()) +
+           (seconds - _view->timeScale()->lower()) * timeScalePixels();
+}
+
+QRect MultiTraceWidget::rowRect(const Trace *row) const
+{
+    const QRect area = drawingArea();
+    if (_dirty)
+        updateLayout(_horizontal ? area.width() : area.height());
+    const RecordWidget::TraceInfo *info = drawnInfo(row->recordWidget());
+    if (!info || info->height <= 0 || !isDrawn(*row))
+        return {};
+    return _horizontal ? QRect(area.left() + info->pos, area.top(), info->height, area.height())
+                       : QRect(area.left(), area.top() + info->pos, area.width(), info->height);
+}
+
+Trace *MultiTraceWidget::rowAt(const QPoint &point) const
+{
+    if (Trace *nearest = traceAt(point))
+        return nearest;
+    for (int i = 0; i < _view->count(); ++i) {
+        if (rowRect(_view->itemAt(i)).contains(point))
+            return _view->itemAt(i);
+    }
+    return nullptr;
+}
+
+double MultiTraceWidget::sampleValueAt(const Trace *row, const QPoint &point) const
+{
+    const QRect rect = rowRect(row);
+    if (rect.isEmpty())
+        return 0;
+    const RecordWidget::TraceInfo &info = *drawnInfo(row->recordWidget());
+    const int depth = _horizontal ? rect.right() - point.x() : point.y() - rect.top();
+    return info.fyMax - depth * (info.fyMax - info.fyMin) / std::max(1, info.height - 1) +
+           info.yOffset;
 }
 
 void MultiTraceWidget::mousePressEvent(QMouseEvent *event)
@@ -290,6 +400,13 @@ void MultiTraceWidget::mouseMoveEvent(QMouseEvent *event)
 
 void MultiTraceWidget::selectAtPoint(const QPoint &point)
 {
+    if (Trace *nearest = traceAt(point))
+        _view->select(nearest);
+}
+
+/** The row whose trace is nearest to a point of the widget, null if none is there. */
+Trace *MultiTraceWidget::traceAt(const QPoint &point) const
+{
     const QPoint inArea = point - drawingArea().topLeft();
     const int stack = _horizontal ? inArea.x() : inArea.y();
     const int time = _horizontal ? inArea.y() : inArea.x();
@@ -300,7 +417,7 @@ void MultiTraceWidget::selectAtPoint(const QPoint &point)
         Trace *row = _view->itemAt(i);
         // What was drawn is kept for raw data too.
         const RecordWidget::TraceInfo *info = row->recordWidget()->traceInfo(0, false);
-        if (!info || row->isTakenOut())
+        if (!info || row->isTakenOut() || (_placement && !_placement(*row)))
             continue;
         // Magnified traces leave their rows, so that all of them compete.
         if (_ampScale <= 1.0f && (stack < info->pos || stack > info->pos + info->height))
@@ -316,8 +433,7 @@ void MultiTraceWidget::selectAtPoint(const QPoint &point)
             smallest = distance;
         }
     }
-    if (nearest)
-        _view->select(nearest);
+    return nearest;
 }
 
 void MultiTraceWidget::resizeEvent(QResizeEvent *)

@@ -10,7 +10,6 @@
 
 #include <tellarix/qt/records/recordmarker.h>
 #include <tellarix/qt/records/recordwidget.h>
-#include <tellarix/qt/records/timescale.h>
 #include <tellarix/qt/scheme.h>
 
 #include <QFontInfo>
@@ -66,13 +65,13 @@ void MultiTraceWidget::paintEvent(QPaintEvent *)
     const QRect area = drawingArea();
     painter.translate(area.topLeft());
     drawGrid(painter, area.width(), area.height());
-    drawRecords(painter, area.width(), area.height(), _view->rulerSpacing());
+    drawRecords(painter, area.width(), area.height(), labelSpacing());
     painter.translate(-area.topLeft());
 }
 
 void MultiTraceWidget::drawGrid(QPainter &painter, int width, int height)
 {
-    const TimeScale &scale = *_view->_timeScale;
+    const TimeScale &scale = hasTurnedScale() ? *_turnedScale : *_view->_timeScale;
     if (!(scale.majorSpacing() > 0) || !(scale.scale() > 0) || std::isnan(scale.lower()))
         return;
 
@@ -86,23 +85,26 @@ void MultiTraceWidget::drawGrid(QPainter &painter, int width, int height)
     }
 }
 
-/** Lines at the ticks of one spacing. */
+/** Lines at the ticks of one spacing, by the scale that is beside or below. */
 QVector<QLine> MultiTraceWidget::gridLines(double spacing, int width, int height) const
 {
-    const TimeScale &scale = *_view->_timeScale;
+    const TimeScale &scale = hasTurnedScale() ? *_turnedScale : *_view->_timeScale;
     const int extent = _horizontal ? height : width;
     if (!(spacing * scale.scale() * MostGridLines >= std::max(1, extent)))
         return {};
 
     const double epsilon = 0.01 * spacing;
-    double origin = scale.offset() + scale.lower();
+    // A scale that runs down begins with its upper end.
+    double origin = scale.offset() + std::min(scale.lower(), scale.upper());
     const double multiple = std::floor((origin + epsilon) / spacing) * spacing;
     if (std::abs(multiple) >= epsilon)
         origin -= multiple;
 
     QVector<QLine> result;
     double value = 0;
-    const auto pixel = [&] { return static_cast<int>((value - origin) * scale.scale()); };
+    // A line that is a pixel before its tick for rounding alone would show beside the scale.
+    const double slack = hasTurnedScale() ? 1E-6 : 0;
+    const auto pixel = [&] { return static_cast<int>((value - origin) * scale.scale() + slack); };
     for (int p = pixel(); p < extent; value += spacing, p = pixel()) {
         if (p >= 0)
             result.append(_horizontal ? QLine(0, p, width - 1, p) : QLine(p, 0, p, height - 1));
@@ -110,28 +112,27 @@ QVector<QLine> MultiTraceWidget::gridLines(double spacing, int width, int height
     return result;
 }
 
-MultiTraceWidget::Display MultiTraceWidget::display(int height, int rulerSpacing) const
+MultiTraceWidget::Display MultiTraceWidget::display() const
 {
     const TimeScale &scale = *_view->_timeScale;
     const Scheme::Records &scheme = Scheme::Current().records;
-    const double turnedScale = (height - rulerSpacing) / (scale.upper() - scale.lower());
     return {scale.lower(),
             scale.upper(),
-            static_cast<float>(_horizontal ? turnedScale : scale.scale()),
+            static_cast<float>(timeScalePixels()),
             _view->_normMode.testFlag(TraceView::WindowNormalization),
             _view->_normMode.testFlag(TraceView::AllTracesNormalization),
             scheme.antiAliasing,
             scheme.optimize};
 }
 
-void MultiTraceWidget::drawRecords(QPainter &painter, int width, int height, int rulerSpacing)
+void MultiTraceWidget::drawRecords(QPainter &painter, int width, int height, int labelSpacing)
 {
     if (_view->count() == 0)
         return;
     if (isLayoutOutdated())
         updateLayout(_horizontal ? width : height);
 
-    const Display shown = display(height, rulerSpacing);
+    const Display shown = display();
     const QPen labelPen(palette().color(QPalette::Text));
     const QFont baseFont = painter.font();
     QFont labelFont = baseFont;
@@ -143,9 +144,10 @@ void MultiTraceWidget::drawRecords(QPainter &painter, int width, int height, int
     painter.setClipRect(0, 0, width, height, Qt::IntersectClip);
 
     const QTransform origin = painter.worldTransform();
+    const QVector<const Trace *> labelled = labelledRows();
     const QRect strip =
-        _horizontal ? QRect(QPoint(0, 0), QPoint(rulerSpacing - 1, 0))
-                    : QRect(QPoint(Trace::Padding() - rulerSpacing, 0), QPoint(width - 1, 0));
+        _horizontal ? QRect(QPoint(0, 0), QPoint(labelSpacing - 1, 0))
+                    : QRect(QPoint(Trace::Padding() - labelSpacing, 0), QPoint(width - 1, 0));
     for (int i = 0; i < _view->count(); ++i) {
         Trace *row = _view->itemAt(i);
         RecordWidget *widget = row->recordWidget();
@@ -162,7 +164,8 @@ void MultiTraceWidget::drawRecords(QPainter &painter, int width, int height, int
         if (!row->isSelected())
             painter.setPen(labelPen);
         painter.setClipping(false);
-        drawLabel(painter, row, strip);
+        if (!_placement || labelled.contains(row))
+            drawLabel(painter, row, strip);
         painter.setClipping(true);
         painter.setWorldTransform(origin);
     }
@@ -212,12 +215,19 @@ void MultiTraceWidget::buildPolyline(const RecordWidget *widget,
     }
     info.yMin = lowest - info.yOffset;
     info.yMax = highest - info.yOffset;
+    if (_placement) {
+        // The zero line stands at the row's place.
+        info.yOffset = info.offset;
+        info.yMax = shown.commonRange ? (highest - lowest) / 2 : info.absMax;
+        info.yMin = -info.yMax;
+    }
     info.fyMin = info.yMin / _ampScale;
     info.fyMax = info.yMax / _ampScale;
 
     // On purpose without the offset taken off: it moves the line of the lobes away from the mean.
-    const double baseline = info.height - std::trunc((info.yOffset - info.fyMin) * info.height /
-                                                     (info.fyMax - info.fyMin));
+    const double zero = _placement ? 0 : info.yOffset;
+    const double baseline =
+        info.height - std::trunc((zero - info.fyMin) * info.height / (info.fyMax - info.fyMin));
     const auto build = [&](auto *polyline) {
         polyline->create(&sequence, window.startTime(), window.endTime(), shown.pixelsPerSecond,
                          info.fyMin, info.fyMax, info.yOffset, info.height, nullptr, nullptr,
@@ -254,6 +264,32 @@ void MultiTraceWidget::drawRow(QPainter &painter, const Trace *row) const
     }
 }
 
+/** Placed rows whose labels find room, selected ones first. */
+QVector<const Trace *> MultiTraceWidget::labelledRows() const
+{
+    QVector<const Trace *> rows;
+    if (!_placement)
+        return rows;
+
+    QVector<int> centres;
+    for (const bool selected : {true, false}) {
+        for (const Trace *row : _view->items()) {
+            const QRect rect = rowRect(row);
+            if (rect.isEmpty() || row->isSelected() != selected)
+                continue;
+            const int centre = _horizontal ? rect.center().x() : rect.center().y();
+            const bool hasRoom = std::none_of(centres.begin(), centres.end(), [&](int other) {
+                return std::abs(other - centre) < fontMetrics().height();
+            });
+            if (!hasRoom)
+                continue;
+            centres.append(centre);
+            rows.append(row);
+        }
+    }
+    return rows;
+}
+
 void MultiTraceWidget::drawLabel(QPainter &painter, const Trace *row, const QRect &strip) const
 {
     const int height = drawnInfo(row->recordWidget())->height;
@@ -283,13 +319,29 @@ void MultiTraceWidget::drawMarkers(QPainter &painter, const QFont &baseFont) con
             textFont.setPixelSize(textSize);
             painter.setFont(textFont);
         }
-        painter.translate(0, info->pos);
+        painter.save();
+        if (hasTurnedScale()) {
+            painter.translate(info->pos + info->height - 1, 0);
+            painter.rotate(90);
+        } else {
+            painter.translate(0, info->pos);
+        }
         for (int k = 0; k < widget->markerCount(); ++k) {
             if (!widget->marker(k)->isHidden())
                 drawMarker(painter, widget, widget->marker(k), info->height, textSize);
         }
-        painter.translate(0, -info->pos);
+        painter.restore();
     }
+}
+
+/** Markers have gone by the rows' own scale ever since, unless there is one for time running down.
+ */
+int MultiTraceWidget::markerPixel(const RecordWidget *widget, const Time &time) const
+{
+    if (!hasTurnedScale())
+        return widget->mapCanvasTime(time);
+    const double pixel = pixelOf((time - widget->alignment()).length()) - drawingArea().top();
+    return static_cast<int>(std::clamp(pixel, -FarthestLine, FarthestLine));
 }
 
 void MultiTraceWidget::drawMarker(QPainter &painter, RecordWidget *widget, RecordMarker *marker,
@@ -317,7 +369,7 @@ void MultiTraceWidget::drawMarker(QPainter &painter, RecordWidget *widget, Recor
     if (marker->isMoveCopyEnabled()) {
         QColor faint = color;
         faint.setAlpha(MoveCopyAlpha);
-        const int x = widget->mapCanvasTime(marker->time());
+        const int x = markerPixel(widget, marker->time());
         painter.setPen(QPen(faint, lineWidth));
         painter.drawLine(x, top, x, bottom);
         drawText(x);
@@ -327,7 +379,7 @@ void MultiTraceWidget::drawMarker(QPainter &painter, RecordWidget *widget, Recor
         top = 0;
         bottom = height;
     }
-    const int x = widget->mapCanvasTime(marker->correctedTime());
+    const int x = markerPixel(widget, marker->correctedTime());
     painter.setPen(color);
     drawText(x);
     marker->draw(painter, widget, x, top, bottom, color, lineWidth);
