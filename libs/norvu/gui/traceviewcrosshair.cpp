@@ -107,6 +107,9 @@ void TraceView::paintCrosshair()
     // Multiplied into a dark background a line would vanish; screening is the same for light.
     const bool isDark = palette().color(QPalette::Base).lightness() < 128;
 
+    if (isDark)
+        color = color.lighter(160);
+
     QPainter painter(_crosshairOverlay);
     painter.setPen(color);
     painter.setCompositionMode(isDark ? QPainter::CompositionMode_Screen
