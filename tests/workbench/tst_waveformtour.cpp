@@ -495,20 +495,6 @@ void TestWaveformTour::tellsWhatIsUnderThePointer()
     window.view->setVisibleTimeWindow(WaveformTesting::window(0, 40000));
     QCOMPARE(textAt(*row, row->canvasRect().right(), y).indexOf("sample"), -1);
     QVERIFY(!textAt(*row, row->canvasRect().right(), y).section("  ", 0, 0).contains('.'));
-
-    window.view->setVisibleTimeWindow(WaveformTesting::window(0, 10));
-    QTest::keyClick(window.view, Qt::Key_O);
-    auto *overview = window.window.findChild<Norvu::Gui::MultiTraceWidget *>();
-    QTRY_VERIFY(overview->isVisible() && overview->width() > 300);
-    overview->grab();
-    const Gui::TimeScale *scale = window.view->timeScale();
-    const int inScale =
-        static_cast<int>(scale->valueToPixel(scale->valueOf(Start + Core::TimeSpan(3))));
-    const QPoint point = overview->mapFromGlobal(scale->mapToGlobal(QPoint(inScale, 0)));
-    const QString inOverview = textAt(*overview, point.x(), overview->height() / 2);
-    QVERIFY2(inOverview.startsWith("XX.AAA..HHZ  2024-01-05 10:11:1") &&
-                 inOverview.endsWith("sample -700 counts"),
-             qPrintable(inOverview));
 }
 
 void TestWaveformTour::rowsAreSorted_data()

@@ -4,6 +4,7 @@
 
 #include "measuringoverlay.h"
 
+#include <norvu/gui/multitracewidget.h>
 #include <norvu/gui/trace.h>
 #include <norvu/gui/traceview.h>
 #include <tellarix/qt/records/recordwidget.h>
@@ -14,11 +15,13 @@
 #include <QMouseEvent>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QTimer>
 
 #include <algorithm>
 #include <cmath>
 
 using namespace Tellarix;
+using Norvu::Gui::MultiTraceWidget;
 using Norvu::Gui::Trace;
 using Norvu::Gui::TraceView;
 using Tellarix::Gui::RecordWidget;
@@ -26,6 +29,9 @@ using Tellarix::Gui::RecordWidget;
 namespace Workbench {
 
 namespace {
+
+// Farther away a line is nowhere near the picture.
+constexpr double FarthestPixel = 1 << 20;
 
 QString durationText(double seconds)
 {
@@ -47,11 +53,11 @@ double shownScale(const RecordWidget &widget, int slot)
     return scale ? *scale : 1.0;
 }
 
-double secondsAt(const RecordWidget &widget, int x)
+/** The point of a rectangle that is nearest to a point. */
+QPoint pointInside(const QRect &rect, const QPoint &point)
 {
-    const QRect canvas = widget.canvasRect();
-    const int inside = std::max(canvas.left(), std::min(x, canvas.right()));
-    return (widget.unmapTime(inside) - widget.alignment()).length();
+    return {std::max(rect.left(), std::min(point.x(), rect.right())),
+            std::max(rect.top(), std::min(point.y(), rect.bottom()))};
 }
 
 QRect mappedRect(const QWidget *widget, const QRect &rect, const QWidget *target)
@@ -105,6 +111,8 @@ MeasuringTool::MeasuringTool(TraceView *view)
     connect(view, SIGNAL(displayChanged(double, double, double)), this, SLOT(updateMarks()));
     connect(view, SIGNAL(alignmentChanged(Tellarix::Core::Time)), this, SLOT(updateMarks()));
     connect(_scrollArea->verticalScrollBar(), SIGNAL(valueChanged(int)), this, SLOT(updateMarks()));
+    connect(_scrollArea->horizontalScrollBar(), SIGNAL(valueChanged(int)), this,
+            SLOT(updateMarks()));
 }
 
 MeasuringTool::~MeasuringTool() = default;
@@ -137,6 +145,31 @@ void MeasuringTool::turn(bool on)
     _overlay->raise();
 }
 
+void MeasuringTool::followContents()
+{
+    _isDragging = false;
+    if (isOn()) {
+        ignoreRows();
+        watchRows();
+    }
+    if (_row)
+        _pointer = overview() ? overview()->rowRect(_row).center()
+                              : _row->recordWidget()->canvasRect().center();
+    _overlay->raise();
+    updateMarks();
+}
+
+/** The overview while it stands in the place of the rows, else null. */
+MultiTraceWidget *MeasuringTool::overview() const
+{
+    return qobject_cast<MultiTraceWidget *>(_scrollArea->widget());
+}
+
+bool MeasuringTool::isTurned() const
+{
+    return overview() && overview()->orientation() == Qt::Horizontal;
+}
+
 void MeasuringTool::watchRows()
 {
     // The contents tell of rows that come later.
@@ -157,19 +190,22 @@ void MeasuringTool::ignoreRows()
 
 bool MeasuringTool::eventFilter(QObject *watched, QEvent *event)
 {
+    auto *widget = qobject_cast<QWidget *>(watched);
     if (watched == _contents) {
         if (event->type() == QEvent::ChildPolished)
             watchRows();
         else if (event->type() == QEvent::Resize || event->type() == QEvent::LayoutRequest)
             updateMarks();
-        return false;
+        if (!overview())
+            return false;
+        // The overview itself hears of its size only behind its filters.
+        if (event->type() == QEvent::Resize)
+            QTimer::singleShot(0, this, SLOT(updateMarks()));
     }
 
     if (watched == _overlay && event->type() == QEvent::Resize)
         updateMarks();
-
-    auto *widget = qobject_cast<RecordWidget *>(watched);
-    if (!widget)
+    if (!widget || watched == _overlay)
         return false;
     switch (event->type()) {
     case QEvent::MouseButtonPress:
@@ -200,19 +236,39 @@ bool MeasuringTool::release(QMouseEvent *event)
     return wasDragging;
 }
 
-bool MeasuringTool::press(RecordWidget *widget, const QMouseEvent *event)
+bool MeasuringTool::press(const QWidget *widget, const QMouseEvent *event)
 {
-    if (event->button() != Qt::LeftButton || !widget->canvasRect().contains(event->pos()))
+    const auto *traces = qobject_cast<const RecordWidget *>(widget);
+    const QRect canvas = traces ? traces->canvasRect() : overview()->drawingArea();
+    if (event->button() != Qt::LeftButton || !canvas.contains(event->pos()))
         return _isDragging;
 
     _isDragging = true;
-    _anchor = secondsAt(*widget, event->x());
+    _anchor = secondsAt(rowAt(event->globalPos()), event->globalPos());
     setMeasured(nullptr);
     return true;
 }
 
+/** Seconds relative to a row's alignment, at the nearest point where traces are. */
+double MeasuringTool::secondsAt(const Trace *row, const QPoint &globalPosition) const
+{
+    if (const MultiTraceWidget *widget = overview())
+        return widget->secondsAt(
+            pointInside(widget->drawingArea(), widget->mapFromGlobal(globalPosition)));
+    if (!row)
+        return 0;
+    const RecordWidget *widget = row->recordWidget();
+    const QPoint inside = pointInside(widget->canvasRect(), widget->mapFromGlobal(globalPosition));
+    return (widget->unmapTime(inside.x()) - widget->alignment()).length();
+}
+
 Trace *MeasuringTool::rowAt(const QPoint &globalPosition) const
 {
+    if (const MultiTraceWidget *widget = overview()) {
+        Trace *row = widget->rowAt(
+            pointInside(widget->drawingArea(), widget->mapFromGlobal(globalPosition)));
+        return row ? row : _row;
+    }
     const QList<Trace *> rows = _view->items();
     const auto row = std::find_if(rows.begin(), rows.end(), [&](const Trace *candidate) {
         const int y = candidate->mapFromGlobal(globalPosition).y();
@@ -227,9 +283,9 @@ void MeasuringTool::dragTo(const QPoint &globalPosition)
     if (!row)
         return;
 
-    const QPoint position = row->recordWidget()->mapFromGlobal(globalPosition);
-    _end = secondsAt(*row->recordWidget(), position.x());
-    _pointerY = position.y();
+    _end = secondsAt(row, globalPosition);
+    _pointer = overview() ? overview()->mapFromGlobal(globalPosition)
+                          : row->recordWidget()->mapFromGlobal(globalPosition);
     setMeasured(row);
 }
 
@@ -265,10 +321,13 @@ void MeasuringTool::forgetRow()
 
 int MeasuringTool::measuredSlot() const
 {
+    // The overview shows the first slot alone.
+    if (overview())
+        return 0;
     const RecordWidget *widget = _row->recordWidget();
     if (widget->drawMode() == RecordWidget::InRows) {
         for (int i = 0; i < widget->slotCount(); ++i) {
-            const int depth = _pointerY - widget->streamYPos(i);
+            const int depth = _pointer.y() - widget->streamYPos(i);
             if (depth >= 0 && depth < widget->streamHeight(i))
                 return i;
         }
@@ -310,26 +369,50 @@ void MeasuringTool::remeasure()
         updateMarks();
 }
 
+MeasuringTool::Places MeasuringTool::placesInRows() const
+{
+    const RecordWidget *widget = _row->recordWidget();
+    const QWidget *contents = _scrollArea->widget();
+    const QRect canvas = mappedRect(widget, widget->canvasRect(), _overlay);
+    const QRect rows = mappedRect(contents, contents->rect(), _overlay);
+    const int left = canvas.left() - widget->canvasOffset();
+    return {QRect(canvas.left(), rows.top(), canvas.width(), rows.height()), canvas,
+            left + double(widget->mapTime(_window.startTime())),
+            left + double(widget->mapTime(_window.endTime()))};
+}
+
+MeasuringTool::Places MeasuringTool::placesInOverview() const
+{
+    const MultiTraceWidget *widget = overview();
+    const QPoint origin = mappedRect(widget, widget->rect(), _overlay).topLeft();
+    const int start = isTurned() ? origin.y() : origin.x();
+    const auto pixelOf = [&](const Core::Time &time) {
+        const double seconds = (time - _row->recordWidget()->alignment()).length();
+        return start + std::clamp(widget->pixelOf(seconds), -FarthestPixel, FarthestPixel);
+    };
+    return {widget->drawingArea().translated(origin), widget->rowRect(_row).translated(origin),
+            pixelOf(_window.startTime()), pixelOf(_window.endTime())};
+}
+
 void MeasuringTool::updateMarks()
 {
     MeasuringMarks marks;
     if (_row && isOn()) {
-        const RecordWidget *widget = _row->recordWidget();
-        const QWidget *contents = _scrollArea->widget();
-        const QRect canvas = mappedRect(widget, widget->canvasRect(), _overlay);
-        const QRect rows = mappedRect(contents, contents->rect(), _overlay);
-        const int left = canvas.left() - widget->canvasOffset();
-        const int first = left + widget->mapTime(_window.startTime());
-        const int last = left + widget->mapTime(_window.endTime());
-        marks.row = canvas;
-        marks.area = QRect(canvas.left(), rows.top(), canvas.width(), rows.height());
-        marks.area &= _overlay->rect();
+        const Places places = overview() ? placesInOverview() : placesInRows();
+        const QWidget *pointed = overview() ? static_cast<QWidget *>(overview())
+                                            : static_cast<QWidget *>(_row->recordWidget());
+        const QPoint pointer = _overlay->mapFromGlobal(pointed->mapToGlobal(_pointer));
+        const int first = static_cast<int>(std::floor(places.first));
+        const int last = static_cast<int>(std::floor(places.last));
+        marks.row = places.row;
+        marks.area = places.area & _overlay->rect();
+        marks.isTurned = isTurned();
         marks.anchor = _anchor <= _end ? first : last;
         marks.end = _anchor <= _end ? last : first;
-        marks.pointerY = _overlay->mapFromGlobal(widget->mapToGlobal(QPoint(0, _pointerY))).y();
+        marks.pointer = isTurned() ? pointer.x() : pointer.y();
         marks.title = _row->label();
         // A panel without its row would seem to belong to another one.
-        if (canvas.intersects(_overlay->rect()))
+        if (places.row.intersects(_overlay->rect()))
             marks.entries = measurementEntries(_measurement, unit());
         marks.warning = measurementWarning(_measurement);
     }

@@ -8,6 +8,7 @@
 #include <QPair>
 #include <QPoint>
 #include <QPointer>
+#include <QRect>
 #include <QString>
 #include <QVector>
 
@@ -23,6 +24,7 @@ class RecordWidget;
 
 namespace Norvu {
 namespace Gui {
+class MultiTraceWidget;
 class Trace;
 class TraceView;
 } // namespace Gui
@@ -46,7 +48,8 @@ QString measurementWarning(const Tellarix::Measurement &measurement);
  * While the tool is on, dragging with the left button over the traces of the view sets two cursors
  * across all rows, and the values between them of the row under the pointer stand in a panel beside
  * it: duration and its inverse, peak to peak amplitude and RMS, as the row shows them, filtered
- * and scaled. They stay until the next press and follow changes of the trace. While it is off, the
+ * and scaled. They stay until the next press and follow changes of the trace. It is the same in the
+ * overview, where the row whose trace is nearest to the pointer is measured. While it is off, the
  * mouse selects and moves rows as ever. The tool adds its actions to the view, which owns it.
  */
 class MeasuringTool : public QObject
@@ -73,6 +76,8 @@ public slots:
     void setOn(bool on);
     /** Puts text() and the times between which it holds into the clipboard. */
     void copy() const;
+    /** To be called when the overview takes the place of the rows, gives it back or turns. */
+    void followContents();
 
 signals:
     /** Something else was measured: row and values in one line. */
@@ -88,9 +93,23 @@ private slots:
     void updateMarks();
 
 private:
+    /** Where the measured row is seen, in the overlay. */
+    struct Places
+    {
+        QRect area; /**< of all rows */
+        QRect row;
+        double first{0}; /**< pixels of the window's ends along the time axis */
+        double last{0};
+    };
+
     void watchRows();
     void ignoreRows();
-    bool press(Tellarix::Gui::RecordWidget *widget, const QMouseEvent *event);
+    Norvu::Gui::MultiTraceWidget *overview() const;
+    bool isTurned() const;
+    Places placesInRows() const;
+    Places placesInOverview() const;
+    double secondsAt(const Norvu::Gui::Trace *row, const QPoint &globalPosition) const;
+    bool press(const QWidget *widget, const QMouseEvent *event);
     bool move(QMouseEvent *event);
     bool release(QMouseEvent *event);
     void dragTo(const QPoint &globalPosition);
@@ -109,7 +128,7 @@ private:
     bool _isDragging{false};
     double _anchor{0}; /**< cursors while dragging, in seconds relative to the alignment */
     double _end{0};
-    int _pointerY{0}; /**< in the measured row's record widget */
+    QPoint _pointer; /**< in the measured row's record widget, or in the overview */
     Tellarix::Core::TimeWindow _window;
     Tellarix::Measurement _measurement;
     QString _text;

@@ -21,17 +21,15 @@ constexpr int PanelMargin = 8;
 constexpr int ColumnSpacing = 14;
 constexpr int PointerDistance = 14;
 
-QRect column(const QRect &area, int x)
-{
-    return QRect(x, area.top(), 1, area.height()) & area;
-}
-
 } // namespace
 
-QRect MeasuringMarks::band() const
+QRect MeasuringMarks::stretch(int from, int to) const
 {
-    const int left = std::min(anchor, end);
-    return QRect(left, area.top(), std::max(anchor, end) - left + 1, area.height()) & area;
+    const int start = std::min(from, to);
+    const int length = std::max(from, to) - start + 1;
+    return (isTurned ? QRect(area.left(), start, area.width(), length)
+                     : QRect(start, area.top(), length, area.height())) &
+           area;
 }
 
 QPoint panelPosition(const QSize &panel, const QPoint &point, const QRect &area, int distance)
@@ -52,7 +50,8 @@ MeasuringOverlay::MeasuringOverlay(QWidget *parent) : Overlay(parent)
 
 QRegion MeasuringOverlay::lines() const
 {
-    return QRegion(column(_marks.area, _marks.anchor)) + column(_marks.area, _marks.end);
+    return QRegion(_marks.stretch(_marks.anchor, _marks.anchor)) +
+           _marks.stretch(_marks.end, _marks.end);
 }
 
 void MeasuringOverlay::setMarks(const MeasuringMarks &marks)
@@ -127,7 +126,8 @@ QRect MeasuringOverlay::panelRect() const
         return {};
 
     const QSize size = panelSize();
-    const QPoint point(_marks.end, _marks.pointerY);
+    const QPoint point =
+        _marks.isTurned ? QPoint(_marks.pointer, _marks.end) : QPoint(_marks.end, _marks.pointer);
     return {panelPosition(size, point, rect(), PointerDistance), size};
 }
 

@@ -14,18 +14,21 @@ namespace Workbench {
 /** What a measurement looks like; all positions are those of the overlay. */
 struct MeasuringMarks
 {
-    QRect area; /**< where lines and band may be drawn; an empty one draws nothing */
-    QRect row;  /**< the measured row, whose band is stronger */
-    int anchor{0};
-    int end{0};      /**< x of the lines; the panel stands beside the end */
-    int pointerY{0}; /**< y of the panel */
-    QString title;   /**< heading of the panel */
-    QString warning; /**< last line of the panel, if there is any */
+    QRect area;           /**< where lines and band may be drawn; an empty one draws nothing */
+    QRect row;            /**< the measured row, whose band is stronger */
+    bool isTurned{false}; /**< time runs down */
+    int anchor{0};        /**< where the lines are along the time axis */
+    int end{0};           /**< the panel stands beside it */
+    int pointer{0};       /**< place of the panel along the lines */
+    QString title;        /**< heading of the panel */
+    QString warning;      /**< last line of the panel, if there is any */
     QVector<QPair<QString, QString>> entries; /**< lines of the panel: names and values */
 
     bool isEmpty() const { return area.isEmpty(); }
     /** From one line to the other, both included. */
-    QRect band() const;
+    QRect band() const { return stretch(anchor, end); }
+    /** Across the whole area, from one place along the time axis to another. */
+    QRect stretch(int from, int to) const;
 };
 
 /**

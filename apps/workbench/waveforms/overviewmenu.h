@@ -13,6 +13,8 @@ class TraceView;
 
 namespace Workbench {
 
+class OverviewAxes;
+
 /** Shows the overview in the place of a view's rows, and how it is drawn. */
 class OverviewMenu : public QMenu
 {
@@ -20,7 +22,7 @@ class OverviewMenu : public QMenu
 
 public:
     OverviewMenu(Norvu::Gui::TraceView *view, Norvu::Gui::MultiTraceWidget *overview,
-                 QWidget *parent);
+                 OverviewAxes *axes, QWidget *parent);
 
     /** Shows the overview, for tool bars. */
     QAction *showAction() const { return _show; }
@@ -30,16 +32,25 @@ public slots:
     /** Rows beside each other, with time running down. */
     void setHorizontal(bool horizontal);
     void setWigglesShown(bool show);
+    /** Rows at their distances. */
+    void setDistancesShown(bool show);
+
+signals:
+    /** The overview has come, gone or turned. */
+    void changed();
 
 private:
     QAction *addToggle(const QString &text, const QString &shortcut, const char *slot);
-    void updateTimeScale();
+    void update();
 
     Norvu::Gui::TraceView *_view;
     Norvu::Gui::MultiTraceWidget *_overview;
+    OverviewAxes *_axes;
     QAction *_show;
     QAction *_horizontal;
     QAction *_wiggles;
+    QAction *_distances;
+    QAction *_degrees;
 };
 
 } // namespace Workbench

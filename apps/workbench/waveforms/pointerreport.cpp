@@ -29,6 +29,13 @@ namespace Workbench {
 namespace {
 
 constexpr int Digits = 6;
+const QString Separator = QStringLiteral("  ·  ");
+
+double shownScale(const Gui::RecordWidget &traces, int slot)
+{
+    const double *scale = traces.areScaledValuesShown() ? traces.recordScale(slot) : nullptr;
+    return scale ? *scale : 1;
+}
 
 QString valueText(double value, const QString &unit)
 {
@@ -82,51 +89,55 @@ bool PointerReport::eventFilter(QObject *watched, QEvent *event)
     return false;
 }
 
-QString PointerReport::timeAndSample(const Gui::RecordWidget &traces, const Core::Time &time) const
+QString PointerReport::timeAndSample(const Gui::RecordWidget &traces, int slot,
+                                     const Core::Time &time, double secondsPerPixel) const
 {
-    const int slot = traces.currentRecords();
     const RecordSequence *records = traces.displayedRecords(slot);
     const std::optional<double> sample = records ? sampleAt(*records, time) : std::nullopt;
-    const double *scale = traces.areScaledValuesShown() ? traces.recordScale(slot) : nullptr;
-    const QString text = timeText(time, 1 / traces.timeScale());
-    return sample ? text + "  ·  " +
+    const QString text = timeText(time, secondsPerPixel);
+    return sample ? text + Separator +
                         tr("sample %1")
-                            .arg(valueText(*sample * (scale ? *scale : 1), traces.recordUnit(slot)))
+                            .arg(valueText(*sample * shownScale(traces, slot),
+                                           traces.recordUnit(slot)))
                   : text;
+}
+
+QString PointerReport::heightText(double value, const QString &unit) const
+{
+    return Separator + tr("pointer at %1").arg(valueText(value, unit));
 }
 
 QString PointerReport::textAt(const Gui::RecordWidget &traces, const QPoint &position) const
 {
     if (!traces.canvasRect().contains(position))
         return QString();
-    QString text = timeAndSample(traces, traces.unmapTime(position.x()));
-    const RecordSequence *records = traces.displayedRecords(traces.currentRecords());
+    const int slot = traces.currentRecords();
+    QString text =
+        timeAndSample(traces, slot, traces.unmapTime(position.x()), 1 / traces.timeScale());
+    const RecordSequence *records = traces.displayedRecords(slot);
     if (records && !records->isEmpty())
-        text += "  ·  " + tr("pointer at %1")
-                              .arg(valueText(TraceView::crosshairValue(&traces, position.y()),
-                                             traces.recordUnit(traces.currentRecords())));
+        text +=
+            heightText(TraceView::crosshairValue(&traces, position.y()), traces.recordUnit(slot));
     const RowAddition *addition = _rows->addition();
     const QString added = addition ? addition->textAt(&traces, position) : QString();
-    return added.isEmpty() ? text : text + "  ·  " + added;
+    return added.isEmpty() ? text : text + Separator + added;
 }
 
-/** Rows are told apart as long as they don't overlap. */
 QString PointerReport::textInOverview(const MultiTraceWidget &overview,
                                       const QPoint &position) const
 {
-    if (overview.orientation() == Qt::Horizontal)
+    if (!overview.drawingArea().contains(position))
         return QString();
-    const Gui::TimeScale *scale = _view->timeScale();
-    const int x = scale->mapFromGlobal(overview.mapToGlobal(position)).x();
-    const Core::Time time = scale->timeAt(scale->pixelToValue(x));
-    const int y = position.y() - Trace::Padding();
-    for (const Trace *row : _view->items()) {
-        const Gui::RecordWidget *traces = row->recordWidget();
-        const auto *info = traces->traceInfo(0, traces->displayedRecords(0) != traces->records(0));
-        if (info && !row->isTakenOut() && y >= info->pos && y < info->pos + info->height)
-            return row->label() + "  " + timeAndSample(*traces, time);
-    }
-    return timeText(time, 1 / scale->scale());
+    const double seconds = overview.secondsAt(position);
+    const double secondsPerPixel = overview.secondsAt(position + QPoint(1, 1)) - seconds;
+    const Trace *row = overview.rowAt(position);
+    if (!row)
+        return timeText(_view->timeScale()->timeAt(seconds), secondsPerPixel);
+    const Gui::RecordWidget &traces = *row->recordWidget();
+    return row->label() + "  " +
+           timeAndSample(traces, 0, traces.alignment() + Core::TimeSpan(seconds), secondsPerPixel) +
+           heightText(overview.sampleValueAt(row, position) * shownScale(traces, 0),
+                      traces.recordUnit(0));
 }
 
 } // namespace Workbench

@@ -37,8 +37,8 @@ std::optional<double> sampleAt(const Tellarix::RecordSequence &records,
 
 /**
  * Tells what is under the pointer: the time, as exactly as a pixel is wide, the sample there, and
- * the height of the pointer, which is that of the cross hair; over the overview, time and sample of
- * the row.
+ * the height of the pointer, which is that of the cross hair; over the overview, those of the row
+ * whose trace is nearest.
  */
 class PointerReport : public QObject
 {
@@ -62,8 +62,9 @@ private:
     QString textAt(const Tellarix::Gui::RecordWidget &traces, const QPoint &position) const;
     QString textInOverview(const Norvu::Gui::MultiTraceWidget &overview,
                            const QPoint &position) const;
-    QString timeAndSample(const Tellarix::Gui::RecordWidget &traces,
-                          const Tellarix::Core::Time &time) const;
+    QString timeAndSample(const Tellarix::Gui::RecordWidget &traces, int slot,
+                          const Tellarix::Core::Time &time, double secondsPerPixel) const;
+    QString heightText(double value, const QString &unit) const;
 
     TraceRows *_rows;
     Norvu::Gui::TraceView *_view;

@@ -46,6 +46,15 @@ void RowNames::setShown(bool show)
     updateWidth();
 }
 
+void RowNames::setForeignWidth(int pixels)
+{
+    if (pixels == _foreignWidth)
+        return;
+
+    _foreignWidth = pixels;
+    updateWidth();
+}
+
 void RowNames::setName(Trace *row, const QString &name)
 {
     RowName *widget = nameOf(row);
@@ -64,7 +73,8 @@ void RowNames::updateWidth()
         const RowName *name = _isShown ? nameOf(row) : nullptr;
         width = std::max(width, name ? name->sizeHint().width() : 0);
     }
-    const int added = std::max(0, width - unusedAxisWidth(*_view));
+    const int added =
+        _foreignWidth < 0 ? std::max(0, width - unusedAxisWidth(*_view)) : _foreignWidth;
     const bool isOther = added != _view->nameWidth();
     _view->setNameWidth(added);
     for (Trace *row : _view->items()) {

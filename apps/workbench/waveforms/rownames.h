@@ -28,6 +28,9 @@ public:
     void setShown(bool show);
     /** The row's label, and what is known beside it. */
     void setName(Norvu::Gui::Trace *row, const QString &name);
+    /** Makes the column as wide as what stands in the place of the rows needs it beside the axes;
+     *  as the names need it for a negative width. */
+    void setForeignWidth(int pixels);
 
 private slots:
     void updateWidth();
@@ -35,6 +38,7 @@ private slots:
 private:
     Norvu::Gui::TraceView *_view;
     QTimer _timer; /**< many rows at once are measured once */
+    int _foreignWidth{-1};
     bool _isShown{false};
 };
 

@@ -83,12 +83,7 @@ bool TimeCursor::isTurned() const
 QRect TimeCursor::plotArea() const
 {
     if (const MultiTraceWidget *widget = overview()) {
-        const int start = _view->rulerSpacing() + Trace::Padding();
-        const int end = _view->extraSpacing();
-        QRect area = widget->rect().adjusted(start, Trace::Padding(), -end - Trace::Padding(), 0);
-        if (isTurned())
-            area = widget->rect().adjusted(0, start, 0, -end - _view->rulerSpacing());
-        return area.translated(mapFromGlobal(widget->mapToGlobal(QPoint())));
+        return widget->drawingArea().translated(mapFromGlobal(widget->mapToGlobal(QPoint())));
     }
     const QList<Trace *> rows = _view->items();
     const auto row = std::find_if(rows.begin(), rows.end(),

@@ -4,6 +4,7 @@
 
 #include "timetext.h"
 
+#include <norvu/gui/multitracewidget.h>
 #include <norvu/gui/trace.h>
 #include <norvu/gui/traceview.h>
 #include <tellarix/qt/records/recordwidget.h>
@@ -14,12 +15,14 @@
 #include <QLabel>
 #include <QMouseEvent>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QWheelEvent>
 
 #include <algorithm>
 #include <cstdlib>
 
 using namespace Tellarix;
+using Norvu::Gui::MultiTraceWidget;
 using Norvu::Gui::Trace;
 
 namespace Workbench {
@@ -52,6 +55,13 @@ TimeGestures::TimeGestures(Norvu::Gui::TraceView *view)
     connect(view, SIGNAL(itemSelectionCleared()), this, SLOT(clearSpan()));
 }
 
+void TimeGestures::watch(MultiTraceWidget *overview, Gui::TimeScale *turned)
+{
+    _overview = overview;
+    _turned = turned;
+    _overview->installEventFilter(this);
+}
+
 Core::TimeWindow TimeGestures::span() const
 {
     const Gui::TimeScale *scale = _view->timeScale();
@@ -78,7 +88,7 @@ void TimeGestures::placeLabel()
     const double first = std::max(0.0, scale->valueToPixel(scale->selectionLower()));
     const double last =
         std::min<double>(scale->width(), scale->valueToPixel(scale->selectionUpper()));
-    _label->setVisible(scale->hasSelection() && first < last);
+    _label->setVisible(scale->hasSelection() && first < last && currentScale() == scale);
     if (_label->isHidden())
         return;
     _label->setText(spanText(span().length().length(), 1 / scale->scale()));
@@ -106,6 +116,8 @@ void TimeGestures::clearSpan()
 
 bool TimeGestures::eventFilter(QObject *watched, QEvent *event)
 {
+    if (watched == _overview)
+        return filterOverviewEvent(event);
     const bool isScale = watched == _scale;
     switch (event->type()) {
     case QEvent::MouseButtonDblClick:
@@ -124,21 +136,83 @@ bool TimeGestures::eventFilter(QObject *watched, QEvent *event)
     }
 }
 
+bool TimeGestures::filterOverviewEvent(QEvent *event)
+{
+    switch (event->type()) {
+    case QEvent::Wheel:
+        return turnWheel(*_overview, *static_cast<QWheelEvent *>(event));
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseMove:
+    case QEvent::MouseButtonRelease:
+        return dragOverview(*static_cast<QMouseEvent *>(event));
+    default:
+        return false;
+    }
+}
+
+/** A press selects a row; from there on the overview would select whatever row comes by. */
+bool TimeGestures::dragOverview(const QMouseEvent &event)
+{
+    if (event.type() == QEvent::MouseButtonPress && event.button() == Qt::LeftButton) {
+        _drag = Drag::Pressed;
+        _pressed = event.globalPos();
+        _pressedLower = _view->tmin();
+        _pressedUpper = _view->tmax();
+    }
+    if (event.type() == QEvent::MouseButtonRelease && event.button() == Qt::LeftButton) {
+        _drag = Drag::None;
+        _overview->unsetCursor();
+    }
+    if (event.type() != QEvent::MouseMove || _drag == Drag::None ||
+        !event.buttons().testFlag(Qt::LeftButton))
+        return false;
+
+    const int way = (event.globalPos() - _pressed).manhattanLength();
+    if (_drag == Drag::Pressed && way >= QApplication::startDragDistance()) {
+        _drag = Drag::Pans;
+        _overview->setCursor(Qt::ClosedHandCursor);
+    }
+    if (_drag == Drag::Pans) {
+        // The whole way since the press, so that nothing adds up.
+        const double moved = _overview->secondsAt(_overview->mapFromGlobal(event.globalPos())) -
+                             _overview->secondsAt(_overview->mapFromGlobal(_pressed));
+        emit _view->timeScale()->rangeChangeRequested(_pressedLower - moved, _pressedUpper - moved);
+    }
+    return true;
+}
+
+/** Whether the scroll bar moves that a wheel which turns in a direction belongs to. */
+bool TimeGestures::hasRowsToScroll(Qt::Orientation wheel) const
+{
+    const QScrollBar *bar = wheel == Qt::Vertical ? _scrollArea->verticalScrollBar()
+                                                  : _scrollArea->horizontalScrollBar();
+    return bar->maximum() > bar->minimum();
+}
+
+Gui::TimeScale *TimeGestures::currentScale() const
+{
+    const bool isTurned =
+        _overview && _overview->isActive() && _overview->orientation() == Qt::Horizontal;
+    return isTurned ? _turned : _view->timeScale();
+}
+
 /** The time scale zooms by what is turned up and down, and pans by what is turned sideways. */
 bool TimeGestures::turnWheel(const QWidget &widget, QWheelEvent &event)
 {
     QPoint angle = event.angleDelta();
     QPoint pixels = event.pixelDelta();
     const bool isSideways = std::abs(angle.x()) > std::abs(angle.y());
+    const bool isOverview = _overview && _overview->isActive();
+    const bool isFree = isOverview && !hasRowsToScroll(isSideways ? Qt::Horizontal : Qt::Vertical);
     if (event.modifiers() & Qt::ControlModifier) {
         angle.setX(0);
-    } else if (event.modifiers() & Qt::ShiftModifier && !isSideways) {
+    } else if (!isSideways && (isFree || event.modifiers() & Qt::ShiftModifier)) {
         angle = {angle.y(), 0};
         pixels = {pixels.y(), 0};
-    } else if (!isSideways) {
+    } else if (!isSideways || (isOverview && !isFree)) {
         return false;
     }
-    Gui::TimeScale *scale = _view->timeScale();
+    Gui::TimeScale *scale = currentScale();
     const QPoint global = widget.mapToGlobal(event.position().toPoint());
     QWheelEvent sent(scale->mapFromGlobal(global), global, pixels, angle, event.buttons(),
                      Qt::NoModifier, event.phase(), event.inverted());

@@ -16,9 +16,16 @@ class QWheelEvent;
 
 namespace Norvu {
 namespace Gui {
+class MultiTraceWidget;
 class TraceView;
 } // namespace Gui
 } // namespace Norvu
+
+namespace Tellarix {
+namespace Gui {
+class TimeScale;
+} // namespace Gui
+} // namespace Tellarix
 
 namespace Workbench {
 
@@ -29,6 +36,9 @@ namespace Workbench {
  *
  * The span is the one of the time scale. It is shown in all rows with its length; Return and a
  * double click in it zoom to it, and it goes with the selection of rows (Esc).
+ *
+ * Over the overview the wheel alone pans too, unless there are rows to be scrolled its way, and so
+ * does dragging with the left button; whichever way time runs.
  */
 class TimeGestures : public QObject
 {
@@ -40,6 +50,8 @@ public:
 
     /** "Zoom to the span", enabled while there is one. */
     QAction *zoomAction() const { return _zoom; }
+    /** @param turned  scale of the overview where time runs down */
+    void watch(Norvu::Gui::MultiTraceWidget *overview, Tellarix::Gui::TimeScale *turned);
     /** The selected span; empty without one. */
     Tellarix::Core::TimeWindow span() const;
 
@@ -59,6 +71,10 @@ private slots:
     void placeLabel();
 
 private:
+    bool filterOverviewEvent(QEvent *event);
+    bool dragOverview(const QMouseEvent &event);
+    bool hasRowsToScroll(Qt::Orientation wheel) const;
+    Tellarix::Gui::TimeScale *currentScale() const;
     bool turnWheel(const QWidget &widget, QWheelEvent &event);
     bool press(const QMouseEvent &event);
     bool move(const QMouseEvent &event);
@@ -70,7 +86,8 @@ private:
     {
         None,
         Pressed, /**< may be a click with Shift, which selects rows */
-        Selects
+        Selects,
+        Pans
     };
 
     Norvu::Gui::TraceView *_view;
@@ -80,6 +97,10 @@ private:
     QLabel *_label;
     Drag _drag{Drag::None};
     QPoint _pressed; /**< on the screen */
+    Norvu::Gui::MultiTraceWidget *_overview{nullptr};
+    Tellarix::Gui::TimeScale *_turned{nullptr};
+    double _pressedLower{0}; /**< visible range when the overview was pressed */
+    double _pressedUpper{0};
 };
 
 } // namespace Workbench

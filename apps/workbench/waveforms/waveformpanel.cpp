@@ -7,6 +7,7 @@
 #include "exportactions.h"
 #include "filterbox.h"
 #include "measuring.h"
+#include "overviewaxes.h"
 #include "overviewmenu.h"
 #include "pointerreport.h"
 #include "rowcommands.h"
@@ -200,8 +201,20 @@ void WaveformPanel::createOverviewMenu()
 {
     _overview = new Norvu::Gui::MultiTraceWidget(_waveforms->view());
     connect(_waveforms->visibility(), SIGNAL(changed()), _overview, SLOT(updateDisplay()));
+    auto *axes = new OverviewAxes(_waveforms->view(), _overview);
+    layout()->addWidget(axes->notice());
+    layout()->setAlignment(axes->notice(), Qt::AlignCenter);
+    connect(_waveforms, SIGNAL(pathsChanged()), axes, SLOT(update()));
+    connect(_waveforms->visibility(), SIGNAL(changed()), axes, SLOT(update()));
+    connect(axes, SIGNAL(roomRequired(int)), _waveforms, SLOT(setOverviewRoom(int)));
+    connect(_remembered.value("localTime"), SIGNAL(toggled(bool)), axes,
+            SLOT(setLocalTimeShown(bool)));
+    _waveforms->visibility()->watch(_overview);
+    _waveforms->visibility()->watch(axes->timeScale());
+    _waveforms->gestures()->watch(_overview, axes->timeScale());
     _waveforms->pointer()->watch(_overview);
-    _overviewMenu = new OverviewMenu(_waveforms->view(), _overview, this);
+    _overviewMenu = new OverviewMenu(_waveforms->view(), _overview, axes, this);
+    connect(_overviewMenu, SIGNAL(changed()), _waveforms->measuringTool(), SLOT(followContents()));
 }
 
 void WaveformPanel::createExports()
@@ -221,17 +234,17 @@ void WaveformPanel::createExports()
 
 void WaveformPanel::fillStatusBar(QStatusBar *bar)
 {
-    auto *pointerLabel = new QLabel(bar);
-    auto *rangeLabel = new QLabel(bar);
+    _pointerLabel = new QLabel(bar);
+    _rangeLabel = new QLabel(bar);
     _measurementLabel = new QLabel(bar);
     // A long text must not keep the window from being made narrow.
     _measurementLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     _measurementLabel->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    bar->addWidget(pointerLabel);
+    bar->addWidget(_pointerLabel);
     bar->addWidget(_measurementLabel, 1);
-    bar->addPermanentWidget(rangeLabel);
-    connect(_waveforms, SIGNAL(pointerText(QString)), pointerLabel, SLOT(setText(QString)));
-    connect(_waveforms, SIGNAL(rangeText(QString)), rangeLabel, SLOT(setText(QString)));
+    bar->addPermanentWidget(_rangeLabel);
+    connect(_waveforms, SIGNAL(pointerText(QString)), this, SLOT(showPointer(QString)));
+    connect(_waveforms, SIGNAL(rangeText(QString)), _rangeLabel, SLOT(setText(QString)));
     connect(_waveforms->measuringTool(), SIGNAL(measured(QString)), this,
             SLOT(showMeasurement(QString)));
 }
@@ -241,6 +254,24 @@ void WaveformPanel::showMeasurement(const QString &text)
     _measurementLabel->setText(text);
     // For where the status bar has no room for all of it.
     _measurementLabel->setToolTip(text);
+    updateRangeLabel();
+}
+
+void WaveformPanel::showPointer(const QString &text)
+{
+    _pointerLabel->setText(text);
+    updateRangeLabel();
+}
+
+/** What is under the pointer and what is measured go before the range, which the time scale tells
+ *  too. */
+void WaveformPanel::updateRangeLabel()
+{
+    const int before = _pointerLabel->sizeHint().width() + _measurementLabel->sizeHint().width();
+    const bool isAlone = _pointerLabel->text().isEmpty() && _measurementLabel->text().isEmpty();
+    const int spare = 4 * fontMetrics().averageCharWidth();
+    _rangeLabel->setVisible(isAlone || before + _rangeLabel->sizeHint().width() + spare <=
+                                           _rangeLabel->parentWidget()->width());
 }
 
 void WaveformPanel::setFilter(const QString &text)

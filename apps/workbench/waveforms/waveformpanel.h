@@ -51,6 +51,7 @@ private slots:
     void setFilter(const QString &text);
     void showFilteringProgress(int done, int total);
     void showMeasurement(const QString &text);
+    void showPointer(const QString &text);
 
 private:
     void createFilterBar();
@@ -63,6 +64,7 @@ private:
     void createExports();
     QAction *makeSeparator();
     QPixmap overviewPicture(bool horizontal);
+    void updateRangeLabel();
 
     Waveforms *_waveforms;
     QList<QAction *> _viewActions;
@@ -73,7 +75,9 @@ private:
     OverviewMenu *_overviewMenu{nullptr};
     Norvu::Gui::MultiTraceWidget *_overview{nullptr};
     ExportActions *_exports{nullptr};
+    QLabel *_pointerLabel{nullptr};
     QLabel *_measurementLabel{nullptr};
+    QLabel *_rangeLabel{nullptr};
     QPointer<Task> _filtering;
 };
 

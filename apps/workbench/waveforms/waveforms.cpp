@@ -380,6 +380,7 @@ void Waveforms::setPaths(const QHash<QString, EventPath> &paths)
     _paths = paths;
     for (Trace *row : _view->items())
         dress(row);
+    emit pathsChanged();
 }
 
 void Waveforms::dress(Trace *row)
@@ -462,6 +463,11 @@ void Waveforms::setCompact(bool compact)
 {
     _isCompactChosen = true;
     applyCompact(compact);
+}
+
+void Waveforms::setOverviewRoom(int pixels)
+{
+    _names->setForeignWidth(pixels);
 }
 
 void Waveforms::applyCompact(bool compact)

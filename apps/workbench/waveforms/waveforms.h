@@ -116,6 +116,9 @@ public slots:
     /** Reads what was opened once more, into the rows that were reset and for what came since. */
     void reload();
     void setCompact(bool compact);
+    /** Room that the overview needs at the left, beside that of the axes of rows; negative without
+     *  it. */
+    void setOverviewRoom(int pixels);
     /** To be called when filtering goes on or off. */
     void updateFilterFit();
     /** Shows physical units where one gain is known for all of a row, and counts elsewhere. */
@@ -140,6 +143,8 @@ signals:
     /** Which time is shown. */
     void rangeText(const QString &text);
     void compactChanged(bool compact);
+    /** Rows have other distances. */
+    void pathsChanged();
     /** One text for each sampling frequency that the filter doesn't fit. */
     void filterMisfits(const QStringList &messages);
 
