@@ -2,6 +2,8 @@
 
 #include <norvu/gui/filterbank_p.h>
 
+#include <norvu/gui/filterlanes_p.h>
+
 #include <tellarix/core/parallel.h>
 
 #include <QThreadPool>
@@ -9,179 +11,9 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <type_traits>
-
-#undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "norvu/gui/filterbank.cpp"
-#include <hwy/foreach_target.h>
-#include <hwy/highway.h>
-
-// Compiled once for each instruction set; the best one is chosen as the program runs.
-HWY_BEFORE_NAMESPACE();
-namespace Norvu {
-namespace Gui {
-namespace HWY_NAMESPACE {
-
-namespace hn = hwy::HWY_NAMESPACE;
-
-using Tag = hn::CappedTag<double, FilterBank::Width>;
-using Vector = hn::Vec<Tag>;
-
-/** A section with the numerator 1 - 1/z^2 in transposed direct form II. */
-HWY_INLINE Vector section(Vector x, Vector a1, Vector a2, Vector &first, Vector &second)
-{
-    const Vector y = hn::Add(x, first);
-    first = hn::NegMulAdd(a1, y, second);
-    second = hn::NegMulSub(a2, y, x);
-    return y;
-}
-
-/** Band-passes and envelopes of @p n samples, a row each. */
-HWY_INLINE void findEnvelopes(FilterBank::Group &group, size_t lane, const double *input, size_t n,
-                              FilterBank::Lanes *rows)
-{
-    const Tag tag;
-    const auto load = [&](const FilterBank::Lanes &lanes) {
-        return hn::Load(tag, lanes.values + lane);
-    };
-    const auto store = [&](Vector v, FilterBank::Lanes &lanes) {
-        hn::Store(v, tag, lanes.values + lane);
-    };
-    const Vector gain = load(group.gain);
-    const Vector slopeGain = load(group.slopeGain);
-    const Vector a10 = load(group.a1[0]), a11 = load(group.a1[1]);
-    const Vector a12 = load(group.a1[2]), a13 = load(group.a1[3]);
-    const Vector a20 = load(group.a2[0]), a21 = load(group.a2[1]);
-    const Vector a22 = load(group.a2[2]), a23 = load(group.a2[3]);
-    Vector first0 = load(group.first[0]), first1 = load(group.first[1]);
-    Vector first2 = load(group.first[2]), first3 = load(group.first[3]);
-    Vector second0 = load(group.second[0]), second1 = load(group.second[1]);
-    Vector second2 = load(group.second[2]), second3 = load(group.second[3]);
-    Vector last = load(group.last);
-    for (size_t i = 0; i < n; ++i) {
-        Vector x = hn::Mul(gain, hn::Set(tag, input[i]));
-        x = section(x, a10, a20, first0, second0);
-        x = section(x, a11, a21, first1, second1);
-        x = section(x, a12, a22, first2, second2);
-        x = section(x, a13, a23, first3, second3);
-        const Vector slope = hn::Mul(slopeGain, hn::Sub(x, last));
-        last = x;
-        store(hn::Sqrt(hn::MulAdd(x, x, hn::Mul(slope, slope))), rows[i]);
-    }
-    store(first0, group.first[0]);
-    store(first1, group.first[1]);
-    store(first2, group.first[2]);
-    store(first3, group.first[3]);
-    store(second0, group.second[0]);
-    store(second1, group.second[1]);
-    store(second2, group.second[2]);
-    store(second3, group.second[3]);
-    store(last, group.last);
-}
-
-template <typename T>
-HWY_INLINE void storeAs(Vector value, T *target)
-{
-    const Tag tag;
-    if constexpr (std::is_same_v<T, double>)
-        hn::StoreU(value, tag, target);
-    else
-        hn::StoreU(hn::DemoteTo(hn::Rebind<T, Tag>(), value), hn::Rebind<T, Tag>(), target);
-}
-
-/** Envelopes that leave the windows of the bands; zero as long as a window is not full. */
-HWY_INLINE void collectOldest(const FilterBank::Group &group, size_t n,
-                              const FilterBank::Lanes *rows, FilterBank::Lanes *oldest)
-{
-    for (size_t lane = 0; lane < FilterBank::Width; ++lane) {
-        const int64_t length = group.lengths[lane];
-        const size_t missing =
-            static_cast<size_t>(std::clamp<int64_t>(length - group.seen, 0, int64_t(n)));
-        for (size_t i = 0; i < missing; ++i)
-            oldest[i].values[lane] = 0;
-        for (size_t i = missing; i < n; ++i)
-            oldest[i].values[lane] = rows[static_cast<int64_t>(i) - length].values[lane];
-    }
-}
-
-/** Moving averages of the envelopes in @p rows. */
-template <bool IsFull, typename T>
-HWY_INLINE void average(FilterBank::Group &group, size_t lane, size_t n,
-                        const FilterBank::Lanes *rows, const FilterBank::Lanes *oldest, T *target,
-                        size_t stride)
-{
-    const Tag tag;
-    const Vector length = hn::Load(tag, group.length.values + lane);
-    const Vector one = hn::Set(tag, 1.0);
-    const Vector zero = hn::Zero(tag);
-    Vector scale = hn::Div(one, length);
-    Vector sum = hn::Load(tag, group.sum.values + lane);
-    Vector low = hn::Load(tag, group.low.values + lane);
-    Vector high = hn::Load(tag, group.high.values + lane);
-    for (size_t i = 0; i < n; ++i) {
-        if constexpr (!IsFull) {
-            const int64_t count = group.seen + 1 + static_cast<int64_t>(i);
-            scale = hn::Div(one, hn::Min(length, hn::Set(tag, static_cast<double>(count))));
-        }
-        const Vector newest = hn::Load(tag, rows[i].values + lane);
-        sum = hn::Add(sum, hn::Sub(newest, hn::Load(tag, oldest[i].values + lane)));
-        const Vector mean = hn::Max(hn::Mul(sum, scale), zero);
-        low = hn::Min(low, mean);
-        high = hn::Max(high, mean);
-        storeAs(mean, target + i * stride + lane);
-    }
-    hn::Store(sum, tag, group.sum.values + lane);
-    hn::Store(low, tag, group.low.values + lane);
-    hn::Store(high, tag, group.high.values + lane);
-}
-
-template <typename T>
-bool filter(FilterBank::Group &group, const double *input, size_t n, T *target, size_t stride)
-{
-    const Tag tag;
-    FilterBank::Lanes oldest[FilterBank::TileLength];
-    FilterBank::Lanes *rows = group.history.data() + group.next;
-    for (size_t lane = 0; lane < FilterBank::Width; lane += hn::Lanes(tag))
-        findEnvelopes(group, lane, input, n, rows);
-    collectOldest(group, n, rows, oldest);
-    const bool isFull = group.seen >= group.longest;
-    bool isFinite = true;
-    for (size_t lane = 0; lane < FilterBank::Width; lane += hn::Lanes(tag)) {
-        if (isFull)
-            average<true>(group, lane, n, rows, oldest, target, stride);
-        else
-            average<false>(group, lane, n, rows, oldest, target, stride);
-        const Vector sum = hn::Load(tag, group.sum.values + lane);
-        isFinite = isFinite && hn::AllTrue(tag, hn::IsFinite(sum));
-    }
-    return isFinite;
-}
-
-// The dispatcher wants plain functions.
-bool filterFloat(FilterBank::Group &group, const double *input, size_t n, float *target,
-                 size_t stride)
-{
-    return filter(group, input, n, target, stride);
-}
-
-bool filterDouble(FilterBank::Group &group, const double *input, size_t n, double *target,
-                  size_t stride)
-{
-    return filter(group, input, n, target, stride);
-}
-
-} // namespace HWY_NAMESPACE
-} // namespace Gui
-} // namespace Norvu
-HWY_AFTER_NAMESPACE();
-
-#if HWY_ONCE
 
 namespace Norvu {
 namespace Gui {
-
-HWY_EXPORT(filterFloat);
-HWY_EXPORT(filterDouble);
 
 namespace {
 
@@ -195,25 +27,16 @@ constexpr size_t BigBlock = 1 << 19;
 /** Groups that fill a line of the cache with values of either type. */
 constexpr size_t GroupsOfPart = 2;
 
-template <typename T>
-bool filterGroup(FilterBank::Group &group, const double *input, size_t n, T *target, size_t stride)
-{
-    if constexpr (std::is_same_v<T, float>)
-        return HWY_DYNAMIC_DISPATCH(filterFloat)(group, input, n, target, stride);
-    else
-        return HWY_DYNAMIC_DISPATCH(filterDouble)(group, input, n, target, stride);
-}
-
-/** As filterGroup(), with the care that the state needs now and then. */
-template <typename T>
-void advance(FilterBank::Group &group, const double *input, size_t n, T *target, size_t stride)
+/** Has @p filter run over so many of @p n samples at a time as the group has room for, from the
+ *  first one on, with the care that the state needs now and then. */
+template <typename Filter>
+void advance(FilterBank::Group &group, size_t n, Filter filter)
 {
     for (size_t done = 0; done < n;) {
         const auto untilCheck = static_cast<size_t>(CheckInterval - group.seen % CheckInterval);
-        const size_t length = std::min(n - done, untilCheck);
+        const size_t length = std::min({n - done, untilCheck, FilterBank::TileLength});
         group.makeRoom(length);
-        const bool isFinite =
-            filterGroup(group, input + done, length, target + done * stride, stride);
+        const bool isFinite = filter(done, length);
         group.next += length;
         group.seen += static_cast<int64_t>(length);
         done += length;
@@ -409,7 +232,10 @@ double FilterBank::run(size_t first, size_t last, const Input &input,
         const size_t end = std::min(odd != input.odd.end() ? *odd : n, isStored ? n : target.skip);
         const size_t length = std::min(end - i, TileLength);
         for (size_t g = first; g < last; ++g)
-            advance(_groups[g], source, length, tile.data() + (g - first) * Width, stride);
+            advance(_groups[g], length, [&](size_t done, size_t count) {
+                return filterTile(_groups[g], source + done, count,
+                                  tile.data() + (g - first) * Width + done * stride, stride);
+            });
         if (i == 0)
             firstValue = static_cast<double>(tile.front());
         for (size_t k = 0; isStored && k < length; ++k)
@@ -479,10 +305,60 @@ bool FilterBank::collectRange(ValueRange &range) const
     return true;
 }
 
+/** Numbers of finite samples up to the end of each column, and one that is never reached. */
+std::vector<size_t> FilterBank::columnEnds(const Input &input, size_t interval, size_t pending)
+{
+    std::vector<size_t> ends;
+    auto odd = input.odd.begin();
+    for (size_t end = interval - pending; end <= input.blockLength(); end += interval) {
+        odd = std::lower_bound(odd, input.odd.end(), end);
+        ends.push_back(end - static_cast<size_t>(odd - input.odd.begin()));
+    }
+    ends.push_back(std::numeric_limits<size_t>::max());
+    return ends;
+}
+
+/** Filters with group @p number alone, whose history thus stays in the cache. */
+template <typename T>
+void FilterBank::runPeaks(size_t number, const Input &input, const std::vector<size_t> &ends,
+                          const PeakColumns<T> &target)
+{
+    Group &group = _groups[number];
+    const size_t band = number * Width;
+    const size_t rows = std::min(Width, _bandCount - band);
+    std::copy_n(target.pending + band, rows, group.peak.values);
+    T peaks[(TileLength + 1) * Width];
+    size_t column = 0;
+    advance(group, input.samples.size(), [&](size_t first, size_t count) {
+        const bool isFinite = findTilePeaks(group, input.samples.data() + first, count, peaks,
+                                            ends.data() + column, first);
+        for (const T *peak = peaks; ends[column] <= first + count; ++column, peak += Width)
+            std::memcpy(target.data + column * target.rows + band, peak, rows * sizeof(T));
+        return isFinite;
+    });
+    std::transform(group.peak.values, group.peak.values + rows, target.pending + band,
+                   [](double peak) { return static_cast<T>(peak); });
+}
+
+template <typename T>
+void FilterBank::applyPeaks(int n, const T *samples, const PeakColumns<T> &target)
+{
+    if (!_bandCount || n < 1)
+        return;
+
+    const Input input = highPass(n, samples);
+    const std::vector<size_t> ends = columnEnds(input, target.interval, target.pendingSamples);
+    const auto run = [&](int number) {
+        runPeaks(static_cast<size_t>(number), input, ends, target);
+    };
+    Tellarix::Core::parallelFor(static_cast<int>(_groups.size()), run,
+                                input.samples.size() * _bandCount < BigBlock ? 1 : 0);
+}
+
+template void FilterBank::applyPeaks(int, const float *, const PeakColumns<float> &);
+template void FilterBank::applyPeaks(int, const double *, const PeakColumns<double> &);
 template ValueRange FilterBank::apply(int, const float *, const MatrixColumns<float> &);
 template ValueRange FilterBank::apply(int, const double *, const MatrixColumns<double> &);
 
 } // namespace Gui
 } // namespace Norvu
-
-#endif

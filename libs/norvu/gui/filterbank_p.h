@@ -27,6 +27,17 @@ struct MatrixColumns
     T *of(size_t i) const { return data + (head + i - skip) % columns * rows; }
 };
 
+/** Columns of the largest values of each row among so many samples. */
+template <typename T>
+struct PeakColumns
+{
+    T *data;    /**< a column of rows for each interval that is completed */
+    T *pending; /**< largest values since the last column, NoPeak without any; carried on */
+    size_t rows;
+    size_t interval;       /**< samples of a column */
+    size_t pendingSamples; /**< samples since the last column */
+};
+
 /** Smallest and largest finite value. */
 struct ValueRange
 {
@@ -78,6 +89,14 @@ public:
     template <typename T>
     ValueRange apply(int n, const T *samples, const MatrixColumns<T> &target);
 
+    /** Filters @p n samples into columns of peaks, with as many rows at least as there are bands;
+     *  big blocks with all processors. A column of nothing but samples that are not finite is
+     *  NoPeak. */
+    template <typename T>
+    void applyPeaks(int n, const T *samples, const PeakColumns<T> &target);
+
+    /** Below any envelope. */
+    static constexpr double NoPeak = -1;
     /** Bands whose numbers stand side by side: one line of the cache. */
     static constexpr size_t Width = 8;
     /** Samples that all bands work on before the next ones, so that their values stay in the
@@ -102,6 +121,7 @@ public:
         Lanes sum;
         Lanes low;
         Lanes high;
+        Lanes peak; /**< largest values since the last column of peaks */
         int64_t lengths[Width];
         int64_t longest;
         /** Envelopes of the last samples, at least those of the longest window. */
@@ -125,6 +145,10 @@ private:
     Input highPass(int n, const T *samples);
     template <typename T>
     double run(size_t first, size_t last, const Input &input, const MatrixColumns<T> &target);
+    static std::vector<size_t> columnEnds(const Input &input, size_t interval, size_t pending);
+    template <typename T>
+    void runPeaks(size_t number, const Input &input, const std::vector<size_t> &ends,
+                  const PeakColumns<T> &target);
     template <typename T>
     bool collectRange(ValueRange &range) const;
     template <typename T>

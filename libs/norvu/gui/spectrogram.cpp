@@ -22,6 +22,7 @@
 #include <cstring>
 #include <limits>
 #include <memory>
+#include <utility>
 
 #ifdef Q_OS_LINUX
 #include <sys/mman.h>
@@ -35,10 +36,6 @@ namespace Gui {
 namespace {
 
 constexpr int Order = 4;
-/** Values that are filtered at once when only their peaks are kept: they stay in the cache. */
-constexpr size_t PeakBlock = 1 << 19;
-/** Below any envelope. */
-constexpr int NoPeak = -1;
 /** More bands are a mistake in a setting, and would only fill the memory. */
 constexpr int MostBands = 1 << 16;
 /** Columns whose range is kept once it was worked out. */
@@ -396,7 +393,6 @@ void Spectrogram<T>::pushData(int n, const T *samples)
         _front = _head;
 }
 
-/** Filters blocks of samples into a matrix of their own, of which only the peaks stay. */
 template <typename T>
 void Spectrogram<T>::pushPeaks(int n, const T *samples)
 {
@@ -405,57 +401,57 @@ void Spectrogram<T>::pushPeaks(int n, const T *samples)
         _minimum = rows ? std::numeric_limits<double>::infinity() : 0;
         _maximum = -_minimum;
     }
-    const int blockLength = static_cast<int>(PeakBlock / std::max<size_t>(rows, 1)) + 1;
-    static thread_local std::vector<T> block;
-    block.resize(rows * static_cast<size_t>(std::min(n, blockLength)));
-    for (int first = 0; first < n; first += blockLength) {
-        const int count = std::min(n - first, blockLength);
-        const MatrixColumns<T> target{block.data(), rows, static_cast<size_t>(count), 0, 0};
-        _bank->apply(count, samples + first, target);
-        runFilters(count, samples + first, target);
-        collectPeaks(block.data(), static_cast<size_t>(count));
+    const int64_t seen = int64_t(_pendingSamples) + n;
+    const int64_t columns = _columns + seen / _columnInterval;
+    if (columns > std::numeric_limits<int>::max())
+        return;
+    if (columns > _columns && !makeRoom(static_cast<int>(columns)))
+        return;
+
+    _peaks.resize(rows, T(FilterBank::NoPeak));
+    T *added = _data ? _data + static_cast<size_t>(_columns) * rows : nullptr;
+    const PeakColumns<T> target{added, _peaks.data(), rows, static_cast<size_t>(_columnInterval),
+                                static_cast<size_t>(_pendingSamples)};
+    _bank->applyPeaks(n, samples, target);
+    runFilters(n, samples, target);
+    T *end = added + static_cast<size_t>(columns - _columns) * rows;
+    std::replace(added, end, T(FilterBank::NoPeak), std::numeric_limits<T>::quiet_NaN());
+    _pendingSamples = static_cast<int>(seen % _columnInterval);
+    const int before = std::exchange(_columns, static_cast<int>(columns));
+    _head = _columns;
+    if (before < _columns) {
+        const ValueRange range = rangeOf(before, _columns);
+        _minimum = std::min(_minimum, range.minimum);
+        _maximum = std::max(_maximum, range.maximum);
     }
     if (_maxColumns > 0 && _columns > _maxColumns)
         trimData(_columns - _maxColumns, _columns, nullptr);
 }
 
-/** Envelopes are not negative, so that a peak below 0 is that of nothing but not-a-number. */
+/** Collects the peaks of the rows that the bank doesn't fill. Envelopes are not negative, so that
+ *  nothing but not-a-number leaves NoPeak. */
 template <typename T>
-void Spectrogram<T>::collectPeaks(const T *columns, size_t count)
+void Spectrogram<T>::runFilters(int n, const T *samples, const PeakColumns<T> &target)
 {
-    const size_t rows = static_cast<size_t>(_rows);
-    _peaks.resize(rows, T(NoPeak));
-    T *peaks = _peaks.data();
-    for (size_t i = 0; i < count; ++i) {
-        const T *column = columns + i * rows;
-        for (size_t r = 0; r < rows; ++r)
-            peaks[r] = column[r] > peaks[r] ? column[r] : peaks[r];
-        if (++_pendingSamples < _columnInterval)
-            continue;
-        if (!appendPeaks())
-            return;
-        std::fill(_peaks.begin(), _peaks.end(), T(NoPeak));
-        _pendingSamples = 0;
+    Tellarix::TypedArray<T> scratch;
+    for (size_t r = _bank->bandCount(); r < target.rows; ++r) {
+        scratch.setData(n, samples);
+        if (r < _filters.size())
+            _filters[r]->apply(n, scratch.typedData());
+        else
+            std::fill_n(scratch.typedData(), n, T(0));
+        T *column = target.data + r;
+        T &peak = target.pending[r];
+        size_t count = target.pendingSamples;
+        std::for_each(scratch.typedData(), scratch.typedData() + n, [&](T value) {
+            peak = value > peak ? value : peak;
+            if (++count < target.interval)
+                return;
+            *column = std::exchange(peak, T(FilterBank::NoPeak));
+            column += target.rows;
+            count = 0;
+        });
     }
-}
-
-template <typename T>
-bool Spectrogram<T>::appendPeaks()
-{
-    if (_columns == std::numeric_limits<int>::max() || !makeRoom(_columns + 1))
-        return false;
-    const size_t rows = static_cast<size_t>(_rows);
-    std::replace(_peaks.begin(), _peaks.end(), T(NoPeak), std::numeric_limits<T>::quiet_NaN());
-    std::copy(_peaks.begin(), _peaks.end(), _data + static_cast<size_t>(_columns) * rows);
-    _head = ++_columns;
-    for (const T peak : _peaks) {
-        const auto value = static_cast<double>(peak);
-        if (std::isfinite(value)) {
-            _minimum = std::min(_minimum, value);
-            _maximum = std::max(_maximum, value);
-        }
-    }
-    return true;
 }
 
 template <typename T>

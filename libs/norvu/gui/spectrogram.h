@@ -19,6 +19,8 @@ class FilterBank;
 struct ValueRange;
 template <typename T>
 struct MatrixColumns;
+template <typename T>
+struct PeakColumns;
 
 /**
  * Turns evenly spaced samples into a time/frequency matrix by a bank of band-pass filters, each
@@ -142,8 +144,7 @@ private:
     ValueRange runFilters(int n, const T *samples, const MatrixColumns<T> &target);
     int updatedLimit() const;
     void pushPeaks(int n, const T *samples);
-    void collectPeaks(const T *columns, size_t count);
-    bool appendPeaks();
+    void runFilters(int n, const T *samples, const PeakColumns<T> &target);
 
     /** One ChainFilter for each band, owned. Those that _bank runs only describe their bands: they
      *  have no sampling frequency and no state. */
