@@ -177,12 +177,13 @@ void hourOfPeaks(benchmark::State &state)
 }
 
 /** The same, on one thread. */
-void hourAtOnceOnOneThread(benchmark::State &state)
+template <typename Bank>
+void hourOnOneThread(benchmark::State &state)
 {
     QThreadPool *pool = QThreadPool::globalInstance();
     const int threads = pool->maxThreadCount();
     pool->setMaxThreadCount(1);
-    run<Engine>(state, Hour);
+    run<Bank>(state, Hour);
     pool->setMaxThreadCount(threads);
 }
 
@@ -217,6 +218,13 @@ BENCHMARK(recordOfLiveHour)->Unit(benchmark::kMicrosecond)->Iterations(1500);
 BENCHMARK(hourOfRecords)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(8);
 BENCHMARK(hourAtOnce)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(8);
 BENCHMARK(hourOfPeaks)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(8);
-BENCHMARK(hourAtOnceOnOneThread)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(8);
+BENCHMARK_TEMPLATE(hourOnOneThread, Engine)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(8);
+BENCHMARK_TEMPLATE(hourOnOneThread, PeakEngine)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(8);
 
 BENCHMARK_MAIN();

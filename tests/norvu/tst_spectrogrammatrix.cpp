@@ -154,19 +154,20 @@ private slots:
 
     void keepsPeaksOfIntervals()
     {
-        constexpr int Interval = 7, Total = 60000, Rows = 5, Kept = 3000;
+        constexpr int Interval = 7, Total = 60000, Rows = 21, Kept = 3000;
         auto samples = noise<float>(Total);
         std::fill_n(samples.begin() + 100 * Interval, Interval + 2, float(NaN));
-        const auto all = spectrogramOf<float>("freqs(1,20,2,5)", 100);
+        const auto all = spectrogramOf<float>("freqs(1,20,2,21)", 100);
         all->pushData(Total, samples.data());
-        const auto peaks = spectrogramOf<float>("freqs(1,20,2,5)", 100);
+        const auto peaks = spectrogramOf<float>("freqs(1,20,2,21)", 100);
         peaks->setColumnInterval(Interval);
         QCOMPARE(peaks->columnRate(), 100.0 / Interval);
 
+        // Bands of several groups, in blocks for one thread and for all.
         std::mt19937 random(6);
         int64_t trimmed = 0;
         for (int done = 0; done < Total;) {
-            const int n = std::min(Total - done, 1 + int(random() % 9000));
+            const int n = std::min(Total - done, 1 + int(random() % 40000));
             peaks->pushData(n, samples.data() + done);
             done += n;
             QCOMPARE(trimmed + peaks->columns(), int64_t(done / Interval));

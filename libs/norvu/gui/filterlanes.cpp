@@ -30,9 +30,9 @@ HWY_INLINE Vector section(Vector x, Vector a1, Vector a2, Vector &first, Vector 
     return y;
 }
 
-/** Band-passes and envelopes of @p n samples, a row each. */
-HWY_INLINE void findEnvelopes(FilterBank::Group &group, size_t lane, const double *input, size_t n,
-                              FilterBank::Lanes *rows)
+/** Band-passes and squares of the envelopes of @p n samples, a row each. */
+HWY_INLINE void findSquares(FilterBank::Group &group, size_t lane, const double *input, size_t n,
+                            FilterBank::Lanes *rows)
 {
     const Tag tag;
     const auto load = [&](const FilterBank::Lanes &lanes) {
@@ -60,7 +60,7 @@ HWY_INLINE void findEnvelopes(FilterBank::Group &group, size_t lane, const doubl
         x = section(x, a13, a23, first3, second3);
         const Vector slope = hn::Mul(slopeGain, hn::Sub(x, last));
         last = x;
-        store(hn::Sqrt(hn::MulAdd(x, x, hn::Mul(slope, slope))), rows[i]);
+        store(hn::MulAdd(x, x, hn::Mul(slope, slope)), rows[i]);
     }
     store(first0, group.first[0]);
     store(first1, group.first[1]);
@@ -83,6 +83,15 @@ HWY_INLINE void storeAs(Vector value, T *target)
         hn::StoreU(hn::DemoteTo(hn::Rebind<T, Tag>(), value), hn::Rebind<T, Tag>(), target);
 }
 
+HWY_INLINE void findEnvelopes(size_t n, FilterBank::Lanes *rows)
+{
+    const Tag tag;
+    for (size_t i = 0; i < n; ++i) {
+        for (size_t lane = 0; lane < FilterBank::Width; lane += hn::Lanes(tag))
+            hn::Store(hn::Sqrt(hn::Load(tag, rows[i].values + lane)), tag, rows[i].values + lane);
+    }
+}
+
 /** Envelopes that leave the windows of the bands; zero as long as a window is not full. */
 HWY_INLINE void collectOldest(const FilterBank::Group &group, size_t n,
                               const FilterBank::Lanes *rows, FilterBank::Lanes *oldest)
@@ -98,12 +107,16 @@ HWY_INLINE void collectOldest(const FilterBank::Group &group, size_t n,
     }
 }
 
-/** The moving averages of the envelopes in @p rows, one row after the other. */
+/**
+ * The moving averages of the envelopes in @p rows, one row after the other. Once all windows are
+ * full the rows hold squares, of which the root is taken here: it takes its time while the rest
+ * goes on, which the sections before, each of which waits for another, don't let it do.
+ */
 template <bool IsFull>
 class MovingAverage
 {
 public:
-    HWY_INLINE MovingAverage(FilterBank::Group &group, size_t lane, const FilterBank::Lanes *rows,
+    HWY_INLINE MovingAverage(FilterBank::Group &group, size_t lane, FilterBank::Lanes *rows,
                              const FilterBank::Lanes *oldest)
         : _group(group), _lane(lane), _rows(rows), _oldest(oldest)
     {
@@ -118,8 +131,11 @@ public:
     HWY_INLINE Vector at(size_t i)
     {
         const Tag tag;
+        Vector newest = hn::Load(tag, _rows[i].values + _lane);
         Vector leaving;
         if constexpr (IsFull) {
+            newest = hn::Sqrt(newest);
+            hn::Store(newest, tag, _rows[i].values + _lane);
             leaving = leavingAt(i);
         } else {
             leaving = hn::Load(tag, _oldest[i].values + _lane);
@@ -127,7 +143,6 @@ public:
             _scale = hn::Div(hn::Set(tag, 1.0),
                              hn::Min(_length, hn::Set(tag, static_cast<double>(count))));
         }
-        const Vector newest = hn::Load(tag, _rows[i].values + _lane);
         _sum = hn::Add(_sum, hn::Sub(newest, leaving));
         return hn::Max(hn::Mul(_sum, _scale), hn::Zero(tag));
     }
@@ -156,7 +171,7 @@ private:
 
     FilterBank::Group &_group;
     const size_t _lane;
-    const FilterBank::Lanes *const _rows;
+    FilterBank::Lanes *const _rows;
     const FilterBank::Lanes *const _oldest;
     const FilterBank::Lanes *_leaving[FilterBank::Width];
     Vector _length;
@@ -165,9 +180,8 @@ private:
 };
 
 template <bool IsFull, typename T>
-HWY_INLINE bool average(FilterBank::Group &group, size_t lane, size_t n,
-                        const FilterBank::Lanes *rows, const FilterBank::Lanes *oldest, T *target,
-                        size_t stride)
+HWY_INLINE bool average(FilterBank::Group &group, size_t lane, size_t n, FilterBank::Lanes *rows,
+                        const FilterBank::Lanes *oldest, T *target, size_t stride)
 {
     const Tag tag;
     MovingAverage<IsFull> averages(group, lane, rows, oldest);
@@ -185,9 +199,8 @@ HWY_INLINE bool average(FilterBank::Group &group, size_t lane, size_t n,
 }
 
 template <bool IsFull, typename T>
-HWY_INLINE bool peaksOf(FilterBank::Group &group, size_t lane, size_t n,
-                        const FilterBank::Lanes *rows, const FilterBank::Lanes *oldest, T *peaks,
-                        const size_t *ends, size_t first)
+HWY_INLINE bool peaksOf(FilterBank::Group &group, size_t lane, size_t n, FilterBank::Lanes *rows,
+                        const FilterBank::Lanes *oldest, T *peaks, const size_t *ends, size_t first)
 {
     const Tag tag;
     MovingAverage<IsFull> averages(group, lane, rows, oldest);
@@ -214,10 +227,12 @@ HWY_INLINE bool filter(FilterBank::Group &group, const double *input, size_t n, 
     FilterBank::Lanes oldest[FilterBank::TileLength];
     FilterBank::Lanes *rows = group.history.data() + group.next;
     for (size_t lane = 0; lane < FilterBank::Width; lane += hn::Lanes(tag))
-        findEnvelopes(group, lane, input, n, rows);
+        findSquares(group, lane, input, n, rows);
     const bool isFull = group.seen >= group.longest;
-    if (!isFull)
+    if (!isFull) {
+        findEnvelopes(n, rows);
         collectOldest(group, n, rows, oldest);
+    }
     bool isFinite = true;
     for (size_t lane = 0; lane < FilterBank::Width; lane += hn::Lanes(tag)) {
         const bool isLaneFinite = isFull ? operation(std::true_type(), lane, rows, oldest)
@@ -231,21 +246,18 @@ template <typename T>
 HWY_INLINE bool filterWhole(FilterBank::Group &group, const double *input, size_t n, T *target,
                             size_t stride)
 {
-    return filter(
-        group, input, n, [&](auto isFull, size_t lane, const auto *rows, const auto *oldest) {
-            return average<decltype(isFull)::value>(group, lane, n, rows, oldest, target, stride);
-        });
+    return filter(group, input, n, [&](auto isFull, size_t lane, auto *rows, const auto *oldest) {
+        return average<decltype(isFull)::value>(group, lane, n, rows, oldest, target, stride);
+    });
 }
 
 template <typename T>
 HWY_INLINE bool filterPeaks(FilterBank::Group &group, const double *input, size_t n, T *peaks,
                             const size_t *ends, size_t first)
 {
-    return filter(group, input, n,
-                  [&](auto isFull, size_t lane, const auto *rows, const auto *oldest) {
-                      return peaksOf<decltype(isFull)::value>(group, lane, n, rows, oldest, peaks,
-                                                              ends, first);
-                  });
+    return filter(group, input, n, [&](auto isFull, size_t lane, auto *rows, const auto *oldest) {
+        return peaksOf<decltype(isFull)::value>(group, lane, n, rows, oldest, peaks, ends, first);
+    });
 }
 
 // The dispatcher wants plain functions.
