@@ -373,7 +373,14 @@ void TestSpectrograms::changesTracesOnlyAboveThePicture()
     QCOMPARE(desk.rows[0]->recordPen(0), plain);
     desk.rows[0]->show();
 
-    desk.spectrograms->setInFront(true);
+    desk.spectrograms->setPlace(SpectrogramPlace::Above);
+    desk.settle();
+    QCOMPARE(desk.rows[0]->recordPen(0), plain);
+
+    desk.spectrograms->setPlace(SpectrogramPlace::Instead);
+    desk.settle();
+    QCOMPARE(desk.rows[0]->recordPen(0).style(), Qt::NoPen);
+    desk.spectrograms->setAllShown(false);
     desk.settle();
     QCOMPARE(desk.rows[0]->recordPen(0), plain);
 }
@@ -540,7 +547,7 @@ void TestSpectrograms::remembersSettings()
         Desk desk;
         desk.spectrograms->setAxis("freqs(1,8,4,12)");
         desk.panel.gradientPanel()->setGradientName("Inferno");
-        desk.spectrograms->setInFront(true);
+        desk.spectrograms->setPlace(SpectrogramPlace::Above);
         desk.panel.findChildren<QComboBox *>()[1]->setCurrentIndex(ColorRange::Shared);
         desk.panel.saveState(settings);
     }
@@ -550,7 +557,7 @@ void TestSpectrograms::remembersSettings()
     QCOMPARE(desk.spectrograms->axisText(), QString("freqs(1,8,4,12)"));
     QCOMPARE(panel.gradientPanel()->gradientName(), QString("Inferno"));
     QCOMPARE(desk.spectrograms->colorRange().mode, ColorRange::Shared);
-    QVERIFY(desk.spectrograms->isInFront());
+    QCOMPARE(desk.spectrograms->place(), SpectrogramPlace::Above);
 
     desk.spectrograms->setAllShown(true);
     desk.settle();
@@ -562,12 +569,12 @@ void TestSpectrograms::menuFollowsRestoredSettings()
 {
     Desk desk;
     const SpectrogramMenu menu(desk.spectrograms, nullptr);
-    desk.spectrograms->setInFront(true);
+    desk.spectrograms->setPlace(SpectrogramPlace::Behind);
     for (QAction *action : menu.actions()) {
         if (action->shortcut() == QKeySequence("Ctrl+Shift+S"))
             action->trigger();
     }
-    QVERIFY(!desk.spectrograms->isInFront());
+    QCOMPARE(desk.spectrograms->place(), SpectrogramPlace::Instead);
 }
 
 QTEST_MAIN(TestSpectrograms)

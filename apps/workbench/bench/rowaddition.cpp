@@ -4,6 +4,11 @@
 
 namespace Workbench {
 
+bool RowAddition::areAmplitudesShown(const Tellarix::Gui::RecordWidget *) const
+{
+    return true;
+}
+
 void RowAddition::followUnit(Norvu::Gui::Trace *)
 {}
 

@@ -43,9 +43,11 @@ public:
     /** What stands at the right of a row, as wide as its size hint says or the widest one of all
      *  rows, also while it is hidden; null for a row whose traces it didn't make. */
     virtual QWidget *makeScale(Norvu::Gui::Trace *row, QWidget *parent) const = 0;
-    /** What is under the pointer; empty if there is nothing. */
+    /** What is under the pointer, which may be beyond the traces; empty if there is nothing. */
     virtual QString textAt(const Tellarix::Gui::RecordWidget *traces,
                            const QPoint &position) const = 0;
+    /** Whether there is anything in the traces' place whose height is an amplitude. */
+    virtual bool areAmplitudesShown(const Tellarix::Gui::RecordWidget *traces) const;
     /** Told when the unit of a row's samples, or their scale, is another. */
     virtual void followUnit(Norvu::Gui::Trace *row);
 

@@ -11,6 +11,8 @@ namespace {
 
 /** 50 dB, as far as a table with evenly spaced entries resolves the colours at the lower end. */
 constexpr double DynamicRange = 300;
+/** Part of the colours at either end in which differences can hardly be seen. */
+constexpr double Indistinct = 0.08;
 
 } // namespace
 
@@ -31,22 +33,40 @@ QPair<double, double> ColorRange::endsFor(double minimum, double maximum) const
     return {minimum, maximum > minimum ? maximum : minimum + 1};
 }
 
+bool AmplitudeColors::isUsable() const
+{
+    return !gradient.isEmpty() && lower < upper && (!logarithmic || lower > 0);
+}
+
+/** From 0 at the first colour to 1 at the last. */
+double AmplitudeColors::positionOf(double amplitude) const
+{
+    const double position = logarithmic ? std::log(amplitude / lower) / std::log(upper / lower)
+                                        : (amplitude - lower) / (upper - lower);
+    return std::clamp(position, 0.0, 1.0);
+}
+
 bool AmplitudeColors::fillTable(ColorTable &table, double factor) const
 {
-    if (gradient.isEmpty() || !(lower < upper) || (logarithmic && !(lower > 0)))
+    if (!isUsable())
         return false;
 
     const double first = gradient.firstKey();
     const double span = gradient.lastKey() - first;
-    const double scale = logarithmic ? std::log(upper / lower) : upper - lower;
-    const auto positionOf = [&](double amplitude) {
-        const double above = logarithmic ? std::log(amplitude / lower) : amplitude - lower;
-        return std::clamp(above / scale, 0.0, 1.0);
-    };
     table.fill(lower / factor, upper / factor, [&](double key) {
         return gradient.colorAt(first + positionOf(key * factor) * span, discrete).rgba();
     });
     return true;
+}
+
+bool AmplitudeColors::isAbove(double amplitude) const
+{
+    return isUsable() && positionOf(amplitude) < Indistinct;
+}
+
+bool AmplitudeColors::isBelow(double amplitude) const
+{
+    return isUsable() && positionOf(amplitude) > 1 - Indistinct;
 }
 
 bool AmplitudeColors::operator==(const AmplitudeColors &other) const

@@ -47,7 +47,16 @@ struct AmplitudeColors
      */
     bool fillTable(ColorTable &table, double factor) const;
 
+    /** Whether so large an amplitude has hardly another colour than the first, and so small a one
+     *  hardly another than the last. */
+    bool isAbove(double amplitude) const;
+    bool isBelow(double amplitude) const;
+
     bool operator==(const AmplitudeColors &other) const;
+
+private:
+    bool isUsable() const;
+    double positionOf(double amplitude) const;
 };
 
 } // namespace Workbench

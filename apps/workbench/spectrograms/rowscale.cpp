@@ -14,7 +14,22 @@ RowScale::RowScale(const SpectrogramRow *row, QWidget *parent) : SpectrogramScal
     connect(row, SIGNAL(wantedChanged()), this, SLOT(readRow()));
     connect(row, SIGNAL(axisChanged()), this, SLOT(readRow()));
     connect(row, SIGNAL(colorsChanged()), this, SLOT(readRow()));
+    connect(row, SIGNAL(pictureMoved()), this, SLOT(followPicture()));
     readRow();
+}
+
+/** The axis stands beside the picture, also where this is but a part of the row. */
+void RowScale::followPicture()
+{
+    const QRect picture = _row->pictureRect();
+    const int top = mapFromGlobal(_row->mapToGlobal(picture.topLeft())).y();
+    setPictureArea(top, picture == _row->canvasRect() ? 0 : picture.height());
+}
+
+void RowScale::resizeEvent(QResizeEvent *event)
+{
+    SpectrogramScale::resizeEvent(event);
+    followPicture();
 }
 
 void RowScale::readRow()

@@ -17,8 +17,12 @@ public:
     /** @param row  is read when it tells that it has changed */
     RowScale(const SpectrogramRow *row, QWidget *parent);
 
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+
 private slots:
     void readRow();
+    void followPicture();
 
 private:
     const SpectrogramRow *_row;

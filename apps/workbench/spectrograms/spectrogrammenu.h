@@ -4,6 +4,8 @@
 
 #include <QMenu>
 
+class QActionGroup;
+
 namespace Workbench {
 
 class Spectrograms;
@@ -21,14 +23,17 @@ public:
 
 private slots:
     void showState();
+    void setPlace(QAction *action);
+    void setNextPlace();
 
 private:
+    void addPlaces();
     QAction *addToggle(const QString &text, const QString &shortcut, const char *slot);
 
     Spectrograms *_spectrograms;
     QAction *_all;
     QAction *_selected;
-    QAction *_inFront;
+    QActionGroup *_places;
     QAction *_filtered;
 };
 

@@ -65,6 +65,7 @@ SpectrogramPanel::SpectrogramPanel(Bench *bench)
 
     connect(_gradient, SIGNAL(changed()), this, SLOT(applyGradient()));
     connect(_spectrograms, SIGNAL(colorsChanged()), this, SLOT(showRange()));
+    connect(_spectrograms, SIGNAL(rangeFitted()), this, SLOT(showFittedRange()));
     connect(_spectrograms, SIGNAL(shownChanged()), this, SLOT(showProblems()));
     connect(this, SIGNAL(problem(QString)), bench, SLOT(showStatus(QString)));
     setFocusProxy(_axis);
@@ -196,6 +197,17 @@ void SpectrogramPanel::showRange()
     _upper->setText(numberText(range.second));
 }
 
+void SpectrogramPanel::showFittedRange()
+{
+    const ColorRange &range = _spectrograms->colorRange();
+    _mode->setCurrentIndex(range.mode);
+    _lower->setText(numberText(range.lower));
+    _upper->setText(numberText(range.upper));
+    _rangeProblem.clear();
+    showProblems();
+    showRange();
+}
+
 void SpectrogramPanel::applyGradient()
 {
     _spectrograms->setGradient(_gradient->gradient(), _gradient->isDiscrete());
@@ -219,7 +231,9 @@ void SpectrogramPanel::restoreState(QSettings &settings)
     if (!readRange(range).isEmpty())
         _mode->setCurrentIndex(ColorRange::Automatic);
     applyRange();
-    _spectrograms->setInFront(settings.value("inFront").toBool());
+    const int place = settings.value("place").toInt();
+    _spectrograms->setPlace(static_cast<SpectrogramPlace>(
+        qBound(0, place, static_cast<int>(SpectrogramPlace::Instead))));
     settings.endGroup();
 }
 
@@ -232,7 +246,7 @@ void SpectrogramPanel::saveState(QSettings &settings) const
     settings.setValue("lower", _lower->text());
     settings.setValue("upper", _upper->text());
     settings.setValue("logarithmic", _logarithmic->isChecked());
-    settings.setValue("inFront", _spectrograms->isInFront());
+    settings.setValue("place", static_cast<int>(_spectrograms->place()));
     _gradient->saveSettings(settings);
     settings.endGroup();
 }

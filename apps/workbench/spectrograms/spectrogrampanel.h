@@ -46,6 +46,7 @@ private slots:
     void applyRange();
     void applyGradient();
     void showRange();
+    void showFittedRange();
     void showProblems();
 
 private:

@@ -5,10 +5,10 @@
 #include <tellarix/core/records/recordsequence.h>
 #include <tellarix/qt/scheme.h>
 
+#include <QMouseEvent>
 #include <QPainter>
 
 #include <algorithm>
-#include <utility>
 
 using namespace Tellarix;
 using Core::Time;
@@ -22,28 +22,7 @@ namespace Workbench {
 namespace {
 
 constexpr int RowSlot = 0;
-/** Values that are worked out at once: some milliseconds, and tens where memory is slow. */
-constexpr double PieceValues = 4E6;
-/** Longest periods of the axis until the filters have forgotten that there was nothing before. */
-constexpr double RunIn = 3;
-/** What is worked out beside the visible stretch on either side, in parts of it. */
-constexpr double Margin = 0.25;
-/** Columns that make up a pixel, from which on coarser ones are made. */
-constexpr int FinestColumns = 8;
-constexpr int LongestInterval = 1 << 20;
-/** Panning makes a stretch longer until it has so many times the length that is wanted. */
-constexpr double LongestStretch = 3;
-/** Memory of a stretch in parts of what the wanted one takes, from which on it is a waste. */
-constexpr double Oversized = 1.5;
-constexpr int PenAlpha = 150;
 constexpr double LineContrast = 3;
-constexpr int HintPadding = 6;
-
-double longestPeriod(const SpectrogramSettings &axis)
-{
-    return axis.mode == SpectrogramSettings::Periods ? std::max(axis.lower, axis.upper)
-                                                     : 1 / std::min(axis.lower, axis.upper);
-}
 
 /** @p color as it looks above @p background. */
 QColor blended(const QColor &color, const QColor &background)
@@ -59,7 +38,8 @@ QColor blended(const QColor &color, const QColor &background)
 
 } // namespace
 
-SpectrogramRow::SpectrogramRow(QWidget *parent) : SpectrogramRecordWidget(parent)
+SpectrogramRow::SpectrogramRow(QWidget *parent)
+    : SpectrogramRecordWidget(parent), _pen(this, RowSlot)
 {
     _axis.logarithmic = false;
     setSpectrogramSlot(RowSlot);
@@ -84,10 +64,44 @@ void SpectrogramRow::setAxis(const SpectrogramSettings &settings)
     emit axisChanged();
 }
 
-void SpectrogramRow::setInFront(bool inFront)
+// Place
+
+void SpectrogramRow::setPlace(SpectrogramPlace place)
 {
-    _inFront = inFront;
-    setDrawSpectrogramInFront(inFront);
+    if (place == _place)
+        return;
+    _place = place;
+    update();
+}
+
+void SpectrogramRow::setBand(QWidget *band)
+{
+    _band = band;
+    connect(band, SIGNAL(destroyed()), this, SIGNAL(pictureMoved()));
+    update();
+}
+
+void SpectrogramRow::followBand()
+{
+    emit pictureMoved();
+}
+
+QRect SpectrogramRow::spectrogramRect() const
+{
+    const QRect canvas = canvasRect();
+    if (!_band)
+        return canvas;
+    return QRect(canvas.left(), _band->y() - y(), canvas.width(), _band->height());
+}
+
+bool SpectrogramRow::areTracesShown() const
+{
+    return _place != SpectrogramPlace::Instead || !coversTraces();
+}
+
+bool SpectrogramRow::isInSight() const
+{
+    return !visibleRegion().isEmpty() || (_band && !_band->visibleRegion().isEmpty());
 }
 
 // Colours
@@ -106,6 +120,7 @@ void SpectrogramRow::applyColors()
     setColorLUT(_colors.fillTable(_table, unitFactor()) ? &_table : nullptr);
     for (SpectrogramItem &item : _former)
         item = {item.spectrogram, QImage(), -1, 0};
+    updateHint();
     emit colorsChanged();
 }
 
@@ -122,14 +137,14 @@ QColor SpectrogramRow::quietColor() const
     return _colors.gradient.isEmpty() ? base : blended(_colors.gradient.first().first, base);
 }
 
-/** Whether most of the traces in view stand above colours. */
+/** Whether most of the traces in view have colours at their place. */
 bool SpectrogramRow::coversTraces() const
 {
-    if (!_wanted || _inFront || _colors.gradient.isEmpty() || !isOfTheseRecords())
+    if (!_wanted || _band || _colors.gradient.isEmpty() || !isOfTheseRecords())
         return false;
     if (!_former.empty())
         return true;
-    const TimeWindow data = visibleData();
+    const TimeWindow data = plan().visibleData();
     const TimeWindow covered = spectrogramTimeWindow().overlap(data);
     return !covered.isEmpty() && 2 * covered.length().length() >= data.length().length();
 }
@@ -137,38 +152,12 @@ bool SpectrogramRow::coversTraces() const
 /** Above the colours of small amplitudes a dark trace, or a light one, can't be seen. */
 void SpectrogramRow::updateTracePen()
 {
-    if (!coversTraces()) {
-        restorePen();
-        return;
-    }
-    const QColor background = quietColor();
-    const bool isDark =
-        Gui::contrastRatio(Qt::white, background) > Gui::contrastRatio(Qt::black, background);
-    QColor color(isDark ? Qt::white : Qt::black);
-    color.setAlpha(PenAlpha);
-    QPen pen(color, Gui::Scheme::Current().records.lineWidth);
-    pen.setCosmetic(true);
-    if (recordPen(RowSlot) == pen)
-        return;
-    if (!_hasPictureColor) {
-        const QPen before = recordPen(RowSlot);
-        removeRecordPen(RowSlot);
-        if (before != recordPen(RowSlot))
-            _ownPen = before;
-    }
-    _hasPictureColor = true;
-    setRecordPen(RowSlot, pen);
-}
-
-/** Gives the traces the pen back that they had before there was a picture. */
-void SpectrogramRow::restorePen()
-{
-    if (!_hasPictureColor)
-        return;
-    _hasPictureColor = false;
-    removeRecordPen(RowSlot);
-    if (const auto pen = std::exchange(_ownPen, std::nullopt))
-        setRecordPen(RowSlot, *pen);
+    if (!coversTraces())
+        _pen.restore();
+    else if (_place == SpectrogramPlace::Instead)
+        _pen.set(Qt::NoPen);
+    else
+        _pen.set(penAbovePicture(quietColor(), samplesPerPixel()));
 }
 
 double SpectrogramRow::unitFactor() const
@@ -214,15 +203,6 @@ const RecordSequence *SpectrogramRow::source() const
     return spectrogramRecords(RowSlot);
 }
 
-/** What there is of the visible stretch; may be empty. */
-TimeWindow SpectrogramRow::visibleData() const
-{
-    const RecordSequence *records = source();
-    if (!records || records->isEmpty())
-        return TimeWindow();
-    return records->timeWindow().overlap(TimeWindow(leftTime(), rightTime()));
-}
-
 /** Nobody tells of a new filter while filtering is switched off. */
 bool SpectrogramRow::isOfTheseRecords() const
 {
@@ -231,22 +211,13 @@ bool SpectrogramRow::isOfTheseRecords() const
 
 bool SpectrogramRow::isUpToDate() const
 {
-    return isOfTheseRecords() && hasFittingColumns();
+    return isOfTheseRecords() && plan().fits(spectrogramColumnInterval());
 }
 
 bool SpectrogramRow::isComplete() const
 {
-    const TimeWindow data = visibleData();
+    const TimeWindow data = plan().visibleData();
     return data.isEmpty() || (isUpToDate() && spectrogramTimeWindow().contains(data));
-}
-
-/** The visible stretch, some more to pan into, and what the filters need to run in. Behind the
- *  data it goes on, for records that arrive live. */
-TimeWindow SpectrogramRow::wantedStretch() const
-{
-    const TimeSpan margin((rightTime() - leftTime()).length() * Margin);
-    const Time start = leftTime() - margin - TimeSpan(RunIn * longestPeriod(_axis));
-    return {std::max(start, source()->timeWindow().startTime()), rightTime() + margin};
 }
 
 /** Of the first record that has one, 0 without any. */
@@ -265,45 +236,24 @@ double SpectrogramRow::samplesPerPixel() const
     return samplingFrequency() / (timeScale() * devicePixelRatioF());
 }
 
-/** Samples of a column, of which one or two make up a pixel. */
-int SpectrogramRow::wantedInterval() const
+StretchPlan SpectrogramRow::plan() const
 {
-    int interval = 1;
-    while (interval < LongestInterval && 2 * interval <= samplesPerPixel())
-        interval *= 2;
-    return interval;
-}
-
-/** Whether columns are fine enough for the pixels, and not so fine that they are a waste. */
-bool SpectrogramRow::hasFittingColumns() const
-{
-    const int interval = spectrogramColumnInterval();
-    const int wanted = wantedInterval();
-    return interval <= wanted && wanted < FinestColumns * interval;
-}
-
-/** Bytes that the wanted stretch takes. */
-double SpectrogramRow::stretchMemory() const
-{
-    const TimeWindow data = source()->timeWindow().overlap(wantedStretch());
-    return data.isEmpty() ? 0
-                          : data.length().length() * samplingFrequency() / wantedInterval() *
-                                _axis.bands * sizeof(float);
+    const RecordSequence *records = source();
+    return StretchPlan({{leftTime(), rightTime()},
+                        records ? records->timeWindow() : TimeWindow(),
+                        samplingFrequency(),
+                        samplesPerPixel(),
+                        _axis});
 }
 
 double SpectrogramRow::memoryNeeded() const
 {
-    return isComplete() ? 0 : stretchMemory();
+    return isComplete() ? 0 : plan().memory();
 }
 
 bool SpectrogramRow::isOversized() const
 {
-    return isUpToDate() && static_cast<double>(spectrogramSize()) > Oversized * stretchMemory();
-}
-
-TimeSpan SpectrogramRow::pieceLength() const
-{
-    return TimeSpan(std::max(1.0, PieceValues / (samplingFrequency() * _axis.bands)));
+    return isUpToDate() && plan().isExceededBy(static_cast<double>(spectrogramSize()));
 }
 
 bool SpectrogramRow::workOut(size_t memory)
@@ -315,19 +265,19 @@ bool SpectrogramRow::workOut(size_t memory)
     if (needed > static_cast<double>(memory)) {
         setSpectrogramEnabled(false);
         _former.clear();
-        setHint(tr("Zoom in for the spectrogram: this much of it takes %1 GB of memory")
-                    .arg(QString::number(needed / 1E9, 'f', 1)));
-        _hintWindow = {leftTime(), rightTime()};
+        setMemoryHint(tr("Zoom in for the spectrogram: this much of it takes %1 GB of memory")
+                          .arg(QString::number(needed / 1E9, 'f', 1)));
+        _memoryWindow = {leftTime(), rightTime()};
         return false;
     }
     if (needed + static_cast<double>(memoryUsed()) > static_cast<double>(memory))
         forgetFormer();
-    const TimeWindow stretch = wantedStretch();
-    setHint(QString());
-    if (canGoOn(stretch))
-        goOn(stretch);
+    const StretchPlan plan = this->plan();
+    setMemoryHint(QString());
+    if (isUpToDate() && plan.canGoOn(spectrogramTimeWindow()))
+        goOn(plan);
     else
-        beginAnew(stretch);
+        beginAnew(plan);
     if (isComplete()) {
         _hasBeenComplete = true;
         _former.clear();
@@ -336,22 +286,9 @@ bool SpectrogramRow::workOut(size_t memory)
     return true;
 }
 
-bool SpectrogramRow::canGoOn(const TimeWindow &stretch) const
+void SpectrogramRow::goOn(const StretchPlan &plan)
 {
-    const TimeWindow done = spectrogramTimeWindow();
-    return isUpToDate() && done.startTime() <= visibleData().startTime() &&
-           done.endTime() >= stretch.startTime() &&
-           (stretch.endTime() - done.startTime()).length() <=
-               LongestStretch * stretch.length().length();
-}
-
-void SpectrogramRow::goOn(const TimeWindow &stretch)
-{
-    const TimeWindow done = spectrogramTimeWindow();
-    const Time next = done.endTime() + pieceLength();
-    const Time dataEnd = source()->timeWindow().endTime();
-    setSpectrogramTimeWindow(
-        {done.startTime(), next < dataEnd ? std::min(next, stretch.endTime()) : stretch.endTime()});
+    setSpectrogramTimeWindow(plan.withNextPiece(spectrogramTimeWindow()));
 }
 
 /** A zoom asks for other columns of the same records: until there are enough of them the old ones
@@ -375,29 +312,30 @@ void SpectrogramRow::forgetFormer()
     _hasBeenComplete = false;
 }
 
-void SpectrogramRow::beginAnew(const TimeWindow &stretch)
+void SpectrogramRow::beginAnew(const StretchPlan &plan)
 {
     keepFormer();
     setSpectrogramEnabled(false);
     _content = content();
-    setSpectrogramColumnInterval(wantedInterval());
-    setSpectrogramTimeWindow({stretch.startTime(), stretch.startTime()});
+    setSpectrogramColumnInterval(plan.columnInterval());
+    const Time start = plan.stretch().startTime();
+    setSpectrogramTimeWindow({start, start});
     setSpectrogramEnabled(true);
-    goOn(stretch);
+    goOn(plan);
 }
 
 void SpectrogramRow::release()
 {
-    setHint(QString());
+    setMemoryHint(QString());
     _former.clear();
     setSpectrogramEnabled(false);
 }
 
-void SpectrogramRow::setHint(const QString &hint)
+void SpectrogramRow::setMemoryHint(const QString &hint)
 {
-    if (hint == _hint)
+    if (hint == _memoryHint)
         return;
-    _hint = hint;
+    _memoryHint = hint;
     update();
 }
 
@@ -448,31 +386,34 @@ void SpectrogramRow::drawAlignment(QPainter &painter) const
         return;
     const QColor color =
         Gui::readableColor(Gui::Scheme::Current().records.alignment, quietColor(), LineContrast);
-    painter.fillRect(QRect(mapTime(alignment()), 0, 1, height()) & canvasRect(), color);
+    const QRect picture = spectrogramRect();
+    painter.fillRect(QRect(mapTime(alignment()), picture.top(), 1, picture.height()) & picture,
+                     color);
 }
 
-/** Why there is nothing to be seen; empty if nothing is missing. */
-QString SpectrogramRow::hint() const
+/** Why there is nothing to be seen, if something is missing. */
+void SpectrogramRow::updateHint()
 {
-    if (records(RowSlot) && !source() && !filter())
-        return tr("No spectrogram: the traces have no filter");
-    const bool isForThis =
-        _hintWindow.startTime() == leftTime() && _hintWindow.endTime() == rightTime();
-    return isForThis ? _hint : QString();
-}
-
-/** Above the traces, so that it can be read, and in a corner, so that they can be. */
-void SpectrogramRow::drawHint(QPainter &painter) const
-{
-    const QRect room = canvasRect().adjusted(HintPadding, 0, -HintPadding, -1);
-    const QString text = painter.fontMetrics().elidedText(hint(), Qt::ElideRight, room.width());
-    if (!_wanted || text.isEmpty())
-        return;
-    const QRect area = painter.boundingRect(room, Qt::AlignRight | Qt::AlignBottom, text);
-    painter.fillRect(area.adjusted(-HintPadding, 0, HintPadding, 0),
-                     palette().color(backgroundRole()));
-    painter.setPen(palette().color(foregroundRole()));
-    painter.drawText(area, Qt::AlignCenter, text);
+    const TimeWindow visible(leftTime(), rightTime());
+    const bool isForThis = _memoryWindow.startTime() == visible.startTime() &&
+                           _memoryWindow.endTime() == visible.endTime();
+    QString text, action;
+    if (!_wanted) {
+        text.clear();
+    } else if (records(RowSlot) && !source() && !filter()) {
+        text = tr("No spectrogram: the traces have no filter");
+    } else if (isForThis && !_memoryHint.isEmpty()) {
+        text = _memoryHint;
+    } else if (hasPicture() && isOfTheseRecords()) {
+        const QPair<double, double> range = amplitudeRange();
+        if (_colors.isAbove(range.second))
+            text = tr("The spectrogram lies below the range of the colours.");
+        else if (_colors.isBelow(range.first))
+            text = tr("The spectrogram lies above the range of the colours.");
+        if (!text.isEmpty())
+            action = tr("Fit the range");
+    }
+    _hint.setText(text, action);
 }
 
 void SpectrogramRow::drawSpectrogram(QPainter &painter)
@@ -488,22 +429,50 @@ void SpectrogramRow::drawSpectrogram(QPainter &painter)
         emit incomplete();
 }
 
+void SpectrogramRow::paintBand(QPainter &painter)
+{
+    painter.fillRect(spectrogramRect(), Gui::Scheme::Current().records.background);
+    if (isSpectrogramDisplayEnabled())
+        drawSpectrogram(painter);
+}
+
+/** Whatever is another picture paints the row, from where the band is told. */
 void SpectrogramRow::customPaintTracesBegin(QPainter &painter)
 {
     updateTracePen(); // The view has moved, or more of it has been worked out.
-    SpectrogramRecordWidget::customPaintTracesBegin(painter);
+    if (_band)
+        _band->update();
+    else
+        SpectrogramRecordWidget::customPaintTracesBegin(painter);
 }
 
 void SpectrogramRow::customPaintTracesEnd(QPainter &painter)
 {
-    SpectrogramRecordWidget::customPaintTracesEnd(painter);
-    drawHint(painter);
+    updateHint();
+    _hint.paint(painter, canvasRect(), *this);
+}
+
+void SpectrogramRow::mousePressEvent(QMouseEvent *event)
+{
+    if (event->button() == Qt::LeftButton && _hint.isActionAt(event->pos()))
+        emit rangeFitRequested();
+    else
+        SpectrogramRecordWidget::mousePressEvent(event);
+}
+
+void SpectrogramRow::mouseMoveEvent(QMouseEvent *event)
+{
+    SpectrogramRecordWidget::mouseMoveEvent(event);
+    if (_hint.isActionAt(event->pos()))
+        setCursor(Qt::PointingHandCursor);
+    else if (cursor().shape() == Qt::PointingHandCursor)
+        unsetCursor();
 }
 
 /** Traces are drawn elsewhere in the meantime, without the picture. */
 void SpectrogramRow::hideEvent(QHideEvent *event)
 {
-    restorePen();
+    _pen.restore();
     SpectrogramRecordWidget::hideEvent(event);
 }
 

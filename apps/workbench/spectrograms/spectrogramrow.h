@@ -3,14 +3,17 @@
 #pragma once
 
 #include "amplitudecolors.h"
+#include "picturepen.h"
+#include "rowhint.h"
+#include "spectrogramplace.h"
+#include "stretchplan.h"
 
 #include <norvu/gui/spectrogramaxis.h>
 #include <norvu/gui/spectrogramrecordwidget.h>
 
-#include <QPen>
+#include <QPointer>
 
 #include <deque>
-#include <optional>
 
 namespace Workbench {
 
@@ -33,6 +36,21 @@ public:
     /** Sets the axis; what was worked out is dropped. */
     void setAxis(const Norvu::Gui::SpectrogramSettings &settings);
     const Norvu::Gui::SpectrogramSettings &axis() const { return _axis; }
+
+    void setPlace(SpectrogramPlace place);
+    /** Has the spectrogram painted by @p band, a neighbour above this widget, as long as it lives.
+     */
+    void setBand(QWidget *band);
+    /** To be called when the band has another place or size. */
+    void followBand();
+    /** Paints what belongs into the band; the painter's origin is that of this widget. */
+    void paintBand(QPainter &painter);
+    /** Where the picture stands, in coordinates of this widget. */
+    QRect pictureRect() const { return spectrogramRect(); }
+    /** Whether traces can be seen: not where the picture stands in their place. */
+    bool areTracesShown() const;
+    /** Whether anything of the row, or its band, can be seen. */
+    bool isInSight() const;
 
     void setColors(const AmplitudeColors &colors);
     const AmplitudeColors &colors() const { return _colors; }
@@ -67,9 +85,6 @@ public:
 
     void fed(int slot, const Tellarix::Record *record) override;
 
-public slots:
-    void setInFront(bool inFront);
-
 signals:
     /** The row is painted and isn't complete. */
     void incomplete();
@@ -77,12 +92,19 @@ signals:
     void wantedChanged();
     void axisChanged();
     void colorsChanged();
+    /** The picture has another place or size. */
+    void pictureMoved();
+    /** The user wants colours in which the picture can be seen. */
+    void rangeFitRequested();
 
 protected:
+    QRect spectrogramRect() const override;
     void changedRecords(int slot, Tellarix::RecordSequence *sequence) override;
     void customPaintTracesBegin(QPainter &painter) override;
     void customPaintTracesEnd(QPainter &painter) override;
     void drawSpectrogram(QPainter &painter) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
     void hideEvent(QHideEvent *event) override;
 
 private:
@@ -101,42 +123,35 @@ private:
     bool isOfTheseRecords() const;
     bool isUpToDate() const;
     double samplingFrequency() const;
-    Tellarix::Core::TimeWindow visibleData() const;
-    Tellarix::Core::TimeWindow wantedStretch() const;
-    double stretchMemory() const;
-    double samplesPerPixel() const;
-    int wantedInterval() const;
-    bool hasFittingColumns() const;
-    bool canGoOn(const Tellarix::Core::TimeWindow &stretch) const;
-    void goOn(const Tellarix::Core::TimeWindow &stretch);
-    void beginAnew(const Tellarix::Core::TimeWindow &stretch);
+    StretchPlan plan() const;
+    void goOn(const StretchPlan &plan);
+    void beginAnew(const StretchPlan &plan);
     void keepFormer();
     void forgetFormer();
     void applyColors();
-    Tellarix::Core::TimeSpan pieceLength() const;
     double unitFactor() const;
-    void setHint(const QString &hint);
+    double samplesPerPixel() const;
+    void setMemoryHint(const QString &hint);
     QColor quietColor() const;
     bool coversTraces() const;
     void updateTracePen();
-    void restorePen();
-    QString hint() const;
+    void updateHint();
     void drawAlignment(QPainter &painter) const;
-    void drawHint(QPainter &painter) const;
 
     Norvu::Gui::SpectrogramSettings _axis;
     AmplitudeColors _colors;
     ColorTable _table;
-    QString _hint;
-    Tellarix::Core::TimeWindow _hintWindow; /**< was visible when the hint was given */
+    RowHint _hint;
+    QString _memoryHint;
+    Tellarix::Core::TimeWindow _memoryWindow; /**< was visible when that hint was given */
     Content _content;
     std::deque<SpectrogramItem> _former; /**< painted until the new ones have come so far */
     QPair<double, double> _formerRange;  /**< in the unit of the samples */
     bool _hasBeenComplete{false};        /**< since the spectrogram was begun */
-    std::optional<QPen> _ownPen;         /**< that the traces have without a picture */
-    bool _hasPictureColor{false}; /**< traces have a colour that can be seen above the picture */
     bool _wanted{false};
-    bool _inFront{false};
+    SpectrogramPlace _place{SpectrogramPlace::Behind};
+    PicturePen _pen;
+    QPointer<QWidget> _band;
 };
 
 } // namespace Workbench

@@ -3,6 +3,7 @@
 #include "spectrograms.h"
 
 #include "rowscale.h"
+#include "spectrogramband.h"
 #include "spectrogramrow.h"
 
 #include <norvu/gui/gradients.h>
@@ -30,6 +31,8 @@ namespace {
 
 /** What a spectrogram needs to be read. */
 constexpr int RowHeight = 96;
+/** What traces need below a picture that has a height of its own. */
+constexpr int TraceHeight = 36;
 constexpr auto DefaultAxis = "periods_log(0.1,30,10,64)";
 /** More rows than a screen has pixels, and filters that take long. */
 constexpr int MostBands = 2048;
@@ -46,11 +49,6 @@ size_t defaultMemoryLimit()
     return static_cast<size_t>(pages) * static_cast<size_t>(pageSize) / 4;
 }
 
-bool isInSight(const QWidget *widget)
-{
-    return !widget->visibleRegion().isEmpty();
-}
-
 } // namespace
 
 Spectrograms::Spectrograms(TraceView *view)
@@ -61,8 +59,8 @@ Spectrograms::Spectrograms(TraceView *view)
     _timer.setSingleShot(true);
     connect(&_timer, SIGNAL(timeout()), this, SLOT(workOn()));
     connect(view, SIGNAL(layoutOrContentChanged()), this, SLOT(updateRows()));
-    for (const char *signal :
-         {SIGNAL(shownChanged()), SIGNAL(axisChanged()), SIGNAL(colorsChanged())})
+    for (const char *signal : {SIGNAL(shownChanged()), SIGNAL(axisChanged()),
+                               SIGNAL(colorsChanged()), SIGNAL(placeChanged())})
         connect(this, signal, this, SIGNAL(changed()));
 }
 
@@ -78,7 +76,7 @@ Gui::RecordWidget *Spectrograms::makeTraces() const
 
 int Spectrograms::rowHeight() const
 {
-    return RowHeight;
+    return _place == SpectrogramPlace::Above ? TraceHeight : RowHeight;
 }
 
 QWidget *Spectrograms::makeScale(Trace *trace, QWidget *parent) const
@@ -93,6 +91,12 @@ QString Spectrograms::textAt(const Gui::RecordWidget *traces, const QPoint &posi
     return row ? row->spectrogramText(position) : QString();
 }
 
+bool Spectrograms::areAmplitudesShown(const Gui::RecordWidget *traces) const
+{
+    const auto *row = qobject_cast<const SpectrogramRow *>(traces);
+    return !row || row->areTracesShown();
+}
+
 void Spectrograms::followUnit(Trace *trace)
 {
     if (SpectrogramRow *row = rowOf(trace))
@@ -105,6 +109,7 @@ void Spectrograms::adopt(const QList<Trace *> &traces)
         if (SpectrogramRow *row = rowOf(trace))
             adopt(row);
     }
+    applyPlace(traces);
     if (_shownInNewRows && !traces.isEmpty()) {
         updateColors();
         emit shownChanged();
@@ -115,10 +120,10 @@ void Spectrograms::adopt(SpectrogramRow *row)
 {
     row->setWanted(_shownInNewRows);
     row->setAxis(_axis);
-    row->setInFront(_inFront);
     row->useFilteredRecords(_filtered);
     connect(row, SIGNAL(incomplete()), &_timer, SLOT(start()), Qt::UniqueConnection);
     connect(row, SIGNAL(amplitudeRangeChanged()), this, SLOT(updateColors()), Qt::UniqueConnection);
+    connect(row, SIGNAL(rangeFitRequested()), this, SLOT(fitRange()), Qt::UniqueConnection);
 }
 
 QList<SpectrogramRow *> Spectrograms::wantedRows() const
@@ -156,6 +161,7 @@ void Spectrograms::setShown(const QList<Trace *> &traces, bool shown)
         if (SpectrogramRow *row = rowOf(trace))
             row->setWanted(shown);
     }
+    applyPlace(traces);
     updateColors();
     emit shownChanged();
 }
@@ -215,14 +221,26 @@ QStringList Spectrograms::rateProblems() const
     return problems;
 }
 
-void Spectrograms::setInFront(bool inFront)
+void Spectrograms::setPlace(SpectrogramPlace place)
 {
-    _inFront = inFront;
-    for (const Trace *trace : _view->items()) {
-        if (SpectrogramRow *row = rowOf(trace))
-            row->setInFront(inFront);
-    }
+    if (place == _place)
+        return;
+    _place = place;
+    applyPlace(_view->items());
     emit placeChanged();
+}
+
+void Spectrograms::applyPlace(const QList<Trace *> &traces)
+{
+    for (Trace *trace : traces) {
+        SpectrogramRow *row = rowOf(trace);
+        if (!row)
+            continue;
+        row->setPlace(_place);
+        const bool hasBand = row->isWanted() && _place == SpectrogramPlace::Above;
+        if (hasBand != (trace->upperWidget() != nullptr))
+            trace->setUpperWidget(hasBand ? new SpectrogramBand(row, trace) : nullptr);
+    }
 }
 
 void Spectrograms::useFilteredRecords(bool use)
@@ -244,7 +262,7 @@ void Spectrograms::workOn()
     QElapsedTimer time;
     time.start();
     for (SpectrogramRow *row : wantedRows()) {
-        while (isInSight(row) && row->workOut(roomFor(row))) {
+        while (row->isInSight() && row->workOut(roomFor(row))) {
             if (time.elapsed() >= TurnMilliseconds) {
                 _timer.start();
                 return;
@@ -273,7 +291,7 @@ size_t Spectrograms::roomFor(const SpectrogramRow *row) const
     for (SpectrogramRow *other : rows) {
         if (row->memoryNeeded() <= static_cast<double>(room))
             break;
-        if (other == row || (isInSight(other) && !other->isOversized()))
+        if (other == row || (other->isInSight() && !other->isOversized()))
             continue;
         room += other->memoryUsed();
         other->release();
@@ -298,6 +316,21 @@ void Spectrograms::setColorRange(const ColorRange &range)
         return;
     _range = range;
     updateColors();
+}
+
+void Spectrograms::fitRange()
+{
+    const QPair<double, double> shared = sharedRange();
+    if (!(shared.first < shared.second))
+        return;
+    ColorRange range = _range;
+    range.mode = ColorRange::Shared;
+    const QPair<double, double> ends = range.endsFor(shared.first, shared.second);
+    range.mode = ColorRange::Fixed;
+    range.lower = ends.first;
+    range.upper = ends.second;
+    setColorRange(range);
+    emit rangeFitted();
 }
 
 QPair<double, double> Spectrograms::currentRange() const

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "amplitudecolors.h"
+#include "spectrogramplace.h"
 
 #include "bench/rowaddition.h"
 
@@ -44,6 +45,7 @@ public:
     QWidget *makeScale(Norvu::Gui::Trace *row, QWidget *parent) const override;
     QString textAt(const Tellarix::Gui::RecordWidget *traces,
                    const QPoint &position) const override;
+    bool areAmplitudesShown(const Tellarix::Gui::RecordWidget *traces) const override;
 
     void followUnit(Norvu::Gui::Trace *row) override;
 
@@ -68,7 +70,7 @@ public:
      *  nothing. */
     QPair<double, double> currentRange() const;
 
-    bool isInFront() const { return _inFront; }
+    SpectrogramPlace place() const { return _place; }
     bool areFilteredRecordsUsed() const { return _filtered; }
     /** Bytes that all spectrograms may take together. */
     void setMemoryLimit(size_t bytes) { _memoryLimit = bytes; }
@@ -79,14 +81,18 @@ public slots:
     void setAllShown(bool shown);
     /** Switches the spectrograms of the selected rows, without any that of the current one. */
     void toggleSelected();
-    void setInFront(bool inFront);
+    void setPlace(Workbench::SpectrogramPlace place);
+    /** Fixes the range of the colours to what the rows that are shown need; nothing happens while
+     *  there is no picture. */
+    void fitRange();
     void useFilteredRecords(bool use);
 
 signals:
     /** Spectrograms of some rows were switched on or off. */
     void shownChanged();
-    /** They went in front of the traces, or behind them. */
     void placeChanged();
+    /** The range was changed by fitRange(). */
+    void rangeFitted();
     void axisChanged();
     void colorsChanged();
 
@@ -98,6 +104,7 @@ private slots:
 private:
     void adopt(SpectrogramRow *row);
     SpectrogramRow *rowOf(const Norvu::Gui::Trace *trace) const;
+    void applyPlace(const QList<Norvu::Gui::Trace *> &rows);
     QList<SpectrogramRow *> wantedRows() const;
     size_t roomFor(const SpectrogramRow *row) const;
     QPair<double, double> sharedRange() const;
@@ -110,7 +117,7 @@ private:
     ColorRange _range;
     size_t _memoryLimit;
     bool _shownInNewRows{false};
-    bool _inFront{false};
+    SpectrogramPlace _place{SpectrogramPlace::Behind};
     bool _filtered{false};
     QTimer _timer; /**< runs while rows have something to work out */
 };

@@ -109,17 +109,19 @@ QString PointerReport::heightText(double value, const QString &unit) const
 
 QString PointerReport::textAt(const Gui::RecordWidget &traces, const QPoint &position) const
 {
-    if (!traces.canvasRect().contains(position))
+    const RowAddition *addition = _rows->addition();
+    const QString added = addition ? addition->textAt(&traces, position) : QString();
+    const bool isInCanvas = traces.canvasRect().contains(position);
+    if (!isInCanvas && added.isEmpty())
         return QString();
     const int slot = traces.currentRecords();
     QString text =
         timeAndSample(traces, slot, traces.unmapTime(position.x()), 1 / traces.timeScale());
     const RecordSequence *records = traces.displayedRecords(slot);
-    if (records && !records->isEmpty())
+    const bool hasAmplitude = isInCanvas && (!addition || addition->areAmplitudesShown(&traces));
+    if (hasAmplitude && records && !records->isEmpty())
         text +=
             heightText(TraceView::crosshairValue(&traces, position.y()), traces.recordUnit(slot));
-    const RowAddition *addition = _rows->addition();
-    const QString added = addition ? addition->textAt(&traces, position) : QString();
     return added.isEmpty() ? text : text + Separator + added;
 }
 

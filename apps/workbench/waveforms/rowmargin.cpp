@@ -8,7 +8,11 @@
 #include <norvu/gui/vruler.h>
 #include <tellarix/qt/records/recordwidget.h>
 
+#include <QEvent>
 #include <QHBoxLayout>
+#include <QVBoxLayout>
+
+#include <algorithm>
 
 using Norvu::Gui::Trace;
 using Norvu::Gui::VRuler;
@@ -20,6 +24,35 @@ RowMargin::RowMargin(Trace *row) : QWidget(row), _row(row)
     auto *layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(Trace::Spacing());
+    row->recordWidget()->installEventFilter(this);
+}
+
+void RowMargin::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    placeRuler();
+}
+
+bool RowMargin::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::Move || event->type() == QEvent::Resize)
+        placeRuler();
+    return QWidget::eventFilter(watched, event);
+}
+
+/** The traces may have less than the height of the row. */
+void RowMargin::placeRuler()
+{
+    if (_rulerColumn)
+        _rulerColumn->layout()->setContentsMargins(0, std::max(0, _row->recordWidget()->y() - y()),
+                                                   0, 0);
+}
+
+void RowMargin::setRulerUsed(bool used)
+{
+    _rulerUsed = used;
+    if (_ruler)
+        _ruler->setVisible(used);
 }
 
 void RowMargin::setRulerShown(bool show)
@@ -29,7 +62,8 @@ void RowMargin::setRulerShown(bool show)
     if (show) {
         addRuler();
     } else {
-        delete _ruler;
+        delete _rulerColumn;
+        _rulerColumn = nullptr;
         _ruler = nullptr;
     }
 }
@@ -37,12 +71,20 @@ void RowMargin::setRulerShown(bool show)
 void RowMargin::addRuler()
 {
     auto *widget = _row->recordWidget();
-    _ruler = new VRuler(this);
+    _rulerColumn = new QWidget(this);
+    auto *column = new QVBoxLayout(_rulerColumn);
+    _ruler = new VRuler(_rulerColumn);
+    QSizePolicy policy = _ruler->sizePolicy();
+    policy.setRetainSizeWhenHidden(true);
+    _ruler->setSizePolicy(policy);
+    column->addWidget(_ruler);
     _ruler->setInteractive(false);
     // Room for ticks, the longest number, and the unit beside it.
     _ruler->setFixedWidth(fontMetrics().horizontalAdvance("-8.8e+08") + 2 * fontMetrics().height());
-    static_cast<QHBoxLayout *>(layout())->insertWidget(0, _ruler);
-    _ruler->show(); // what isn't shown yet counts for nothing in size hints
+    static_cast<QHBoxLayout *>(layout())->insertWidget(0, _rulerColumn);
+    placeRuler();
+    _rulerColumn->show();
+    _ruler->setVisible(_rulerUsed); // what isn't shown yet counts for nothing in size hints
     connect(widget, SIGNAL(traceUpdated(Tellarix::Gui::RecordWidget *)), this, SLOT(updateRuler()));
     updateRuler();
 }

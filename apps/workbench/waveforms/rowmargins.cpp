@@ -65,6 +65,8 @@ void RowMargins::update()
         if (_hasAdditions)
             _rowHeight = _view->minimumRowHeight(); // as the user has made it
         applyRowHeight();
+    } else if (_hasAdditions) {
+        applyRowHeight(); // what is added may be somewhere else
     }
     updateWidths();
 }
@@ -81,6 +83,7 @@ void RowMargins::update(Trace *row)
     auto *margin = static_cast<RowMargin *>(row->extraWidget());
     margin->setRulerShown(_rulersShown);
     margin->setScaleOf(addition);
+    margin->setRulerUsed(!addition || addition->areAmplitudesShown(row->recordWidget()));
 }
 
 /** The last row with an addition may have been taken away. */

@@ -346,7 +346,7 @@ size_t SpectrogramRecordWidget::sizeOf(const std::deque<SpectrogramItem> &items)
 bool SpectrogramRecordWidget::spectrogramAt(const QPoint &point, double *position,
                                             double *amplitude) const
 {
-    const QRect canvas = canvasRect();
+    const QRect canvas = spectrogramRect();
     if (!canvas.contains(point))
         return false;
     const Time time = unmapTime(point.x());
@@ -382,6 +382,11 @@ void SpectrogramRecordWidget::customPaintTracesEnd(QPainter &painter)
         drawSpectrogram(painter);
 }
 
+QRect SpectrogramRecordWidget::spectrogramRect() const
+{
+    return canvasRect();
+}
+
 void SpectrogramRecordWidget::drawSpectrogram(QPainter &painter)
 {
     for (SpectrogramItem &item : _items)
@@ -390,7 +395,7 @@ void SpectrogramRecordWidget::drawSpectrogram(QPainter &painter)
 
 void SpectrogramRecordWidget::drawItem(QPainter &painter, SpectrogramItem &item)
 {
-    const QRect canvas = canvasRect();
+    const QRect canvas = spectrogramRect();
     const RecordSpectrogram<float> &spectrogram = *item.spectrogram;
     const int start = mapTime(spectrogram.startTime());
     const int x1 = mapTime(spectrogram.endTime());

@@ -118,6 +118,8 @@ protected:
     void changedRecords(int slot, Tellarix::RecordSequence *sequence) override;
     void customPaintTracesBegin(QPainter &painter) override;
     void customPaintTracesEnd(QPainter &painter) override;
+    /** Where the picture stands, from side to side of the canvas: it is the whole canvas here. */
+    virtual QRect spectrogramRect() const;
     /** Paints all stretches in view; x is mapTime() of the widget. */
     virtual void drawSpectrogram(QPainter &painter);
     /** Memory of stretches in bytes. */

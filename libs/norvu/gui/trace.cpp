@@ -42,6 +42,7 @@ enum Column
 enum Row
 {
     HeaderRow,
+    UpperRow,
     RecordRow,
     TimeAxisRow,
 };
@@ -234,15 +235,17 @@ void Trace::addGrid()
     auto *layout = new QGridLayout(this);
     layout->setSpacing(Spacing());
     layout->setContentsMargins(Padding(), Padding(), Padding(), Padding());
-    layout->addWidget(_colorBar, HeaderRow, BarColumn, 2, 1);
+    layout->addWidget(_colorBar, HeaderRow, BarColumn, RecordRow + 1, 1);
     // Spans go to the last column: with one for the extra widget where there is none, the traces
     // would end short of the times that the view's time scale shows, as if there were no more data.
     layout->addWidget(_header, HeaderRow, AxisColumn, 1, -1);
     layout->addWidget(_recordWidget, RecordRow, AxisColumn, 1, 2);
     layout->addWidget(_axisSpacer, TimeAxisRow, AxisColumn);
     layout->setColumnStretch(TraceColumn, 1);
+    if (_upperWidget)
+        layout->addWidget(_upperWidget, UpperRow, AxisColumn, 1, 2);
     if (_extraWidget)
-        layout->addWidget(_extraWidget, RecordRow, ExtraColumn);
+        addExtraWidget(layout);
     if (_timeAxis)
         addTimeAxis();
 }
@@ -376,10 +379,35 @@ void Trace::setExtraWidget(QWidget *widget)
 
     delete _extraWidget;
     _extraWidget = widget;
-    if (_extraWidget) {
-        grid()->addWidget(_extraWidget, RecordRow, ExtraColumn);
+    if (_extraWidget)
+        addExtraWidget(grid());
+    else
+        renewGrid();
+}
+
+void Trace::setUpperWidget(QWidget *widget)
+{
+    if (widget == _upperWidget)
         return;
-    }
+
+    delete _upperWidget;
+    _upperWidget = widget;
+    if (_upperWidget)
+        _upperWidget->setParent(this);
+    renewGrid();
+    if (_upperWidget)
+        _upperWidget->show();
+}
+
+/** Cells of no height would still have room about them. */
+void Trace::addExtraWidget(QGridLayout *layout)
+{
+    const int first = _upperWidget ? UpperRow : RecordRow;
+    layout->addWidget(_extraWidget, first, ExtraColumn, RecordRow + 1 - first, 1);
+}
+
+void Trace::renewGrid()
+{
     const int spacing = grid()->verticalSpacing();
     const QMargins margins = grid()->contentsMargins();
     delete layout();

@@ -119,6 +119,12 @@ public:
     /** Shows the records of this slot. */
     void showSlot(int slot);
 
+    /**
+     * Puts a widget above the traces, with which it shares the height of the row; the row owns it.
+     * The extra widget stands beside both. Null deletes the one that there is.
+     */
+    void setUpperWidget(QWidget *widget);
+    QWidget *upperWidget() const { return _upperWidget; }
     /** Puts a widget at the right-hand end of the header, which owns it. */
     void addHeaderWidget(QWidget *widget);
     void setHeaderVisible(bool visible);
@@ -187,6 +193,8 @@ private:
     void initRecordWidget();
     void initLayout();
     void addGrid();
+    void renewGrid();
+    void addExtraWidget(QGridLayout *layout);
     QGridLayout *grid() const;
     void addTimeAxis();
     void showWindow(Tellarix::Core::Time start, Tellarix::Core::Time end);
@@ -202,6 +210,7 @@ private:
     Tellarix::Gui::RecordWidget *_recordWidget{nullptr};
     QWidget *_axisSpacer{nullptr};
     QWidget *_extraWidget{nullptr};
+    QWidget *_upperWidget{nullptr};
     bool _selected{false};
     bool _dataRequested{false};
     QString _label;
