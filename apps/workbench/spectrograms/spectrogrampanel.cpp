@@ -253,15 +253,19 @@ void SpectrogramPanel::saveState(QSettings &settings) const
 
 QVector<PanelPicture> SpectrogramPanel::pictures()
 {
-    return {{"spectrogram.png", windowPicture()},
+    return {{"spectrogram.png", windowPicture(SpectrogramPlace::Behind)},
+            {"spectrogram-above.png", windowPicture(SpectrogramPlace::Above)},
+            {"spectrogram-instead.png", windowPicture(SpectrogramPlace::Instead)},
             {"gradients.png", gradientSheet(palette(), devicePixelRatioF())},
             {"gradient-editor.png",
              _gradient->grab(QRect(0, 0, _gradient->width(), _gradient->sizeHint().height()))}};
 }
 
 /** The window with the spectrograms of all rows. */
-QPixmap SpectrogramPanel::windowPicture()
+QPixmap SpectrogramPanel::windowPicture(SpectrogramPlace place)
 {
+    const SpectrogramPlace before = _spectrograms->place();
+    _spectrograms->setPlace(place);
     _spectrograms->setAllShown(true);
     // Rows say what they lack when they are painted, and get other sizes as their scales need them.
     for (int quiet = 0; quiet < QuietRounds; ++quiet) {
@@ -272,6 +276,7 @@ QPixmap SpectrogramPanel::windowPicture()
     }
     const QPixmap picture = window()->grab();
     _spectrograms->setAllShown(false);
+    _spectrograms->setPlace(before);
     return picture;
 }
 

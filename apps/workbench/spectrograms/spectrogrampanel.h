@@ -3,6 +3,7 @@
 #pragma once
 
 #include "amplitudecolors.h"
+#include "spectrogramplace.h"
 
 #include "bench/panel.h"
 
@@ -54,7 +55,7 @@ private:
     void createAxis(QFormLayout *form);
     void createRange(QFormLayout *form);
     void showProblem(const QString &message);
-    QPixmap windowPicture();
+    QPixmap windowPicture(SpectrogramPlace place);
     QString readRange(ColorRange &range) const;
 
     Spectrograms *_spectrograms;

@@ -21,7 +21,6 @@ namespace Workbench {
 
 namespace {
 
-constexpr int RowSlot = 0;
 constexpr double LineContrast = 3;
 
 /** @p color as it looks above @p background. */
@@ -38,31 +37,8 @@ QColor blended(const QColor &color, const QColor &background)
 
 } // namespace
 
-SpectrogramRow::SpectrogramRow(QWidget *parent)
-    : SpectrogramRecordWidget(parent), _pen(this, RowSlot)
-{
-    _axis.logarithmic = false;
-    setSpectrogramSlot(RowSlot);
-}
-
-void SpectrogramRow::setWanted(bool wanted)
-{
-    if (wanted == _wanted)
-        return;
-    _wanted = wanted;
-    if (!wanted)
-        release();
-    update();
-    emit wantedChanged();
-}
-
-void SpectrogramRow::setAxis(const SpectrogramSettings &settings)
-{
-    release();
-    _axis = settings;
-    setSpectrogramSettings(settings);
-    emit axisChanged();
-}
+SpectrogramRow::SpectrogramRow(QWidget *parent) : PiecewiseSpectrogram(parent), _pen(this, Slot)
+{}
 
 // Place
 
@@ -118,9 +94,7 @@ void SpectrogramRow::setColors(const AmplitudeColors &colors)
 void SpectrogramRow::applyColors()
 {
     setColorLUT(_colors.fillTable(_table, unitFactor()) ? &_table : nullptr);
-    for (SpectrogramItem &item : _former)
-        item = {item.spectrogram, QImage(), -1, 0};
-    updateHint();
+    forgetFormerImages();
     emit colorsChanged();
 }
 
@@ -140,13 +114,7 @@ QColor SpectrogramRow::quietColor() const
 /** Whether most of the traces in view have colours at their place. */
 bool SpectrogramRow::coversTraces() const
 {
-    if (!_wanted || _band || _colors.gradient.isEmpty() || !isOfTheseRecords())
-        return false;
-    if (!_former.empty())
-        return true;
-    const TimeWindow data = plan().visibleData();
-    const TimeWindow covered = spectrogramTimeWindow().overlap(data);
-    return !covered.isEmpty() && 2 * covered.length().length() >= data.length().length();
+    return isWanted() && !_band && !_colors.gradient.isEmpty() && showsMostData();
 }
 
 /** Above the colours of small amplitudes a dark trace, or a light one, can't be seen. */
@@ -162,24 +130,19 @@ void SpectrogramRow::updateTracePen()
 
 double SpectrogramRow::unitFactor() const
 {
-    const double *scale = recordScale(RowSlot);
+    const double *scale = recordScale(Slot);
     return scale && *scale > 0 ? *scale : 1;
 }
 
 QString SpectrogramRow::unit() const
 {
-    const QString unit = recordUnit(RowSlot);
+    const QString unit = recordUnit(Slot);
     return unit.isEmpty() ? tr("counts") : unit;
 }
 
 QPair<double, double> SpectrogramRow::amplitudeRange() const
 {
-    QPair<double, double> range = spectrogramRange();
-    if (!_former.empty()) {
-        const bool isAlone = spectrogramSize() == 0;
-        range.first = isAlone ? _formerRange.first : std::min(range.first, _formerRange.first);
-        range.second = std::max(range.second, _formerRange.second);
-    }
+    const QPair<double, double> range = valueRange();
     return {range.first * unitFactor(), range.second * unitFactor()};
 }
 
@@ -187,194 +150,13 @@ QString SpectrogramRow::spectrogramText(const QPoint &point) const
 {
     double position = 0;
     double amplitude = 0;
-    if (!_wanted || !spectrogramAt(point, &position, &amplitude))
+    if (!isWanted() || !spectrogramAt(point, &position, &amplitude))
         return QString();
-    const SpectrogramAxis axis(_axis);
-    const QString text = _axis.mode == SpectrogramSettings::Periods ? tr("period %1 s: %2 %3")
-                                                                    : tr("frequency %1 Hz: %2 %3");
-    return text.arg(QString::number(axis.valueAt(position), 'g', 3),
+    const SpectrogramAxis scale(axis());
+    const QString text = axis().mode == SpectrogramSettings::Periods ? tr("period %1 s: %2 %3")
+                                                                     : tr("frequency %1 Hz: %2 %3");
+    return text.arg(QString::number(scale.valueAt(position), 'g', 3),
                     QString::number(amplitude * unitFactor(), 'g', 4), unit());
-}
-
-// Working out
-
-const RecordSequence *SpectrogramRow::source() const
-{
-    return spectrogramRecords(RowSlot);
-}
-
-/** Nobody tells of a new filter while filtering is switched off. */
-bool SpectrogramRow::isOfTheseRecords() const
-{
-    return isSpectrogramEnabled() && content() == _content;
-}
-
-bool SpectrogramRow::isUpToDate() const
-{
-    return isOfTheseRecords() && plan().fits(spectrogramColumnInterval());
-}
-
-bool SpectrogramRow::isComplete() const
-{
-    const TimeWindow data = plan().visibleData();
-    return data.isEmpty() || (isUpToDate() && spectrogramTimeWindow().contains(data));
-}
-
-/** Of the first record that has one, 0 without any. */
-double SpectrogramRow::samplingFrequency() const
-{
-    const RecordSequence *records = source();
-    if (!records)
-        return 0;
-    const auto found = std::find_if(records->begin(), records->end(),
-                                    [](const RecordCPtr &record) { return record->hasEndTime(); });
-    return found == records->end() ? 0 : (*found)->samplingFrequency();
-}
-
-double SpectrogramRow::samplesPerPixel() const
-{
-    return samplingFrequency() / (timeScale() * devicePixelRatioF());
-}
-
-StretchPlan SpectrogramRow::plan() const
-{
-    const RecordSequence *records = source();
-    return StretchPlan({{leftTime(), rightTime()},
-                        records ? records->timeWindow() : TimeWindow(),
-                        samplingFrequency(),
-                        samplesPerPixel(),
-                        _axis});
-}
-
-double SpectrogramRow::memoryNeeded() const
-{
-    return isComplete() ? 0 : plan().memory();
-}
-
-bool SpectrogramRow::isOversized() const
-{
-    return isUpToDate() && plan().isExceededBy(static_cast<double>(spectrogramSize()));
-}
-
-bool SpectrogramRow::workOut(size_t memory)
-{
-    if (!_wanted || isComplete() || samplingFrequency() <= 0)
-        return false;
-
-    const double needed = memoryNeeded();
-    if (needed > static_cast<double>(memory)) {
-        setSpectrogramEnabled(false);
-        _former.clear();
-        setMemoryHint(tr("Zoom in for the spectrogram: this much of it takes %1 GB of memory")
-                          .arg(QString::number(needed / 1E9, 'f', 1)));
-        _memoryWindow = {leftTime(), rightTime()};
-        return false;
-    }
-    if (needed + static_cast<double>(memoryUsed()) > static_cast<double>(memory))
-        forgetFormer();
-    const StretchPlan plan = this->plan();
-    setMemoryHint(QString());
-    if (isUpToDate() && plan.canGoOn(spectrogramTimeWindow()))
-        goOn(plan);
-    else
-        beginAnew(plan);
-    if (isComplete()) {
-        _hasBeenComplete = true;
-        _former.clear();
-    }
-    emit amplitudeRangeChanged();
-    return true;
-}
-
-void SpectrogramRow::goOn(const StretchPlan &plan)
-{
-    setSpectrogramTimeWindow(plan.withNextPiece(spectrogramTimeWindow()));
-}
-
-/** A zoom asks for other columns of the same records: until there are enough of them the old ones
- *  are better than nothing. */
-void SpectrogramRow::keepFormer()
-{
-    if (!isOfTheseRecords())
-        _former.clear();
-    else if (_hasBeenComplete) {
-        _formerRange = spectrogramRange();
-        _former = std::move(_items);
-    }
-    _items.clear();
-    _hasBeenComplete = false;
-}
-
-/** For want of memory; what is there now isn't kept either. */
-void SpectrogramRow::forgetFormer()
-{
-    _former.clear();
-    _hasBeenComplete = false;
-}
-
-void SpectrogramRow::beginAnew(const StretchPlan &plan)
-{
-    keepFormer();
-    setSpectrogramEnabled(false);
-    _content = content();
-    setSpectrogramColumnInterval(plan.columnInterval());
-    const Time start = plan.stretch().startTime();
-    setSpectrogramTimeWindow({start, start});
-    setSpectrogramEnabled(true);
-    goOn(plan);
-}
-
-void SpectrogramRow::release()
-{
-    setMemoryHint(QString());
-    _former.clear();
-    setSpectrogramEnabled(false);
-}
-
-void SpectrogramRow::setMemoryHint(const QString &hint)
-{
-    if (hint == _memoryHint)
-        return;
-    _memoryHint = hint;
-    update();
-}
-
-// Records
-
-bool SpectrogramRow::Content::operator==(const Content &other) const
-{
-    return first == other.first && last == other.last && count == other.count;
-}
-
-SpectrogramRow::Content SpectrogramRow::content() const
-{
-    const RecordSequence *records = source();
-    if (!records || records->isEmpty())
-        return Content();
-    return {records->front(), records->back(), records->size()};
-}
-
-void SpectrogramRow::fed(int slot, const Record *record)
-{
-    const QPair<double, double> before = spectrogramRange();
-    SpectrogramRecordWidget::fed(slot, record);
-    if (slot != RowSlot || !isSpectrogramEnabled())
-        return;
-    _content = content();
-    if (spectrogramRange() != before)
-        emit amplitudeRangeChanged();
-}
-
-/** Other records are worked out piece by piece, as those before. When a filter is switched on or
- *  off, the raw ones stay what they were, and what was made of them too. */
-void SpectrogramRow::changedRecords(int slot, RecordSequence *)
-{
-    if (slot != RowSlot || content() == _content)
-        return;
-    release();
-    update();
-    if (_wanted)
-        emit amplitudeRangeChanged();
 }
 
 // Painting
@@ -394,16 +176,14 @@ void SpectrogramRow::drawAlignment(QPainter &painter) const
 /** Why there is nothing to be seen, if something is missing. */
 void SpectrogramRow::updateHint()
 {
-    const TimeWindow visible(leftTime(), rightTime());
-    const bool isForThis = _memoryWindow.startTime() == visible.startTime() &&
-                           _memoryWindow.endTime() == visible.endTime();
     QString text, action;
-    if (!_wanted) {
+    if (!isWanted()) {
         text.clear();
-    } else if (records(RowSlot) && !source() && !filter()) {
+    } else if (records(Slot) && !source() && !filter()) {
         text = tr("No spectrogram: the traces have no filter");
-    } else if (isForThis && !_memoryHint.isEmpty()) {
-        text = _memoryHint;
+    } else if (lackingMemory() > 0) {
+        text = tr("Zoom in for the spectrogram: this much of it takes %1 GB of memory")
+                   .arg(QString::number(lackingMemory() / 1E9, 'f', 1));
     } else if (hasPicture() && isOfTheseRecords()) {
         const QPair<double, double> range = amplitudeRange();
         if (_colors.isAbove(range.second))
@@ -418,15 +198,9 @@ void SpectrogramRow::updateHint()
 
 void SpectrogramRow::drawSpectrogram(QPainter &painter)
 {
-    if (!_wanted)
-        return;
-    _items.swap(_former);
-    SpectrogramRecordWidget::drawSpectrogram(painter);
-    _items.swap(_former);
-    SpectrogramRecordWidget::drawSpectrogram(painter);
-    drawAlignment(painter);
-    if (!isComplete())
-        emit incomplete();
+    PiecewiseSpectrogram::drawSpectrogram(painter);
+    if (isWanted())
+        drawAlignment(painter);
 }
 
 void SpectrogramRow::paintBand(QPainter &painter)
@@ -443,7 +217,7 @@ void SpectrogramRow::customPaintTracesBegin(QPainter &painter)
     if (_band)
         _band->update();
     else
-        SpectrogramRecordWidget::customPaintTracesBegin(painter);
+        PiecewiseSpectrogram::customPaintTracesBegin(painter);
 }
 
 void SpectrogramRow::customPaintTracesEnd(QPainter &painter)
@@ -457,12 +231,12 @@ void SpectrogramRow::mousePressEvent(QMouseEvent *event)
     if (event->button() == Qt::LeftButton && _hint.isActionAt(event->pos()))
         emit rangeFitRequested();
     else
-        SpectrogramRecordWidget::mousePressEvent(event);
+        PiecewiseSpectrogram::mousePressEvent(event);
 }
 
 void SpectrogramRow::mouseMoveEvent(QMouseEvent *event)
 {
-    SpectrogramRecordWidget::mouseMoveEvent(event);
+    PiecewiseSpectrogram::mouseMoveEvent(event);
     if (_hint.isActionAt(event->pos()))
         setCursor(Qt::PointingHandCursor);
     else if (cursor().shape() == Qt::PointingHandCursor)
@@ -473,7 +247,7 @@ void SpectrogramRow::mouseMoveEvent(QMouseEvent *event)
 void SpectrogramRow::hideEvent(QHideEvent *event)
 {
     _pen.restore();
-    SpectrogramRecordWidget::hideEvent(event);
+    PiecewiseSpectrogram::hideEvent(event);
 }
 
 } // namespace Workbench
