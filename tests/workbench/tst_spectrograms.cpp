@@ -127,6 +127,10 @@ private slots:
     void followsTheFilterOnlyIfWanted();
     void skipsRecordsWithoutRate();
     void changesTracesOnlyAboveThePicture();
+    void standsAboveTheTraces();
+    void tellsOfARangeThatHidesThePicture_data();
+    void tellsOfARangeThatHidesThePicture();
+    void growsFromLeftToRight();
     void rangesOfColors();
     void tellsWhatIsUnderThePointer();
     void refusesBadAxes_data();
@@ -379,10 +383,112 @@ void TestSpectrograms::changesTracesOnlyAboveThePicture()
 
     desk.spectrograms->setPlace(SpectrogramPlace::Instead);
     desk.settle();
-    QCOMPARE(desk.rows[0]->recordPen(0).style(), Qt::NoPen);
+    QVERIFY(!desk.rows[0]->isRecordVisible(0));
     desk.spectrograms->setAllShown(false);
     desk.settle();
-    QCOMPARE(desk.rows[0]->recordPen(0), plain);
+    QVERIFY(desk.rows[0]->isRecordVisible(0));
+}
+
+/** The picture has a band of its own, in which the pointer tells what it does in the row. */
+void TestSpectrograms::standsAboveTheTraces()
+{
+    Desk desk;
+    desk.spectrograms->setPlace(SpectrogramPlace::Above);
+    desk.spectrograms->setAllShown(true);
+    desk.settle();
+    SpectrogramRow *row = desk.rows[1];
+    auto *band = desk.view.itemAt(1)->upperWidget();
+    QVERIFY(band && band->geometry().bottom() < row->y() && row->height() >= 36);
+    QCOMPARE(row->pictureRect().translated(row->pos()).bottom(), band->geometry().bottom());
+    QCOMPARE(row->pictureRect().width(), row->canvasRect().width());
+
+    const QImage picture = band->grab().toImage();
+    QSet<QRgb> colors;
+    for (int y = 0; y < picture.height(); ++y)
+        colors.insert(picture.pixel(row->canvasRect().center().x(), y));
+    QVERIFY(colors.size() > 10);
+    const QImage traces = row->grab().toImage();
+    colors.clear();
+    for (int y = 0; y < traces.height(); ++y)
+        colors.insert(traces.pixel(row->canvasRect().center().x(), y));
+    QVERIFY(colors.size() < 10);
+
+    const QPoint middle = row->pictureRect().center();
+    QVERIFY(row->spectrogramText(middle).startsWith("period "));
+    QVERIFY(row->spectrogramText(row->canvasRect().center()).isEmpty());
+    row->setSelectionEnabled(true);
+    QSignalSpy selected(row, SIGNAL(selectedTimeRange(Tellarix::Core::Time, Tellarix::Core::Time)));
+    const QPoint start = middle + row->pos() - band->pos();
+    QTest::mousePress(band, Qt::LeftButton, Qt::NoModifier, start);
+    QMouseEvent drag(QEvent::MouseMove, start + QPoint(50, 0), Qt::NoButton, Qt::LeftButton,
+                     Qt::NoModifier);
+    QCoreApplication::sendEvent(band, &drag);
+    QTest::mouseRelease(band, Qt::LeftButton, Qt::NoModifier, start + QPoint(50, 0));
+    QCOMPARE(selected.count(), 1);
+
+    desk.spectrograms->setPlace(SpectrogramPlace::Behind);
+    QVERIFY(!desk.view.itemAt(1)->upperWidget());
+    QCOMPARE(row->pictureRect(), row->canvasRect());
+}
+
+void TestSpectrograms::tellsOfARangeThatHidesThePicture_data()
+{
+    QTest::addColumn<double>("lower");
+    QTest::addColumn<double>("upper");
+    QTest::addColumn<bool>("isTold");
+
+    QTest::newRow("far above") << 1e5 << 1e9 << true;
+    QTest::newRow("far below") << 1e-9 << 1e-6 << true;
+    QTest::newRow("fits") << 1.0 << 1000.0 << false;
+}
+
+/** A click on what the row says gives all rows a range that fits. */
+void TestSpectrograms::tellsOfARangeThatHidesThePicture()
+{
+    QFETCH(double, lower);
+    QFETCH(double, upper);
+    QFETCH(bool, isTold);
+
+    Desk desk;
+    desk.spectrograms->setColorRange({ColorRange::Fixed, lower, upper, true});
+    desk.spectrograms->setAllShown(true);
+    desk.settle();
+    SpectrogramRow *row = desk.rows[1];
+    QSignalSpy spy(desk.spectrograms, SIGNAL(rangeFitted()));
+    QTest::mouseClick(row, Qt::LeftButton, Qt::NoModifier,
+                      row->canvasRect().bottomRight() - QPoint(20, 8));
+    QCOMPARE(spy.count(), isTold ? 1 : 0);
+    QCOMPARE(desk.spectrograms->colorRange().mode, ColorRange::Fixed);
+    if (isTold) {
+        QVERIFY(desk.spectrograms->colorRange().upper > 900);
+        QVERIFY(desk.spectrograms->colorRange().upper < 1300);
+        QVERIFY(desk.spectrograms->colorRange().lower < 10);
+        desk.settle();
+        QTest::mouseClick(row, Qt::LeftButton, Qt::NoModifier,
+                          row->canvasRect().bottomRight() - QPoint(20, 8));
+        QCOMPARE(spy.count(), 1);
+    }
+}
+
+/** Rows in sight alone are worked out, and each piece follows the one before. */
+void TestSpectrograms::growsFromLeftToRight()
+{
+    Desk desk;
+    desk.view.resize(600, 180);
+    desk.spectrograms->setAxis("periods_log(0.5,8,4,2048)"); // ten minutes in several pieces
+    desk.spectrograms->setAllShown(true);
+    desk.settle();
+    QCOMPARE(desk.completeRows(), 1);
+
+    SpectrogramRow *row = desk.rows[2];
+    int pieces = 0;
+    Core::Time reached;
+    for (; row->workOut(size_t(1) << 30); ++pieces) {
+        QCOMPARE(row->spectrogramTimeWindow().startTime(), Start);
+        QVERIFY(row->spectrogramTimeWindow().endTime() > reached);
+        reached = row->spectrogramTimeWindow().endTime();
+    }
+    QVERIFY(pieces > 3);
 }
 
 void TestSpectrograms::rangesOfColors()

@@ -7,6 +7,8 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <cmath>
+#include <vector>
 
 using namespace Tellarix;
 using Core::Time;
@@ -14,6 +16,14 @@ using Core::TimeWindow;
 using Norvu::Gui::SpectrogramSettings;
 
 namespace Workbench {
+
+namespace {
+
+/** Values of a stretch from which the quiet ones are found, and the part that counts as such. */
+constexpr size_t LookedAt = 1000;
+constexpr size_t QuietPart = 20;
+
+} // namespace
 
 PiecewiseSpectrogram::PiecewiseSpectrogram(QWidget *parent) : SpectrogramRecordWidget(parent)
 {
@@ -50,6 +60,31 @@ QPair<double, double> PiecewiseSpectrogram::valueRange() const
         range.second = std::max(range.second, _formerRange.second);
     }
     return range;
+}
+
+double PiecewiseSpectrogram::quietValue() const
+{
+    std::vector<float> values;
+    for (const SpectrogramItem &item : _items) {
+        const auto &spectrogram = *item.spectrogram;
+        const auto columnAt = [&](const Time &time) {
+            return static_cast<size_t>(
+                std::clamp(spectrogram.mapTime(time), 0, spectrogram.columns()));
+        };
+        const size_t rows = static_cast<size_t>(spectrogram.rows());
+        const size_t first = columnAt(leftTime()) * rows;
+        const size_t end = columnAt(rightTime()) * rows;
+        const size_t step = (end - first) / LookedAt | 1; // odd, to meet all bands
+        for (size_t i = first; i < end; i += step) {
+            if (std::isfinite(spectrogram.data()[i]))
+                values.push_back(spectrogram.data()[i]);
+        }
+    }
+    if (values.empty())
+        return 0;
+    const auto quiet = values.begin() + static_cast<ptrdiff_t>(values.size() / QuietPart);
+    std::nth_element(values.begin(), quiet, values.end());
+    return static_cast<double>(*quiet);
 }
 
 // Working out

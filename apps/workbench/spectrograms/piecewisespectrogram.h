@@ -66,6 +66,9 @@ protected:
 
     /** Smallest and largest value of the picture. */
     QPair<double, double> valueRange() const;
+    /** A value below which lies but a small part of the picture in view: where the filters run in
+     *  there is next to nothing. */
+    double quietValue() const;
     /** The records that the spectrogram is made of; may be null. */
     const Tellarix::RecordSequence *source() const;
     /** Whether what was worked out is of the records that there are now. */

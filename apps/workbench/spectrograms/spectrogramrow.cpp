@@ -120,12 +120,20 @@ bool SpectrogramRow::coversTraces() const
 /** Above the colours of small amplitudes a dark trace, or a light one, can't be seen. */
 void SpectrogramRow::updateTracePen()
 {
-    if (!coversTraces())
-        _pen.restore();
-    else if (_place == SpectrogramPlace::Instead)
-        _pen.set(Qt::NoPen);
-    else
+    if (coversTraces() && areTracesShown())
         _pen.set(penAbovePicture(quietColor(), samplesPerPixel()));
+    else
+        _pen.restore();
+    hideTraces(!areTracesShown());
+}
+
+/** With the traces goes their axis, and what else would stand for amplitudes. */
+void SpectrogramRow::hideTraces(bool hide)
+{
+    if (hide == _hidesTraces)
+        return;
+    _hidesTraces = hide;
+    setRecordVisible(Slot, !hide);
 }
 
 double SpectrogramRow::unitFactor() const
@@ -185,10 +193,9 @@ void SpectrogramRow::updateHint()
         text = tr("Zoom in for the spectrogram: this much of it takes %1 GB of memory")
                    .arg(QString::number(lackingMemory() / 1E9, 'f', 1));
     } else if (hasPicture() && isOfTheseRecords()) {
-        const QPair<double, double> range = amplitudeRange();
-        if (_colors.isAbove(range.second))
+        if (_colors.isAbove(amplitudeRange().second))
             text = tr("The spectrogram lies below the range of the colours.");
-        else if (_colors.isBelow(range.first))
+        else if (_colors.isBelow(quietValue() * unitFactor()))
             text = tr("The spectrogram lies above the range of the colours.");
         if (!text.isEmpty())
             action = tr("Fit the range");
@@ -247,6 +254,7 @@ void SpectrogramRow::mouseMoveEvent(QMouseEvent *event)
 void SpectrogramRow::hideEvent(QHideEvent *event)
 {
     _pen.restore();
+    hideTraces(false);
     PiecewiseSpectrogram::hideEvent(event);
 }
 

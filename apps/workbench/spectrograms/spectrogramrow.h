@@ -71,6 +71,7 @@ private:
     QColor quietColor() const;
     bool coversTraces() const;
     void updateTracePen();
+    void hideTraces(bool hide);
     void updateHint();
     void drawAlignment(QPainter &painter) const;
 
@@ -79,6 +80,7 @@ private:
     RowHint _hint;
     SpectrogramPlace _place{SpectrogramPlace::Behind};
     PicturePen _pen;
+    bool _hidesTraces{false};
     QPointer<QWidget> _band;
 };
 
