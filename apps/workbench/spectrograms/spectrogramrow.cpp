@@ -193,9 +193,10 @@ void SpectrogramRow::updateHint()
         text = tr("Zoom in for the spectrogram: this much of it takes %1 GB of memory")
                    .arg(QString::number(lackingMemory() / 1E9, 'f', 1));
     } else if (hasPicture() && isOfTheseRecords()) {
-        if (_colors.isAbove(amplitudeRange().second))
+        const double loudest = amplitudeRange().second;
+        if (_colors.isAbove(loudest))
             text = tr("The spectrogram lies below the range of the colours.");
-        else if (_colors.isBelow(quietValue() * unitFactor()))
+        else if (loudest > _colors.upper && _colors.isBelow(quietValue() * unitFactor()))
             text = tr("The spectrogram lies above the range of the colours.");
         if (!text.isEmpty())
             action = tr("Fit the range");

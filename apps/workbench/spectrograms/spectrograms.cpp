@@ -36,8 +36,9 @@ constexpr int TraceHeight = 36;
 constexpr auto DefaultAxis = "periods_log(0.1,30,10,64)";
 /** More rows than a screen has pixels, and filters that take long. */
 constexpr int MostBands = 2048;
-/** Time after which the user interface has its turn. */
-constexpr int TurnMilliseconds = 30;
+/** Time after which the user interface has its turn: with a piece and a frame of the rows it makes
+ * up no more than two frames of a screen. */
+constexpr int TurnMilliseconds = 10;
 
 size_t defaultMemoryLimit()
 {
