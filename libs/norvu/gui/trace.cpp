@@ -42,8 +42,7 @@ enum Column
 enum Row
 {
     HeaderRow,
-    UpperRow,
-    RecordRow,
+    RecordRow, /**< one further down below an upper widget, and so what follows */
     TimeAxisRow,
 };
 
@@ -235,15 +234,15 @@ void Trace::addGrid()
     auto *layout = new QGridLayout(this);
     layout->setSpacing(Spacing());
     layout->setContentsMargins(Padding(), Padding(), Padding(), Padding());
-    layout->addWidget(_colorBar, HeaderRow, BarColumn, RecordRow + 1, 1);
+    layout->addWidget(_colorBar, HeaderRow, BarColumn, rowBelowUpper(RecordRow) + 1, 1);
     // Spans go to the last column: with one for the extra widget where there is none, the traces
     // would end short of the times that the view's time scale shows, as if there were no more data.
     layout->addWidget(_header, HeaderRow, AxisColumn, 1, -1);
-    layout->addWidget(_recordWidget, RecordRow, AxisColumn, 1, 2);
-    layout->addWidget(_axisSpacer, TimeAxisRow, AxisColumn);
+    layout->addWidget(_recordWidget, rowBelowUpper(RecordRow), AxisColumn, 1, 2);
+    layout->addWidget(_axisSpacer, rowBelowUpper(TimeAxisRow), AxisColumn);
     layout->setColumnStretch(TraceColumn, 1);
     if (_upperWidget)
-        layout->addWidget(_upperWidget, UpperRow, AxisColumn, 1, 2);
+        layout->addWidget(_upperWidget, RecordRow, AxisColumn, 1, 2);
     if (_extraWidget)
         addExtraWidget(layout);
     if (_timeAxis)
@@ -260,7 +259,7 @@ void Trace::addTimeAxis()
     QSizePolicy policy = _timeAxis->sizePolicy();
     policy.setVerticalPolicy(QSizePolicy::Maximum);
     _timeAxis->setSizePolicy(policy);
-    grid()->addWidget(_timeAxis, TimeAxisRow, TraceColumn, 1, -1);
+    grid()->addWidget(_timeAxis, rowBelowUpper(TimeAxisRow), TraceColumn, 1, -1);
 }
 
 int Trace::FixedLabelWidth(int extra)
@@ -399,11 +398,14 @@ void Trace::setUpperWidget(QWidget *widget)
         _upperWidget->show();
 }
 
-/** Cells of no height would still have room about them. */
+int Trace::rowBelowUpper(int row) const
+{
+    return _upperWidget ? row + 1 : row;
+}
+
 void Trace::addExtraWidget(QGridLayout *layout)
 {
-    const int first = _upperWidget ? UpperRow : RecordRow;
-    layout->addWidget(_extraWidget, first, ExtraColumn, RecordRow + 1 - first, 1);
+    layout->addWidget(_extraWidget, RecordRow, ExtraColumn, _upperWidget ? 2 : 1, 1);
 }
 
 void Trace::renewGrid()

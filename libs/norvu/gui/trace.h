@@ -194,6 +194,7 @@ private:
     void initLayout();
     void addGrid();
     void renewGrid();
+    int rowBelowUpper(int row) const;
     void addExtraWidget(QGridLayout *layout);
     QGridLayout *grid() const;
     void addTimeAxis();
