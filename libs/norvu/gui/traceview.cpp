@@ -2,6 +2,8 @@
 
 #include "traceview.h"
 
+#include "rowstack_p.h"
+
 #include <norvu/gui/trace.h>
 
 #include <tellarix/core/datamodel/stream.h>
@@ -102,10 +104,7 @@ TraceView::~TraceView()
 
 void TraceView::createScrollArea()
 {
-    _contents = new QWidget;
-    auto *layout = new QVBoxLayout(_contents);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(0);
+    _contents = new RowStack;
 
     _scrollArea = new QScrollArea;
     _scrollArea->setFocusProxy(this);
@@ -201,7 +200,7 @@ bool TraceView::addItem(Trace *row, RecordIDStrategy strategy)
 
     _items.append(row);
     row->_view = this;
-    rowLayout()->addWidget(row);
+    _contents->append(row);
     row->setFocusProxy(this);
     widget->setMouseTracking(true);
     widget->installEventFilter(this);
@@ -364,7 +363,7 @@ void TraceView::forgetDeletedItem(Trace *row)
 void TraceView::removeItems()
 {
     for (Trace *row : std::as_const(_items))
-        rowLayout()->removeWidget(row);
+        _contents->remove(row);
     const QPointer<TraceView> alive(this);
     updateCurrentTrace(nullptr);
     if (!alive)
@@ -411,12 +410,9 @@ void TraceView::sort(bool (*lessThan)(const Trace *, const Trace *))
     if (!alive)
         return;
 
-    for (Trace *row : std::as_const(_items))
-        rowLayout()->removeWidget(row);
     // Bounded also for a comparison that contradicts itself.
     std::stable_sort(_items.begin(), _items.end(), lessThan);
-    for (Trace *row : std::as_const(_items))
-        rowLayout()->addWidget(row);
+    _contents->setOrder(_items);
 
     emit layoutOrContentChanged();
 }
@@ -434,11 +430,6 @@ void TraceView::updateView()
 void TraceView::updateRecords()
 {
     visitRows([](Trace *row) { row->recordWidget()->updateRecords(); });
-}
-
-QBoxLayout *TraceView::rowLayout() const
-{
-    return static_cast<QBoxLayout *>(_contents->layout());
 }
 
 } // namespace Gui

@@ -21,7 +21,6 @@
 #include <functional>
 #include <string>
 
-class QBoxLayout;
 class QScrollArea;
 class QToolBar;
 
@@ -34,6 +33,8 @@ class TimeScale;
 
 namespace Norvu {
 namespace Gui {
+
+class RowStack;
 
 /**
  * A vertical, scrolling list of waveform rows above one time scale that all of them share.
@@ -102,6 +103,9 @@ public:
     Trace *itemAt(int index) const;
     /** Position of a row, -1 if it isn't in the list. */
     int indexOf(Trace *row) const;
+
+    /** Shows or hides rows of the list, all at once; they stay in it. */
+    void setItemsShown(const QList<Trace *> &rows, bool show);
 
     /** Asks for distances by distanceValuesRequired() and puts the rows in ascending order. */
     void sort(bool (*lessThan)(const Trace *, const Trace *));
@@ -346,7 +350,6 @@ private:
     QAction *addToggle(const QIcon &icon, const QString &text, const QString &toolTip, bool checked,
                        const char *slot);
 
-    QBoxLayout *rowLayout() const;
     Tellarix::Core::TimeWindow windowOf(const Tellarix::Gui::RecordWidget *widget) const;
     void applyViewTo(const QPointer<Tellarix::Gui::RecordWidget> &widget);
     void bindStreams(Trace *row, RecordIDStrategy strategy);
@@ -385,8 +388,6 @@ private:
 
     void activateCurrentRow();
     bool mapToContents(const QPoint &position, QPoint &contentsPosition) const;
-    Trace *rowAt(const QPoint &contentsPosition) const;
-    QList<Trace *> rowsInLayoutOrder(int first, int last) const;
     void selectUpTo(Trace *row, QMouseEvent *event);
     void toggleRow(Trace *row, QMouseEvent *event);
     void selectOnly(Trace *row, QMouseEvent *event);
@@ -407,7 +408,7 @@ private:
     QAbstractItemView::SelectionMode _selectionMode{QAbstractItemView::ExtendedSelection};
     QActionGroup _controlActions;
     QScrollArea *_scrollArea{nullptr};
-    QWidget *_contents{nullptr};
+    RowStack *_contents{nullptr};
     QWidget *_rulerSpacer{nullptr};
     QWidget *_extraSpacer{nullptr};
     QWidget *_crosshairOverlay{nullptr};

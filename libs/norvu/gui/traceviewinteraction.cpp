@@ -2,10 +2,11 @@
 
 #include "traceview.h"
 
+#include "rowstack_p.h"
+
 #include <norvu/gui/trace.h>
 
 #include <QApplication>
-#include <QBoxLayout>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QScrollArea>
@@ -78,26 +79,6 @@ bool TraceView::mapToContents(const QPoint &position, QPoint &contentsPosition) 
     return _contents->rect().contains(contentsPosition);
 }
 
-Trace *TraceView::rowAt(const QPoint &contentsPosition) const
-{
-    const auto row = std::find_if(_items.begin(), _items.end(), [&](const Trace *candidate) {
-        return !candidate->isHidden() && candidate->geometry().contains(contentsPosition);
-    });
-    return row == _items.end() ? nullptr : *row;
-}
-
-QList<Trace *> TraceView::rowsInLayoutOrder(int first, int last) const
-{
-    QList<Trace *> rows;
-    for (int i = first; i <= last; ++i) {
-        QLayoutItem *item = rowLayout()->itemAt(i);
-        auto *row = item ? qobject_cast<Trace *>(item->widget()) : nullptr;
-        if (row && !row->isHidden())
-            rows.append(row);
-    }
-    return rows;
-}
-
 void TraceView::mousePressEvent(QMouseEvent *event)
 {
     if (event->button() != Qt::LeftButton)
@@ -128,11 +109,11 @@ void TraceView::mouseReleaseEvent(QMouseEvent *event)
     const QPointer<TraceView> alive(this);
     const bool isMultiple = allowsMultipleSelection();
     if (isMultiple && event->modifiers().testFlag(Qt::ShiftModifier) && _currentItem)
-        selectUpTo(rowAt(position), event);
+        selectUpTo(_contents->rowAt(position), event);
     else if (isMultiple && event->modifiers().testFlag(Qt::ControlModifier))
-        toggleRow(rowAt(position), event);
+        toggleRow(_contents->rowAt(position), event);
     else
-        selectOnly(rowAt(position), event);
+        selectOnly(_contents->rowAt(position), event);
 
     // A view that is gone has no parent to which the event could go on.
     if (!alive)
@@ -143,9 +124,9 @@ void TraceView::mouseReleaseEvent(QMouseEvent *event)
 
 void TraceView::selectUpTo(Trace *row, QMouseEvent *event)
 {
-    const int from = rowLayout()->indexOf(_currentItem);
-    const int to = row ? rowLayout()->indexOf(row) : -1;
-    const QList<Trace *> rows = rowsInLayoutOrder(std::min(from, to), std::max(from, to));
+    const int from = _contents->indexOf(_currentItem);
+    const int to = row ? _contents->indexOf(row) : -1;
+    const QList<Trace *> rows = _contents->rowsBetween(std::min(from, to), std::max(from, to));
     const QPointer<TraceView> alive(this);
     if (row)
         updateCurrentTrace(row);
@@ -209,13 +190,13 @@ void TraceView::mouseMoveEvent(QMouseEvent *event)
 
     QPoint position;
     if (alive && mapToContents(event->pos(), position))
-        moveDragItemsTo(rowAt(position));
+        moveDragItemsTo(_contents->rowAt(position));
 }
 
 void TraceView::takeDragItems()
 {
     QPoint position;
-    Trace *row = mapToContents(_pressPos, position) ? rowAt(position) : nullptr;
+    Trace *row = mapToContents(_pressPos, position) ? _contents->rowAt(position) : nullptr;
     const QPointer<TraceView> alive(this);
     if (row)
         updateCurrentTrace(row);
@@ -226,7 +207,7 @@ void TraceView::takeDragItems()
     if (!alive)
         return;
 
-    const QList<Trace *> rows = rowsInLayoutOrder(0, rowLayout()->count() - 1);
+    const QList<Trace *> rows = _contents->allRows();
     std::copy_if(rows.begin(), rows.end(), std::back_inserter(_dragItems),
                  [](const Trace *candidate) { return candidate->isSelected(); });
 }
@@ -236,14 +217,14 @@ void TraceView::moveDragItemsTo(Trace *target)
     if (!target || _dragItems == QList<Trace *>{target})
         return;
 
-    int layoutIndex = rowLayout()->indexOf(target);
+    int layoutIndex = _contents->indexOf(target);
     int itemIndex = _items.indexOf(target);
     for (Trace *row : std::as_const(_dragItems)) {
-        rowLayout()->removeWidget(row);
+        _contents->remove(row);
         _items.removeOne(row);
     }
     for (Trace *row : std::as_const(_dragItems)) {
-        rowLayout()->insertWidget(std::min(layoutIndex++, rowLayout()->count()), row);
+        _contents->insert(layoutIndex++, row);
         _items.insert(std::min(itemIndex++, _items.count()), row);
     }
 }

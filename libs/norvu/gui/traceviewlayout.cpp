@@ -2,6 +2,8 @@
 
 #include "traceview.h"
 
+#include "rowstack_p.h"
+
 #include <norvu/gui/trace.h>
 
 #include <tellarix/core/records/recordsequence.h>
@@ -58,6 +60,11 @@ TimeWindow windowShowing(const TimeWindow &window, TimeWindow visible, bool cent
 }
 
 } // namespace
+
+void TraceView::setItemsShown(const QList<Trace *> &rows, bool show)
+{
+    _contents->setShown(rows, show);
+}
 
 void TraceView::setMinimumRowHeight(int height)
 {
