@@ -6,6 +6,7 @@
 #include "bench/task.h"
 #include "openwindow.h"
 #include "spectrograms/spectrograms.h"
+#include "waveforms/rowfilters.h"
 #include "waveforms/rowunits.h"
 
 #include <tellarix/core/datamodel/station.h>
@@ -197,11 +198,11 @@ private slots:
         QCOMPARE(spectrograms->currentRange().second, inCounts * 1E-6);
 
         desk.waveforms->view()->setFilterEnabled(true);
-        desk.waveforms->setFilter("integrate");
+        desk.waveforms->filters()->setFilter("integrate");
         QCOMPARE(desk.row(0)->recordUnit(0), QString("m"));
-        desk.waveforms->setFilter("stalta(1, 10)");
+        desk.waveforms->filters()->setFilter("stalta(1, 10)");
         QVERIFY(!desk.row(0)->recordScale(0));
-        desk.waveforms->setFilter("");
+        desk.waveforms->filters()->setFilter("");
         QCOMPARE(desk.row(0)->recordUnit(0), QString("m/s"));
     }
 

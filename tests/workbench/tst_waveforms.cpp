@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
+#include "waveforms/rowlooks.h"
 #include "waveforms/waveforms.h"
 
 #include "bench/tracerows.h"
@@ -83,7 +84,7 @@ void TestWaveforms::tracesEndAtTimeScale()
 
     Desk desk(_file);
     Waveforms &panel = desk.panel;
-    panel.setCompact(compact);
+    panel.looks()->setCompact(compact);
     panel.setRulersShown(rulers);
     QList<Trace *> rows;
     for (const int index : spectrograms)

@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
+#include "bench/darkpalette.h"
 #include "bench/historybox.h"
 #include "waveforms/datastrip.h"
-#include "waveforms/rowcommands.h"
+#include "waveforms/rowcolors.h"
+#include "waveforms/rowgroups.h"
+#include "waveforms/rowlooks.h"
+#include "waveforms/roworder.h"
 #include "waveforms/rowvisibility.h"
 
 #include "openwindow.h"
@@ -89,6 +93,7 @@ private slots:
     void rowsAreSorted_data();
     void rowsAreSorted();
     void selectedRowsAreHiddenAndClosed();
+    void stationsAreGroupedAndFolded();
     void componentsHaveColors();
     void remembersHowItLooks();
     void opensFoldersAndRecentFiles();
@@ -260,7 +265,7 @@ void TestWaveformTour::namesStandBesideTraces()
 {
     OpenWindow window({write("wide.mseed", {"XX.LONGN.00.HHZ", "XX.B..HHZ"}, {0})});
     QTest::keyClick(window.view, Qt::Key_K, Qt::ControlModifier);
-    QVERIFY(window.waveforms->isCompact());
+    QVERIFY(window.waveforms->looks()->isCompact());
     QTRY_VERIFY(window.view->nameWidth() > 0);
     const auto *scale = window.view->timeScale();
     for (int i = 0; i < 2; ++i) {
@@ -291,16 +296,16 @@ void TestWaveformTour::compactFollowsNumberOfRows()
         many.append(QString("XX.S%1..HHZ").arg(i));
     const QString file = write("many.mseed", many, {0});
     OpenWindow window({_first});
-    QVERIFY(!window.waveforms->isCompact());
+    QVERIFY(!window.waveforms->looks()->isCompact());
     openMore(window, file);
-    QVERIFY(window.waveforms->isCompact());
+    QVERIFY(window.waveforms->looks()->isCompact());
     QTRY_COMPARE(window.row(0)->parentWidget()->height(), window.row(13)->parentWidget()->height());
 
     // What the user has chosen stays.
     QTest::keyClick(window.view, Qt::Key_K, Qt::ControlModifier);
-    QVERIFY(!window.waveforms->isCompact());
+    QVERIFY(!window.waveforms->looks()->isCompact());
     openMore(window, write("more.mseed", {"XX.MORE..HHZ"}, {0}));
-    QVERIFY(!window.waveforms->isCompact());
+    QVERIFY(!window.waveforms->looks()->isCompact());
 }
 
 void TestWaveformTour::wheelOverTracesZoomsAndPans()
@@ -516,7 +521,7 @@ void TestWaveformTour::rowsAreSorted()
     QFETCH(QString, order);
     QFETCH(QString, labels);
     OpenWindow window({write("first4.mseed", {"YY.AAA..HHZ", "XX.BBB..HHN", "XX.BBB..HHZ"}, {0})});
-    for (QAction *action : window.waveforms->commands()->orderMenu()->actions()) {
+    for (QAction *action : window.waveforms->order()->menu()->actions()) {
         if (action->data() == order)
             action->trigger();
     }
@@ -539,6 +544,16 @@ void TestWaveformTour::selectedRowsAreHiddenAndClosed()
     QCOMPARE(shownLabels(*window.view), QStringList({"XX.AAA..HHZ", "XX.CCC..HHZ"}));
     QCOMPARE(window.waveforms->visibility()->notice()->text().section(" –", 0, 0),
              QString("1 row hidden"));
+    // Each can be called back by its name.
+    QTest::keyClick(window.view, Qt::Key_Home);
+    QTest::keySequence(window.view, QKeySequence("Ctrl+H"));
+    QMenu *hidden = window.waveforms->visibility()->hiddenMenu();
+    emit hidden->aboutToShow();
+    for (QAction *action : hidden->actions()) {
+        if (action->text() == "XX.AAA..HHZ")
+            action->trigger();
+    }
+    QCOMPARE(shownLabels(*window.view), QStringList({"XX.AAA..HHZ", "XX.CCC..HHZ"}));
     // What is hidden isn't closed along with all others.
     QTest::keySequence(window.view, QKeySequence("Ctrl+A"));
     QTest::keySequence(window.view, QKeySequence("Shift+Del"));
@@ -547,16 +562,57 @@ void TestWaveformTour::selectedRowsAreHiddenAndClosed()
     QCOMPARE(shownLabels(*window.view), QStringList{"XX.BBB..HHZ"});
 }
 
+void TestWaveformTour::stationsAreGroupedAndFolded()
+{
+    OpenWindow window({write("first6.mseed", {"XX.AAA..HHE", "XX.AAA..HHZ", "XX.BBB..HHZ"}, {0})});
+    window.waveforms->order()->setName("component");
+    QTest::keyClick(window.view, Qt::Key_G);
+    openMore(window, write("last6.mseed", {"XX.BBB..HHE"}, {0}));
+    const QStringList all{"XX.AAA..HHE", "XX.AAA..HHZ", "XX.BBB..HHE", "XX.BBB..HHZ"};
+    QCOMPARE(shownLabels(*window.view), all);
+    const auto titles = [&] {
+        QStringList texts;
+        for (const Trace *row : window.view->items()) {
+            auto *title = qobject_cast<QAbstractButton *>(row->heading());
+            texts.append(title && title->isVisible() ? title->text().section(' ', 0, 0) : "");
+        }
+        return texts.join(' ');
+    };
+    QCOMPARE(titles(), QString("XX.AAA  XX.BBB "));
+
+    QTest::mouseClick(window.view->itemAt(2)->heading(), Qt::LeftButton);
+    QCOMPARE(shownLabels(*window.view), all.mid(0, 3));
+    QVERIFY(!window.waveforms->visibility()->notice()->isVisible());
+    QTest::keySequence(window.view, QKeySequence("Ctrl+Alt+G"));
+    QCOMPARE(shownLabels(*window.view), QStringList({all[0], all[2]}));
+    // The title goes to the row that stands for the station now.
+    window.view->select(window.view->itemAt(0));
+    QTest::keySequence(window.view, QKeySequence("Ctrl+H"));
+    QCOMPARE(shownLabels(*window.view), QStringList({all[1], all[2]}));
+    QCOMPARE(titles(), QString(" XX.AAA XX.BBB "));
+    window.view->select(window.view->itemAt(2));
+    QTest::keySequence(window.view, QKeySequence("Shift+G"));
+    QCOMPARE(shownLabels(*window.view), all.mid(1));
+    QTest::keyClick(window.view, Qt::Key_G);
+    QCOMPARE(titles().trimmed(), QString());
+}
+
 void TestWaveformTour::componentsHaveColors()
 {
     OpenWindow window({write("zne.mseed", {"XX.AAA..HHE", "XX.AAA..HHZ", "XX.BBB..HHZ"}, {0})});
     window.window.grab();
     const QColor plain = window.row(0)->recordPen(0).color();
-    QAction *colors = window.waveforms->commands()->colorsAction();
+    QAction *colors = window.waveforms->colors()->action();
     colors->trigger();
     window.window.grab(); // painting keeps them
     QVERIFY(window.row(0)->recordPen(0).color() != window.row(1)->recordPen(0).color());
     QCOMPARE(window.row(1)->recordPen(0), window.row(2)->recordPen(0));
+    // They stand out from either background.
+    const QColor onLight = window.row(1)->recordPen(0).color();
+    setDarkColors(true);
+    const QColor onDark = window.row(1)->recordPen(0).color();
+    setDarkColors(false);
+    QVERIFY(onDark.lightness() > onLight.lightness() + 50);
     colors->trigger();
     QCOMPARE(window.row(1)->recordPen(0).color(), plain);
 }
@@ -571,7 +627,7 @@ void TestWaveformTour::remembersHowItLooks()
         auto *waveforms = window.findChild<Waveforms *>();
         for (const char *keys : {"Ctrl+K", "Ctrl+R", "Ctrl+D"})
             QTest::keySequence(waveforms->view(), QKeySequence(keys));
-        waveforms->commands()->setOrder("component");
+        waveforms->order()->setName("component");
         auto *filter = window.findChild<HistoryBox *>();
         filter->setEditText("bandpass(1, 3)");
         QTest::keyClick(filter, Qt::Key_Return);
@@ -580,8 +636,9 @@ void TestWaveformTour::remembersHowItLooks()
     MainWindow window;
     window.restoreSettings();
     const auto *waveforms = window.findChild<Waveforms *>();
-    QVERIFY(waveforms->isCompact() && !waveforms->visibility()->hideEmptyAction()->isChecked());
-    QCOMPARE(waveforms->commands()->order(), QString("component"));
+    QVERIFY(waveforms->looks()->isCompact() &&
+            !waveforms->visibility()->hideEmptyAction()->isChecked());
+    QCOMPARE(waveforms->order()->name(), QString("component"));
     QCOMPARE(window.findChild<HistoryBox *>()->currentText(), QString("bandpass(1, 3)"));
     QVERIFY(waveforms->view()->hasFilter() && waveforms->view()->isFilterEnabled());
 }

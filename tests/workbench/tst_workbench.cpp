@@ -2,6 +2,7 @@
 
 #include "bench/historybox.h"
 #include "spectrograms/spectrograms.h"
+#include "waveforms/rowlooks.h"
 
 #include "openwindow.h"
 #include "pointer.h"
@@ -235,7 +236,7 @@ private slots:
         QVERIFY(panel->isLoading());
         QVERIFY(!QApplication::activeModalWidget() && window.isActiveWindow());
         QTest::keyClick(&window, Qt::Key_K, Qt::ControlModifier);
-        QVERIFY(panel->isCompact());
+        QVERIFY(panel->looks()->isCompact());
         const Core::TimeWindow chosen(Start, Start + Core::TimeSpan(7));
         panel->view()->setVisibleTimeWindow(chosen);
 

@@ -58,9 +58,14 @@ void RowMargins::applyRowHeight()
 
 void RowMargins::update()
 {
-    for (Trace *row : _view->items())
-        update(row);
-    if (isAnyAdditionShown() != _hasAdditions) {
+    // It takes a look at all rows.
+    const bool isShown = isAnyAdditionShown();
+    RowAddition *addition = isShown ? _rows->addition() : nullptr;
+    _view->changeItems([&] {
+        for (Trace *row : _view->items())
+            update(row, addition);
+    });
+    if (isShown != _hasAdditions) {
         _hasAdditions = !_hasAdditions;
         if (_hasAdditions)
             _rowHeight = _view->minimumRowHeight(); // as the user has made it
@@ -71,9 +76,8 @@ void RowMargins::update()
     updateWidths();
 }
 
-void RowMargins::update(Trace *row)
+void RowMargins::update(Trace *row, RowAddition *addition)
 {
-    RowAddition *addition = isAnyAdditionShown() ? _rows->addition() : nullptr;
     if (!_rulersShown && !addition) {
         row->setExtraWidget(nullptr);
         return;

@@ -13,6 +13,7 @@ class TraceView;
 
 namespace Workbench {
 
+class RowAddition;
 class TraceRows;
 
 /** What stands at the right of all rows of a view, equally wide, and the height that it needs. */
@@ -40,7 +41,7 @@ private slots:
 
 private:
     bool isAnyAdditionShown() const;
-    void update(Norvu::Gui::Trace *row);
+    void update(Norvu::Gui::Trace *row, RowAddition *addition);
     void applyRowHeight();
 
     Norvu::Gui::TraceView *_view;

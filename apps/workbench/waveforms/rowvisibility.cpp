@@ -3,29 +3,49 @@
 #include "rowvisibility.h"
 
 #include "coverage.h"
+#include "rowgroups.h"
 
 #include <norvu/gui/trace.h>
 #include <norvu/gui/traceview.h>
 
 #include <QAction>
 #include <QEvent>
+#include <QMenu>
 #include <QMouseEvent>
 #include <QToolButton>
+
+#include <algorithm>
+#include <iterator>
 
 using Norvu::Gui::Trace;
 using Norvu::Gui::TraceView;
 
 namespace Workbench {
 
-RowVisibility::RowVisibility(TraceView *view, const Coverage *coverage)
-    : QObject(view), _view(view), _coverage(coverage),
-      _hideEmpty(new QAction(tr("Hide rows without &data"), this)), _notice(new QToolButton)
+namespace {
+
+/** Longer menus are no help. */
+constexpr int MostListedRows = 40;
+
+} // namespace
+
+RowVisibility::RowVisibility(TraceView *view, const Coverage *coverage, RowGroups *groups)
+    : QObject(view), _view(view), _coverage(coverage), _groups(groups),
+      _hideEmpty(new QAction(tr("Hide rows without &data"), this)),
+      _showHidden(new QAction(tr("Show all hidden rows"), this)),
+      _hiddenMenu(new QMenu(tr("Hidden ro&ws"))), _notice(new QToolButton)
 {
+    _showHidden->setShortcut(tr("Ctrl+Shift+H"));
+    connect(_showHidden, SIGNAL(triggered()), this, SLOT(showHidden()));
+    _hiddenMenu->addAction(_showHidden);
+    connect(_hiddenMenu, SIGNAL(aboutToShow()), this, SLOT(fillHiddenMenu()));
+    connect(_groups, SIGNAL(changed()), this, SLOT(update()));
     _hideEmpty->setCheckable(true);
     _hideEmpty->setChecked(true);
     _hideEmpty->setShortcut(tr("Ctrl+D"));
     _notice->setFocusPolicy(Qt::NoFocus);
-    static_cast<QToolButton *>(_notice.data())->setAutoRaise(true);
+    _notice->setAutoRaise(true);
+    _notice->setPopupMode(QToolButton::MenuButtonPopup);
     _notice->hide();
     _timer.setSingleShot(true);
     connect(&_timer, SIGNAL(timeout()), this, SLOT(update()));
@@ -37,6 +57,7 @@ RowVisibility::RowVisibility(TraceView *view, const Coverage *coverage)
 
 RowVisibility::~RowVisibility()
 {
+    delete _hiddenMenu;
     if (_notice && !_notice->parent())
         delete _notice;
 }
@@ -58,6 +79,36 @@ bool RowVisibility::eventFilter(QObject *, QEvent *event)
         updateSoon();
     }
     return false;
+}
+
+QAbstractButton *RowVisibility::notice() const
+{
+    return _notice;
+}
+
+/** Lists the rows that the user has hidden, each of which can be shown again. */
+void RowVisibility::fillHiddenMenu()
+{
+    _hiddenMenu->clear();
+    _hiddenMenu->addAction(_showHidden);
+    _hiddenMenu->addSeparator();
+    int listed = 0;
+    for (Trace *row : _view->items()) {
+        if (!_hidden.contains(row) || listed++ >= MostListedRows)
+            continue;
+        QAction *action = _hiddenMenu->addAction(row->label(), this, SLOT(showOne()));
+        action->setData(QVariant::fromValue<QObject *>(row));
+    }
+    if (listed > MostListedRows)
+        _hiddenMenu->addAction(tr("and %1 more").arg(listed - MostListedRows))->setEnabled(false);
+}
+
+void RowVisibility::showOne()
+{
+    // It may be gone, and then the address belongs to nothing or to another row.
+    auto *row = static_cast<Trace *>(static_cast<QAction *>(sender())->data().value<QObject *>());
+    _hidden.remove(row);
+    update();
 }
 
 /** Many steps at once are one. */
@@ -104,7 +155,14 @@ void RowVisibility::update()
     }
     _empty = hidden - _hidden;
     updateNotice(hidden.size() - _hidden.size(), _hidden.size());
-    apply(hidden);
+
+    QList<Trace *> others;
+    std::copy_if(rows.begin(), rows.end(), std::back_inserter(others),
+                 [&](Trace *row) { return !hidden.contains(row); });
+    _view->changeItems([&] {
+        hidden += _groups->arrange(others);
+        apply(hidden);
+    });
 }
 
 void RowVisibility::apply(const QSet<Trace *> &hidden)
@@ -132,8 +190,11 @@ void RowVisibility::updateNotice(int emptyCount, int hiddenCount)
                                      : tr("%1 rows without data here").arg(emptyCount));
     if (hiddenCount > 0)
         texts.append(hiddenCount == 1 ? tr("1 row hidden") : tr("%1 rows hidden").arg(hiddenCount));
+    _showHidden->setEnabled(hiddenCount > 0);
+    _hiddenMenu->setEnabled(hiddenCount > 0);
     if (!_notice)
         return;
+    _notice->setMenu(hiddenCount > 0 ? _hiddenMenu : nullptr);
     _notice->setText(texts.join(", ") + tr(" – show"));
     _notice->setVisible(!texts.isEmpty());
 }

@@ -2,14 +2,16 @@
 
 #pragma once
 
-#include <QAbstractButton>
 #include <QList>
 #include <QObject>
 #include <QPointer>
 #include <QSet>
 #include <QTimer>
+#include <QToolButton>
 
+class QAbstractButton;
 class QAction;
+class QMenu;
 
 namespace Norvu {
 namespace Gui {
@@ -21,10 +23,11 @@ class TraceView;
 namespace Workbench {
 
 class Coverage;
+class RowGroups;
 
 /**
  * Which rows of a view are shown: neither those that the user has hidden, nor, unless they are
- * wanted, those without data in the window that is visible.
+ * wanted, those without data in the window that is visible, nor those of folded stations.
  *
  * Rows don't jump while the view is being moved with the mouse, but as soon as it is let go. If no
  * row has data, all stay as they are.
@@ -35,14 +38,16 @@ class RowVisibility : public QObject
 
 public:
     /** @param view  owns it */
-    RowVisibility(Norvu::Gui::TraceView *view, const Coverage *coverage);
+    RowVisibility(Norvu::Gui::TraceView *view, const Coverage *coverage, RowGroups *groups);
     ~RowVisibility() override;
 
     /** "Hide rows without data", on at the start. */
     QAction *hideEmptyAction() const { return _hideEmpty; }
     /** Tells how many rows aren't shown, and shows them when it is clicked; hidden otherwise. To be
      *  put into a layout, which owns it. */
-    QAbstractButton *notice() const { return _notice; }
+    QAbstractButton *notice() const;
+    /** Lists what the user has hidden, to be shown one by one or all. */
+    QMenu *hiddenMenu() const { return _hiddenMenu; }
 
     void hide(const QList<Norvu::Gui::Trace *> &rows);
 
@@ -65,6 +70,8 @@ protected:
 
 private slots:
     void updateSoon();
+    void fillHiddenMenu();
+    void showOne();
 
 private:
     void apply(const QSet<Norvu::Gui::Trace *> &hidden);
@@ -72,8 +79,11 @@ private:
 
     Norvu::Gui::TraceView *_view;
     const Coverage *_coverage;
+    RowGroups *_groups;
     QAction *_hideEmpty;
-    QPointer<QAbstractButton> _notice;
+    QAction *_showHidden;
+    QMenu *_hiddenMenu;
+    QPointer<QToolButton> _notice;
     QTimer _timer;
     QSet<Norvu::Gui::Trace *> _hidden; /**< by the user; some may be gone */
     QSet<Norvu::Gui::Trace *> _empty;  /**< hidden since they have no data here */

@@ -6,6 +6,9 @@
 #include "bench/selection.h"
 #include "bench/stations.h"
 #include "bench/tracerows.h"
+#include "navigation.h"
+#include "rowlooks.h"
+#include "roworder.h"
 #include "timetext.h"
 #include "viewhistory.h"
 #include "waveforms.h"
@@ -102,7 +105,7 @@ void SelectionLink::updateDistances()
         if (std::isfinite(path.distanceKm))
             paths.insert(station, path);
     }
-    _waveforms->setPaths(paths);
+    _waveforms->looks()->setPaths(paths);
 }
 
 void SelectionLink::followEvent()
@@ -111,15 +114,24 @@ void SelectionLink::followEvent()
     updateDistances();
     const std::optional<EventFacts> event = _bench->selection()->chosenEvent();
     if (event && isSorted && !isSortedByDistance(*_waveforms->view()))
-        _waveforms->view()->sortView();
+        sortByDistance();
     if (event && event->originTime.valid() && _waveforms->view()->count() > 0)
         showEvent(*event);
+}
+
+/** Keeps stations together where the user wants them so. */
+void SelectionLink::sortByDistance()
+{
+    if (_waveforms->order()->name() == "distance")
+        _waveforms->order()->sort();
+    else
+        _waveforms->view()->sortView();
 }
 
 void SelectionLink::showEvent(const EventFacts &event)
 {
     double farthest = 0;
-    for (const EventPath &path : _waveforms->paths())
+    for (const EventPath &path : _waveforms->looks()->paths())
         farthest = std::max(farthest, path.distanceKm);
     const Core::TimeWindow window = eventWindow(event, farthest);
     if (!hasData(window)) {
@@ -129,7 +141,7 @@ void SelectionLink::showEvent(const EventFacts &event)
     }
     {
         const QScopedValueRollback<bool> following(_isFollowing, true);
-        _waveforms->history()->keep();
+        _waveforms->navigation()->history()->keep();
         _waveforms->view()->setAlignment(event.originTime);
         _waveforms->view()->setVisibleTimeWindow(window);
     }

@@ -49,6 +49,7 @@ private slots:
 
 private:
     bool hasData(const Tellarix::Core::TimeWindow &window) const;
+    void sortByDistance();
     void showEvent(const EventFacts &event);
     QStringList selectedStations() const;
 

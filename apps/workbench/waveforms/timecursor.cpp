@@ -38,7 +38,10 @@ TimeCursor::TimeCursor(Bench *bench, TraceView *view)
             connect(action, SIGNAL(triggered()), this, SLOT(clearTime()));
     }
     connect(_bench->selection(), SIGNAL(timeChanged()), this, SLOT(updateLine()));
-    connect(_view, SIGNAL(layoutOrContentChanged()), this, SLOT(watchRows()));
+    // Once for any number of rows that are added one by one.
+    _rowsTimer.setSingleShot(true);
+    connect(&_rowsTimer, SIGNAL(timeout()), this, SLOT(watchRows()));
+    connect(_view, SIGNAL(layoutOrContentChanged()), &_rowsTimer, SLOT(start()));
     connect(_view, SIGNAL(displayChanged(double, double, double)), this, SLOT(updateLine()));
     connect(_view, SIGNAL(alignmentChanged(Tellarix::Core::Time)), this, SLOT(updateLine()));
     connect(_view, SIGNAL(rulerSpacingChanged(int)), this, SLOT(updateLine()));

@@ -8,6 +8,7 @@
 
 #include <QPoint>
 #include <QRect>
+#include <QTimer>
 
 class QScrollArea;
 
@@ -59,6 +60,7 @@ private:
     Bench *_bench;
     Norvu::Gui::TraceView *_view;
     QScrollArea *_scrollArea;
+    QTimer _rowsTimer;
     QRect _line;
     QPoint _press; /**< of the left button on the overview */
 };

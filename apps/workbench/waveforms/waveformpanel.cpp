@@ -7,10 +7,16 @@
 #include "exportactions.h"
 #include "filterbox.h"
 #include "measuring.h"
+#include "navigation.h"
 #include "overviewaxes.h"
 #include "overviewmenu.h"
 #include "pointerreport.h"
+#include "rowcolors.h"
 #include "rowcommands.h"
+#include "rowfilters.h"
+#include "rowgroups.h"
+#include "rowlooks.h"
+#include "roworder.h"
 #include "rowvisibility.h"
 #include "selectionlink.h"
 #include "timecursor.h"
@@ -110,8 +116,8 @@ void WaveformPanel::createFilterBar()
     connect(_filterBox, SIGNAL(filterChanged(QString)), this, SLOT(setFilter(QString)));
     connect(_filterBox, SIGNAL(filterEnabled(bool)), _waveforms->view(),
             SLOT(setFilterEnabled(bool)));
-    connect(_filterBox, SIGNAL(filterEnabled(bool)), _waveforms, SLOT(updateFilterFit()));
-    connect(_waveforms, SIGNAL(filterMisfits(QStringList)), _filterBox,
+    connect(_filterBox, SIGNAL(filterEnabled(bool)), _waveforms->filters(), SLOT(update()));
+    connect(_waveforms->filters(), SIGNAL(misfits(QStringList)), _filterBox,
             SLOT(showMisfits(QStringList)));
     connect(_filterBox, SIGNAL(left()), _waveforms->view(), SLOT(setFocus()));
     connect(_filterBox, SIGNAL(problem(QString)), bench(), SLOT(showStatus(QString)));
@@ -128,22 +134,25 @@ void WaveformPanel::createViewActions()
                   SLOT(showPreviousStretch()));
     addViewAction(tr("&Go to time…"), tr("Ctrl+G"), SLOT(askForTime()));
     _viewActions.append(_waveforms->gestures()->zoomAction());
-    _viewActions.append(_waveforms->history()->backAction());
-    _viewActions.append(_waveforms->history()->forwardAction());
+    _viewActions.append(_waveforms->navigation()->history()->backAction());
+    _viewActions.append(_waveforms->navigation()->history()->forwardAction());
     _viewActions.append(makeSeparator());
     _viewActions.append(_waveforms->view()->controlActions());
     _viewActions.append(makeSeparator());
     _viewActions.append(_waveforms->visibility()->hideEmptyAction());
-    _viewActions.append(_waveforms->commands()->showAllAction());
-    _viewActions.append(_waveforms->commands()->colorsAction());
-    QAction *compact = addViewToggle(tr("&Compact rows"), tr("Ctrl+K"), SLOT(setCompact(bool)));
-    connect(_waveforms, SIGNAL(compactChanged(bool)), compact, SLOT(setChecked(bool)));
-    disconnect(compact, SIGNAL(toggled(bool)), _waveforms, SLOT(setCompact(bool)));
-    connect(compact, SIGNAL(triggered(bool)), _waveforms, SLOT(setCompact(bool)));
+    _viewActions.append(_waveforms->visibility()->hiddenMenu()->menuAction());
+    _viewActions.append(_waveforms->colors()->action());
+    auto *compact = new QAction(tr("&Compact rows"), this);
+    compact->setCheckable(true);
+    compact->setShortcut(tr("Ctrl+K"));
+    connect(_waveforms->looks(), SIGNAL(compactChanged(bool)), compact, SLOT(setChecked(bool)));
+    connect(compact, SIGNAL(triggered(bool)), _waveforms->looks(), SLOT(setCompact(bool)));
+    _viewActions.append(compact);
     addViewToggle(tr("Amplitude &rulers"), tr("Ctrl+R"), SLOT(setRulersShown(bool)), "rulers");
     addViewToggle(tr("&Local time"), tr("Ctrl+T"), SLOT(setLocalTimeShown(bool)), "localTime");
     _remembered.insert("hideEmpty", _waveforms->visibility()->hideEmptyAction());
-    _remembered.insert("colors", _waveforms->commands()->colorsAction());
+    _remembered.insert("colors", _waveforms->colors()->action());
+    _remembered.insert("grouped", _waveforms->order()->groupAction());
 }
 
 QAction *WaveformPanel::addViewAction(const QString &text, const QKeySequence &key,
@@ -151,7 +160,7 @@ QAction *WaveformPanel::addViewAction(const QString &text, const QKeySequence &k
 {
     auto *action = new QAction(text, this);
     action->setShortcut(key);
-    connect(action, SIGNAL(triggered()), _waveforms, slot);
+    connect(action, SIGNAL(triggered()), _waveforms->navigation(), slot);
     _viewActions.append(action);
     return action;
 }
@@ -189,10 +198,11 @@ void WaveformPanel::createTraceMenu()
     _traceMenu->addSeparator();
     const QList<QAction *> shown = view->controlActions();
     for (QAction *action : view->actions()) {
-        if (!shown.contains(action) && !_viewActions.contains(action))
+        if (!shown.contains(action) && !_viewActions.contains(action) &&
+            action != _waveforms->order()->groupAction())
             _traceMenu->addAction(action);
     }
-    _traceMenu->addMenu(_waveforms->commands()->orderMenu());
+    _traceMenu->addMenu(_waveforms->order()->menu());
     _traceMenu->addAction(tr("Select by &pattern…"), view, SLOT(selectPattern()));
     _traceMenu->addAction(tr("&Deselect by pattern…"), view, SLOT(deselectPattern()));
 }
@@ -204,9 +214,9 @@ void WaveformPanel::createOverviewMenu()
     auto *axes = new OverviewAxes(_waveforms->view(), _overview);
     layout()->addWidget(axes->notice());
     layout()->setAlignment(axes->notice(), Qt::AlignCenter);
-    connect(_waveforms, SIGNAL(pathsChanged()), axes, SLOT(update()));
+    connect(_waveforms->looks(), SIGNAL(pathsChanged()), axes, SLOT(update()));
     connect(_waveforms->visibility(), SIGNAL(changed()), axes, SLOT(update()));
-    connect(axes, SIGNAL(roomRequired(int)), _waveforms, SLOT(setOverviewRoom(int)));
+    connect(axes, SIGNAL(roomRequired(int)), _waveforms->looks(), SLOT(setOverviewRoom(int)));
     connect(_remembered.value("localTime"), SIGNAL(toggled(bool)), axes,
             SLOT(setLocalTimeShown(bool)));
     _waveforms->visibility()->watch(_overview);
@@ -244,7 +254,8 @@ void WaveformPanel::fillStatusBar(QStatusBar *bar)
     bar->addWidget(_measurementLabel, 1);
     bar->addPermanentWidget(_rangeLabel);
     connect(_waveforms, SIGNAL(pointerText(QString)), this, SLOT(showPointer(QString)));
-    connect(_waveforms, SIGNAL(rangeText(QString)), _rangeLabel, SLOT(setText(QString)));
+    connect(_waveforms->navigation(), SIGNAL(rangeText(QString)), _rangeLabel,
+            SLOT(setText(QString)));
     connect(_waveforms->measuringTool(), SIGNAL(measured(QString)), this,
             SLOT(showMeasurement(QString)));
 }
@@ -276,7 +287,7 @@ void WaveformPanel::updateRangeLabel()
 
 void WaveformPanel::setFilter(const QString &text)
 {
-    bench()->tell(_waveforms->setFilter(text));
+    bench()->tell(_waveforms->filters()->setFilter(text));
 }
 
 void WaveformPanel::showFilteringProgress(int done, int total)
@@ -300,9 +311,9 @@ void WaveformPanel::saveState(QSettings &settings) const
     settings.beginGroup(SettingsGroup);
     for (auto toggle = _remembered.begin(); toggle != _remembered.end(); ++toggle)
         settings.setValue(toggle.key(), toggle.value()->isChecked());
-    settings.setValue("order", _waveforms->commands()->order());
-    if (_waveforms->isCompactChosen())
-        settings.setValue("compact", _waveforms->isCompact());
+    settings.setValue("order", _waveforms->order()->name());
+    if (_waveforms->looks()->isCompactChosen())
+        settings.setValue("compact", _waveforms->looks()->isCompact());
     settings.setValue("filter", _filterBox->appliedText());
     settings.setValue("filtered", _filterBox->isFilterEnabled());
     settings.endGroup();
@@ -315,9 +326,9 @@ void WaveformPanel::restoreState(QSettings &settings)
     for (auto toggle = _remembered.begin(); toggle != _remembered.end(); ++toggle)
         toggle.value()->setChecked(
             settings.value(toggle.key(), toggle.value()->isChecked()).toBool());
-    _waveforms->commands()->setOrder(settings.value("order").toString());
+    _waveforms->order()->setName(settings.value("order").toString());
     if (settings.contains("compact"))
-        _waveforms->setCompact(settings.value("compact").toBool());
+        _waveforms->looks()->setCompact(settings.value("compact").toBool());
     const QString filter = settings.value("filter").toString();
     if (!filter.isEmpty()) {
         _filterBox->apply(filter);

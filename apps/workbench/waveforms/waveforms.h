@@ -4,17 +4,13 @@
 
 #include "coverage.h"
 
-#include <tellarix/core/math/filterdefinition.h>
 #include <tellarix/core/timewindow.h>
 
-#include <QHash>
 #include <QList>
 #include <QSet>
 #include <QStringList>
 #include <QVector>
 #include <QWidget>
-
-#include <string>
 
 class QAction;
 class QLabel;
@@ -26,37 +22,23 @@ class TraceView;
 } // namespace Gui
 } // namespace Norvu
 
-namespace Tellarix {
-namespace Gui {
-class RecordWidget;
-} // namespace Gui
-} // namespace Tellarix
-
 namespace Workbench {
 
 class Bench;
 class DataStrip;
 class MeasuringTool;
+class Navigation;
 class PointerReport;
+class RowColors;
 class RowCommands;
+class RowFilters;
+class RowGroups;
+class RowLooks;
 class RowMargins;
-class RowNames;
+class RowOrder;
 class RowVisibility;
 class SourceQueue;
 class TimeGestures;
-class ViewHistory;
-
-/** The way from an event to a station. */
-struct EventPath
-{
-    double distanceKm{0};
-    double azimuth{0}; /**< at the event, in degrees */
-
-    bool operator==(const EventPath &other) const
-    {
-        return distanceKm == other.distanceKm && azimuth == other.azimuth;
-    }
-};
 
 /** The waveforms: a trace view, what has been opened into it, and ways through its data. */
 class Waveforms : public QWidget
@@ -68,9 +50,14 @@ public:
 
     Norvu::Gui::TraceView *view() const { return _view; }
     MeasuringTool *measuringTool() const { return _measuringTool; }
-    ViewHistory *history() const { return _history; }
+    Navigation *navigation() const { return _navigation; }
     RowVisibility *visibility() const { return _visibility; }
+    RowOrder *order() const { return _order; }
+    RowGroups *groups() const { return _groups; }
     RowCommands *commands() const { return _commands; }
+    RowColors *colors() const { return _colors; }
+    RowLooks *looks() const { return _looks; }
+    RowFilters *filters() const { return _filters; }
     TimeGestures *gestures() const { return _gestures; }
     PointerReport *pointer() const { return _pointer; }
 
@@ -89,22 +76,6 @@ public:
     /** Takes all rows away, and ends a load. */
     void clear();
 
-    /**
-     * Filters all rows by a filter in its text form; an empty text takes the filter away. Rows with
-     * a sampling frequency that the filter doesn't fit stay raw, draw palely, and say why.
-     * @return one text for each sampling frequency that the filter doesn't fit
-     */
-    QStringList setFilter(const QString &text);
-
-    /** Rows without a header line, their names beside the traces; as long as the user hasn't
-     * chosen, once there are many rows. */
-    bool isCompact() const { return _compact; }
-    bool isCompactChosen() const { return _isCompactChosen; }
-
-    /** Distances and azimuths by "NET.STA", shown beside the names; distances are sorted by. */
-    void setPaths(const QHash<QString, EventPath> &paths);
-    const QHash<QString, EventPath> &paths() const { return _paths; }
-
     /** Actions for the menu of a row, below those of other panels. */
     void setRowActions(const QList<QAction *> &actions) { _rowActions = actions; }
 
@@ -115,51 +86,26 @@ public:
 public slots:
     /** Reads what was opened once more, into the rows that were reset and for what came since. */
     void reload();
-    void setCompact(bool compact);
-    /** Room that the overview needs at the left, beside that of the axes of rows; negative without
-     *  it. */
-    void setOverviewRoom(int pixels);
-    /** To be called when filtering goes on or off. */
-    void updateFilterFit();
-    /** Shows physical units where one gain is known for all of a row, and counts elsewhere. */
-    void updateUnits();
     /** Local times below those in UTC. */
     void setLocalTimeShown(bool show);
     /** An amplitude ruler with the unit at the right of each row. */
     void setRulersShown(bool show);
-    void showAllData();
-    void showNextStretch();
-    void showPreviousStretch();
-    void zoomOut();
-    /** Asks for a time, which comes into the middle of the view. */
-    void askForTime();
-    void goToTime(const QString &text);
 
 signals:
     /** What was wrong with sources, one text each. */
     void problems(const QStringList &messages);
     /** What is under the pointer, or nothing. */
     void pointerText(const QString &text);
-    /** Which time is shown. */
-    void rangeText(const QString &text);
-    void compactChanged(bool compact);
-    /** Rows have other distances. */
-    void pathsChanged();
-    /** One text for each sampling frequency that the filter doesn't fit. */
-    void filterMisfits(const QStringList &messages);
 
 protected:
     void contextMenuEvent(QContextMenuEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
 
 private slots:
-    void showRange(double lower, double upper);
-    void showWindow(const Tellarix::Core::TimeWindow &window);
-    void leapTo(const Tellarix::Core::TimeWindow &window);
-    void updateRangeText();
     void showArrivals();
     void endLoad(const QStringList &messages);
     void collectCoverage();
+    void forgetClosedRows();
 
 private:
     bool load(const QStringList &sources);
@@ -169,24 +115,23 @@ private:
     void showFirstStretch();
     void showNewData();
     bool hasUserMoved() const;
-    void applyCompact(bool compact);
-    void fitFilter(Norvu::Gui::Trace *row);
-    QStringList filterProblems() const;
-    void dress(Norvu::Gui::Trace *row);
-    bool updateUnit(Norvu::Gui::Trace *row);
     void connectTime();
+    void connectRows();
     void updateHint();
-    void showNeighbour(int step);
 
     Bench *_bench;
     Norvu::Gui::TraceView *_view;
     RowMargins *_margins;
     MeasuringTool *_measuringTool;
     SourceQueue *_queue;
-    ViewHistory *_history;
+    RowGroups *_groups;
     RowVisibility *_visibility;
-    RowNames *_names;
+    RowOrder *_order;
     RowCommands *_commands;
+    RowColors *_colors;
+    RowLooks *_looks;
+    RowFilters *_filters;
+    Navigation *_navigation;
     TimeGestures *_gestures;
     DataStrip *_strip;
     PointerReport *_pointer;
@@ -194,11 +139,6 @@ private:
     QStringList _sources;
     QList<QAction *> _rowActions;
     Coverage _coverage;
-    QHash<QString, EventPath> _paths;
-    Tellarix::Math::Filtering::FilterDefinition _filter;
-    std::string _filterText;
-    bool _compact{false};
-    bool _isCompactChosen{false}; /**< by the user */
 
     /** What is being loaded. */
     struct Load

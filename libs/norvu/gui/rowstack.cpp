@@ -4,6 +4,7 @@
 
 #include <norvu/gui/trace.h>
 
+#include <QPointer>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -28,7 +29,7 @@ void RowStack::insert(int index, Trace *row)
     const bool isShown = isNew && isVisible() && !row->isTakenOut();
     _layout->insertWidget(std::min(index, _layout->count()), row);
     if (isShown)
-        setShown({row}, true);
+        changeTogether([row] { row->show(); });
 }
 
 void RowStack::remove(Trace *row)
@@ -44,12 +45,14 @@ void RowStack::setOrder(const QList<Trace *> &rows)
         _layout->addWidget(row);
 }
 
-void RowStack::setShown(const QList<Trace *> &rows, bool show)
+void RowStack::changeTogether(const std::function<void()> &change)
 {
+    const QPointer<RowStack> alive(this);
+    const bool wasEnabled = _layout->isEnabled();
     _layout->setEnabled(false);
-    for (Trace *row : rows)
-        row->setVisible(show);
-    _layout->setEnabled(true);
+    change();
+    if (alive)
+        _layout->setEnabled(wasEnabled);
 }
 
 int RowStack::indexOf(const Trace *row) const

@@ -5,6 +5,8 @@
 #include <QList>
 #include <QWidget>
 
+#include <functional>
+
 class QVBoxLayout;
 
 namespace Norvu {
@@ -33,8 +35,8 @@ public:
     void remove(Trace *row);
     /** Gives all rows of the stack the places that they have in @p rows. */
     void setOrder(const QList<Trace *> &rows);
-    /** Shows or hides rows, which keep their places. */
-    void setShown(const QList<Trace *> &rows, bool show);
+    /** Runs @p change, which may show, hide or alter any number of rows, and lays them out once. */
+    void changeTogether(const std::function<void()> &change);
 
     /** Place of a row, -1 without one. */
     int indexOf(const Trace *row) const;

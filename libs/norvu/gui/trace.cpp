@@ -53,6 +53,14 @@ int axisTextWidth()
     return metrics.horizontalAdvance(QStringLiteral(" -1.00E-999")) + metrics.height();
 }
 
+/** Shows what was just put into a layout, unless it was hidden: the layout itself shows it later,
+ * when whoever changes many rows together has no hold on it any more. */
+void showAtOnce(QWidget *widget)
+{
+    if (!widget->testAttribute(Qt::WA_WState_ExplicitShowHide))
+        widget->show();
+}
+
 QString boldLabel(const QString &label)
 {
     return QStringLiteral("<b>%1</b>").arg(label);
@@ -247,6 +255,8 @@ void Trace::addGrid()
         addExtraWidget(layout);
     if (_timeAxis)
         addTimeAxis();
+    if (_heading)
+        layout->setMenuBar(_heading);
 }
 
 QGridLayout *Trace::grid() const
@@ -378,10 +388,12 @@ void Trace::setExtraWidget(QWidget *widget)
 
     delete _extraWidget;
     _extraWidget = widget;
-    if (_extraWidget)
+    if (_extraWidget) {
         addExtraWidget(grid());
-    else
-        renewGrid();
+        showAtOnce(_extraWidget);
+        return;
+    }
+    renewGrid();
 }
 
 void Trace::setUpperWidget(QWidget *widget)
@@ -416,6 +428,20 @@ void Trace::renewGrid()
     addGrid();
     grid()->setVerticalSpacing(spacing);
     grid()->setContentsMargins(margins);
+}
+
+void Trace::setHeading(QWidget *heading)
+{
+    if (heading == _heading)
+        return;
+
+    delete _heading;
+    _heading = heading;
+    // What a layout calls its menu bar is a widget above all of its cells.
+    grid()->setMenuBar(_heading);
+    grid()->invalidate();
+    if (_heading)
+        showAtOnce(_heading);
 }
 
 void Trace::setVerticalPadding(int margin, int spacing)

@@ -128,6 +128,10 @@ public:
     /** Puts a widget at the right-hand end of the header, which owns it. */
     void addHeaderWidget(QWidget *widget);
     void setHeaderVisible(bool visible);
+    /** Shows a widget above all of the row, such as the title of a group that begins with it, and
+     *  owns it; deletes the one before. Null removes it. */
+    void setHeading(QWidget *heading);
+    QWidget *heading() const { return _heading; }
     /** Shows a widget right of the traces and owns it; deletes the one before. Null removes it. */
     void setExtraWidget(QWidget *widget);
     QWidget *extraWidget() const { return _extraWidget; }
@@ -212,6 +216,7 @@ private:
     QWidget *_axisSpacer{nullptr};
     QWidget *_extraWidget{nullptr};
     QWidget *_upperWidget{nullptr};
+    QWidget *_heading{nullptr};
     bool _selected{false};
     bool _dataRequested{false};
     QString _label;

@@ -104,8 +104,11 @@ public:
     /** Position of a row, -1 if it isn't in the list. */
     int indexOf(Trace *row) const;
 
-    /** Shows or hides rows of the list, all at once; they stay in it. */
-    void setItemsShown(const QList<Trace *> &rows, bool show);
+    /**
+     * Runs @p change, which may show, hide or alter any number of rows: they are laid out once
+     * afterwards, not for each of them.
+     */
+    void changeItems(const std::function<void()> &change);
 
     /** Asks for distances by distanceValuesRequired() and puts the rows in ascending order. */
     void sort(bool (*lessThan)(const Trace *, const Trace *));

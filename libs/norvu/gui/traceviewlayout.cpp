@@ -61,9 +61,9 @@ TimeWindow windowShowing(const TimeWindow &window, TimeWindow visible, bool cent
 
 } // namespace
 
-void TraceView::setItemsShown(const QList<Trace *> &rows, bool show)
+void TraceView::changeItems(const std::function<void()> &change)
 {
-    _contents->setShown(rows, show);
+    _contents->changeTogether(change);
 }
 
 void TraceView::setMinimumRowHeight(int height)
