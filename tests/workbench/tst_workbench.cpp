@@ -2,6 +2,7 @@
 
 #include "bench/historybox.h"
 #include "spectrograms/spectrograms.h"
+#include "waveforms/navigation.h"
 #include "waveforms/rowlooks.h"
 
 #include "openwindow.h"
@@ -173,11 +174,11 @@ private slots:
         auto *panel = window.waveforms;
         QCOMPARE(panel->stretches().size(), 2);
         QVERIFY(panel->view()->visibleTimeWindow().contains(Start));
-        panel->showNextStretch();
+        panel->navigation()->showNextStretch();
         QVERIFY(panel->view()->visibleTimeWindow().contains(Start + Core::TimeSpan(86400)));
-        panel->showNextStretch();
+        panel->navigation()->showNextStretch();
         QVERIFY(panel->view()->visibleTimeWindow().contains(Start + Core::TimeSpan(86400)));
-        panel->showAllData();
+        panel->navigation()->showAllData();
         QVERIFY(panel->view()->visibleTimeWindow().contains(
             Core::TimeWindow(Start, Start + Core::TimeSpan(86400))));
     }

@@ -313,6 +313,7 @@ void Waveforms::setRulersShown(bool show)
 void Waveforms::forgetClosedRows()
 {
     collectCoverage();
+    _navigation->updateRangeText();
     returnFreeMemory();
 }
 

@@ -2,22 +2,19 @@
 
 #include "trace.h"
 
+#include "colorbar_p.h"
+#include "rowtimescale_p.h"
+
 #include <norvu/gui/traceview.h>
 
-#include <tellarix/core/datamodel/utils.h>
 #include <tellarix/core/records/ringbuffer.h>
 #include <tellarix/qt/records/recordwidget.h>
-#include <tellarix/qt/records/timescale.h>
 
 #include <QApplication>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QMouseEvent>
-#include <QPainter>
 #include <QPointer>
-#include <QStyleOptionFrame>
-#include <QStyleOptionViewItem>
 
 #include <algorithm>
 #include <memory>
@@ -28,7 +25,6 @@ namespace Gui {
 namespace {
 
 constexpr int MinimumRecordWidth = 10;
-constexpr int ColorBarInset = 2;
 
 /** Cells of the grid: bar, axis column, traces and extra widget from left to right. */
 enum Column
@@ -61,11 +57,6 @@ void showAtOnce(QWidget *widget)
         widget->show();
 }
 
-QString boldLabel(const QString &label)
-{
-    return QStringLiteral("<b>%1</b>").arg(label);
-}
-
 /** Records have no height of their own: rows ask for two lines of text. */
 class PrivateRecordWidget : public Tellarix::Gui::RecordWidget
 {
@@ -77,39 +68,6 @@ public:
         const int lineHeight = fontMetrics().height();
         return QSize(10 * lineHeight, 2 * lineHeight);
     }
-};
-
-/**
- * An axis whose ticks stand below the samples also when it is wider than the traces, or when these
- * are shown at a scale of their own: showRange() would spread the range of the record widget over
- * the whole axis and put the times below other samples.
- */
-class RowTimeScale : public Tellarix::Gui::TimeScale
-{
-public:
-    explicit RowTimeScale(const Tellarix::Gui::RecordWidget *widget) : _widget(widget) {}
-
-    /** Takes over what the record widget shows. */
-    void follow()
-    {
-        const QPointer<RowTimeScale> alive(this);
-        setScale(_widget->timeScale());
-        if (alive)
-            setRange(_widget->tmin(), _widget->tmax());
-    }
-
-protected:
-    void resizeEvent(QResizeEvent *event) override
-    {
-        const QPointer<RowTimeScale> alive(this);
-        TimeScale::resizeEvent(event);
-        // The record widget only finds its scale when it gets its size, just before this axis.
-        if (alive)
-            follow();
-    }
-
-private:
-    const Tellarix::Gui::RecordWidget *_widget;
 };
 
 /** Sets a range about the mean; @p T is the type of the samples, in which it is worked out. */
@@ -141,37 +99,6 @@ void setAutomaticRange(Tellarix::Gui::RecordWidget *widget, const Tellarix::Reco
 
 } // namespace
 
-/** The status bar: a stripe of colour with room on both sides. */
-class Trace::ColoredWidget : public QWidget
-{
-public:
-    ColoredWidget(const QColor &color, QWidget *parent) : QWidget(parent), _color(color) {}
-
-    const QColor &color() const { return _color; }
-
-    void setColor(const QColor &color)
-    {
-        _color = color;
-        update();
-    }
-
-protected:
-    void paintEvent(QPaintEvent *event) override
-    {
-        const int right = width() - 1 - ColorBarInset;
-        if (right < ColorBarInset || height() < 0)
-            return;
-
-        QPainter painter(this);
-        painter.fillRect(QRect(QPoint(ColorBarInset, 0), QPoint(right, height() - 1)), _color);
-        painter.end();
-        QWidget::paintEvent(event);
-    }
-
-private:
-    QColor _color;
-};
-
 Trace::Trace(const QString &label, QColor color, QWidget *parent, Qt::WindowFlags f)
     : Trace(label, new PrivateRecordWidget, color, parent, f)
 {}
@@ -202,9 +129,9 @@ void Trace::init(const QColor &color)
     _labelWidget->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
     _labelWidget->setTextInteractionFlags(Qt::NoTextInteraction);
     if (!_label.isEmpty())
-        _labelWidget->setText(boldLabel(_label));
+        setLabel(_label);
 
-    _colorBar = new ColoredWidget(color, this);
+    _colorBar = new ColorBar(color, this);
     _colorBar->setFixedWidth(0);
 
     initLayout();
@@ -276,94 +203,6 @@ int Trace::FixedLabelWidth(int extra)
 {
     const int width = axisTextWidth() + Padding() + Spacing();
     return extra > 0 ? width + Spacing() + extra : width;
-}
-
-void Trace::setLabel(const QString &label)
-{
-    _label = label;
-    _labelWidget->setText(boldLabel(_label));
-}
-
-void Trace::setDescription(const QString &description)
-{
-    if (_label.isEmpty())
-        _labelWidget->setText(description);
-    else
-        _labelWidget->setText(QStringLiteral("<b>%1</b> %2").arg(_label, description));
-}
-
-QString Trace::labelText() const
-{
-    return _labelWidget->text();
-}
-
-void Trace::setColor(const QColor &color)
-{
-    _colorBar->setColor(color);
-}
-
-const QColor &Trace::color() const
-{
-    return _colorBar->color();
-}
-
-void Trace::setColorBarWidth(int width)
-{
-    _colorBar->setVisible(width >= 1);
-    _colorBar->setFixedWidth(std::max(width, 0));
-}
-
-void Trace::setStatic(bool isStatic)
-{
-    _static = isStatic;
-    setMouseTracking(!_static);
-}
-
-void Trace::setData(int key, const QVariant &value)
-{
-    for (TraceItemData &entry : _itemData) {
-        if (entry.key != key)
-            continue;
-        if (entry.value != value)
-            entry.value = value;
-        return;
-    }
-    _itemData.append({key, value});
-}
-
-QVariant Trace::data(int key) const
-{
-    for (const TraceItemData &entry : _itemData) {
-        if (entry.key == key)
-            return entry.value;
-    }
-    return QVariant();
-}
-
-bool Trace::setMetaData(int slot, Tellarix::DataModel::Stream *stream)
-{
-    if (slot < 0)
-        return false;
-
-    if (slot >= _metaData.size())
-        _metaData.resize(slot + 1);
-    _metaData[slot] = stream;
-    return true;
-}
-
-Tellarix::DataModel::Stream *Trace::metaData(int slot) const
-{
-    return _metaData.value(slot, nullptr);
-}
-
-Tellarix::DataModel::WaveformStreamID Trace::waveformID(int slot) const
-{
-    if (const Tellarix::DataModel::Stream *stream = metaData(slot))
-        return Tellarix::DataModel::waveformStreamID(stream);
-
-    const auto code = [this](TraceDataKey key) { return data(key).toString().toStdString(); };
-    return {code(TraceNetworkCode), code(TraceStationCode), code(TraceLocationCode),
-            code(TraceChannelCode)};
 }
 
 void Trace::showSlot(int slot)
@@ -577,75 +416,6 @@ void Trace::setTimeRange(double tmin, double tmax)
         return;
     _recordWidget->setTimeScale(axis->scale());
     _recordWidget->setTimeRange(axis->lower(), axis->upper());
-}
-
-void Trace::mouseReleaseEvent(QMouseEvent *event)
-{
-    QWidget::mouseReleaseEvent(event);
-    const QPointer<Trace> alive(this);
-    emit clicked(event);
-    // A row that is gone has no parent to which the event could go on.
-    if (!alive)
-        event->accept();
-}
-
-void Trace::enterEvent(QEvent *)
-{
-    update();
-}
-
-void Trace::leaveEvent(QEvent *)
-{
-    update();
-}
-
-void Trace::paintEvent(QPaintEvent *event)
-{
-    {
-        QPainter painter(this);
-        if (!_static)
-            drawItem(painter);
-        else if (hasFocus())
-            drawPanel(painter);
-    }
-    QWidget::paintEvent(event);
-}
-
-void Trace::drawPanel(QPainter &painter)
-{
-    QStyleOptionFrame option;
-    option.initFrom(this);
-    option.rect = contentsRect();
-    option.lineWidth = style()->pixelMetric(QStyle::PM_DefaultFrameWidth, &option, this);
-    option.midLineWidth = 0;
-    option.state |= QStyle::State_Sunken;
-    style()->drawPrimitive(QStyle::PE_PanelLineEdit, &option, &painter, this);
-}
-
-void Trace::drawItem(QPainter &painter)
-{
-    QStyleOptionViewItem option;
-    option.rect = rect();
-    option.palette = palette();
-    option.showDecorationSelected = true;
-    option.state.setFlag(QStyle::State_MouseOver, hasMouseTracking() && underMouse());
-    option.state.setFlag(QStyle::State_Active, isActiveWindow());
-    option.state.setFlag(QStyle::State_Enabled, isEnabled());
-    option.state.setFlag(QStyle::State_Selected, _selected);
-    style()->drawPrimitive(QStyle::PE_PanelItemViewRow, &option, &painter, this);
-    style()->drawPrimitive(QStyle::PE_PanelItemViewItem, &option, &painter, this);
-}
-
-void Trace::resizeEvent(QResizeEvent *event)
-{
-    QWidget::resizeEvent(event);
-
-    const Tellarix::RecordSequence *sequence = _fitToRecord ? _recordWidget->records(0) : nullptr;
-    if (!sequence || sequence->isEmpty())
-        return;
-
-    const Tellarix::Core::TimeWindow window = sequence->timeWindow();
-    showWindow(window.startTime(), window.endTime());
 }
 
 } // namespace Gui

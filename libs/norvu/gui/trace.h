@@ -35,6 +35,7 @@ class TimeScale;
 namespace Norvu {
 namespace Gui {
 
+class ColorBar;
 class TraceView;
 
 /** Keys of Trace::setData() that rows and views use themselves; hosts take others from 5 on. */
@@ -185,8 +186,6 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
 
 private:
-    class ColoredWidget;
-
     struct TraceItemData
     {
         int key{0};
@@ -209,7 +208,7 @@ private:
     friend class TraceView;
 
     TraceView *_view{nullptr}; /**< that the row stands in */
-    ColoredWidget *_colorBar{nullptr};
+    ColorBar *_colorBar{nullptr};
     QLabel *_labelWidget{nullptr};
     Tellarix::Gui::TimeScale *_timeAxis{nullptr};
     Tellarix::Gui::RecordWidget *_recordWidget{nullptr};

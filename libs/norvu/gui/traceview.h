@@ -12,17 +12,15 @@
 #include <QActionGroup>
 #include <QFrame>
 #include <QList>
-#include <QMap>
 #include <QPair>
 #include <QPoint>
 #include <QPointer>
-#include <QSet>
 
 #include <functional>
+#include <memory>
 #include <string>
 
 class QScrollArea;
-class QToolBar;
 
 namespace Tellarix {
 namespace Gui {
@@ -34,7 +32,11 @@ class TimeScale;
 namespace Norvu {
 namespace Gui {
 
+class Crosshair;
+class FilteringCount;
 class RowStack;
+class StreamBindings;
+class TraceToolBar;
 
 /**
  * A vertical, scrolling list of waveform rows above one time scale that all of them share.
@@ -132,7 +134,7 @@ public:
     int nameWidth() const { return _nameWidth; }
 
     Tellarix::Gui::TimeScale *timeScale() const { return _timeScale; }
-    bool isCrosshairShown() const { return _showCrosshair; }
+    bool isCrosshairShown() const;
     /** What the cross hair shows at a height of a row's traces: in the unit of the slot there if
      *  scaled values are shown, else in samples; 0 beside all slots. */
     static double crosshairValue(const Tellarix::Gui::RecordWidget *widget, int y);
@@ -345,13 +347,6 @@ private:
     void createCrosshairOverlay();
     void createActions();
     void createToolBar();
-    void addLoadTools();
-    void addViewTools();
-    void addNormalizationTools();
-    QAction *addTool(const QIcon &icon, const QString &text, const QString &toolTip,
-                     const char *slot);
-    QAction *addToggle(const QIcon &icon, const QString &text, const QString &toolTip, bool checked,
-                       const char *slot);
 
     Tellarix::Core::TimeWindow windowOf(const Tellarix::Gui::RecordWidget *widget) const;
     void applyViewTo(const QPointer<Tellarix::Gui::RecordWidget> &widget);
@@ -402,11 +397,6 @@ private:
     void alignTimeScale();
     void applyNameWidth(Trace *row) const;
     void updateRulerSpacing();
-    void trackCrosshair(const QWidget *widget, const QPoint &position);
-    void hideCrosshair();
-    void paintCrosshair();
-    QString crosshairTimeText() const;
-    QString crosshairValueText() const;
 
     QAbstractItemView::SelectionMode _selectionMode{QAbstractItemView::ExtendedSelection};
     QActionGroup _controlActions;
@@ -414,18 +404,15 @@ private:
     RowStack *_contents{nullptr};
     QWidget *_rulerSpacer{nullptr};
     QWidget *_extraSpacer{nullptr};
-    QWidget *_crosshairOverlay{nullptr};
-    QPoint _crosshairPos{-1, -1};
-    Trace *_crosshairRow{nullptr};
+    Crosshair *_crosshairOverlay{nullptr};
     QList<Trace *> _items;
-    QMap<std::string, QPair<Trace *, int>> _bindings;
+    std::unique_ptr<StreamBindings> _bindings;
     Trace *_currentItem{nullptr};
     Tellarix::Gui::TimeScale *_timeScale{nullptr};
     int _minRowHeight{16};
     int _nameWidth{0};
     double _tmin{0};
     double _tmax{0};
-    bool _showCrosshair{false};
     bool _colorIndicator{true};
     QPoint _pressPos;
     bool _dragging{false};
@@ -436,14 +423,8 @@ private:
     bool _filterEnabled{false};
     bool _backgroundFiltering{false};
     bool _filterIsChanging{false};
-    QSet<const QObject *> _filteringRows; /**< record widgets that filter in the background */
-    int _filteringTotal{0};
-    QToolBar *_toolBar{nullptr};
-    QAction *_loadAction{nullptr};
-    QAction *_cleanAction{nullptr};
-    QAction *_resetAction{nullptr};
-    QAction *_loadSeparator{nullptr};
-    QAction *_normSeparator{nullptr};
+    std::unique_ptr<FilteringCount> _filtering;
+    TraceToolBar *_toolBar{nullptr};
 
     friend class MultiTraceWidget;
     friend class Trace;

@@ -2,30 +2,12 @@
 
 #include "traceview.h"
 
-#include <norvu/gui/fontawesome5.h>
+#include "tracetoolbar_p.h"
 
 #include <QAction>
-#include <QIcon>
-#include <QLayout>
-#include <QToolBar>
 
 namespace Norvu {
 namespace Gui {
-
-namespace {
-
-constexpr int ToolBarMargin = 9;
-
-void setActionAllowed(QAction *action, bool allow)
-{
-    if (!action)
-        return;
-
-    action->setEnabled(allow);
-    action->setVisible(allow);
-}
-
-} // namespace
 
 void TraceView::createActions()
 {
@@ -81,93 +63,26 @@ void TraceView::createActions()
 
 void TraceView::createToolBar()
 {
-    _toolBar = new QToolBar;
-    const int iconSize = fontMetrics().ascent();
-    _toolBar->setIconSize(QSize(iconSize, iconSize));
-    _toolBar->setOrientation(Qt::Horizontal);
-    _toolBar->layout()->setContentsMargins(ToolBarMargin, ToolBarMargin, ToolBarMargin,
-                                           ToolBarMargin);
-    addLoadTools();
-    addViewTools();
-    addNormalizationTools();
+    _toolBar = new TraceToolBar(this);
     updateToolbar();
-}
-
-void TraceView::addLoadTools()
-{
-    using namespace FontAwesome5;
-
-    _loadAction = addTool(iconSolid(chSync), tr("Load data"), tr("Load data"), SLOT(loadData()));
-    _loadAction->setShortcut(tr("F5"));
-    _cleanAction =
-        addTool(iconSolid(chShower), tr("Clean"), tr("Remove empty traces"), SLOT(cleanTraces()));
-    _resetAction = addTool(icon(chTrashAlt), tr("Reset"),
-                           tr("Reset selected traces: delete data and allow reloading"),
-                           SLOT(resetSelectedTraces()));
-    _loadSeparator = _toolBar->addSeparator();
-}
-
-void TraceView::addViewTools()
-{
-    using namespace FontAwesome5;
-
-    QAction *crosshair = addToggle(iconSolid(chCrosshairs), tr("Cross hair"), tr("Show cross hair"),
-                                   _showCrosshair, SLOT(showCrosshair(bool)));
-    crosshair->setShortcut(tr("C"));
-    addTool(iconSolid(chAlignCenter), tr("Cross hair"), tr("Resets the view"), SLOT(resetView()));
-    addTool(iconSolid(chSortAmountDown), tr("Sort by distance"),
-            tr("Sorts the traces ascending by distance"), SLOT(sortView()));
-    _normSeparator = _toolBar->addSeparator();
-}
-
-void TraceView::addNormalizationTools()
-{
-    using namespace FontAwesome5;
-
-    addToggle(iconSolid(chList), tr("Norm all"),
-              tr("Toggles between normalization of all traces (on) or single trace (off)"),
-              _normMode.testFlag(AllTracesNormalization), SLOT(setAllTracesNormalization(bool)));
-    addToggle(iconSolid(chEye), tr("Norm visibile"),
-              tr("Toggles between normalization of visible window (on) or the whole trace (off)"),
-              _normMode.testFlag(WindowNormalization), SLOT(setWindowNormalization(bool)));
-}
-
-QAction *TraceView::addTool(const QIcon &icon, const QString &text, const QString &toolTip,
-                            const char *slot)
-{
-    QAction *action = _toolBar->addAction(icon, text);
-    action->setToolTip(toolTip);
-    connect(action, SIGNAL(triggered()), this, slot);
-    return action;
-}
-
-QAction *TraceView::addToggle(const QIcon &icon, const QString &text, const QString &toolTip,
-                              bool checked, const char *slot)
-{
-    QAction *action = _toolBar->addAction(icon, text);
-    action->setToolTip(toolTip);
-    action->setCheckable(true);
-    action->setChecked(checked);
-    connect(action, SIGNAL(toggled(bool)), this, slot);
-    return action;
 }
 
 void TraceView::allowCleaning(bool allow)
 {
-    setActionAllowed(_cleanAction, allow);
+    if (_toolBar)
+        _toolBar->allowCleaning(allow);
 }
 
 void TraceView::allowResetting(bool allow)
 {
-    setActionAllowed(_resetAction, allow);
+    if (_toolBar)
+        _toolBar->allowResetting(allow);
 }
 
 void TraceView::removeLoadActions()
 {
-    for (QAction **action : {&_cleanAction, &_resetAction, &_loadAction, &_loadSeparator}) {
-        delete *action;
-        *action = nullptr;
-    }
+    if (_toolBar)
+        _toolBar->removeLoadActions();
 }
 
 } // namespace Gui

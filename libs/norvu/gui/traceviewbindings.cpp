@@ -2,6 +2,9 @@
 
 #include "traceview.h"
 
+#include "streambindings_p.h"
+#include "tracetoolbar_p.h"
+
 #include <norvu/gui/trace.h>
 
 #include <tellarix/core/records/ringbuffer.h>
@@ -47,24 +50,18 @@ void copySlotSettings(const RecordWidget *source, RecordWidget *target, int slot
 
 bool TraceView::bindItem(const std::string &id, Trace *row, int slot)
 {
-    _bindings.insert(id, qMakePair(row, slot));
+    _bindings->bind(id, row, slot);
     return true;
 }
 
 bool TraceView::unbind(const std::string &id)
 {
-    return _bindings.remove(id) > 0;
+    return _bindings->unbind(id);
 }
 
 Trace *TraceView::itemBoundTo(const std::string &id, int *slot) const
 {
-    const auto binding = _bindings.constFind(id);
-    if (binding == _bindings.constEnd())
-        return nullptr;
-
-    if (slot)
-        *slot = binding->second;
-    return binding->first;
+    return _bindings->find(id, slot);
 }
 
 void TraceView::removeItemBoundTo(const std::string &id)
@@ -75,22 +72,12 @@ void TraceView::removeItemBoundTo(const std::string &id)
 
 QList<QPair<std::string, int>> TraceView::bindingsFor(Trace *row) const
 {
-    QList<QPair<std::string, int>> bindings;
-    for (auto binding = _bindings.constBegin(); binding != _bindings.constEnd(); ++binding) {
-        if (binding->first == row)
-            bindings.append(qMakePair(binding.key(), binding->second));
-    }
-    return bindings;
+    return _bindings->of(row);
 }
 
 void TraceView::clearBindings(const Trace *row)
 {
-    for (auto binding = _bindings.begin(); binding != _bindings.end();) {
-        if (binding->first == row)
-            binding = _bindings.erase(binding);
-        else
-            ++binding;
-    }
+    _bindings->unbind(row);
 }
 
 void TraceView::clearDataSlot(int slot)
@@ -158,10 +145,10 @@ void TraceView::loadData()
 
 void TraceView::updateToolbar()
 {
-    if (!_loadAction)
+    if (!_toolBar || !_toolBar->hasLoadAction())
         return;
 
-    _loadAction->setEnabled(_emptyDataSlots >= 1);
+    _toolBar->setLoadingEnabled(_emptyDataSlots >= 1);
     if (_emptyDataSlots < 0)
         qWarning("[TRACEVIEW] Semaphore error: empty data slots < 0: %d", _emptyDataSlots);
 }

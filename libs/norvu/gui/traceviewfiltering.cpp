@@ -2,6 +2,8 @@
 
 #include "traceview.h"
 
+#include "filteringcount_p.h"
+
 #include <norvu/gui/trace.h>
 
 #include <tellarix/qt/records/recordwidget.h>
@@ -52,14 +54,13 @@ void TraceView::setBackgroundFiltering(bool enable)
 bool TraceView::changeFiltering(const std::function<void(RecordWidget *)> &change)
 {
     const QPointer<TraceView> alive(this);
-    const int previousTotal = _filteringTotal;
     const bool wasChanging = std::exchange(_filterIsChanging, true);
     if (!visitRows([&change](Trace *row) { change(row->recordWidget()); }))
         return false;
 
     _filterIsChanging = wasChanging;
-    const int count = _filteringRows.size();
-    _filteringTotal = count;
+    const int previousTotal = _filtering->restart();
+    const int count = _filtering->total();
     if (count > 0)
         emit filteringProgress(0, count);
     else if (previousTotal > 0)
@@ -77,15 +78,14 @@ void TraceView::watchFiltering(RecordWidget *widget)
 
 void TraceView::countFilteringRow(RecordWidget *widget)
 {
-    _filteringRows.insert(widget);
-    ++_filteringTotal;
+    _filtering->add(widget);
     if (!_filterIsChanging)
-        emit filteringProgress(_filteringTotal - _filteringRows.size(), _filteringTotal);
+        emit filteringProgress(_filtering->done(), _filtering->total());
 }
 
 void TraceView::finishFilteringRow(RecordWidget *widget)
 {
-    if (_filteringRows.remove(widget))
+    if (_filtering->remove(widget))
         tellFilteringProgress();
 }
 
@@ -94,12 +94,12 @@ void TraceView::tellFilteringProgress()
     if (_filterIsChanging)
         return;
 
-    const int total = _filteringTotal;
-    const int done = total - _filteringRows.size();
-    const bool isLast = _filteringRows.isEmpty();
+    const int total = _filtering->total();
+    const int done = _filtering->done();
+    const bool isLast = _filtering->isIdle();
     const QPointer<TraceView> alive(this);
     if (isLast) {
-        _filteringTotal = 0;
+        _filtering->restart();
         applyNormMode();
     }
     if (alive)

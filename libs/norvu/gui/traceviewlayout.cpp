@@ -3,10 +3,10 @@
 #include "traceview.h"
 
 #include "rowstack_p.h"
+#include "traceranges_p.h"
 
 #include <norvu/gui/trace.h>
 
-#include <tellarix/core/records/recordsequence.h>
 #include <tellarix/qt/records/recordwidget.h>
 #include <tellarix/qt/records/timescale.h>
 
@@ -22,44 +22,6 @@ namespace Gui {
 using Tellarix::Core::TimeSpan;
 using Tellarix::Core::TimeWindow;
 using Tellarix::Gui::RecordWidget;
-
-namespace {
-
-/** Calls @p visit(widget, window) for the window of each slot of @p rows that holds records. */
-template <typename Visitor>
-void visitCoveredWindows(const QList<Trace *> &rows, Visitor visit)
-{
-    for (Trace *row : rows) {
-        const RecordWidget *widget = row->recordWidget();
-        for (int slot = 0; slot < widget->slotCount(); ++slot) {
-            const Tellarix::RecordSequence *records = widget->records(slot);
-            if (records && !records->isEmpty())
-                visit(widget, records->timeWindow());
-        }
-    }
-}
-
-/** The window that a view of the length of @p visible has to show to bring @p window into sight. */
-TimeWindow windowShowing(const TimeWindow &window, TimeWindow visible, bool center)
-{
-    const TimeSpan length = visible.length();
-    if (window.startTime() < visible.startTime())
-        visible.set(window.startTime(), window.startTime() + length);
-    else if (window.endTime() > visible.endTime())
-        visible.set(window.endTime() - length, window.endTime());
-
-    if (window.startTime() < visible.startTime())
-        visible.setStartTime(window.startTime());
-    if (window.endTime() > visible.endTime())
-        visible.setEndTime(window.endTime());
-
-    const TimeSpan shown = visible.length();
-    if (!center || window.length() >= shown)
-        return visible;
-    return TimeWindow(window.startTime() - (shown - window.length()) / 2.0, shown);
-}
-
-} // namespace
 
 void TraceView::changeItems(const std::function<void()> &change)
 {
@@ -211,26 +173,13 @@ TimeWindow TraceView::windowOf(const RecordWidget *widget) const
 
 TimeWindow TraceView::coveredTimeWindow() const
 {
-    TimeWindow covered;
-    visitCoveredWindows(_items, [&covered](const RecordWidget *, const TimeWindow &window) {
-        covered = covered.united(window);
-    });
-    return covered;
+    return coveredWindow(_items);
 }
 
 void TraceView::setCoveredTimeRange()
 {
-    bool isFirst = true;
-    double minimum = 0.0;
-    double maximum = 0.0;
-    visitCoveredWindows(_items, [&](const RecordWidget *widget, const TimeWindow &window) {
-        const double start = (window.startTime() - widget->alignment()).length();
-        const double end = (window.endTime() - widget->alignment()).length();
-        minimum = isFirst ? start : std::min(minimum, start);
-        maximum = isFirst ? end : std::max(maximum, end);
-        isFirst = false;
-    });
-    setTimeRange(minimum, minimum == maximum ? minimum + 1.0 : maximum);
+    const auto range = coveredRange(_items);
+    setTimeRange(range.first, range.first == range.second ? range.first + 1.0 : range.second);
 }
 
 void TraceView::resetView()

@@ -2,47 +2,16 @@
 
 #include "traceview.h"
 
+#include "traceranges_p.h"
+
 #include <norvu/gui/trace.h>
 
-#include <tellarix/core/records/recordsequence.h>
 #include <tellarix/qt/records/recordwidget.h>
-
-#include <algorithm>
-#include <cmath>
 
 namespace Norvu {
 namespace Gui {
 
 using Tellarix::Gui::RecordWidget;
-
-namespace {
-
-using Range = std::pair<double, double>;
-
-/** Scales of reversed polarity swap the ends of a range: taken as they come, lower and upper ends
- * of several rows would cut off what these rows show. */
-Range inOrder(double a, double b)
-{
-    return std::minmax({a, b});
-}
-
-/** Factor of the displayed slot from samples to physical values, 1 if there is no usable one. */
-double displayedScale(const RecordWidget *widget)
-{
-    const double *scale = widget->recordScale(widget->currentRecords());
-    return scale && *scale != 0.0 && std::isfinite(*scale) ? *scale : 1.0;
-}
-
-const Tellarix::RecordSequence *normalizedRecords(const RecordWidget *widget)
-{
-    const int slot = widget->currentRecords();
-    // What is still being filtered is shown raw, and has to fit into the row until it is done.
-    if (widget->isFilteringInProgress())
-        return widget->displayedRecords(slot);
-    return widget->isFilteringEnabled() ? widget->filteredRecords(slot) : widget->records(slot);
-}
-
-} // namespace
 
 void TraceView::setNormalizionMode(NormalizationModes mode)
 {
@@ -90,23 +59,10 @@ bool TraceView::applyNormMode()
 bool TraceView::applyCommonAmplitudeRange()
 {
     const bool byWindow = _normMode.testFlag(WindowNormalization);
-    bool isFirst = true;
-    Range common{0.0, 0.0};
-    for (Trace *row : std::as_const(_items)) {
-        const RecordWidget *widget = row->recordWidget();
-        const Tellarix::RecordSequence *records = normalizedRecords(widget);
-        if (!records)
-            continue;
-
-        const Tellarix::Core::TimeWindow window = windowOf(widget);
-        const Range samples = records->amplitudeRange(byWindow ? &window : nullptr);
-        const double scale = displayedScale(widget);
-        const Range range = inOrder(samples.first * scale, samples.second * scale);
-        common.first = isFirst ? range.first : std::min(common.first, range.first);
-        common.second = isFirst ? range.second : std::max(common.second, range.second);
-        isFirst = false;
-    }
-
+    WindowOfRow window;
+    if (byWindow)
+        window = [this](const RecordWidget *widget) { return windowOf(widget); };
+    const auto common = commonAmplitudeRange(_items, window);
     return visitRows([&](Trace *row) {
         RecordWidget *widget = row->recordWidget();
         const double scale = displayedScale(widget);
