@@ -5,6 +5,7 @@
 #include "mainwindow.h"
 #include "user.h"
 #include "waveforms/datastrip.h"
+#include "waveforms/rowlooks.h"
 #include "waveforms/rowvisibility.h"
 #include "waveforms/waveforms.h"
 
@@ -92,14 +93,15 @@ private slots:
                 user.sees("an active window", [&] { return desk.window.isActiveWindow(); });
                 openByUrl(user, desk, _first, 2);
                 const double start = User::ask([&] { return desk.start(); });
-                const bool wasCompact = User::ask([&] { return desk.waveforms->isCompact(); });
+                const bool wasCompact =
+                    User::ask([&] { return desk.waveforms->looks()->isCompact(); });
                 user.press("o");
                 user.sees("the overview", [&] { return desk.overview()->isVisible(); });
                 user.press("Next");
                 user.sees("the next stretch", [&] { return desk.start() > start + Year / 2; });
                 user.press("ctrl+k");
                 user.sees("the other form of rows",
-                          [&] { return desk.waveforms->isCompact() != wasCompact; });
+                          [&] { return desk.waveforms->looks()->isCompact() != wasCompact; });
             });
             QVERIFY2(missed.isEmpty(),
                      qPrintable(QString("round %1: %2").arg(round).arg(missed.join(", "))));
