@@ -554,7 +554,7 @@ QString httpBodyText(const QByteArray &body, int maxLength)
         text = text.remove(hidden).replace(element, " ").simplified();
         // Most pages say the same again below their title.
         if (!heading.isEmpty() && !text.startsWith(heading.simplified()))
-            text = heading + ": " + text;
+            text = text.isEmpty() ? heading : heading + ": " + text;
         const std::pair<const char *, const char *> entities[] = {
             {"&lt;", "<"}, {"&gt;", ">"}, {"&quot;", "\""}, {"&nbsp;", " "}, {"&amp;", "&"}};
         for (const auto &[entity, character] : entities)
