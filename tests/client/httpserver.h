@@ -235,3 +235,5 @@ private:
     QVector<HttpAsked> _asked;
     int _connections{0};
 };
+
+Q_DECLARE_METATYPE(HttpReply)

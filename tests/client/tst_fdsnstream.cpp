@@ -90,8 +90,6 @@ bool isLong(const HttpAsked &asked, int seconds)
 } // namespace
 
 Q_DECLARE_METATYPE(Answer)
-Q_DECLARE_METATYPE(HttpReply)
-
 class TestFdsnStream : public QObject
 {
     Q_OBJECT

@@ -14,7 +14,6 @@
 
 using namespace Tellarix::IO;
 
-Q_DECLARE_METATYPE(HttpReply)
 Q_DECLARE_METATYPE(HttpFailure)
 
 namespace {

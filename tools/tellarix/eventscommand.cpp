@@ -4,10 +4,10 @@
 
 #include "windowoptions.h"
 
-#include <tellarix/client/io/eventimport.h>
 #include <tellarix/client/io/eventline.h>
 #include <tellarix/client/io/eventreader.h>
 #include <tellarix/client/io/eventwriter.h>
+#include <tellarix/client/remote/fdsnservice.h>
 #include <tellarix/core/strings.h>
 
 #include <QCommandLineParser>
@@ -47,6 +47,14 @@ QString numberText(const std::optional<double> &value, int decimals)
     return value ? QString::number(*value, 'f', decimals) : QStringLiteral("-");
 }
 
+/** The address of a web service without login and words. */
+QString serviceName(const QString &text)
+{
+    IO::FdsnAddress address;
+    address.parse(text);
+    return address.name();
+}
+
 QString tableLine(const IO::EventLine &event)
 {
     return QStringLiteral("%1  %2 %3  %4 %5 %6  %7  %8\n")
@@ -73,14 +81,15 @@ void EventsCommand::describe(QCommandLineParser &parser) const
         "create   makes the tables of an empty database\n"
         "import   stores the events of QuakeML, CSV or FDSN text files, each file as a whole or\n"
         "         not at all; a new database gets its tables first, events that are there are\n"
-        "         updated\n"
+        "         updated. \"fdsnws+https://HOST?minmagnitude=5&...\" is the web service of a\n"
+        "         data centre, with any words of it; the options below narrow what it is asked\n"
         "list     prints one line for each event, or all in one of the forms\n"
         "export   writes a file, as QuakeML, CSV or GeoJSON, by its suffix or as an option says\n"
         "\n"
         "Status: 0, 1 if something could not be read or stored, 2 if the command line is wrong."));
     parser.addPositionalArgument(tr("ACTION"), tr("create, import, list or export."), tr("ACTION"));
-    parser.addPositionalArgument(tr("FILE"), tr("Files to import, or the one to export to."),
-                                 tr("[FILE...]"));
+    parser.addPositionalArgument(
+        tr("FILE"), tr("Files or addresses to import, or the file to export to."), tr("[FILE...]"));
     parser.addOptions({
         {DatabaseOption,
          tr("sqlite:///FILE, postgresql://USER@HOST/DATABASE or mysql://USER@HOST/DATABASE."),
@@ -216,7 +225,9 @@ bool EventsCommand::import(const IO::DatabaseInterfacePtr &database)
     // Before the database, which a slip in a name must not leave behind.
     for (const QString &name : qAsConst(_files)) {
         QFile file(name);
-        if (!IO::openEventFile(file, &error)) {
+        IO::FdsnAddress address;
+        if (IO::FdsnAddress::IsOne(name) ? !address.parse(name, &error)
+                                         : !IO::openEventFile(file, &error)) {
             printError(error);
             return false;
         }
@@ -233,18 +244,54 @@ bool EventsCommand::import(const IO::DatabaseInterfacePtr &database)
 
 bool EventsCommand::importFile(const IO::DatabaseInterfacePtr &database, const QString &file)
 {
+    const bool isService = IO::FdsnAddress::IsOne(file);
+    const QString name = isService ? serviceName(file) : file;
     const IO::EventImportResult result =
-        IO::importEvents(database, file, [this](qint64, qint64) { return !_interrupted; });
+        isService
+            ? importService(database, file)
+            : IO::importEvents(database, file, [this](qint64, qint64) { return !_interrupted; });
     for (const QString &warning : result.warnings)
         printError(warning);
     if (!result.ok) {
-        printError(result.error.isEmpty() ? tr("%1: interrupted, nothing stored").arg(file)
+        printError(result.error.isEmpty() ? tr("%1: interrupted, nothing stored").arg(name)
                                           : result.error);
         return false;
     }
     return printOutput(
         tr("%1: %2 events added, %3 updated\n")
-            .arg(file, QString::number(result.added), QString::number(result.updated)));
+            .arg(name, QString::number(result.added), QString::number(result.updated)));
+}
+
+IO::EventImportResult EventsCommand::importService(const IO::DatabaseInterfacePtr &database,
+                                                   const QString &url)
+{
+    IO::FdsnAddress address;
+    address.parse(url);
+    IO::FdsnEventQuery query;
+    query.window = Core::TimeWindow(_selection.from, _selection.to);
+    query.area.south = _selection.minimumLatitude;
+    query.area.north = _selection.maximumLatitude;
+    query.area.west = _selection.minimumLongitude;
+    query.area.east = _selection.maximumLongitude;
+    query.minimumDepthKm = _selection.minimumDepthKm;
+    query.maximumDepthKm = _selection.maximumDepthKm;
+    query.minimumMagnitude = _selection.minimumMagnitude;
+    query.maximumMagnitude = _selection.maximumMagnitude;
+    query.words = address.words();
+
+    IO::FdsnService service(address);
+    const RunningService::Guard guard(_service, service);
+    const auto source = [&](const IO::EventReadHandler &handler, QString *error) {
+        return service.readEvents(query, handler, error);
+    };
+    return IO::importEvents(database, service.name(), source,
+                            [this](qint64, qint64) { return !_interrupted; });
+}
+
+void EventsCommand::interrupt()
+{
+    _interrupted = true;
+    _service.interrupt();
 }
 
 bool EventsCommand::list(const IO::DatabaseInterfacePtr &database)

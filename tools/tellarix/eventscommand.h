@@ -3,8 +3,10 @@
 #pragma once
 
 #include "command.h"
+#include "runningservice.h"
 
 #include <tellarix/client/io/eventexport.h>
+#include <tellarix/client/io/eventimport.h>
 
 #include <QCoreApplication>
 #include <QStringList>
@@ -26,7 +28,7 @@ public:
     bool readArguments(const QCommandLineParser &parser, const QStringList &arguments,
                        QString *error) override;
     int run() override;
-    void interrupt() override { _interrupted = true; }
+    void interrupt() override;
 
 private:
     /** What is done with the events. */
@@ -45,6 +47,8 @@ private:
     bool create(const IO::DatabaseInterfacePtr &database);
     bool import(const IO::DatabaseInterfacePtr &database);
     bool importFile(const IO::DatabaseInterfacePtr &database, const QString &file);
+    IO::EventImportResult importService(const IO::DatabaseInterfacePtr &database,
+                                        const QString &address);
     bool list(const IO::DatabaseInterfacePtr &database);
     bool exportFile(const IO::DatabaseInterfacePtr &database);
     IO::EventExportHandler interruptible() const;
@@ -59,6 +63,7 @@ private:
     QString _form; /**< "json", "csv", "quakeml", "geojson" or none for a table */
     IO::EventSelection _selection;
     std::atomic<bool> _interrupted{false};
+    RunningService _service;
 };
 
 } // namespace Tool

@@ -6,6 +6,7 @@
 #include "windowoptions.h"
 
 #include <QCommandLineParser>
+#include <QRegularExpression>
 
 namespace Tellarix {
 namespace Tool {
@@ -18,8 +19,12 @@ const auto JsonOption = QStringLiteral("json");
 void printFailure(const QString &url, const std::string &reason)
 {
     const QString text = QString::fromStdString(reason);
-    const QString source = url.section(QStringLiteral("://"), -1);
-    printError(text.startsWith(source) ? text : QStringLiteral("%1: %2").arg(url, text));
+    static const QRegularExpression login(QStringLiteral("//[^/@]*@"));
+    QString shown = url;
+    shown.replace(login, QStringLiteral("//"));
+    const QString source = shown.section(QStringLiteral("://"), -1);
+    const bool isNamed = text.startsWith(source) || text.startsWith(shown.section('?', 0, 0));
+    printError(isNamed ? text : QStringLiteral("%1: %2").arg(shown, text));
 }
 
 } // namespace

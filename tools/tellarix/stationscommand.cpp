@@ -7,6 +7,7 @@
 
 #include <tellarix/client/io/channelsummary.h>
 #include <tellarix/client/io/inventoryreader.h>
+#include <tellarix/client/remote/fdsnservice.h>
 #include <tellarix/core/datamodel/inventory.h>
 #include <tellarix/core/datamodel/stream.h>
 #include <tellarix/core/datamodel/utils.h>
@@ -109,9 +110,12 @@ void StationsCommand::describe(QCommandLineParser &parser) const
     parser.setApplicationDescription(tr(
         "Lists place, depth, orientation, rate, time of operation, gain and unit of each epoch of "
         "a\nchannel, by name and start. Files are StationXML 1.0 to 1.2 or tables of web services "
-        "(text).\nA channel without coordinates has those of its station. Status: 0, 1 if "
+        "(text);\n\"fdsnws+https://HOST\" is the web service of a data centre, which is asked for "
+        "what the\noptions say.\nA channel without coordinates has those of its station. Status: "
+        "0, 1 if "
         "something could not\nbe read, 2 if the command line is wrong."));
-    parser.addPositionalArgument(tr("FILE"), tr("Files of stations."), tr("FILE..."));
+    parser.addPositionalArgument(tr("FILE"), tr("Files of stations, or addresses of web services."),
+                                 tr("FILE..."));
     parser.addOptions({
         {FromOption, tr("Only epochs that end behind TIME, e.g. 2024-01-05T10:11:12."), tr("TIME")},
         {ToOption, tr("Only epochs that start before TIME."), tr("TIME")},
@@ -168,13 +172,43 @@ int StationsCommand::run()
 bool StationsCommand::read(const QString &name, std::vector<DataModel::NetworkPtr> *networks)
 {
     const IO::InventoryFile file =
-        IO::readInventoryFile(name, [this](qint64, qint64) { return !_interrupted; });
+        IO::FdsnAddress::IsOne(name)
+            ? readService(name)
+            : IO::readInventoryFile(name, [this](qint64, qint64) { return !_interrupted; });
     for (const QString &warning : file.warnings)
         printError(warning);
     if (!file.ok)
         printError(file.error.isEmpty() ? tr("%1: interrupted").arg(name) : file.error);
     networks->insert(networks->end(), file.networks.begin(), file.networks.end());
     return file.ok;
+}
+
+IO::InventoryFile StationsCommand::readService(const QString &url)
+{
+    IO::InventoryFile result;
+    IO::FdsnAddress address;
+    if (!address.parse(url, &result.error))
+        return result;
+    IO::FdsnStationQuery query;
+    query.streams = _streams;
+    query.window = _window;
+    query.words = address.words();
+
+    IO::FdsnService service(address);
+    const RunningService::Guard guard(_service, service);
+    IO::InventoryReadHandler handler;
+    handler.progress = [this](qint64, qint64) { return !_interrupted; };
+    handler.warn = [&](const QString &text) { result.addWarning(text); };
+    result.ok = service.readInventory(query, &result.networks, handler, &result.error);
+    if (!result.ok && result.error.isEmpty())
+        result.error = tr("%1: interrupted").arg(service.name());
+    return result;
+}
+
+void StationsCommand::interrupt()
+{
+    _interrupted = true;
+    _service.interrupt();
 }
 
 bool StationsCommand::isWanted(const DataModel::Stream &stream) const

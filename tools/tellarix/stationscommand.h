@@ -3,6 +3,7 @@
 #pragma once
 
 #include "command.h"
+#include "runningservice.h"
 
 #include <tellarix/core/datamodel/network.h>
 #include <tellarix/core/records/streamcodes.h>
@@ -34,10 +35,11 @@ public:
     bool readArguments(const QCommandLineParser &parser, const QStringList &arguments,
                        QString *error) override;
     int run() override;
-    void interrupt() override { _interrupted = true; }
+    void interrupt() override;
 
 private:
     bool read(const QString &file, std::vector<DataModel::NetworkPtr> *networks);
+    IO::InventoryFile readService(const QString &url);
     bool isWanted(const DataModel::Stream &stream) const;
 
     QStringList _files;
@@ -45,6 +47,7 @@ private:
     std::vector<StreamCodesCPtr> _streams;
     QString _form; /**< "json", "csv" or none for a table */
     std::atomic<bool> _interrupted{false};
+    RunningService _service;
 };
 
 } // namespace Tool

@@ -60,10 +60,21 @@ QString named(const QString &file, const QString &cause)
 EventImportResult importEvents(DatabaseInterfacePtr database, const QString &file,
                                const std::function<bool(qint64 done, qint64 total)> &progress)
 {
-    EventImportResult result;
     QFile device(file);
+    EventImportResult result;
     if (!openEventFile(device, &result.error))
         return result;
+    const EventSource source = [&](const EventReadHandler &handler, QString *error) {
+        return readEvents(device, file, handler, error);
+    };
+    return importEvents(std::move(database), file, source, progress);
+}
+
+EventImportResult importEvents(DatabaseInterfacePtr database, const QString &name,
+                               const EventSource &source,
+                               const std::function<bool(qint64 done, qint64 total)> &progress)
+{
+    EventImportResult result;
     Transaction transaction(*database);
     if (!transaction.isOpen()) {
         result.error = named(database->displayUrl(), database->lastError());
@@ -84,12 +95,12 @@ EventImportResult importEvents(DatabaseInterfacePtr database, const QString &fil
     handler.warn = [&](const QString &text) { addWarning(text, result.warnings); };
 
     QString readError;
-    if (readEvents(device, file, handler, &readError)) {
+    if (source(handler, &readError)) {
         result.ok = transaction.commit();
         if (!result.ok)
             result.error = named(database->displayUrl(), database->lastError());
     } else
-        result.error = storeError.isEmpty() ? readError : named(file, storeError);
+        result.error = storeError.isEmpty() ? readError : named(name, storeError);
     if (!result.ok)
         result.added = result.updated = 0;
     return result;

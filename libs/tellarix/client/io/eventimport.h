@@ -4,6 +4,7 @@
 
 #include <tellarix/client/api.h>
 #include <tellarix/client/io/databaseinterface.h>
+#include <tellarix/client/io/eventreader.h>
 
 #include <QString>
 #include <QStringList>
@@ -33,6 +34,14 @@ struct EventImportResult
 TELLARIX_CLIENT_API EventImportResult
 importEvents(DatabaseInterfacePtr database, const QString &file,
              const std::function<bool(qint64 done, qint64 total)> &progress = {});
+
+/** Hands over events as readEvents() does. */
+using EventSource = std::function<bool(const EventReadHandler &handler, QString *error)>;
+
+/** The same for events from elsewhere; @p name is that of the source. */
+TELLARIX_CLIENT_API EventImportResult
+importEvents(DatabaseInterfacePtr database, const QString &name, const EventSource &source,
+             const std::function<bool(qint64 done, qint64 total)> &progress);
 
 } // namespace IO
 } // namespace Tellarix

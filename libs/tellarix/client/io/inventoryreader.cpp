@@ -83,6 +83,14 @@ bool readInventory(QIODevice &device, const QString &name,
     return read;
 }
 
+void InventoryFile::addWarning(const QString &text)
+{
+    if (warnings.size() < MostWarnings)
+        warnings.append(text);
+    else if (warnings.size() == MostWarnings)
+        warnings.append("... and more of the kind");
+}
+
 InventoryFile readInventoryFile(const QString &name,
                                 const std::function<bool(qint64 done, qint64 total)> &progress)
 {
@@ -97,12 +105,7 @@ InventoryFile readInventoryFile(const QString &name,
         result.error = QString("%1: %2").arg(name, file.errorString());
         return result;
     }
-    const auto warn = [&](const QString &text) {
-        if (result.warnings.size() < MostWarnings)
-            result.warnings.append(text);
-        else if (result.warnings.size() == MostWarnings)
-            result.warnings.append(QString("%1: ... and more of the kind").arg(name));
-    };
+    const auto warn = [&](const QString &text) { result.addWarning(text); };
     result.ok = readInventory(file, name, &result.networks, {progress, warn}, &result.error);
     return result;
 }

@@ -59,8 +59,11 @@ TELLARIX_CLIENT_API bool readInventory(QIODevice &device, const QString &name,
                                        QString *error = nullptr);
 
 /** What came of reading a file. */
-struct InventoryFile
+struct TELLARIX_CLIENT_API InventoryFile
 {
+    /** Keeps a text, unless there are enough already. */
+    void addWarning(const QString &text);
+
     bool ok{false};
     std::vector<DataModel::NetworkPtr> networks; /**< empty unless all could be read */
     QString error;        /**< names the file and the cause; empty if the reading was ended */

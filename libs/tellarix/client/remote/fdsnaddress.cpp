@@ -2,6 +2,7 @@
 
 #include <tellarix/client/remote/fdsnaddress.h>
 
+#include <QRegularExpression>
 #include <QUrlQuery>
 
 namespace Tellarix {
@@ -30,6 +31,8 @@ bool FdsnAddress::parse(const QString &address, QString *error)
         return false;
     }
     _base = url.adjusted(QUrl::RemoveQuery | QUrl::RemoveFragment | QUrl::StripTrailingSlash);
+    static const QRegularExpression method("/(dataselect|event|station)/1(/\\w*)?$");
+    _base.setPath(_base.path().remove(method));
     if (_base.path().isEmpty() || _base.path() == QLatin1String("/"))
         _base.setPath(DefaultBase);
     _words.clear();

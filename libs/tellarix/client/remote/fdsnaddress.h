@@ -14,7 +14,7 @@ namespace IO {
 /**
  * Address of a data centre's web services, "fdsnws+https://[USER:PASSWORD@]HOST[:PORT][/BASE]" or
  * the same with http, and words behind a "?". Services lie below BASE, which is "/fdsnws" if it is
- * not given.
+ * not given; a method of a service behind it, "/event/1/query", is passed over.
  */
 class TELLARIX_CLIENT_API FdsnAddress
 {

@@ -22,8 +22,9 @@ constexpr milliseconds MaxPause{60000};
 constexpr milliseconds MaxAskedPause{600000};
 constexpr size_t MaxTold = 1000;
 
-/** How long a server wants to be left alone; negative if it doesn't say. */
-milliseconds askedPause(const QByteArray &header)
+} // namespace
+
+milliseconds fdsnAskedPause(const QByteArray &header)
 {
     bool isNumber = false;
     const qlonglong seconds = header.toLongLong(&isNumber);
@@ -37,8 +38,6 @@ milliseconds askedPause(const QByteArray &header)
     return std::clamp(milliseconds(QDateTime::currentDateTimeUtc().msecsTo(time)), milliseconds(0),
                       MaxAskedPause);
 }
-
-} // namespace
 
 std::string fdsnRecordKey(const Record &record)
 {
@@ -187,7 +186,7 @@ FdsnFetch::Outcome FdsnFetch::judgeStatus(const FdsnLines &lines)
         return splitFdsnLines(lines).empty() ? giveUp(lines, cause) : Outcome::Split;
     case 429:
     case 503:
-        if (const milliseconds wanted = askedPause(answer.header("Retry-After"));
+        if (const milliseconds wanted = fdsnAskedPause(answer.header("Retry-After"));
             wanted.count() >= 0)
             _exchange.pause(wanted);
         else

@@ -30,6 +30,10 @@ struct FdsnSettings
     FdsnPieceSizes sizes;
 };
 
+/** How long a server wants to be left alone by its header Retry-After; negative if it doesn't say.
+ */
+std::chrono::milliseconds fdsnAskedPause(const QByteArray &header);
+
 /** A name of a record that is the same whenever a server sends it. */
 std::string fdsnRecordKey(const Record &record);
 
