@@ -2,19 +2,21 @@
 
 #pragma once
 
-#include <QMutex>
+#include <QEventLoop>
 #include <QProcess>
 #include <QSslCertificate>
 #include <QSslKey>
 #include <QSslSocket>
 #include <QTcpServer>
 #include <QTemporaryDir>
-#include <QThread>
 #include <QUrl>
 #include <QVector>
 
 #include <functional>
+#include <future>
 #include <memory>
+#include <mutex>
+#include <thread>
 
 /** A request as it came. */
 struct HttpAsked
@@ -110,19 +112,14 @@ public:
     explicit HttpServer(Answer answer, const HttpCertificate *certificate = nullptr)
         : _answer(std::move(answer)), _certificate(certificate)
     {
-        _context.moveToThread(&_thread);
-        _thread.start();
-        inThread([this] {
-            _listener = std::make_unique<Listener>(*this);
-            _listener->listen(QHostAddress::LocalHost);
-            _port = _listener->serverPort();
-        });
+        std::promise<void> started;
+        _thread = std::thread([&] { run(started); });
+        started.get_future().wait();
     }
     ~HttpServer()
     {
-        inThread([this] { _listener.reset(); });
-        _thread.quit();
-        _thread.wait();
+        QMetaObject::invokeMethod(_loop, "quit", Qt::QueuedConnection);
+        _thread.join();
     }
 
     quint16 port() const { return _port; }
@@ -136,12 +133,12 @@ public:
     /** All requests that came so far. */
     QVector<HttpAsked> asked() const
     {
-        const QMutexLocker lock(&_mutex);
+        const std::lock_guard<std::mutex> lock(_mutex);
         return _asked;
     }
     int connections() const
     {
-        const QMutexLocker lock(&_mutex);
+        const std::lock_guard<std::mutex> lock(_mutex);
         return _connections;
     }
 
@@ -168,16 +165,21 @@ private:
         HttpServer &_server;
     };
 
-    template <typename Function>
-    void inThread(Function function)
+    void run(std::promise<void> &started)
     {
-        QMetaObject::invokeMethod(&_context, function, Qt::BlockingQueuedConnection);
+        QEventLoop loop;
+        Listener listener(*this);
+        listener.listen(QHostAddress::LocalHost);
+        _port = listener.serverPort();
+        _loop = &loop;
+        started.set_value();
+        loop.exec();
     }
 
     void serve(QSslSocket *socket)
     {
         {
-            const QMutexLocker lock(&_mutex);
+            const std::lock_guard<std::mutex> lock(_mutex);
             ++_connections;
         }
         auto received = std::make_shared<QByteArray>();
@@ -204,7 +206,7 @@ private:
         asked.target = words.value(1);
         asked.body = received.mid(end + 4, bodySize);
         received.remove(0, end + 4 + bodySize);
-        const QMutexLocker lock(&_mutex);
+        const std::lock_guard<std::mutex> lock(_mutex);
         _asked.append(asked);
         return true;
     }
@@ -227,11 +229,10 @@ private:
 
     Answer _answer;
     const HttpCertificate *_certificate;
-    QThread _thread;
-    QObject _context;
-    std::unique_ptr<Listener> _listener;
+    std::thread _thread;
+    QEventLoop *_loop{nullptr};
     quint16 _port{0};
-    mutable QMutex _mutex;
+    mutable std::mutex _mutex;
     QVector<HttpAsked> _asked;
     int _connections{0};
 };
