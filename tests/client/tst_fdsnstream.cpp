@@ -101,7 +101,7 @@ private slots:
     void tellsWhatIsWrong();
     void asksOnlyForWhatIsMissing();
     void leavesOutWhatWasNotAskedFor();
-    void waitsForSlowReaders();
+    void deliversBeforeTheBodyEnds();
     void isClosedAtOnce_data();
     void isClosedAtOnce();
     void refusesWhatItCanNotAsk_data();
@@ -247,7 +247,7 @@ void TestFdsnStream::leavesOutWhatWasNotAskedFor()
              qPrintable(outcome.messages[0]));
 }
 
-void TestFdsnStream::waitsForSlowReaders()
+void TestFdsnStream::deliversBeforeTheBodyEnds()
 {
     HttpServer server([](const HttpAsked &) {
         return HttpReply{HttpReply::head(200, FdsnData::Type), HttpReply::Repeat,

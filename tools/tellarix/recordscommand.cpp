@@ -41,7 +41,8 @@ void RecordsCommand::describe(QCommandLineParser &parser) const
            "sources\ncount together. Duplicates of records don't count; they, overlaps, records "
            "out of order\nand damage are told on standard error. Status: 0, 1 if something could "
            "not be read, 2 if\nthe command line is wrong."));
-    parser.addPositionalArgument(tr("URL"), tr("Files or URLs of record streams; - is standard input."), tr("URL..."));
+    parser.addPositionalArgument(
+        tr("URL"), tr("Files or URLs of record streams; - is standard input."), tr("URL..."));
     parser.addOptions({
         {FromOption, tr("Only records that end behind TIME, e.g. 2024-01-05T10:11:12."),
          tr("TIME")},

@@ -93,9 +93,10 @@ struct HttpSettings
  * nothing else to do. Requests side by side take a client and a thread each.
  *
  * A client belongs to the thread that uses it first, which also has to destroy it; it runs an event
- * loop of its own there. Connections are kept for the next request where the server allows it. A
- * server gets the login by digest or in plain, as it wants. Redirects are followed, also with a
- * body, but never from https to http. Proxies, certificates and trust are those of the system.
+ * loop of its own there, for which the program needs a QCoreApplication. Connections are kept for
+ * the next request where the server allows it. A server gets the login by digest or in plain, as it
+ * wants. Redirects are followed, also with a body, but never from https to http. Proxies,
+ * certificates and trust are those of the system.
  */
 class TELLARIX_CLIENT_API HttpClient
 {
