@@ -3,6 +3,7 @@
 #include "waveforms/distanceaxis.h"
 #include "waveforms/measuring.h"
 #include "waveforms/overviewaxes.h"
+#include "waveforms/rowlooks.h"
 
 #include "openwindow.h"
 #include "pointer.h"
@@ -177,7 +178,7 @@ private slots:
             shown.press(Qt::Key_H);
         shown.press(Qt::Key_D);
         QVERIFY(shown.axes->notice()->text().contains("No row has a distance"));
-        shown.open.waveforms->setPaths({{"XX.AAA", {500, 0}}, {"XX.CCC", {100, 0}}});
+        shown.open.waveforms->looks()->setPaths({{"XX.AAA", {500, 0}}, {"XX.CCC", {100, 0}}});
         shown.widget->grab();
         QVERIFY(shown.axes->notice()->isVisible());
         QCOMPARE(shown.axes->notice()->text(), QString("1 row without distance"));
@@ -195,7 +196,7 @@ private slots:
             }
         }
         // Rows with distances that come later find their places.
-        shown.open.waveforms->setPaths(
+        shown.open.waveforms->looks()->setPaths(
             {{"XX.AAA", {500, 0}}, {"XX.BBB", {300, 0}}, {"XX.CCC", {100, 0}}});
         QVERIFY(!shown.axes->notice()->isVisible());
         QVERIFY(!shown.widget->rowRect(shown.open.view->itemAt(1)).isEmpty());
