@@ -128,7 +128,7 @@ void RecordMarker::draw(QPainter &painter, RecordWidget *, int x, int top, int b
 void RecordMarker::update()
 {
     if (_parent != nullptr)
-        _parent->updateMarker(*this);
+        _parent->updateCanvas();
 }
 
 template <typename T>

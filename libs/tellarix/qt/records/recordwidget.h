@@ -3,29 +3,27 @@
 #pragma once
 
 #include <tellarix/core/datamodel/waveformstreamid.h>
-#include <tellarix/core/math/filter.h>
-#include <tellarix/core/records/recordsequence.h>
+#include <tellarix/core/records/forward.h>
 #include <tellarix/core/timewindow.h>
 #include <tellarix/qt/api.h>
-#include <tellarix/qt/records/recordpolyline.h>
+#include <tellarix/qt/records/traceinfo.h>
 
-#include <QBasicTimer>
 #include <QPair>
 #include <QPen>
-#include <QRegion>
 #include <QVector>
 #include <QWidget>
 
 #include <functional>
 #include <memory>
-#include <vector>
 
 namespace Tellarix {
 namespace Gui {
-
-class FilteredRecords;
+class PacedUpdate;
 class RecordMarker;
-struct AmplitudeTick;
+class RecordMarkers;
+struct RecordRow;
+struct RecordSlot;
+struct RowPointer;
 
 /**
  * Shows the records of one or more slots over a common time axis.
@@ -37,9 +35,8 @@ struct AmplitudeTick;
  * The automatic range spans the extrema exactly, with a margin of 5 % of half of it on both sides;
  * without any finite sample it is (0, 0). Overlaid slots share one range.
  *
- * A repaint costs pixels, not samples: each slot's polyline is cached and built again from the
- * sequences' levels when data, range or size change. Stretches without data and stretches that
- * more than one record covers are shaded as soon as they are a pixel wide.
+ * A repaint costs pixels, not samples: polylines are cached. Stretches without data and stretches
+ * that more than one record covers are shaded as soon as they are a pixel wide.
  *
  * The widget paints no background of its own unless autoFillBackground is on, so a parent can show
  * a selection behind it; texts, and traces without a pen of their own on a highlighted background,
@@ -57,225 +54,152 @@ public:
         InRows = 1,   /**< visible slots below each other */
         Overlaid = 2, /**< visible slots on top of each other */
     };
-
     enum AxisPosition
     {
         AxisLeft = 0,
         AxisRight = 1,
     };
-
-    /** What the widget knows and caches of one slot, once for raw and once for filtered data. */
-    struct TraceInfo
-    {
-        bool dirty{true};  /**< the rest must be worked out again before it is drawn */
-        double amplMin{0}; /**< extrema of the samples that count for the range */
-        double amplMax{0};
-        double offset{0}; /**< mean of these samples, about which amplitudes are magnified */
-        double absMax{0}; /**< larger distance of the extrema from the offset */
-        double yMin{0};   /**< amplitude range that is shown, offset subtracted */
-        double yMax{0};
-        double fyMin{0}; /**< the same with the amplitude scale applied */
-        double fyMax{0};
-        double yOffset{0}; /**< what is subtracted of each sample */
-        int pos{0};        /**< position and extent in pixels, for views that lay out rows */
-        int height{0};
-        RecordPolylinePtr poly;
-    };
+    using TraceInfo = Tellarix::Gui::TraceInfo;
+    using Filter = Math::Filtering::InPlaceFilter<double>;
 
     explicit RecordWidget(QWidget *parent = nullptr);
     explicit RecordWidget(const DataModel::WaveformStreamID &streamID, QWidget *parent = nullptr);
     ~RecordWidget() override;
-
     const DataModel::WaveformStreamID &streamID() const { return _streamID; }
-
     // Slots and records
-
-    int slotCount() const { return static_cast<int>(_slots.size()); }
-    /** Adds empty slots at the end or removes slots there with what they own. */
-    bool setSlotCount(int count);
-    int currentRecords() const { return _currentSlot; }
-    /**
-     * Installs a sequence; slots up to @p slot are made as needed. A sequence that was installed
-     * with @p owner true and is replaced is deleted. Null clears the slot.
-     * @return false for a negative slot or a number of slots that can't be meant (above 4096); the
-     *         sequence then stays the caller's
-     */
+    int slotCount() const;
+    bool setSlotCount(int count); /**< adds empty slots or removes the last with what they own */
+    int currentRecords() const;
+    /** Installs a sequence; slots up to @p slot are made as needed. A sequence that was installed
+     *  with @p owner true and is replaced is deleted. Null clears the slot.
+     *  @return false for a negative slot or a number of slots that can't be meant (above 4096); the
+     *          sequence then stays the caller's */
     bool setRecords(int slot, RecordSequence *sequence, bool owner = true);
-    /** The raw sequence of a slot, null if there is none or no such slot. */
-    RecordSequence *records(int slot) const;
-    /**
-     * The filtered sequence of a slot; null without a filter, records or such a slot. With
-     * background filtering it is null until it was made, may lag behind the raw one for a while,
-     * and is good until the event loop runs again.
-     */
+    RecordSequence *records(int slot) const; /**< raw; null if there is none or no such slot */
+    /** The filtered sequence of a slot; null without a filter, records or such a slot. With
+     *  background filtering it is null until it was made, may lag behind the raw one for a while,
+     *  and is good until the event loop runs again. */
     RecordSequence *filteredRecords(int slot) const;
     /** The filtered sequence if filtering is on and there is one, otherwise the raw one. */
     RecordSequence *displayedRecords(int slot) const;
-    /** True if the widget deletes the raw sequence of the slot. */
-    bool ownsRecords(int slot) const;
+    bool ownsRecords(int slot) const; /**< true if the widget deletes the raw sequence */
     void clearRecords();
 
     // What is set for a slot below makes the slot, so that it can be set before there are records.
-
-    /** Factor from samples to physical values; null without one. */
-    const double *recordScale(int slot) const;
+    const double *recordScale(int slot) const; /**< samples to physical values; null without one */
     void setRecordScale(int slot, double scale);
     void removeRecordScale(int slot);
     QString recordLabel(int slot) const;
     void setRecordLabel(int slot, const QString &label);
     QString recordID(int slot) const;
     void setRecordID(int slot, const QString &id);
-    /** Unit of the (scaled) values, shown at the axis. */
-    QString recordUnit(int slot) const;
+    QString recordUnit(int slot) const; /**< of the (scaled) values, shown at the axis */
     void setRecordUnit(int slot, const QString &unit);
-    /** The pen set for a slot, otherwise one of the scheme's colour and line width. */
-    QPen recordPen(int slot) const;
+    QPen recordPen(int slot) const; /**< set, or with the scheme's colour and line width */
     void setRecordPen(int slot, const QPen &pen);
-    /** Goes back to the pen of the scheme. */
-    void removeRecordPen(int slot);
+    void removeRecordPen(int slot); /**< goes back to the pen of the scheme */
     bool isRecordVisible(int slot) const;
     void setRecordVisible(int slot, bool visible);
     /** State of a slot for raw or filtered data; null if there is no such slot. */
     TraceInfo *traceInfo(int slot, bool filtered) const;
 
     // Filtering
-
-    /** Sets the filter of all slots; the widget keeps a clone of it. Null removes it. */
-    void setFilter(const Math::Filtering::InPlaceFilter<double> *filter);
-    const Math::Filtering::InPlaceFilter<double> *filter() const { return _filter.get(); }
-    bool isFilteringEnabled() const { return _filtering; }
-    /**
-     * Filters sequences in threads of their own instead of at once; off at the start.
-     *
-     * Until the filtered records of a slot are there, displayedRecords() are the raw ones, whose
-     * trace is drawn pale. Records that are fed meanwhile are not lost. Another filter cancels what
-     * is under way. Filters have to be such that clones can run in several threads.
-     */
+    void setFilter(const Filter *filter); /**< of all slots; keeps a clone; null removes it */
+    const Filter *filter() const;
+    bool isFilteringEnabled() const;
+    /** Filters sequences in threads of their own instead of at once; off at the start. Until the
+     *  filtered records of a slot are there, displayedRecords() are the raw ones, whose trace is
+     *  drawn pale. Records that are fed meanwhile are not lost. Another filter cancels what is
+     * under way. Filters have to be such that clones can run in several threads. */
     void setBackgroundFiltering(bool enable);
-    bool isBackgroundFilteringEnabled() const { return _backgroundFiltering; }
-    /** True while records of a slot are filtered in the background. */
-    bool isFilteringInProgress() const;
-    /** Draws all traces as palely as raw data that wait for their filtered ones; off at the start.
-     */
-    void setTracesPale(bool pale);
-    bool areTracesPale() const { return _tracesPale; }
+    bool isBackgroundFilteringEnabled() const;
+    bool isFilteringInProgress() const; /**< in the background, for any slot */
+    void setTracesPale(bool pale); /**< as raw data that wait for filtered ones; off at the start */
+    bool areTracesPale() const;
 
     // Time axis
-
-    Core::Time alignment() const { return _alignment; }
-    double tmin() const { return _tmin; } /**< seconds relative to the alignment, left edge */
-    double tmax() const { return _tmax; } /**< right edge */
-    double timeScale() const { return _pixelsPerSecond; } /**< pixels per second */
+    Core::Time alignment() const;
+    double tmin() const;      /**< seconds relative to the alignment, left edge */
+    double tmax() const;      /**< right edge */
+    double timeScale() const; /**< pixels per second */
     Core::Time leftTime() const;
     Core::Time rightTime() const;
-
-    /** Area of the traces, without the axis column, in widget coordinates. */
-    QRect canvasRect() const;
-    int canvasWidth() const { return canvasRect().width(); }
-    /** Offset of the canvas from the left edge of the widget in pixels: mapTime(t) minus this is
-     *  a pixel of the canvas. */
-    int canvasOffset() const { return canvasRect().left(); }
-    /** Pixel of a time in the widget; limited to what an int holds. */
-    int mapTime(const Core::Time &time) const;
+    QRect canvasRect() const; /**< area of the traces, without the axis column, in the widget */
+    int canvasWidth() const;
+    int canvasOffset() const; /**< left edge of the canvas: mapTime() less mapCanvasTime() */
+    int mapTime(const Core::Time &time) const; /**< pixel in the widget, within what an int holds */
     int mapTime(double seconds) const;
-    /** Pixel of a time in the canvas. */
-    int mapCanvasTime(const Core::Time &time) const;
+    int mapCanvasTime(const Core::Time &time) const; /**< pixel in the canvas */
     Core::Time unmapTime(int x) const;
     Core::Time unmapCanvasTime(int x) const;
 
     // Amplitude axis
-
     /** Range in effect for a slot, in samples: fixed, or from the data. Its upper end stands at
      *  the top row of pixels of the slot, its lower end at the bottom one. */
     QPair<double, double> amplitudeRange(int slot) const;
-    /** The range given to setAmplRange(). */
-    QPair<double, double> amplRange() const { return {_amplMin, _amplMax}; }
-    bool isAmplAutoScaleEnabled() const { return _amplAutoScale; }
-    double magnification() const { return _magnification; }
-    const Core::TimeWindow &normalizationWindow() const { return _normalizationWindow; }
-    bool areScaledValuesShown() const { return _showScaledValues; }
-    /** Factor from samples to the values that axis, pointer and rulers show; 1 without a scale
-     *  that can be used, such as 0. */
+    QPair<double, double> amplRange() const; /**< the one given to setAmplRange() */
+    bool isAmplAutoScaleEnabled() const;
+    double magnification() const;
+    const Core::TimeWindow &normalizationWindow() const;
+    bool areScaledValuesShown() const;
+    /** From samples to what axis, pointer and rulers show; 1 without a scale or with 0. */
     double shownFactor(int slot) const;
-    /** Value of a slot at a y of the widget, in samples; and the y of a value. */
-    double unmapAmplitude(int slot, int y) const;
+    double unmapAmplitude(int slot, int y) const; /**< in samples, at a y of the widget */
     int mapAmplitude(int slot, double value) const;
-
-    bool isAxisDrawn() const { return _drawAxis; }
-    AxisPosition axisPosition() const { return _axisPosition; }
-    int axisWidth() const { return _axisWidth; }
-    int axisSpacing() const { return _axisSpacing; }
-
-    DrawMode drawMode() const { return _drawMode; }
-    /** Top of a slot in the widget, and its height; -1 and 0 for a slot that isn't drawn. */
-    int streamYPos(int slot) const;
-    int streamHeight(int slot) const;
+    bool isAxisDrawn() const;
+    AxisPosition axisPosition() const;
+    int axisWidth() const;
+    int axisSpacing() const;
+    DrawMode drawMode() const;
+    int streamYPos(int slot) const;   /**< top of a slot in the widget; -1 if it isn't drawn */
+    int streamHeight(int slot) const; /**< 0 for a slot that isn't drawn */
 
     // Markers
-
-    /** Adds a marker, which the widget owns from then on. */
-    bool addMarker(RecordMarker *marker);
-    /** Takes a marker out; the caller owns it. */
-    bool takeMarker(RecordMarker *marker);
+    bool addMarker(RecordMarker *marker);  /**< the widget owns it from then on */
+    bool takeMarker(RecordMarker *marker); /**< the caller owns it */
     bool removeMarker(int index);
     void clearMarkers();
-    int markerCount() const { return static_cast<int>(_markers.size()); }
+    int markerCount() const;
     RecordMarker *marker(int index) const;
     RecordMarker *marker(const QString &text) const;
-    RecordMarker *currentMarker() const { return _currentMarker; }
+    RecordMarker *currentMarker() const;
     void setCurrentMarker(RecordMarker *marker);
     /** The visible marker nearest to a pixel of the widget, at most @p tolerance away. */
     RecordMarker *markerAt(const QPoint &position, int tolerance = 3) const;
 
     // Selection and pointer
-
-    bool isSelectionEnabled() const { return _selectionEnabled; }
-    /** Lets the user drag out a time range with the left button; off at the start. */
-    void setSelectionEnabled(bool enable);
-    const Core::TimeWindow &selectedTimeWindow() const { return _selection; }
+    bool isSelectionEnabled() const;
+    void setSelectionEnabled(bool enable); /**< by dragging the left button; off at the start */
+    const Core::TimeWindow &selectedTimeWindow() const;
     /** Shows a band over a time range. Dragging does not set it: whoever wants the dragged range
      *  to stay connects selectedTimeRange(). */
     void setSelectedTimeWindow(const Core::TimeWindow &window);
+    Core::Time cursorTime() const;              /**< of the hover cursor, invalid without one */
+    void setCursorTime(const Core::Time &time); /**< for widgets that share one; emits nothing */
+    void setCursorShown(bool show); /**< a line at the pointer's time while it is on the canvas */
+    QString statusText(const QPoint &position) const; /**< time, value and unit under a pixel */
 
-    /** Time of the hover cursor, invalid without one. */
-    Core::Time cursorTime() const { return _cursorTime; }
-    /** Moves the cursor, for widgets that share one; emits nothing. */
-    void setCursorTime(const Core::Time &time);
-    /** Shows a line at the pointer's time while the pointer is over the canvas. */
-    void setCursorShown(bool show);
-
-    /** Short text of the data under the pointer: time, value, unit. */
-    QString statusText(const QPoint &position) const;
-
-    /** Forgets everything cached; the next paint builds it again. */
-    void setDirty();
-    /** True if the next paint has to build a trace. */
+    // Updates
+    void setDirty(); /**< forgets everything cached; the next paint builds it again */
     bool isDirty() const;
-
-    /**
-     * Builds the outdated traces of several widgets at once, on all cores, instead of one by one as
-     * they are painted. In the thread of the user interface.
-     */
+    /** Builds the outdated traces of several widgets at once, on all cores, instead of one by one
+     *  as they are painted. In the thread of the user interface. */
     static void prepare(const QVector<RecordWidget *> &widgets);
     /** What is called before a paint event builds an outdated trace: a view of many widgets
      *  prepares all of them there. */
     void setPreparation(std::function<void()> preparation);
-
     /** Tells the widget that a record was added to a slot's raw sequence: filters it, widens the
      *  range, and repaints only the columns that it touches; those of further records follow
      *  together, a few times a second. */
     virtual void fed(int slot, const Tellarix::Record *record);
-
     QSize sizeHint() const override;
 
 public slots:
     void setCurrentRecords(int slot);
     void enableFiltering(bool enable);
     void setAlignment(Tellarix::Core::Time alignment);
-    /** Pixels per second, about the left edge. */
-    bool setTimeScale(double pixelsPerSecond);
-    /** Shows from tmin; tmax is kept for asking, the scale stays. */
-    bool setTimeRange(double tmin, double tmax);
+    bool setTimeScale(double pixelsPerSecond);   /**< about the left edge */
+    bool setTimeRange(double tmin, double tmax); /**< tmax is kept for asking, the scale stays */
     /** Shows exactly this range by choosing the scale for it. The scale stays when the widget is
      *  resized later; before it was laid out for the first time, it is chosen again then. */
     bool showTimeRange(double tmin, double tmax);
@@ -285,7 +209,6 @@ public slots:
     /** Horizontal grid lines at round values of this range, which spans the canvas from bottom to
      *  top; an empty range leaves it to the axis. */
     bool setGridVRange(double lower, double upper);
-
     /** Fixes the amplitude range of all slots, used while auto scale is off; @p minimum stands at
      *  the bottom, also if it is the larger one. */
     void setAmplRange(double minimum, double maximum);
@@ -294,19 +217,13 @@ public slots:
     void setMagnification(double magnification);
     /** Time window that counts for the automatic range; an invalid one means all data. */
     void setNormalizationWindow(const Tellarix::Core::TimeWindow &window);
-    /** Whether axis and pointer show samples times recordScale(). */
-    void showScaledValues(bool show);
-
+    void showScaledValues(bool show); /**< at axis and pointer: samples times recordScale() */
     void setDrawMode(Tellarix::Gui::RecordWidget::DrawMode mode);
     void setDrawAxis(bool draw);
     void setAxisPosition(Tellarix::Gui::RecordWidget::AxisPosition position);
-    /** Width of the axis column in pixels, and the room between it and the canvas, which is part
-     *  of that width. */
-    void setAxisWidth(int width);
-    void setAxisSpacing(int spacing);
-
-    /** Builds polylines again after sequences grew. */
-    void updateRecords();
+    void setAxisWidth(int width);     /**< of the axis column in pixels, spacing included */
+    void setAxisSpacing(int spacing); /**< between the axis and the canvas */
+    void updateRecords();             /**< builds polylines again after sequences grew */
 
 signals:
     /** Range, scale or data have changed and amplitudeRange() may be another. */
@@ -343,7 +260,6 @@ protected:
      *  any state. */
     virtual void customPaintTracesBegin(QPainter &painter);
     virtual void customPaintTracesEnd(QPainter &painter);
-
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     void changeEvent(QEvent *event) override;
@@ -352,139 +268,32 @@ protected:
     void mouseReleaseEvent(QMouseEvent *event) override;
     void leaveEvent(QEvent *event) override;
     void hideEvent(QHideEvent *event) override;
-    void timerEvent(QTimerEvent *event) override;
 
 private:
-    struct Slot;
-    struct Extrema;
-    struct ShownRange;
-    struct Look;
     friend class RecordMarker;
-
-    enum class Drag
-    {
-        None,
-        Press, /**< a button is down, but nothing has been moved yet */
-        Select,
-        Marker,
-    };
-
-    Slot *slotAt(int slot) const;
-    Slot *makeSlot(int slot);
-    void addSlots(int count);
-    bool isFiltered(const Slot &slot) const;
-    bool isSlotDrawn(int slot) const;
-    QVector<int> drawnSlots() const;
-    QRect slotRect(int slot) const;
-    int slotAtY(int y) const;
-    int mapCanvasSeconds(double seconds) const;
-
-    bool awaitsFiltered(const Slot &slot) const;
-    bool isNearlyFiltered(const Slot &slot) const;
-    std::unique_ptr<FilteredRecords> makeFiltered(const Slot &slot) const;
-    void updateFiltered(Slot &slot) const;
-    void forgetFiltered(int slot);
-    void cancelJob(int slot);
-    void cancelFiltering();
-    void filterAll();
-    void filterInBackground(int slot);
-    void startJob(int slot, std::unique_ptr<FilteredRecords> filtered);
+    RecordSlot *makeSlot(int slot);
+    void notifyRecords(int slot);
+    void showOtherRecords(bool areOthersShown);
     Core::TimeWindow filterFed(int slot, const Record *record);
     void finishJob(int slot);
     void announceFiltering();
-    void notifyRecords(int slot);
-    void displayedRecordsChanged(bool areOthersShown);
-    const Extrema &extremaOf(Slot &slot) const;
-    Extrema commonExtrema() const;
-    ShownRange shownRange(int slot) const;
-    void forgetExtrema();
-    void forgetPolylines();
     void updateAll();
     void updateCanvas();
-    QRect columnsOf(int slot, const Core::TimeWindow &window) const;
-    void updateFed(const QRect &area);
-    void paintFed();
-    Core::TimeWindow touchedWindow(const Slot &slot, const Record *record) const;
-
-    Look look() const;
-    void prepareTraces();
-    void buildTrace(int slot);
-    void drawBackground(QPainter &painter) const;
-    void drawStretches(QPainter &painter) const;
-    void drawGrid(QPainter &painter, const Look &colors) const;
-    void drawTimeGrid(QPainter &painter, const QPen &pen, double spacing) const;
-    void drawAmplitudeGrid(QPainter &painter, const Look &colors) const;
-    QVector<int> rangeGridLines(int height) const;
-    QVector<int> tickLines(int slot) const;
-    void drawTraces(QPainter &painter, const Look &colors);
-    void drawMarkers(QPainter &painter, const Look &colors);
-    void drawMarker(QPainter &painter, RecordMarker &marker, int textSize, const Look &colors);
-    void drawSlotTexts(QPainter &painter, const Look &colors) const;
-    void drawSelection(QPainter &painter) const;
-    void drawCursor(QPainter &painter) const;
-    void drawFrame(QPainter &painter, const Look &colors) const;
-    QVector<AmplitudeTick> axisTicks(double lower, double upper, int height,
-                                     const QFont &textFont) const;
-    QVector<AmplitudeTick> slotTicks(int slot, const QFont &textFont) const;
-    void drawAxes(QPainter &painter, const Look &colors) const;
-    void drawAxis(QPainter &painter, const Look &colors, int slot) const;
-
-    void updateMarker(const RecordMarker &marker);
-    void updateCursor();
-    bool owns(const RecordMarker *marker) const;
     void detachMarker(RecordMarker *marker);
     bool grabMarker(const QPoint &position);
     void dragTo(const QPoint &position);
     void hover(const QPoint &position);
     void giveUpSelecting();
-    int clampedToCanvas(int x) const;
+    void updateCursor();
 
-    std::vector<std::unique_ptr<Slot>> _slots;
-    std::vector<std::unique_ptr<RecordMarker>> _markers;
-    std::unique_ptr<Math::Filtering::InPlaceFilter<double>> _filter;
     DataModel::WaveformStreamID _streamID;
+    const std::unique_ptr<RecordRow> _row; /**< what is shown */
+    const std::unique_ptr<RecordMarkers> _markers;
+    const std::unique_ptr<RowPointer> _pointer; /**< selection, cursor and what is dragged */
+    const std::unique_ptr<PacedUpdate> _fedUpdate;
     std::function<void()> _preparation;
-    Core::Time _alignment;
-    Core::TimeWindow _normalizationWindow;
-    Core::TimeWindow _selection;
-    Core::Time _cursorTime;
-    QBasicTimer _feedTimer;
-    QRegion _fedArea; /**< to be painted when the timer ends */
-    RecordMarker *_currentMarker{nullptr};
-    double _tmin{0};
-    double _tmax{0};
-    double _pixelsPerSecond{1};
-    double _gridMajor{0};
-    double _gridMinor{0};
-    double _gridOffset{0};
-    double _gridLower{0};
-    double _gridUpper{0};
-    double _amplMin{-1};
-    double _amplMax{1};
-    double _magnification{1};
-    int _currentSlot{0};
-    int _axisWidth{0};
-    int _axisSpacing{0};
-    DrawMode _drawMode{Single};
-    AxisPosition _axisPosition{AxisLeft};
-    bool _filtering{false};
-    bool _backgroundFiltering{false};
-    bool _tracesPale{false};
-    bool _filteringAnnounced{false};
-    int _jobCount{0}; /**< since filteringStarted(), those of them that are done included */
-    int _jobsDone{0};
-    bool _amplAutoScale{true};
-    bool _showScaledValues{false};
-    bool _drawAxis{false};
-    bool _selectionEnabled{false};
-    bool _cursorShown{false};
     bool _laidOut{false};         /**< got its first size from a layout or a window */
     bool _rangeAwaitsSize{false}; /**< showTimeRange() came before that */
-    bool _pointerShape{false};    /**< the pointer shows that a marker can be moved */
-    Drag _drag{Drag::None};
-    QPoint _dragStart;
-    int _dragGrip{0}; /**< distance of the pointer from the line of the marker it drags */
-    RecordMarker *_dragMarker{nullptr};
 };
 
 } // namespace Gui

@@ -2,16 +2,18 @@
 
 #include <tellarix/qt/records/recordwidget.h>
 
+#include <tellarix/core/records/recordsequence.h>
+#include <tellarix/qt/records/pacedupdate_p.h>
 #include <tellarix/qt/records/recordmarker.h>
-#include <tellarix/qt/records/recordwidget_p.h>
+#include <tellarix/qt/records/recordmarkers_p.h>
+#include <tellarix/qt/records/recordrow_p.h>
+#include <tellarix/qt/records/rowpointer_p.h>
 #include <tellarix/qt/scheme.h>
 
 #include <QMouseEvent>
 #include <QPointer>
 
 #include <algorithm>
-#include <cmath>
-#include <cstdlib>
 #include <utility>
 
 namespace Tellarix {
@@ -19,13 +21,18 @@ namespace Gui {
 
 namespace {
 
-// Smaller movements between press and release are a click of an unsteady hand.
-constexpr int ClickDistance = 3;
 constexpr int StatusDigits = 6;
 
-bool isClick(const QPoint &press, const QPoint &release)
+int clampedTo(const QRect &canvas, int x)
 {
-    return (release - press).manhattanLength() < ClickDistance;
+    return std::max(canvas.left(), std::min(x, canvas.right()));
+}
+
+/** Times of a selection from where the button was pressed to a pixel of the canvas. */
+std::pair<Core::Time, Core::Time> draggedTimes(const RecordWidget &widget, const QPoint &start,
+                                               const QPoint &end)
+{
+    return {widget.unmapTime(start.x()), widget.unmapTime(clampedTo(widget.canvasRect(), end.x()))};
 }
 
 } // namespace
@@ -38,7 +45,7 @@ bool RecordWidget::addMarker(RecordMarker *marker)
         return false;
 
     marker->_parent = this;
-    _markers.emplace_back(marker);
+    _markers->add(marker);
     updateCanvas();
     return true;
 }
@@ -52,29 +59,17 @@ bool RecordWidget::takeMarker(RecordMarker *marker)
     return true;
 }
 
-bool RecordWidget::owns(const RecordMarker *marker) const
-{
-    return std::any_of(_markers.begin(), _markers.end(),
-                       [marker](const auto &item) { return item.get() == marker; });
-}
-
 /** Gives a marker up without deleting it. */
 void RecordWidget::detachMarker(RecordMarker *marker)
 {
-    const auto it = std::find_if(_markers.begin(), _markers.end(),
-                                 [marker](const auto &item) { return item.get() == marker; });
-    if (it == _markers.end())
+    if (!_markers->release(marker))
         return;
 
-    it->release();
-    _markers.erase(it);
     marker->_parent = nullptr;
-    if (_dragMarker == marker) {
-        _dragMarker = nullptr;
-        _drag = Drag::None;
-    }
+    if (_pointer->drag.marker() == marker)
+        _pointer->drag.end();
     updateCanvas();
-    if (_currentMarker == marker)
+    if (_pointer->currentMarker == marker)
         setCurrentMarker(nullptr);
 }
 
@@ -91,34 +86,41 @@ bool RecordWidget::removeMarker(int index)
 
 void RecordWidget::clearMarkers()
 {
-    const std::vector<std::unique_ptr<RecordMarker>> markers = std::exchange(_markers, {});
+    const RecordMarkers::Items markers = _markers->takeAll();
     for (const auto &marker : markers)
         marker->_parent = nullptr;
-    if (std::exchange(_dragMarker, nullptr) != nullptr)
-        _drag = Drag::None;
+    if (_pointer->drag.marker() != nullptr)
+        _pointer->drag.end();
     updateCanvas();
     setCurrentMarker(nullptr);
 }
 
+int RecordWidget::markerCount() const
+{
+    return _markers->size();
+}
+
 RecordMarker *RecordWidget::marker(int index) const
 {
-    return index >= 0 && index < markerCount() ? _markers[static_cast<size_t>(index)].get()
-                                               : nullptr;
+    return _markers->at(index);
 }
 
 RecordMarker *RecordWidget::marker(const QString &text) const
 {
-    const auto it = std::find_if(_markers.begin(), _markers.end(),
-                                 [&text](const auto &item) { return item->text() == text; });
-    return it != _markers.end() ? it->get() : nullptr;
+    return _markers->find(text);
+}
+
+RecordMarker *RecordWidget::currentMarker() const
+{
+    return _pointer->currentMarker;
 }
 
 void RecordWidget::setCurrentMarker(RecordMarker *marker)
 {
-    if (marker == _currentMarker || (marker != nullptr && marker->_parent != this))
+    if (marker == _pointer->currentMarker || (marker != nullptr && marker->_parent != this))
         return;
 
-    _currentMarker = marker;
+    _pointer->currentMarker = marker;
     updateCanvas();
     emit currentMarkerChanged(this, marker);
 }
@@ -127,88 +129,82 @@ RecordMarker *RecordWidget::markerAt(const QPoint &position, int tolerance) cons
 {
     if (!canvasRect().contains(position))
         return nullptr;
-
-    RecordMarker *nearest = nullptr;
-    int distance = tolerance;
-    for (const auto &marker : _markers) {
-        const bool spansHeight = marker->isMovable() && marker->isModified();
-        const bool inOtherHalf =
-            (marker->alignment() == Qt::AlignTop && position.y() >= height() / 2) ||
-            (marker->alignment() == Qt::AlignBottom && position.y() <= height() / 2);
-        if (marker->isHidden() || (inOtherHalf && !spansHeight))
-            continue;
-        // At the same distance the one that is painted last is the one that is seen.
-        const int own = std::abs(mapTime(marker->correctedTime()) - position.x());
-        if (own <= distance) {
-            distance = own;
-            nearest = marker.get();
-        }
-    }
-    return nearest;
-}
-
-void RecordWidget::updateMarker(const RecordMarker &)
-{
-    updateCanvas();
+    return _markers->nearest(position, tolerance, height(),
+                             [this](const Core::Time &time) { return mapTime(time); });
 }
 
 // Selection and cursor
 
+bool RecordWidget::isSelectionEnabled() const
+{
+    return _pointer->canSelect;
+}
+
 void RecordWidget::setSelectionEnabled(bool enable)
 {
-    _selectionEnabled = enable;
+    _pointer->canSelect = enable;
     if (!enable)
         giveUpSelecting();
 }
 
 void RecordWidget::giveUpSelecting()
 {
-    if (_drag != Drag::Select)
+    if (_pointer->drag.kind() != PointerDrag::Select)
         return;
 
-    _drag = Drag::None;
-    const Core::Time start = unmapTime(_dragStart.x());
+    _pointer->drag.end();
+    const Core::Time start = unmapTime(_pointer->drag.start().x());
     emit selectedTimeRangeChanged(start, start);
+}
+
+const Core::TimeWindow &RecordWidget::selectedTimeWindow() const
+{
+    return _pointer->selection;
 }
 
 void RecordWidget::setSelectedTimeWindow(const Core::TimeWindow &window)
 {
-    if (window == _selection)
+    if (window == _pointer->selection)
         return;
 
-    _selection = window;
+    _pointer->selection = window;
     updateCanvas();
 }
 
 void RecordWidget::setCursorShown(bool show)
 {
-    if (show == _cursorShown)
+    if (show == _pointer->isCursorShown)
         return;
 
-    _cursorShown = show;
+    _pointer->isCursorShown = show;
     if (show)
         setMouseTracking(true);
     updateCursor();
 }
 
+Core::Time RecordWidget::cursorTime() const
+{
+    return _pointer->cursorTime;
+}
+
 void RecordWidget::setCursorTime(const Core::Time &time)
 {
-    if (time == _cursorTime)
+    if (time == _pointer->cursorTime)
         return;
 
     updateCursor();
-    _cursorTime = time;
+    _pointer->cursorTime = time;
     updateCursor();
 }
 
 void RecordWidget::updateCursor()
 {
-    if (!_cursorTime.valid())
+    if (!_pointer->cursorTime.valid())
         return;
     // Columns of one picture must not show different amplitude ranges.
-    update(std::exchange(_fedArea, QRegion()));
+    _fedUpdate->flush();
     const QRect canvas = canvasRect();
-    update(QRect(mapTime(_cursorTime), canvas.top(), 1, canvas.height()) & canvas);
+    update(QRect(mapTime(_pointer->cursorTime), canvas.top(), 1, canvas.height()) & canvas);
 }
 
 QString RecordWidget::statusText(const QPoint &position) const
@@ -222,7 +218,8 @@ QString RecordWidget::statusText(const QPoint &position) const
     const QByteArray format = "%Y-%m-%d %H:%M:%S" + fraction;
     QString text = QString::fromStdString(unmapTime(position.x()).toString(format.constData()));
 
-    const int slot = _drawMode == Single ? _currentSlot : slotAtY(position.y());
+    const int slot =
+        drawMode() == Single ? currentRecords() : _row->items.slotAt(position.y(), canvasRect());
     const RecordSequence *sequence = displayedRecords(slot);
     if (sequence == nullptr || sequence->isEmpty())
         return text;
@@ -234,40 +231,31 @@ QString RecordWidget::statusText(const QPoint &position) const
 
 // Mouse
 
-int RecordWidget::clampedToCanvas(int x) const
-{
-    const QRect canvas = canvasRect();
-    return std::max(canvas.left(), std::min(x, canvas.right()));
-}
-
 void RecordWidget::mousePressEvent(QMouseEvent *event)
 {
     event->ignore();
     if (event->button() != Qt::LeftButton || !canvasRect().contains(event->pos()))
         return;
 
-    _drag = Drag::Press;
-    _dragStart = event->pos();
+    _pointer->drag.press(event->pos());
     const QPointer<RecordWidget> alive(this);
     const bool isGrabbed = grabMarker(event->pos());
     // Events that a widget leaves alone go on to its parent, which a deleted one can't name.
-    event->setAccepted(!alive || isGrabbed || _selectionEnabled);
+    event->setAccepted(!alive || isGrabbed || isSelectionEnabled());
 }
 
 /** Makes the marker at a position the current one; true if the pointer can move it. */
 bool RecordWidget::grabMarker(const QPoint &position)
 {
-    _dragMarker = nullptr;
     RecordMarker *marker = markerAt(position);
     if (marker == nullptr)
         return false;
 
     const QPointer<RecordWidget> alive(this);
     setCurrentMarker(marker);
-    if (!alive || !owns(marker) || !marker->isMovable() || !marker->isEnabled())
+    if (!alive || !_markers->contains(marker) || !marker->isMovable() || !marker->isEnabled())
         return false;
-    _dragMarker = marker;
-    _dragGrip = position.x() - mapTime(marker->correctedTime());
+    _pointer->drag.grab(marker, mapTime(marker->correctedTime()));
     return true;
 }
 
@@ -276,16 +264,12 @@ void RecordWidget::mouseMoveEvent(QMouseEvent *event)
     const QPointer<RecordWidget> alive(this);
     hover(event->pos());
     event->setAccepted(!alive);
-    if (!alive || !event->buttons().testFlag(Qt::LeftButton) || _drag == Drag::None)
+    if (!alive || !event->buttons().testFlag(Qt::LeftButton) ||
+        _pointer->drag.kind() == PointerDrag::None)
         return;
 
-    if (_drag == Drag::Press && !isClick(_dragStart, event->pos())) {
-        if (_dragMarker != nullptr)
-            _drag = Drag::Marker;
-        else if (_selectionEnabled)
-            _drag = Drag::Select;
-    }
-    if (_dragMarker == nullptr && !_selectionEnabled)
+    _pointer->drag.moveTo(event->pos(), isSelectionEnabled());
+    if (_pointer->drag.marker() == nullptr && !isSelectionEnabled())
         return;
     event->accept();
     dragTo(event->pos());
@@ -293,35 +277,34 @@ void RecordWidget::mouseMoveEvent(QMouseEvent *event)
 
 void RecordWidget::dragTo(const QPoint &position)
 {
-    if (_drag == Drag::Marker) {
-        _dragMarker->setCorrectedTime(unmapTime(clampedToCanvas(position.x() - _dragGrip)));
-        emit markerMoving(this, _dragMarker);
-    } else if (_drag == Drag::Select) {
-        emit selectedTimeRangeChanged(unmapTime(_dragStart.x()),
-                                      unmapTime(clampedToCanvas(position.x())));
+    RecordMarker *marker = _pointer->drag.marker();
+    if (_pointer->drag.kind() == PointerDrag::Marker) {
+        const int x = clampedTo(canvasRect(), _pointer->drag.lineX(position.x()));
+        marker->setCorrectedTime(unmapTime(x));
+        emit markerMoving(this, marker);
+    } else if (_pointer->drag.kind() == PointerDrag::Select) {
+        const auto [start, end] = draggedTimes(*this, _pointer->drag.start(), position);
+        emit selectedTimeRangeChanged(start, end);
     }
 }
 
 void RecordWidget::mouseReleaseEvent(QMouseEvent *event)
 {
     event->ignore();
-    if (event->button() != Qt::LeftButton || _drag == Drag::None)
+    if (event->button() != Qt::LeftButton || _pointer->drag.kind() == PointerDrag::None)
         return;
 
-    const Drag drag = _drag;
-    RecordMarker *marker = _dragMarker;
-    _drag = Drag::None;
-    _dragMarker = nullptr;
-    event->setAccepted(marker != nullptr || _selectionEnabled);
+    const PointerDrag drag = _pointer->drag;
+    _pointer->drag.end();
+    event->setAccepted(drag.marker() != nullptr || isSelectionEnabled());
     const QPointer<RecordWidget> alive(this);
-    if (drag == Drag::Marker) {
-        emit markerMoved(this, marker);
-    } else if (drag == Drag::Select) {
-        const auto [start, end] =
-            std::minmax({unmapTime(_dragStart.x()), unmapTime(clampedToCanvas(event->pos().x()))});
-        emit selectedTimeRange(start, end);
-    } else if (isClick(_dragStart, event->pos())) {
-        emit timeClicked(unmapTime(_dragStart.x()));
+    if (drag.kind() == PointerDrag::Marker) {
+        emit markerMoved(this, drag.marker());
+    } else if (drag.kind() == PointerDrag::Select) {
+        const auto [first, second] = draggedTimes(*this, drag.start(), event->pos());
+        emit selectedTimeRange(std::min(first, second), std::max(first, second));
+    } else if (drag.isClick(event->pos())) {
+        emit timeClicked(unmapTime(drag.start().x()));
     }
     if (!alive)
         event->accept();
@@ -330,7 +313,7 @@ void RecordWidget::mouseReleaseEvent(QMouseEvent *event)
 void RecordWidget::leaveEvent(QEvent *event)
 {
     QWidget::leaveEvent(event);
-    if (!_cursorShown || !_cursorTime.valid())
+    if (!_pointer->isCursorShown || !_pointer->cursorTime.valid())
         return;
     setCursorTime(Core::Time());
     emit cursorMoved(this, Core::Time());
@@ -346,9 +329,9 @@ void RecordWidget::hideEvent(QHideEvent *event)
 void RecordWidget::hover(const QPoint &position)
 {
     const bool onCanvas = canvasRect().contains(position);
-    if (_cursorShown) {
+    if (_pointer->isCursorShown) {
         const Core::Time time = onCanvas ? unmapTime(position.x()) : Core::Time();
-        if (time != _cursorTime) {
+        if (time != _pointer->cursorTime) {
             const QPointer<RecordWidget> alive(this);
             setCursorTime(time);
             emit cursorMoved(this, time);
@@ -357,12 +340,12 @@ void RecordWidget::hover(const QPoint &position)
         }
     }
 
-    const RecordMarker *marker = _markers.empty() ? nullptr : markerAt(position);
-    const bool canMove =
-        _dragMarker != nullptr || (marker != nullptr && marker->isMovable() && marker->isEnabled());
-    if (canMove == _pointerShape)
+    const RecordMarker *marker = _markers->isEmpty() ? nullptr : markerAt(position);
+    const bool canMove = _pointer->drag.marker() != nullptr ||
+                         (marker != nullptr && marker->isMovable() && marker->isEnabled());
+    if (canMove == _pointer->hasMoveShape)
         return;
-    _pointerShape = canMove;
+    _pointer->hasMoveShape = canMove;
     if (canMove)
         setCursor(Qt::SizeHorCursor);
     else
