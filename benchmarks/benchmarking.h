@@ -2,8 +2,8 @@
 
 #pragma once
 
-#include <tellarix/core/records/record.h>
 #include <tellarix/core/records/typedarray.h>
+#include <tellarix/core/time.h>
 
 #include <benchmark/benchmark.h>
 

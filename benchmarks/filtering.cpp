@@ -7,6 +7,8 @@
 
 #include <norvu/gui/trace.h>
 #include <norvu/gui/traceview.h>
+#include <tellarix/core/records/record.h>
+#include <tellarix/core/records/streamcodes.h>
 
 #include <tellarix/core/math/butterworth.h>
 #include <tellarix/core/records/ringbuffer.h>

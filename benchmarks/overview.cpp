@@ -8,6 +8,8 @@
 
 #include <norvu/gui/multitracewidget.h>
 #include <norvu/gui/traceview.h>
+#include <tellarix/core/records/record.h>
+#include <tellarix/core/records/streamcodes.h>
 
 #include <tellarix/core/records/ringbuffer.h>
 #include <tellarix/core/records/typedarray.h>

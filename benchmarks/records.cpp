@@ -2,7 +2,9 @@
 
 #include <tellarix/client/io/recordstream.h>
 #include <tellarix/core/records/formats/miniseedwriter.h>
+#include <tellarix/core/records/record.h>
 #include <tellarix/core/records/ringbuffer.h>
+#include <tellarix/core/records/streamcodes.h>
 #include <tellarix/core/records/typedarray.h>
 
 #include <benchmark/benchmark.h>

@@ -5,7 +5,9 @@
 
 #include "benchmarking.h"
 
+#include <tellarix/core/records/record.h>
 #include <tellarix/core/records/ringbuffer.h>
+#include <tellarix/core/records/streamcodes.h>
 #include <tellarix/core/records/typedarray.h>
 #include <tellarix/qt/records/recordpolyline.h>
 

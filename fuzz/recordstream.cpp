@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
 #include <tellarix/client/io/recordstream.h>
+#include <tellarix/core/records/record.h>
 
 #include <cstdlib>
 

@@ -3,6 +3,7 @@
 // A file format: a line "samples STREAM TIME HZ", then a number in each line.
 
 #include <tellarix/client/io/recordformat.h>
+#include <tellarix/core/records/record.h>
 #include <tellarix/core/records/typedarray.h>
 #include <tellarix/core/strings.h>
 

@@ -3,6 +3,7 @@
 // A scheme of record streams: "sine://5".
 
 #include <tellarix/client/io/recordstream.h>
+#include <tellarix/core/records/record.h>
 #include <tellarix/core/records/typedarray.h>
 #include <tellarix/core/strings.h>
 

@@ -3,6 +3,8 @@
 #pragma once
 
 #include <tellarix/client/io/recordstream.h>
+#include <tellarix/core/records/record.h>
+#include <tellarix/core/records/streamcodes.h>
 #include <tellarix/core/records/typedarray.h>
 
 #include <QString>

@@ -5,6 +5,8 @@
 #include "client/httpserver.h"
 
 #include <tellarix/core/records/formats/miniseedwriter.h>
+#include <tellarix/core/records/record.h>
+#include <tellarix/core/records/streamcodes.h>
 #include <tellarix/core/records/typedarray.h>
 #include <tellarix/core/strings.h>
 

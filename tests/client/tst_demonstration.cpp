@@ -7,6 +7,7 @@
 #include <tellarix/core/datamodel/inventory.h>
 #include <tellarix/core/datamodel/stream.h>
 #include <tellarix/core/datamodel/utils.h>
+#include <tellarix/core/records/record.h>
 
 #include <QDir>
 #include <QFile>

@@ -3,6 +3,7 @@
 #include "client/fdsndata.h"
 
 #include <tellarix/client/io/recordstream.h>
+#include <tellarix/core/records/record.h>
 
 #include <QElapsedTimer>
 #include <QTest>

@@ -3,6 +3,7 @@
 #include "fakestream.h"
 
 #include <tellarix/client/remote/joinedstream.h>
+#include <tellarix/core/records/record.h>
 
 #include <QElapsedTimer>
 #include <QtTest>

@@ -6,6 +6,8 @@
 #include <tellarix/client/remote/seedlinkaddress.h>
 #include <tellarix/client/remote/seedlinkprotocol.h>
 #include <tellarix/client/remote/seedlinkstations.h>
+#include <tellarix/core/records/record.h>
+#include <tellarix/core/records/streamcodes.h>
 
 #include <QFile>
 #include <QTemporaryDir>

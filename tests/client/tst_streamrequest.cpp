@@ -2,6 +2,7 @@
 
 #include <tellarix/client/io/recordstream.h>
 #include <tellarix/client/io/streamrequest.h>
+#include <tellarix/core/records/record.h>
 
 #include <QtTest>
 

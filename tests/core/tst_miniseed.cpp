@@ -5,6 +5,8 @@
 #include <tellarix/core/records/formats/miniseed.h>
 #include <tellarix/core/records/formats/miniseedwriter.h>
 #include <tellarix/core/records/formats/recordscanner.h>
+#include <tellarix/core/records/record.h>
+#include <tellarix/core/records/streamcodes.h>
 #include <tellarix/core/records/typedarray.h>
 
 #include <QBuffer>

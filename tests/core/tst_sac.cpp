@@ -3,6 +3,8 @@
 #include "seedbytes.h"
 
 #include <tellarix/core/records/formats/sac.h>
+#include <tellarix/core/records/record.h>
+#include <tellarix/core/records/streamcodes.h>
 #include <tellarix/core/records/typedarray.h>
 
 #include <QBuffer>

@@ -2,7 +2,9 @@
 
 #include <norvu/gui/spectrogramrecordwidget.h>
 
+#include <tellarix/core/records/record.h>
 #include <tellarix/core/records/ringbuffer.h>
+#include <tellarix/core/records/streamcodes.h>
 #include <tellarix/core/records/typedarray.h>
 
 #include <QApplication>

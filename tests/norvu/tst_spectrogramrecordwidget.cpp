@@ -4,6 +4,8 @@
 #include "ink.h"
 
 #include <norvu/gui/spectrogramrecordwidget.h>
+#include <tellarix/core/records/record.h>
+#include <tellarix/core/records/streamcodes.h>
 
 #include <tellarix/core/records/ringbuffer.h>
 #include <tellarix/core/records/typedarray.h>

@@ -2,6 +2,7 @@
 
 #include <norvu/gui/trace.h>
 #include <norvu/gui/tracelabel.h>
+#include <tellarix/core/records/recordsequence.h>
 
 #include <tellarix/core/datamodel/network.h>
 #include <tellarix/core/datamodel/sensorlocation.h>

@@ -3,6 +3,8 @@
 #include "ink.h"
 
 #include <norvu/gui/vruler.h>
+#include <tellarix/core/records/record.h>
+#include <tellarix/core/records/streamcodes.h>
 
 #include <tellarix/core/records/ringbuffer.h>
 #include <tellarix/core/records/typedarray.h>

@@ -5,6 +5,7 @@
 #include "norvu/ink.h"
 
 #include <tellarix/core/math/filter.h>
+#include <tellarix/core/records/record.h>
 #include <tellarix/core/records/ringbuffer.h>
 #include <tellarix/core/records/typedarray.h>
 #include <tellarix/qt/records/recordwidget.h>

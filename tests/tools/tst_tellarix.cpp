@@ -3,6 +3,8 @@
 #include "toolrun.h"
 
 #include <tellarix/core/records/formats/miniseedwriter.h>
+#include <tellarix/core/records/record.h>
+#include <tellarix/core/records/streamcodes.h>
 #include <tellarix/core/records/typedarray.h>
 
 #include <QDir>

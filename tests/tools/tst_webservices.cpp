@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
 #include "client/fdsndata.h"
+
 #include "toolrun.h"
+#include <tellarix/core/records/record.h>
 
 #include <QJsonObject>
 #include <QTemporaryDir>

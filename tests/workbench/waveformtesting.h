@@ -9,6 +9,7 @@
 #include <norvu/gui/traceview.h>
 
 #include <tellarix/core/records/formats/miniseedwriter.h>
+#include <tellarix/core/records/record.h>
 #include <tellarix/core/records/ringbuffer.h>
 #include <tellarix/core/records/typedarray.h>
 #include <tellarix/qt/records/recordwidget.h>

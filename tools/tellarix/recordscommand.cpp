@@ -2,6 +2,8 @@
 
 #include "recordscommand.h"
 
+#include <tellarix/core/records/record.h>
+
 #include "streamtable.h"
 #include "windowoptions.h"
 

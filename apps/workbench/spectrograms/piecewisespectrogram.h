@@ -5,6 +5,7 @@
 #include "stretchplan.h"
 
 #include <norvu/gui/spectrogramrecordwidget.h>
+#include <tellarix/core/records/record.h>
 
 #include <deque>
 

@@ -6,6 +6,7 @@
 
 #include <norvu/gui/trace.h>
 #include <norvu/gui/traceview.h>
+#include <tellarix/core/records/record.h>
 #include <tellarix/core/records/recordsequence.h>
 #include <tellarix/qt/records/recordwidget.h>
 

@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <tellarix/core/records/record.h>
 #include <tellarix/core/records/recordsequence.h>
 #include <tellarix/core/timewindow.h>
 

@@ -10,6 +10,7 @@
 #include <norvu/gui/trace.h>
 #include <norvu/gui/traceview.h>
 #include <tellarix/core/records/numericarray.h>
+#include <tellarix/core/records/record.h>
 #include <tellarix/core/records/recordsequence.h>
 #include <tellarix/qt/records/recordwidget.h>
 #include <tellarix/qt/records/timescale.h>

@@ -11,6 +11,7 @@
 
 #include <norvu/gui/traceview.h>
 #include <tellarix/core/math/filterparser.h>
+#include <tellarix/core/records/record.h>
 #include <tellarix/core/records/recordsequence.h>
 #include <tellarix/qt/records/recordwidget.h>
 

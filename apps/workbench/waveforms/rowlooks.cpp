@@ -70,14 +70,15 @@ void RowLooks::dress(Trace *row)
         name += "  " + distance;
     }
 
-    // Only rows without a header have no other place for it than the traces, which are pale then.
+    // Rows without a header have no place for it that isn't taken by the traces, which are pale
+    // then: the pointer asks them why.
     const QString misfit = row->data(MisfitKey).toString();
     if (!misfit.isEmpty())
         texts.append(misfit);
     row->setLabel(row->label()); // takes a description away
     if (!texts.isEmpty())
         row->setDescription(texts.join("  ·  "));
-    row->recordWidget()->setRecordLabel(0, _compact ? misfit : QString());
+    row->recordWidget()->setToolTip(_compact ? misfit : QString());
 
     _names->setName(row, name);
     row->setHeaderVisible(!_compact);

@@ -5,6 +5,7 @@
 #include <tellarix/core/datamodel/inventory.h>
 #include <tellarix/core/datamodel/stream.h>
 #include <tellarix/core/math/filterdefinition.h>
+#include <tellarix/core/records/record.h>
 #include <tellarix/core/records/recordsequence.h>
 
 #include <QStringList>

@@ -2,6 +2,9 @@
 
 #include "multitracewiggles_p.h"
 
+#include <tellarix/core/records/record.h>
+#include <tellarix/core/records/recordsequence.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstdint>

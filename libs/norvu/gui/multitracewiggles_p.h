@@ -4,7 +4,6 @@
 
 #include <norvu/api.h>
 
-#include <tellarix/core/records/recordsequence.h>
 #include <tellarix/qt/records/recordpolyline.h>
 #include <tellarix/qt/records/recordwidget.h>
 #include <tellarix/qt/records/tracespans.h>

@@ -3,6 +3,7 @@
 #include <norvu/gui/spectrogramrecordwidget.h>
 
 #include <norvu/gui/spectrogramimage.h>
+#include <tellarix/core/records/record.h>
 
 #include <tellarix/core/records/cut.h>
 #include <tellarix/core/records/recordsequence.h>

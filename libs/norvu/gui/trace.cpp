@@ -6,6 +6,7 @@
 #include "rowtimescale_p.h"
 
 #include <norvu/gui/traceview.h>
+#include <tellarix/core/records/record.h>
 
 #include <tellarix/core/records/ringbuffer.h>
 #include <tellarix/qt/records/recordwidget.h>

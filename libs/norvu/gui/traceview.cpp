@@ -9,6 +9,7 @@
 #include "tracetoolbar_p.h"
 
 #include <norvu/gui/trace.h>
+#include <tellarix/core/records/recordsequence.h>
 
 #include <tellarix/qt/records/recordwidget.h>
 #include <tellarix/qt/records/timescale.h>

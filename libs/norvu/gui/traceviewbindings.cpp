@@ -6,6 +6,7 @@
 #include "tracetoolbar_p.h"
 
 #include <norvu/gui/trace.h>
+#include <tellarix/core/records/record.h>
 
 #include <tellarix/core/records/ringbuffer.h>
 #include <tellarix/qt/records/recordwidget.h>

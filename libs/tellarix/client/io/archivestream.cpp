@@ -2,6 +2,8 @@
 
 #include <tellarix/client/io/archivestream.h>
 
+#include <tellarix/core/records/record.h>
+#include <tellarix/core/records/streamcodes.h>
 #include <tellarix/core/strings.h>
 
 #include <algorithm>

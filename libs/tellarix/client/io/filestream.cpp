@@ -2,6 +2,9 @@
 
 #include <tellarix/client/io/filestream.h>
 
+#include <tellarix/core/records/record.h>
+#include <tellarix/core/records/streamcodes.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstring>

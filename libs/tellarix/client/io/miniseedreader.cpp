@@ -2,6 +2,9 @@
 
 #include <tellarix/client/io/miniseedreader_p.h>
 
+#include <tellarix/core/records/record.h>
+#include <tellarix/core/records/streamcodes.h>
+
 namespace Tellarix {
 namespace IO {
 

@@ -5,6 +5,7 @@
 #include <tellarix/client/io/streamrequest.h>
 #include <tellarix/core/logging.h>
 #include <tellarix/core/namedoffers.h>
+#include <tellarix/core/records/streamcodes.h>
 #include <tellarix/core/strings.h>
 
 #include <algorithm>

@@ -4,7 +4,7 @@
 
 #include <tellarix/client/api.h>
 #include <tellarix/core/baseobject.h>
-#include <tellarix/core/records/record.h>
+#include <tellarix/core/records/forward.h>
 #include <tellarix/core/timewindow.h>
 
 #include <cstdint>

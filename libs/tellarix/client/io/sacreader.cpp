@@ -2,6 +2,8 @@
 
 #include <tellarix/client/io/sacreader_p.h>
 
+#include <tellarix/core/records/record.h>
+
 #include <algorithm>
 
 namespace Tellarix {

@@ -2,6 +2,8 @@
 
 #include <tellarix/client/io/streamsummary.h>
 
+#include <tellarix/core/records/record.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstdio>

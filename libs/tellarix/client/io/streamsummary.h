@@ -4,7 +4,8 @@
 
 #include <tellarix/client/api.h>
 #include <tellarix/client/io/recordstream.h>
-#include <tellarix/core/records/record.h>
+#include <tellarix/core/records/numericarray.h>
+#include <tellarix/core/time.h>
 
 #include <cstdint>
 #include <map>

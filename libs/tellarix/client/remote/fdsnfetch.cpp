@@ -2,6 +2,8 @@
 
 #include <tellarix/client/remote/fdsnfetch_p.h>
 
+#include <tellarix/core/records/record.h>
+
 #include <QDateTime>
 #include <QLocale>
 

@@ -3,6 +3,7 @@
 #include <tellarix/client/remote/fdsnstream.h>
 
 #include <tellarix/client/remote/fdsnfetch_p.h>
+#include <tellarix/core/records/record.h>
 #include <tellarix/core/strings.h>
 
 #include <algorithm>

@@ -2,6 +2,9 @@
 
 #include <tellarix/client/remote/httparchivefile_p.h>
 
+#include <tellarix/core/records/record.h>
+#include <tellarix/core/records/streamcodes.h>
+
 #include <algorithm>
 #include <chrono>
 #include <limits>

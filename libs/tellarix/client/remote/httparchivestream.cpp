@@ -5,6 +5,7 @@
 #include <tellarix/client/remote/httparchivefile_p.h>
 #include <tellarix/client/remote/httparchivelisting_p.h>
 #include <tellarix/client/remote/joinedreader_p.h>
+#include <tellarix/core/records/record.h>
 #include <tellarix/core/strings.h>
 
 #include <QUrlQuery>

@@ -2,6 +2,8 @@
 
 #include <tellarix/client/remote/joinedreader_p.h>
 
+#include <tellarix/core/records/record.h>
+
 #include <QThread>
 
 #include <chrono>

@@ -3,6 +3,8 @@
 #include <tellarix/client/remote/seedlinkstream.h>
 
 #include <tellarix/client/remote/seedlinkstations.h>
+#include <tellarix/core/records/record.h>
+#include <tellarix/core/records/streamcodes.h>
 #include <tellarix/core/strings.h>
 
 #include <QFile>

@@ -11,11 +11,13 @@ namespace Tellarix {
 class NumericArray;
 class Record;
 class RecordSequence;
+class StreamCodes;
 
 using ArrayPtr = Core::SmartPointer<NumericArray>;
 using ArrayCPtr = Core::SmartPointer<const NumericArray>;
 using RecordPtr = Core::SmartPointer<Record>;
 using RecordCPtr = Core::SmartPointer<const Record>;
+using StreamCodesCPtr = Core::SmartPointer<const StreamCodes>;
 
 namespace Math {
 namespace Filtering {

@@ -2,6 +2,10 @@
 
 #include <tellarix/core/records/measurement.h>
 
+#include <tellarix/core/records/numericarray.h>
+#include <tellarix/core/records/record.h>
+#include <tellarix/core/records/recordsequence.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>

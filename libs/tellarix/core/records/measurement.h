@@ -2,7 +2,8 @@
 
 #pragma once
 
-#include <tellarix/core/records/recordsequence.h>
+#include <tellarix/core/records/forward.h>
+#include <tellarix/core/timewindow.h>
 
 #include <cstdint>
 

@@ -2,6 +2,8 @@
 
 #include <tellarix/core/records/recordblock.h>
 
+#include <tellarix/core/records/record.h>
+
 #include <limits>
 
 namespace Tellarix {

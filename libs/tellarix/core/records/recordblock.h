@@ -2,7 +2,9 @@
 
 #pragma once
 
-#include <tellarix/core/records/record.h>
+#include <tellarix/core/records/forward.h>
+#include <tellarix/core/records/numericarray.h>
+#include <tellarix/core/timewindow.h>
 
 #include <algorithm>
 #include <memory>

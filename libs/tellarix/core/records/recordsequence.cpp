@@ -2,6 +2,8 @@
 
 #include <tellarix/core/records/recordsequence.h>
 
+#include <tellarix/core/records/record.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>

@@ -2,6 +2,8 @@
 
 #include <tellarix/core/records/ringbuffer.h>
 
+#include <tellarix/core/records/record.h>
+
 #include <algorithm>
 
 namespace Tellarix {

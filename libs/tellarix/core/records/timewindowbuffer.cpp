@@ -2,6 +2,8 @@
 
 #include <tellarix/core/records/timewindowbuffer.h>
 
+#include <tellarix/core/records/record.h>
+
 namespace Tellarix {
 namespace {
 

@@ -2,6 +2,8 @@
 
 #include <tellarix/qt/records/filteredrecords_p.h>
 
+#include <tellarix/core/records/record.h>
+#include <tellarix/core/records/recordsequence.h>
 #include <tellarix/core/records/typedarray.h>
 
 #include <algorithm>

@@ -3,7 +3,8 @@
 #pragma once
 
 #include <tellarix/core/math/filter.h>
-#include <tellarix/core/records/recordsequence.h>
+#include <tellarix/core/records/forward.h>
+#include <tellarix/core/timewindow.h>
 #include <tellarix/core/records/slidingvector.h>
 
 #include <atomic>

@@ -3,6 +3,8 @@
 #include <tellarix/qt/records/filterjob_p.h>
 
 #include <tellarix/core/parallel.h>
+#include <tellarix/core/records/record.h>
+#include <tellarix/core/records/recordsequence.h>
 
 #include <QGlobalStatic>
 #include <QThreadPool>

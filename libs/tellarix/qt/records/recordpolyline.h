@@ -3,7 +3,7 @@
 #pragma once
 
 #include <tellarix/core/baseobject.h>
-#include <tellarix/core/records/recordsequence.h>
+#include <tellarix/core/records/forward.h>
 #include <tellarix/core/time.h>
 #include <tellarix/qt/api.h>
 

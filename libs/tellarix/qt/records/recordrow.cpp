@@ -2,6 +2,7 @@
 
 #include <tellarix/qt/records/recordrow_p.h>
 
+#include <tellarix/core/records/record.h>
 #include <tellarix/core/records/recordsequence.h>
 #include <tellarix/qt/scheme.h>
 

@@ -20,7 +20,7 @@ class FilteredRecords;
 class FilterJob;
 
 /** The records of one stream in a row, what is set for them, and what is worked out of them. */
-struct RecordSlot
+struct TELLARIX_GUI_API RecordSlot
 {
     RecordSlot();
     ~RecordSlot();

@@ -110,7 +110,7 @@ public:
     /** Filters sequences in threads of their own instead of at once; off at the start. Until the
      *  filtered records of a slot are there, displayedRecords() are the raw ones, whose trace is
      *  drawn pale. Records that are fed meanwhile are not lost. Another filter cancels what is
-     * under way. Filters have to be such that clones can run in several threads. */
+     *  under way. Filters have to be such that clones can run in several threads. */
     void setBackgroundFiltering(bool enable);
     bool isBackgroundFilteringEnabled() const;
     bool isFilteringInProgress() const; /**< in the background, for any slot */

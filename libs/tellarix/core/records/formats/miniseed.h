@@ -3,7 +3,8 @@
 #pragma once
 
 #include <tellarix/core/records/formats/checksumindex.h>
-#include <tellarix/core/records/record.h>
+#include <tellarix/core/records/forward.h>
+#include <tellarix/core/timewindow.h>
 
 #include <cstdint>
 #include <string>

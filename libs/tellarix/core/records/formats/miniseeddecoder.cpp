@@ -5,6 +5,8 @@
 #include <tellarix/core/records/formats/bytes_p.h>
 #include <tellarix/core/records/formats/oldencodings_p.h>
 #include <tellarix/core/records/formats/steim_p.h>
+#include <tellarix/core/records/record.h>
+#include <tellarix/core/records/streamcodes.h>
 #include <tellarix/core/records/typedarray.h>
 #include <tellarix/core/strings.h>
 

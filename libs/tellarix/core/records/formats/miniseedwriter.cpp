@@ -3,6 +3,7 @@
 #include <tellarix/core/records/formats/miniseedwriter.h>
 
 #include <tellarix/core/records/formats/writing_p.h>
+#include <tellarix/core/records/record.h>
 #include <tellarix/core/records/typedarray.h>
 
 #include <QIODevice>

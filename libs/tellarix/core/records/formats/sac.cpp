@@ -4,6 +4,8 @@
 
 #include <tellarix/core/records/formats/bytes_p.h>
 #include <tellarix/core/records/formats/writing_p.h>
+#include <tellarix/core/records/record.h>
+#include <tellarix/core/records/streamcodes.h>
 #include <tellarix/core/records/typedarray.h>
 
 #include <QIODevice>

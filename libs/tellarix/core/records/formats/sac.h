@@ -2,7 +2,8 @@
 
 #pragma once
 
-#include <tellarix/core/records/record.h>
+#include <tellarix/core/records/forward.h>
+#include <tellarix/core/time.h>
 
 #include <cstdint>
 #include <string>

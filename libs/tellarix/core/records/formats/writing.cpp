@@ -3,6 +3,7 @@
 #include <tellarix/core/records/formats/writing_p.h>
 
 #include <tellarix/core/records/formats/bytes_p.h>
+#include <tellarix/core/records/record.h>
 
 #include <algorithm>
 #include <cstdio>

@@ -2,7 +2,7 @@
 
 #pragma once
 
-#include <tellarix/core/records/record.h>
+#include <tellarix/core/records/forward.h>
 
 #include <string>
 
