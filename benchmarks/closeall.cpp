@@ -14,6 +14,8 @@
 #include <norvu/gui/traceview.h>
 #include <tellarix/core/math/filterparser.h>
 #include <tellarix/core/records/formats/miniseedwriter.h>
+#include <tellarix/core/records/record.h>
+#include <tellarix/core/records/streamcodes.h>
 
 #include <QAction>
 #include <QApplication>
