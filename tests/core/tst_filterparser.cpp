@@ -156,6 +156,46 @@ private slots:
         }
     }
 
+    void numbersAreReplacedInPlace()
+    {
+        const FilterOffer offer(FilterTesting::fading());
+        const struct
+        {
+            const char *text;
+            size_t stage;
+            FilterValues values;
+            const char *expected;
+        } rows[] = {
+            {" BandPass( .70 ,2 )|stalta(1,60) ",
+             0,
+             {0.812, 2, 4},
+             " BandPass( 0.812 ,2 )|stalta(1,60) "},
+            {"demean(30) | none | bandpass(order=3, upper = 2e0, lower=+1)",
+             1,
+             {0.5, 12.5, 3},
+             "demean(30) | none | bandpass(order=3, upper = 12.5, lower=0.5)"},
+            {"lowpass(1)|lowpass(1)", 1, {1e-6, 4}, "lowpass(1)|lowpass(1e-06)"},
+            {"lowpass( 1 ) | integrate", 0, {1, 2}, "lowpass( 1 , order=2) | integrate"},
+            {"integrate | fading ", 1, {0.91}, "integrate | fading(factor=0.91) "},
+            {"fading()", 0, {0.91}, "fading(factor=0.91)"},
+            {"lowpass(1)", 1, {2, 4}, "lowpass(1)"},
+            {"lowpass(1)", 0, {2}, "lowpass(1)"},
+            {"lowpass(1", 0, {2, 4}, "lowpass(1"},
+        };
+        for (const auto &row : rows) {
+            const std::string text = withFilterValues(row.text, row.stage, row.values);
+            QCOMPARE(text, std::string(row.expected));
+            const std::vector<FilterPlace> places = filterPlaces(text);
+            if (text != row.text)
+                QVERIFY(places[row.stage].stage.values == row.values);
+            for (const FilterPlace &place : places) {
+                const std::string part =
+                    text.substr(place.text.begin, place.text.end - place.text.begin);
+                QVERIFY2(filterPlaces(part).size() == 1 && part.back() != ' ', part.c_str());
+            }
+        }
+    }
+
     void knowsWhatIsOffered()
     {
         FilterDefinition kept;

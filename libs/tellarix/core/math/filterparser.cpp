@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <map>
+#include <utility>
 
 namespace Tellarix {
 namespace Math {
@@ -66,7 +68,7 @@ struct Failure
 struct Arguments
 {
     std::vector<std::optional<double>> values;
-    std::vector<size_t> positions;
+    std::vector<FilterTextPart> places;
     bool named{false}; /**< a parameter was given by name */
     int count{0};
 };
@@ -76,16 +78,16 @@ class Parser
 public:
     explicit Parser(const std::string &text) : _text(text) {}
 
-    FilterDefinition parse()
+    std::vector<FilterPlace> parse()
     {
-        FilterDefinition definition;
+        std::vector<FilterPlace> places;
         skipBlanks();
         if (atEnd())
-            return definition;
+            return places;
         for (;;) {
-            parseStage(definition);
+            parseStage(places);
             if (atEnd())
-                return definition;
+                return places;
             if (!take('|'))
                 throw Failure{_position, "expected \"|\" or the end" + found()};
         }
@@ -105,7 +107,7 @@ private:
     {
         if (atEnd() || next() != c)
             return false;
-        ++_position;
+        _end = ++_position;
         skipBlanks();
         return true;
     }
@@ -127,6 +129,7 @@ private:
         while (isLetter(next()) || (_position > start && isDigit(next())))
             ++_position;
         const std::string name = _text.substr(start, _position - start);
+        _end = _position;
         skipBlanks();
         return name;
     }
@@ -161,6 +164,7 @@ private:
         const std::string text = _text.substr(start, _position - start);
         if (!Core::fromString(value, text))
             throw Failure{start, what + " " + text + " is beyond the range of numbers"};
+        _end = _position;
         skipBlanks();
         return value;
     }
@@ -178,7 +182,7 @@ private:
         takeDigits();
     }
 
-    void parseStage(FilterDefinition &definition)
+    void parseStage(std::vector<FilterPlace> &places)
     {
         const size_t start = _position;
         const std::string name = takeName();
@@ -192,17 +196,17 @@ private:
         if (!filter)
             throw Failure{start, "unknown filter " + quoted(name) + "; known are " + knownNames()};
 
-        FilterStage stage{filter, parseParameters(filter)};
+        const FilterPlace place = parseParameters(filter, start);
         if (!isNoFilter)
-            definition.append(std::move(stage));
+            places.push_back(place);
     }
 
-    FilterValues parseParameters(const FilterDescriptionCPtr &described)
+    FilterPlace parseParameters(const FilterDescriptionCPtr &described, size_t start)
     {
         const FilterDescription &filter = *described;
         Arguments arguments;
         arguments.values.resize(filter.parameters.size());
-        arguments.positions.resize(filter.parameters.size(), _position);
+        arguments.places.resize(filter.parameters.size(), {_position, _position});
 
         size_t end = _position;
         if (take('(')) {
@@ -216,7 +220,8 @@ private:
             if (!take(')'))
                 throw Failure{_position, "expected \",\" or \")\"" + found()};
         }
-        return checkedValues(described, arguments, end);
+        const FilterValues values = checkedValues(described, arguments, end);
+        return {{described, values}, {start, _end}, arguments.places};
     }
 
     void parseParameter(const FilterDescription &filter, Arguments &arguments)
@@ -237,7 +242,7 @@ private:
 
         const size_t position = _position;
         arguments.values[index] = takeNumber(filter.parameters[index].name);
-        arguments.positions[index] = position;
+        arguments.places[index] = {position, _end};
         ++arguments.count;
     }
 
@@ -277,13 +282,14 @@ private:
         }
         const FilterValueProblem problem = FilterDefinition::CheckValues(stage);
         if (problem.parameter >= 0)
-            throw Failure{arguments.positions[static_cast<size_t>(problem.parameter)],
+            throw Failure{arguments.places[static_cast<size_t>(problem.parameter)].begin,
                           problem.message};
         return stage.values;
     }
 
     const std::string &_text;
     size_t _position{0};
+    size_t _end{0}; /**< of what was taken last, without the blanks behind it */
 };
 
 /** Counts characters: what follows the first byte of one in UTF-8 counts nothing. */
@@ -301,7 +307,10 @@ bool parseFilterDefinition(const std::string &text, FilterDefinition &definition
 {
     FilterError result;
     try {
-        definition = Parser(text).parse();
+        FilterDefinition read;
+        for (FilterPlace &place : Parser(text).parse())
+            read.append(std::move(place.stage));
+        definition = std::move(read);
     } catch (const Failure &failure) {
         result = {columnOf(text, failure.position), failure.message};
     }
@@ -309,6 +318,51 @@ bool parseFilterDefinition(const std::string &text, FilterDefinition &definition
     if (error)
         *error = std::move(result);
     return isRight;
+}
+
+std::vector<FilterPlace> filterPlaces(const std::string &text)
+{
+    try {
+        return Parser(text).parse();
+    } catch (const Failure &) {
+        return {};
+    }
+}
+
+std::string withFilterValues(const std::string &text, size_t stage, const FilterValues &values)
+{
+    const std::vector<FilterPlace> places = filterPlaces(text);
+    if (stage >= places.size() || values.size() != places[stage].values.size())
+        return text;
+
+    const FilterPlace &place = places[stage];
+    std::map<size_t, std::pair<size_t, std::string>> changes; // by where they begin
+    std::string added;
+    bool hasValues = false;
+    for (size_t i = 0; i < values.size(); ++i) {
+        const FilterTextPart &part = place.values[i];
+        const bool isWritten = part.begin < part.end;
+        hasValues = hasValues || isWritten;
+        if (values[i] == place.stage.values[i])
+            continue;
+        if (isWritten)
+            changes[part.begin] = {part.end, numberText(values[i])};
+        else
+            added += (added.empty() ? "" : ", ") + place.stage.filter->parameters[i].name + "=" +
+                     numberText(values[i]);
+    }
+    if (!added.empty()) {
+        const bool isClosed = text[place.text.end - 1] == ')';
+        const size_t end = place.text.end - (isClosed ? 1 : 0);
+        added = hasValues ? ", " + added : added;
+        changes[end] = {end, isClosed ? added : "(" + added + ")"};
+    }
+
+    std::string result = text;
+    // Behind each change the text has moved, so the last one is the first.
+    for (auto change = changes.rbegin(); change != changes.rend(); ++change)
+        result.replace(change->first, change->second.first - change->first, change->second.second);
+    return result;
 }
 
 std::string filterProblem(const std::string &text, double samplingFrequency)

@@ -34,6 +34,34 @@ struct FilterError
 TELLARIX_CORE_API bool parseFilterDefinition(const std::string &text, FilterDefinition &definition,
                                              FilterError *error = nullptr);
 
+/** A part of a text, in bytes. */
+struct FilterTextPart
+{
+    size_t begin{0};
+    size_t end{0}; /**< behind the last byte */
+};
+
+/** A filter and where a text has it. */
+struct FilterPlace
+{
+    FilterStage stage;
+    FilterTextPart text;                /**< from the name to what closes the parameters */
+    std::vector<FilterTextPart> values; /**< the number of each parameter; empty for a default */
+};
+
+/** The stages of the definition of a text, with their places; none for a wrong text. */
+TELLARIX_CORE_API std::vector<FilterPlace> filterPlaces(const std::string &text);
+
+/**
+ * The text with other numbers for one of its filters. Everything else stays as it is written,
+ * numbers that don't change included; a default that changes is added by its name.
+ *
+ * @param stage   index of one of filterPlaces(); for any other the text stays as it is
+ * @param values  one for each parameter; they aren't checked
+ */
+TELLARIX_CORE_API std::string withFilterValues(const std::string &text, size_t stage,
+                                               const FilterValues &values);
+
 /**
  * Makes the filter that a text describes, for samples of type float or double.
  *
