@@ -67,7 +67,7 @@ const TraceExtrema &RecordRow::extremaOf(RecordSlot &slot) const
     if (extrema.known)
         return extrema;
 
-    const RecordSequence *sequence = isFiltered ? filter.records(slot) : slot.raw;
+    const RecordSequence *sequence = filter.shownRecords(slot);
     extrema = TraceExtrema();
     extrema.known = true;
     if (sequence != nullptr)

@@ -22,6 +22,7 @@ RecordSlot::~RecordSlot()
 void RecordSlot::setRaw(RecordSequence *sequence, bool own)
 {
     filtered.reset();
+    former.reset();
     job.reset();
     if (ownsRaw && raw != sequence)
         delete raw;

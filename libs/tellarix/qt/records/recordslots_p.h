@@ -37,6 +37,7 @@ struct TELLARIX_GUI_API RecordSlot
     RecordSequence *raw{nullptr};
     bool ownsRaw{false};
     std::unique_ptr<FilteredRecords> filtered;
+    std::unique_ptr<FilteredRecords> former; /**< of the filter before, while there is a job */
     std::unique_ptr<FilterJob> job; /**< makes the next filtered records in the background */
 
     std::optional<double> scale;

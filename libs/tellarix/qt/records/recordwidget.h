@@ -80,7 +80,7 @@ public:
      *  background filtering it is null until it was made, may lag behind the raw one for a while,
      *  and is good until the event loop runs again. */
     RecordSequence *filteredRecords(int slot) const;
-    /** The filtered sequence if filtering is on and there is one, otherwise the raw one. */
+    /** The filtered sequence if filtering is on and one can be shown, otherwise the raw one. */
     RecordSequence *displayedRecords(int slot) const;
     bool ownsRecords(int slot) const; /**< true if the widget deletes the raw sequence */
     void clearRecords();
@@ -107,10 +107,10 @@ public:
     void setFilter(const Filter *filter); /**< of all slots; keeps a clone; null removes it */
     const Filter *filter() const;
     bool isFilteringEnabled() const;
-    /** Filters sequences in threads of their own instead of at once; off at the start. Until the
-     *  filtered records of a slot are there, displayedRecords() are the raw ones, whose trace is
-     *  drawn pale. Records that are fed meanwhile are not lost. Another filter cancels what is
-     *  under way. Filters have to be such that clones can run in several threads. */
+    /** Filters sequences in threads of their own instead of at once; off at the start. Until its
+     *  filtered records are there a slot shows those of the filter before, or if there are none the
+     *  raw ones, palely. Records that are fed meanwhile are not lost. Another filter cancels what
+     *  is under way. Filters have to be such that clones can run in several threads. */
     void setBackgroundFiltering(bool enable);
     bool isBackgroundFilteringEnabled() const;
     bool isFilteringInProgress() const; /**< in the background, for any slot */

@@ -5,6 +5,7 @@
 #include <tellarix/core/records/record.h>
 #include <tellarix/core/records/recordsequence.h>
 #include <tellarix/qt/records/pacedupdate_p.h>
+#include <tellarix/qt/records/filteredrecords_p.h>
 #include <tellarix/qt/records/recordrow_p.h>
 
 #include <QPointer>
@@ -68,7 +69,8 @@ void RecordWidget::showOtherRecords(bool areOthersShown)
     if (areOthersShown) {
         _row->forgetExtrema();
         for (int i = 0; i < slotCount(); ++i) {
-            if (records(i) != nullptr)
+            // A slot that goes on with those of the filter before shows what it did.
+            if (records(i) != nullptr && _row->items.at(i)->former == nullptr)
                 notifyRecords(i);
         }
         updateAll();

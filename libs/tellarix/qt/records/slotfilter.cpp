@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <utility>
+#include <vector>
 
 namespace Tellarix {
 namespace Gui {
@@ -27,10 +28,22 @@ SlotFilter::~SlotFilter() = default;
 
 void SlotFilter::setFilter(const Filter *filter)
 {
-    for (int i = 0; i < _slots.size(); ++i)
+    std::vector<std::unique_ptr<FilteredRecords>> shown;
+    for (int i = 0; i < _slots.size(); ++i) {
+        RecordSlot &item = *_slots.at(i);
+        shown.push_back(std::move(item.filtered ? item.filtered : item.former));
         forget(i);
+    }
     _filter.reset(filter != nullptr ? filter->clone() : nullptr);
     startAll();
+    for (int i = 0; i < _slots.size(); ++i) {
+        auto &former = shown[static_cast<size_t>(i)];
+        // Raw traces between those of two filters would flicker.
+        if (_slots.at(i)->job != nullptr)
+            _slots.at(i)->former = std::move(former);
+        else
+            discard(former);
+    }
 }
 
 void SlotFilter::setEnabled(bool enable)
@@ -53,12 +66,12 @@ void SlotFilter::setInBackground(bool enable)
 bool SlotFilter::isShown(const RecordSlot &slot) const
 {
     return _isEnabled && _filter != nullptr && slot.raw != nullptr &&
-           (!_isInBackground || slot.filtered != nullptr);
+           (!_isInBackground || slot.filtered != nullptr || slot.former != nullptr);
 }
 
 bool SlotFilter::isAwaited(const RecordSlot &slot) const
 {
-    return slot.job != nullptr && slot.filtered == nullptr;
+    return slot.job != nullptr && slot.filtered == nullptr && slot.former == nullptr;
 }
 
 RecordSequence *SlotFilter::records(RecordSlot &slot) const
@@ -72,7 +85,10 @@ RecordSequence *SlotFilter::records(RecordSlot &slot) const
 
 RecordSequence *SlotFilter::shownRecords(RecordSlot &slot) const
 {
-    return isShown(slot) ? records(slot) : slot.raw;
+    if (!isShown(slot))
+        return slot.raw;
+    RecordSequence *filtered = records(slot);
+    return filtered != nullptr ? filtered : slot.former->sequence();
 }
 
 void SlotFilter::update(RecordSlot &slot) const
@@ -103,10 +119,16 @@ void SlotFilter::forget(int slot)
 {
     RecordSlot &item = *_slots.at(slot);
     cancelJob(slot);
+    discard(item.filtered);
+    discard(item.former);
+}
+
+void SlotFilter::discard(std::unique_ptr<FilteredRecords> &records) const
+{
     // Freeing the records of a day takes long enough to be felt.
     if (_isInBackground)
-        FilterJob::Discard(std::move(item.filtered));
-    item.filtered.reset();
+        FilterJob::Discard(std::move(records));
+    records.reset();
 }
 
 bool SlotFilter::needsJob(const RecordSlot &slot) const
@@ -167,8 +189,10 @@ void SlotFilter::cancelJob(int slot)
 
 void SlotFilter::cancelAll()
 {
-    for (int i = 0; i < _slots.size(); ++i)
+    for (int i = 0; i < _slots.size(); ++i) {
         cancelJob(i);
+        discard(_slots.at(i)->former);
+    }
 }
 
 bool SlotFilter::finishJob(int slot)
@@ -189,6 +213,7 @@ bool SlotFilter::finishJob(int slot)
     if (behind >= 0)
         filtered->update(*item.raw);
     FilterJob::Discard(std::exchange(item.filtered, std::move(filtered)));
+    discard(item.former);
     if (behind < 0)
         startJob(slot, makeFiltered(item));
     ++_jobsDone;

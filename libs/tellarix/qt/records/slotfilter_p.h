@@ -39,7 +39,8 @@ public:
     SlotFilter &operator=(const SlotFilter &) = delete;
 
     const Filter *filter() const { return _filter.get(); }
-    /** Keeps a clone; what was filtered by another one goes. */
+    /** Keeps a clone. What was filtered by another one is shown as long as a job has to work it out
+     *  anew. */
     void setFilter(const Filter *filter);
     bool isEnabled() const { return _isEnabled; }
     void setEnabled(bool enable);
@@ -82,6 +83,7 @@ private:
     bool isNearlyFiltered(const RecordSlot &slot) const;
     std::unique_ptr<FilteredRecords> makeFiltered(const RecordSlot &slot) const;
     void startJob(int slot, std::unique_ptr<FilteredRecords> filtered);
+    void discard(std::unique_ptr<FilteredRecords> &records) const;
     void cancelJob(int slot);
     void cancelAll();
 
