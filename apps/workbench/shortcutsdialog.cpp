@@ -146,6 +146,13 @@ QVector<ShortcutGroup> viewShortcuts()
           {tr("Shift+drag, middle drag"), tr("Select a time range")},
           {tr("Shift+click"), tr("Clear the selected time range")},
           {tr("Drag a handle"), tr("Change the selected time range")}}},
+        {tr("On the frequency axis"),
+         {{tr("Left, Right"), tr("Move the chosen corner by 5 %")},
+          {tr("Shift+Left, Shift+Right"), tr("Move the chosen corner by an octave")},
+          {tr("Tab"), tr("Choose the next corner")},
+          {tr("Esc"), tr("Go back to the rows")},
+          {tr("Click"), tr("Bring the nearest corner there")},
+          {tr("Drag"), tr("Move the nearest corner, or draw a new band")}}},
     };
 }
 

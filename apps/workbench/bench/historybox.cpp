@@ -62,12 +62,14 @@ void HistoryBox::remember(const QString &text)
 void HistoryBox::fillList()
 {
     const QString text = currentText();
+    const int cursor = lineEdit()->cursorPosition();
     clear();
     addItems(_history);
     if (!_history.isEmpty())
         insertSeparator(_history.size());
     addItems(_presets);
     setEditText(text);
+    lineEdit()->setCursorPosition(cursor);
 }
 
 void HistoryBox::setHelp(const QString &help)

@@ -21,6 +21,7 @@ namespace Workbench {
 namespace {
 
 constexpr int InputLength = 36;
+constexpr int AdjustedDelay = 1000;
 constexpr auto HistoryKey = "Workbench/filters";
 
 const QStringList &presets()
@@ -101,15 +102,33 @@ FilterBox::FilterBox(QWidget *parent)
     layout->addWidget(_switch);
     layout->addWidget(_input);
 
+    _adjusted.setSingleShot(true);
+    _adjusted.setInterval(AdjustedDelay);
+    connect(&_adjusted, SIGNAL(timeout()), this, SLOT(rememberAdjusted()));
+    connect(_input, SIGNAL(editTextChanged(QString)), this, SLOT(noteEdit()));
+    connect(_input->lineEdit(), SIGNAL(cursorPositionChanged(int, int)), this, SLOT(noteEdit()));
     connect(_input, SIGNAL(entered(QString)), this, SLOT(enter()));
     connect(_input, SIGNAL(left()), this, SIGNAL(left()));
     connect(_toggle, SIGNAL(toggled(bool)), this, SIGNAL(filterEnabled(bool)));
     connect(_edit, SIGNAL(triggered()), _input, SLOT(setFocus()));
 }
 
+void FilterBox::addTool(QAction *action)
+{
+    auto *button = new QToolButton(this);
+    button->setDefaultAction(action);
+    button->setAutoRaise(true);
+    layout()->addWidget(button);
+}
+
 QString FilterBox::text() const
 {
     return _input->currentText();
+}
+
+int FilterBox::cursorPosition() const
+{
+    return _input->lineEdit()->cursorPosition();
 }
 
 bool FilterBox::isFilterEnabled() const
@@ -121,6 +140,35 @@ void FilterBox::apply(const QString &text)
 {
     _input->setEditText(text);
     applyText();
+}
+
+void FilterBox::adjust(const QString &text, int cursorPosition)
+{
+    _isFilling = true;
+    _input->setEditText(text);
+    _input->lineEdit()->setCursorPosition(cursorPosition);
+    _isFilling = false;
+    showProblem(0, QString());
+    _applied = text.trimmed();
+    _adjusted.start();
+    emit edited();
+    emit filterAdjusted(_applied);
+    _toggle->setChecked(true);
+}
+
+void FilterBox::rememberAdjusted()
+{
+    _adjusted.stop();
+    _isFilling = true;
+    _input->remember(_applied);
+    _isFilling = false;
+}
+
+/** What comes in several steps counts once. */
+void FilterBox::noteEdit()
+{
+    if (!_isFilling)
+        emit edited();
 }
 
 void FilterBox::enter()
@@ -142,6 +190,7 @@ bool FilterBox::applyText()
     showProblem(0, QString());
     if (text != _applied) {
         _applied = text;
+        _adjusted.stop();
         _input->remember(text);
         emit filterChanged(text);
     }

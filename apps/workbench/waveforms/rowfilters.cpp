@@ -15,21 +15,21 @@
 #include <tellarix/core/records/recordsequence.h>
 #include <tellarix/qt/records/recordwidget.h>
 
-#include <set>
-
 using namespace Tellarix;
 using Norvu::Gui::Trace;
 using Norvu::Gui::TraceView;
 
 namespace Workbench {
 
-namespace {
+RowFilters::RowFilters(Bench *bench, TraceView *view) : QObject(view), _bench(bench), _view(view)
+{
+    connect(_bench->stations(), SIGNAL(changed()), this, SLOT(updateUnits()));
+}
 
-/** The different sampling frequencies of all rows in ascending order. */
-std::set<double> samplingFrequencies(const TraceView &view)
+std::set<double> RowFilters::samplingFrequencies() const
 {
     std::set<double> rates;
-    for (const Trace *row : view.items()) {
+    for (const Trace *row : _view->items()) {
         const RecordSequence *records = row->recordWidget()->records(0);
         if (records && !records->isEmpty())
             rates.insert(records->front()->samplingFrequency());
@@ -37,17 +37,10 @@ std::set<double> samplingFrequencies(const TraceView &view)
     return rates;
 }
 
-} // namespace
-
-RowFilters::RowFilters(Bench *bench, TraceView *view) : QObject(view), _bench(bench), _view(view)
-{
-    connect(_bench->stations(), SIGNAL(changed()), this, SLOT(updateUnits()));
-}
-
 QStringList RowFilters::problems() const
 {
     QStringList texts;
-    for (const double rate : samplingFrequencies(*_view)) {
+    for (const double rate : samplingFrequencies()) {
         const std::string problem = Math::Filtering::filterProblem(_filterText, rate);
         if (!problem.empty())
             texts.append(tr("Streams at %1 Hz: %2").arg(rate).arg(problem.c_str()));

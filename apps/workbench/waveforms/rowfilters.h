@@ -7,6 +7,7 @@
 #include <QObject>
 #include <QStringList>
 
+#include <set>
 #include <string>
 
 namespace Norvu {
@@ -37,6 +38,8 @@ public:
     QStringList setFilter(const QString &text);
     /** Does so for one row, which has data. */
     void fit(Norvu::Gui::Trace *row);
+    /** The different sampling frequencies of all rows. */
+    std::set<double> samplingFrequencies() const;
 
 public slots:
     /** To be called when filtering goes on or off. */

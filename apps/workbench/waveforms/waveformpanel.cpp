@@ -6,6 +6,8 @@
 #include "bench/task.h"
 #include "exportactions.h"
 #include "filterbox.h"
+#include "filtertuning.h"
+#include "frequencyaxis.h"
 #include "measuring.h"
 #include "navigation.h"
 #include "overviewaxes.h"
@@ -113,7 +115,14 @@ void WaveformPanel::createFilterBar()
     _filterBar->setObjectName("filter");
     _filterBar->addWidget(_filterBox);
 
+    _tuning = new FilterTuning(_filterBox, _waveforms->filters(), _waveforms->view(), this);
+    _filterBox->addTool(_tuning->axisAction());
+    static_cast<QVBoxLayout *>(layout())->insertWidget(0, _tuning->axis());
+    _remembered.insert("frequencyAxis", _tuning->axisAction());
+
     connect(_filterBox, SIGNAL(filterChanged(QString)), this, SLOT(setFilter(QString)));
+    connect(_tuning, SIGNAL(filterWanted(QString)), this, SLOT(adjustFilter(QString)));
+    connect(_tuning, SIGNAL(left()), _waveforms->view(), SLOT(setFocus()));
     connect(_filterBox, SIGNAL(filterEnabled(bool)), _waveforms->view(),
             SLOT(setFilterEnabled(bool)));
     connect(_filterBox, SIGNAL(filterEnabled(bool)), _waveforms->filters(), SLOT(update()));
@@ -191,6 +200,8 @@ void WaveformPanel::createTraceMenu()
     _traceMenu = new QMenu(tr("&Traces"), this);
     _traceMenu->addAction(_filterBox->toggleAction());
     _traceMenu->addAction(_filterBox->editAction());
+    _traceMenu->addAction(_tuning->axisAction());
+    _traceMenu->addActions(_tuning->cornerActions());
     _traceMenu->addSeparator();
     // The view's tool bar, and those of its actions that stand in no menu yet.
     if (const auto *bar = view->findChild<QToolBar *>())
@@ -288,6 +299,12 @@ void WaveformPanel::updateRangeLabel()
 void WaveformPanel::setFilter(const QString &text)
 {
     bench()->tell(_waveforms->filters()->setFilter(text));
+}
+
+/** Rows and box tell what doesn't fit; messages would be many. */
+void WaveformPanel::adjustFilter(const QString &text)
+{
+    _waveforms->filters()->setFilter(text);
 }
 
 void WaveformPanel::showFilteringProgress(int done, int total)

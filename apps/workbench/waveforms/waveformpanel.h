@@ -19,6 +19,7 @@ namespace Workbench {
 
 class ExportActions;
 class FilterBox;
+class FilterTuning;
 class OverviewMenu;
 class Task;
 class Waveforms;
@@ -49,6 +50,7 @@ public:
 
 private slots:
     void setFilter(const QString &text);
+    void adjustFilter(const QString &text);
     void showFilteringProgress(int done, int total);
     void showMeasurement(const QString &text);
     void showPointer(const QString &text);
@@ -71,6 +73,7 @@ private:
     QHash<QString, QAction *> _remembered; /**< toggles by their names in settings */
     QToolBar *_filterBar{nullptr};
     FilterBox *_filterBox{nullptr};
+    FilterTuning *_tuning{nullptr};
     QMenu *_traceMenu{nullptr};
     OverviewMenu *_overviewMenu{nullptr};
     Norvu::Gui::MultiTraceWidget *_overview{nullptr};
