@@ -212,6 +212,23 @@ private:
     }
 
 private slots:
+    void keepsTheLastStretch()
+    {
+        RingBuffer ring(Core::TimeSpan(100.0));
+        QCOMPARE(takenBy(ring, {{0, 50, 1}, {50, 50, 1}, {100, 50, 1}, {150, 50, 1}}),
+                 std::string("++++"));
+        QCOMPARE(ring.size(), 3); // one of them by its last sample
+        QCOMPARE(takenBy(ring, {{20, 10, 1}, {500, 10, 1}, {150, 50, 1}}), std::string("-+-"));
+        QCOMPARE(ring.size(), 1);
+
+        QCOMPARE(takenBy(ring, {{450, 50, 1}}), std::string("+"));
+        ring.setLength(Core::TimeSpan(5.0));
+        QCOMPARE(ring.size(), 1);
+        const std::unique_ptr<RecordSequence> clone(ring.clone());
+        QCOMPARE(takenBy(*clone, {{0, 10, 1}, {100, 10, 1}}), std::string("++"));
+        QCOMPARE(clone->size(), 1);
+    }
+
     void keepsWhatIsNew()
     {
         const struct
