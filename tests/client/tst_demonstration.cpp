@@ -16,6 +16,7 @@
 
 #include <cmath>
 #include <map>
+#include <thread>
 
 using namespace Tellarix;
 using Client::DemoArrival;
@@ -98,6 +99,32 @@ private slots:
         QString error;
         QVERIFY2(Client::writeDemonstration(_folder.path(), &error), qPrintable(error));
         _stations = Client::demonstrationStations();
+    }
+
+    void comesInLive()
+    {
+        const IO::RecordStreamPtr stream =
+            IO::RecordStream::Create("demonstration://live#streams=*.*.*.HHZ&from=-1min");
+        QVERIFY(stream && stream->isLive() && stream->open());
+        const Core::Time now = Core::Time::GMT();
+        std::map<std::string, Core::Time> ends;
+        for (int i = 0; i < 150; ++i) {
+            const RecordPtr record = stream->next();
+            Core::Time &end = ends[record->streamID()];
+            QVERIFY(!end.valid() || record->startTime() == end);
+            end = record->endTime();
+            QVERIFY(end <= now && end > now - Core::TimeSpan(70.0));
+        }
+        QCOMPARE(ends.size(), size_t(_stations.size() - 1)); // one has fallen silent
+        std::thread closer([&stream] { stream->close(); });
+        while (stream->next())
+            ;
+        closer.join();
+
+        const IO::RecordStreamPtr past =
+            IO::RecordStream::Create("demonstration://live#from=-2min&to=-1min");
+        QVERIFY(past && !past->isLive());
+        QVERIFY(!IO::RecordStream::Create("demonstration://dead"));
     }
 
     void travelTimesFollowCrustAndMantle()

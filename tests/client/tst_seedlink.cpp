@@ -146,6 +146,22 @@ class TestSeedLink : public QObject
     Q_OBJECT
 
 private slots:
+    void tellsWhatGoesOn()
+    {
+        const std::pair<const char *, bool> rows[] = {
+            {"", true},
+            {"#streams=XX.*.*.*&from=-6h", true},
+            {"#from=-6h&to=+1h", true},
+            {"#from=-6h&to=-1h", false},
+            {"?fetch=yes", false},
+        };
+        for (const auto &[text, isLive] : rows) {
+            const IO::RecordStreamPtr stream =
+                IO::RecordStream::Create(std::string("seedlink://127.0.0.1:1") + text);
+            QVERIFY2(stream && stream->isLive() == isLive, text);
+        }
+    }
+
     void takesRepliesInPieces()
     {
         using Kind = SeedLinkReply::Kind;

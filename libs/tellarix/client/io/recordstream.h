@@ -74,6 +74,9 @@ public:
     /** Limits what is delivered to records that overlap @p window; either end may be unset. */
     virtual bool setTimeWindow(const Core::TimeWindow &window);
 
+    /** True if it goes on with what comes in from now on: next() then waits instead of ending.
+     * Asked once streams and window are set. */
+    virtual bool isLive() const { return false; }
     /** Opens the source; false with an errorString() if it can't be read at all. */
     virtual bool open() = 0;
     /** The next record; null at the end, after close() and when the source broke for good. */

@@ -73,6 +73,15 @@ bool SeedLinkStream::addStream(const std::string &network, const std::string &st
     return RecordStream::addStream(network, station, location, channel, window);
 }
 
+bool SeedLinkStream::isLive() const
+{
+    const std::vector<SeedLinkBlock> blocks = blocksOf(nullptr);
+    const Core::Time now = Core::Time::GMT();
+    return !_address.fetch && std::any_of(blocks.begin(), blocks.end(), [&](const auto &block) {
+        return !block.window.endTime().valid() || block.window.endTime() > now;
+    });
+}
+
 bool SeedLinkStream::open()
 {
     // A close() that came before was meant for this one, unless there was another to close.

@@ -45,6 +45,8 @@ public:
     bool addStream(const std::string &network, const std::string &station,
                    const std::string &location, const std::string &channel,
                    const Core::TimeWindow &window = Core::TimeWindow()) override;
+    /** True if any window has no end, or one that is still to come. */
+    bool isLive() const override;
     /** Connects and asks for the streams; fails if the server can't be reached or takes none of
      *  the requests. */
     bool open() override;
