@@ -81,6 +81,8 @@ public:
     /** Sets the label and drops a description. */
     void setLabel(const QString &label);
     const QString &label() const { return _label; }
+    /** Draws the label as that of something that isn't in use. */
+    void setLabelPale(bool pale);
     /** Shows a text behind the label until the next setLabel(); both may hold rich text. */
     void setDescription(const QString &description);
     /** The rich text that the header shows. */

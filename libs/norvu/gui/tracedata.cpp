@@ -28,6 +28,11 @@ void Trace::setLabel(const QString &label)
     _labelWidget->setText(boldLabel(_label));
 }
 
+void Trace::setLabelPale(bool pale)
+{
+    _labelWidget->setEnabled(!pale);
+}
+
 void Trace::setDescription(const QString &description)
 {
     if (_label.isEmpty())

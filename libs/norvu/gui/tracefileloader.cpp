@@ -10,8 +10,6 @@
 #include <tellarix/qt/records/recordstreamthread.h>
 #include <tellarix/qt/records/recordwidget.h>
 
-#include <memory>
-
 namespace Norvu {
 namespace Gui {
 
@@ -56,6 +54,11 @@ Trace *TraceFileLoader::makeRow(const QString &label) const
     return new Trace(label, Qt::black);
 }
 
+std::unique_ptr<Tellarix::RecordSequence> TraceFileLoader::makeRecords() const
+{
+    return std::make_unique<Tellarix::RingBuffer>(-1, 0.5);
+}
+
 Trace *TraceFileLoader::addRowFor(const Tellarix::Record &record)
 {
     const QString codes[] = {record.networkCode().c_str(), record.stationCode().c_str(),
@@ -68,7 +71,7 @@ Trace *TraceFileLoader::addRowFor(const Tellarix::Record &record)
         return nullptr;
     _view->bindItem(record.streamID(), row, _targetSlot);
 
-    auto records = std::make_unique<Tellarix::RingBuffer>(-1, 0.5);
+    std::unique_ptr<Tellarix::RecordSequence> records = makeRecords();
     if (row->recordWidget()->setRecords(_targetSlot, records.get(), true))
         records.release();
     else

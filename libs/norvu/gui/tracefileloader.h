@@ -6,7 +6,12 @@
 
 #include <tellarix/core/timewindow.h>
 
+#include <memory>
 #include <string>
+
+namespace Tellarix {
+class RecordSequence;
+} // namespace Tellarix
 
 namespace Norvu {
 namespace Gui {
@@ -31,6 +36,8 @@ protected:
     void receivedRecord(Tellarix::Record *record) override;
     /** A row for a new stream, which the view takes over. */
     virtual Trace *makeRow(const QString &label) const;
+    /** The sequence of a new row, which keeps all records unless it is overridden. */
+    virtual std::unique_ptr<Tellarix::RecordSequence> makeRecords() const;
 
     /** A loader that makes rows for the streams of another source than a file; takes over
      *  @p stream. */
