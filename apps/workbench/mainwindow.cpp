@@ -330,6 +330,16 @@ bool MainWindow::open(const QStringList &sources)
     return haveAll(tr("it can't open its sources"), openShare) && ok;
 }
 
+bool MainWindow::openRemembered()
+{
+    bool isAnyOpen = false;
+    for (const PanelParts &parts : _panels.parts()) {
+        _panels.call(parts.panel, tr("it can't open what it has remembered"),
+                     [&] { isAnyOpen = parts.panel->openRemembered() || isAnyOpen; });
+    }
+    return isAnyOpen;
+}
+
 bool MainWindow::openDemonstration()
 {
     addDemonstrationStations(_bench.stations());

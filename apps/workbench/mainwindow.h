@@ -37,6 +37,9 @@ public:
      */
     bool open(const QStringList &sources);
 
+    /** Opens what the last session was asked to open again; false if that was nothing. */
+    bool openRemembered();
+
     /** A picture of each panel, at the size of the window. */
     QVector<PanelPicture> snapshots();
 

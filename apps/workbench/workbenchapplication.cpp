@@ -151,7 +151,9 @@ bool WorkbenchApplication::open(MainWindow &window)
     const QString stream = QString::fromStdString(recordStreamURL());
     if (sources.isEmpty() && !stream.isEmpty())
         sources.append(stream);
-    return sources.isEmpty() ? window.openDemonstration() : window.open(sources);
+    if (!sources.isEmpty())
+        return window.open(sources);
+    return (!isSnapshot() && window.openRemembered()) || window.openDemonstration();
 }
 
 bool WorkbenchApplication::openAndWait(MainWindow &window)

@@ -8,6 +8,7 @@
 #include "selection.h"
 #include "shownevents.h"
 #include "stations.h"
+#include "streamstates.h"
 #include "task.h"
 #include "tracerows.h"
 
@@ -15,8 +16,9 @@ namespace Workbench {
 
 Bench::Bench(QObject *parent)
     : QObject(parent), _selection(new Selection(this)), _shownEvents(new ShownEvents(this)),
-      _stations(new Stations(this)), _tasks(new Tasks(this)), _jobs(new Jobs(this)),
-      _rows(new TraceRows(this)), _mapView(new MapView(this)), _replay(new Replay(this))
+      _stations(new Stations(this)), _streamStates(new StreamStates(this)), _tasks(new Tasks(this)),
+      _jobs(new Jobs(this)), _rows(new TraceRows(this)), _mapView(new MapView(this)),
+      _replay(new Replay(this))
 {}
 
 void Bench::tell(const QStringList &problems)

@@ -15,6 +15,7 @@ class Replay;
 class Selection;
 class ShownEvents;
 class Stations;
+class StreamStates;
 class Tasks;
 class TraceRows;
 
@@ -32,6 +33,8 @@ public:
     ShownEvents *shownEvents() const { return _shownEvents; }
     /** What is known of stations: places, channels, gains. */
     Stations *stations() const { return _stations; }
+    /** Delays of the streams that come in live. */
+    StreamStates *streamStates() const { return _streamStates; }
     /** Work in the background, which the status bar shows. */
     Tasks *tasks() const { return _tasks; }
     /** Programs that run beside the workbench. */
@@ -61,6 +64,7 @@ private:
     Selection *_selection;
     ShownEvents *_shownEvents;
     Stations *_stations;
+    StreamStates *_streamStates;
     Tasks *_tasks;
     Jobs *_jobs;
     TraceRows *_rows;

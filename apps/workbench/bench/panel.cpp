@@ -67,6 +67,11 @@ bool Panel::openDemonstration(const QString &)
     return true;
 }
 
+bool Panel::openRemembered()
+{
+    return false;
+}
+
 void Panel::closeAll()
 {}
 

@@ -126,6 +126,9 @@ public:
     /** Opens its part of the demonstration likewise, which is made in @p folder if need be. The
      *  demonstration's event and stations are known already. */
     virtual bool openDemonstration(const QString &folder);
+    /** Opens again what the session was asked to open at the start, when nothing else is.
+     *  @return false if it was asked for nothing */
+    virtual bool openRemembered();
     /** Lets go of everything that was opened, or is being opened. */
     virtual void closeAll();
 

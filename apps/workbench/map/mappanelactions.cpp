@@ -122,13 +122,17 @@ void MapPanel::createMenu()
     addSwitch("eventLabels", tr("Labels of e&vents"), true, _events, SLOT(setLabelsShown(bool)));
     addSwitch("stations", tr("&Stations"), true, _stations, SLOT(setShown(bool)));
     addSwitch("codes", tr("&Codes of stations"), true, _stations, SLOT(setCodes(bool)));
+    addSwitch("delays", tr("Colour stations by dela&y"), false, _stations,
+              SLOT(setColoredByDelay(bool)));
     addSwitch("shadows", tr("Sha&dows of stations"), true, _stations, SLOT(setShadows(bool)));
     _menu->addSeparator();
     addSwitch("borders", tr("&Borders"), true, this, SLOT(updateBackground()));
     addSwitch("rivers", tr("Ri&vers"), true, this, SLOT(updateBackground()));
     addSwitch("towns", tr("&Towns"), true, this, SLOT(updateBackground()));
     addSwitch("graticule", tr("&Graticule"), true, this, SLOT(updateBackground()));
-    addSwitch("legends", tr("&Legends"), true, _events->layer(), SLOT(setLegendsShown(bool)));
+    QAction *legends =
+        addSwitch("legends", tr("&Legends"), true, _events->layer(), SLOT(setLegendsShown(bool)));
+    connect(legends, SIGNAL(toggled(bool)), _stations, SLOT(setLegendsShown(bool)));
     addSwitch("mercator", tr("Me&rcator projection"), false, this, SLOT(setMercator(bool)));
     _menu->addSeparator();
     _menu->addAction(tr("Export &picture of the map…"), this, SLOT(askForPicture()));

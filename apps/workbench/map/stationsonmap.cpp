@@ -5,6 +5,7 @@
 #include "bench/bench.h"
 #include "bench/selection.h"
 #include "bench/stations.h"
+#include "bench/streamstates.h"
 #include "bench/tracerows.h"
 #include "stationmark.h"
 
@@ -32,6 +33,15 @@ namespace {
 
 constexpr int StateInterval = 500; // ms
 
+/** A station is late until its last sample is so many times as old as one that is stale may be. */
+constexpr double LateSpans = 10;
+
+/** "NET.STA" of "NET.STA.LOC.CHA". */
+QString stationOfStream(const std::string &id)
+{
+    return QString::fromStdString(id).section('.', 0, 1);
+}
+
 bool hasData(const Trace &row)
 {
     const RecordSequence *records = row.recordWidget()->records(0);
@@ -41,8 +51,11 @@ bool hasData(const Trace &row)
 } // namespace
 
 StationsOnMap::StationsOnMap(Bench *bench, Norvu::Gui::Annotations *annotations, QObject *parent)
-    : QObject(parent), _bench(bench), _annotations(annotations), _layer(new SymbolLayer(this))
+    : QObject(parent), _bench(bench), _annotations(annotations), _layer(new SymbolLayer(this)),
+      _legend(new DelayLegend(_layer))
 {
+    _legend->setEnabled(false);
+    _layer->addLegend(_legend);
     _layer->setName(tr("Stations"));
     connect(_bench->stations(), SIGNAL(changed()), this, SLOT(rebuild()));
     connect(_bench->selection(), SIGNAL(stationsChanged()), this, SLOT(followSelection()));
@@ -110,6 +123,10 @@ void StationsOnMap::updateStates()
     if (_marks.isEmpty() || !_layer->isVisible())
         return;
 
+    if (_byDelay) {
+        updateDelays();
+        return;
+    }
     const QHash<QString, State> states = statesOfRows();
     if (states == _states && !_states.isEmpty())
         return;
@@ -118,6 +135,31 @@ void StationsOnMap::updateStates()
     for (StationMark *mark : qAsConst(_marks))
         mark->setFill(colorOf(states.value(mark->station(), State::NoRow)));
     emit _layer->updateRequested({});
+}
+
+void StationsOnMap::updateDelays()
+{
+    const StreamStates &states = *_bench->streamStates();
+    const Core::Time now = states.now();
+    _delays.clear();
+    for (const auto &[id, state] : states.all()) {
+        Delay &least = _delays[stationOfStream(id)];
+        const double seconds = delayOf(state, now);
+        if (least.grade != DelayGrade::Never && least.seconds <= seconds)
+            continue;
+        least.seconds = seconds;
+        least.grade = !isStale(state, now)                      ? DelayGrade::Fresh
+                      : seconds < LateSpans * staleAfter(state) ? DelayGrade::Late
+                                                                : DelayGrade::Stale;
+    }
+    bool hasChanged = false;
+    for (StationMark *mark : qAsConst(_marks)) {
+        const QColor color = Workbench::colorOf(_delays.value(mark->station()).grade);
+        hasChanged = hasChanged || mark->fill() != color;
+        mark->setFill(color);
+    }
+    if (hasChanged)
+        emit _layer->updateRequested({});
 }
 
 QColor StationsOnMap::colorOf(State state)
@@ -155,8 +197,17 @@ QString StationsOnMap::hoveredText() const
 {
     if (!_hovered)
         return QString();
-    return QString("%1, %2").arg(_hovered->station(),
-                                 textOf(_states.value(_hovered->station(), State::NoRow)));
+    return QString("%1, %2").arg(_hovered->station(), stateText(_hovered->station()));
+}
+
+QString StationsOnMap::stateText(const QString &station) const
+{
+    if (!_byDelay)
+        return textOf(_states.value(station, State::NoRow));
+    const Delay delay = _delays.value(station);
+    return delay.grade == DelayGrade::Never
+               ? tr("nothing has come in live")
+               : tr("last sample %1 ago").arg(delayText(delay.seconds));
 }
 
 void StationsOnMap::hover(Symbol *symbol)
@@ -201,6 +252,21 @@ void StationsOnMap::setShown(bool shown)
 void StationsOnMap::setShadows(bool shown)
 {
     _layer->setShadows(shown);
+}
+
+void StationsOnMap::setColoredByDelay(bool on)
+{
+    if (on == _byDelay)
+        return;
+    _byDelay = on;
+    _legend->setEnabled(on);
+    _states.clear();
+    updateStates();
+}
+
+void StationsOnMap::setLegendsShown(bool shown)
+{
+    _legend->setVisible(shown);
 }
 
 void StationsOnMap::setCodes(bool shown)

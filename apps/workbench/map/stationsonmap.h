@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include "delaylegend.h"
+
 #include <QColor>
 #include <QHash>
 #include <QObject>
@@ -24,7 +26,8 @@ class StationMark;
 
 /**
  * Stations on a map: where they stand, their codes, and by colour whether there are data of them in
- * the rows. Chosen stations are those of all panels; a click chooses one, with Ctrl one more.
+ * the rows, or how late they are. Chosen stations are those of all panels; a click chooses one,
+ * with Ctrl one more.
  */
 class StationsOnMap : public QObject
 {
@@ -44,6 +47,9 @@ public slots:
     void setShown(bool shown);
     void setShadows(bool shown);
     void setCodes(bool shown);
+    /** Colours stations by the delay of what comes in live from them. */
+    void setColoredByDelay(bool on);
+    void setLegendsShown(bool shown);
 
 signals:
     void hoveredChanged();
@@ -64,7 +70,16 @@ private:
         Missing
     };
 
+    /** Of the stream of a station that is the least late. */
+    struct Delay
+    {
+        DelayGrade grade{DelayGrade::Never};
+        double seconds{0};
+    };
+
     QHash<QString, State> statesOfRows() const;
+    void updateDelays();
+    QString stateText(const QString &station) const;
     static QColor colorOf(State state);
     static QString textOf(State state);
 
@@ -73,6 +88,9 @@ private:
     Norvu::Gui::Map::SymbolLayer *_layer;
     QHash<QString, StationMark *> _marks; /**< by "NET.STA", owned by the layer */
     QHash<QString, State> _states;
+    QHash<QString, Delay> _delays;
+    DelayLegend *_legend;
+    bool _byDelay{false};
     const StationMark *_hovered{nullptr};
     QTimer _stateTimer;
     bool _codes{true};

@@ -35,6 +35,17 @@ QVector<Core::TimeWindow> recordWindows(const Gui::RecordWidget &widget)
     return windows;
 }
 
+/** From the first to the last sample that a row holds. */
+Core::TimeWindow heldWindow(const Gui::RecordWidget &widget)
+{
+    Core::TimeWindow held;
+    for (int slot = 0; slot < widget.slotCount(); ++slot) {
+        if (widget.records(slot) && !widget.records(slot)->isEmpty())
+            held = held.united(widget.records(slot)->timeWindow());
+    }
+    return held;
+}
+
 /** Whether any of some disjoint, ascending windows overlaps @p window. */
 bool overlapsAny(const QVector<Core::TimeWindow> &windows, const Core::TimeWindow &window)
 {
@@ -53,8 +64,27 @@ void Coverage::collect(const TraceView &view)
         const auto windows =
             mergedWindows(recordWindows(*row->recordWidget()), Core::TimeSpan(ShortestGap));
         _rows.insert(row, windows);
-        _windows += windows;
     }
+    summarize();
+}
+
+void Coverage::add(const Trace *row, const QVector<Core::TimeWindow> &windows)
+{
+    QVector<Core::TimeWindow> all =
+        mergedWindows(_rows.value(row) + windows, Core::TimeSpan(ShortestGap));
+    const Core::TimeWindow held = heldWindow(*row->recordWidget());
+    while (!all.isEmpty() && all.first().endTime() <= held.startTime())
+        all.removeFirst();
+    if (!all.isEmpty())
+        all.first() = all.first().overlap(held);
+    _rows.insert(row, all);
+}
+
+void Coverage::summarize()
+{
+    _windows.clear();
+    for (const auto &windows : qAsConst(_rows))
+        _windows += windows;
     _stretches = dataStretches(_windows);
     _windows = mergedWindows(_windows, Core::TimeSpan());
 }

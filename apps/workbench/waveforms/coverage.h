@@ -23,6 +23,11 @@ public:
     /** Looks at all records of the view. */
     void collect(const Norvu::Gui::TraceView &view);
     void clear();
+    /** Adds windows of records that have come into a row since, and forgets what the row no longer
+     *  holds; summarize() follows. */
+    void add(const Norvu::Gui::Trace *row, const QVector<Tellarix::Core::TimeWindow> &windows);
+    /** Works out windows() and stretches() of all rows. */
+    void summarize();
 
     /** False for rows that came later. */
     bool knows(const Norvu::Gui::Trace *row) const { return _rows.contains(row); }

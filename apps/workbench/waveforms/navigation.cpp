@@ -74,7 +74,8 @@ void Navigation::showRange(double lower, double upper)
 
 void Navigation::showWindow(const Core::TimeWindow &window)
 {
-    const Core::TimeWindow extent = _coverage->extent();
+    const Core::TimeWindow covered = _coverage->extent();
+    const Core::TimeWindow extent = _awaited ? covered.united(_awaited()) : covered;
     _view->setVisibleTimeWindow(limitedZoom(window, _view->visibleTimeWindow(),
                                             extent.isEmpty() ? extent : withMargins(extent)));
 }

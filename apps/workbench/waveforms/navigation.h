@@ -7,6 +7,10 @@
 #include <QObject>
 #include <QString>
 
+#include <QString>
+#include <functional>
+#include <utility>
+
 namespace Norvu {
 namespace Gui {
 class TraceView;
@@ -32,6 +36,11 @@ public:
                RowVisibility *visibility);
 
     ViewHistory *history() const { return _history; }
+    /** Sets what tells where data are awaited, if anywhere; zooming out ends there too. */
+    void setAwaitedWindow(std::function<Tellarix::Core::TimeWindow()> awaited)
+    {
+        _awaited = std::move(awaited);
+    }
 
 public slots:
     void showAllData();
@@ -63,6 +72,7 @@ private:
     const Coverage *_coverage;
     RowVisibility *_visibility;
     ViewHistory *_history;
+    std::function<Tellarix::Core::TimeWindow()> _awaited;
 };
 
 } // namespace Workbench

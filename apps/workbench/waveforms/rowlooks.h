@@ -43,6 +43,7 @@ public:
      *  chosen, once there are many rows. */
     bool isCompact() const { return _compact; }
     bool isCompactChosen() const { return _isCompactChosen; }
+    RowNames *names() const { return _names; }
     /** Makes rows compact if there are many, unless the user has chosen. */
     void followCount();
 

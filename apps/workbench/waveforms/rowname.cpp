@@ -32,10 +32,30 @@ void RowName::setText(const QString &text)
     update();
 }
 
+void RowName::setDelay(const QString &delay, bool isPale)
+{
+    if (delay == _delay && isPale == _pale)
+        return;
+
+    // Each second: only what has changed.
+    const QRect delayRect(width() - Margin - delayWidth(), 0, delayWidth() + Margin, height());
+    const bool isSame = delay.isEmpty() == _delay.isEmpty() && isPale == _pale;
+    _delay = delay;
+    _pale = isPale;
+    update(isSame ? delayRect : rect());
+}
+
+/** The same for all texts, so that names stand still. */
+int RowName::delayWidth() const
+{
+    return _delay.isEmpty() ? 0 : fontMetrics().horizontalAdvance(tr("88 min")) + 2 * Margin;
+}
+
 QSize RowName::sizeHint() const
 {
     const int width = fontMetrics().horizontalAdvance(_text);
-    return {std::min(width, MostCharacters * fontMetrics().averageCharWidth()) + 2 * Margin,
+    return {std::min(width, MostCharacters * fontMetrics().averageCharWidth()) + delayWidth() +
+                2 * Margin,
             fontMetrics().height()};
 }
 
@@ -49,8 +69,11 @@ bool RowName::eventFilter(QObject *watched, QEvent *event)
 void RowName::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
-    const QRect room = rect().adjusted(Margin, 0, -Margin, 0);
-    painter.setPen(palette().color(parentWidget()->foregroundRole()));
+    const QRect all = rect().adjusted(Margin, 0, -Margin, 0);
+    const QRect room = all.adjusted(0, 0, -delayWidth(), 0);
+    const QPalette::ColorGroup group = _pale ? QPalette::Disabled : QPalette::Active;
+    painter.setPen(palette().color(group, parentWidget()->foregroundRole()));
+    painter.drawText(all, Qt::AlignRight | Qt::AlignVCenter, _delay);
     painter.drawText(room, Qt::AlignLeft | Qt::AlignVCenter,
                      fontMetrics().elidedText(_text, Qt::ElideRight, room.width()));
 }

@@ -18,6 +18,9 @@ public:
     const QString &text() const { return _text; }
     void setText(const QString &text);
 
+    /** A text at the right end, empty for none. */
+    void setDelay(const QString &delay, bool isPale);
+
     QSize sizeHint() const override;
 
 protected:
@@ -25,7 +28,11 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
+    int delayWidth() const;
+
     QString _text;
+    QString _delay;
+    bool _pale{false};
 };
 
 } // namespace Workbench

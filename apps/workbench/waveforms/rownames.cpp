@@ -65,6 +65,17 @@ void RowNames::setName(Trace *row, const QString &name)
     _timer.start();
 }
 
+void RowNames::setDelay(Trace *row, const QString &delay, bool isPale)
+{
+    RowName *widget = nameOf(row);
+    if (!widget)
+        return;
+    const int width = widget->sizeHint().width();
+    widget->setDelay(delay, isPale);
+    if (widget->sizeHint().width() != width)
+        _timer.start();
+}
+
 void RowNames::updateWidth()
 {
     _timer.stop();

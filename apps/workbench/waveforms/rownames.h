@@ -32,6 +32,10 @@ public:
      *  as the names need it for a negative width. */
     void setForeignWidth(int pixels);
 
+    /** How late its last sample is, beside the name; empty for nothing. A pale name tells that it
+     * is too late. */
+    void setDelay(Norvu::Gui::Trace *row, const QString &delay, bool isPale);
+
 private slots:
     void updateWidth();
 

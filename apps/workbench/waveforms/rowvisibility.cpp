@@ -123,6 +123,14 @@ void RowVisibility::hide(const QList<Trace *> &rows)
     update();
 }
 
+void RowVisibility::keep(const QSet<const Trace *> &rows)
+{
+    if (rows == _kept)
+        return;
+    _kept = rows;
+    updateSoon();
+}
+
 void RowVisibility::showAll()
 {
     _hidden.clear();
@@ -148,6 +156,8 @@ void RowVisibility::update()
     QSet<Trace *> hidden = _hidden;
     const bool hidesEmpty = _hideEmpty->isChecked() && _coverage->hasData(visible);
     for (Trace *row : rows) {
+        if (_kept.contains(row))
+            continue;
         if (hidesEmpty && _coverage->knows(row) && !_coverage->hasData(row, visible))
             hidden.insert(row);
         else if (_hideEmpty->isChecked() && !hidesEmpty && _empty.contains(row))

@@ -54,6 +54,9 @@ public:
     /** To be watched for a button that is down while the view is being moved. */
     void watch(QWidget *widget);
 
+    /** Rows that are shown without data too: those that wait for them. */
+    void keep(const QSet<const Norvu::Gui::Trace *> &rows);
+
 public slots:
     /** To be called when rows have other data. */
     void update();
@@ -85,6 +88,7 @@ private:
     QMenu *_hiddenMenu;
     QPointer<QToolButton> _notice;
     QTimer _timer;
+    QSet<const Norvu::Gui::Trace *> _kept;
     QSet<Norvu::Gui::Trace *> _hidden; /**< by the user; some may be gone */
     QSet<Norvu::Gui::Trace *> _empty;  /**< hidden since they have no data here */
     bool _isDragged{false};

@@ -47,7 +47,7 @@ ViewHistory::ViewHistory(Norvu::Gui::TraceView *view)
 
 void ViewHistory::wait()
 {
-    if (_view->count() == 0)
+    if (_view->count() == 0 || _isPaused)
         return;
     _rest.start();
     updateActions();

@@ -31,6 +31,9 @@ public:
     QAction *backAction() const { return _back; }
     QAction *forwardAction() const { return _forward; }
 
+    /** Windows that go along with the present by themselves are no places to come back to. */
+    void setPaused(bool paused) { _isPaused = paused; }
+
 public slots:
     /** Keeps the window that is shown now, before the view leaps elsewhere. */
     void keep();
@@ -51,6 +54,7 @@ private:
     QTimer _rest;
     QVector<Tellarix::Core::TimeWindow> _windows;
     int _current{-1};
+    bool _isPaused{false};
 };
 
 /** Whether @p now is another view than @p before, rather than the same one in a window whose width

@@ -3,11 +3,15 @@
 #include "waveformpanel.h"
 
 #include "bench/bench.h"
+#include "bench/streamstates.h"
 #include "bench/task.h"
 #include "exportactions.h"
 #include "filterbox.h"
 #include "filtertuning.h"
 #include "frequencyaxis.h"
+#include "livefollow.h"
+#include "livemenu.h"
+#include "livesources.h"
 #include "measuring.h"
 #include "navigation.h"
 #include "overviewaxes.h"
@@ -35,6 +39,7 @@
 #include <QAction>
 #include <QCoreApplication>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QLabel>
 #include <QMenu>
 #include <QSettings>
@@ -49,6 +54,10 @@ namespace Workbench {
 namespace {
 
 constexpr auto SettingsGroup = "waveforms";
+constexpr auto LivePictureSource = "demonstration://live#streams=*.*.*.HHZ&from=-9min";
+constexpr double LivePictureSeconds = 500;
+constexpr int LongestPictureMilliseconds = 10000;
+constexpr int PictureStepMilliseconds = 50;
 
 /** The tools of a view's bar under names that say all in a menu; one that stands in another menu
  *  too is left out. */
@@ -89,6 +98,7 @@ WaveformPanel::WaveformPanel(Bench *bench)
     createTraceMenu();
     createOverviewMenu();
     createExports();
+    _liveMenu = new LiveMenu(_waveforms->live(), _waveforms->follow(), this);
 }
 
 // Menus and bars
@@ -100,7 +110,7 @@ QList<QAction *> WaveformPanel::menuActions(Menu menu) const
 
 QList<QMenu *> WaveformPanel::menus() const
 {
-    return {_traceMenu, _overviewMenu};
+    return {_traceMenu, _overviewMenu, _liveMenu};
 }
 
 QList<QToolBar *> WaveformPanel::toolBars() const
@@ -333,6 +343,7 @@ void WaveformPanel::saveState(QSettings &settings) const
         settings.setValue("compact", _waveforms->looks()->isCompact());
     settings.setValue("filter", _filterBox->appliedText());
     settings.setValue("filtered", _filterBox->isFilterEnabled());
+    _liveMenu->saveState(settings);
     settings.endGroup();
 }
 
@@ -351,6 +362,7 @@ void WaveformPanel::restoreState(QSettings &settings)
         _filterBox->apply(filter);
         _filterBox->toggleAction()->setChecked(settings.value("filtered").toBool());
     }
+    _liveMenu->restoreState(settings);
     settings.endGroup();
 }
 
@@ -358,7 +370,30 @@ QVector<PanelPicture> WaveformPanel::pictures()
 {
     return {{"waveforms.png", window()->grab()},
             {"overview.png", overviewPicture(false)},
-            {"overview-horizontal.png", overviewPicture(true)}};
+            {"overview-horizontal.png", overviewPicture(true)},
+            {"live.png", livePicture()}};
+}
+
+/** Rows of their own, which follow the demonstration as if it came in now. */
+QPixmap WaveformPanel::livePicture()
+{
+    Bench ownBench;
+    Waveforms rows(&ownBench);
+    rows.resize(window()->size());
+    rows.setAttribute(Qt::WA_DontShowOnScreen);
+    rows.show();
+    rows.open({LivePictureSource});
+    QElapsedTimer time;
+    time.start();
+    // Until the past is there: what comes in now comes every five seconds.
+    while (time.elapsed() < LongestPictureMilliseconds &&
+           rows.coverage().extent().length().length() < LivePictureSeconds)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, PictureStepMilliseconds);
+    emit ownBench.streamStates()->updated();
+    // Names, and then the time scale below the traces, get their width.
+    QCoreApplication::processEvents();
+    QCoreApplication::processEvents();
+    return rows.grab();
 }
 
 QPixmap WaveformPanel::overviewPicture(bool horizontal)
@@ -414,6 +449,14 @@ bool WaveformPanel::openDemonstration(const QString &folder)
     const bool opened = openSources(files);
     _waveforms->alignTo(Client::demonstrationOrigin().time);
     return opened;
+}
+
+bool WaveformPanel::openRemembered()
+{
+    const QStringList sources = _liveMenu->rememberedSources();
+    if (!sources.isEmpty())
+        openSources(sources);
+    return !sources.isEmpty();
 }
 
 void WaveformPanel::closeAll()

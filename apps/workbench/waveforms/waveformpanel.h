@@ -20,6 +20,7 @@ namespace Workbench {
 class ExportActions;
 class FilterBox;
 class FilterTuning;
+class LiveMenu;
 class OverviewMenu;
 class Task;
 class Waveforms;
@@ -46,6 +47,7 @@ public:
     bool canOpen(const QString &source) const override;
     bool openSources(const QStringList &sources) override;
     bool openDemonstration(const QString &folder) override;
+    bool openRemembered() override;
     void closeAll() override;
 
 private slots:
@@ -67,6 +69,7 @@ private:
     QAction *makeSeparator();
     QPixmap overviewPicture(bool horizontal);
     void updateRangeLabel();
+    QPixmap livePicture();
 
     Waveforms *_waveforms;
     QList<QAction *> _viewActions;
@@ -79,6 +82,7 @@ private:
     Norvu::Gui::MultiTraceWidget *_overview{nullptr};
     ExportActions *_exports{nullptr};
     QLabel *_pointerLabel{nullptr};
+    LiveMenu *_liveMenu{nullptr};
     QLabel *_measurementLabel{nullptr};
     QLabel *_rangeLabel{nullptr};
     QPointer<Task> _filtering;

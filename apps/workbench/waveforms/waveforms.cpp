@@ -5,14 +5,18 @@
 #include "bench/bench.h"
 #include "bench/memory.h"
 #include "bench/rowaddition.h"
+#include "bench/streamstates.h"
 #include "bench/tracerows.h"
 #include "datastretches.h"
 #include "datastrip.h"
+#include "livefollow.h"
+#include "livesources.h"
 #include "measuring.h"
 #include "navigation.h"
 #include "pointerreport.h"
 #include "rowcolors.h"
 #include "rowcommands.h"
+#include "rowdelays.h"
 #include "rowfilters.h"
 #include "rowgroups.h"
 #include "rowlooks.h"
@@ -36,6 +40,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <cmath>
 
 using namespace Tellarix;
 using Norvu::Gui::Trace;
@@ -44,6 +49,11 @@ using Norvu::Gui::TraceView;
 namespace Workbench {
 
 namespace {
+
+/** Of live data, what is shown at first. */
+const Core::TimeSpan LiveWindow(600.0);
+/** From the present, in s. */
+constexpr double FarAlignment = 30 * 86400.0;
 
 /** Times relative to the day of the data keep all their digits, however far it is zoomed in. */
 Core::Time dayOf(const Core::Time &time)
@@ -57,7 +67,8 @@ Core::Time dayOf(const Core::Time &time)
 Waveforms::Waveforms(Bench *bench, QWidget *parent)
     : QWidget(parent), _bench(bench), _view(new TraceView(this, Qt::WindowFlags(), nullptr, true)),
       _margins(new RowMargins(_view, bench->rows())), _measuringTool(new MeasuringTool(_view)),
-      _queue(new SourceQueue(bench, _view, this)), _groups(new RowGroups(_view)),
+      _queue(new SourceQueue(bench, _view, this)), _live(new LiveSources(bench, _view, this)),
+      _follow(new LiveFollow(_view, bench->streamStates())), _groups(new RowGroups(_view)),
       _visibility(new RowVisibility(_view, &_coverage, _groups)), _order(new RowOrder(_view)),
       _commands(new RowCommands(_view, _visibility)), _colors(new RowColors(_view)),
       _looks(new RowLooks(_view, _margins)), _filters(new RowFilters(bench, _view)),
@@ -71,6 +82,7 @@ Waveforms::Waveforms(Bench *bench, QWidget *parent)
     layout->addWidget(_view);
     layout->addWidget(_strip);
     layout->addWidget(_visibility->notice(), 0, Qt::AlignCenter);
+    layout->addWidget(_follow->notice(), 0, Qt::AlignCenter);
     _hint->setAlignment(Qt::AlignCenter);
     _hint->setWordWrap(true);
     _hint->setBackgroundRole(QPalette::Base);
@@ -83,6 +95,7 @@ Waveforms::Waveforms(Bench *bench, QWidget *parent)
     _view->setBackgroundFiltering(true);
     connectTime();
     connectRows();
+    connectLive();
     connect(_view, SIGNAL(loadDataRequested()), this, SLOT(reload()));
     connect(_queue, SIGNAL(advanced()), this, SLOT(showArrivals()));
     connect(_queue, SIGNAL(ended(QStringList)), this, SLOT(endLoad(QStringList)));
@@ -106,10 +119,26 @@ void Waveforms::connectRows()
             SLOT(dress(Norvu::Gui::Trace *)));
 }
 
+void Waveforms::connectLive()
+{
+    new RowDelays(_view, _looks->names(), _bench->streamStates());
+    connect(_live, SIGNAL(arrived()), this, SLOT(showLiveArrivals()));
+    connect(_live, SIGNAL(changed()), this, SLOT(followLiveSources()));
+    connect(_live, SIGNAL(problems(QStringList)), this, SIGNAL(problems(QStringList)));
+    connect(_follow, SIGNAL(changed()), this, SLOT(followPresent()));
+    // Zooming out ends where there are data, or will be any.
+    _navigation->setAwaitedWindow([this] {
+        const Core::Time now = _bench->streamStates()->now();
+        return _live->isEmpty() ? Core::TimeWindow()
+                                : Core::TimeWindow(now - _live->longestLength(), now);
+    });
+}
+
 void Waveforms::updateHint()
 {
-    _hint->setText(isLoading()
-                       ? tr("Loading…")
+    _hint->setText(isLoading() ? tr("Loading…")
+                   : !_live->isEmpty()
+                       ? tr("Waiting for live data…")
                        : tr("Nothing is open.\n\nOpen files (Ctrl+O), a folder "
                             "(Ctrl+Shift+O) or a URL (Ctrl+L), drop files here,\nor look at "
                             "the demonstration in the menu File."));
@@ -125,12 +154,24 @@ void Waveforms::resizeEvent(QResizeEvent *event)
 
 bool Waveforms::open(const QStringList &sources)
 {
-    _sources += sources;
+    QStringList ending;
+    for (const QString &source : sources) {
+        if (!LiveSource::isLive(source, _bench->dataWindow())) {
+            ending.append(source);
+            continue;
+        }
+        _isLiveAwaited = true;
+        _live->add(source);
+    }
+    if (ending.isEmpty())
+        return true;
+
+    _sources += ending;
     _sources.removeDuplicates();
     if (!isLoading())
         _load = Load();
     _load.isShown = true;
-    return load(sources);
+    return load(ending);
 }
 
 bool Waveforms::isLoading() const
@@ -171,6 +212,65 @@ void Waveforms::showArrivals()
     _load.shownRecords = count;
     _view->updateRecords();
     showFirstStretch();
+}
+
+// Live data
+
+void Waveforms::followLiveSources()
+{
+    _follow->setLive(!_live->isEmpty());
+    _visibility->keep(_live->rows());
+    updateHint();
+}
+
+void Waveforms::followPresent()
+{
+    _navigation->history()->setPaused(_follow->isFollowing());
+    _visibility->keep(_follow->isFollowing() ? _live->rows() : QSet<const Trace *>());
+}
+
+void Waveforms::showLiveArrivals()
+{
+    const RowArrivals arrivals = _live->takeArrivals();
+    adoptLiveRows(_live->takeNewRows());
+    for (Trace *row : _view->items()) {
+        const auto windows = arrivals.constFind(row);
+        if (windows != arrivals.constEnd())
+            _coverage.add(row, *windows);
+    }
+    _coverage.summarize();
+    _strip->update();
+    if (!_isLiveAwaited || stretches().isEmpty() || arrivals.isEmpty())
+        return;
+    _isLiveAwaited = false;
+    const Core::Time now = _bench->streamStates()->now();
+    _navigation->history()->keep();
+    if (std::abs((_view->timeScale()->alignment() - now).length()) > FarAlignment)
+        _view->setAlignment(dayOf(now));
+    _follow->start(std::min(LiveWindow, _live->longestLength()));
+    updateHint();
+}
+
+/** New rows come to look like the others, one by one while sources begin. */
+void Waveforms::adoptLiveRows(const QList<Trace *> &rows)
+{
+    if (rows.isEmpty())
+        return;
+    for (Trace *row : rows) {
+        _load.others.insert(row);
+        _load.dressed.insert(row);
+        adoptRow(row);
+        _view->subscribedToData(row);
+    }
+    if (_bench->rows()->addition())
+        _bench->rows()->addition()->adopt(rows);
+    _filters->update();
+    _margins->update();
+    _looks->followCount();
+    _order->sort();
+    _view->updateToolbar();
+    if (_follow->isFollowing())
+        _visibility->keep(_live->rows());
 }
 
 bool Waveforms::hasUserMoved() const
@@ -239,16 +339,21 @@ QList<Trace *> Waveforms::dressNewRows()
         newRows.append(row);
         if (_load.dressed.contains(row))
             continue;
-        _order->adopt(row);
-        _colors->adopt(row);
-        _pointer->watch(row->recordWidget());
-        _looks->dress(row);
+        adoptRow(row);
         _filters->fit(row);
         _load.dressed.insert(row);
     }
     if (_load.dressed.size() != before)
         _margins->update();
     return newRows;
+}
+
+void Waveforms::adoptRow(Trace *row)
+{
+    _order->adopt(row);
+    _colors->adopt(row);
+    _pointer->watch(row->recordWidget());
+    _looks->dress(row);
 }
 
 void Waveforms::alignTo(const Core::Time &time)
@@ -270,6 +375,8 @@ void Waveforms::reload()
 void Waveforms::prepareResetRows()
 {
     for (Trace *row : _view->items()) {
+        if (_live->restoreRow(row))
+            continue;
         for (const auto &binding : _view->bindingsFor(row)) {
             if (!row->recordWidget()->records(binding.second))
                 row->recordWidget()->setRecords(binding.second, new RingBuffer(-1, 0.5), true);
@@ -289,6 +396,8 @@ void Waveforms::markLoaded()
 void Waveforms::clear()
 {
     _queue->cancel();
+    _live->endAll();
+    _isLiveAwaited = false;
     _sources.clear();
     _view->clear();
     returnFreeMemory();
@@ -312,6 +421,7 @@ void Waveforms::setRulersShown(bool show)
 
 void Waveforms::forgetClosedRows()
 {
+    _live->endWithoutRows();
     collectCoverage();
     _navigation->updateRangeText();
     returnFreeMemory();

@@ -26,6 +26,8 @@ namespace Workbench {
 
 class Bench;
 class DataStrip;
+class LiveFollow;
+class LiveSources;
 class MeasuringTool;
 class Navigation;
 class PointerReport;
@@ -60,12 +62,15 @@ public:
     RowFilters *filters() const { return _filters; }
     TimeGestures *gestures() const { return _gestures; }
     PointerReport *pointer() const { return _pointer; }
+    LiveSources *live() const { return _live; }
+    LiveFollow *follow() const { return _follow; }
 
     /**
      * Begins to load files and record streams into the rows, beside what is there. The first data
      * of all are brought into view, which the user can leave at any time; with later ones the view
-     * stays if they have data in it, and goes to them if not. Whatever can be read is shown, also
-     * where there were problems.
+     * stays if they have data in it, and goes to them if not. Sources that go on with the present
+     * are followed as soon as data come. Whatever can be read is shown, also where there were
+     * problems.
      * @return false, which problems() tells, if one of them can't be opened
      */
     bool open(const QStringList &sources);
@@ -106,9 +111,15 @@ private slots:
     void endLoad(const QStringList &messages);
     void collectCoverage();
     void forgetClosedRows();
+    void showLiveArrivals();
+    void followLiveSources();
+    void followPresent();
 
 private:
     bool load(const QStringList &sources);
+    void connectLive();
+    void adoptLiveRows(const QList<Norvu::Gui::Trace *> &rows);
+    void adoptRow(Norvu::Gui::Trace *row);
     void prepareResetRows();
     void markLoaded();
     QList<Norvu::Gui::Trace *> dressNewRows();
@@ -124,6 +135,8 @@ private:
     RowMargins *_margins;
     MeasuringTool *_measuringTool;
     SourceQueue *_queue;
+    LiveSources *_live;
+    LiveFollow *_follow;
     RowGroups *_groups;
     RowVisibility *_visibility;
     RowOrder *_order;
@@ -139,6 +152,7 @@ private:
     QStringList _sources;
     QList<QAction *> _rowActions;
     Coverage _coverage;
+    bool _isLiveAwaited{false}; /**< the first data of live sources come into view */
 
     /** What is being loaded. */
     struct Load
