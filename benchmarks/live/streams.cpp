@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
+#include "client/seedlinkserver.h"
+
+#include <tellarix/client/io/recordstream.h>
+
+#include <QByteArray>
+#include <QCoreApplication>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace Tellarix;
+using SeedLinkTesting::SeedLinkServer;
+
+constexpr double SamplingFrequency = 100;
+/** What fits into a record of 512 bytes, about. */
+constexpr int RecordSamples = 400;
+constexpr double RecordSeconds = RecordSamples / SamplingFrequency;
+
+std::string streamId(int index)
+{
+    char station[16];
+    std::snprintf(station, sizeof station, "S%04d", index);
+    return std::string("XX.") + station + "..HHZ";
+}
+
+/** Start of a record of a stream. They are spread over the length of a record, as those of real
+ *  stations are. */
+Core::Time startOf(Core::Time start, int stream, int count, int record)
+{
+    return start + Core::TimeSpan(RecordSeconds * (record - static_cast<double>(stream) / count));
+}
+
+/** Feeds streams at 100 Hz for ever, each record as soon as its last sample has been, and those of
+ *  the last @p seconds at once. */
+int serve(int count, int seconds)
+{
+    SeedLinkServer server;
+    server.setCapacity(static_cast<size_t>(count * (seconds / RecordSeconds + 60)));
+    const Core::Time start = Core::Time::GMT() - Core::TimeSpan(static_cast<double>(seconds));
+    std::vector<int> sent(static_cast<size_t>(count));
+    for (bool isServing = false;; isServing = true) {
+        const Core::Time now = Core::Time::GMT();
+        for (int i = 0; i < count; ++i) {
+            int &records = sent[static_cast<size_t>(i)];
+            while (startOf(start, i, count, records + 1) <= now)
+                server.add(SeedLinkTesting::seedRecord(streamId(i),
+                                                       startOf(start, i, count, records++),
+                                                       RecordSamples, SamplingFrequency));
+        }
+        if (!isServing) {
+            if (!server.start())
+                return 1;
+            std::printf("%s\n", server.url().c_str());
+            std::fflush(stdout);
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+}
+
+/** Reads a source to nothing until it ends. */
+int read(const char *url)
+{
+    std::string error;
+    const IO::RecordStreamPtr stream = IO::RecordStream::Create(url, &error);
+    if (!stream || !stream->open()) {
+        std::fprintf(stderr, "%s\n", stream ? stream->errorString().c_str() : error.c_str());
+        return 1;
+    }
+    long records = 0;
+    while (const RecordPtr record = stream->next()) {
+        if (++records % 1000 == 0) {
+            std::printf("%ld\n", records);
+            std::fflush(stdout);
+        }
+    }
+    return 0;
+}
+
+} // namespace
+
+/** Load for measurements: a server that prints its URL, and a client that reads one. */
+int main(int argc, char **argv)
+{
+    const QCoreApplication application(argc, argv);
+    if (argc == 4 && std::strcmp(argv[1], "serve") == 0)
+        return serve(std::max(1, std::atoi(argv[2])), std::max(0, std::atoi(argv[3])));
+    if (argc == 3 && std::strcmp(argv[1], "read") == 0)
+        return read(argv[2]);
+    std::fprintf(stderr, "usage: live-streams serve COUNT SECONDS | read URL\n");
+    return 2;
+}
