@@ -1,11 +1,18 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
 #include "client/seedlinkserver.h"
+#include "mainwindow.h"
+#include "waveforms/livesources.h"
+#include "waveforms/waveforms.h"
 
+#include <norvu/gui/trace.h>
+#include <norvu/gui/traceview.h>
 #include <tellarix/client/io/recordstream.h>
 
+#include <QApplication>
 #include <QByteArray>
-#include <QCoreApplication>
+#include <QDockWidget>
+#include <QTimer>
 
 #include <algorithm>
 #include <cstdio>
@@ -22,6 +29,7 @@ using SeedLinkTesting::SeedLinkServer;
 constexpr double SamplingFrequency = 100;
 /** What fits into a record of 512 bytes, about. */
 constexpr int RecordSamples = 400;
+constexpr int RowsInSight = 30;
 constexpr double RecordSeconds = RecordSamples / SamplingFrequency;
 
 std::string streamId(int index)
@@ -84,16 +92,52 @@ int read(const char *url)
     return 0;
 }
 
+/** Rows of @p view that can be seen. */
+int rowsInSight(const Norvu::Gui::TraceView &view)
+{
+    const QList<Norvu::Gui::Trace *> rows = view.items();
+    return static_cast<int>(std::count_if(
+        rows.begin(), rows.end(), [](const auto *row) { return !row->visibleRegion().isEmpty(); }));
+}
+
+/** The workbench without docks, so high that it shows 30 rows, which keep ten minutes. */
+int show(const char *url)
+{
+    Workbench::MainWindow window;
+    window.setInteractive(false);
+    window.show();
+    for (QDockWidget *dock : window.findChildren<QDockWidget *>())
+        dock->hide();
+    auto *waveforms = window.findChild<Workbench::Waveforms *>();
+    waveforms->live()->setLength(Core::TimeSpan(600.0));
+    if (!window.open({url}))
+        return 1;
+    int inSight = 0;
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, &window, [&] {
+        if (inSight == rowsInSight(*waveforms->view()))
+            return;
+        inSight = rowsInSight(*waveforms->view());
+        std::fprintf(stderr, "%d of %d rows are in sight\n", inSight, waveforms->view()->count());
+        if (inSight > 0 && inSight < RowsInSight)
+            window.resize(1600, window.height() + 100);
+    });
+    timer.start(1000);
+    return QApplication::exec();
+}
+
 } // namespace
 
-/** Load for measurements: a server that prints its URL, and a client that reads one. */
+/** Load for measurements: a server that prints its URL, and clients that show and read one. */
 int main(int argc, char **argv)
 {
-    const QCoreApplication application(argc, argv);
+    const QApplication application(argc, argv);
     if (argc == 4 && std::strcmp(argv[1], "serve") == 0)
         return serve(std::max(1, std::atoi(argv[2])), std::max(0, std::atoi(argv[3])));
+    if (argc == 3 && std::strcmp(argv[1], "show") == 0)
+        return show(argv[2]);
     if (argc == 3 && std::strcmp(argv[1], "read") == 0)
         return read(argv[2]);
-    std::fprintf(stderr, "usage: live-streams serve COUNT SECONDS | read URL\n");
+    std::fprintf(stderr, "usage: live-streams serve COUNT SECONDS | show URL | read URL\n");
     return 2;
 }
