@@ -5,6 +5,8 @@
 #include <tellarix/client/demo/demostation.h>
 #include <tellarix/client/demo/seismogram_p.h>
 #include <tellarix/core/parallel.h>
+#include <tellarix/core/records/record.h>
+#include <tellarix/core/records/streamcodes.h>
 #include <tellarix/core/records/typedarray.h>
 
 #include <QStringList>
