@@ -3,7 +3,6 @@
 #include <tellarix/client/demo/demonstration.h>
 #include <tellarix/client/io/inventoryreader.h>
 #include <tellarix/client/io/recordstream.h>
-#include <tellarix/core/records/record.h>
 #include <tellarix/client/io/streamsummary.h>
 #include <tellarix/core/datamodel/inventory.h>
 #include <tellarix/core/datamodel/stream.h>
