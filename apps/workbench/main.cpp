@@ -57,7 +57,8 @@ int main(int argc, char **argv)
         if (isWithoutDisplay())
             qputenv("QT_QPA_PLATFORM", "offscreen");
     } else if (isWithoutDisplay() &&
-               argumentsBeginWith(argc, argv, {"-h", "--help", "-v", "--version"})) {
+               argumentsBeginWith(argc, argv,
+                                  {"-h", "--help", "-v", "--version", "--list-plugins"})) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
     } else if (isWithoutDisplay() && !argumentsBeginWith(argc, argv, {"-platform", "--platform"})) {
         std::fprintf(stderr, "There is no display to open a window on. Set DISPLAY, or write "
