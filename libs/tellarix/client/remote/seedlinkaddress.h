@@ -12,17 +12,18 @@ namespace IO {
 /**
  * Address of a SeedLink server, "HOST[:PORT][?OPTION=VALUE&...]".
  *
- * | option      | default | |
- * |-------------|---------|-------------------------------------------------------------------------|
- * | `timeout`   | 120     | seconds without a byte after which a connection counts as lost | |
- * `keepalive` | 30      | seconds without a byte after which the server is asked for a sign of    |
- * |             |         | life; 0 for never | | `retry`     | 60      | longest pause between two
- * attempts to connect again, which grows from a | |             |         | second on; 0 ends the
- * stream when the connection is lost                | | `settle`    | 5       | seconds of silence
- * after which a server has sent what it holds          | | `state`     |         | file in which
- * the place in each station is kept over restarts           | | `fetch`     | no      | "yes" ends
- * the stream when the server has sent what it holds            | | `type`      |         | asks for
- * one type of records only, e.g. "D"; not all servers heed it    |
+ * | option    | default | meaning                                                           |
+ * |-----------|---------|-------------------------------------------------------------------|
+ * | timeout   | 120     | seconds without a byte after which a connection counts as lost    |
+ * | keepalive | 30      | seconds without a byte after which the server is asked for a sign |
+ * |           |         | of life; 0 for never                                              |
+ * | retry     | 60      | longest pause between two attempts to connect again, which grows  |
+ * |           |         | from a second on; 0 ends the stream when the connection is lost   |
+ * | settle    | 5       | seconds of silence after which a server has sent what it holds    |
+ * | state     |         | file in which the place in each station is kept over restarts     |
+ * | fetch     | no      | "yes" ends the stream when the server has sent what it holds      |
+ * | type      |         | asks for one type of records only, e.g. "D"; not all servers      |
+ * |           |         | heed it                                                           |
  */
 struct TELLARIX_CLIENT_API SeedLinkAddress
 {

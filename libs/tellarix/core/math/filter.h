@@ -38,7 +38,7 @@ public:
     /** Sampling frequency in Hz; computes the coefficients and resets the state. */
     virtual void setSamplingFrequency(double samplingFrequency) = 0;
     /**
-     * Sets the numeric parameters of the filter's text form, in its order.
+     * Sets the numeric parameters of the filter, in the order of its constructor.
      * @return the number of parameters taken, or a negative value -k - 1 when parameter k is wrong
      */
     virtual int setParameters(int n, const double *parameters) = 0;

@@ -33,7 +33,7 @@ public:
     /** Takes a finite sample in and gives the mean. */
     double push(double sample) { return push(_sums, sample); }
     /** Replaces @p n samples by what @p operation makes of each and the mean; faster than push().
-     *  A sample that is not finite becomes not-a-number. For the filters of this library. */
+     *  A sample that is not finite becomes not-a-number. For the filters of this header. */
     template <typename T, typename Operation>
     void transform(int n, T *samples, Operation operation);
 
