@@ -171,6 +171,18 @@ private slots:
         }
     }
 
+    void recipesListAllSchemes()
+    {
+        QFile page(NORVU_SOURCE_DIR "/docs/extending.md");
+        QVERIFY(page.open(QIODevice::ReadOnly));
+        const QByteArray text = page.readAll();
+        for (const std::string &scheme : RecordStream::Schemes()) {
+            // One line stands for all that are cached.
+            const bool isListed = text.contains('`' + QByteArray::fromStdString(scheme) + "://");
+            QVERIFY2(isListed || scheme.rfind("cached+", 0) == 0, scheme.c_str());
+        }
+    }
+
     void readsOfferedFormats()
     {
         const std::string known = write("known", "bytes with x in them");
