@@ -2,6 +2,7 @@
 
 #include <tellarix/client/io/recordstream.h>
 #include <tellarix/core/math/filterparser.h>
+#include <tellarix/core/records/record.h>
 
 #include <QTemporaryFile>
 #include <QtTest>
