@@ -76,6 +76,12 @@ public:
         return source != "refused" || fail("refused");
     }
 
+    bool isLive() const override
+    {
+        const std::lock_guard<std::mutex> lock(_source->mutex);
+        return _source->isLive;
+    }
+
     bool open() override
     {
         std::unique_lock<std::mutex> lock(_source->mutex);

@@ -57,6 +57,13 @@ private slots:
         }
     }
 
+    void isAsLiveAsItsLiveSource()
+    {
+        QVERIFY(RecordStream::Create(Url)->isLive());
+        QVERIFY(RecordStream::Create("cached://?source=fake%3A%2F%2Flive")->isLive());
+        QVERIFY(!RecordStream::Create("cached://?source=fake%3A%2F%2Fpast")->isLive());
+    }
+
     void joinsAtTheSeam_data()
     {
         using Pieces = QVector<Piece>;

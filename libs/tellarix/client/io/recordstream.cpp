@@ -110,6 +110,18 @@ bool RecordStream::setTimeWindow(const Core::TimeWindow &window)
     return true;
 }
 
+bool RecordStream::isLiveBy(const std::string &url) const
+{
+    const RecordStreamPtr stream = Create(url);
+    if (!stream)
+        return false;
+    stream->setTimeWindow(_timeWindow);
+    for (const Request &request : _requests)
+        stream->addStream(request.network, request.station, request.location, request.channel,
+                          request.window);
+    return stream->isLive();
+}
+
 bool RecordStream::isRequested(const StreamCodes &codes, const Core::TimeWindow &recordWindow) const
 {
     if (_requests.empty())

@@ -118,6 +118,9 @@ protected:
     const Core::TimeWindow &windowOf(const Request &request) const;
     const Core::TimeWindow &requestedWindow() const { return _timeWindow; }
 
+    /** isLive() of a stream for another URL that is asked for the same. */
+    bool isLiveBy(const std::string &url) const;
+
     void report(StreamMessage message) const;
     /** Keeps the reason of a failure; always returns false. */
     bool fail(const std::string &reason);

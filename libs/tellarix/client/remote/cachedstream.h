@@ -48,6 +48,7 @@ public:
 
     bool setSource(const std::string &source) override;
     /** Fails if nothing is known and the source can't be opened. */
+    bool isLive() const override { return isLiveBy(_url); }
     bool open() override;
     RecordPtr next() override;
     void close() override;

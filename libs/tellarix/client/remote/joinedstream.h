@@ -43,6 +43,7 @@ public:
 
     bool setSource(const std::string &source) override;
     /** Waits until one of the sources is open; fails if neither can be opened. */
+    bool isLive() const override { return isLiveBy(_liveUrl); }
     bool open() override;
     RecordPtr next() override;
     void close() override;
