@@ -46,6 +46,7 @@ namespace {
 constexpr auto SettingsGroup = "Workbench";
 constexpr int StatusMilliseconds = 20000;
 constexpr int RecentCount = 12;
+constexpr int RecentLength = 90; // in characters
 
 QStringList localFiles(const QMimeData *data)
 {
@@ -142,6 +143,8 @@ void MainWindow::createPanels(const PanelRegistry &registry)
         Panel *panel = parts.panel;
         if (panel->description().place == PanelPlace::Centre)
             addTab(panel);
+        else if (panel->description().place == PanelPlace::Window)
+            addWindow(panel);
         else
             addDock(panel);
         _panels.call(panel, tr("it can't fill the status bar"),
@@ -156,6 +159,20 @@ void MainWindow::addTab(Panel *panel)
     _centre->addTab(panel, panel->description().icon, panel->description().title);
     connect(panel->toggleAction(), &QAction::triggered, panel, [this, panel] {
         _centre->setCurrentWidget(panel);
+        panel->setFocus();
+    });
+}
+
+/** It stays above this window, which can be used meanwhile. */
+void MainWindow::addWindow(Panel *panel)
+{
+    panel->setParent(this, Qt::Dialog);
+    panel->setWindowTitle(panel->description().title);
+    addAction(panel->toggleAction());
+    connect(panel->toggleAction(), &QAction::triggered, panel, [panel] {
+        panel->show();
+        panel->raise();
+        panel->activateWindow();
         panel->setFocus();
     });
 }
@@ -205,6 +222,8 @@ void MainWindow::createMessages()
     connect(&_bench, SIGNAL(problemsTold(QStringList)), this, SLOT(tell(QStringList)));
     statusBar()->addPermanentWidget(new TaskProgress(_bench.tasks(), this));
     connect(&_bench, SIGNAL(statusShown(QString)), this, SLOT(showStatus(QString)));
+    connect(&_bench, &Bench::openRequested, this,
+            [this](const QStringList &sources) { open(sources); });
 }
 
 // Menus
@@ -215,9 +234,11 @@ void MainWindow::createFileMenu()
     menu->addAction(tr("&Open files…"), this, SLOT(askForFiles()), QKeySequence::Open);
     menu->addAction(tr("Open f&older…"), this, SLOT(askForFolder()), tr("Ctrl+Shift+O"));
     _recent = menu->addMenu(tr("Open &recent"));
+    _recent->setToolTipsVisible(true);
     connect(_recent, SIGNAL(aboutToShow()), this, SLOT(fillRecent()));
     connect(_recent, SIGNAL(triggered(QAction *)), this, SLOT(openRecent(QAction *)));
     menu->addAction(tr("Open &URL…"), this, SLOT(askForUrl()), tr("Ctrl+L"));
+    menu->addActions(panelActions(&PanelParts::openActions));
     menu->addAction(tr("Open the &demonstration"), this, SLOT(openDemonstration()));
     menu->addSeparator();
     menu->addActions(panelActions(&PanelParts::fileActions));
@@ -244,7 +265,9 @@ void MainWindow::createPanelMenu(QMenu *viewMenu)
 {
     QMenu *menu = viewMenu->addMenu(tr("Pan&els"));
     for (const PanelParts &parts : _panels.parts()) {
-        if (_docks.contains(parts.panel) || _centre->count() > 1)
+        const PanelPlace place = parts.panel->description().place;
+        const bool isOnlyTab = place == PanelPlace::Centre && _centre->count() < 2;
+        if (!isOnlyTab && !parts.openActions.contains(parts.panel->toggleAction()))
             menu->addAction(parts.panel->toggleAction());
     }
 }
@@ -412,9 +435,19 @@ void MainWindow::fillRecent()
     settings.beginGroup(SettingsGroup);
     _recent->clear();
     for (const QString &source : settings.value("recent").toStringList())
-        _recent->addAction(QString(source).replace('&', "&&"))->setData(source);
+        addRecent(source);
     if (_recent->isEmpty())
         _recent->addAction(tr("Nothing yet"))->setEnabled(false);
+}
+
+/** Requests of many streams are long: their middle is left out, and told by the tool tip. */
+void MainWindow::addRecent(const QString &source)
+{
+    const int width = fontMetrics().averageCharWidth() * RecentLength;
+    QString text = fontMetrics().elidedText(source, Qt::ElideMiddle, width);
+    QAction *action = _recent->addAction(text.replace('&', "&&"));
+    action->setData(source);
+    action->setToolTip(source);
 }
 
 void MainWindow::openRecent(QAction *action)
@@ -470,7 +503,7 @@ QVector<PanelPicture> MainWindow::snapshots()
         if (dock) {
             dock->show();
             dock->raise();
-        } else
+        } else if (panel->description().place == PanelPlace::Centre)
             _centre->setCurrentWidget(panel);
         settleLayout();
         _panels.call(panel, tr("it gives no pictures"), [&] { pictures += panel->pictures(); });

@@ -71,6 +71,7 @@ private:
     void createMessages();
     void createPanels(const PanelRegistry &registry);
     void addTab(Panel *panel);
+    void addWindow(Panel *panel);
     void addDock(Panel *panel);
     void placeDock(QDockWidget *dock, Qt::DockWidgetArea area);
     void createFileMenu();
@@ -81,6 +82,7 @@ private:
     bool haveAll(const QString &failure, const std::function<bool(Panel *)> &task);
     void saveSettings() const;
     void tellWhatIsCutShort() const;
+    void addRecent(const QString &source);
     void remember(const QStringList &sources) const;
 
     Bench _bench;

@@ -6,6 +6,7 @@
 #include "jobs/jobpanel.h"
 #include "map/mappanel.h"
 #include "player/playerpanel.h"
+#include "sources/sourcepanel.h"
 #include "spectrograms/spectrogrampanel.h"
 #include "waveforms/waveformpanel.h"
 
@@ -23,6 +24,7 @@ PanelRegistry builtInPanels()
     registry.add<MapPanel>();
     registry.add<PlayerPanel>(); // lies over the map
     registry.add<JobPanel>();
+    registry.add<SourcePanel>();
     return registry;
 }
 

@@ -49,7 +49,7 @@ void PanelSet::make(const PanelRegistry &registry, const QString &takenName)
 {
     for (const PanelRegistry::Maker &maker : registry.makers()) {
         if (Panel *panel = makeOne(maker, takenName))
-            _parts.append({panel, {}, {}, {}, {}, {}});
+            _parts.append({panel, {}, {}, {}, {}, {}, {}});
     }
     // Once all are there: what one gives may depend on others.
     const QVector<PanelParts> made = _parts;
@@ -93,6 +93,7 @@ void PanelSet::ask(Panel *panel)
             parts->toolBars = panel->toolBars();
             parts->menus = panel->menus();
             parts->fileActions = panel->menuActions(Panel::Menu::File);
+            parts->openActions = panel->menuActions(Panel::Menu::Open);
             parts->viewActions = panel->menuActions(Panel::Menu::View);
             parts->fileFilters = panel->fileFilters();
         },

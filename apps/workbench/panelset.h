@@ -17,6 +17,7 @@ struct PanelParts
     QList<QMenu *> menus;
     QList<QAction *> fileActions;
     QList<QAction *> viewActions;
+    QList<QAction *> openActions;
     QStringList fileFilters;
 };
 

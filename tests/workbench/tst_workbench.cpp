@@ -71,7 +71,7 @@ private slots:
 
         for (const char *name : {"waveforms", "overview", "overview-horizontal", "spectrogram"})
             QCOMPARE(QImage(pictures + '/' + name + ".png").size(), QSize(1600, 900));
-        for (const char *name : {"gradients", "gradient-editor", "widgets"})
+        for (const char *name : {"gradients", "gradient-editor", "sources", "widgets"})
             QVERIFY2(QImage(pictures + '/' + name + ".png").width() > 200, name);
         // Every row shows its spectrogram over the whole minute.
         const QImage spectrogram(pictures + "/spectrogram.png");

@@ -27,6 +27,11 @@ void Bench::tell(const QStringList &problems)
         emit problemsTold(problems);
 }
 
+void Bench::open(const QStringList &sources)
+{
+    emit openRequested(sources);
+}
+
 void Bench::showStatus(const QString &text)
 {
     emit statusShown(text);

@@ -53,12 +53,15 @@ public:
 public slots:
     /** Lists problems for the user, each of which names the thing and the cause. */
     void tell(const QStringList &problems);
+    /** Has sources opened as the user's own ones are, by whichever panels can. */
+    void open(const QStringList &sources);
     /** Shows a line in the status bar for a while; an empty one takes the last one away. */
     void showStatus(const QString &text);
 
 signals:
     void problemsTold(const QStringList &problems);
     void statusShown(const QString &text);
+    void openRequested(const QStringList &sources);
 
 private:
     Selection *_selection;

@@ -32,8 +32,17 @@ void MapView::setCoveredHeight(int height)
     emit coveredHeightChanged(height);
 }
 
+void MapView::setRegion(const std::optional<Region> &region)
+{
+    if (region == _region)
+        return;
+    _region = region;
+    emit regionChanged();
+}
+
 void MapView::forget()
 {
+    setRegion(std::nullopt);
     setMap(nullptr, nullptr);
 }
 

@@ -2,12 +2,15 @@
 
 #pragma once
 
+#include "region.h"
+
 #include <QImage>
 #include <QObject>
 #include <QPointer>
 #include <QWidget>
 
 #include <functional>
+#include <optional>
 
 class QPainter;
 
@@ -31,6 +34,10 @@ public:
     /** Paints the map as it is shown, at any size; nothing without a map. */
     void paint(QPainter &painter, const QSize &size) const;
 
+    /** What the map shows; unset without a map. */
+    const std::optional<Region> &region() const { return _region; }
+    void setRegion(const std::optional<Region> &region);
+
     /** Pixels at its lower edge over which something else lies. */
     void setCoveredHeight(int height);
     int coveredHeight() const { return _coveredHeight; }
@@ -39,6 +46,7 @@ signals:
     /** There is another map, or none any more. */
     void changed();
     void coveredHeightChanged(int height);
+    void regionChanged();
 
 private slots:
     void forget();
@@ -47,6 +55,7 @@ private:
     QPointer<QWidget> _widget;
     Painting _painting;
     int _coveredHeight{0};
+    std::optional<Region> _region;
 };
 
 } // namespace Workbench

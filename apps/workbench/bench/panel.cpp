@@ -13,7 +13,8 @@ Panel::Panel(Bench *bench, const PanelDescription &description)
     _toggle->setText(description.toggleText.isEmpty() ? description.title : description.toggleText);
     _toggle->setIcon(description.icon);
     _toggle->setShortcut(description.key);
-    _toggle->setCheckable(description.place != PanelPlace::Centre);
+    _toggle->setCheckable(description.place != PanelPlace::Centre &&
+                          description.place != PanelPlace::Window);
 }
 
 Panel::~Panel() = default;

@@ -28,7 +28,8 @@ enum class PanelPlace
     Left,   /**< the others are docks, which lie above each other as tabs */
     Right,
     Top,
-    Bottom
+    Bottom,
+    Window /**< in a window of its own, which its action opens */
 };
 
 /** What the window has to know of a panel to lay it out. */
@@ -85,7 +86,8 @@ public:
     enum class Menu
     {
         File,
-        View
+        View,
+        Open /**< what opens sources, in the menu of files */
     };
 
     Panel(Bench *bench, const PanelDescription &description);

@@ -312,6 +312,7 @@ void MapPanel::setLimitsList(bool limits)
 void MapPanel::followView()
 {
     _events->setLabelRegion(Region::box(shownRegion()));
+    bench()->mapView()->setRegion(Region::box(shownRegion()));
     limitList();
 }
 
