@@ -5,31 +5,15 @@
 #include <tellarix/core/records/record.h>
 
 #include "streamtable.h"
-#include "windowoptions.h"
+
+#include <tellarix/client/io/streamsummary.h>
 
 #include <QCommandLineParser>
-#include <QRegularExpression>
+
+#include <utility>
 
 namespace Tellarix {
 namespace Tool {
-
-namespace {
-
-const auto JsonOption = QStringLiteral("json");
-
-/** Puts the name of the source before a reason that doesn't hold it. */
-void printFailure(const QString &url, const std::string &reason)
-{
-    const QString text = QString::fromStdString(reason);
-    static const QRegularExpression login(QStringLiteral("//[^/@]*@"));
-    QString shown = url;
-    shown.replace(login, QStringLiteral("//"));
-    const QString source = shown.section(QStringLiteral("://"), -1);
-    const bool isNamed = text.startsWith(source) || text.startsWith(shown.section('?', 0, 0));
-    printError(isNamed ? text : QStringLiteral("%1: %2").arg(shown, text));
-}
-
-} // namespace
 
 QString RecordsCommand::summary() const
 {
@@ -41,95 +25,39 @@ void RecordsCommand::describe(QCommandLineParser &parser) const
     parser.setApplicationDescription(
         tr("Tells records, samples, rate, gaps, overlaps, extrema and mean of each stream. All "
            "sources\ncount together. Duplicates of records don't count; they, overlaps, records "
-           "out of order\nand damage are told on standard error. Status: 0, 1 if something could "
-           "not be read, 2 if\nthe command line is wrong."));
-    parser.addPositionalArgument(
-        tr("URL"), tr("Files or URLs of record streams; - is standard input."), tr("URL..."));
-    parser.addOptions({
-        {FromOption, tr("Only records that end behind TIME, e.g. 2024-01-05T10:11:12."),
-         tr("TIME")},
-        {ToOption, tr("Only records that start before TIME."), tr("TIME")},
-        {StreamsOption, tr("Only these streams, e.g. \"XD.ALB..HHZ,XD.*.*.HH?\"."),
-         tr("NET.STA.LOC.CHA,...")},
-        {JsonOption, tr("Print a JSON array with an object per stream.")},
-    });
+           "out of order\nand damage are told on standard error. Servers are read side by side; "
+           "what has come is\ntold also when --timeout or Ctrl+C ends the reading. Status: 0, 1 "
+           "if something could not be\nread, 2 if the command line is wrong."));
+    addSourceOptions(parser);
+    parser.addOption({QStringLiteral("json"), tr("Print a JSON array with an object per stream.")});
 }
 
 bool RecordsCommand::readArguments(const QCommandLineParser &parser, const QStringList &arguments,
                                    QString *error)
 {
-    if (arguments.isEmpty()) {
-        *error = tr("no file and no URL given");
+    SourceRequest request;
+    if (!readSources(parser, arguments, &request, error))
         return false;
-    }
-
-    _urls = arguments;
-    _asJson = parser.isSet(JsonOption);
-    return readWindow(parser, WindowEnd::Excluded, &_window, error) &&
-           readStreams(parser, &_streams, error);
+    _pump.setRequest(std::move(request));
+    _asJson = parser.isSet(QStringLiteral("json"));
+    return true;
 }
 
 int RecordsCommand::run()
 {
-    bool complete = true;
-    for (const QString &url : qAsConst(_urls))
-        complete = !_interrupted && read(url) && complete;
+    IO::StreamSummarizer summarizer;
+    RecordPump::Receiver receiver;
+    receiver.take = [&](const RecordPtr &record, const std::string &origin, int64_t offset) {
+        summarizer.add(*record, origin, offset);
+        return true;
+    };
+    const bool complete = _pump.run(receiver);
 
-    const IO::StreamSummaries summaries = _summarizer.result();
+    const IO::StreamSummaries summaries = summarizer.result();
     for (const IO::StreamMessage &note : summaries.notes)
         printError(QString::fromStdString(note.text()));
     const QString output = _asJson ? jsonText(summaries.streams) : tableText(summaries.streams);
     return printOutput(output) && complete ? 0 : 1;
-}
-
-void RecordsCommand::interrupt()
-{
-    _interrupted = true;
-    const std::lock_guard<std::mutex> lock(_streamMutex);
-    if (_stream)
-        _stream->close();
-}
-
-bool RecordsCommand::read(const QString &url)
-{
-    std::string error;
-    const IO::RecordStreamPtr stream = IO::RecordStream::Create(url.toStdString(), &error);
-    if (!stream) {
-        printFailure(url, error);
-        return false;
-    }
-
-    bool complete = true;
-    stream->setMessageHandler([&](const IO::StreamMessage &message) {
-        complete = complete && message.severity == IO::StreamMessage::Severity::Note;
-        printError(QString::fromStdString(message.text()));
-    });
-    setStream(stream);
-    const bool isOpen = open(*stream);
-    if (!isOpen)
-        printFailure(url, stream->errorString());
-    while (const RecordPtr record = isOpen && !_interrupted ? stream->next() : nullptr)
-        _summarizer.add(*record, stream->originName(), stream->originOffset());
-    setStream(nullptr);
-    stream->close();
-    return isOpen && complete;
-}
-
-bool RecordsCommand::open(IO::RecordStream &stream)
-{
-    for (const StreamCodesCPtr &codes : _streams) {
-        if (!stream.addStream(codes->network(), codes->station(), codes->location(),
-                              codes->channel()))
-            return false;
-    }
-    const bool isLimited = _window.startTime().valid() || _window.endTime().valid();
-    return (!isLimited || stream.setTimeWindow(_window)) && stream.open();
-}
-
-void RecordsCommand::setStream(const IO::RecordStreamPtr &stream)
-{
-    const std::lock_guard<std::mutex> lock(_streamMutex);
-    _stream = stream;
 }
 
 } // namespace Tool

@@ -3,17 +3,9 @@
 #pragma once
 
 #include "command.h"
-
-#include <tellarix/client/io/recordstream.h>
-#include <tellarix/client/io/streamsummary.h>
-#include <tellarix/core/records/streamcodes.h>
+#include "recordpump.h"
 
 #include <QCoreApplication>
-#include <QStringList>
-
-#include <atomic>
-#include <mutex>
-#include <vector>
 
 namespace Tellarix {
 namespace Tool {
@@ -30,22 +22,11 @@ public:
     bool readArguments(const QCommandLineParser &parser, const QStringList &arguments,
                        QString *error) override;
     int run() override;
-    void interrupt() override;
+    void interrupt() override { _pump.end(); }
 
 private:
-    bool read(const QString &url);
-    bool open(IO::RecordStream &stream);
-    void setStream(const IO::RecordStreamPtr &stream);
-
-    QStringList _urls;
-    Core::TimeWindow _window;
-    std::vector<StreamCodesCPtr> _streams;
+    RecordPump _pump;
     bool _asJson{false};
-
-    IO::StreamSummarizer _summarizer;
-    std::atomic<bool> _interrupted{false};
-    std::mutex _streamMutex;
-    IO::RecordStreamPtr _stream; /**< the one that is being read */
 };
 
 } // namespace Tool
