@@ -28,6 +28,8 @@ public:
     virtual int run() = 0;
     /** Makes run() end soon; called from another thread. */
     virtual void interrupt() {}
+    /** Whether an interrupt is its usual end, behind which the exit status is that of run(). */
+    virtual bool endsByInterrupt() const { return false; }
 };
 
 /** Writes to standard output; false, with a message on standard error, if that fails. */

@@ -2,15 +2,18 @@
 
 #include "tool.h"
 
+#include "catcommand.h"
 #include "democommand.h"
 #include "eventscommand.h"
 #include "recordscommand.h"
 #include "stationscommand.h"
+#include "watchcommand.h"
 
 #include <QCoreApplication>
 
 #include <algorithm>
 #include <thread>
+#include <utility>
 
 namespace Tellarix {
 namespace Tool {
@@ -20,6 +23,8 @@ Tool::Tool(int &argc, char **argv) : Client::Application(argc, argv)
     setDatabaseOffered(false);
     setRecordStreamOffered(false);
     _commands.push_back(std::make_unique<RecordsCommand>());
+    _commands.push_back(std::make_unique<WatchCommand>());
+    _commands.push_back(std::make_unique<CatCommand>());
     _commands.push_back(std::make_unique<EventsCommand>());
     _commands.push_back(std::make_unique<StationsCommand>());
     _commands.push_back(std::make_unique<DemoCommand>());
@@ -80,6 +85,9 @@ void Tool::handleInterrupt(int signal)
 {
     if (_command)
         _command->interrupt();
+    // Whoever asks twice doesn't want to wait for the usual end.
+    if (_command && _command->endsByInterrupt() && !std::exchange(_wasInterrupted, true))
+        return;
     Client::Application::handleInterrupt(signal);
 }
 

@@ -36,6 +36,7 @@ private:
 
     std::vector<std::unique_ptr<Command>> _commands;
     Command *_command{nullptr};
+    bool _wasInterrupted{false};
 };
 
 } // namespace Tool
