@@ -7,7 +7,6 @@
 #include <QHostAddress>
 #include <QNetworkProxy>
 #include <QTcpSocket>
-#include <QThread>
 #include <QTimer>
 
 #include <algorithm>
@@ -61,6 +60,7 @@ Connection::Outcome Connection::open(const std::string &host, int port, int msec
     const QEventLoop loop;
     const QString name = QString::fromStdString(host);
     _socket = std::make_unique<QTcpSocket>();
+    _owner = std::this_thread::get_id();
     _socket->setReadBufferSize(PieceSize);
     if (isThisMachine(name))
         _socket->setProxy(QNetworkProxy::NoProxy);
@@ -111,13 +111,14 @@ void Connection::drop()
     if (_socket)
         _socket->abort();
     _socket.reset();
+    _owner = std::thread::id();
     _bytes.clear();
     _used = 0;
 }
 
 bool Connection::isOwn() const
 {
-    return _socket && _socket->thread() == QThread::currentThread();
+    return _owner == std::this_thread::get_id();
 }
 
 void Connection::consume(size_t size)

@@ -12,6 +12,7 @@
 #include <mutex>
 #include <string>
 #include <string_view>
+#include <thread>
 
 QT_BEGIN_NAMESPACE
 class QAbstractEventDispatcher;
@@ -59,7 +60,7 @@ public:
     /** Closes the connection, without a wait for the peer. */
     void drop();
     bool isOpen() const { return _socket != nullptr; }
-    /** True in the thread that opened the connection. */
+    /** True in the thread that opened the connection, as long as it is open; any thread may ask. */
     bool isOwn() const;
 
     /** The bytes that have come and were not consumed. */
@@ -81,6 +82,8 @@ private:
     bool isLost();
 
     std::unique_ptr<QTcpSocket> _socket;
+    std::atomic<std::thread::id> _owner{
+        std::thread::id()}; /**< thread of the socket, none without it */
     std::string _bytes;
     size_t _used{0};
     std::string _error;
