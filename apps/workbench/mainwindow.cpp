@@ -215,6 +215,31 @@ void MainWindow::placeDock(QDockWidget *dock, Qt::DockWidgetArea area)
     }
 }
 
+/** What docks take from the centre beyond half of the window they give back. */
+void MainWindow::makeRoomInCentre(Qt::Orientation orientation)
+{
+    const auto extent = [orientation](const QWidget *widget) {
+        return orientation == Qt::Horizontal ? widget->width() : widget->height();
+    };
+    const Qt::DockWidgetAreas areas = orientation == Qt::Horizontal
+                                          ? Qt::LeftDockWidgetArea | Qt::RightDockWidgetArea
+                                          : Qt::TopDockWidgetArea | Qt::BottomDockWidgetArea;
+    QList<QDockWidget *> docks;
+    for (QDockWidget *dock : findChildren<QDockWidget *>(QString(), Qt::FindDirectChildrenOnly)) {
+        const bool isBehind = isVisible() && dock->visibleRegion().isEmpty();
+        if (!dock->isHidden() && !dock->isFloating() && !isBehind &&
+            areas.testFlag(dockWidgetArea(dock)))
+            docks.append(dock);
+    }
+    const int lack = extent(this) / 2 - extent(_centre);
+    if (docks.isEmpty() || lack <= 0)
+        return;
+    QList<int> sizes;
+    for (const QDockWidget *dock : docks)
+        sizes.append(std::max(1, extent(dock) - lack / docks.size()));
+    resizeDocks(docks, sizes, orientation);
+}
+
 void MainWindow::createMessages()
 {
     placeDock(_messages, Qt::BottomDockWidgetArea);
@@ -232,7 +257,7 @@ void MainWindow::createFileMenu()
 {
     QMenu *menu = menuBar()->addMenu(tr("&File"));
     menu->addAction(tr("&Open files…"), this, SLOT(askForFiles()), QKeySequence::Open);
-    menu->addAction(tr("Open f&older…"), this, SLOT(askForFolder()), tr("Ctrl+Shift+O"));
+    menu->addAction(tr("Open &folder…"), this, SLOT(askForFolder()), tr("Ctrl+Shift+O"));
     _recent = menu->addMenu(tr("Open &recent"));
     _recent->setToolTipsVisible(true);
     connect(_recent, SIGNAL(aboutToShow()), this, SLOT(fillRecent()));
@@ -252,7 +277,7 @@ void MainWindow::createViewMenu()
     QMenu *menu = menuBar()->addMenu(tr("&View"));
     menu->addActions(panelActions(&PanelParts::viewActions));
 
-    _dark = menu->addAction(tr("&Dark colours"));
+    _dark = menu->addAction(tr("Dar&k colours"));
     _dark->setCheckable(true);
     _dark->setChecked(hasDarkColors());
     connect(_dark, &QAction::toggled, _dark, [](bool on) { setDarkColors(on); });
@@ -479,6 +504,32 @@ bool MainWindow::eventFilter(QObject *watched, QEvent *event)
     return QMainWindow::eventFilter(watched, event);
 }
 
+/** A session that isn't the first begins as the one before has ended. */
+void MainWindow::showEvent(QShowEvent *event)
+{
+    QMainWindow::showEvent(event);
+    if (_hasLayoutOfUser)
+        return;
+    _hasLayoutOfUser = true;
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            makeRoomInCentre(Qt::Horizontal);
+            makeRoomInCentre(Qt::Vertical);
+        },
+        Qt::QueuedConnection);
+}
+
+/** The layout takes from the centre alone what a window loses. */
+void MainWindow::resizeEvent(QResizeEvent *event)
+{
+    QMainWindow::resizeEvent(event);
+    if (event->size().width() < event->oldSize().width())
+        makeRoomInCentre(Qt::Horizontal);
+    if (event->size().height() < event->oldSize().height())
+        makeRoomInCentre(Qt::Vertical);
+}
+
 void MainWindow::dragEnterEvent(QDragEnterEvent *event)
 {
     if (!localFiles(event->mimeData()).isEmpty())
@@ -540,7 +591,7 @@ void MainWindow::restoreSettings()
     QSettings settings;
     settings.beginGroup(SettingsGroup);
     restoreGeometry(settings.value("geometry").toByteArray());
-    restoreState(settings.value("state").toByteArray());
+    _hasLayoutOfUser = restoreState(settings.value("state").toByteArray());
     _messages->hide();
     if (settings.value("dark").toBool())
         _dark->setChecked(true);

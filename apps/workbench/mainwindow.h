@@ -51,6 +51,8 @@ public slots:
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
+    void showEvent(QShowEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
     void closeEvent(QCloseEvent *event) override;
     void dragEnterEvent(QDragEnterEvent *event) override;
     void dropEvent(QDropEvent *event) override;
@@ -74,6 +76,7 @@ private:
     void addWindow(Panel *panel);
     void addDock(Panel *panel);
     void placeDock(QDockWidget *dock, Qt::DockWidgetArea area);
+    void makeRoomInCentre(Qt::Orientation orientation);
     void createFileMenu();
     void createViewMenu();
     void createPanelMenu(QMenu *viewMenu);
@@ -94,7 +97,8 @@ private:
     QMenu *_recent{nullptr};
     QAction *_dark{nullptr};
     bool _interactive{true};
-    bool _mayEndJobs{false}; /**< the user has agreed to it */
+    bool _hasLayoutOfUser{false}; /**< docks are as large as the user wants them */
+    bool _mayEndJobs{false};      /**< the user has agreed to it */
 };
 
 } // namespace Workbench

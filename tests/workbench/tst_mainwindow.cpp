@@ -135,6 +135,7 @@ private slots:
     void init() { calls.clear(); }
     void gathersEntries();
     void keysShowPanels();
+    void leavesHalfToTheCentre();
     void leadsSourcesToTheirPanel();
     void tellsProblemsAndStatus();
     void outlivesPanelsThatThrow();
@@ -189,6 +190,25 @@ void TestMainWindow::keysShowPanels()
     window.bench()->tell({"something"});
     press(Qt::Key_2, Qt::ControlModifier);
     QTRY_VERIFY(!panel(window, "lower")->visibleRegion().isEmpty());
+}
+
+void TestMainWindow::leavesHalfToTheCentre()
+{
+    MainWindow window(registry());
+    window.resize(1200, 800);
+    window.show();
+    auto *left = window.findChild<QDockWidget *>("left");
+    auto *lower = window.findChild<QDockWidget *>("lower");
+    lower->show();
+    QCoreApplication::processEvents();
+    // Docks are as large as the user wants them, until the window has less room.
+    window.resizeDocks({left}, {900}, Qt::Horizontal);
+    window.resizeDocks({lower}, {600}, Qt::Vertical);
+    QTRY_VERIFY(left->width() > 850 && lower->height() > 550);
+    window.resize(1000, 700);
+    const QWidget *centre = window.centralWidget();
+    QTRY_VERIFY(centre->width() >= 490 && centre->height() >= 340);
+    QVERIFY(left->width() > 400 && lower->height() > 200);
 }
 
 void TestMainWindow::leadsSourcesToTheirPanel()
