@@ -69,6 +69,7 @@ private slots:
     void initTestCase();
     void windowReachesToTheLastWaves_data();
     void windowReachesToTheLastWaves();
+    void windowEndsWithTheData();
     void showsChosenEvent();
     void staysWithoutDataOfTheEvent();
     void followsTimeWindow();
@@ -112,6 +113,18 @@ void TestSelectionLink::windowReachesToTheLastWaves()
     if (depthKm > 0)
         event.depthKm = depthKm;
     QVERIFY(isNear(eventWindow(event, farthestKm), window(-60, secondsAfter)));
+}
+
+void TestSelectionLink::windowEndsWithTheData()
+{
+    const auto whole = window(0, 2400);
+    const auto end = [&](const QVector<Core::TimeWindow> &stretches) {
+        return (upToLastData(whole, stretches, Start + Core::TimeSpan(60.0)).endTime() - Start)
+            .length();
+    };
+    QCOMPARE(end({window(30, 230), window(9000, 9900)}), 232.0); // with a margin
+    QCOMPARE(end({window(30, 230), window(2300, 9900)}), 2400.0);
+    QCOMPARE(end({window(-50, 10)}), 120.0); // the origin stays in sight
 }
 
 void TestSelectionLink::showsChosenEvent()

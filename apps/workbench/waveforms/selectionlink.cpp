@@ -6,6 +6,7 @@
 #include "bench/selection.h"
 #include "bench/stations.h"
 #include "bench/tracerows.h"
+#include "datastretches.h"
 #include "navigation.h"
 #include "rowlooks.h"
 #include "roworder.h"
@@ -67,6 +68,17 @@ Core::TimeWindow eventWindow(const EventFacts &event, double farthestKm)
         std::max(LeastSecondsAfter, pathKm / ShearWaveVelocity + SecondsAfterShearWave);
     return {event.originTime - Core::TimeSpan(SecondsBefore),
             event.originTime + Core::TimeSpan(after)};
+}
+
+Core::TimeWindow upToLastData(const Core::TimeWindow &window,
+                              const QVector<Core::TimeWindow> &stretches, const Core::Time &moment)
+{
+    Core::Time end = moment + Core::TimeSpan(SecondsBefore);
+    for (const Core::TimeWindow &stretch : stretches) {
+        if (stretch.overlaps(window))
+            end = std::max(end, withMargins(stretch).endTime());
+    }
+    return {window.startTime(), std::min(end, window.endTime())};
 }
 
 SelectionLink::SelectionLink(Bench *bench, Waveforms *waveforms)
@@ -133,12 +145,14 @@ void SelectionLink::showEvent(const EventFacts &event)
     double farthest = 0;
     for (const EventPath &path : _waveforms->looks()->paths())
         farthest = std::max(farthest, path.distanceKm);
-    const Core::TimeWindow window = eventWindow(event, farthest);
+    Core::TimeWindow window = eventWindow(event, farthest);
     if (!hasData(window)) {
         _bench->showStatus(tr("No waveforms from %1 to %2")
                                .arg(timeText(window.startTime()), timeText(window.endTime())));
         return;
     }
+    if (!_waveforms->isLoading())
+        window = upToLastData(window, _waveforms->stretches(), event.originTime);
     {
         const QScopedValueRollback<bool> following(_isFollowing, true);
         _waveforms->navigation()->history()->keep();

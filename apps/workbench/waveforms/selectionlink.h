@@ -5,6 +5,7 @@
 #include <tellarix/core/timewindow.h>
 
 #include <QObject>
+#include <QVector>
 
 namespace Workbench {
 
@@ -19,6 +20,14 @@ struct EventFacts;
  * @param farthestKm  epicentral distance of the farthest station; 0 without any
  */
 Tellarix::Core::TimeWindow eventWindow(const EventFacts &event, double farthestKm);
+
+/**
+ * @p window without what lies behind the last of @p stretches in it, but for the minute about
+ * @p moment. Of a trigger's recording some minutes are all there is.
+ */
+Tellarix::Core::TimeWindow upToLastData(const Tellarix::Core::TimeWindow &window,
+                                        const QVector<Tellarix::Core::TimeWindow> &stretches,
+                                        const Tellarix::Core::Time &moment);
 
 /**
  * Keeps waveforms and the bench's selection together.
