@@ -118,6 +118,7 @@ private slots:
     void tableFollowsTheRange_data();
     void tableFollowsTheRange();
     void switchesRows();
+    void finishesRowOutOfSight();
     void followsTheView();
     void keepsWhatPixelsNeed();
     void keepsPictureWhileZooming();
@@ -201,6 +202,18 @@ void TestSpectrograms::switchesRows()
 
     desk.spectrograms->setAllShown(false);
     QCOMPARE(desk.rows[0]->spectrogramSize(), size_t(0));
+}
+
+/** A picture of all rows must not lack those that are scrolled away. */
+void TestSpectrograms::finishesRowOutOfSight()
+{
+    Desk desk;
+    desk.view.setMinimumRowHeight(300);
+    desk.spectrograms->setAllShown(true);
+    desk.settle();
+    QVERIFY(!desk.rows[2]->isComplete());
+    desk.spectrograms->finish(desk.rows[2]);
+    QVERIFY(desk.rows[2]->isComplete());
 }
 
 void TestSpectrograms::followsTheView()

@@ -9,6 +9,9 @@ bool RowAddition::areAmplitudesShown(const Tellarix::Gui::RecordWidget *) const
     return true;
 }
 
+void RowAddition::finish(Tellarix::Gui::RecordWidget *)
+{}
+
 void RowAddition::followUnit(Norvu::Gui::Trace *)
 {}
 

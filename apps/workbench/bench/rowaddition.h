@@ -48,6 +48,8 @@ public:
                            const QPoint &position) const = 0;
     /** Whether there is anything in the traces' place whose height is an amplitude. */
     virtual bool areAmplitudesShown(const Tellarix::Gui::RecordWidget *traces) const;
+    /** Works out at once what of it belongs into the view but is put off while nobody sees it. */
+    virtual void finish(Tellarix::Gui::RecordWidget *traces);
     /** Told when the unit of a row's samples, or their scale, is another. */
     virtual void followUnit(Norvu::Gui::Trace *row);
 

@@ -98,6 +98,13 @@ bool Spectrograms::areAmplitudesShown(const Gui::RecordWidget *traces) const
     return !row || row->areTracesShown();
 }
 
+void Spectrograms::finish(Gui::RecordWidget *traces)
+{
+    auto *row = qobject_cast<SpectrogramRow *>(traces);
+    while (row && row->workOut(roomFor(row))) {
+    }
+}
+
 void Spectrograms::followUnit(Trace *trace)
 {
     if (SpectrogramRow *row = rowOf(trace))

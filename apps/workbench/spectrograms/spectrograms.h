@@ -46,6 +46,7 @@ public:
     QString textAt(const Tellarix::Gui::RecordWidget *traces,
                    const QPoint &position) const override;
     bool areAmplitudesShown(const Tellarix::Gui::RecordWidget *traces) const override;
+    void finish(Tellarix::Gui::RecordWidget *traces) override;
 
     void followUnit(Norvu::Gui::Trace *row) override;
 

@@ -4,9 +4,12 @@
 
 #include "bench/exportfile.h"
 #include "bench/picture.h"
+#include "bench/rowaddition.h"
+#include "bench/tracerows.h"
 #include "dataexport.h"
 #include "pictureexport.h"
 
+#include <norvu/gui/trace.h>
 #include <norvu/gui/traceview.h>
 
 #include <QAbstractButton>
@@ -17,8 +20,11 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QMessageBox>
+#include <QPointer>
 #include <QProgressDialog>
 #include <QPushButton>
+
+using Norvu::Gui::Trace;
 
 namespace Workbench {
 
@@ -53,8 +59,8 @@ private:
 
 } // namespace
 
-ExportActions::ExportActions(Norvu::Gui::TraceView *view, QWidget *window)
-    : QObject(window), _view(view), _window(window)
+ExportActions::ExportActions(Norvu::Gui::TraceView *view, TraceRows *rows, QWidget *window)
+    : QObject(window), _view(view), _rows(rows), _window(window)
 {
     addAction(tr("Copy &picture"), SLOT(copyPicture()), tr("Ctrl+Shift+P"));
     addAction(tr("Export p&icture…"), SLOT(askForPicture()), tr("Ctrl+Shift+E"));
@@ -70,8 +76,34 @@ void ExportActions::addAction(const QString &text, const char *slot, const QStri
     _actions.append(action);
 }
 
+/** Rows that are scrolled out of sight belong into a picture with all that is added to them.
+ *  @return false if the user has cancelled it */
+bool ExportActions::finishRows()
+{
+    RowAddition *addition = _rows->addition();
+    if (!addition || !addition->isAnyShown())
+        return true;
+
+    QVector<QPointer<Trace>> rows;
+    for (QWidget *part : pictureParts(*_view)) {
+        if (auto *row = qobject_cast<Trace *>(part))
+            rows.append(row);
+    }
+    ProgressDialog progress(tr("Drawing…"), _window);
+    const auto goOn = progress.function();
+    for (int i = 0; i < rows.size(); ++i) {
+        if (!goOn(double(i) / rows.size()))
+            return false;
+        if (rows[i]) // the dialog lets go on what may take it away
+            addition->finish(rows[i]->recordWidget());
+    }
+    return true;
+}
+
 void ExportActions::copyPicture()
 {
+    if (!finishRows())
+        return;
     QString error;
     const QImage picture = pictureOf(*_view, &error);
     if (picture.isNull()) {
@@ -86,7 +118,7 @@ void ExportActions::askForPicture()
 {
     const QString file =
         askForExportFile(_window, tr("Export picture"), suggestedName(), pictureFilters());
-    if (file.isEmpty())
+    if (file.isEmpty() || !finishRows())
         return;
 
     QString error;

@@ -17,6 +17,7 @@ class TraceView;
 
 namespace Workbench {
 
+class TraceRows;
 struct ExportOutcome;
 
 /** Menu entries, with their dialogs, by which pictures and data of a trace view are taken away. */
@@ -25,8 +26,9 @@ class ExportActions : public QObject
     Q_OBJECT
 
 public:
-    /** @param window  owns this object and is the parent of its dialogs */
-    ExportActions(Norvu::Gui::TraceView *view, QWidget *window);
+    /** @param rows  tells what is added to rows
+     *  @param window  owns this object and is the parent of its dialogs */
+    ExportActions(Norvu::Gui::TraceView *view, TraceRows *rows, QWidget *window);
 
     const QList<QAction *> &actions() const { return _actions; }
 
@@ -44,11 +46,13 @@ signals:
 
 private:
     void addAction(const QString &text, const char *slot, const QString &shortcut = QString());
+    bool finishRows();
     QString suggestedName() const;
     bool mayReplace(const QString &folder, const QStringList &names);
     void tell(const ExportOutcome &outcome);
 
     Norvu::Gui::TraceView *_view;
+    TraceRows *_rows;
     QWidget *_window;
     QList<QAction *> _actions;
 };

@@ -42,21 +42,6 @@ QString titleOf(const TraceView &view)
              QString::fromStdString(window.endTime().toString(format)));
 }
 
-/** What stands between title and time scale: the rows, or the overview in their place. */
-QVector<QWidget *> shownParts(const TraceView &view)
-{
-    auto *overview = view.findChild<MultiTraceWidget *>();
-    if (overview && overview->isActive())
-        return {overview};
-
-    QVector<QWidget *> parts;
-    for (Trace *row : view.items()) {
-        if (!row->isHidden())
-            parts.append(row);
-    }
-    return parts;
-}
-
 /** Where the parts of a picture stand. */
 class Layout
 {
@@ -64,7 +49,7 @@ public:
     explicit Layout(TraceView &view) : _view(view)
     {
         if (view.count() > 0)
-            _parts = shownParts(view);
+            _parts = pictureParts(view);
         for (const QWidget *part : _parts) {
             _height += part->height();
             _width = std::max(_width, part->width());
@@ -132,6 +117,20 @@ bool makePicture(TraceView &view, Picture &picture, QString *error)
 }
 
 } // namespace
+
+QVector<QWidget *> pictureParts(const TraceView &view)
+{
+    auto *overview = view.findChild<MultiTraceWidget *>();
+    if (overview && overview->isActive())
+        return {overview};
+
+    QVector<QWidget *> parts;
+    for (Trace *row : view.items()) {
+        if (!row->isHidden())
+            parts.append(row);
+    }
+    return parts;
+}
 
 QImage pictureOf(TraceView &view, QString *error)
 {

@@ -13,6 +13,9 @@ class TraceView;
 
 namespace Workbench {
 
+/** What stands between title and time scale: the rows, or the overview in their place. */
+QVector<QWidget *> pictureParts(const Norvu::Gui::TraceView &view);
+
 /**
  * A picture of a trace view: the visible time range as a title, below it all rows, also those that
  * are scrolled out of sight, or the overview if that is shown, and the time scale. The background
