@@ -9,6 +9,9 @@
 
 #include <tellarix/qt/records/timescale.h>
 
+#include <QScrollArea>
+#include <QScrollBar>
+
 using namespace WaveformTesting;
 using namespace Workbench;
 
@@ -47,6 +50,7 @@ private slots:
     void tracesEndAtTimeScale_data();
     void tracesEndAtTimeScale();
     void marginsGoWithTheLastSpectrogram();
+    void keepsCurrentRowInSight();
 
 private:
     QTemporaryDir _folder;
@@ -114,6 +118,40 @@ void TestWaveforms::marginsGoWithTheLastSpectrogram()
     view->removeItem(view->itemAt(0));
     QCOMPARE(view->extraSpacing(), 0);
     QCOMPARE(view->minimumRowHeight(), height);
+}
+
+void TestWaveforms::keepsCurrentRowInSight()
+{
+    Desk desk(_file);
+    auto *view = desk.panel.view();
+    const int low = view->minimumRowHeight();
+    view->setMinimumRowHeight(20);
+    view->select(view->itemAt(2));
+    QCoreApplication::processEvents();
+    const auto isWhole = [view](int row) {
+        const QWidget *widget = view->itemAt(row);
+        return widget->visibleRegion().boundingRect().height() >= widget->height() - 1;
+    };
+    QTRY_VERIFY(isWhole(0) && isWhole(2));
+
+    // Numbers at a ruler need higher rows.
+    desk.panel.setRulersShown(true);
+    QVERIFY(view->minimumRowHeight() > 20);
+    desk.panel.setRulersShown(false);
+    QCOMPARE(view->minimumRowHeight(), 20);
+
+    view->setMinimumRowHeight(view->height() / 2);
+    QTRY_VERIFY(!isWhole(0));
+    QTRY_VERIFY(isWhole(2));
+    // What the user has scrolled away stays away.
+    auto *bar = view->findChild<QScrollArea *>()->verticalScrollBar();
+    bar->setValue(0);
+    QCoreApplication::processEvents();
+    view->setMinimumRowHeight(view->height());
+    QTRY_VERIFY(bar->maximum() > view->height());
+    QCoreApplication::processEvents();
+    QCOMPARE(bar->value(), 0);
+    view->setMinimumRowHeight(low);
 }
 
 QTEST_MAIN(TestWaveforms)

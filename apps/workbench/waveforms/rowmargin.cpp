@@ -19,6 +19,13 @@ using Norvu::Gui::VRuler;
 
 namespace Workbench {
 
+namespace {
+
+/** Of the numbers at a ruler, relative to other texts. */
+constexpr double NumberSize = 0.85;
+
+} // namespace
+
 RowMargin::RowMargin(Trace *row) : QWidget(row), _row(row)
 {
     auto *layout = new QHBoxLayout(this);
@@ -74,11 +81,15 @@ void RowMargin::addRuler()
     _rulerColumn = new QWidget(this);
     auto *column = new QVBoxLayout(_rulerColumn);
     _ruler = new VRuler(_rulerColumn);
+    _ruler->setPosition(VRuler::Right); // of the traces
     QSizePolicy policy = _ruler->sizePolicy();
     policy.setRetainSizeWhenHidden(true);
     _ruler->setSizePolicy(policy);
     column->addWidget(_ruler);
     _ruler->setInteractive(false);
+    QFont small = font();
+    small.setPointSizeF(NumberSize * small.pointSizeF());
+    _ruler->setFont(small);
     // Room for ticks, the longest number, and the unit beside it.
     _ruler->setFixedWidth(fontMetrics().horizontalAdvance("-8.8e+08") + 2 * fontMetrics().height());
     static_cast<QHBoxLayout *>(layout())->insertWidget(0, _rulerColumn);

@@ -10,10 +10,18 @@
 #include <norvu/gui/traceview.h>
 
 #include <algorithm>
+#include <utility>
 
 using Norvu::Gui::Trace;
 
 namespace Workbench {
+
+namespace {
+
+/** A ruler with less has room for no number but 0. */
+constexpr int RulerLines = 5;
+
+} // namespace
 
 RowMargins::RowMargins(Norvu::Gui::TraceView *view, TraceRows *rows)
     : QObject(view), _view(view), _rows(rows)
@@ -50,29 +58,34 @@ void RowMargins::setRowHeight(int height)
     applyRowHeight();
 }
 
+/** What has to be told beside the rows needs some height, 0 if there is nothing. */
+int RowMargins::neededHeight() const
+{
+    const int additions = isAnyAdditionShown() ? _rows->addition()->rowHeight() : 0;
+    return _rulersShown ? std::max(additions, RulerLines * _view->fontMetrics().height())
+                        : additions;
+}
+
 void RowMargins::applyRowHeight()
 {
-    _view->setMinimumRowHeight(_hasAdditions ? std::max(_rowHeight, _rows->addition()->rowHeight())
-                                             : _rowHeight);
+    _view->setMinimumRowHeight(std::max(_rowHeight, neededHeight()));
 }
 
 void RowMargins::update()
 {
     // It takes a look at all rows.
-    const bool isShown = isAnyAdditionShown();
-    RowAddition *addition = isShown ? _rows->addition() : nullptr;
+    RowAddition *addition = isAnyAdditionShown() ? _rows->addition() : nullptr;
     _view->changeItems([&] {
         for (Trace *row : _view->items())
             update(row, addition);
     });
-    if (isShown != _hasAdditions) {
-        _hasAdditions = !_hasAdditions;
-        if (_hasAdditions)
-            _rowHeight = _view->minimumRowHeight(); // as the user has made it
+    const bool isRaised = neededHeight() > 0;
+    if (isRaised && !_isRaised)
+        _rowHeight = _view->minimumRowHeight(); // as the user has made it
+    const bool wasRaised = std::exchange(_isRaised, isRaised);
+    _hasAdditions = addition != nullptr;
+    if (isRaised || wasRaised)
         applyRowHeight();
-    } else if (_hasAdditions) {
-        applyRowHeight(); // what is added may be somewhere else
-    }
     updateWidths();
 }
 

@@ -42,12 +42,14 @@ private slots:
 private:
     bool isAnyAdditionShown() const;
     void update(Norvu::Gui::Trace *row, RowAddition *addition);
+    int neededHeight() const;
     void applyRowHeight();
 
     Norvu::Gui::TraceView *_view;
     TraceRows *_rows;
     bool _rulersShown{false};
     bool _hasAdditions{false};
+    bool _isRaised{false}; /**< rows are higher for what stands beside them */
     int _rowHeight{0};
 };
 

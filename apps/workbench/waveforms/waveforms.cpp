@@ -7,6 +7,7 @@
 #include "bench/rowaddition.h"
 #include "bench/streamstates.h"
 #include "bench/tracerows.h"
+#include "currentrow.h"
 #include "datastretches.h"
 #include "datastrip.h"
 #include "livefollow.h"
@@ -55,11 +56,13 @@ const Core::TimeSpan LiveWindow(600.0);
 /** From the present, in s. */
 constexpr double FarAlignment = 30 * 86400.0;
 
-/** Times relative to the day of the data keep all their digits, however far it is zoomed in. */
-Core::Time dayOf(const Core::Time &time)
+/** Times relative to a day close to the data keep all their digits, however far it is zoomed in.
+ *  The line at what rows are aligned to means nothing until an event is chosen: it stays out of
+ *  sight a day before. */
+Core::Time dayBefore(const Core::Time &time)
 {
     const Core::TimeFields fields = time.fields();
-    return Core::Time(fields.year, fields.month, fields.day);
+    return Core::Time(fields.year, fields.month, fields.day) - Core::TimeSpan(86400);
 }
 
 } // namespace
@@ -96,6 +99,7 @@ Waveforms::Waveforms(Bench *bench, QWidget *parent)
     connectTime();
     connectRows();
     connectLive();
+    new CurrentRow(_view);
     connect(_view, SIGNAL(loadDataRequested()), this, SLOT(reload()));
     connect(_queue, SIGNAL(advanced()), this, SLOT(showArrivals()));
     connect(_queue, SIGNAL(ended(QStringList)), this, SLOT(endLoad(QStringList)));
@@ -246,7 +250,7 @@ void Waveforms::showLiveArrivals()
     const Core::Time now = _bench->streamStates()->now();
     _navigation->history()->keep();
     if (std::abs((_view->timeScale()->alignment() - now).length()) > FarAlignment)
-        _view->setAlignment(dayOf(now));
+        _view->setAlignment(dayBefore(now));
     _follow->start(std::min(LiveWindow, _live->longestLength()));
     updateHint();
 }
@@ -284,7 +288,7 @@ void Waveforms::showFirstStretch()
     if (stretches().isEmpty() || hasUserMoved())
         return;
     if (_load.isFirst)
-        _view->setAlignment(dayOf(stretches().first().startTime()));
+        _view->setAlignment(dayBefore(stretches().first().startTime()));
     _view->setVisibleTimeWindow(withMargins(stretches().first()));
     _visibility->update();
     _load.window = _view->visibleTimeWindow();

@@ -105,7 +105,8 @@ void VRuler::paintEvent(QPaintEvent *event)
         return;
 
     painter.save();
-    painter.translate(0, (h + w + 2) / 2);
+    // It reads along the edge away from the traces.
+    painter.translate(position() == Right ? width() - extent.height() : 0, (h + w + 2) / 2);
     painter.rotate(-90.0);
     painter.drawText(QRect(QPoint(0, 0), QPoint(w, extent.bottom() - extent.top())),
                      Qt::AlignHCenter | Qt::AlignVCenter | Qt::TextDontClip, _annotation);

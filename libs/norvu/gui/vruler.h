@@ -20,8 +20,9 @@ namespace Norvu {
 namespace Gui {
 
 /**
- * An amplitude scale left of a record widget, with short texts at its ticks and an annotation, such
- * as a unit, that reads upwards along its left edge. It shows -1 to 1 at the start.
+ * An amplitude scale left of a record widget, or right of it by its position, with short texts at
+ * its ticks and an annotation, such as a unit, that reads upwards along its outer edge. It shows -1
+ * to 1 at the start.
  */
 class NORVU_GUI_API VRuler : public Tellarix::Gui::Ruler
 {

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: LGPL-3.0-or-later
+
+#pragma once
+
+#include <QObject>
+#include <QTimer>
+
+class QScrollArea;
+
+namespace Norvu {
+namespace Gui {
+class Trace;
+class TraceView;
+} // namespace Gui
+} // namespace Norvu
+
+namespace Workbench {
+
+/** Keeps the current row in sight where rows are sorted, grouped, or made higher. Only the user
+ *  scrolls it away. */
+class CurrentRow : public QObject
+{
+    Q_OBJECT
+
+public:
+    /** @param view  owns this object */
+    explicit CurrentRow(Norvu::Gui::TraceView *view);
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private slots:
+    void watch(Norvu::Gui::Trace *old, Norvu::Gui::Trace *row);
+    void look();
+
+private:
+    bool isInSight() const;
+
+    Norvu::Gui::TraceView *_view;
+    QScrollArea *_area;
+    QTimer _timer;
+    bool _hasMoved{false}; /**< among the rows, since look() */
+    bool _wasInSight{false};
+};
+
+} // namespace Workbench
