@@ -71,6 +71,24 @@ private slots:
         QVERIFY2(twice.isEmpty(), qPrintable(twice.join(", ")));
     }
 
+    void noLetterOfAMenuIsGivenTwice()
+    {
+        MainWindow window;
+        QStringList twice;
+        for (const QMenu *menu : window.findChildren<QMenu *>()) {
+            QSet<QString> letters;
+            for (const QAction *action : menu->actions()) {
+                const QString letter = QKeySequence::mnemonic(action->text()).toString();
+                if (letter.isEmpty() || !action->isVisible())
+                    continue;
+                if (letters.contains(letter))
+                    twice.append(menu->title() + " > " + action->text());
+                letters.insert(letter);
+            }
+        }
+        QVERIFY2(twice.isEmpty(), qPrintable(twice.join(", ")));
+    }
+
     void groupsByMenu()
     {
         QMainWindow window;

@@ -123,9 +123,9 @@ void EventPanel::createActions()
 {
     addAction(tr("Open event data&base…"), SLOT(openDatabase()))->setShortcut(tr("Ctrl+B"));
     addAction(tr("&New event database…"), SLOT(makeDatabase()));
-    _importAction = addAction(tr("&Import events…"), SLOT(importFiles()));
+    _importAction = addAction(tr("I&mport events…"), SLOT(importFiles()));
     _exportAction = addAction(tr("E&xport events…"), SLOT(exportShown()));
-    _scriptAction = addAction(tr("Run a scri&pt on the events…"), SLOT(runScript()));
+    _scriptAction = addAction(tr("Run a script on the e&vents…"), SLOT(runScript()));
     _showAllAction = addAction(tr("Show the whole ca&talogue"), SLOT(showAll()));
 }
 

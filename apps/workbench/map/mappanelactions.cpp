@@ -94,7 +94,7 @@ void MapPanel::createActions()
     QAction *measure = addTool(tr("&Measure distances"), chRuler);
     connect(measure, SIGNAL(toggled(bool)), _measuring, SLOT(setActive(bool)));
     connect(_measuring, SIGNAL(activeChanged(bool)), measure, SLOT(setChecked(bool)));
-    _limitAction = addTool(tr("List only &what the map shows"), chFilter);
+    _limitAction = addTool(tr("List only what the map s&hows"), chFilter);
     connect(_limitAction, SIGNAL(toggled(bool)), this, SLOT(setLimitsList(bool)));
     _everywhereAction =
         _menu->addAction(tr("List events from &everywhere"), this, SLOT(listEverywhere()));
@@ -119,15 +119,15 @@ void MapPanel::createMenu()
         QMenu *choices = _events->layer()->menu(events);
         events->addActions(choices->actions());
     });
-    addSwitch("eventLabels", tr("Labels of e&vents"), true, _events, SLOT(setLabelsShown(bool)));
+    addSwitch("eventLabels", tr("Labels of eve&nts"), true, _events, SLOT(setLabelsShown(bool)));
     addSwitch("stations", tr("&Stations"), true, _stations, SLOT(setShown(bool)));
     addSwitch("codes", tr("&Codes of stations"), true, _stations, SLOT(setCodes(bool)));
     addSwitch("delays", tr("Colour stations by dela&y"), false, _stations,
               SLOT(setColoredByDelay(bool)));
     addSwitch("shadows", tr("Sha&dows of stations"), true, _stations, SLOT(setShadows(bool)));
     _menu->addSeparator();
-    addSwitch("borders", tr("&Borders"), true, this, SLOT(updateBackground()));
-    addSwitch("rivers", tr("Ri&vers"), true, this, SLOT(updateBackground()));
+    addSwitch("borders", tr("Borders"), true, this, SLOT(updateBackground()));
+    addSwitch("rivers", tr("Rivers"), true, this, SLOT(updateBackground()));
     addSwitch("towns", tr("&Towns"), true, this, SLOT(updateBackground()));
     addSwitch("graticule", tr("&Graticule"), true, this, SLOT(updateBackground()));
     QAction *legends =

@@ -50,7 +50,7 @@ QVector<QList<Trace *>> stationGroups(const QList<Trace *> &rows)
 
 RowGroups::RowGroups(TraceView *view)
     : QObject(view), _view(view),
-      _fold(addAction(tr("&Fold or unfold station"), tr("Shift+G"), SLOT(foldSelected()))),
+      _fold(addAction(tr("Fold or unfold statio&n"), tr("Shift+G"), SLOT(foldSelected()))),
       _foldAll(addAction(tr("Fold or &unfold all stations"), tr("Ctrl+Alt+G"), SLOT(foldAll())))
 {
     setOn(false);

@@ -32,7 +32,7 @@ bool isOtherView(const Core::TimeWindow &before, const Core::TimeWindow &now)
 
 ViewHistory::ViewHistory(Norvu::Gui::TraceView *view)
     : QObject(view), _view(view), _back(new QAction(tr("View &before"), this)),
-      _forward(new QAction(tr("View a&fter"), this))
+      _forward(new QAction(tr("View af&ter"), this))
 {
     _back->setShortcut(tr("Alt+Left"));
     _forward->setShortcut(tr("Alt+Right"));
