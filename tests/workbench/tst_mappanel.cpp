@@ -174,6 +174,13 @@ void TestMapPanel::labelsWhatIsUnderTheMouse()
              qPrintable(map.panel.hoveredText()));
     map.move(map.pixel(20, 40));
     QVERIFY2(!map.panel.hoveredText().contains("M "), qPrintable(map.panel.hoveredText()));
+
+    // Of what doesn't fit the start is told.
+    map.panel.resize(420, 500);
+    QCoreApplication::processEvents();
+    map.move(map.pixel(30, 50));
+    QVERIFY2(map.panel.hoveredText().startsWith("M 6.0") && map.panel.hoveredText().endsWith("…"),
+             qPrintable(map.panel.hoveredText()));
 }
 
 void TestMapPanel::labelsWhatIsUnderTheMouseElsewhere()

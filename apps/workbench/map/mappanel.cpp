@@ -220,9 +220,10 @@ void MapPanel::tellPlace(const QPointF &place)
     else if (const EventFacts *event = _events->hovered())
         parts << EventsOnMap::textOf(*event);
     // The start of a text that is too long would be cut off.
+    const QFontMetrics metrics = _text->fontMetrics();
     const QString whole = parts.join("   ");
-    const bool fits = _text->fontMetrics().horizontalAdvance(whole) <= _text->width();
-    _text->setText(fits ? whole : parts.last());
+    const bool fits = metrics.horizontalAdvance(whole) <= _text->width();
+    _text->setText(fits ? whole : metrics.elidedText(parts.last(), Qt::ElideRight, _text->width()));
 }
 
 void MapPanel::tellNothing()
