@@ -12,12 +12,14 @@
 #include "openwindow.h"
 #include "pointer.h"
 
+#include <norvu/gui/datetimeedit.h>
 #include <norvu/gui/multitracewidget.h>
 #include <tellarix/qt/records/timescale.h>
 
 #include <QAbstractButton>
 #include <QAction>
 #include <QClipboard>
+#include <QDockWidget>
 #include <QInputDialog>
 #include <QLabel>
 #include <QLineEdit>
@@ -49,6 +51,17 @@ QStringList shownLabels(const TraceView &view)
             labels.append(row->label());
     }
     return labels;
+}
+
+/** What the status bar tells of the time in view. */
+QString rangeText(const OpenWindow &window)
+{
+    QString text;
+    for (const QLabel *label : window.window.statusBar()->findChildren<QLabel *>()) {
+        if (label->text().contains(" UTC"))
+            text = label->text();
+    }
+    return text;
 }
 
 /** Ink of traces in a strip of a row's canvas. */
@@ -217,7 +230,9 @@ void TestWaveformTour::pagesFromAllData()
     QTest::keyClick(window.view, Qt::Key_0, Qt::ControlModifier);
     QTest::keyClick(window.view, Qt::Key_PageDown);
     QVERIFY(isNear(window.view->visibleTimeWindow(), stretches[0]));
+    QVERIFY(rangeText(window).endsWith("stretch 1 of 2"));
     QTest::keyClick(window.view, Qt::Key_0, Qt::ControlModifier);
+    QVERIFY(rangeText(window).endsWith("stretches 1 to 2 of 2"));
     QTest::keyClick(window.view, Qt::Key_PageUp);
     QVERIFY(isNear(window.view->visibleTimeWindow(), stretches[1]));
 }
@@ -230,7 +245,7 @@ void TestWaveformTour::rowsThatFilterDoesNotFitSaySo()
     const QColor plain = box->lineEdit()->palette().color(QPalette::Text);
     const auto apply = [&](const char *text) {
         QTest::keyClick(&window.window, Qt::Key_F, Qt::ControlModifier);
-        box->setEditText(text);
+        QTest::keyClicks(box->lineEdit(), text); // in the place of the former one
         QTest::keyClick(box, Qt::Key_Return);
         QCoreApplication::processEvents();
     };
@@ -610,7 +625,10 @@ void TestWaveformTour::componentsHaveColors()
     QCOMPARE(window.row(1)->recordPen(0), window.row(2)->recordPen(0));
     // They stand out from either background.
     const QColor onLight = window.row(1)->recordPen(0).color();
+    const auto *time = window.window.findChild<Norvu::Gui::DateTimeEdit *>();
+    time->grab(); // with its own style sheet it has taken over the colours
     setDarkColors(true);
+    QVERIFY(time->palette().color(QPalette::Base).lightness() < 128);
     const QColor onDark = window.row(1)->recordPen(0).color();
     setDarkColors(false);
     QVERIFY(onDark.lightness() > onLight.lightness() + 50);
@@ -650,6 +668,9 @@ void TestWaveformTour::opensFoldersAndRecentFiles()
     QVERIFY(QDir(_folder.path()).mkpath("archive/deep"));
     write("archive/one.mseed", {"XX.ONE..HHZ"}, {0});
     write("archive/deep/two.mseed", {"XX.TWO..HHZ"}, {0});
+    QFile document(_folder.filePath("archive/README.md"));
+    QVERIFY(document.open(QIODevice::WriteOnly) && document.write("Two stations.\n") > 0);
+    document.close();
     {
         MainWindow window;
         QSignalSpy progress(window.bench()->tasks(), SIGNAL(started(Workbench::Task *)));
@@ -657,6 +678,7 @@ void TestWaveformTour::opensFoldersAndRecentFiles()
         openAll(window, *window.bench(), {_folder.filePath("archive")});
         QCOMPARE(window.findChild<Waveforms *>()->view()->count(), 2);
         QCOMPARE(progress.count(), 1);
+        QVERIFY(!window.findChild<QDockWidget *>("messages")->isVisible());
     }
     MainWindow window;
     window.show();

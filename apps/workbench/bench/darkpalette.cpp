@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QStyle>
 #include <QStyleFactory>
+#include <QWidget>
 
 namespace Workbench {
 
@@ -50,6 +51,11 @@ void setDarkColors(bool dark)
         return;
     QApplication::setStyle(QStyleFactory::create("Fusion"));
     QApplication::setPalette(dark ? darkPalette() : QApplication::style()->standardPalette());
+    // Those with a style sheet keep the colours that they were polished with.
+    for (QWidget *widget : QApplication::allWidgets()) {
+        if (!widget->styleSheet().isEmpty())
+            widget->setStyleSheet(widget->styleSheet());
+    }
 }
 
 } // namespace Workbench

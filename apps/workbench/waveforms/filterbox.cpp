@@ -110,7 +110,7 @@ FilterBox::FilterBox(QWidget *parent)
     connect(_input, SIGNAL(entered(QString)), this, SLOT(enter()));
     connect(_input, SIGNAL(left()), this, SIGNAL(left()));
     connect(_toggle, SIGNAL(toggled(bool)), this, SIGNAL(filterEnabled(bool)));
-    connect(_edit, SIGNAL(triggered()), _input, SLOT(setFocus()));
+    connect(_edit, SIGNAL(triggered()), this, SLOT(edit()));
 }
 
 void FilterBox::addTool(QAction *action)
@@ -169,6 +169,13 @@ void FilterBox::noteEdit()
 {
     if (!_isFilling)
         emit edited();
+}
+
+/** Typing replaces what is there. */
+void FilterBox::edit()
+{
+    _input->setFocus();
+    _input->lineEdit()->selectAll();
 }
 
 void FilterBox::enter()

@@ -67,6 +67,7 @@ signals:
     void problem(const QString &message);
 
 private slots:
+    void edit();
     void enter();
     void noteEdit();
     void rememberAdjusted();

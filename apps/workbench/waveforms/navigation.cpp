@@ -135,15 +135,22 @@ void Navigation::updateRangeText()
     emit rangeText(text + stretchText(visible));
 }
 
-/** Which of several stretches is in sight. */
+/** Which of several stretches are in sight. */
 QString Navigation::stretchText(const Core::TimeWindow &visible) const
 {
     const auto &stretches = _coverage->stretches();
+    QStringList shown;
     for (int i = 0; stretches.size() > 1 && i < stretches.size(); ++i) {
         if (stretches[i].overlaps(visible))
-            return tr("  ·  stretch %1 of %2").arg(i + 1).arg(stretches.size());
+            shown.append(QString::number(i + 1));
     }
-    return QString();
+    if (shown.isEmpty())
+        return QString();
+    if (shown.size() == 1)
+        return tr("  ·  stretch %1 of %2").arg(shown.first()).arg(stretches.size());
+    return tr("  ·  stretches %1 to %2 of %3")
+        .arg(shown.first(), shown.last())
+        .arg(stretches.size());
 }
 
 } // namespace Workbench

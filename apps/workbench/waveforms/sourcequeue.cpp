@@ -89,7 +89,8 @@ void SourceQueue::gatherProblems()
                              .arg(source)
                              .arg(_loader->textCount()));
     if (_loader->waveformCount() == 0) {
-        _problems.append(tr("%1: no waveforms in it").arg(source));
+        if (_loader->messages().isEmpty() && _loader->textCount() == 0)
+            _problems.append(tr("%1: no waveforms in it").arg(source));
         _empty.append(source);
     }
 }

@@ -64,7 +64,7 @@ constexpr int PictureStepMilliseconds = 50;
 QList<QAction *> namedTools(const QToolBar &bar)
 {
     const QHash<QString, QString> names{
-        {"Clean", WaveformPanel::tr("Remove &empty traces")},
+        {"Clean", WaveformPanel::tr("Remove emp&ty traces")},
         {"Reset", WaveformPanel::tr("&Reset selected traces")},
         {"Norm all", WaveformPanel::tr("One amplitude range for &all traces")},
         {"Norm visibile", WaveformPanel::tr("Amplitude range of what is &visible")},
@@ -161,7 +161,7 @@ void WaveformPanel::createViewActions()
     _viewActions.append(_waveforms->visibility()->hideEmptyAction());
     _viewActions.append(_waveforms->visibility()->hiddenMenu()->menuAction());
     _viewActions.append(_waveforms->colors()->action());
-    auto *compact = new QAction(tr("&Compact rows"), this);
+    auto *compact = new QAction(tr("Co&mpact rows"), this);
     compact->setCheckable(true);
     compact->setShortcut(tr("Ctrl+K"));
     connect(_waveforms->looks(), SIGNAL(compactChanged(bool)), compact, SLOT(setChecked(bool)));
@@ -250,7 +250,7 @@ void WaveformPanel::createOverviewMenu()
 
 void WaveformPanel::createExports()
 {
-    _exports = new ExportActions(_waveforms->view(), this);
+    _exports = new ExportActions(_waveforms->view(), bench()->rows(), this);
     connect(_exports, SIGNAL(failed(QStringList)), bench(), SLOT(tell(QStringList)));
     connect(_exports, SIGNAL(done(QString)), bench(), SLOT(showStatus(QString)));
 
