@@ -17,12 +17,14 @@ namespace {
 
 PoolWork Helpers;
 
+} // namespace
+
 /** Numbers that threads take one by one. A thread that comes late finds none and calls nothing, so
  *  only the queue has to outlive the work. */
-class Queue
+class SharedCalls::Queue
 {
 public:
-    Queue(int count, const std::function<void(int)> &work) : _count(count), _work(work) {}
+    Queue(int count, std::function<void(int)> work) : _count(count), _work(std::move(work)) {}
 
     void run()
     {
@@ -43,6 +45,15 @@ public:
         _allDone.wait(lock, [this] { return _done == _count; });
     }
 
+    bool isDone()
+    {
+        const std::lock_guard<std::mutex> lock(_mutex);
+        return _done == _count;
+    }
+
+    /** Leaves out what nobody has begun with; there must be no waiting any more. */
+    void drop() { _next = _count; }
+
 private:
     const int _count;
     const std::function<void(int)> _work;
@@ -52,7 +63,30 @@ private:
     int _done{0};
 };
 
-} // namespace
+SharedCalls::SharedCalls(int count, std::function<void(int)> work)
+    : _queue(std::make_shared<Queue>(std::max(0, count), std::move(work)))
+{}
+
+SharedCalls::~SharedCalls()
+{
+    _queue->drop();
+}
+
+std::function<void()> SharedCalls::part() const
+{
+    return [queue = _queue] { queue->run(); };
+}
+
+bool SharedCalls::isDone() const
+{
+    return _queue->isDone();
+}
+
+void SharedCalls::finish()
+{
+    _queue->run();
+    _queue->wait();
+}
 
 PoolWork::~PoolWork()
 {
@@ -97,13 +131,12 @@ void parallelFor(int count, const std::function<void(int)> &work, int threads)
         return;
     }
 
-    const auto queue = std::make_shared<Queue>(count, work);
+    SharedCalls calls(count, work);
     for (int i = 1; i < std::min(most, count); ++i) {
-        if (!Helpers.tryStart(pool, [queue] { queue->run(); }))
+        if (!Helpers.tryStart(pool, calls.part()))
             break;
     }
-    queue->run();
-    queue->wait();
+    calls.finish();
 }
 
 } // namespace Core

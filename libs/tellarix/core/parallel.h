@@ -8,6 +8,7 @@
 
 #include <deque>
 #include <functional>
+#include <memory>
 #include <mutex>
 
 class QThreadPool;
@@ -38,6 +39,36 @@ private:
 
     std::mutex _mutex;
     std::deque<std::function<void()>> _waiting;
+};
+
+/**
+ * Calls of a function with each number from 0 to a count - 1, which other threads begin with and
+ * finish() ends: for what will be needed a bit later.
+ *
+ * The numbers are taken in ascending order, each by whichever thread is free. Nobody waits for a
+ * thread that hasn't begun.
+ */
+class TELLARIX_CORE_API SharedCalls
+{
+public:
+    /** @param work  must not throw; is called by several threads at the same time, and may live on
+     *               for a while after this object */
+    SharedCalls(int count, std::function<void(int)> work);
+    /** Calls that nobody has begun with are left out; those that run are not waited for. */
+    ~SharedCalls();
+
+    /** Takes the calls that are left; ends when there are none. For as many threads as are to take
+     *  part, in which it may also come too late. */
+    std::function<void()> part() const;
+    /** True if all calls have returned. */
+    bool isDone() const;
+    /** Takes part, and returns when all calls have returned. */
+    void finish();
+
+private:
+    class Queue;
+
+    std::shared_ptr<Queue> _queue;
 };
 
 /**

@@ -5,6 +5,8 @@
 #include <tellarix/core/records/record.h>
 #include <tellarix/core/records/streamcodes.h>
 
+#include <utility>
+
 namespace Tellarix {
 namespace IO {
 
@@ -18,6 +20,10 @@ constexpr size_t BlockSize = 256 * 1024;
 // What is no record within so many bytes from the start makes the file one of another format.
 constexpr int64_t MaxGarbage = 16 * 1024 * 1024;
 constexpr size_t SignatureSize = 48;
+// A smaller file is decoded before other threads have woken up.
+constexpr int64_t LeastSizeForThreads = 1024 * 1024;
+constexpr int LeastBatches = 6;
+constexpr int BatchesPerThread = 2;
 
 } // namespace
 
@@ -74,58 +80,149 @@ bool MiniSeedReader::readMore()
 
 RecordPtr MiniSeedReader::next()
 {
-    while (!_input.isClosed()) {
-        const Step step = _heldStep ? *_heldStep : _scanner.next();
-        _heldStep.reset();
-        switch (step) {
-        case Step::Record:
-            if (const RecordPtr record = decodeFound())
-                return record;
-            break;
-        case Step::Fault:
-            _input.tell(Severity::Fault, _scanner.offset(), _scanner.cause());
-            break;
-        case Step::Note:
-            _input.tell(Severity::Note, _scanner.offset(), _scanner.cause());
-            break;
-        case Step::NeedsBytes:
-            if (!readMore())
-                _scanner.finish();
-            break;
-        case Step::Pause:
-            break;
-        case Step::End:
-            return RecordPtr();
-        }
+    return _input.size() < LeastSizeForThreads ? nextAlone() : nextOfBatches();
+}
+
+RecordPtr MiniSeedReader::nextAlone()
+{
+    bool pauses = false;
+    while (!_input.isClosed() && !_atEnd) {
+        _found.clear();
+        if (!find(_found, pauses))
+            continue;
+        _found.decode(_scanner.record());
+        if (const RecordPtr record = deliver(_found))
+            return record;
     }
     return RecordPtr();
 }
 
-/** The record that the scanner stands at; null if it is not requested or can't be read. */
-RecordPtr MiniSeedReader::decodeFound()
+RecordPtr MiniSeedReader::nextOfBatches()
+{
+    while (!_input.isClosed()) {
+        if (_ahead.empty()) {
+            lookAhead();
+            if (_ahead.empty() && _atEnd)
+                break;
+            continue;
+        }
+        if (!_isFrontDone)
+            finishFront();
+        while (FoundRecord *found = _ahead.front()->next()) {
+            if (const RecordPtr record = deliver(*found))
+                return record;
+        }
+        _spare.push_back(std::move(_ahead.front()));
+        _ahead.pop_front();
+        _isFrontDone = false;
+        lookAhead();
+    }
+    return RecordPtr();
+}
+
+/** While another thread is at the first batch, which on a busy machine can take a while, this one
+ *  goes on with those behind it. */
+void MiniSeedReader::finishFront()
+{
+    _isFrontDone = true;
+    for (const auto &batch : _ahead) {
+        batch->help();
+        if (_ahead.front()->help() || _input.isClosed())
+            return;
+    }
+}
+
+/** Fills up what is ahead, at least by a part: in a stretch without records it stays empty. */
+void MiniSeedReader::lookAhead()
+{
+    const auto most =
+        static_cast<size_t>(LeastBatches + BatchesPerThread * MiniSeedBatch::ThreadCount());
+    size_t bytes = 0;
+    for (const auto &batch : _ahead)
+        bytes += batch->byteCount();
+    for (size_t count = _ahead.size(); count < most && bytes < most * BlockSize && !_atEnd;
+         ++count) {
+        if (_spare.empty())
+            _spare.push_back(std::make_unique<MiniSeedBatch>());
+        fill(*_spare.back());
+        if (_spare.back()->isEmpty())
+            continue;
+        _ahead.push_back(std::move(_spare.back()));
+        _spare.pop_back();
+        bytes += _ahead.back()->byteCount();
+        _ahead.back()->begin();
+    }
+}
+
+/** Fills a batch up to a pause: what was found must not wait until a long stretch without records
+ *  has been read. */
+void MiniSeedReader::fill(MiniSeedBatch &batch)
+{
+    bool pauses = false;
+    while (!batch.isFull() && !pauses && !_atEnd && !_input.isClosed()) {
+        FoundRecord &found = batch.room();
+        if (find(found, pauses))
+            batch.add(found.codes ? _scanner.record() : std::string_view());
+    }
+}
+
+/** Takes a step of the scanner; false if there is nothing to deliver.
+ *  @param pauses  set if there was nothing in many bytes */
+bool MiniSeedReader::find(FoundRecord &found, bool &pauses)
+{
+    const Step step = _heldStep ? *_heldStep : _scanner.next();
+    _heldStep.reset();
+    found.offset = _scanner.offset();
+    switch (step) {
+    case Step::Record:
+        return findRecord(found);
+    case Step::Fault:
+    case Step::Note:
+        found.severity = step == Step::Fault ? Severity::Fault : Severity::Note;
+        found.message = _scanner.cause();
+        return true;
+    case Step::NeedsBytes:
+        if (!readMore())
+            _scanner.finish();
+        break;
+    case Step::Pause:
+        pauses = true;
+        break;
+    case Step::End:
+        _atEnd = true;
+        break;
+    }
+    return false;
+}
+
+/** The record that the scanner stands at, if it is requested. */
+bool MiniSeedReader::findRecord(FoundRecord &found)
 {
     const Formats::MiniSeedHeader &header = _scanner.header();
-    const StreamCodes &codes = *_decoder.codes(header);
-    if (!_input.isRequested(codes, header.timeWindow()))
-        return RecordPtr();
+    const StreamCodesCPtr &codes = _decoder.codes(header);
+    if (!_input.isRequested(*codes, header.timeWindow()))
+        return false;
 
-    const auto tell = [&](Severity severity, const std::string &cause) {
-        _input.tell(severity, _scanner.offset(), codes.id() + ": " + cause);
-    };
+    found.header = header;
+    found.header.identifier = {};
+    found.codes = codes;
+    found.severity = Severity::Fault;
     if (!header.cause.empty())
-        tell(Severity::Fault, header.cause);
-    if (header.sampleCount == 0) {
-        tell(Severity::Note, "record has no samples");
-        return RecordPtr();
-    }
+        found.message = codes->id() + ": " + header.cause;
+    return true;
+}
 
-    std::string cause;
-    const RecordPtr record = _decoder.decode(header, _scanner.record(), cause);
-    if (!cause.empty())
-        tell(Severity::Fault, cause);
-    if (record)
-        _originOffset = _scanner.offset();
-    return record;
+/** Tells what there is to tell; null without a record. */
+RecordPtr MiniSeedReader::deliver(FoundRecord &found)
+{
+    if (!found.message.empty())
+        _input.tell(found.severity, found.offset, found.message);
+    if (!found.cause.empty())
+        _input.tell(found.header.sampleCount == 0 ? Severity::Note : Severity::Fault, found.offset,
+                    found.codes->id() + ": " + found.cause);
+    if (found.record)
+        _originOffset = found.offset;
+    return std::move(found.record);
 }
 
 } // namespace IO

@@ -106,6 +106,17 @@ TELLARIX_CORE_API uint32_t miniSeed3Checksum(std::string_view record, int64_t of
  */
 TELLARIX_CORE_API StreamCodesCPtr codesFromSourceIdentifier(const std::string &identifier);
 
+/**
+ * Turns a record in memory into a Record object; any number of threads may do so at once.
+ *
+ * @param header  of the record; its identifier is not looked at
+ * @param record  all bytes of the record
+ * @param codes   of the stream, not null
+ * @param cause   why null is returned; with a result, what is doubtful about it or empty
+ */
+TELLARIX_CORE_API RecordPtr decodeMiniSeed(const MiniSeedHeader &header, std::string_view record,
+                                           const StreamCodesCPtr &codes, std::string &cause);
+
 /** Turns records in memory into Record objects; records of a stream share their codes. Not to be
  *  used by two threads at once. */
 class TELLARIX_CORE_API MiniSeedDecoder
@@ -114,18 +125,10 @@ public:
     /** The shared codes of a header's stream. */
     const StreamCodesCPtr &codes(const MiniSeedHeader &header);
 
-    /**
-     * Decodes the samples of a record.
-     *
-     * @param record  all bytes of the record
-     * @param cause   why null is returned; with a result, what is doubtful about it or empty
-     */
+    /** decodeMiniSeed() with the shared codes. */
     RecordPtr decode(const MiniSeedHeader &header, std::string_view record, std::string &cause);
 
 private:
-    ArrayPtr decodeSamples(const MiniSeedHeader &header, std::string_view record,
-                           std::string &cause) const;
-
     std::unordered_map<std::string, StreamCodesCPtr> _codes;
     std::string _lastIdentifier;
     StreamCodesCPtr _lastCodes;

@@ -125,40 +125,7 @@ ArrayPtr decodeCompressed(const MiniSeedHeader &header, std::string_view record,
     return samples;
 }
 
-} // namespace
-
-const StreamCodesCPtr &MiniSeedDecoder::codes(const MiniSeedHeader &header)
-{
-    // Neighbouring records are often of one stream.
-    if (_lastCodes && header.identifier == _lastIdentifier)
-        return _lastCodes;
-
-    // Damaged input may hold any number of streams.
-    constexpr size_t MaxStreams = 100000;
-    if (_codes.size() >= MaxStreams)
-        _codes.clear();
-    _lastIdentifier = header.identifier;
-    StreamCodesCPtr &codes = _codes[_lastIdentifier];
-    if (!codes)
-        codes = header.version == 2 ? codesFromFields(_lastIdentifier)
-                                    : codesFromSourceIdentifier(_lastIdentifier);
-    _lastCodes = codes;
-    return _lastCodes;
-}
-
-RecordPtr MiniSeedDecoder::decode(const MiniSeedHeader &header, std::string_view record,
-                                  std::string &cause)
-{
-    cause.clear();
-    const ArrayPtr samples = decodeSamples(header, record, cause);
-    if (!samples)
-        return RecordPtr();
-    return RecordPtr(new Record(codes(header), header.startTime, header.samplingFrequency, samples,
-                                header.timingQuality));
-}
-
-ArrayPtr MiniSeedDecoder::decodeSamples(const MiniSeedHeader &header, std::string_view record,
-                                        std::string &cause) const
+ArrayPtr decodeSamples(const MiniSeedHeader &header, std::string_view record, std::string &cause)
 {
     const bool supported = isSteim(header.encoding) || sampleSize(header.encoding) > 0;
     if (!supported) {
@@ -194,6 +161,44 @@ ArrayPtr MiniSeedDecoder::decodeSamples(const MiniSeedHeader &header, std::strin
     default:
         return decodeOld(header, record, cause);
     }
+}
+
+} // namespace
+
+const StreamCodesCPtr &MiniSeedDecoder::codes(const MiniSeedHeader &header)
+{
+    // Neighbouring records are often of one stream.
+    if (_lastCodes && header.identifier == _lastIdentifier)
+        return _lastCodes;
+
+    // Damaged input may hold any number of streams.
+    constexpr size_t MaxStreams = 100000;
+    if (_codes.size() >= MaxStreams)
+        _codes.clear();
+    _lastIdentifier = header.identifier;
+    StreamCodesCPtr &codes = _codes[_lastIdentifier];
+    if (!codes)
+        codes = header.version == 2 ? codesFromFields(_lastIdentifier)
+                                    : codesFromSourceIdentifier(_lastIdentifier);
+    _lastCodes = codes;
+    return _lastCodes;
+}
+
+RecordPtr MiniSeedDecoder::decode(const MiniSeedHeader &header, std::string_view record,
+                                  std::string &cause)
+{
+    return decodeMiniSeed(header, record, codes(header), cause);
+}
+
+RecordPtr decodeMiniSeed(const MiniSeedHeader &header, std::string_view record,
+                         const StreamCodesCPtr &codes, std::string &cause)
+{
+    cause.clear();
+    const ArrayPtr samples = decodeSamples(header, record, cause);
+    if (!samples)
+        return RecordPtr();
+    return RecordPtr(new Record(codes, header.startTime, header.samplingFrequency, samples,
+                                header.timingQuality));
 }
 
 StreamCodesCPtr codesFromSourceIdentifier(const std::string &identifier)
