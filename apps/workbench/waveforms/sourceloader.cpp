@@ -67,15 +67,17 @@ double SourceLoader::progress() const
     return _stream->progress();
 }
 
-void SourceLoader::receivedRecord(Tellarix::Record *record)
+void SourceLoader::receivedRecords(const QVector<Tellarix::RecordPtr> &records)
 {
-    if (record && record->dataType() == Tellarix::DataType::Char)
-        ++_textCount;
-    else if (record) {
+    for (const Tellarix::RecordPtr &record : records) {
+        if (record->dataType() == Tellarix::DataType::Char) {
+            ++_textCount;
+            continue;
+        }
         ++_waveformCount;
         noteArrival(record->timeWindow());
     }
-    TraceFileLoader::receivedRecord(record);
+    placeAll(records);
 }
 
 void SourceLoader::tell(const QString &)

@@ -49,7 +49,7 @@ signals:
     void ended();
 
 protected slots:
-    void receivedRecord(Tellarix::Record *record) override;
+    void receivedRecords(const QVector<Tellarix::RecordPtr> &records) override;
 
 protected:
     Norvu::Gui::Trace *makeRow(const QString &label) const override;

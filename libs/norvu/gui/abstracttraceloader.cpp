@@ -13,8 +13,6 @@
 #include <QMessageBox>
 #include <QProgressDialog>
 
-#include <exception>
-
 namespace Norvu {
 namespace Gui {
 
@@ -45,8 +43,17 @@ void AbstractTraceLoader::setStream(Tellarix::Gui::RecordStreamThread *stream)
 {
     _stream = stream;
     _stream->setParent(this);
-    connect(_stream, SIGNAL(receivedRecord(Tellarix::Record *)), this,
-            SLOT(receivedRecord(Tellarix::Record *)));
+    connect(_stream, SIGNAL(receivedRecords(QVector<Tellarix::RecordPtr>)), this,
+            SLOT(receivedRecords(QVector<Tellarix::RecordPtr>)));
+}
+
+void AbstractTraceLoader::receivedRecords(const QVector<Tellarix::RecordPtr> &records)
+{
+    const QPointer<AbstractTraceLoader> alive(this);
+    for (auto record = records.begin(); alive && record != records.end(); ++record) {
+        intrusive_ptr_add_ref(record->get());
+        receivedRecord(record->get());
+    }
 }
 
 bool AbstractTraceLoader::connectStream(const QString &text)
@@ -137,12 +144,7 @@ void AbstractTraceLoader::acquisitionFinished()
 
 bool AbstractTraceLoader::hasEndTime(const Tellarix::Record &record)
 {
-    try {
-        record.endTime();
-        return true;
-    } catch (const std::exception &) {
-        return false;
-    }
+    return record.hasEndTime();
 }
 
 void AbstractTraceLoader::feed(Trace *row, int slot, const Tellarix::Record *record)
@@ -155,6 +157,18 @@ void AbstractTraceLoader::feed(Trace *row, int slot, const Tellarix::Record *rec
     // Whoever hears of the record may delete this loader.
     _dirty = true;
     row->recordWidget()->fed(slot, record);
+}
+
+void AbstractTraceLoader::feedAll(Trace *row, int slot, const QVector<Tellarix::RecordPtr> &records)
+{
+    Tellarix::RecordSequence *sequence = row->recordWidget()->records(slot);
+    if (!sequence)
+        return;
+
+    for (const Tellarix::RecordPtr &record : records)
+        sequence->feed(record.get());
+    _dirty = true;
+    row->recordWidget()->fedAll(slot, records);
 }
 
 } // namespace Gui

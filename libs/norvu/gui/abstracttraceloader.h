@@ -8,9 +8,11 @@
 #include <QPointer>
 #include <QStringList>
 #include <QTimer>
+#include <QVector>
+
+#include <tellarix/core/records/record.h>
 
 namespace Tellarix {
-class Record;
 namespace Gui {
 class RecordStreamThread;
 }
@@ -26,8 +28,9 @@ class TraceView;
  * Fills a trace view with records in one modal step.
  *
  * A derived class makes the stream thread, sets it up and calls load(), which shows a progress
- * dialog until the stream has ended or the user cancels. Records arrive one by one in
- * receivedRecord(), in the thread of the user interface; the rows are redrawn once a second.
+ * dialog until the stream has ended or the user cancels. Records arrive in receivedRecords(), which
+ * gives them one by one to receivedRecord() unless it is overridden, in the thread of the user
+ * interface; the rows are redrawn once a second.
  */
 class NORVU_GUI_API AbstractTraceLoader : public QObject
 {
@@ -60,6 +63,8 @@ protected slots:
     void acquisitionFinished();
     /** Places a record, which comes with a reference for the receiver. */
     virtual void receivedRecord(Tellarix::Record *record) = 0;
+    /** Places some records. */
+    virtual void receivedRecords(const QVector<Tellarix::RecordPtr> &records);
 
 protected:
     /** Takes over a stream thread and receives its records. */
@@ -76,6 +81,8 @@ protected:
     static bool hasEndTime(const Tellarix::Record &record);
     /** Hands a record to a slot of a row; one without a sequence there is dropped. */
     void feed(Trace *row, int slot, const Tellarix::Record *record);
+    /** The same for several, at about the cost of one. */
+    void feedAll(Trace *row, int slot, const QVector<Tellarix::RecordPtr> &records);
 
     Tellarix::Gui::RecordStreamThread *_stream{nullptr};
     QPointer<TraceView> _view; /**< that is being loaded */

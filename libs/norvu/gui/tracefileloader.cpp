@@ -10,8 +10,25 @@
 #include <tellarix/qt/records/recordstreamthread.h>
 #include <tellarix/qt/records/recordwidget.h>
 
+#include <algorithm>
+#include <memory>
+#include <vector>
+
 namespace Norvu {
 namespace Gui {
+
+namespace {
+
+/** Records of one stream on their way to a row, which may be gone before they are fed. */
+struct Delivery
+{
+    const Tellarix::StreamCodes *codes;
+    QPointer<Trace> row;
+    int slot;
+    QVector<Tellarix::RecordPtr> records;
+};
+
+} // namespace
 
 TraceFileLoader::TraceFileLoader(const std::string &file, QObject *)
     : TraceFileLoader(new Tellarix::Gui::RecordStreamThread("file://" + file))
@@ -40,13 +57,46 @@ void TraceFileLoader::receivedRecord(Tellarix::Record *record)
         return;
 
     int slot = 0;
-    Trace *row = _view->itemBoundTo(record->streamID(), &slot);
+    if (Trace *row = rowFor(*record, slot))
+        feed(row, slot, record);
+}
+
+void TraceFileLoader::placeAll(const QVector<Tellarix::RecordPtr> &records)
+{
+    const QPointer<AbstractTraceLoader> alive(this);
+    std::vector<Delivery> deliveries;
+    // Neighbours often are of one stream, whose records share their codes.
+    size_t current = 0;
+    for (const Tellarix::RecordPtr &record : records) {
+        if (!alive || !_view || !hasEndTime(*record))
+            continue;
+        const Tellarix::StreamCodes *codes = record->codes().get();
+        if (current >= deliveries.size() || deliveries[current].codes != codes) {
+            const auto delivery =
+                std::find_if(deliveries.begin(), deliveries.end(),
+                             [codes](const Delivery &item) { return item.codes == codes; });
+            current = static_cast<size_t>(delivery - deliveries.begin());
+        }
+        if (current == deliveries.size()) {
+            int slot = 0;
+            Trace *row = rowFor(*record, slot);
+            deliveries.push_back({codes, row, slot, {}});
+        }
+        deliveries[current].records.append(record);
+    }
+    for (const Delivery &delivery : deliveries) {
+        if (alive && _view && delivery.row)
+            feedAll(delivery.row, delivery.slot, delivery.records);
+    }
+}
+
+/** The row of a record's stream, with a new one if it has none; null if there shall be none. */
+Trace *TraceFileLoader::rowFor(const Tellarix::Record &record, int &slot)
+{
+    Trace *row = _view->itemBoundTo(record.streamID(), &slot);
     if (_targetSlot >= 0)
         slot = _targetSlot;
-    if (!row && _targetSlot >= 0)
-        row = addRowFor(*record);
-    if (row)
-        feed(row, slot, record);
+    return row || _targetSlot < 0 ? row : addRowFor(record);
 }
 
 Trace *TraceFileLoader::makeRow(const QString &label) const

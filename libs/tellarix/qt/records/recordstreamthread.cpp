@@ -5,6 +5,7 @@
 #include <tellarix/core/records/record.h>
 
 #include <QElapsedTimer>
+#include <QMetaMethod>
 #include <QPointer>
 #include <QTimerEvent>
 
@@ -21,6 +22,8 @@ namespace {
 constexpr size_t MostRecords = 4096;
 constexpr size_t MostBytes = 64 * 1024 * 1024;
 constexpr int MostMessages = 1000;
+// Taken at once: well below a slice, and enough for a few records of each stream of a file.
+constexpr size_t MostTaken = 1024;
 constexpr qint64 SliceMSecs = 8;
 
 size_t byteCount(const Record &record)
@@ -41,6 +44,7 @@ public:
      */
     bool push(RecordPtr record, bool &wake)
     {
+        const size_t bytes = byteCount(*record);
         std::unique_lock<std::mutex> lock(_mutex);
         while (!_stopped && (isFull() || (_readerWaits && !hasMuchRoom()))) {
             _readerWaits = true;
@@ -50,37 +54,42 @@ public:
         if (_stopped)
             return false;
 
-        _bytes += byteCount(*record);
-        _records.push_back(std::move(record));
+        _bytes += bytes;
+        _records.push_back({std::move(record), bytes});
         wake = !_ownerAwake;
         _ownerAwake = true;
         return true;
     }
 
-    /** The next record, which counts as delivered at the call of delivered(); null if there is
-     *  none, and then the owner has to be woken for the next one. */
-    RecordPtr take()
+    /** The next records, at most so many, which count as delivered at the call of delivered(); none
+     *  if there are none, and then the owner has to be woken for the next one. */
+    QVector<RecordPtr> take(size_t most)
     {
+        QVector<RecordPtr> taken;
+        taken.reserve(static_cast<int>(most));
         const std::lock_guard<std::mutex> lock(_mutex);
         if (_records.empty()) {
             _ownerAwake = false;
-            return nullptr;
+            return taken;
         }
 
-        RecordPtr record = std::move(_records.front());
-        _records.pop_front();
-        _bytes -= byteCount(*record);
-        ++_inDelivery;
+        for (; most > 0 && !_records.empty(); --most) {
+            taken.append(std::move(_records.front().record));
+            _bytes -= _records.front().bytes;
+            _records.pop_front();
+        }
+        _isDelivering = true;
         if (_readerWaits && hasMuchRoom())
             _changed.notify_all();
-        return record;
+        return taken;
     }
 
+    /** Those that were taken last. */
     void delivered()
     {
         const std::lock_guard<std::mutex> lock(_mutex);
-        --_inDelivery;
-        if (_records.empty() && _inDelivery == 0)
+        _isDelivering = false;
+        if (_records.empty())
             _changed.notify_all();
     }
 
@@ -88,13 +97,13 @@ public:
     void waitUntilDelivered()
     {
         std::unique_lock<std::mutex> lock(_mutex);
-        while (!_stopped && (!_records.empty() || _inDelivery > 0))
+        while (!_stopped && (!_records.empty() || _isDelivering))
             _changed.wait(lock);
     }
 
     void stop()
     {
-        std::deque<RecordPtr> dropped; // freed without the lock
+        std::deque<Item> dropped; // freed without the lock
         const std::lock_guard<std::mutex> lock(_mutex);
         _stopped = true;
         dropped.swap(_records);
@@ -142,6 +151,12 @@ public:
     }
 
 private:
+    struct Item
+    {
+        RecordPtr record;
+        size_t bytes;
+    };
+
     bool isFull() const { return _records.size() >= MostRecords || _bytes >= MostBytes; }
     // A reader that had to wait goes on when there is room for many, and so changes less often.
     bool hasMuchRoom() const
@@ -151,9 +166,9 @@ private:
 
     mutable std::mutex _mutex;
     std::condition_variable _changed;
-    std::deque<RecordPtr> _records;
+    std::deque<Item> _records;
     size_t _bytes{0};
-    int _inDelivery{0};
+    bool _isDelivering{false};
     bool _ownerAwake{false};
     bool _readerWaits{false};
     bool _stopped{false};
@@ -312,15 +327,17 @@ void RecordStreamThread::deliver()
     const QPointer<RecordStreamThread> self(this);
     const std::shared_ptr<Queue> queue = _queue;
 
+    static const QMetaMethod single = QMetaMethod::fromSignal(&RecordStreamThread::receivedRecord);
     QElapsedTimer elapsed;
     elapsed.start();
-    while (RecordPtr record = queue->take()) {
-        // Those who don't get the signal would never give their reference back.
-        const int count =
-            signalsBlocked() ? 0 : receivers(SIGNAL(receivedRecord(Tellarix::Record *)));
-        for (int i = 0; i < count; ++i)
-            intrusive_ptr_add_ref(record.get());
-        emit receivedRecord(record.get());
+    for (;;) {
+        const bool areSingle = isSignalConnected(single);
+        const QVector<RecordPtr> records = queue->take(areSingle ? 1 : MostTaken);
+        if (records.isEmpty())
+            break;
+        emit receivedRecords(records);
+        if (self && areSingle)
+            sendOne(records.first().get());
         queue->delivered();
 
         // A receiver may have deleted this object or connected it again.
@@ -332,6 +349,15 @@ void RecordStreamThread::deliver()
         }
     }
     continueLater(false);
+}
+
+void RecordStreamThread::sendOne(Record *record)
+{
+    // Those who don't get the signal would never give their reference back.
+    const int count = signalsBlocked() ? 0 : receivers(SIGNAL(receivedRecord(Tellarix::Record *)));
+    for (int i = 0; i < count; ++i)
+        intrusive_ptr_add_ref(record);
+    emit receivedRecord(record);
 }
 
 void RecordStreamThread::continueLater(bool later)

@@ -3,10 +3,12 @@
 #pragma once
 
 #include <tellarix/client/io/recordstream.h>
+#include <tellarix/core/records/record.h>
 #include <tellarix/qt/api.h>
 
 #include <QStringList>
 #include <QThread>
+#include <QVector>
 
 #include <memory>
 #include <string>
@@ -19,9 +21,11 @@ namespace Gui {
  * object, by its event loop.
  *
  * Every slot that is connected to receivedRecord() gets a reference of its own, which it adopts
- * with `RecordPtr record(pointer, false)`. At most 4096 records or 64 MB of samples wait at a time:
- * the reader pauses when the owner is slow. The owner takes them in slices of a few milliseconds,
- * so that it stays responsive. finished() comes behind the last record.
+ * with `RecordPtr record(pointer, false)`. Whoever takes millions of records connects
+ * receivedRecords() instead, which gives those that have come meanwhile at once. At most 4096
+ * records or 64 MB of samples wait at a time: the reader pauses when the owner is slow. The owner
+ * takes them in slices of a few milliseconds, so that it stays responsive. finished() comes behind
+ * the last record.
  *
  * The order of calls is connect(), then setTimeWindow() and addStream() as needed, then start();
  * a thread that has ended or was stopped begins with connect() again. Use stop(true) to wait for
@@ -71,6 +75,8 @@ public:
 signals:
     /** A record, with a reference for the receiver. */
     void receivedRecord(Tellarix::Record *record);
+    /** The same records, none of them null, some at a time in their order. */
+    void receivedRecords(const QVector<Tellarix::RecordPtr> &records);
     /** The stream reported damage or a note; for the first 1000. Emitted by the reader: connected
      *  objects of the owner's thread get it queued. */
     void messageReceived(const QString &text, bool isFault);
@@ -85,6 +91,7 @@ private:
     void readRecords(Queue &queue, IO::RecordStream &stream);
     void report(Queue &queue, const QString &text, bool isFault);
     Q_INVOKABLE void deliver();
+    void sendOne(Record *record);
     void continueLater(bool later);
 
     std::string _url;

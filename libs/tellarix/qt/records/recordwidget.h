@@ -192,6 +192,9 @@ public:
      *  range, and repaints only the columns that it touches; those of further records follow
      *  together, a few times a second. */
     virtual void fed(int slot, const Tellarix::Record *record);
+    /** The same for several records, at the cost of one: calls fed() with the one that starts last.
+     */
+    void fedAll(int slot, const QVector<RecordPtr> &records);
     QSize sizeHint() const override;
 
 public slots:
@@ -291,6 +294,7 @@ private:
     const std::unique_ptr<RecordMarkers> _markers;
     const std::unique_ptr<RowPointer> _pointer; /**< selection, cursor and what is dragged */
     const std::unique_ptr<PacedUpdate> _fedUpdate;
+    Core::TimeWindow _fedBefore; /**< what fed() has to repaint beside its record */
     std::function<void()> _preparation;
     bool _laidOut{false};         /**< got its first size from a layout or a window */
     bool _rangeAwaitsSize{false}; /**< showTimeRange() came before that */

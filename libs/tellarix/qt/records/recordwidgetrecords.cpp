@@ -10,6 +10,9 @@
 
 #include <QPointer>
 
+#include <algorithm>
+#include <utility>
+
 namespace Tellarix {
 namespace Gui {
 
@@ -128,7 +131,8 @@ void RecordWidget::fed(int slot, const Record *record)
         return;
 
     const ShownRange before = _row->rangeOf(slot);
-    Core::TimeWindow changed = touchedWindow(*item->raw, *record);
+    Core::TimeWindow changed =
+        touchedWindow(*item->raw, *record).united(std::exchange(_fedBefore, Core::TimeWindow()));
     const QPointer<RecordWidget> alive(this);
     changed = changed.united(filterFed(slot, record));
     // A receiver of its signal may have taken the slot away.
@@ -158,6 +162,22 @@ void RecordWidget::fed(int slot, const Record *record)
     const Core::Time start = item->raw->timeWindow().startTime();
     if (item->drawnStart.valid() && start > item->drawnStart)
         updateColumns(Core::TimeWindow(item->drawnStart, start));
+}
+
+void RecordWidget::fedAll(int slot, const QVector<RecordPtr> &records)
+{
+    const RecordSlot *item = _row->items.at(slot);
+    if (item == nullptr || item->raw == nullptr || records.isEmpty())
+        return;
+
+    const auto [first, last] =
+        std::minmax_element(records.begin(), records.end(), [](const auto &a, const auto &b) {
+            return a->startTime() < b->startTime();
+        });
+    _fedBefore = touchedWindow(*item->raw, **first);
+    for (const RecordPtr &record : records)
+        _fedBefore = _fedBefore.united(record->timeWindow());
+    fed(slot, last->get());
 }
 
 /** Filters a record that was fed; returns the window in which filtered samples have changed. */
