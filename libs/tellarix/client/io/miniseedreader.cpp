@@ -111,6 +111,8 @@ RecordPtr MiniSeedReader::nextOfBatches()
         while (FoundRecord *found = _ahead.front()->next()) {
             if (const RecordPtr record = deliver(*found))
                 return record;
+            if (_input.isClosed())
+                return RecordPtr();
         }
         _spare.push_back(std::move(_ahead.front()));
         _ahead.pop_front();
