@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <tellarix/core/memory.h>
 #include <tellarix/core/records/typedarray.h>
 #include <tellarix/core/time.h>
 
@@ -59,6 +60,7 @@ private:
 template <typename Application>
 int run(int argc, char **argv)
 {
+    Tellarix::Core::setUpMemory();
     qputenv("QT_QPA_PLATFORM", "offscreen");
     Application application(argc, argv);
     benchmark::Initialize(&argc, argv);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
 #include <tellarix/client/io/recordstream.h>
+#include <tellarix/core/memory.h>
 #include <tellarix/core/records/formats/miniseedwriter.h>
 #include <tellarix/core/records/record.h>
 #include <tellarix/core/records/ringbuffer.h>
@@ -160,4 +161,10 @@ BENCHMARK(readMiniSeed)
 
 } // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char **argv)
+{
+    Core::setUpMemory();
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}

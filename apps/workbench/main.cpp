@@ -2,6 +2,8 @@
 
 #include "workbenchapplication.h"
 
+#include <tellarix/core/memory.h>
+
 #include <QtGlobal>
 
 #include <cstdio>
@@ -65,6 +67,7 @@ int main(int argc, char **argv)
                              "pictures by --snapshot DIR, which needs none.\n");
         return 2;
     }
+    Tellarix::Core::setUpMemory();
     QCoreApplication::setOrganizationName("norvu");
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
     WorkbenchApplication application(argc, argv, flags);

@@ -222,8 +222,13 @@ RecordCPtr FilteredRecords::filtered(std::unique_ptr<Filter> &filter, const Reco
     if (count > 0)
         record.data()->convert(0, count, _samples.data());
 
-    // One sample that is not finite would stay in a recursive filter for good.
+    // One sample that is not finite would stay in a recursive filter for good. Most records have
+    // none, which is known of them without a look at each sample.
     auto it = _samples.begin();
+    if (record.summary().count == count) {
+        filter->apply(count, _samples.data());
+        it = _samples.end();
+    }
     while (it != _samples.end()) {
         const auto stop = std::find_if_not(it, _samples.end(), isFinite);
         filter->apply(static_cast<int>(stop - it), &*it);
