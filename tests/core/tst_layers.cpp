@@ -1,10 +1,5 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
-#include <QDir>
-#include <QDirIterator>
-#include <QFile>
-#include <QLibraryInfo>
-#include <QRegularExpression>
 #include <QtTest>
 
 namespace {

@@ -2,10 +2,14 @@
 
 #include "recordtesting.h"
 
+#include <tellarix/core/records/cut.h>
 #include <tellarix/core/records/measurement.h>
 #include <tellarix/core/records/ringbuffer.h>
 
 #include <QtTest>
+
+#include <cstring>
+#include <tuple>
 
 using namespace RecordTesting;
 
@@ -30,6 +34,27 @@ RecordCPtr constant(double start, double seconds, double value)
 bool isClose(double actual, double expected, double relative = 1E-9)
 {
     return std::abs(actual - expected) <= relative * std::max(1.0, std::abs(expected));
+}
+
+/** Start in seconds, first sample and number of samples of each record, e.g. "0: 3 +2". */
+QStringList described(const std::vector<RecordCPtr> &records)
+{
+    QStringList texts;
+    for (const RecordCPtr &record : records) {
+        texts.append(QString("%1: %2 +%3")
+                         .arg((record->startTime() - at(0)).length())
+                         .arg(record->data()->value(0))
+                         .arg(record->sampleCount()));
+    }
+    return texts;
+}
+
+QList<int> sizesOf(const std::vector<RecordStretch> &stretches)
+{
+    QList<int> sizes;
+    for (const RecordStretch &stretch : stretches)
+        sizes.append(joinedRecord(stretch)->sampleCount());
+    return sizes;
 }
 
 } // namespace
@@ -77,20 +102,16 @@ private slots:
         RingBuffer records(0);
         for (const double begin : {0.0, 10.0, 30.0})
             records.feed(constant(begin, 10, 7).get());
-        const struct
-        {
-            double start, end;
-            bool hasGap;
-            int count;
-        } rows[] = {{5, 20.004, false, 1500}, {5, 20.1, true, 1500}, {15, 35, true, 1000},
-                    {22, 23, true, 0},        {-1, 5, true, 500},    {35, 41, true, 500},
-                    {100, 200, true, 0}};
-        for (const auto &row : rows) {
-            const Measurement result = measure(records, window(row.start, row.end));
-            QCOMPARE(result.hasGap, row.hasGap);
-            QCOMPARE(result.count, int64_t(row.count));
-            QCOMPARE(result.mean, row.count ? 7.0 : 0.0);
-            QCOMPARE(result.span.length(), row.end - row.start);
+        const std::tuple<double, double, bool, int> rows[] = {
+            {5, 20.004, false, 1500}, {5, 20.1, true, 1500}, {15, 35, true, 1000},
+            {22, 23, true, 0},        {-1, 5, true, 500},    {35, 41, true, 500},
+            {100, 200, true, 0}};
+        for (const auto &[start, end, hasGap, count] : rows) {
+            const Measurement result = measure(records, window(start, end));
+            QCOMPARE(result.hasGap, hasGap);
+            QCOMPARE(result.count, int64_t(count));
+            QCOMPARE(result.mean, count ? 7.0 : 0.0);
+            QCOMPARE(result.span.length(), end - start);
         }
     }
 
@@ -128,6 +149,87 @@ private slots:
             QVERIFY(isClose(result.mean, double(mean)));
             QVERIFY(isClose(result.rms, double(std::sqrt(squares / count - mean * mean)), 1E-7));
         }
+    }
+
+    void cutsToSamples()
+    {
+        // Samples at 0 ... 9, a gap, 20 ... 29, and 25 ... 34 over them.
+        const std::tuple<double, double, QStringList> rows[] = {
+            {-10, 100, {"0: 0 +10", "20: 0 +10", "25: 0 +10"}},
+            {2, 5, {"2: 2 +3"}},
+            {2.000001, 5.000001, {"3: 3 +3"}},
+            {2.1, 2.9, {}},
+            {9.5, 20, {}},
+            {9, 20, {"9: 9 +1"}},
+            {8, 22, {"8: 8 +2", "20: 0 +2"}},
+            {27, 28, {"27: 7 +1", "27: 2 +1"}},
+            {8, 2, {}}};
+        RingBuffer records(-1);
+        for (const double first : {0.0, 20.0, 25.0})
+            QVERIFY(records.feed(ramp(first, 10).get()));
+        for (const auto &[start, end, cut] : rows)
+            QCOMPARE(described(cutRecords(records, window(start, end))), cut);
+        QVERIFY(cutRecords(records, Core::TimeWindow()).empty());
+        // Whole records are shared.
+        QVERIFY(cutRecords(records, window(0, 10)).at(0) == records.front());
+    }
+
+    void keepsSamplesBitByBit()
+    {
+        // A number that is none, with a payload of its own, and one beyond single precision.
+        const uint64_t bits = 0x7ff8000000abcdefULL;
+        double odd;
+        std::memcpy(&odd, &bits, sizeof odd);
+        const std::vector<double> samples{1.0 / 3.0, odd, Infinity, -0.0, 1E300, 5.0};
+        RingBuffer records(-1);
+        QVERIFY(records.feed(makeRecord(at(0), 1, arrayOf(samples)).get()));
+        QVERIFY(records.feed(makeRecord(at(6), 1, arrayOf(samples)).get()));
+
+        const auto cut = cutRecords(records, window(1, 11));
+        QCOMPARE(cut.size(), size_t(2));
+        QCOMPARE(cut[0]->dataType(), DataType::Double);
+        QCOMPARE(std::memcmp(cut[0]->data()->data(), &samples[1], 5 * sizeof(double)), 0);
+
+        const auto stretches = gaplessStretches(cut);
+        QCOMPARE(stretches.size(), size_t(1));
+        const RecordCPtr joined = joinedRecord(stretches[0]);
+        QCOMPARE(joined->startTime(), at(1));
+        QCOMPARE(joined->sampleCount(), 10);
+        const auto *values = static_cast<const double *>(joined->data()->data());
+        QCOMPARE(std::memcmp(values, &samples[1], 5 * sizeof(double)), 0);
+        QCOMPARE(std::memcmp(values + 5, &samples[0], 5 * sizeof(double)), 0);
+    }
+
+    void dividesAtGapsAndOverlaps()
+    {
+        QCOMPARE(sizesOf(gaplessStretches({})), QList<int>());
+        QCOMPARE(sizesOf(gaplessStretches({ramp(0, 10), ramp(10, 5), ramp(15, 5)})),
+                 QList<int>({20}));
+        QCOMPARE(sizesOf(gaplessStretches({ramp(0, 10), ramp(10.4, 5)})), QList<int>({15}));
+        QCOMPARE(sizesOf(gaplessStretches({ramp(0, 10), ramp(10.6, 5)})), QList<int>({10, 5}));
+        QCOMPARE(sizesOf(gaplessStretches({ramp(0, 10), ramp(9.4, 5)})), QList<int>({10, 5}));
+        QVERIFY(!joinedRecord({}));
+    }
+
+    void dividesWhereRecordsDiffer()
+    {
+        const RecordCPtr integers = ramp(0, 10);
+        const RecordCPtr floats = makeRecord(at(10), 1, arrayOf<float>({1, 2, 3}));
+        const RecordCPtr faster = ramp(10, 10, 2.0);
+        const RecordCPtr other =
+            new Record(StreamCodes::FromID("GE.APE..BHN"), at(10), 1, arrayOf<int>({1, 2, 3}));
+        const RecordCPtr text = makeRecord(at(10), 0, arrayOf<char>({'a', 'b'}));
+        for (const RecordCPtr &next : {floats, faster, other, text})
+            QCOMPARE(gaplessStretches({integers, next}).size(), size_t(2));
+    }
+
+    void endsStretchWhenClockDrifts()
+    {
+        std::vector<RecordCPtr> records;
+        for (int i = 0; i < 10; ++i)
+            records.push_back(ramp(10 * i + 0.2 * i, 10));
+        // The third record is off by 0.4 samples from where the first one leads, the fourth by 0.6.
+        QCOMPARE(sizesOf(gaplessStretches(records)), QList<int>({30, 30, 30, 10}));
     }
 };
 

@@ -7,7 +7,6 @@
 #include <tellarix/core/records/streamcodes.h>
 #include <tellarix/core/records/typedarray.h>
 
-#include <QBuffer>
 #include <QtTest>
 
 #include <algorithm>
@@ -77,14 +76,7 @@ private slots:
     {
         const QByteArray file = written(*makeRecord());
         const char *const start = "2024-02-29T12:34:56.789012Z";
-        const struct
-        {
-            QByteArray bytes;
-            const char *start;
-            double rate;
-            int samples;
-            const char *cause;
-        } rows[] = {
+        const std::tuple<QByteArray, const char *, double, int, const char *> rows[] = {
             {file, start, 20, 3, ""},
             {swapped(file), start, 20, 3, ""},
             {changed<float>(file, 20, -1234.567f), "2024-02-29T12:14:22.222000Z", 20, 3, ""},
@@ -97,15 +89,15 @@ private slots:
             {changed<int32_t>(changed<float>(file, 20, -12345.0f), 75 * 4, -12345),
              "2024-02-29T12:34:56.000000Z", 20, 3, ""},
         };
-        for (const auto &row : rows) {
+        for (const auto &[bytes, begin, rate, samples, told] : rows) {
             std::string cause;
-            const RecordPtr record = decodeSac(view(row.bytes), cause);
+            const RecordPtr record = decodeSac(view(bytes), cause);
             QVERIFY2(record, cause.c_str());
-            QCOMPARE(cause, std::string(row.cause));
-            QCOMPARE(record->startTime().iso(), std::string(row.start));
-            QCOMPARE(record->samplingFrequency(), row.rate);
-            QCOMPARE(record->sampleCount(), row.samples);
-            for (int i = 0; i < row.samples; ++i)
+            QCOMPARE(cause, std::string(told));
+            QCOMPARE(record->startTime().iso(), std::string(begin));
+            QCOMPARE(record->samplingFrequency(), rate);
+            QCOMPARE(record->sampleCount(), samples);
+            for (int i = 0; i < samples; ++i)
                 QCOMPARE(record->data()->value(i), makeRecord()->data()->value(i));
             QCOMPARE(record->streamID(), std::string("XX.ABC.00.BHZ"));
         }
