@@ -3,34 +3,23 @@
 #pragma once
 
 #include "client/httpserver.h"
+#include "client/seedrecord.h"
 
-#include <tellarix/core/records/formats/miniseedwriter.h>
-#include <tellarix/core/records/record.h>
-#include <tellarix/core/records/streamcodes.h>
-#include <tellarix/core/records/typedarray.h>
 #include <tellarix/core/strings.h>
-
-#include <QBuffer>
 
 /** The records that a server of data has, and which of them a request asks for. */
 class FdsnData
 {
 public:
     /** Adds records of 100 samples at 1 Hz that follow each other. */
-    void add(const char *id, const char *start, int records)
+    void add(const char *id, const char *begin, int records)
     {
         const auto codes = Tellarix::StreamCodes::FromID(id);
-        const auto time = Tellarix::Core::Time::FromString(start);
+        const auto time = Tellarix::Core::Time::FromString(begin);
         for (int i = 0; i < records; ++i) {
-            std::vector<int> samples(100);
-            for (int k = 0; k < 100; ++k)
-                samples[static_cast<size_t>(k)] = (i + k) % 7;
-            const Tellarix::Record record(codes, time + Tellarix::Core::TimeSpan(100.0 * i), 1,
-                                          new Tellarix::IntArray(100, samples.data()));
-            QBuffer buffer;
-            buffer.open(QIODevice::WriteOnly);
-            Tellarix::Formats::MiniSeedWriter(&buffer).write(record);
-            _records.append({codes, record.timeWindow(), buffer.data()});
+            const auto start = time + Tellarix::Core::TimeSpan(100.0 * i);
+            _records.append(
+                {codes, {start, start + Tellarix::Core::TimeSpan(100.0)}, seedRecord(id, start)});
         }
     }
 

@@ -3,15 +3,10 @@
 #pragma once
 
 #include "core/seedbytes.h"
+#include "seedrecord.h"
 
 #include <tellarix/core/records/formats/miniseed.h>
-#include <tellarix/core/records/formats/miniseedwriter.h>
-#include <tellarix/core/records/record.h>
-#include <tellarix/core/records/streamcodes.h>
-#include <tellarix/core/records/typedarray.h>
 #include <tellarix/core/strings.h>
-
-#include <QBuffer>
 
 #include <algorithm>
 #include <atomic>
@@ -32,22 +27,6 @@
 namespace SeedLinkTesting {
 
 using namespace Tellarix;
-
-/** One miniSEED record of @p bytes; integers that begin at @p first. */
-inline QByteArray seedRecord(const std::string &id, Core::Time start, int count = 100,
-                             double samplingFrequency = 1, int length = 512)
-{
-    std::vector<int> samples;
-    for (int i = 0; i < count; ++i)
-        samples.push_back(i % 7);
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    Formats::MiniSeedWriter(&buffer, length)
-        .write(Record(StreamCodes::FromID(id), start, samplingFrequency,
-                      new IntArray(count, samples.data())));
-    return bytes;
-}
 
 /** How a server misbehaves. */
 enum class Fault
@@ -112,8 +91,7 @@ public:
     void setFault(Fault fault) { _fault = fault; }
     int connections() const { return _connections; }
     int keepAlives() const { return _keepAlives; }
-
-    /** Puts a record into the ring, from which the oldest falls out if it is full. */
+    /** Puts a record into the ring. */
     void add(const QByteArray &record)
     {
         Packet packet;
@@ -124,16 +102,6 @@ public:
         packet.window = header.timeWindow();
         const std::lock_guard<std::mutex> lock(_mutex);
         _ring.push_back(packet);
-        if (_ring.size() <= _capacity)
-            return;
-        _ring.pop_front();
-        ++_first;
-    }
-
-    void setCapacity(size_t capacity)
-    {
-        const std::lock_guard<std::mutex> lock(_mutex);
-        _capacity = capacity;
     }
 
     /** Counts the packets that are there from @p number on; while it is stopped. */
@@ -467,7 +435,7 @@ private:
     mutable std::mutex _mutex;
     std::deque<Packet> _ring;
     size_t _first{0}; /**< of all packets ever, the first in the ring */
-    size_t _capacity{10000};
+
     uint32_t _shift{1};
     std::vector<std::string> _lines;
 };

@@ -1,17 +1,16 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
+#include <tellarix/client/demo/democatalogue.h>
 #include <tellarix/client/demo/demonstration.h>
-#include <tellarix/client/io/inventoryreader.h>
+#include <tellarix/client/demo/demostation.h>
+#include <tellarix/client/io/databaseaddress.h>
+#include <tellarix/client/io/eventarchive.h>
 #include <tellarix/client/io/recordstream.h>
 #include <tellarix/client/io/streamsummary.h>
 #include <tellarix/core/datamodel/inventory.h>
 #include <tellarix/core/datamodel/stream.h>
-#include <tellarix/core/datamodel/utils.h>
 #include <tellarix/core/records/record.h>
 
-#include <QDir>
-#include <QFile>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <cmath>
@@ -89,7 +88,7 @@ QByteArray content(const QString &fileName)
 
 } // namespace
 
-class TestDemonstration : public QObject
+class DemonstrationTest : public QObject
 {
     Q_OBJECT
 
@@ -202,24 +201,6 @@ private slots:
         QCOMPARE(stations[DemoStation::Flaw::Noise], 1);
     }
 
-    void stationsComeWithTheRecordings()
-    {
-        const IO::InventoryFile read =
-            IO::readInventoryFile(_folder.filePath(Client::demonstrationStationFile()));
-        QVERIFY2(read.ok && read.warnings.isEmpty(), qPrintable(read.error));
-        const DataModel::Inventory inventory(read.networks);
-        QCOMPARE(inventory.streams().size(), size_t(60));
-        for (int i = 0; i < _stations.size(); ++i) {
-            for (const RecordPtr &record : recordsOf(file(i))) {
-                const auto *stream = inventory.findStream(record->streamID(), record->startTime());
-                QVERIFY2(stream, record->streamID().c_str());
-                QCOMPARE(stream->gain(), _stations[i].gain);
-                QCOMPARE(stream->samplingFrequency(), record->samplingFrequency());
-                QCOMPARE(DataModel::coordinates(stream).latitude, _stations[i].latitude);
-            }
-        }
-    }
-
     void sameBytesEveryTime()
     {
         const QTemporaryDir second;
@@ -250,7 +231,76 @@ private:
 
     QTemporaryDir _folder;
     QVector<DemoStation> _stations;
+
+private slots:
+    void isPlausible()
+    {
+        const auto events = Client::demonstrationCatalogue();
+        QVERIFY(events.size() > 5000);
+        QSet<QString> ids;
+        double excess = 0;
+        int large = 0;
+        Core::Time last;
+        for (const DataModel::EventPtr &event : events) {
+            ids.insert(event->publicID.c_str());
+            const DataModel::Origin &origin = *event->preferredOrigin();
+            const double magnitude = event->preferredMagnitude()->magnitude.value();
+            QVERIFY(!last.valid() || origin.time.value() >= last);
+            last = origin.time.value();
+            QVERIFY(std::abs(origin.latitude.value()) <= 90);
+            QVERIFY(std::abs(origin.longitude.value()) <= 180);
+            QVERIFY(origin.depth->value() >= 0 && origin.depth->value() < 700);
+            QVERIFY(!event->region().empty());
+            QVERIFY(magnitude < 5.5 || !event->focalMechanisms.empty());
+            if (magnitude > 4.95) {
+                excess += magnitude - 4.95;
+                ++large;
+            }
+        }
+        QCOMPARE(ids.size(), static_cast<int>(events.size()));
+        // The estimate of Aki (1965); its error is about b by the root of the count.
+        const double b = std::log10(std::exp(1.0)) / (excess / large);
+        QVERIFY2(std::abs(b - 1) < 4 / std::sqrt(large), qPrintable(QString::number(b)));
+    }
+
+    void remakesWhatIsNotWhole()
+    {
+        const QTemporaryDir folder;
+        const QString file = folder.filePath("50% demo.sqlite");
+        IO::DatabaseAddress address = IO::DatabaseAddress::OfFile(file);
+        const auto make = [&] {
+            QString error;
+            return Client::writeDemonstrationCatalogue(file, &error) ? QString() : error;
+        };
+        const auto count = [&] {
+            const auto database = IO::DatabaseInterface::Open(address.toString());
+            return IO::EventArchive(database).count({});
+        };
+        QCOMPARE(make(), QString());
+        const auto size = static_cast<int>(Client::demonstrationCatalogue().size());
+        QCOMPARE(count(), size);
+        const QDateTime made = QFileInfo(file).lastModified();
+        QCOMPARE(make(), QString());
+        QCOMPARE(QFileInfo(file).lastModified(), made);
+
+        for (const char *damage :
+             {"DELETE FROM Event WHERE _oid = 9", "PRAGMA user_version = 0", "DROP TABLE Origin"}) {
+            auto database = IO::DatabaseInterface::Open(address.toString());
+            QVERIFY(database->execute(damage));
+            database.reset();
+            QCOMPARE(make(), QString());
+            QCOMPARE(count(), size);
+        }
+        QVERIFY(QFile::resize(file, 5000));
+        QCOMPARE(make(), QString());
+        address.isReadOnly = true;
+        QCOMPARE(count(), size);
+        QVERIFY(!IO::DatabaseInterface::Open(address.toString())->execute("DELETE FROM Event"));
+
+        QVERIFY(QFile::remove(file) && QDir().mkpath(file + "/in the way"));
+        QVERIFY2(make().startsWith(file + ": Is a directory"), qPrintable(make()));
+    }
 };
 
-QTEST_GUILESS_MAIN(TestDemonstration)
+QTEST_GUILESS_MAIN(DemonstrationTest)
 #include "tst_demonstration.moc"

@@ -5,9 +5,6 @@
 #include <tellarix/client/io/eventline.h>
 #include <tellarix/client/io/eventreader.h>
 
-#include <QBuffer>
-#include <QJsonArray>
-#include <QJsonDocument>
 #include <QtTest>
 
 using namespace Tellarix;
@@ -125,12 +122,7 @@ private slots:
                                "<evaluationMode>manual</evaluationMode></origin>";
         const QByteArray magnitude =
             "<magnitude publicID=\"m\"><mag><value>5</value></mag></magnitude>";
-        const struct
-        {
-            QByteArray body;
-            QString solutions;
-            int warnings;
-        } rows[] = {
+        const std::tuple<QByteArray, QString, int> rows[] = {
             {one + two + "<preferredOriginID> o1 </preferredOriginID>" + magnitude, "*o1 o2 *m", 0},
             {one + two + magnitude, "o1 *o2 *m", 0}, // none named: by hand first
             {one + "<preferredOriginID>o9</preferredOriginID>", "*o1", 0},
@@ -143,14 +135,14 @@ private slots:
                  "<x:preferredOriginID>no</x:preferredOriginID>",
              "*o1", 0},
             {QByteArray(one).replace("o1", ""), "*e/origin/1", 0}};
-        for (const auto &row : rows) {
+        for (const auto &[body, expected, warnings] : rows) {
             const Reading reading =
-                read(Head + "<event publicID=\"e\">" + row.body + "</event>" + Tail);
+                read(Head + "<event publicID=\"e\">" + body + "</event>" + Tail);
             QVERIFY2(reading.ok, qPrintable(reading.error));
             QCOMPARE(reading.events.size(), 1);
             const DataModel::Event &event = *reading.events[0];
-            QCOMPARE(solutions(event), row.solutions);
-            QVERIFY2(reading.warnings.size() == row.warnings, row.body);
+            QCOMPARE(solutions(event), expected);
+            QVERIFY2(reading.warnings.size() == warnings, body);
             QCOMPARE(event.preferredOriginID, event.preferredOrigin()->publicID);
         }
     }

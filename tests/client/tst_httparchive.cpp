@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
 #include "httpserver.h"
+#include "rowname.h"
 
 #include <tellarix/client/io/recordstream.h>
 #include <tellarix/client/remote/httparchivelisting_p.h>
@@ -9,11 +10,6 @@
 #include <tellarix/core/records/streamcodes.h>
 #include <tellarix/core/records/typedarray.h>
 
-#include <QBuffer>
-#include <QDirIterator>
-#include <QElapsedTimer>
-#include <QTemporaryDir>
-#include <QUrlQuery>
 #include <QtTest>
 
 #include <future>
@@ -96,137 +92,114 @@ private slots:
         });
     }
 
-    void readsWhatTheWindowNeeds_data()
+    void readsWhatTheWindowNeeds()
     {
-        QTest::addColumn<QString>("station");
-        QTest::addColumn<double>("begin");
-        QTest::addColumn<double>("end");
-        QTest::addColumn<double>("most"); // share of the file of the day
-        QTest::addColumn<QStringList>("messages");
-        _manners.clear();
-        const auto row = [&](const char *name, const char *station, double begin, double end,
-                             double most, const Manner &manner = Manner(),
-                             const QStringList &messages = QStringList()) {
-            QTest::newRow(name) << QString(station) << begin << end << most << messages;
-            _manners.insert(name, manner);
-        };
         Manner whole;
         whole.hasRanges = false;
         Manner cut;
         cut.cutOffs = 2;
-        Manner cutWhole = cut;
-        cutWhole.hasRanges = false;
+        Manner cutWhole = whole;
         cutWhole.cutOffs = 1;
         Manner overload;
         overload.overloads = 2;
+        const Manner good;
         const QStringList again({"broken off, asked for the rest"});
-        row("an hour", "A", 12, 13, 0.25);
-        row("midnight", "A", -0.5, 0.5, 0.25);
-        row("last minute", "A", 23.98, 24, 0.2);
-        row("day", "A", 0, 24, 1.1);
-        row("no ranges", "A", 12, 13, 1.4, whole);
-        row("appended late", "B", 10.2, 10.4, 1.1);
-        row("appended late, window behind", "B", 12, 13, 1.2);
-        row("disorder in front", "C", 4.2, 4.4, 1.5);
-        row("damaged", "D", 13, 13.5, 1.5);
-        row("cut off", "A", 0, 24, 1.6, cut, again + again);
-        row("cut off without ranges", "A", 0, 24, 2.4, cutWhole, again);
-        row("overloaded for a while", "A", 12, 13, 0.5, overload);
-        row("no file", "A", 28, 30, 1.4);
-        row("empty file", "A", 48, 72, 0.01);
-        row("no station", "E", 0, 24, 0.01);
-    }
-
-    void readsWhatTheWindowNeeds()
-    {
-        QFETCH(QString, station);
-        QFETCH(double, begin);
-        QFETCH(double, end);
-        QFETCH(double, most);
-        QFETCH(QStringList, messages);
-        const Request request{"XX", station.toStdString(), "", "BHZ", begin, end};
-        QStringList expected = read(local(), {request});
-        _messages.clear();
-        setManner(_manners[QTest::currentDataTag()]);
-        QStringList records = read(remote("?files=1"), {request});
-        // The order of disordered files is another.
-        std::sort(records.begin(), records.end());
-        std::sort(expected.begin(), expected.end());
-        QCOMPARE(records.size(), expected.size());
-        QCOMPARE(records, expected);
-        const double size = double(_files["2024/XX/A/BHZ.D/XX.A..BHZ.D.2024.005"].size());
-        QVERIFY2(_sent < most * size + 20000, QByteArray::number(_sent / size));
-        if (station != "D")
-            QCOMPARE(withoutNumbers(_messages), messages);
-    }
-
-    void listsFolders_data()
-    {
-        QTest::addColumn<QByteArray>("lists");
-        QTest::newRow("links") << QByteArray("links");
-        QTest::newRow("object store") << QByteArray("objects");
-        QTest::newRow("bucket in the path") << QByteArray("buckets");
+        // Station, hours, at most so much of the file of the day, and what is told.
+        const std::tuple<const char *, const char *, double, double, double, Manner, QStringList>
+            rows[] = {{"an hour", "A", 12, 13, 0.25, good, {}},
+                      {"midnight", "A", -0.5, 0.5, 0.25, good, {}},
+                      {"last minute", "A", 23.98, 24, 0.2, good, {}},
+                      {"day", "A", 0, 24, 1.1, good, {}},
+                      {"no ranges", "A", 12, 13, 1.4, whole, {}},
+                      {"appended late", "B", 10.2, 10.4, 1.1, good, {}},
+                      {"appended late, window behind", "B", 12, 13, 1.2, good, {}},
+                      {"disorder in front", "C", 4.2, 4.4, 1.5, good, {}},
+                      {"damaged", "D", 13, 13.5, 1.5, good, {}},
+                      {"cut off", "A", 0, 24, 1.6, cut, again + again},
+                      {"cut off without ranges", "A", 0, 24, 2.4, cutWhole, again},
+                      {"overloaded for a while", "A", 12, 13, 0.5, overload, {}},
+                      {"no file", "A", 28, 30, 1.4, good, {}},
+                      {"empty file", "A", 48, 72, 0.01, good, {}},
+                      {"no station", "E", 0, 24, 0.01, good, {}}};
+        for (const auto &[name, station, begin, end, most, manner, messages] : rows) {
+            const RowName shown(name);
+            init();
+            const Request request{"XX", station, "", "BHZ", begin, end};
+            const QStringList expected = sorted(read(local(), {request}));
+            _messages.clear();
+            setManner(manner);
+            // The order of disordered files is another.
+            const QStringList records = sorted(read(remote("?files=1"), {request}));
+            QCOMPARE(records.size(), expected.size());
+            QCOMPARE(records, expected);
+            const double size = double(_files["2024/XX/A/BHZ.D/XX.A..BHZ.D.2024.005"].size());
+            QVERIFY2(_sent < most * size + 20000, QByteArray::number(_sent / size));
+            if (station != QString("D"))
+                QCOMPARE(withoutNumbers(_messages), messages);
+        }
     }
 
     void listsFolders()
     {
-        QFETCH(QByteArray, lists);
-        Manner manner;
-        manner.lists = lists;
-        setManner(manner);
-        const std::vector<std::vector<Request>> rows = {
-            {{"XX", "A", "*", "BH?", 3, 4}},
-            {{"*", "*", "*", "*", 3.5, 3.6}},
-            {{"XX", "A", "", "BHN", -200, 4}, {"XX", "?", "", "BHZ", 20, 20.2}},
-            {{"XX", "A", "10", "BHN", 0, NoTime}},
-            {{"YY", "*", "*", "*", 3, 4}},
-        };
-        for (const auto &requests : rows) {
-            const QStringList expected = read(local(), requests);
-            _messages.clear();
-            QStringList records = read(remote(), requests);
-            QCOMPARE(sorted(records), sorted(expected));
-            QCOMPARE(records.isEmpty(), requests[0].network == std::string("YY"));
+        const std::pair<const char *, QByteArray> rows[] = {
+            {"links", QByteArray("links")},
+            {"object store", QByteArray("objects")},
+            {"bucket in the path", QByteArray("buckets")}};
+        for (const auto &[name, lists] : rows) {
+            const RowName shown(name);
+            init();
+            Manner manner;
+            manner.lists = lists;
+            setManner(manner);
+            const std::vector<std::vector<Request>> rows = {
+                {{"XX", "A", "*", "BH?", 3, 4}},
+                {{"*", "*", "*", "*", 3.5, 3.6}},
+                {{"XX", "A", "", "BHN", -200, 4}, {"XX", "?", "", "BHZ", 20, 20.2}},
+                {{"XX", "A", "10", "BHN", 0, NoTime}},
+                {{"YY", "*", "*", "*", 3, 4}},
+            };
+            for (const auto &requests : rows) {
+                const QStringList expected = read(local(), requests);
+                _messages.clear();
+                QStringList records = read(remote(), requests);
+                QCOMPARE(sorted(records), sorted(expected));
+                QCOMPARE(records.isEmpty(), requests[0].network == std::string("YY"));
+            }
         }
-    }
-
-    void parsesLists_data()
-    {
-        QTest::addColumn<QByteArray>("body");
-        QTest::addColumn<QString>("names");
-        QTest::newRow("links of all kinds")
-            << QByteArray(
-                   "<html><a href=\"../\">up</a><a href='?C=N'>Name</a><A class=x HREF=\"a/\">"
-                   "</A><a href=\"/tree/b%20c\">b</a><a href=\"http://other/tree/d\">d</a>"
-                   "<a href=\"/e\">e</a><a href=\"f/g\">g</a><a href=\"./h&amp;i\">")
-            << "a | b c h&i";
-        QTest::newRow("no link") << QByteArray("<html>nothing") << "none";
-        QTest::newRow("objects")
-            << QByteArray("<?xml version=\"1.0\"?><ListBucketResult xmlns=\"x\"><Prefix>tree/"
-                          "</Prefix><Contents><Key>tree/b</Key><Size>3</Size></Contents><Contents>"
-                          "<Key>else/c</Key></Contents><CommonPrefixes><Prefix>tree/a/</Prefix>"
-                          "</CommonPrefixes></ListBucketResult>")
-            << "a | b";
-        QTest::newRow("broken off")
-            << QByteArray("<ListBucketResult><Contents><Key>tree/b</Key>") << "none";
-        QTest::newRow("other XML") << QByteArray("<Error><Key>tree/b</Key></Error>") << "none";
     }
 
     void parsesLists()
     {
-        QFETCH(QByteArray, body);
-        QFETCH(QString, names);
-        IO::HttpArchiveNames found;
-        const bool isList = body.contains("<html")
-                                ? IO::parseLinks(body, QUrl("http://host/tree/"), found)
-                                : IO::parseObjects(body, "tree/", found);
-        QStringList text;
-        for (const std::string &name : found.folders)
-            text << QString::fromStdString(name);
-        text << "|";
-        for (const std::string &name : found.files)
-            text << QString::fromStdString(name);
-        QCOMPARE(isList ? text.join(' ') : QString("none"), names);
+        const std::tuple<const char *, QByteArray, QString> rows[] = {
+            {"links of all kinds",
+             QByteArray("<html><a href=\"../\">up</a><a href='?C=N'>Name</a><A class=x HREF=\"a/\">"
+                        "</A><a href=\"/tree/b%20c\">b</a><a href=\"http://other/tree/d\">d</a>"
+                        "<a href=\"/e\">e</a><a href=\"f/g\">g</a><a href=\"./h&amp;i\">"),
+             "a | b c h&i"},
+            {"no link", QByteArray("<html>nothing"), "none"},
+            {"objects",
+             QByteArray("<?xml version=\"1.0\"?><ListBucketResult xmlns=\"x\"><Prefix>tree/"
+                        "</Prefix><Contents><Key>tree/b</Key><Size>3</Size></Contents><Contents>"
+                        "<Key>else/c</Key></Contents><CommonPrefixes><Prefix>tree/a/</Prefix>"
+                        "</CommonPrefixes></ListBucketResult>"),
+             "a | b"},
+            {"broken off", QByteArray("<ListBucketResult><Contents><Key>tree/b</Key>"), "none"},
+            {"other XML", QByteArray("<Error><Key>tree/b</Key></Error>"), "none"}};
+        for (const auto &[row, body, names] : rows) {
+            const RowName shown(row);
+            init();
+            IO::HttpArchiveNames found;
+            const bool isList = body.contains("<html")
+                                    ? IO::parseLinks(body, QUrl("http://host/tree/"), found)
+                                    : IO::parseObjects(body, "tree/", found);
+            QStringList text;
+            for (const std::string &name : found.folders)
+                text << QString::fromStdString(name);
+            text << "|";
+            for (const std::string &name : found.files)
+                text << QString::fromStdString(name);
+            QCOMPARE(isList ? text.join(' ') : QString("none"), names);
+        }
     }
 
     void tellsWhatFails()
@@ -255,32 +228,31 @@ private slots:
                  qPrintable(_messages[1]));
     }
 
-    void closesSoon_data()
-    {
-        QTest::addColumn<QString>("station");
-        QTest::newRow("by name") << QString("A");
-        QTest::newRow("listing") << QString("*");
-    }
-
     void closesSoon()
     {
-        QFETCH(QString, station);
-        Manner manner;
-        manner.isStalled = true;
-        setManner(manner);
-        RecordStreamPtr stream =
-            made(remote(), {{"XX", station.toStdString(), "", "BHZ", -20, 20}});
-        auto blocked = std::async(std::launch::async,
-                                  [&] { return stream->open() ? stream->next() : RecordPtr(); });
-        QTRY_VERIFY(!_server->asked().isEmpty());
-        QElapsedTimer timer;
-        timer.start();
-        stream->close();
-        const bool ended = blocked.wait_for(std::chrono::seconds(5)) == std::future_status::ready;
-        stream.reset();
-        const qint64 elapsed = timer.elapsed();
-        QVERIFY(ended && !blocked.get());
-        QVERIFY2(elapsed < 100, qPrintable(QString::number(elapsed)));
+        const std::pair<const char *, QString> rows[] = {{"by name", QString("A")},
+                                                         {"listing", QString("*")}};
+        for (const auto &[name, station] : rows) {
+            const RowName shown(name);
+            init();
+            Manner manner;
+            manner.isStalled = true;
+            setManner(manner);
+            RecordStreamPtr stream =
+                made(remote(), {{"XX", station.toStdString(), "", "BHZ", -20, 20}});
+            auto blocked = std::async(
+                std::launch::async, [&] { return stream->open() ? stream->next() : RecordPtr(); });
+            QTRY_VERIFY(!_server->asked().isEmpty());
+            QElapsedTimer timer;
+            timer.start();
+            stream->close();
+            const bool ended =
+                blocked.wait_for(std::chrono::seconds(5)) == std::future_status::ready;
+            stream.reset();
+            const qint64 elapsed = timer.elapsed();
+            QVERIFY(ended && !blocked.get());
+            QVERIFY2(elapsed < 100, qPrintable(QString::number(elapsed)));
+        }
     }
 
 private:
@@ -443,7 +415,6 @@ private:
 
     QTemporaryDir _folder;
     QMap<QString, QByteArray> _files;
-    QHash<QString, Manner> _manners;
     std::mutex _mannerMutex;
     Manner _manner; /**< the server asks for it in its thread */
     std::atomic<double> _sent{0};

@@ -7,8 +7,9 @@
 #include <tellarix/core/datamodel/station.h>
 #include <tellarix/core/datamodel/stream.h>
 
-#include <QBuffer>
 #include <QtTest>
+
+#include <tuple>
 
 using namespace Tellarix;
 using DataModel::NetworkPtr;
@@ -73,11 +74,7 @@ private slots:
     void readsChannels()
     {
         const QByteArray atStation = "1.5,-2.5,300,,,,,";
-        const struct
-        {
-            QByteArray channels, list;
-            QString warning;
-        } rows[] = {
+        const std::tuple<QByteArray, QByteArray, QString> rows[] = {
             {"<Channel code='BHZ' locationCode='10' startDate='2020-01-02T03:04:05' "
              "endDate='2021-01-01T01:00:00+01:00'><Latitude>3</Latitude>"
              "<Longitude>4</Longitude><Elevation>5.5</Elevation><Depth>7</Depth>"
@@ -136,11 +133,7 @@ private slots:
         const QByteArray stations =
             "#Network|Station|Latitude|Longitude|Elevation|SiteName|StartTime|EndTime\r\n"
             "XX|A|1.5|-2.5|300|Here|2020-01-01T00:00:00|\r\n";
-        const struct
-        {
-            QByteArray text, list;
-            double latitude;
-        } rows[] = {
+        const std::tuple<QByteArray, QByteArray, double> rows[] = {
             {channels + "XX|A|10|BHZ|3|4|5.5|7|90|-90|STS-2|2E8|1|M/S|40|"
                         "2020-01-02T03:04:05|2021-01-01T00:00:00\n"
                         "XX|A|--|LOG||||||||||||2020-01-02T00:00:00|\n",

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
 #include "fakestream.h"
+#include "rowname.h"
 
 #include <tellarix/client/remote/joinedstream.h>
 #include <tellarix/core/records/record.h>
 
-#include <QElapsedTimer>
 #include <QtTest>
 
 #include <future>
@@ -64,104 +64,95 @@ private slots:
         QVERIFY(!RecordStream::Create("cached://?source=fake%3A%2F%2Fpast")->isLive());
     }
 
-    void joinsAtTheSeam_data()
+    void joinsAtTheSeam()
     {
         using Pieces = QVector<Piece>;
         const char *const a = "XX.A..BHZ";
         const char *const b = "XX.B..BHZ";
-        QTest::addColumn<QStringList>("records");
-        _rows.clear();
-        const auto row = [&](const char *name, const Pieces &past, const Pieces &live,
-                             const QStringList &records) {
-            QTest::newRow(name) << records;
-            _rows.insert(name, {past, live});
-        };
-        row("nothing of the past", {}, {{a, 0, 9}}, {"A 0 9"});
-        row("nothing live", {{a, 0, 9}}, {}, {"A 0 9"});
-        row("the same", {{a, 0, 9}, {a, 9, 9}}, {{a, 9, 9}, {a, 18, 9}},
-            {"A 0 9", "A 9 9", "A 18 9"});
-        row("parts", {{a, 0, 9}, {a, 9, 9}}, {{a, 0, 3}, {a, 7, 5}, {a, 18, 1}},
-            {"A 0 9", "A 9 9", "A 18 1"});
-        row("overlapping, but longer", {{a, 0, 9}}, {{a, 5, 5}, {a, 5, 4}}, {"A 0 9", "A 5 5"});
-        row("gap", {{a, 0, 9}, {a, 20, 9}}, {{a, 8, 13}, {a, 9, 2}},
-            {"A 0 9", "A 20 9", "A 8 13", "A 9 2"});
-        row("disordered past", {{a, 20, 9}, {a, 0, 9}, {a, 9, 11}}, {{a, 5, 20}},
-            {"A 20 9", "A 0 9", "A 9 11"});
-        row("other stream", {{a, 0, 9}}, {{b, 0, 9}}, {"A 0 9", "B 0 9"});
-        row("doubled by one source", {{a, 0, 9}, {a, 0, 9}}, {{a, 9, 9}, {a, 9, 9}},
-            {"A 0 9", "A 0 9", "A 9 9", "A 9 9"});
-    }
-
-    void joinsAtTheSeam()
-    {
-        QFETCH(QStringList, records);
-        const auto &row = _rows[QTest::currentDataTag()];
-        _past->isLive = true;
-        put(*_live, row.second);
-        const RecordStreamPtr stream = opened();
-        // All that is live has come before anything of the past.
-        QTRY_COMPARE(taken(*_live), size_t(row.second.size()));
-        put(*_past, row.first);
-        _past->change([](FakeSource &source) { source.isLive = false; });
-        _live->change([](FakeSource &source) { source.isLive = false; });
-        QCOMPARE(readAll(*stream), records);
-        QCOMPARE(_messages, QStringList());
+        const std::tuple<const char *, Pieces, Pieces, QStringList> rows[] = {
+            {"nothing of the past", {}, {{a, 0, 9}}, {"A 0 9"}},
+            {"nothing live", {{a, 0, 9}}, {}, {"A 0 9"}},
+            {"the same",
+             {{a, 0, 9}, {a, 9, 9}},
+             {{a, 9, 9}, {a, 18, 9}},
+             {"A 0 9", "A 9 9", "A 18 9"}},
+            {"parts",
+             {{a, 0, 9}, {a, 9, 9}},
+             {{a, 0, 3}, {a, 7, 5}, {a, 18, 1}},
+             {"A 0 9", "A 9 9", "A 18 1"}},
+            {"overlapping, but longer", {{a, 0, 9}}, {{a, 5, 5}, {a, 5, 4}}, {"A 0 9", "A 5 5"}},
+            {"gap",
+             {{a, 0, 9}, {a, 20, 9}},
+             {{a, 8, 13}, {a, 9, 2}},
+             {"A 0 9", "A 20 9", "A 8 13", "A 9 2"}},
+            {"disordered past",
+             {{a, 20, 9}, {a, 0, 9}, {a, 9, 11}},
+             {{a, 5, 20}},
+             {"A 20 9", "A 0 9", "A 9 11"}},
+            {"other stream", {{a, 0, 9}}, {{b, 0, 9}}, {"A 0 9", "B 0 9"}},
+            {"doubled by one source",
+             {{a, 0, 9}, {a, 0, 9}},
+             {{a, 9, 9}, {a, 9, 9}},
+             {"A 0 9", "A 0 9", "A 9 9", "A 9 9"}}};
+        for (const auto &[name, past, live, records] : rows) {
+            const RowName shown(name);
+            init();
+            _past->isLive = true;
+            put(*_live, live);
+            const RecordStreamPtr stream = opened();
+            // All that is live has come before anything of the past.
+            const size_t count = size_t(live.size());
+            QTRY_COMPARE(taken(*_live), count);
+            put(*_past, past);
+            _past->change([](FakeSource &source) { source.isLive = false; });
+            _live->change([](FakeSource &source) { source.isLive = false; });
+            QCOMPARE(readAll(*stream), records);
+            QCOMPARE(_messages, QStringList());
+        }
     }
 
     void dividesWindows()
     {
         const double now = _base.toDouble() + 3000;
-        const struct
-        {
-            double start;
-            double end;
-            QString past;
-            QString live;
-        } rows[] = {
+        const std::tuple<double, double, QString, QString> rows[] = {
             {-9000, 0, "-9000 3000", "1000 open"},
             {2000, 0, "2000 3000", "2000 open"},
             {-9000, 2500, "-9000 2500", "1000 2500"},
             {-9000, 500, "-9000 500", ""},
             {4000, 5000, "", "4000 5000"},
         };
-        for (const auto &row : rows) {
-            const Core::Time end = row.end == 0 ? Core::Time() : at(row.end);
-            const IO::JoinedWindows windows({at(row.start), end}, Core::Time(now),
-                                            Core::TimeSpan(2000.0));
-            QCOMPARE(windows.hasPast ? text(windows.past) : QString(), row.past);
-            QCOMPARE(windows.hasLive ? text(windows.live) : QString(), row.live);
+        for (const auto &[from, to, past, live] : rows) {
+            const IO::JoinedWindows windows({at(from), to == 0 ? Core::Time() : at(to)},
+                                            Core::Time(now), Core::TimeSpan(2000.0));
+            QCOMPARE(windows.hasPast ? text(windows.past) : QString(), past);
+            QCOMPARE(windows.hasLive ? text(windows.live) : QString(), live);
         }
-    }
-
-    void goesOnWithTheOther_data()
-    {
-        QTest::addColumn<bool>("pastFails");
-        QTest::addColumn<bool>("liveFails");
-        QTest::addColumn<QString>("message");
-        QTest::newRow("past") << true << false << "source of the past: no archive";
-        QTest::newRow("live") << false << true << "live source: no server";
-        QTest::newRow("both") << true << true << "";
     }
 
     void goesOnWithTheOther()
     {
-        QFETCH(bool, pastFails);
-        QFETCH(bool, liveFails);
-        QFETCH(QString, message);
-        _past->openError = pastFails ? "no archive" : "";
-        _live->openError = liveFails ? "no server" : "";
-        _live->isLive = false;
-        put(*_past, {{"XX.A..BHZ", 0, 9}});
-        put(*_live, {{"XX.A..BHZ", 9, 9}});
-        if (message.isEmpty()) {
-            const RecordStreamPtr stream = made();
-            QVERIFY(!stream->open());
-            QCOMPARE(stream->errorString(), std::string("no archive; no server"));
-            QVERIFY(!stream->next());
-            return;
+        const std::tuple<const char *, bool, bool, QString> rows[] = {
+            {"past", true, false, "source of the past: no archive"},
+            {"live", false, true, "live source: no server"},
+            {"both", true, true, ""}};
+        for (const auto &[name, pastFails, liveFails, message] : rows) {
+            const RowName shown(name);
+            init();
+            _past->openError = pastFails ? "no archive" : "";
+            _live->openError = liveFails ? "no server" : "";
+            _live->isLive = false;
+            put(*_past, {{"XX.A..BHZ", 0, 9}});
+            put(*_live, {{"XX.A..BHZ", 9, 9}});
+            if (message.isEmpty()) {
+                const RecordStreamPtr stream = made();
+                QVERIFY(!stream->open());
+                QCOMPARE(stream->errorString(), std::string("no archive; no server"));
+                QVERIFY(!stream->next());
+                continue;
+            }
+            QCOMPARE(readAll(*opened()), QStringList(pastFails ? "A 9 9" : "A 0 9"));
+            QCOMPARE(_messages, QStringList(message));
         }
-        QCOMPARE(readAll(*opened()), QStringList(pastFails ? "A 9 9" : "A 0 9"));
-        QCOMPARE(_messages, QStringList(message));
     }
 
     void holdsSoMuchOfWhatIsLive()
@@ -186,36 +177,32 @@ private slots:
         QCOMPARE(begin + readAll(*stream), records);
     }
 
-    void closesSoon_data()
-    {
-        QTest::addColumn<bool>("stalls");
-        QTest::addColumn<bool>("pastEnds");
-        QTest::newRow("opening") << true << false;
-        QTest::newRow("in the past") << false << false;
-        QTest::newRow("live") << false << true;
-    }
-
     void closesSoon()
     {
-        QFETCH(bool, stalls);
-        QFETCH(bool, pastEnds);
-        _past->stallsOpening = _live->stallsOpening = stalls;
-        _past->isLive = !pastEnds;
-        RecordStreamPtr stream = made();
-        auto blocked = std::async(std::launch::async, [&] {
-            stream->open();
-            return stream->next();
-        });
-        QTRY_VERIFY(opens(*_past) > 0 && opens(*_live) > 0);
-        QCOMPARE(blocked.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
-        QElapsedTimer timer;
-        timer.start();
-        stream->close();
-        const bool ended = blocked.wait_for(std::chrono::seconds(5)) == std::future_status::ready;
-        stream.reset();
-        const qint64 elapsed = timer.elapsed();
-        QVERIFY(ended && !blocked.get());
-        QVERIFY2(elapsed < 100, qPrintable(QString::number(elapsed)));
+        const std::tuple<const char *, bool, bool> rows[] = {
+            {"opening", true, false}, {"in the past", false, false}, {"live", false, true}};
+        for (const auto &[name, stalls, pastEnds] : rows) {
+            const RowName shown(name);
+            init();
+            _past->stallsOpening = _live->stallsOpening = stalls;
+            _past->isLive = !pastEnds;
+            RecordStreamPtr stream = made();
+            auto blocked = std::async(std::launch::async, [&] {
+                stream->open();
+                return stream->next();
+            });
+            QTRY_VERIFY(opens(*_past) > 0 && opens(*_live) > 0);
+            QCOMPARE(blocked.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+            QElapsedTimer timer;
+            timer.start();
+            stream->close();
+            const bool ended =
+                blocked.wait_for(std::chrono::seconds(5)) == std::future_status::ready;
+            stream.reset();
+            const qint64 elapsed = timer.elapsed();
+            QVERIFY(ended && !blocked.get());
+            QVERIFY2(elapsed < 100, qPrintable(QString::number(elapsed)));
+        }
     }
 
 private:
@@ -283,7 +270,6 @@ private:
 
     std::shared_ptr<FakeSource> _past;
     std::shared_ptr<FakeSource> _live;
-    QHash<QString, std::pair<QVector<Piece>, QVector<Piece>>> _rows;
     Core::Time _base;
     QStringList _messages;
 };

@@ -1,22 +1,16 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
 #include "core/seedbytes.h"
+#include "seedrecord.h"
 
 #include <tellarix/client/io/recordformat.h>
 #include <tellarix/client/io/recordstream.h>
-#include <tellarix/core/records/formats/miniseedwriter.h>
 #include <tellarix/core/records/formats/sac.h>
-#include <tellarix/core/records/record.h>
-#include <tellarix/core/records/streamcodes.h>
-#include <tellarix/core/records/typedarray.h>
 
-#include <QBuffer>
-#include <QDir>
-#include <QFile>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <future>
+#include <tuple>
 
 #include <fcntl.h>
 #include <sys/resource.h>
@@ -39,18 +33,9 @@ Core::TimeWindow window(const char *start, const char *end)
     return Core::TimeWindow(time(start), time(end));
 }
 
-/** A miniSEED record of 100 samples at 1 Hz in 512 bytes. */
 QByteArray seed(const char *id, const char *start, int count = 100)
 {
-    std::vector<int> samples(static_cast<size_t>(count));
-    for (int i = 0; i < count; ++i)
-        samples[static_cast<size_t>(i)] = i % 7;
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    Formats::MiniSeedWriter(&buffer).write(
-        Record(StreamCodes::FromID(id), time(start), 1, new IntArray(count, samples.data())));
-    return bytes;
+    return seedRecord(id, time(start), count);
 }
 
 QByteArray sac(int count)
@@ -123,6 +108,23 @@ class TestRecordStream : public QObject
     Q_OBJECT
 
 private slots:
+    void closesFilesOfArchives()
+    {
+        QByteArray damaged = seed("XX.A..HHZ", "2024-01-01T12:00:00Z");
+        damaged[52] = 31;
+        write("2024/XX/A/HHZ.D/XX.A..HHZ.D.2024.001", damaged.repeated(10));
+        const RecordStreamPtr reader = stream("archive://" + _directory->path().toStdString());
+        int messages = 0;
+        reader->setMessageHandler([&](const StreamMessage &) {
+            ++messages;
+            reader->close();
+        });
+
+        QVERIFY(reader->open());
+        QVERIFY(!reader->next());
+        QCOMPARE(messages, 1);
+    }
+
     void init()
     {
         _directory.reset(new QTemporaryDir);
@@ -217,12 +219,9 @@ private slots:
         const QString b0 = "XX.B.00.BHN 2024-01-01T00:00:00";
         const QString b1 = "XX.B.00.BHN 2024-01-01T01:00:00";
         const QString log = "YY.A..LOG 2024-01-01T00:30:00";
-        const struct
-        {
-            QVector<QVector<const char *>> requests; // codes and, it may be, a window
-            Core::TimeWindow common;
-            QStringList records;
-        } rows[] = {
+        // Codes and, it may be, a window of each request.
+        using Requests = QVector<QVector<const char *>>;
+        const std::tuple<Requests, Core::TimeWindow, QStringList> rows[] = {
             {{}, {}, {a0, b0, log, a1, b1}},
             {{{"XX", "*", "--", "BH?"}}, {}, {a0, a1}},
             {{{"*", "?", "*", "BH?"}}, {}, {a0, b0, a1, b1}},
@@ -245,14 +244,14 @@ private slots:
                               seed("XX.B.00.BHN", "2024-01-01T00:00:00Z") + text +
                               seed("XX.A..BHZ", "2024-01-01T01:00:00Z") +
                               seed("XX.B.00.BHN", "2024-01-01T01:00:00Z"));
-        for (const auto &row : rows) {
+        for (const auto &[requests, common, records] : rows) {
             const RecordStreamPtr reader = stream(file);
-            reader->setTimeWindow(row.common);
-            for (const auto &codes : row.requests)
+            reader->setTimeWindow(common);
+            for (const auto &codes : requests)
                 reader->addStream(codes[0], codes[1], codes[2], codes[3],
                                   codes.size() > 4 ? window(codes[4], codes[5])
                                                    : Core::TimeWindow());
-            QCOMPARE(readAll(*reader), row.records);
+            QCOMPARE(readAll(*reader), records);
             QCOMPARE(_messages, QStringList());
             QCOMPARE(reader->progress(), 1.0);
         }
@@ -265,22 +264,17 @@ private slots:
         encoding[52] = 31;
         QByteArray empty = sound;
         empty[30] = empty[31] = 0;
-        const struct
-        {
-            QByteArray bytes;
-            int records;
-            QString message;
-        } rows[] = {
+        const std::tuple<QByteArray, int, QString> rows[] = {
             {QByteArray(700000, 'x') + sound + sound, 2, "byte 0: 700000 bytes that are no record"},
             {sound + encoding + sound, 2, "byte 512: XX.A..BHZ: unsupported encoding 31"},
             {sound + empty + sound, 2, "byte 512: XX.A..BHZ: record has no samples (note)"},
             {sac(100).left(632 + 42), 1, "byte 0: file is cut off: it holds 10 of 100 samples"},
             {sac(10) + QByteArray(700000, 'x'), 1, "byte 672: 700000 bytes that belong to nothing"},
         };
-        for (const auto &row : rows) {
+        for (const auto &[bytes, records, message] : rows) {
             _messages.clear();
-            QCOMPARE(readAll(*stream(write("file", row.bytes))).size(), row.records);
-            QCOMPARE(_messages, QStringList("file: " + row.message));
+            QCOMPARE(readAll(*stream(write("file", bytes))).size(), records);
+            QCOMPARE(_messages, QStringList("file: " + message));
         }
     }
 
@@ -386,12 +380,7 @@ private slots:
         const QString a1 = "XX.A..HHZ 2023-12-31T23:59:00";
         const QString a3 = "XX.A..HHZ 2024-02-29T12:00:00";
         const QString b2 = "XX.B.00.HHZ 2024-01-01T12:00:00";
-        const struct
-        {
-            const char *location;
-            Core::TimeWindow common;
-            QStringList records;
-        } rows[] = {
+        const std::tuple<const char *, Core::TimeWindow, QStringList> rows[] = {
             {"*", Core::TimeWindow(), {a1, a3, b2}},
             // A record that runs past midnight and the year.
             {"*", window("2024-01-01T00:00:00Z", "2024-01-01T00:10:00Z"), {a1}},
@@ -399,11 +388,11 @@ private slots:
             {"*", window("2024-03-01", "2024-03-02"), {}},
             {"--", window("2024-01-01", "2024-12-31"), {a1, a3}},
         };
-        for (const auto &row : rows) {
+        for (const auto &[location, common, records] : rows) {
             const RecordStreamPtr reader = stream("archive://" + _directory->path().toStdString());
-            reader->setTimeWindow(row.common);
-            reader->addStream("XX", "*", row.location, "HHZ");
-            QCOMPARE(readAll(*reader), row.records);
+            reader->setTimeWindow(common);
+            reader->addStream("XX", "*", location, "HHZ");
+            QCOMPARE(readAll(*reader), records);
             QCOMPARE(_messages, QStringList());
         }
     }
@@ -431,23 +420,6 @@ private slots:
                          folder + "3: byte 512: record of 512 bytes is cut off after 77 bytes",
                          folder + "4: byte 0: file holds records of XX.B..HHZ, which are skipped",
                          folder + "5: is not a regular file"}));
-    }
-
-    void closesFilesOfArchives()
-    {
-        QByteArray damaged = seed("XX.A..HHZ", "2024-01-01T12:00:00Z");
-        damaged[52] = 31;
-        write("2024/XX/A/HHZ.D/XX.A..HHZ.D.2024.001", damaged.repeated(10));
-        const RecordStreamPtr reader = stream("archive://" + _directory->path().toStdString());
-        int messages = 0;
-        reader->setMessageHandler([&](const StreamMessage &) {
-            ++messages;
-            reader->close();
-        });
-
-        QVERIFY(reader->open());
-        QVERIFY(!reader->next());
-        QCOMPARE(messages, 1);
     }
 
 private:

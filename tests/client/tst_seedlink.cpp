@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
+#include "rowname.h"
 #include "seedlinkserver.h"
 
 #include <tellarix/client/io/recordstream.h>
@@ -9,8 +10,6 @@
 #include <tellarix/core/records/record.h>
 #include <tellarix/core/records/streamcodes.h>
 
-#include <QFile>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <map>
@@ -20,7 +19,6 @@ using namespace Tellarix;
 using namespace Tellarix::IO;
 using SeedLinkTesting::Fault;
 using SeedLinkTesting::SeedLinkServer;
-using SeedLinkTesting::seedRecord;
 
 namespace {
 
@@ -137,9 +135,6 @@ QString kindOf(const SeedLinkPacket &packet)
 }
 
 } // namespace
-
-Q_DECLARE_METATYPE(Fault)
-Q_DECLARE_METATYPE(std::vector<std::string>)
 
 class TestSeedLink : public QObject
 {
@@ -283,151 +278,118 @@ private slots:
         QTRY_COMPARE(wild.count(), 61);
     }
 
-    void survivesMisbehaviour_data()
-    {
-        QTest::addColumn<Fault>("fault");
-        QTest::addColumn<QString>("message");
-        QTest::newRow("silent") << Fault::SilentFromStart << "no answer within 1";
-        QTest::newRow("endless line") << Fault::EndlessLine << "a line without an end";
-        QTest::newRow("web page") << Fault::WebPage << "no greeting of a SeedLink server";
-        QTest::newRow("refuses") << Fault::RefusesAll << "refuses the request: not taken";
-        QTest::newRow("stalls") << Fault::StallsInFlow << "silent for 1 s";
-        QTest::newRow("cuts") << Fault::CutsInPacket << "connection lost: The remote host closed";
-        QTest::newRow("garbage") << Fault::Garbage << "\"xxxxxxxx\" is no header of a packet";
-        QTest::newRow("damaged record") << Fault::DamagedRecord << "damaged record: start time";
-        QTest::newRow("no wildcards") << Fault::RefusesWildcards << "";
-    }
-
     /** A fault that shows at once fails open(); after the others nothing is missing but what was
      *  damaged itself. */
     void survivesMisbehaviour()
     {
-        QFETCH(Fault, fault);
-        QFETCH(QString, message);
-        const char *const id = "XX.ABC..HHZ";
-        SeedLinkServer server;
-        QVERIFY(server.start());
-        for (int i = 0; i < 4; ++i)
-            server.add(part(id, i));
-        server.setFault(fault);
-        Reader reader(server.url() + Fast, {"XX.AB*..HHZ"}, {Begin, Core::Time()});
-        const bool isTold = !message.isEmpty();
-        if (isTold)
-            QTRY_VERIFY2(reader.messages().join('\n').contains(message),
-                         qPrintable(reader.messages().join('\n')));
-        QTRY_VERIFY(reader.isOpen() || reader.isDone());
-        if (!reader.isOpen()) {
-            QCOMPARE(reader.messages().size(), 1);
-            return;
+        const std::tuple<const char *, Fault, QString> rows[] = {
+            {"silent", Fault::SilentFromStart, "no answer within 1"},
+            {"endless line", Fault::EndlessLine, "a line without an end"},
+            {"web page", Fault::WebPage, "no greeting of a SeedLink server"},
+            {"refuses", Fault::RefusesAll, "refuses the request: not taken"},
+            {"stalls", Fault::StallsInFlow, "silent for 1 s"},
+            {"cuts", Fault::CutsInPacket, "connection lost: The remote host closed"},
+            {"garbage", Fault::Garbage, "\"xxxxxxxx\" is no header of a packet"},
+            {"damaged record", Fault::DamagedRecord, "damaged record: start time"},
+            {"no wildcards", Fault::RefusesWildcards, ""}};
+        for (const auto &[name, fault, message] : rows) {
+            const RowName shown(name);
+            const char *const id = "XX.ABC..HHZ";
+            SeedLinkServer server;
+            QVERIFY(server.start());
+            for (int i = 0; i < 4; ++i)
+                server.add(part(id, i));
+            server.setFault(fault);
+            Reader reader(server.url() + Fast, {"XX.AB*..HHZ"}, {Begin, Core::Time()});
+            const bool isTold = !message.isEmpty();
+            if (isTold)
+                QTRY_VERIFY2(reader.messages().join('\n').contains(message),
+                             qPrintable(reader.messages().join('\n')));
+            QTRY_VERIFY(reader.isOpen() || reader.isDone());
+            if (!reader.isOpen()) {
+                QCOMPARE(reader.messages().size(), 1);
+                continue;
+            }
+            server.setFault(isTold ? Fault::None : fault);
+            const bool isDamaged = fault == Fault::DamagedRecord;
+            QTRY_COMPARE(reader.parts(), id + (isDamaged ? " 0 2 3" : numbers(0, 4)));
+            const int lines = isTold ? isDamaged ? 1 : 2 : 0;
+            QTRY_COMPARE_WITH_TIMEOUT(reader.messages().size(), lines, 5000);
         }
-        server.setFault(isTold ? Fault::None : fault);
-        const bool isDamaged = fault == Fault::DamagedRecord;
-        QTRY_COMPARE(reader.parts(), id + (isDamaged ? " 0 2 3" : numbers(0, 4)));
-        const int lines = isTold ? isDamaged ? 1 : 2 : 0;
-        QTRY_COMPARE_WITH_TIMEOUT(reader.messages().size(), lines, 5000);
-    }
-
-    void tellsWhyThereIsNoConnection()
-    {
-        SeedLinkServer server;
-        QVERIFY(server.start());
-        server.stop();
-        Reader reader(server.url(), {"XX.ABC..HHZ"});
-        QTRY_VERIFY(reader.isDone());
-        QCOMPARE(reader.messages().join(' '),
-                 QString::fromStdString(server.address() + ": Connection refused"));
     }
 
     /** Of all that the ring still holds no record is lost, and none comes twice. */
-    void survivesRestarts_data()
-    {
-        QTest::addColumn<bool>("countsAnew");
-        QTest::addColumn<std::vector<std::string>>("streams");
-        const std::vector<std::string> plain{"XX.A..HHZ", "XX.A..HHN", "XX.B..HHZ", "XX.C..HHZ"};
-        QTest::newRow("numbers go on") << false << plain;
-        QTest::newRow("numbers anew") << true << plain;
-        QTest::newRow("wildcards, anew") << true << std::vector<std::string>{"X*.*.*.*"};
-    }
-
     void survivesRestarts()
     {
-        QFETCH(bool, countsAnew);
-        QFETCH(std::vector<std::string>, streams);
-        const auto seed = std::random_device()();
-        qInfo("seed %u", seed);
-        std::mt19937 random(seed);
-        const auto upTo = [&](int most) { return int(random() % unsigned(most + 1)); };
+        const std::vector<std::string> plain{"XX.A..HHZ", "XX.A..HHN", "XX.B..HHZ", "XX.C..HHZ"};
+        const std::tuple<const char *, bool, std::vector<std::string>> rows[] = {
+            {"numbers go on", false, plain},
+            {"numbers anew", true, plain},
+            {"wildcards, anew", true, std::vector<std::string>{"X*.*.*.*"}}};
+        for (const auto &[name, countsAnew, streams] : rows) {
+            const RowName shown(name);
+            const auto seed = std::random_device()();
+            qInfo("seed %u", seed);
+            std::mt19937 random(seed);
+            const auto upTo = [&](int most) { return int(random() % unsigned(most + 1)); };
 
-        const char *const ids[] = {"XX.A..HHZ", "XX.A..HHN", "XX.B..HHZ", "XX.C..HHZ"};
-        std::map<std::string, int> next;
-        SeedLinkServer server;
-        server.setFirstNumber(0xFFFF80);
-        QVERIFY(server.start());
-        int total = 0;
-        const auto addSome = [&](int count) {
-            for (int i = 0; i < count; ++i, ++total) {
-                const char *const id = ids[upTo(3)];
-                server.add(part(id, next[id]++));
-            }
-        };
-        Reader reader(server.url() + Fast, streams, {Begin, Core::Time()});
-        QTRY_VERIFY(reader.isOpen());
-        for (int restart = 0; restart < 20; ++restart) {
-            addSome(upTo(30));
-            QTest::qWait(upTo(30)); // dies at any moment
-            server.stop();
-            addSome(upTo(10));
-            if (countsAnew)
-                server.setFirstNumber(random());
+            const char *const ids[] = {"XX.A..HHZ", "XX.A..HHN", "XX.B..HHZ", "XX.C..HHZ"};
+            std::map<std::string, int> next;
+            SeedLinkServer server;
+            server.setFirstNumber(0xFFFF80);
             QVERIFY(server.start());
+            int total = 0;
+            const auto addSome = [&](int count) {
+                for (int i = 0; i < count; ++i, ++total) {
+                    const char *const id = ids[upTo(3)];
+                    server.add(part(id, next[id]++));
+                }
+            };
+            Reader reader(server.url() + Fast, streams, {Begin, Core::Time()});
+            QTRY_VERIFY(reader.isOpen());
+            for (int restart = 0; restart < 20; ++restart) {
+                addSome(upTo(30));
+                QTest::qWait(upTo(30)); // dies at any moment
+                server.stop();
+                addSome(upTo(10));
+                if (countsAnew)
+                    server.setFirstNumber(random());
+                QVERIFY(server.start());
+            }
+            QStringList expected;
+            for (const auto &[id, count] : next)
+                expected << QString::fromStdString(id) + numbers(0, count);
+            QTRY_COMPARE_WITH_TIMEOUT(reader.count(), total, 20000);
+            QCOMPARE(reader.parts(), expected.join("; "));
         }
-        QStringList expected;
-        for (const auto &[id, count] : next)
-            expected << QString::fromStdString(id) + numbers(0, count);
-        QTRY_COMPARE_WITH_TIMEOUT(reader.count(), total, 20000);
-        QCOMPARE(reader.parts(), expected.join("; "));
-    }
-
-    void closesSoon_data()
-    {
-        QTest::addColumn<Fault>("fault");
-        QTest::addColumn<QString>("host");
-        QTest::newRow("waiting for a greeting") << Fault::SilentFromStart << "";
-        QTest::newRow("waiting for data") << Fault::None << "";
-        QTest::newRow("in a pause") << Fault::Garbage << "";
-        QTest::newRow("looking for a name") << Fault::None << "no.such.host.example";
-        QTest::newRow("connecting") << Fault::None << "192.0.2.1";
     }
 
     void closesSoon()
     {
-        QFETCH(Fault, fault);
-        QFETCH(QString, host);
-        SeedLinkServer server;
-        QVERIFY(server.start());
-        server.add(part("XX.ABC..HHZ", 0));
-        server.add(part("XX.ABC..HHZ", 1));
-        server.setFault(fault);
-        Reader reader(host.isEmpty() ? server.url() : "seedlink://" + host.toStdString(),
-                      {"XX.ABC..HHZ"}, {Begin, Core::Time()});
-        if (fault == Fault::SilentFromStart)
-            QTRY_VERIFY(!server.lines().empty());
-        else if (fault == Fault::Garbage)
-            QTRY_COMPARE(reader.messages().size(), 1);
-        else if (host.isEmpty())
-            QTRY_COMPARE(reader.count(), 2);
-        const qint64 msecs = reader.finish();
-        QVERIFY2(msecs < 100, qPrintable(QString("%1 ms").arg(msecs)));
-    }
-
-    void closesBeforeItIsOpen()
-    {
-        SeedLinkServer server;
-        QVERIFY(server.start());
-        const RecordStreamPtr stream = RecordStream::Create(server.url());
-        stream->close();
-        QVERIFY(!stream->open());
-        QVERIFY(stream->open());
+        const std::tuple<const char *, Fault, QString> rows[] = {
+            {"waiting for a greeting", Fault::SilentFromStart, ""},
+            {"waiting for data", Fault::None, ""},
+            {"in a pause", Fault::Garbage, ""},
+            {"looking for a name", Fault::None, "no.such.host.example"},
+            {"connecting", Fault::None, "192.0.2.1"}};
+        for (const auto &[name, fault, host] : rows) {
+            const RowName shown(name);
+            SeedLinkServer server;
+            QVERIFY(server.start());
+            server.add(part("XX.ABC..HHZ", 0));
+            server.add(part("XX.ABC..HHZ", 1));
+            server.setFault(fault);
+            Reader reader(host.isEmpty() ? server.url() : "seedlink://" + host.toStdString(),
+                          {"XX.ABC..HHZ"}, {Begin, Core::Time()});
+            if (fault == Fault::SilentFromStart)
+                QTRY_VERIFY(!server.lines().empty());
+            else if (fault == Fault::Garbage)
+                QTRY_COMPARE(reader.messages().size(), 1);
+            else if (host.isEmpty())
+                QTRY_COMPARE(reader.count(), 2);
+            const qint64 msecs = reader.finish();
+            QVERIFY2(msecs < 100, qPrintable(QString("%1 ms").arg(msecs)));
+        }
     }
 
     void leavesOutForeignStreamsAndTellsOfTheFuture()
