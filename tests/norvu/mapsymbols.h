@@ -2,11 +2,11 @@
 
 #pragma once
 
+#include "ownscheme.h"
+
 #include <norvu/gui/map/annotatedsymbol.h>
 
-#include <tellarix/qt/application.h>
 #include <tellarix/qt/map/canvas.h>
-#include <tellarix/qt/scheme.h>
 
 #include <QPainter>
 #include <QStringList>
@@ -47,19 +47,6 @@ struct TenPerDegree : Canvas
         draw(painter);
         return image;
     }
-};
-
-/** A scheme of the test's own, as long as it lives. */
-class OwnScheme
-{
-public:
-    Tellarix::Gui::Scheme *operator->() { return &_application.scheme(); }
-
-private:
-    int _argc{1};
-    char _name[5]{"test"};
-    char *_argv[2]{_name, nullptr};
-    Tellarix::Gui::Application _application{_argc, _argv, 0};
 };
 
 /** A square of 20 pixels about its place that writes down what happens to it. */

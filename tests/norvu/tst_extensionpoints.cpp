@@ -3,7 +3,6 @@
 #include <norvu/gui/authbackend.h>
 #include <norvu/gui/pluginwidget.h>
 
-#include <QLibrary>
 #include <QtTest>
 
 using namespace Norvu::Gui;

@@ -2,6 +2,7 @@
 
 #include "answer.h"
 #include "gradienttesting.h"
+#include "rowname.h"
 
 #include <norvu/gui/gradienteditor.h>
 
@@ -99,48 +100,38 @@ class TestGradientEditor : public QObject
     Q_OBJECT
 
 private slots:
-    void fieldsFollowSelection()
+    void tableSelectsStopOfBefore()
     {
         Bench bench;
-        QVERIFY(!bench.key->isEnabled());
         bench.click(Third);
-        QVERIFY(bench.key->isEnabled());
-        QCOMPARE(bench.key->text(), QStringLiteral("0.333333"));
-        QCOMPARE(bench.shownColor(), QColor(Qt::green));
-
-        bench.editor.setGradient(stops());
+        bench.editor.pointsReleased();
         QVERIFY(!bench.key->isEnabled());
-        QCOMPARE(bench.key->text(), QString());
-        QCOMPARE(bench.shownColor(), bench.editor.palette().color(QPalette::Button));
-        QCOMPARE(bench.changes.size(), 0);
-    }
-
-    void keyFieldMovesStop_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QList<double>>("keys");
-
-        QTest::newRow("unchanged") << "0" << QList<double>({0, Third, 1});
-        QTest::newRow("exponent") << "-1e1" << QList<double>({-10, Third, 1});
-        QTest::newRow("on another stop") << "1" << QList<double>({Third, 1});
+        Answer<QDialog> answer(editTable([](QTableWidget &) {}));
+        bench.editor.openList();
+        QVERIFY(bench.key->isEnabled());
+        QCOMPARE(bench.shownColor(), QColor(Qt::green));
     }
 
     void keyFieldMovesStop()
     {
-        QFETCH(QString, text);
-        QFETCH(QList<double>, keys);
+        const std::tuple<const char *, QString, QList<double>> rows[] = {
+            {"unchanged", "0", QList<double>({0, Third, 1})},
+            {"exponent", "-1e1", QList<double>({-10, Third, 1})},
+            {"on another stop", "1", QList<double>({Third, 1})}};
+        for (const auto &[name, text, keys] : rows) {
+            const RowName shown(name);
+            Bench bench;
+            bench.click(0);
+            bench.enterKey(text);
+            QCOMPARE(bench.editor.gradient().keys(), keys);
+            QCOMPARE(bench.changes.size(), 1);
 
-        Bench bench;
-        bench.click(0);
-        bench.enterKey(text);
-        QCOMPARE(bench.editor.gradient().keys(), keys);
-        QCOMPARE(bench.changes.size(), 1);
-
-        // The moved stop is still the selected one.
-        bench.enterKey(QStringLiteral("7"));
-        QCOMPARE(bench.editor.gradient().value(7),
-                 qMakePair(QColor(Qt::red), QStringLiteral("low")));
-        QCOMPARE(bench.editor.gradient().size(), keys.size());
+            // The moved stop is still the selected one.
+            bench.enterKey(QStringLiteral("7"));
+            QCOMPARE(bench.editor.gradient().value(7),
+                     qMakePair(QColor(Qt::red), QStringLiteral("low")));
+            QCOMPARE(bench.editor.gradient().size(), keys.size());
+        }
     }
 
     void refusesWhatIsNoNumber()
@@ -163,43 +154,35 @@ private slots:
         QCOMPARE(bench.changes.size(), 0);
     }
 
-    void doubleClickAsksForColor_data()
-    {
-        QTest::addColumn<double>("key");
-        QTest::addColumn<bool>("accepted");
-        QTest::addColumn<int>("size");
-        QTest::newRow("new stop") << 2.0 / 3 << true << 4;
-        QTest::newRow("new stop, cancelled") << 2.0 / 3 << false << 3;
-        QTest::newRow("stop") << 1.0 << true << 3;
-    }
-
     void doubleClickAsksForColor()
     {
-        QFETCH(double, key);
-        QFETCH(bool, accepted);
-        QFETCH(int, size);
-
-        Bench bench;
-        const QColor color(10, 20, 30, 40);
-        const QPoint pos = handleOf(*bench.bar, bench.editor.gradient(), key);
-        if (key < 1)
-            key = bench.bar->mapPosToKey(pos.x());
-        else
-            bench.click(key);
-        QColor offered;
-        Answer<QColorDialog> answer([&](QColorDialog &dialog) {
-            offered = dialog.currentColor();
-            dialog.setCurrentColor(color);
-            accepted ? dialog.accept() : dialog.reject();
-        });
-        QTest::mouseDClick(bench.bar, Qt::LeftButton, Qt::NoModifier, pos);
-        QCOMPARE(offered, stops().colorAt(key));
-        QCOMPARE(bench.editor.gradient().size(), size);
-        QCOMPARE(bench.changes.size(), accepted ? 1 : 0);
-        if (accepted) {
-            QCOMPARE(bench.editor.gradient().value(key),
-                     qMakePair(color, stops().value(key).second));
-            QCOMPARE(bench.shownColor(), color);
+        const std::tuple<const char *, double, bool, int> rows[] = {
+            {"new stop", 2.0 / 3, true, 4},
+            {"new stop, cancelled", 2.0 / 3, false, 3},
+            {"stop", 1.0, true, 3}};
+        for (const auto &[name, key, accepted, size] : rows) {
+            const RowName shown(name);
+            Bench bench;
+            const QColor color(10, 20, 30, 40);
+            const QPoint pos = handleOf(*bench.bar, bench.editor.gradient(), key);
+            const double place = key < 1 ? bench.bar->mapPosToKey(pos.x()) : key;
+            if (key == 1)
+                bench.click(key);
+            QColor offered;
+            Answer<QColorDialog> answer([&](QColorDialog &dialog) {
+                offered = dialog.currentColor();
+                dialog.setCurrentColor(color);
+                accepted ? dialog.accept() : dialog.reject();
+            });
+            QTest::mouseDClick(bench.bar, Qt::LeftButton, Qt::NoModifier, pos);
+            QCOMPARE(offered, stops().colorAt(place));
+            QCOMPARE(bench.editor.gradient().size(), size);
+            QCOMPARE(bench.changes.size(), accepted ? 1 : 0);
+            if (accepted) {
+                QCOMPARE(bench.editor.gradient().value(place),
+                         qMakePair(color, stops().value(place).second));
+                QCOMPARE(bench.shownColor(), color);
+            }
         }
     }
 
@@ -243,6 +226,7 @@ private slots:
         bench.key->setFocus();
         bench.key->setText(QStringLiteral("3"));
         bench.editor.setGradient(stops());
+        QVERIFY(!bench.key->isEnabled() && bench.key->text().isEmpty());
         QCOMPARE(bench.editor.gradient(), stops());
         QCOMPARE(bench.changes.size(), 0);
     }
@@ -286,52 +270,32 @@ private slots:
         QCOMPARE(bench.changes.size(), 1);
     }
 
-    void selectionFollowsItsStop_data()
-    {
-        QTest::addColumn<QStringList>("keys");
-        QTest::addColumn<QString>("key");
-        QTest::addColumn<QColor>("color");
-
-        QTest::newRow("moved") << QStringList({"2", "", ""}) << "2" << QColor(Qt::red);
-        QTest::newRow("moved twice") << QStringList({"1", "", "2"}) << "2" << QColor(Qt::red);
-        QTest::newRow("another one below") << QStringList({"", "", "-1"}) << "0" << QColor(Qt::red);
-        QTest::newRow("replaced") << QStringList({"", "", "0"}) << "0" << QColor(Qt::blue);
-    }
-
     void selectionFollowsItsStop()
     {
-        QFETCH(QStringList, keys);
-        QFETCH(QString, key);
-        QFETCH(QColor, color);
+        const std::tuple<const char *, QStringList, QString, QColor> rows[] = {
+            {"moved", QStringList({"2", "", ""}), "2", QColor(Qt::red)},
+            {"moved twice", QStringList({"1", "", "2"}), "2", QColor(Qt::red)},
+            {"another one below", QStringList({"", "", "-1"}), "0", QColor(Qt::red)},
+            {"replaced", QStringList({"", "", "0"}), "0", QColor(Qt::blue)}};
+        for (const auto &[name, keys, key, color] : rows) {
+            const RowName shown(name);
+            Bench bench;
+            bench.click(0);
+            Answer<QDialog> answer(editTable([&](QTableWidget &table) {
+                for (int row = 0; row < keys.size(); ++row) {
+                    if (!keys[row].isEmpty())
+                        typeInto(table, row, 0, keys[row]);
+                }
+            }));
+            bench.editor.openList();
+            QCOMPARE(bench.key->text(), key);
+            QCOMPARE(bench.shownColor(), color);
+            QCOMPARE(bench.editor.gradient().value(key.toDouble()).first, color);
 
-        Bench bench;
-        bench.click(0);
-        Answer<QDialog> answer(editTable([&](QTableWidget &table) {
-            for (int row = 0; row < keys.size(); ++row) {
-                if (!keys[row].isEmpty())
-                    typeInto(table, row, 0, keys[row]);
-            }
-        }));
-        bench.editor.openList();
-        QCOMPARE(bench.key->text(), key);
-        QCOMPARE(bench.shownColor(), color);
-        QCOMPARE(bench.editor.gradient().value(key.toDouble()).first, color);
-
-        // The handle of the same stop is the selected one.
-        bench.bar->deleteCurrent();
-        QVERIFY(!bench.editor.gradient().contains(key.toDouble()));
-    }
-
-    void tableSelectsStopOfBefore()
-    {
-        Bench bench;
-        bench.click(Third);
-        bench.editor.pointsReleased();
-        QVERIFY(!bench.key->isEnabled());
-        Answer<QDialog> answer(editTable([](QTableWidget &) {}));
-        bench.editor.openList();
-        QVERIFY(bench.key->isEnabled());
-        QCOMPARE(bench.shownColor(), QColor(Qt::green));
+            // The handle of the same stop is the selected one.
+            bench.bar->deleteCurrent();
+            QVERIFY(!bench.editor.gradient().contains(key.toDouble()));
+        }
     }
 
     void tableWarnsOfLostStops()
@@ -352,23 +316,6 @@ private slots:
         bench.editor.openList();
         QCOMPARE(bench.editor.gradient().keys(), QList<double>({Third, 2}));
         QCOMPARE(bench.editor.gradient().value(2).second, QStringLiteral("low"));
-    }
-
-    void disabledEditorShowsTableReadOnly()
-    {
-        Bench bench;
-        bench.click(0);
-        bench.editor.setEditorEnabled(false);
-        QVERIFY(!bench.key->isEnabled());
-        QVERIFY(!bench.bar->isEnabled());
-        Answer<QDialog> answer(editTable([](QTableWidget &table) {
-            QCOMPARE(table.editTriggers(), QAbstractItemView::NoEditTriggers);
-        }));
-        QTest::mouseClick(bench.child<QToolButton>("btnList"), Qt::LeftButton);
-        QVERIFY(answer.given);
-
-        bench.editor.setEditorEnabled(true);
-        QVERIFY(bench.key->isEnabled());
     }
 };
 

@@ -2,12 +2,12 @@
 
 #include "interference.h"
 #include "mapsymbols.h"
+#include "rowname.h"
 
 #include <norvu/gui/map/annotationlayer.h>
 #include <norvu/gui/map/labelbins_p.h>
 #include <norvu/gui/map/symbollayer.h>
 
-#include <QRandomGenerator>
 #include <QtTest>
 
 #include <cmath>
@@ -126,22 +126,6 @@ private slots:
         QCOMPARE(static_cast<Recorder *>(stage.layer->symbols()[6])->name(), QString("nowhere"));
     }
 
-    void asksForPositionsWhenShown()
-    {
-        Stage stage;
-        QVector<int> hints;
-        connect(stage.layer.get(), &Map::Layer::updateRequested, this,
-                [&hints](const Map::Layer::UpdateHints &what) { hints.append(what); });
-        stage.layer->setShadows(true);
-        stage.layer->setShadows(false);
-        QCOMPARE(hints, QVector<int>({1}));
-        stage.layer->setVisible(false);
-        stage.layer->setShadows(true);
-        stage.layer->setVisible(true);
-        QCOMPARE(hints, QVector<int>({1, 0, 0, 1}));
-        QVERIFY(!stage.layer->hasCursorShape());
-    }
-
     void tellsWhatTheMouseMeets()
     {
         Stage stage;
@@ -207,23 +191,17 @@ private slots:
         QCOMPARE(stage.takeLog(), QString());
     }
 
-    void survivesReceiversThatDelete_data()
-    {
-        QTest::addColumn<QByteArray>("signal");
-        for (const char *signal :
-             {SIGNAL(symbolHovered(Norvu::Gui::Map::Symbol *)),
-              SIGNAL(symbolPressed(Norvu::Gui::Map::Symbol *)),
-              SIGNAL(symbolDoubleClicked(Norvu::Gui::Map::Symbol *)),
-              SIGNAL(visibilityChanged(bool)),
-              SIGNAL(updateRequested(QFlags<Tellarix::Gui::Map::Layer::UpdateHint>))})
-            QTest::newRow(signal) << QByteArray(signal);
-    }
-
     void survivesReceiversThatDelete()
     {
-        QFETCH(QByteArray, signal);
-
-        for (bool all : {false, true}) {
+        const char *const signalNames[] = {
+            SIGNAL(symbolHovered(Norvu::Gui::Map::Symbol *)),
+            SIGNAL(symbolPressed(Norvu::Gui::Map::Symbol *)),
+            SIGNAL(symbolDoubleClicked(Norvu::Gui::Map::Symbol *)), SIGNAL(visibilityChanged(bool)),
+            SIGNAL(updateRequested(QFlags<Tellarix::Gui::Map::Layer::UpdateHint>))};
+        for (int i = 0; i < 10; ++i) {
+            const char *const signal = signalNames[i / 2];
+            const RowName shown(signal);
+            const bool all = i % 2;
             Stage stage;
             stage.add("a", 0, 0);
             stage.canvas.picture();
@@ -298,52 +276,6 @@ private slots:
         canvas.picture();
         QCOMPARE(writer.painted.join(','),
                  QString("first,beside the one left out,where nothing is seen,last"));
-    }
-
-    void boxesStandOnTheirAnchor()
-    {
-        QImage image(100, 100, QImage::Format_RGB32);
-        QPainter painter(&image);
-        AnnotationStyle style;
-        AnnotationItem item;
-        QVERIFY(style.itemRect(painter, item, QPoint(50, 80)).isNull());
-        // What was measured for one text and font holds for no other.
-        using Case = QPair<const char *, int>;
-        for (const Case &of : {Case("M 5", 9), Case("M 5", 14), Case("a longer one", 14)}) {
-            QFont font;
-            font.setPointSize(of.second);
-            style.setFont(font);
-            item.text = of.first;
-            const QRect box = style.itemRect(painter, item, QPoint(50, 80));
-            const QFontMetrics metrics(font, &image);
-            const QSize ink = metrics.boundingRect(item.text).size();
-            const int margin = metrics.height() / 4;
-            QCOMPARE(box.size(), ink + QSize(2 * margin, 2 * margin));
-            QCOMPARE(QPoint(box.left() + margin + ink.width() / 2, box.bottom()), QPoint(50, 80));
-        }
-        // Nor does a painter that paints nowhere end the process.
-        for (const char *call : {"setFont", "fontMetrics", "font"})
-            QTest::ignoreMessage(QtWarningMsg,
-                                 QByteArray("QPainter::") + call + ": Painter not active");
-        QPainter nowhere;
-        style.itemRect(nowhere, item, QPoint(50, 80));
-    }
-
-    void highlightedLabelsAreInverted()
-    {
-        AnnotationItem item;
-        item.rect = QRect(10, 10, 60, 30);
-        for (bool highlighted : {false, true}) {
-            item.highlighted = highlighted;
-            QImage image(100, 60, QImage::Format_RGB32);
-            image.fill(Qt::white);
-            QPainter painter(&image);
-            AnnotationStyle().draw(painter, item);
-            // Dark grey or white of three quarters' opacity, within grey, round at the corners.
-            QCOMPARE(qGray(image.pixel(13, 25)), highlighted ? 255 : 87);
-            QCOMPARE(image.pixel(10, 25), qRgb(160, 160, 164));
-            QVERIFY(qGray(image.pixel(10, 10)) > 200);
-        }
     }
 
     void labelsGoWithWhoeverGoesFirst()

@@ -2,18 +2,17 @@
 
 #include "gainfilter.h"
 #include "ink.h"
+#include "ownscheme.h"
 #include "pointer.h"
+#include "rowname.h"
 #include "traces.h"
 
 #include <norvu/gui/gradients.h>
 #include <norvu/gui/multitracewidget.h>
 
-#include <tellarix/qt/application.h>
 #include <tellarix/qt/records/recordmarker.h>
-#include <tellarix/qt/scheme.h>
 
 #include <QPainter>
-#include <QScrollArea>
 
 #include <functional>
 #include <memory>
@@ -122,19 +121,6 @@ struct Overview
     MultiTraceWidget *widget;
 };
 
-/** A scheme of the test's own, as long as it lives. */
-class OwnScheme
-{
-public:
-    Tellarix::Gui::Scheme::Records &records() { return _application.scheme().records; }
-
-private:
-    int _argc{1};
-    char _name[5]{"test"};
-    char *_argv[2]{_name, nullptr};
-    Tellarix::Gui::Application _application{_argc, _argv, 0};
-};
-
 } // namespace
 
 class MultiTraceWidgetTest : public QObject
@@ -142,6 +128,18 @@ class MultiTraceWidgetTest : public QObject
     Q_OBJECT
 
 private slots:
+    void keepsRowsWithoutFilteredRecords()
+    {
+        Overview overview;
+        overview.addRow("A", wave, Qt::red);
+        overview.view.setFilterEnabled(true);
+        overview.view.setAlignment(timeAt(1));
+        const QRect ink = Ink::rectOfColor(overview.repaint(), Qt::red);
+        QVERIFY(ink.height() > overview.area().height() * 9 / 10);
+        overview.click(5, overview.area().center().y());
+        QCOMPARE(overview.selected(), QStringList{"A"});
+    }
+
     void takesThePlaceOfTheRows()
     {
         Overview overview;
@@ -201,88 +199,46 @@ private slots:
         // Of equal traces the first one wins.
         overview.click(5, overview.area().center().y());
         QCOMPARE(overview.selected(), QStringList{"A"});
-
-        const int needed = 3 * overview.widget->fontMetrics().ascent();
-        overview.widget->setOrientation(Qt::Vertical);
-        QCOMPARE(overview.widget->minimumSize(), QSize(0, needed));
-        overview.widget->setOrientation(Qt::Horizontal);
-        QCOMPARE(overview.widget->minimumSize(), QSize(needed, 0));
-    }
-
-    void keysChangeAmplitudesAndOverlap()
-    {
-        Overview overview;
-        overview.addRow("A", wave);
-        MultiTraceWidget &widget = *overview.widget;
-        const Qt::KeyboardModifiers both = Qt::ControlModifier | Qt::ShiftModifier;
-        overview.view.activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(&overview.view));
-        const auto press = [&](Qt::Key key, Qt::KeyboardModifiers modifiers, int times) {
-            for (int i = 0; i < times; ++i)
-                QTest::keyClick(&overview.view, key, modifiers);
-        };
-        press(Qt::Key_Up, Qt::ControlModifier, 3);
-        QCOMPARE(widget.ampScale(), 2.5f);
-        press(Qt::Key_Down, Qt::ControlModifier, 5);
-        QCOMPARE(widget.ampScale(), 1.0f);
-        press(Qt::Key_Up, both, 12);
-        QVERIFY(widget.overlap() == 1.0);
-        press(Qt::Key_Down, both, 12);
-        QVERIFY(widget.overlap() == 0.0);
-    }
-
-    void clickSelectsNearestTrace_data()
-    {
-        QTest::addColumn<int>("overlapSteps");
-        QTest::addColumn<double>("seconds");
-        QTest::addColumn<double>("share");
-        QTest::addColumn<QString>("expected");
-        QTest::addColumn<QString>("turned");
-
-        // Of rows side by side only the one below the pointer counts, however far its trace is;
-        // with the rows beside each other, amplitudes grow to the right.
-        QTest::newRow("second row") << 0 << 7.0 << 0.60 << "falling"
-                                    << "falling";
-        // On top of each other the traces cross in the middle.
-        QTest::newRow("upper left") << 10 << 2.0 << 0.2 << "falling"
-                                    << "rising";
-        QTest::newRow("lower right") << 10 << 7.0 << 0.8 << "falling"
-                                     << "rising";
-        QTest::newRow("in the gap of both") << 10 << 8.5 << 0.5 << ""
-                                            << "";
     }
 
     void clickSelectsNearestTrace()
     {
-        QFETCH(int, overlapSteps);
-        QFETCH(double, seconds);
-        QFETCH(double, share);
+        const std::tuple<const char *, int, double, double, QString, QString> rows[] = {
+            // Of rows side by side only the one below the pointer counts, however far its trace is;
+            // with the rows beside each other, amplitudes grow to the right.
+            {"second row", 0, 7.0, 0.60, "falling", "falling"},
+            // On top of each other the traces cross in the middle.
+            {"upper left", 10, 2.0, 0.2, "falling", "rising"},
+            {"lower right", 10, 7.0, 0.8, "falling", "rising"},
+            {"in the gap of both", 10, 8.5, 0.5, "", ""}};
+        for (const auto &[name, overlapSteps, seconds, share, expected, turned] : rows) {
+            const RowName shown(name);
+            Overview overview;
+            for (int i = 0; i < overlapSteps; ++i)
+                overview.widget->increaseOverlap();
+            overview.view.setFilter(new GainFilter(1));
+            overview.view.setFilterEnabled(true);
+            overview.addRow("rising", rising, Qt::black, 8);
+            overview.addRow("falling", falling, Qt::black, 8);
+            for (const bool isFiltered : {true, false}) {
+                overview.view.setFilterEnabled(isFiltered);
+                overview.repaint();
+                overview.view.clearSelection();
+                const QRect area = overview.area();
+                overview.click(seconds, area.top() + static_cast<int>(share * area.height()));
+                QCOMPARE(overview.selected().join(','), expected);
+            }
 
-        Overview overview;
-        for (int i = 0; i < overlapSteps; ++i)
-            overview.widget->increaseOverlap();
-        overview.view.setFilter(new GainFilter(1));
-        overview.view.setFilterEnabled(true);
-        overview.addRow("rising", rising, Qt::black, 8);
-        overview.addRow("falling", falling, Qt::black, 8);
-        for (const bool isFiltered : {true, false}) {
-            overview.view.setFilterEnabled(isFiltered);
+            overview.widget->setOrientation(Qt::Horizontal);
             overview.repaint();
             overview.view.clearSelection();
             const QRect area = overview.area();
-            overview.click(seconds, area.top() + static_cast<int>(share * area.height()));
-            QTEST(overview.selected().join(','), "expected");
+            const int length = area.height() - overview.view.rulerSpacing();
+            QTest::mouseClick(overview.widget, Qt::LeftButton, Qt::NoModifier,
+                              QPoint(static_cast<int>(share * area.width()),
+                                     area.top() + static_cast<int>(seconds / Length * length)));
+            QCOMPARE(overview.selected().join(','), turned);
         }
-
-        overview.widget->setOrientation(Qt::Horizontal);
-        overview.repaint();
-        overview.view.clearSelection();
-        const QRect area = overview.area();
-        const int length = area.height() - overview.view.rulerSpacing();
-        QTest::mouseClick(overview.widget, Qt::LeftButton, Qt::NoModifier,
-                          QPoint(static_cast<int>(share * area.width()),
-                                 area.top() + static_cast<int>(seconds / Length * length)));
-        QTEST(overview.selected().join(','), "turned");
     }
 
     void dragSelectsAgain()
@@ -304,43 +260,6 @@ private slots:
         Pointer::move(*overview.widget, inA);
         QCOMPARE(overview.selected(), QStringList{"B"});
         QVERIFY(!overview.view.itemAt(0)->isSelected());
-    }
-
-    void drawsTracesInTheirRows()
-    {
-        OwnScheme scheme;
-        for (const bool antiAliasing : {false, true}) {
-            scheme.records().antiAliasing = antiAliasing;
-            Overview overview;
-            overview.addRow("", wave, Qt::red);
-            overview.addRow("", wave, Qt::green);
-            const QImage picture = overview.repaint();
-            const QRect area = overview.area();
-            int top = area.top();
-            for (const QColor color : {Qt::red, Qt::green}) {
-                const QRect ink = Ink::rectOf(picture, picture.rect(), [&](QRgb pixel) {
-                    const QColor found(pixel);
-                    return qAbs(found.hue() - color.hue()) < 3 && found.saturation() > 100;
-                });
-                QVERIFY(qAbs(ink.top() - top) <= 1);
-                QVERIFY(qAbs(ink.height() - area.height() / 2) <= 2);
-                QVERIFY(qAbs(ink.left() - area.left()) <= 1);
-                QVERIFY(qAbs(ink.right() - area.right()) <= 3);
-                top += area.height() / 2;
-            }
-        }
-    }
-
-    void keepsRowsWithoutFilteredRecords()
-    {
-        Overview overview;
-        overview.addRow("A", wave, Qt::red);
-        overview.view.setFilterEnabled(true);
-        overview.view.setAlignment(timeAt(1));
-        const QRect ink = Ink::rectOfColor(overview.repaint(), Qt::red);
-        QVERIFY(ink.height() > overview.area().height() * 9 / 10);
-        overview.click(5, overview.area().center().y());
-        QCOMPARE(overview.selected(), QStringList{"A"});
     }
 
     void turnsTracesClockwise()
@@ -408,7 +327,7 @@ private slots:
     {
         OwnScheme scheme;
         for (const bool antiAliasing : {false, true}) {
-            scheme.records().antiAliasing = antiAliasing;
+            scheme->records.antiAliasing = antiAliasing;
             Overview overview;
             Trace *row = overview.addRow("", wave);
             const auto inkOf = [&](const QColor &color, double from, double to) {
@@ -438,7 +357,7 @@ private slots:
     void drawsGridAtTicks()
     {
         OwnScheme scheme;
-        scheme.records().gridMinor = QPen(Qt::yellow, 1);
+        scheme->records.gridMinor = QPen(Qt::yellow, 1);
         Overview overview;
         const Tellarix::Gui::TimeScale &scale = *overview.view.timeScale();
         const auto columns = [&] {
@@ -483,7 +402,6 @@ private slots:
         add(4, Qt::magenta);
         add(5, Qt::yellow, Qt::AlignTop);
         add(7, Qt::darkGreen, Qt::AlignBottom);
-        add(6, Qt::cyan)->setHidden(true);
         add(-0.5, Qt::darkBlue);
         RecordMarker *moved = add(2, Qt::cyan);
         moved->setMovable(true);
@@ -504,15 +422,14 @@ private slots:
         QVERIFY(stands(Qt::darkGreen, 7, 0.5, 1));
         QVERIFY(stands(Qt::green, 3, 0, 1));
         QVERIFY(overview.pixelOf(-0.5) > 0 && stands(Qt::darkBlue, -0.5, 0, 1));
-        // Hidden, or moved on.
-        QVERIFY(Ink::rectOfColor(picture, Qt::cyan).isNull());
+        QVERIFY(Ink::rectOfColor(picture, Qt::cyan).isNull()); // moved on
     }
 
     void scaleBesideRulesTimeThatRunsDown()
     {
         OwnScheme scheme;
-        scheme.records().gridMajor = QPen(Qt::yellow, 1);
-        scheme.records().gridMinor = QPen(Qt::transparent, 1);
+        scheme->records.gridMajor = QPen(Qt::yellow, 1);
+        scheme->records.gridMinor = QPen(Qt::transparent, 1);
         Overview overview;
         // A row that begins at 5 s with a marker there.
         Trace *row = overview.addRow("A", nullptr, Qt::red);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
 #include "core/recordtesting.h"
+#include "rowname.h"
 
 #include <norvu/gui/multitracewiggles_p.h>
 
@@ -17,7 +18,6 @@ using Tellarix::Core::TimeWindow;
 using Tellarix::Gui::TraceSpans;
 
 using Polygons = QVector<QPolygon>;
-Q_DECLARE_METATYPE(QVector<QPolygon>)
 
 namespace {
 
@@ -136,38 +136,31 @@ class MultiTraceWigglesTest : public QObject
     Q_OBJECT
 
 private slots:
-    void splitsTracesIntoLobes_data()
-    {
-        QTest::addColumn<Polygons>("lines");
-        QTest::addColumn<Polygons>("positive");
-        QTest::addColumn<Polygons>("negative");
-        using P = QPoint;
-
-        QTest::newRow("below, in two stretches")
-            << Polygons{line({P(0, 13), P(4, 11)}), line({P(6, 12)})} << Polygons()
-            << Polygons{line({P(0, 10), P(0, 13), P(4, 11), P(4, 10)}),
-                        line({P(6, 10), P(6, 12), P(6, 10)})};
-        QTest::newRow("crosses twice, truncated")
-            << Polygons{line({P(0, 5), P(3, 14), P(10, 9)})}
-            << Polygons{line({P(0, 10), P(0, 5), P(1, 10)}), line({P(8, 10), P(10, 9), P(10, 10)})}
-            << Polygons{line({P(1, 10), P(3, 14), P(8, 10)})};
-        QTest::newRow("point on the line belongs to both")
-            << Polygons{line({P(0, 8), P(2, 10), P(4, 8)})}
-            << Polygons{line({P(0, 10), P(0, 8), P(2, 10), P(4, 8), P(4, 10)})}
-            << Polygons{line({P(2, 10), P(2, 10), P(2, 10)})};
-        QTest::newRow("upper lobe is lost at an end on the line")
-            << Polygons{line({P(0, 8), P(2, 10)}), line({P(6, 8)})}
-            << Polygons{line({P(6, 10), P(6, 8), P(6, 10)})}
-            << Polygons{line({P(2, 10), P(2, 10), P(2, 10)})};
-    }
-
     void splitsTracesIntoLobes()
     {
-        QFETCH(Polygons, lines);
-        Polygons positive, negative;
-        generateWiggles<QPolygon, QPoint>(positive, negative, lines, 10);
-        QTEST(positive, "positive");
-        QTEST(negative, "negative");
+        using P = QPoint;
+        const std::tuple<const char *, Polygons, Polygons, Polygons> rows[] = {
+            {"below, in two stretches", Polygons{line({P(0, 13), P(4, 11)}), line({P(6, 12)})},
+             Polygons(),
+             Polygons{line({P(0, 10), P(0, 13), P(4, 11), P(4, 10)}),
+                      line({P(6, 10), P(6, 12), P(6, 10)})}},
+            {"crosses twice, truncated", Polygons{line({P(0, 5), P(3, 14), P(10, 9)})},
+             Polygons{line({P(0, 10), P(0, 5), P(1, 10)}), line({P(8, 10), P(10, 9), P(10, 10)})},
+             Polygons{line({P(1, 10), P(3, 14), P(8, 10)})}},
+            {"point on the line belongs to both", Polygons{line({P(0, 8), P(2, 10), P(4, 8)})},
+             Polygons{line({P(0, 10), P(0, 8), P(2, 10), P(4, 8), P(4, 10)})},
+             Polygons{line({P(2, 10), P(2, 10), P(2, 10)})}},
+            {"upper lobe is lost at an end on the line",
+             Polygons{line({P(0, 8), P(2, 10)}), line({P(6, 8)})},
+             Polygons{line({P(6, 10), P(6, 8), P(6, 10)})},
+             Polygons{line({P(2, 10), P(2, 10), P(2, 10)})}}};
+        for (const auto &[name, lines, positive, negative] : rows) {
+            const RowName shown(name);
+            Polygons above, below;
+            generateWiggles<QPolygon, QPoint>(above, below, lines, 10);
+            QCOMPARE(above, positive);
+            QCOMPARE(below, negative);
+        }
     }
 
     void crossesBetweenPixels()

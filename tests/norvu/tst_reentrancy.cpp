@@ -3,6 +3,7 @@
 #include "gainfilter.h"
 #include "gradienttesting.h"
 #include "interference.h"
+#include "rowname.h"
 #include "traces.h"
 
 #include <norvu/gui/calendarwidget.h>
@@ -297,36 +298,26 @@ class ReentrancyTest : public QObject
     Q_OBJECT
 
 private slots:
-    void view_data()
-    {
-        QTest::addColumn<int>("action");
-        QTest::addColumn<int>("deed");
-        for (size_t action = 0; action < viewActions.size(); ++action) {
-            for (int deed = 0; deed < viewDeeds.size(); ++deed)
-                QTest::addRow("%s, %.12s, %s", viewActions[action].name,
-                              viewActions[action].signal + 1, viewDeeds[deed].first)
-                    << static_cast<int>(action) << deed;
-        }
-    }
-
     void view()
     {
-        QFETCH(int, action);
-        QFETCH(int, deed);
-        const ViewAction &item = viewActions[static_cast<size_t>(action)];
-        const QPointer<TraceView> view(makeView());
-        Interference interference(senderOf(*view, item), item.signal,
-                                  [&] { viewDeeds[deed].second(*view, item.row); });
-        item.act(*view);
-        QVERIFY(interference.done);
-        QCOMPARE(view.isNull(), deed == 3);
-        if (!view)
-            return;
-        QCOMPARE(view->emptyDataSlots(), view->count());
-        QVERIFY(!view->currentItem() || view->items().contains(view->currentItem()));
-        QCoreApplication::processEvents();
-        view->grab();
-        delete view;
+        for (const ViewAction &item : viewActions) {
+            for (int deed = 0; deed < viewDeeds.size(); ++deed) {
+                const RowName shown(item.name);
+                const QPointer<TraceView> view(makeView());
+                Interference interference(senderOf(*view, item), item.signal,
+                                          [&] { viewDeeds[deed].second(*view, item.row); });
+                item.act(*view);
+                QVERIFY2(interference.done, viewDeeds[deed].first);
+                QCOMPARE(view.isNull(), deed == 3);
+                if (!view)
+                    continue;
+                QCOMPARE(view->emptyDataSlots(), view->count());
+                QVERIFY(!view->currentItem() || view->items().contains(view->currentItem()));
+                QCoreApplication::processEvents();
+                view->grab();
+                delete view;
+            }
+        }
     }
 
     void viewForgetsRowsThatOthersDelete()
@@ -395,20 +386,19 @@ private slots:
         QCOMPARE(gradient.keys(), QList<double>({0, 0.5}));
     }
 
-    void gradientEditor_data()
+    void gradientEditor()
     {
-        QTest::addColumn<int>("action");
-        QTest::addColumn<bool>("isDeleted");
-        for (int i = 0; i < editorActions.size(); ++i) {
-            QTest::addRow("%s, deleted", editorActions[i].first) << i << true;
-            QTest::addRow("%s, another gradient", editorActions[i].first) << i << false;
+        for (const auto &action : editorActions) {
+            for (const bool isDeleted : {true, false})
+                changeEditor(action.first, action.second, isDeleted);
         }
     }
 
-    void gradientEditor()
+private:
+    static void changeEditor(const char *name, const std::function<void(GradientEditor &)> &act,
+                             bool isDeleted)
     {
-        QFETCH(int, action);
-        QFETCH(bool, isDeleted);
+        const RowName shown(name);
         const auto other = GradientTesting::gradientOf({{5, Qt::black}});
         const QPointer<GradientEditor> editor(new GradientEditor);
         editor->setGradient(GradientTesting::gradientOf({{0, Qt::red}, {1, Qt::blue}}));
@@ -431,13 +421,25 @@ private slots:
                 dialog->accept();
         });
         timer.start(0);
-        editorActions[action].second(*editor);
+        act(*editor);
         QVERIFY(interference.done);
         QCOMPARE(editor.isNull(), isDeleted);
         // Of what was begun before, only a new stop goes into another gradient.
-        if (editor && qstrcmp(editorActions[action].first, "new stop") != 0)
+        if (editor && qstrcmp(name, "new stop") != 0)
             QCOMPARE(editor->gradient(), other);
         delete editor;
+    }
+private slots:
+    void tabsLeaveNullAlone()
+    {
+        TabWidget tabs;
+        tabs.addTab(new QWidget, "A");
+        tabs.addWidget(nullptr);
+        tabs.removeWidget(nullptr);
+        QCOMPARE(tabs.addTab(nullptr, "B"), -1);
+        QCOMPARE(tabs.insertTab(0, nullptr, "B"), -1);
+        QCOMPARE(tabs.insertWidget(0, nullptr), -1);
+        QCOMPARE(tabs.widgetCount(), 1);
     }
 
     void tabs_data() { addRows(tabCases); }
@@ -452,18 +454,6 @@ private slots:
         tabs->show();
         QCoreApplication::processEvents();
         run(tabCases, tabs);
-    }
-
-    void tabsLeaveNullAlone()
-    {
-        TabWidget tabs;
-        tabs.addTab(new QWidget, "A");
-        tabs.addWidget(nullptr);
-        tabs.removeWidget(nullptr);
-        QCOMPARE(tabs.addTab(nullptr, "B"), -1);
-        QCOMPARE(tabs.insertTab(0, nullptr, "B"), -1);
-        QCOMPARE(tabs.insertWidget(0, nullptr), -1);
-        QCOMPARE(tabs.widgetCount(), 1);
     }
 
     void endingTabsTearNothingOff()

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
+#include "rowname.h"
 #include "spectrograms.h"
 
 #include <norvu/gui/spectrogramaxis.h>
@@ -41,30 +42,23 @@ class SpectrogramAxisTest : public QObject
     Q_OBJECT
 
 private slots:
-    void valuesStandAtCentresOfBands_data()
-    {
-        QTest::addColumn<QByteArray>("settings");
-        QTest::addColumn<double>("position");
-        QTest::addColumn<double>("value");
-        QTest::newRow("linear, bottom") << QByteArray("freqs(1,10,2,3)") << 0.0 << 3.25;
-        QTest::newRow("linear, between rows") << QByteArray("freqs(1,10,2,3)") << 0.5 << 6.625;
-        QTest::newRow("linear, last row") << QByteArray("freqs(1,10,2,3)") << 2 / 3.0 << 7.75;
-        QTest::newRow("top stays at last row") << QByteArray("freqs(1,10,2,3)") << 1.0 << 7.75;
-        QTest::newRow("below the picture") << QByteArray("freqs(1,10,2,3)") << -1.0 << 3.25;
-        QTest::newRow("not a number") << QByteArray("freqs(1,10,2,3)") << NaN << 3.25;
-        QTest::newRow("log, middle row") << QByteArray("periods_log(1,100,2,3)") << 1 / 3.0 << 10.0;
-        QTest::newRow("descending")
-            << QByteArray("periods_log(100,1,2,3)") << 0.0 << std::pow(10.0, 1.5);
-        QTest::newRow("one band") << QByteArray("periods_log(1,100,2,1)") << 0.7 << std::sqrt(10.0);
-        QTest::newRow("bands cover each other") << QByteArray("freqs(1,3,1,4)") << 1.0 << 2.0;
-    }
-
     void valuesStandAtCentresOfBands()
     {
-        QFETCH(QByteArray, settings);
-        QFETCH(double, position);
-        QFETCH(double, value);
-        QCOMPARE(axisOf(settings).valueAt(position), value);
+        const std::tuple<const char *, QByteArray, double, double> rows[] = {
+            {"linear, bottom", QByteArray("freqs(1,10,2,3)"), 0.0, 3.25},
+            {"linear, between rows", QByteArray("freqs(1,10,2,3)"), 0.5, 6.625},
+            {"linear, last row", QByteArray("freqs(1,10,2,3)"), 2 / 3.0, 7.75},
+            {"top stays at last row", QByteArray("freqs(1,10,2,3)"), 1.0, 7.75},
+            {"below the picture", QByteArray("freqs(1,10,2,3)"), -1.0, 3.25},
+            {"not a number", QByteArray("freqs(1,10,2,3)"), NaN, 3.25},
+            {"log, middle row", QByteArray("periods_log(1,100,2,3)"), 1 / 3.0, 10.0},
+            {"descending", QByteArray("periods_log(100,1,2,3)"), 0.0, std::pow(10.0, 1.5)},
+            {"one band", QByteArray("periods_log(1,100,2,1)"), 0.7, std::sqrt(10.0)},
+            {"bands cover each other", QByteArray("freqs(1,3,1,4)"), 1.0, 2.0}};
+        for (const auto &[name, settings, position, value] : rows) {
+            const RowName shown(name);
+            QCOMPARE(axisOf(settings).valueAt(position), value);
+        }
     }
 
     void positionsAndValuesAreInverse()
@@ -85,19 +79,15 @@ private slots:
 
     void isEmptyWithoutBands()
     {
-        struct Case
-        {
-            double lower;
-            int mode, divisions, bands;
-        };
-        for (const Case &one : {Case{1, 2, 4, 8}, Case{1, 1, 4, 0}, Case{1, 1, 0, 8},
-                                Case{0, 0, 4, 8}, Case{NaN, 0, 4, 8}}) {
+        const std::tuple<double, int, int, int> rows[] = {
+            {1, 2, 4, 8}, {1, 1, 4, 0}, {1, 1, 0, 8}, {0, 0, 4, 8}, {NaN, 0, 4, 8}};
+        for (const auto &[lower, mode, divisions, bands] : rows) {
             SpectrogramSettings settings;
-            settings.lower = one.lower;
+            settings.lower = lower;
             settings.upper = 10;
-            settings.mode = one.mode;
-            settings.divisions = one.divisions;
-            settings.bands = one.bands;
+            settings.mode = mode;
+            settings.divisions = divisions;
+            settings.bands = bands;
             settings.logarithmic = true;
             const SpectrogramAxis axis(settings);
             QVERIFY(axis.isEmpty() && axis.ticks(0.1).isEmpty());
@@ -106,41 +96,28 @@ private slots:
         QVERIFY(SpectrogramAxis(SpectrogramSettings()).isEmpty());
     }
 
-    void ticksAreRound_data()
-    {
-        QTest::addColumn<double>("begin");
-        QTest::addColumn<double>("end");
-        QTest::addColumn<bool>("logarithmic");
-        QTest::addColumn<double>("distance");
-        QTest::addColumn<QString>("labels");
-        QTest::newRow("decades") << 0.05 << 100.0 << true << 0.2 << "0.1 1 10 100";
-        QTest::newRow("1-2-5") << 0.05 << 100.0 << true << 0.09
-                               << "0.05 0.1 0.2 0.5 1 2 5 10 20 50 100";
-        QTest::newRow("each digit")
-            << 0.5 << 6.0 << true << 0.04 << "0.5 0.6 0.7 0.8 0.9 1 2 3 4 5 6";
-        QTest::newRow("descending") << 100.0 << 0.05 << true << 0.2 << "100 10 1 0.1";
-        QTest::newRow("many decades")
-            << 1E-6 << 1E6 << true << 0.15 << "1e-6 1e-4 0.01 1 100 10000 1e6";
-        QTest::newRow("one decade mark in reach") << 0.6 << 3.0 << true << 0.4 << "1 2";
-        QTest::newRow("less than a digit") << 2.1 << 2.9 << true << 0.3 << "2.2 2.5 2.8";
-        QTest::newRow("room for the ends alone") << 0.1 << 100.0 << true << 0.9 << "0.1 100";
-        QTest::newRow("room for one") << 0.3 << 30.0 << true << 1.5 << "10";
-        QTest::newRow("linear") << 0.0 << 10.0 << false << 0.15 << "0 2 4 6 8 10";
-        QTest::newRow("linear, both signs") << -1.0 << 1.0 << false << 0.2 << "-1 -0.5 0 0.5 1";
-        QTest::newRow("linear, narrow")
-            << 1000.0 << 1000.3 << false << 0.3 << "1000 1000.1 1000.2 1000.3";
-        QTest::newRow("linear, far apart") << 1.0 << 1.9 << false << 0.7 << "1 1.8";
-        QTest::newRow("no extent") << 3.0 << 3.0 << false << 0.1 << "";
-        QTest::newRow("no logarithm") << 0.0 << 3.0 << true << 0.1 << "";
-    }
-
     void ticksAreRound()
     {
-        QFETCH(double, begin);
-        QFETCH(double, end);
-        QFETCH(bool, logarithmic);
-        QFETCH(double, distance);
-        QTEST(labelsOf(roundTicks(begin, end, logarithmic, distance)), "labels");
+        const std::tuple<const char *, double, double, bool, double, QString> rows[] = {
+            {"decades", 0.05, 100.0, true, 0.2, "0.1 1 10 100"},
+            {"1-2-5", 0.05, 100.0, true, 0.09, "0.05 0.1 0.2 0.5 1 2 5 10 20 50 100"},
+            {"each digit", 0.5, 6.0, true, 0.04, "0.5 0.6 0.7 0.8 0.9 1 2 3 4 5 6"},
+            {"descending", 100.0, 0.05, true, 0.2, "100 10 1 0.1"},
+            {"many decades", 1E-6, 1E6, true, 0.15, "1e-6 1e-4 0.01 1 100 10000 1e6"},
+            {"one decade mark in reach", 0.6, 3.0, true, 0.4, "1 2"},
+            {"less than a digit", 2.1, 2.9, true, 0.3, "2.2 2.5 2.8"},
+            {"room for the ends alone", 0.1, 100.0, true, 0.9, "0.1 100"},
+            {"room for one", 0.3, 30.0, true, 1.5, "10"},
+            {"linear", 0.0, 10.0, false, 0.15, "0 2 4 6 8 10"},
+            {"linear, both signs", -1.0, 1.0, false, 0.2, "-1 -0.5 0 0.5 1"},
+            {"linear, narrow", 1000.0, 1000.3, false, 0.3, "1000 1000.1 1000.2 1000.3"},
+            {"linear, far apart", 1.0, 1.9, false, 0.7, "1 1.8"},
+            {"no extent", 3.0, 3.0, false, 0.1, ""},
+            {"no logarithm", 0.0, 3.0, true, 0.1, ""}};
+        for (const auto &[name, begin, end, logarithmic, distance, labels] : rows) {
+            const RowName shown(name);
+            QCOMPARE(labelsOf(roundTicks(begin, end, logarithmic, distance)), labels);
+        }
     }
 
     /** Whatever the axis: labels are apart, in order, and tell the value that stands there. */
@@ -180,18 +157,6 @@ private slots:
                         labelled[k].position - labelled[k - 1].position > 0.999 * distance);
             }
         }
-    }
-
-    void numberTexts()
-    {
-        const QVector<QPair<double, QString>> cases{
-            {0.05, "0.05"},           {3 * 0.1, "0.3"}, {1e5, "100000"},
-            {2.5e6, "2.5e6"},         {0.0002, "2e-4"}, {-1.5e-7, "-1.5e-7"},
-            {0.001 - 1e-19, "0.001"}, {0, "0"},         {1e-9, "1e-9"},
-            {1e6 - 1e-9, "1e6"},      {120, "120"},
-        };
-        for (const auto &one : cases)
-            QCOMPARE(roundNumberText(one.first), one.second);
     }
 
     void settingsProblems()
@@ -242,51 +207,39 @@ private slots:
         QVERIFY(right > 2000 && right < 18000);
     }
 
-    void rateProblems_data()
-    {
-        QTest::addColumn<QByteArray>("text");
-        QTest::addColumn<double>("rate");
-        QTest::addColumn<int>("silent");
-        QTest::addColumn<QString>("problem");
-        const QString limit = " up to or above 10 Hz, half the sampling frequency; ";
-        QTest::newRow("all fit") << QByteArray("periods_log(0.5,20,4,8)") << 20.0 << 0 << "";
-        QTest::newRow("highest corner at the limit")
-            << QByteArray("freqs(1,10,3,5)") << 20.0 << 1
-            << "1 of 5 bands reaches" + limit + "it stays at 0";
-        QTest::newRow("periods") << QByteArray("periods_log(0.06,20,4,8)") << 20.0 << 1
-                                 << "1 of 8 bands reaches" + limit + "it stays at 0";
-        QTest::newRow("descending") << QByteArray("freqs_log(12,1,10,16)") << 20.0 << 2
-                                    << "2 of 16 bands reach" + limit + "they stay at 0";
-        QTest::newRow("all beyond") << QByteArray("freqs(12,20,4,6)") << 20.0 << 6
-                                    << "all bands reach" + limit + "they stay at 0";
-        QTest::newRow("mean of one sample") << QByteArray("freqs_log(40,1,10,16)") << 20.0 << 16
-                                            << "all bands stay at 0: the running mean that is "
-                                               "taken off, over 0.025 s, holds a single "
-                                               "sample at 20 Hz";
-        QTest::newRow("no width")
-            << QByteArray("freqs(3,3,2,4)") << 20.0 << 4
-            << "lower and upper are both 3: the bands have no width and stay at 0";
-    }
-
     /** Counted in a matrix too: the bands that the message speaks of are those without signal. */
     void rateProblems()
     {
-        QFETCH(QByteArray, text);
-        QFETCH(double, rate);
-        QFETCH(int, silent);
-        const SpectrogramSettings settings = settingsOf(text.toStdString());
-        QTEST(spectrogramRateProblem(settings, rate), "problem");
+        const QString limit = " up to or above 10 Hz, half the sampling frequency; ";
+        const std::tuple<const char *, QByteArray, double, int, QString> rows[] = {
+            {"all fit", QByteArray("periods_log(0.5,20,4,8)"), 20.0, 0, ""},
+            {"highest corner at the limit", QByteArray("freqs(1,10,3,5)"), 20.0, 1,
+             "1 of 5 bands reaches" + limit + "it stays at 0"},
+            {"periods", QByteArray("periods_log(0.06,20,4,8)"), 20.0, 1,
+             "1 of 8 bands reaches" + limit + "it stays at 0"},
+            {"descending", QByteArray("freqs_log(12,1,10,16)"), 20.0, 2,
+             "2 of 16 bands reach" + limit + "they stay at 0"},
+            {"all beyond", QByteArray("freqs(12,20,4,6)"), 20.0, 6,
+             "all bands reach" + limit + "they stay at 0"},
+            {"mean of one sample", QByteArray("freqs_log(40,1,10,16)"), 20.0, 16,
+             "all bands stay at 0: the running mean that is "
+             "taken off, over 0.025 s, holds a single "
+             "sample at 20 Hz"},
+            {"no width", QByteArray("freqs(3,3,2,4)"), 20.0, 4,
+             "lower and upper are both 3: the bands have no width and stay at 0"}};
+        for (const auto &[name, text, rate, silent, problem] : rows) {
+            const RowName shown(name);
+            const SpectrogramSettings settings = settingsOf(text.toStdString());
+            QCOMPARE(spectrogramRateProblem(settings, rate), problem);
 
-        Spectrogram<float> spectrogram(settings);
-        spectrogram.setSamplingFrequency(rate);
-        std::mt19937 random(3);
-        std::normal_distribution<float> noise;
-        std::vector<float> samples(500);
-        for (float &sample : samples)
-            sample = noise(random);
-        spectrogram.pushData(static_cast<int>(samples.size()), samples.data());
-        const float *last = spectrogram.data() + (spectrogram.columns() - 1) * spectrogram.rows();
-        QCOMPARE(static_cast<int>(std::count(last, last + spectrogram.rows(), 0.0f)), silent);
+            Spectrogram<float> spectrogram(settings);
+            spectrogram.setSamplingFrequency(rate);
+            const auto samples = noise<float>(500);
+            spectrogram.pushData(500, samples.data());
+            const float *last =
+                spectrogram.data() + (spectrogram.columns() - 1) * spectrogram.rows();
+            QCOMPARE(static_cast<int>(std::count(last, last + spectrogram.rows(), 0.0f)), silent);
+        }
     }
 };
 

@@ -37,40 +37,38 @@ class TestSpectrogramRatio : public QObject
     Q_OBJECT
 
 private slots:
-    void picturesHaveThePixelsOfTheScreen();
-};
+    void picturesHaveThePixelsOfTheScreen()
+    {
+        Norvu::Utils::LUT<double, unsigned int> table;
+        table.fill(0, 1000, [](double value) { return qRgb(0, static_cast<int>(value / 4), 255); });
+        SpectrogramRecordWidget widget;
+        widget.resize(200, 80);
+        widget.setAlignment(Start);
+        widget.setTimeRange(0, 100);
+        widget.setTimeScale(widget.canvasWidth() / 100.0);
+        widget.setRecords(0, new RingBuffer(0), true);
+        widget.setRecordVisible(0, false);
+        widget.records(0)->feed(noise(100 * static_cast<int>(Rate)).get());
+        widget.setSpectrogramSettings(0.2, 2, 3, 32);
+        widget.setSpectrogramSlot(0);
+        widget.setColorLUT(&table);
+        widget.setSpectrogramEnabled(true);
 
-void TestSpectrogramRatio::picturesHaveThePixelsOfTheScreen()
-{
-    Norvu::Utils::LUT<double, unsigned int> table;
-    table.fill(0, 1000, [](double value) { return qRgb(0, static_cast<int>(value / 4), 255); });
-    SpectrogramRecordWidget widget;
-    widget.resize(200, 80);
-    widget.setAlignment(Start);
-    widget.setTimeRange(0, 100);
-    widget.setTimeScale(widget.canvasWidth() / 100.0);
-    widget.setRecords(0, new RingBuffer(0), true);
-    widget.setRecordVisible(0, false);
-    widget.records(0)->feed(noise(100 * static_cast<int>(Rate)).get());
-    widget.setSpectrogramSettings(0.2, 2, 3, 32);
-    widget.setSpectrogramSlot(0);
-    widget.setColorLUT(&table);
-    widget.setSpectrogramEnabled(true);
-
-    const QImage image = widget.grab().toImage();
-    QCOMPARE(image.size(), 2 * widget.size());
-    // Colours repeat within most pixels if the picture has one colour for each.
-    int count = 0, across = 0, down = 0;
-    for (int y = 20; y < 140; y += 2) {
-        for (int x = 100; x < 300; x += 2) {
-            ++count;
-            across += image.pixel(x, y) != image.pixel(x + 1, y);
-            down += image.pixel(x, y) != image.pixel(x, y + 1);
+        const QImage image = widget.grab().toImage();
+        QCOMPARE(image.size(), 2 * widget.size());
+        // Colours repeat within most pixels if the picture has one colour for each.
+        int count = 0, across = 0, down = 0;
+        for (int y = 20; y < 140; y += 2) {
+            for (int x = 100; x < 300; x += 2) {
+                ++count;
+                across += image.pixel(x, y) != image.pixel(x + 1, y);
+                down += image.pixel(x, y) != image.pixel(x, y + 1);
+            }
         }
+        QVERIFY2(2 * across > count && 2 * down > count,
+                 qPrintable(QStringLiteral("%1 and %2 of %3").arg(across).arg(down).arg(count)));
     }
-    QVERIFY2(2 * across > count && 2 * down > count,
-             qPrintable(QStringLiteral("%1 and %2 of %3").arg(across).arg(down).arg(count)));
-}
+};
 
 int main(int argc, char **argv)
 {

@@ -2,6 +2,7 @@
 
 #include "gainfilter.h"
 #include "ink.h"
+#include "rowname.h"
 
 #include <norvu/gui/spectrogramrecordwidget.h>
 #include <tellarix/core/records/record.h>
@@ -142,13 +143,23 @@ using Records = QVector<RecordCPtr>;
 
 } // namespace
 
-Q_DECLARE_METATYPE(Records)
-
 class TestSpectrogramRecordWidget : public QObject
 {
     Q_OBJECT
 
 private slots:
+    void takesTheSequenceThatItIsGiven()
+    {
+        Widget widget;
+        widget.feed(makeRecord(0, 90));
+        RingBuffer other(0);
+        other.feed(makeRecord(10, 10).get());
+        widget.changedRecords(0, &other);
+        QCOMPARE(spans(widget), QStringList("40-79"));
+        widget.changedRecords(0, nullptr);
+        QCOMPARE(spans(widget), QStringList());
+    }
+
     void takesLittleMoreThanItsValues()
     {
         Widget widget;
@@ -160,45 +171,35 @@ private slots:
         QVERIFY(2 * widget.memoryTaken() <= 3 * widget.spectrogramSize());
     }
 
-    void followsRecords_data()
-    {
-        QTest::addColumn<Records>("records");
-        QTest::addColumn<QStringList>("spans");
-
-        const auto first = makeRecord(10, 10);
-        QTest::newRow("next") << Records{first, makeRecord(20, 10)} << QStringList("40-119");
-        QTest::newRow("nearly next")
-            << Records{first, makeRecord(20.02, 10)} << QStringList("40-119");
-        QTest::newRow("gap") << Records{first, makeRecord(30, 10)}
-                             << QStringList({"40-79", "120-159"});
-        QTest::newRow("twice") << Records{first, first} << QStringList("40-79");
-        QTest::newRow("overlap") << Records{first, makeRecord(15, 10)} << QStringList("40-79");
-        QTest::newRow("another rate")
-            << Records{first, makeRecord(20, 10, 50)} << QStringList("40-119");
-        QTest::newRow("out of view")
-            << Records{makeRecord(-20, 10), makeRecord(110, 5)} << QStringList();
-        QTest::newRow("across both edges") << Records{makeRecord(-20, 200)} << QStringList("1-398");
-    }
-
     void followsRecords()
     {
-        QFETCH(Records, records);
-        QFETCH(QStringList, spans);
+        const auto first = makeRecord(10, 10);
+        const std::tuple<const char *, Records, QStringList> rows[] = {
+            {"next", Records{first, makeRecord(20, 10)}, QStringList("40-119")},
+            {"nearly next", Records{first, makeRecord(20.02, 10)}, QStringList("40-119")},
+            {"gap", Records{first, makeRecord(30, 10)}, QStringList({"40-79", "120-159"})},
+            {"twice", Records{first, first}, QStringList("40-79")},
+            {"overlap", Records{first, makeRecord(15, 10)}, QStringList("40-79")},
+            {"another rate", Records{first, makeRecord(20, 10, 50)}, QStringList("40-119")},
+            {"out of view", Records{makeRecord(-20, 10), makeRecord(110, 5)}, QStringList()},
+            {"across both edges", Records{makeRecord(-20, 200)}, QStringList("1-398")}};
+        for (const auto &[name, records, spans] : rows) {
+            const RowName shown(name);
+            Widget live;
+            for (const RecordCPtr &record : records)
+                live.feed(record);
+            QCOMPARE(::spans(live), spans);
 
-        Widget live;
-        for (const RecordCPtr &record : records)
-            live.feed(record);
-        QCOMPARE(::spans(live), spans);
-
-        Widget complete;
-        complete.setSpectrogramEnabled(false);
-        auto *sequence = new RingBuffer(0);
-        for (const RecordCPtr &record : records)
-            sequence->feed(record.get());
-        complete.setRecords(0, sequence, true);
-        QCOMPARE(::spans(complete), QStringList());
-        complete.setSpectrogramEnabled(true);
-        QCOMPARE(Ink::picture(complete), Ink::picture(live));
+            Widget complete;
+            complete.setSpectrogramEnabled(false);
+            auto *sequence = new RingBuffer(0);
+            for (const RecordCPtr &record : records)
+                sequence->feed(record.get());
+            complete.setRecords(0, sequence, true);
+            QCOMPARE(::spans(complete), QStringList());
+            complete.setSpectrogramEnabled(true);
+            QCOMPARE(Ink::picture(complete), Ink::picture(live));
+        }
     }
 
     void showsColumnsFarWiderThanTheView()
@@ -230,18 +231,6 @@ private slots:
         QVERIFY(std::abs(before - 20 - ridge(Ink::picture(widget))) <= 1);
     }
 
-    void takesTheSequenceThatItIsGiven()
-    {
-        Widget widget;
-        widget.feed(makeRecord(0, 90));
-        RingBuffer other(0);
-        other.feed(makeRecord(10, 10).get());
-        widget.changedRecords(0, &other);
-        QCOMPARE(spans(widget), QStringList("40-79"));
-        widget.changedRecords(0, nullptr);
-        QCOMPARE(spans(widget), QStringList());
-    }
-
     void recordTwiceTrimsNothing()
     {
         Widget widget(3);
@@ -270,30 +259,22 @@ private slots:
         }
     }
 
-    void newStretchHasNoHistory_data()
-    {
-        QTest::addColumn<double>("start");
-        QTest::addColumn<double>("rate");
-        QTest::addColumn<bool>("isNew");
-
-        QTest::newRow("goes on") << 20.0 << Rate << false;
-        QTest::newRow("one sample missing") << 20.05 << Rate << true;
-        QTest::newRow("another rate") << 20.0 << 40.0 << true;
-    }
-
     void newStretchHasNoHistory()
     {
-        QFETCH(double, start);
-        QFETCH(double, rate);
-        QFETCH(bool, isNew);
-
-        Widget widget;
-        widget.feed(makeRecord(10, 10, Rate, 19.5));
-        widget.feed(makeRecord(start, 10, rate));
-        Widget fresh;
-        fresh.feed(makeRecord(start, 10, rate));
-        const QRect second(81, 0, 30, Height);
-        QCOMPARE(Ink::picture(widget).copy(second) == Ink::picture(fresh).copy(second), isNew);
+        const std::tuple<const char *, double, double, bool> rows[] = {
+            {"goes on", 20.0, Rate, false},
+            {"one sample missing", 20.05, Rate, true},
+            {"another rate", 20.0, 40.0, true}};
+        for (const auto &[name, start, rate, isNew] : rows) {
+            const RowName shown(name);
+            Widget widget;
+            widget.feed(makeRecord(10, 10, Rate, 19.5));
+            widget.feed(makeRecord(start, 10, rate));
+            Widget fresh;
+            fresh.feed(makeRecord(start, 10, rate));
+            const QRect second(81, 0, 30, Height);
+            QCOMPARE(Ink::picture(widget).copy(second) == Ink::picture(fresh).copy(second), isNew);
+        }
     }
 
     void trimsWithItsRecords()
@@ -334,40 +315,32 @@ private slots:
         QVERIFY(widget.maximum() > 0);
     }
 
-    void standsBelowTheTrace_data()
-    {
-        QTest::addColumn<int>("axisWidth");
-        QTest::addColumn<double>("tmin");
-        QTest::addColumn<double>("pixelsPerSecond");
-
-        // The envelope rises within a few samples, which are less than a pixel or two here.
-        QTest::newRow("whole") << 0 << 0.0 << 4.0;
-        QTest::newRow("cut at the left") << 0 << 20.0 << 4.0;
-        QTest::newRow("axis, cut at the left") << 60 << 20.01 << 4.0;
-        QTest::newRow("starts within") << 60 << -30.0 << 4.0;
-    }
-
     void standsBelowTheTrace()
     {
-        QFETCH(int, axisWidth);
-        QFETCH(double, tmin);
-        QFETCH(double, pixelsPerSecond);
+        const std::tuple<const char *, int, double, double> rows[] = {
+            // The envelope rises within a few samples, which are less than a pixel or two here.
+            {"whole", 0, 0.0, 4.0},
+            {"cut at the left", 0, 20.0, 4.0},
+            {"axis, cut at the left", 60, 20.01, 4.0},
+            {"starts within", 60, -30.0, 4.0}};
+        for (const auto &[name, axisWidth, tmin, pixelsPerSecond] : rows) {
+            const RowName shown(name);
+            constexpr double Pulse = 50;
+            Widget widget;
+            widget.setAxisWidth(axisWidth);
+            widget.setDrawAxis(axisWidth > 0);
+            widget.setTimeRange(tmin, tmin + ShownSeconds);
+            widget.setTimeScale(pixelsPerSecond);
+            widget.feed(makeRecord(5, 80, Rate, Pulse));
+            QCOMPARE(widget.canvasOffset(), axisWidth);
 
-        constexpr double Pulse = 50;
-        Widget widget;
-        widget.setAxisWidth(axisWidth);
-        widget.setDrawAxis(axisWidth > 0);
-        widget.setTimeRange(tmin, tmin + ShownSeconds);
-        widget.setTimeScale(pixelsPerSecond);
-        widget.feed(makeRecord(5, 80, Rate, Pulse));
-        QCOMPARE(widget.canvasOffset(), axisWidth);
-
-        const int rise = ridge(Ink::picture(widget));
-        const int trace = widget.mapTime(timeAt(Pulse));
-        // Half a sample before the pulse the interpolation begins to rise.
-        const double sample = pixelsPerSecond / Rate;
-        QVERIFY2(rise >= trace - sample - 1 && rise <= trace + sample + 1,
-                 qPrintable(QStringLiteral("%1, trace %2").arg(rise).arg(trace)));
+            const int rise = ridge(Ink::picture(widget));
+            const int trace = widget.mapTime(timeAt(Pulse));
+            // Half a sample before the pulse the interpolation begins to rise.
+            const double sample = pixelsPerSecond / Rate;
+            QVERIFY2(rise >= trace - sample - 1 && rise <= trace + sample + 1,
+                     qPrintable(QStringLiteral("%1, trace %2").arg(rise).arg(trace)));
+        }
     }
 
     void switchesKeepTheData()
@@ -400,18 +373,6 @@ private slots:
         QVERIFY(Ink::picture(widget).copy(0, 0, 79, Height) != shown.copy(0, 0, 79, Height));
         widget.clearRecords();
         QCOMPARE(spans(widget), QStringList());
-    }
-
-    void liesBehindOrInFrontOfTraces()
-    {
-        Widget widget;
-        widget.setRecordVisible(0, true);
-        widget.setRecordPen(0, QPen(Qt::red));
-        widget.feed(makeRecord(10, 80));
-        for (const bool isInFront : {false, true}) {
-            widget.setDrawSpectrogramInFront(isInFront);
-            QCOMPARE(Ink::rectOfColor(Ink::picture(widget), Qt::red).isNull(), isInFront);
-        }
     }
 
     void usesTheRecordsAskedFor()

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
+#include "rowname.h"
+
 #include <norvu/gui/tabbar.h>
 #include <norvu/gui/tabwidget.h>
 
 #include <QLineEdit>
 #include <QMouseEvent>
-#include <QPointer>
 #include <QtTest>
 
 using namespace Norvu::Gui;
@@ -110,7 +111,6 @@ private slots:
         Tabs tabs;
         const QPoint start = tabs.centerOf(1);
         const QPoint end = start + QPoint(30, 150);
-        tabs.widget.setTabIcon(1, QIcon(QPixmap(4, 4)));
         tabs.drag({start, end});
         const QSize size = tabs.page("B")->size();
         const QPoint position = tabs.bar()->mapToGlobal(end);
@@ -124,7 +124,6 @@ private slots:
         QCOMPARE(tabs.pageNames(), QString("ABCD"));
         QVERIFY(page->isWindow() && page->isVisible());
         QCOMPARE(page->windowTitle(), QString("B"));
-        QVERIFY(!page->windowIcon().isNull());
         QCOMPARE(page->geometry(),
                  QRect(QPoint(position.x() - size.width() / 2, position.y() + 10), size));
         QCOMPARE(tabs.bar()->cursor().shape(), Qt::ArrowCursor);
@@ -158,39 +157,29 @@ private slots:
         QCOMPARE(tabs.log, QStringList());
     }
 
-    void pagesReturnToTheirPlace_data()
+    void pagesReturnToTheirPlace()
     {
-        QTest::addColumn<QString>("detached");
-        QTest::addColumn<QString>("closed");
-        QTest::addColumn<QString>("expected");
-        const QString rows[][4] = {
+        const std::tuple<const char *, QString, QString, QString> rows[] = {
             {"between two", "C", "C", "ABCD"},
             {"all before it are gone", "ABC", "C", "CD"},
             {"neighbours, the last torn off first", "BC", "CB", "ABCD"},
             {"neighbours, the first torn off first", "BC", "BC", "ACBD"},
             {"all, in any order", "ABCD", "CADB", "BDAC"},
         };
-        for (const auto &row : rows)
-            QTest::newRow(qPrintable(row[0])) << row[1] << row[2] << row[3];
-    }
-
-    void pagesReturnToTheirPlace()
-    {
-        QFETCH(QString, detached);
-        QFETCH(QString, closed);
-        QFETCH(QString, expected);
-        Tabs tabs;
-        tabs.detach(detached);
-        for (const QChar name : closed) {
-            QWidget *page = tabs.page(name);
-            QVERIFY(!page->close());
-            QVERIFY(!page->isWindow());
-            QVERIFY(page->isVisible());
-            QCOMPARE(tabs.widget.currentWidget(), page);
-            QCOMPARE(tabs.widget.tabText(tabs.widget.currentIndex()), QString(name));
-            QCOMPARE(tabs.log.takeLast(), "attached " + QString(name));
+        for (const auto &[name, detached, closed, expected] : rows) {
+            const RowName shown(name);
+            Tabs tabs;
+            tabs.detach(detached);
+            for (const QChar tab : closed) {
+                QWidget *page = tabs.page(tab);
+                QVERIFY(!page->close());
+                QVERIFY(!page->isWindow() && page->isVisible());
+                QCOMPARE(tabs.widget.currentWidget(), page);
+                QCOMPARE(tabs.widget.tabText(tabs.widget.currentIndex()), QString(tab));
+                QCOMPARE(tabs.log.takeLast(), "attached " + QString(tab));
+            }
+            QCOMPARE(tabs.tabNames(), expected);
         }
-        QCOMPARE(tabs.tabNames(), expected);
     }
 
     void hidesWithoutTabs()
@@ -215,36 +204,29 @@ private slots:
         QVERIFY(!tabs.page("B")->isFullScreen());
 
         tabs.detach("B");
-        QTest::keyClick(editor, Qt::Key_F11);
-        QVERIFY(tabs.page("B")->isFullScreen());
-        QTest::keyClick(editor, Qt::Key_F11);
-        QVERIFY(!tabs.page("B")->isFullScreen());
-        QVERIFY(tabs.page("B")->isVisible());
+        for (const bool isFull : {true, false}) {
+            QTest::keyClick(editor, Qt::Key_F11);
+            QCOMPARE(tabs.page("B")->isFullScreen(), isFull);
+        }
     }
 
     void insertsBeforeTab()
     {
-        const struct
-        {
-            QString detached, page;
-            int index;
-            QString tabNames, pageNames;
-        } rows[] = {{"", "E", -1, "ABCDE", "ABCDE"},
-                    {"AC", "E", 1, "BED", "ABCED"},
-                    {"B", "B", 2, "ACBD", "ACBD"},
-                    {"", "C", 0, "CABD", "CABD"},
-                    {"", "A", 2, "BCAD", "BCAD"}};
-        for (const auto &row : rows) {
+        const std::tuple<QString, QString, int, QString, QString> rows[] = {
+            {"", "E", -1, "ABCDE", "ABCDE"},
+            {"AC", "E", 1, "BED", "ABCED"},
+            {"B", "B", 2, "ACBD", "ACBD"},
+            {"", "C", 0, "CABD", "CABD"},
+            {"", "A", 2, "BCAD", "BCAD"}};
+        for (const auto &[detached, name, index, tabNames, pageNames] : rows) {
             Tabs tabs;
-            tabs.detach(row.detached);
-            QWidget *known = tabs.page(row.page);
-            QWidget *page = known ? known : tabs.newPage(row.page);
-            QCOMPARE(tabs.widget.insertTab(row.index, page, row.page),
-                     row.tabNames.indexOf(row.page));
-            QCOMPARE(tabs.tabNames(), row.tabNames);
-            QCOMPARE(tabs.pageNames(), row.pageNames);
-            QVERIFY(!page->isWindow());
-            QCOMPARE(tabs.log, QStringList());
+            tabs.detach(detached);
+            QWidget *known = tabs.page(name);
+            QWidget *page = known ? known : tabs.newPage(name);
+            QCOMPARE(tabs.widget.insertTab(index, page, name), tabNames.indexOf(name));
+            QCOMPARE(tabs.tabNames(), tabNames);
+            QCOMPARE(tabs.pageNames(), pageNames);
+            QVERIFY(!page->isWindow() && tabs.log.isEmpty());
         }
     }
 

@@ -15,10 +15,9 @@
 
 #include "ink.h"
 #include "pointer.h"
+#include "rowname.h"
 
-#include <QGridLayout>
 #include <QLabel>
-#include <QPointer>
 #include <QtTest>
 
 using namespace Tellarix;
@@ -73,19 +72,6 @@ class TraceTest : public QObject
     Q_OBJECT
 
 private slots:
-    void paintsColorBar()
-    {
-        // Narrower than its margins it is not there, beyond them as wide as what is left.
-        for (const int width : {-3, 4, 12}) {
-            Trace trace(QStringLiteral("A"), QColor(250, 10, 20));
-            trace.setColorBarWidth(width);
-            trace.resize(400, 100);
-            const QRect ink = Ink::rectOfColor(Ink::picture(trace), trace.color());
-            QCOMPARE(ink.width(), qMax(0, width - 4));
-            QVERIFY(ink.isNull() || (ink.left() == Trace::Padding() + 2 && ink.height() > 60));
-        }
-    }
-
     void namesStreams()
     {
         auto *stream = new DataModel::Stream("BHZ");
@@ -101,35 +87,6 @@ private slots:
         QCOMPARE(trace.waveformID(0).id(), std::string("XX.\xC3\x84"
                                                        "B..HHN"));
         QCOMPARE(trace.waveformID(-1).id(), trace.waveformID(7).id());
-    }
-
-    void replacesExtraWidget()
-    {
-        ShownTrace trace(QSize(400, 120));
-        trace.setTimeAxisEnabled(true);
-        trace.setVerticalPadding(1, 2);
-        const auto right = [&trace] { return trace.recordWidget()->geometry().right(); };
-        QTRY_COMPARE(trace.timeAxis()->geometry().right(), right());
-        const int before = right();
-        QCOMPARE(before, 399 - Trace::Padding());
-
-        QPointer<QWidget> first(new QWidget), second(new QWidget);
-        second->setFixedWidth(40);
-        const auto grid = [&trace] { return qobject_cast<QGridLayout *>(trace.layout()); };
-        trace.setExtraWidget(first);
-        QCOMPARE(grid()->itemAtPosition(1, 3)->widget(), first.data());
-        trace.setExtraWidget(first);
-        QVERIFY(first);
-        trace.setExtraWidget(second);
-        QVERIFY(!first);
-        QTRY_COMPARE(right(), before - 40 - Trace::Spacing());
-        trace.setExtraWidget(nullptr);
-        QVERIFY(!second);
-        QVERIFY(!grid()->itemAtPosition(1, 3));
-        QTRY_COMPARE(right(), before);
-        QCOMPARE(trace.timeAxis()->geometry().right(), before);
-        QCOMPARE(grid()->verticalSpacing(), 2);
-        QCOMPARE(grid()->contentsMargins(), QMargins(Trace::Padding(), 1, Trace::Padding(), 1));
     }
 
     void showsRecord()
@@ -158,33 +115,23 @@ private slots:
         QCOMPARE(widget->tmin(), 5.0);
     }
 
-    void setsSymmetricAmplitudeRange_data()
-    {
-        QTest::addColumn<RecordCPtr>("record");
-        QTest::addColumn<double>("lower");
-        QTest::addColumn<double>("upper");
-
-        // mean 0.1, and the sample farthest from it is 3
-        QTest::newRow("double, deeper than high")
-            << RecordCPtr(record<double>(-1)) << -0.1 - 2.9 << -0.1 + 2.9;
-        const float mean = 0.1f, half = 3.0f - mean;
-        QTest::newRow("float") << RecordCPtr(record<float>()) << double(mean - half)
-                               << double(mean + half);
-        QTest::newRow("integer") << RecordCPtr(record<int>()) << -50.0 << 70.0;
-    }
-
     void setsSymmetricAmplitudeRange()
     {
-        QFETCH(RecordCPtr, record);
-        QFETCH(double, lower);
-        QFETCH(double, upper);
-
-        Trace trace(QStringLiteral("A"), Qt::red);
-        trace.recordWidget()->setAmplRange(-50, 70);
-        trace.setRecord(record.get(), true, false, 0);
-        QCOMPARE(trace.recordWidget()->amplRange(), qMakePair(-50.0, 70.0));
-        trace.setRecord(record.get(), true, true, 0);
-        QCOMPARE(trace.recordWidget()->amplRange(), qMakePair(lower, upper));
+        const float mean = 0.1f, half = 3.0f - mean;
+        const std::tuple<const char *, RecordCPtr, double, double> rows[] = {
+            // mean 0.1, and the sample farthest from it is 3
+            {"double, deeper than high", RecordCPtr(record<double>(-1)), -0.1 - 2.9, -0.1 + 2.9},
+            {"float", RecordCPtr(record<float>()), double(mean - half), double(mean + half)},
+            {"integer", RecordCPtr(record<int>()), -50.0, 70.0}};
+        for (const auto &[name, record, lower, upper] : rows) {
+            const RowName shown(name);
+            Trace trace(QStringLiteral("A"), Qt::red);
+            trace.recordWidget()->setAmplRange(-50, 70);
+            trace.setRecord(record.get(), true, false, 0);
+            QCOMPARE(trace.recordWidget()->amplRange(), qMakePair(-50.0, 70.0));
+            trace.setRecord(record.get(), true, true, 0);
+            QCOMPARE(trace.recordWidget()->amplRange(), qMakePair(lower, upper));
+        }
     }
 
     void fitsRecordWhenResized()
@@ -253,85 +200,6 @@ private slots:
         trace.setSpacing(150);
         QTRY_COMPARE(axis->x(), Trace::Padding() + 150);
         QCOMPARE(widget->axisWidth(), 150);
-    }
-
-    void showsDescriptionBesideLabel()
-    {
-        Trace trace(QString(), Qt::red);
-        trace.setDescription(QStringLiteral("plain"));
-        QCOMPARE(trace.labelText(), QStringLiteral("plain"));
-        trace.setLabel(QStringLiteral("GE %2 APE"));
-        trace.setDescription(QStringLiteral("12.5 km"));
-        QCOMPARE(trace.labelText(), QStringLiteral("<b>GE %2 APE</b> 12.5 km"));
-        trace.setLabel(QStringLiteral("B"));
-        QCOMPARE(trace.labelText(), QStringLiteral("<b>B</b>"));
-    }
-
-    void looksSelectedUnlessStatic()
-    {
-        Trace trace(QStringLiteral("A"), Qt::red);
-        QPalette palette = trace.palette();
-        palette.setColor(QPalette::Highlight, QColor(20, 60, 220));
-        trace.setPalette(palette);
-        trace.resize(300, 100);
-        const auto isHighlighted = [&] {
-            return !Ink::rectOfColor(Ink::picture(trace), QColor(20, 60, 220)).isEmpty();
-        };
-        QVERIFY(!isHighlighted());
-        QVERIFY(trace.setSelected(true));
-        QVERIFY(!trace.setSelected(true));
-        QVERIFY(isHighlighted());
-        trace.setStatic(true);
-        QVERIFY(!isHighlighted());
-    }
-
-    void arrangesLabelItems_data()
-    {
-        QTest::addColumn<QStringList>("texts");
-        QTest::addColumn<int>("height");
-        QTest::addColumn<QVector<QPoint>>("cells"); // x of text and index of its row
-
-        const QStringList six{"HHH", "HHH", "HHH", "HHH", "HHH", "HHH"};
-        QTest::newRow("all") << six << 120
-                             << QVector<QPoint>{{0, 0}, {50, 0}, {0, 1}, {50, 1}, {0, 2}, {0, 3}};
-        QTest::newRow("second missing, third beside first")
-            << QStringList{"HHH", "", "HHH"} << 60 << QVector<QPoint>{{0, 0}, {}, {50, 0}};
-        QTest::newRow("too low for its letters")
-            << six << 24 << QVector<QPoint>{{0, 0}, {50, 0}, {0, 1}, {50, 1}, {0, 2}, {0, 3}};
-    }
-
-    void arrangesLabelItems()
-    {
-        QFETCH(QStringList, texts);
-        QFETCH(int, height);
-        QFETCH(QVector<QPoint>, cells);
-
-        TraceLabel label(3);
-        label.resize(200, height);
-        const int ascent = label.fontMetrics().ascent();
-        int rows = 0;
-        for (int i = 0; i < texts.size(); ++i) {
-            label.setText(texts[i], i);
-            label.setColor(QColor(255, 40 * i, 0), i);
-            label.setWidth(50, i);
-        }
-        for (const QPoint &cell : cells)
-            rows = qMax(rows, cell.y() + 1);
-
-        // letters and gaps as tall as fit, the whole of it in the middle
-        const int fontSize = qMin(ascent, height / rows);
-        const int gap = qMin(4, (height - fontSize * rows) / (rows + 1));
-        const int top = (height - (rows + 1) * gap - fontSize * rows) / 2;
-        const QImage image = Ink::picture(label);
-        for (int i = 0; i < cells.size(); ++i) {
-            const QRect cell(cells[i].x(), top + cells[i].y() * (gap + fontSize), 50, fontSize);
-            const auto isInk = [&](QRgb pixel) { return pixel == QColor(255, 40 * i, 0).rgb(); };
-            const QRect ink = Ink::rectOf(image, image.rect(), isInk);
-            if (texts[i].isEmpty() || fontSize < 10)
-                QVERIFY(ink.isEmpty() || cell.contains(ink));
-            else
-                QVERIFY2(!ink.isEmpty() && cell.contains(ink), QByteArray::number(i));
-        }
     }
 };
 

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
 #include "answer.h"
+#include "client/fakestream.h"
 #include "interference.h"
+#include "rowname.h"
 #include "traces.h"
 
 #include <norvu/gui/tracefileloader.h>
 #include <norvu/gui/traceloader.h>
 
-#include <tellarix/client/io/recordstream.h>
 #include <tellarix/core/records/formats/miniseedwriter.h>
 #include <tellarix/core/records/timewindowbuffer.h>
 #include <tellarix/qt/records/recordstreamthread.h>
@@ -18,76 +19,14 @@
 #include <QTemporaryFile>
 #include <QTimer>
 
-#include <atomic>
-#include <condition_variable>
-#include <mutex>
-
 using namespace Norvu::Gui;
 using namespace Traces;
 using Tellarix::RecordPtr;
 
 namespace {
 
-/** Delivers the records that the test lays out and waits behind them if it is told to. */
-class FakeStream : public Tellarix::IO::RecordStream
-{
-public:
-    static std::vector<RecordPtr> records;
-    static QStringList streams;
-    static Tellarix::Core::TimeWindow window;
-    static std::atomic<bool> waits;
-    static std::atomic<bool> isOpen;
-
-    bool setSource(const std::string &source) override
-    {
-        return source == "unreachable" ? fail("no such host") : true;
-    }
-    bool addStream(const std::string &network, const std::string &station,
-                   const std::string &location, const std::string &channel,
-                   const Tellarix::Core::TimeWindow &) override
-    {
-        streams << QString::fromStdString(network + "/" + station + "/" + location + "/" + channel);
-        return true;
-    }
-    bool open() override
-    {
-        isOpen = true;
-        return true;
-    }
-    RecordPtr next() override
-    {
-        window = requestedWindow();
-        if (_index < records.size())
-            return records[_index++];
-
-        std::unique_lock<std::mutex> lock(_mutex);
-        _closed.wait(lock, [this] { return _isClosed || !waits; });
-        return nullptr;
-    }
-    void close() override
-    {
-        const std::lock_guard<std::mutex> lock(_mutex);
-        _isClosed = true;
-        isOpen = false;
-        _closed.notify_all();
-    }
-
-private:
-    size_t _index{0};
-    std::mutex _mutex;
-    std::condition_variable _closed;
-    bool _isClosed{false};
-};
-
-std::vector<RecordPtr> FakeStream::records;
-QStringList FakeStream::streams;
-Tellarix::Core::TimeWindow FakeStream::window;
-std::atomic<bool> FakeStream::waits{false};
-std::atomic<bool> FakeStream::isOpen{false};
-
-const Tellarix::IO::RecordStreamScheme FakeScheme("fake", [] {
-    return Tellarix::IO::RecordStreamPtr(new FakeStream);
-});
+/** What "fake://" leads to. */
+const std::shared_ptr<FakeSource> source = FakeSource::Named("");
 
 /** Counts the records that it is told of. */
 struct CountingWidget : Tellarix::Gui::RecordWidget
@@ -147,9 +86,8 @@ class TraceLoaderTest : public QObject
 private slots:
     void init()
     {
-        FakeStream::records.clear();
-        FakeStream::streams.clear();
-        FakeStream::waits = false;
+        FakeSource::Make("");
+        source->ignoresWindows = true;
     }
 
     void loadsBoundStreams()
@@ -159,14 +97,12 @@ private slots:
         view.setItems({new Trace("A", widget, Qt::black), makeRow("B"), makeRow("unbound")});
         view.bindItem("XX.A.00.BHZ", view.itemAt(0), 0);
         view.bindItem("XX.B..BHZ", view.itemAt(1), 0);
-        FakeStream::records = {
-            makeRecord("XX.A.00.BHZ", 0, 10), makeRecord("XX.unknown..BHZ", 0, 10),
-            makeRecord("XX.A.00.BHZ", 10, 20), makeRecord("XX.A.00.BHZ", 200, 210)};
+        source->records = {makeRecord("XX.A.00.BHZ", 0, 10), makeRecord("XX.unknown..BHZ", 0, 10),
+                           makeRecord("XX.A.00.BHZ", 10, 20), makeRecord("XX.A.00.BHZ", 200, 210)};
 
         TraceLoader loader("fake://");
         QVERIFY(loader.load(&view, window(0, 100)));
-        QCOMPARE(FakeStream::streams, QStringList({"XX/A/00/BHZ", "XX/B//BHZ"}));
-        QVERIFY(FakeStream::window == window(0, 100));
+        QCOMPARE(source->asked, QStringList({"XX.A.00.BHZ 0 100", "XX.B..BHZ 0 100"}));
         QVERIFY(widget->records(0)->timeWindow() == window(0, 20));
         QCOMPARE(widget->count, 3); // also of the one that the sequence didn't take
         QVERIFY(view.itemAt(1)->recordWidget()->records(0)->isEmpty());
@@ -175,41 +111,39 @@ private slots:
         QVERIFY(!loader.wasCancelled());
     }
 
-    void putsRecordsIntoSlots_data()
-    {
-        QTest::addColumn<int>("target");
-        QTest::addColumn<Tellarix::Core::TimeWindow>("first");
-        QTest::addColumn<Tellarix::Core::TimeWindow>("third");
-        QTest::newRow("of their binding") << -1 << window(20, 30) << window(0, 10);
-        QTest::newRow("that is the target") << 2 << Tellarix::Core::TimeWindow() << window(0, 30);
-    }
-
     void putsRecordsIntoSlots()
     {
-        QFETCH(int, target);
-        TraceView view;
-        view.setItems({makeRow("A"), makeRow("subscribed")});
-        view.bindItem("XX.A..BHZ", view.itemAt(0), 0);
-        view.bindItem("XX.A..BHE", view.itemAt(0), 2);
-        view.bindItem("XX.S..BHE", view.itemAt(1), 0);
-        view.subscribedToData(view.itemAt(1));
-        // A record without a rate has no end.
-        const Tellarix::RecordPtr endless(new Tellarix::Record(
-            Tellarix::StreamCodes::FromID("XX.A..BHZ"), timeAt(0), 0, new Tellarix::IntArray(5)));
-        FakeStream::records = {makeRecord("XX.A..BHE", 0, 10), makeRecord("XX.A..BHZ", 20, 30),
+        const std::tuple<const char *, int, Tellarix::Core::TimeWindow, Tellarix::Core::TimeWindow>
+            rows[] = {{"of their binding", -1, window(20, 30), window(0, 10)},
+                      {"that is the target", 2, Tellarix::Core::TimeWindow(), window(0, 30)}};
+        for (const auto &[name, target, first, third] : rows) {
+            const RowName shown(name);
+            init();
+            TraceView view;
+            view.setItems({makeRow("A"), makeRow("subscribed")});
+            view.bindItem("XX.A..BHZ", view.itemAt(0), 0);
+            view.bindItem("XX.A..BHE", view.itemAt(0), 2);
+            view.bindItem("XX.S..BHE", view.itemAt(1), 0);
+            view.subscribedToData(view.itemAt(1));
+            // A record without a rate has no end.
+            const Tellarix::RecordPtr endless(
+                new Tellarix::Record(Tellarix::StreamCodes::FromID("XX.A..BHZ"), timeAt(0), 0,
+                                     new Tellarix::IntArray(5)));
+            source->records = {makeRecord("XX.A..BHE", 0, 10), makeRecord("XX.A..BHZ", 20, 30),
                                endless};
 
-        TraceLoader loader("fake://");
-        loader.setTargetSlot(target);
-        QVERIFY(loader.load(&view, window(0, 100)));
-        QCOMPARE(FakeStream::streams, QStringList({"XX/A//BHE", "XX/A//BHZ"}));
-        const auto *widget = view.itemAt(0)->recordWidget();
-        const auto windowOf = [widget](int slot) {
-            const auto *records = widget->records(slot);
-            return records->isEmpty() ? Tellarix::Core::TimeWindow() : records->timeWindow();
-        };
-        QTEST(windowOf(0), "first");
-        QTEST(windowOf(2), "third");
+            TraceLoader loader("fake://");
+            loader.setTargetSlot(target);
+            QVERIFY(loader.load(&view, window(0, 100)));
+            QCOMPARE(source->asked, QStringList({"XX.A..BHE 0 100", "XX.A..BHZ 0 100"}));
+            const auto *widget = view.itemAt(0)->recordWidget();
+            const auto windowOf = [widget](int slot) {
+                const auto *records = widget->records(slot);
+                return records->isEmpty() ? Tellarix::Core::TimeWindow() : records->timeWindow();
+            };
+            QCOMPARE(windowOf(0), first);
+            QCOMPARE(windowOf(2), third);
+        }
     }
 
     void tellsWhatCanNotBeLoaded()
@@ -229,12 +163,12 @@ private slots:
             "Error: Could not open file://" + file.fileName());
         QVERIFY(!isLoaded);
 
-        TraceLoader loader("fake://unreachable");
+        TraceLoader loader("fake://refused");
         QVERIFY(loader.load(&view, window(0, 1)));
         view.addItem(makeRow("A"));
         view.bindItem("XX.A..BHZ", view.itemAt(0), 0);
         QCOMPARE(messageOf([&] { isLoaded = loader.load(&view, window(0, 1)); }),
-                 QString("Error: Could not connect to fake://unreachable"));
+                 QString("Error: Could not connect to fake://refused"));
         QVERIFY(!isLoaded);
     }
 
@@ -247,12 +181,12 @@ private slots:
         view.bindItem("XX.R..BHZ", view.itemAt(2), 0);
         view.subscribedToData(view.itemAt(2));
         feed(view.itemAt(2), 0, makeRecord("XX.R..BHZ", 0, 10));
-        FakeStream::records = {makeRecord("XX.R..BHZ", 10, 20)};
+        source->records = {makeRecord("XX.R..BHZ", 10, 20)};
         QTest::ignoreMessage(QtWarningMsg, "Invalid stream id: XX.A.BHZ");
         QTest::ignoreMessage(QtWarningMsg, "Failed to allocate trace");
         TraceLoader loader("fake://");
         QVERIFY(loader.load(&view, window(0, 100)));
-        QCOMPARE(FakeStream::streams, QStringList());
+        QCOMPARE(source->asked, QStringList());
         QCOMPARE(view.itemAt(2)->recordWidget()->records(0)->size(), 1);
         QCOMPARE(colors(view), QList<QColor>({Qt::red, Qt::red, Qt::green}));
     }
@@ -263,8 +197,8 @@ private slots:
         view.setItems({makeRow("A"), makeRow("B")});
         view.bindItem("XX.A..BHZ", view.itemAt(0), 0);
         view.bindItem("XX.B..BHZ", view.itemAt(1), 0);
-        FakeStream::records = {makeRecord("XX.A..BHZ", 0, 10)};
-        FakeStream::waits = true;
+        source->records = {makeRecord("XX.A..BHZ", 0, 10)};
+        source->isLive = true;
         TraceLoader loader("fake://");
         QString label;
         QList<QColor> waiting;
@@ -291,45 +225,38 @@ private slots:
         QCOMPARE(waiting, QList<QColor>({Qt::yellow, Qt::yellow}));
         QCOMPARE(colors(view), QList<QColor>({Qt::green, Qt::red}));
         QVERIFY(loader.wasCancelled());
-        QVERIFY(!FakeStream::isOpen);
-    }
-
-    void viewAndLoaderMayGoMeanwhile_data()
-    {
-        QTest::addColumn<QString>("goes");
-        for (const char *what : {"row", "view", "loader"})
-            QTest::newRow(what) << what;
     }
 
     void viewAndLoaderMayGoMeanwhile()
     {
-        QFETCH(QString, goes);
-        auto *view = new TraceView;
-        const QPointer<TraceView> presentView(view);
-        view->addItem(makeRow("A"));
-        view->bindItem("XX.A..BHZ", view->itemAt(0), 0);
-        FakeStream::waits = true;
-        auto *loader = new TraceLoader("fake://");
-        const QPointer<TraceLoader> presentLoader(loader);
-        Interference interference(view->itemAt(0)->recordWidget(),
-                                  SIGNAL(traceUpdated(Tellarix::Gui::RecordWidget *)), [&] {
-                                      if (goes == "row")
-                                          view->clear();
-                                  });
-        whenLoading(
-            qApp, [] { return true; },
-            [&](QProgressDialog *dialog) {
-                if (goes == "loader")
-                    delete loader;
-                else if (goes == "view")
-                    delete view;
-                if (goes != "loader")
-                    QTest::keyClick(dialog, Qt::Key_Escape);
-            });
-        QVERIFY(loader->load(view, window(0, 100)));
-        QVERIFY(interference.done);
-        delete presentLoader;
-        delete presentView;
+        for (const QString goes : {"row", "view", "loader"}) {
+            auto *view = new TraceView;
+            const QPointer<TraceView> presentView(view);
+            view->addItem(makeRow("A"));
+            view->bindItem("XX.A..BHZ", view->itemAt(0), 0);
+            source->isLive = true;
+            auto *loader = new TraceLoader("fake://");
+            const QPointer<TraceLoader> presentLoader(loader);
+            Interference interference(view->itemAt(0)->recordWidget(),
+                                      SIGNAL(traceUpdated(Tellarix::Gui::RecordWidget *)), [&] {
+                                          if (goes == "row")
+                                              view->clear();
+                                      });
+            whenLoading(
+                qApp, [] { return true; },
+                [&](QProgressDialog *dialog) {
+                    if (goes == "loader")
+                        delete loader;
+                    else if (goes == "view")
+                        delete view;
+                    if (goes != "loader")
+                        QTest::keyClick(dialog, Qt::Key_Escape);
+                });
+            QVERIFY2(loader->load(view, window(0, 100)), qPrintable(goes));
+            QVERIFY2(interference.done, qPrintable(goes));
+            delete presentLoader;
+            delete presentView;
+        }
     }
 
     void newRowMayGoAtOnce()
@@ -338,7 +265,7 @@ private slots:
         {
             Loader() : TraceFileLoader(new Tellarix::Gui::RecordStreamThread("fake://")) {}
         };
-        FakeStream::records = {makeRecord("XX.A..BHZ", 0, 10)};
+        source->records = {makeRecord("XX.A..BHZ", 0, 10)};
         TraceView view;
         Interference interference(&view, SIGNAL(layoutOrContentChanged()), [&] { view.clear(); });
         QVERIFY(Loader().load(&view, Tellarix::Core::TimeWindow()));
@@ -353,12 +280,12 @@ private slots:
             TraceView view;
             view.addItem(makeRow("A"));
             view.bindItem("XX.A..BHZ", view.itemAt(0), 0);
-            FakeStream::records = {makeRecord("XX.A..BHZ", 0, 10), makeRecord("XX.B..BHZ", 0, 10)};
+            source->records = {makeRecord("XX.A..BHZ", 0, 10), makeRecord("XX.B..BHZ", 0, 10)};
             QVERIFY(loader.load(&view, window(0, 100)));
-            QCOMPARE(FakeStream::records[0]->use_count(), 2u);
+            QCOMPARE(source->records[0]->use_count(), 2u);
         }
-        QCOMPARE(FakeStream::records[0]->use_count(), 1u);
-        QCOMPARE(FakeStream::records[1]->use_count(), 1u);
+        QCOMPARE(source->records[0]->use_count(), 1u);
+        QCOMPARE(source->records[1]->use_count(), 1u);
     }
 
     void readsFileIntoNewRows()

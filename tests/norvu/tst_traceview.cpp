@@ -2,12 +2,14 @@
 
 #include "gainfilter.h"
 #include "ink.h"
+#include "rowname.h"
 #include "traces.h"
 
 #include <tellarix/core/datamodel/network.h>
 #include <tellarix/core/datamodel/sensorlocation.h>
 #include <tellarix/core/datamodel/station.h>
 #include <tellarix/core/datamodel/stream.h>
+
 
 #include <limits>
 
@@ -21,6 +23,25 @@ namespace {
 using Range = QPair<double, double>;
 
 constexpr double NaN = std::numeric_limits<double>::quiet_NaN();
+
+/** Requests data for its rows and writes down how. */
+class RequestingView : public TraceView
+{
+public:
+    using TraceView::TraceView;
+
+    QStringList requests;
+    bool isReady{true};
+
+protected:
+    bool beginDataRequest() override
+    {
+        requests << "begin";
+        return isReady;
+    }
+    void requestData(Trace *row) override { requests << row->label(); }
+    void endDataRequest() override { requests << "end"; }
+};
 
 } // namespace
 
@@ -110,46 +131,22 @@ private slots:
         QCOMPARE(view.tmax(), 1050.0);
     }
 
-    void bringsWindowIntoSight_data()
-    {
-        QTest::addColumn<TimeWindow>("wanted");
-        QTest::addColumn<bool>("center");
-        QTest::addColumn<TimeWindow>("shown");
-        QTest::newRow("in sight") << window(1020, 1030) << false << window(1000, 1100);
-        QTest::newRow("behind, centred") << window(1190, 1200) << true << window(1145, 1245);
-        QTest::newRow("longer, behind") << window(1050, 1250) << false << window(1050, 1250);
-        QTest::newRow("same length, centred") << window(1100, 1200) << true << window(1100, 1200);
-        QTest::newRow("unset") << TimeWindow() << true << window(1000, 1100);
-    }
-
     void bringsWindowIntoSight()
     {
-        QFETCH(TimeWindow, wanted);
-        QFETCH(bool, center);
-        QFETCH(TimeWindow, shown);
-        TraceView view;
-        view.setAlignment(timeAt(500));
-        view.setVisibleTimeWindow(window(1000, 1100));
-        view.ensureVisible(wanted, center);
-        QCOMPARE(view.visibleTimeWindow().startTime().toDouble(), shown.startTime().toDouble());
-        QCOMPARE(view.visibleTimeWindow().endTime().toDouble(), shown.endTime().toDouble());
-    }
-
-    void resetsViewInOrder()
-    {
-        TraceView view;
-        Trace *row = makeRow("A", makeRecord("XX.A..BHZ", 1000, 1060));
-        row->recordWidget()->setAlignment(timeAt(77));
-        row->setTimeAxisEnabled(true);
-        view.addItem(row);
-        view.timeScale()->setAlignment(timeAt(1000));
-        SignalLog log(&view);
-
-        view.resetView();
-        QCOMPARE(log.take(), QStringList({"alignment", "display", "reset"}));
-        QVERIFY(row->recordWidget()->alignment() == timeAt(1000));
-        QVERIFY(row->timeAxis()->alignment() == timeAt(77));
-        QVERIFY(view.visibleTimeWindow() == window(1000, 1060));
+        const std::tuple<const char *, TimeWindow, bool, TimeWindow> rows[] = {
+            {"in sight", window(1020, 1030), false, window(1000, 1100)},
+            {"behind, centred", window(1190, 1200), true, window(1145, 1245)},
+            {"longer, behind", window(1050, 1250), false, window(1050, 1250)},
+            {"same length, centred", window(1100, 1200), true, window(1100, 1200)},
+            {"unset", TimeWindow(), true, window(1000, 1100)}};
+        for (const auto &[name, wanted, center, expected] : rows) {
+            const RowName shown(name);
+            TraceView view;
+            view.setAlignment(timeAt(500));
+            view.setVisibleTimeWindow(window(1000, 1100));
+            view.ensureVisible(wanted, center);
+            QVERIFY(view.visibleTimeWindow() == expected);
+        }
     }
 
     void setsRowUpWhenAdded()
@@ -350,6 +347,110 @@ private slots:
             view.setFilter(new GainFilter(2));
         }
         QCOMPARE(GainFilter::alive.load(), 0);
+    }
+
+    void bindsOneRowAndSlotToAnId()
+    {
+        using Bindings = QList<QPair<std::string, int>>;
+        TraceView view;
+        view.setItems({makeRow("A"), makeRow("B")});
+        Trace *first = view.itemAt(0);
+        Trace *second = view.itemAt(1);
+        QVERIFY(view.bindItem("XX.A..BHZ", first, 2));
+        QVERIFY(view.bindItem("XX.A..BHE", first, 0));
+        QVERIFY(view.bindItem("XX.A..BHN", first, 1));
+        QCOMPARE(view.bindingsFor(first),
+                 Bindings({{"XX.A..BHE", 0}, {"XX.A..BHN", 1}, {"XX.A..BHZ", 2}}));
+        QCOMPARE(view.bindingsFor(second), Bindings());
+
+        QVERIFY(view.bindItem("XX.A..BHE", second, 5));
+        QCOMPARE(view.bindingsFor(second), Bindings({{"XX.A..BHE", 5}}));
+        QVERIFY(view.unbind("XX.A..BHZ"));
+        QVERIFY(!view.unbind("XX.A..BHZ"));
+        QCOMPARE(view.bindingsFor(first), Bindings({{"XX.A..BHN", 1}}));
+        view.clearBindings(first);
+        QCOMPARE(view.bindingsFor(first), Bindings());
+
+        int slot = 42;
+        QVERIFY(view.itemBoundTo("XX.A..BHZ", &slot) == nullptr);
+        QCOMPARE(slot, 42);
+        QVERIFY(view.itemBoundTo("XX.A..BHE", &slot) == second);
+        QCOMPARE(slot, 5);
+    }
+
+    void requestsRowsThatWait()
+    {
+        RequestingView view;
+        view.setItems({makeRow("A", makeRecord("XX.A..BHZ", 0, 10)), makeRow("B"), makeRow("C")});
+        view.bindItem("XX.A..BHZ", view.itemAt(0), 0);
+        view.subscribedToData(view.itemAt(1));
+        SignalLog log(&view);
+
+        view.isReady = false;
+        view.loadData();
+        QCOMPARE(log.take(), QStringList("load"));
+        QCOMPARE(view.emptyDataSlots(), 2);
+        view.isReady = true;
+        view.loadData();
+        view.loadData();
+        QCOMPARE(view.requests, QStringList({"begin", "begin", "A", "C", "end"}));
+        QCOMPARE(view.emptyDataSlots(), 0);
+
+        view.requests.clear();
+        view.select(view.itemAt(0));
+        view.resetSelectedTraces();
+        QCOMPARE(view.itemAt(0)->recordWidget()->slotCount(), 0);
+        QVERIFY(view.itemBoundTo("XX.A..BHZ") == view.itemAt(0));
+        view.loadData();
+        QCOMPARE(view.requests, QStringList({"begin", "A", "end"}));
+        view.resetDataStateOfAllTraces();
+        QCOMPARE(view.emptyDataSlots(), 3);
+        view.clearDataSlot(0);
+        QCOMPARE(view.emptyDataSlots(), 3);
+    }
+
+    void copySharesRecords()
+    {
+        TraceView source;
+        Trace *row = makeRow("A", makeRecord("XX.A..BHZ", 0, 10));
+        feed(row, 2, makeRecord("XX.A..BHE", 0, 10));
+        row->recordWidget()->setRecordScale(2, 0.25);
+        row->recordWidget()->setRecordLabel(2, "east");
+        row->setDescription("on the island");
+        source.setItems({makeRow("empty"), row});
+        row->setMetaData(4, nullptr);
+
+        TraceView view;
+        view.addItem(makeRow("before"));
+        QVERIFY(view.copyDataFrom(&source));
+        QCOMPARE(labels(view.items()), QStringList({"before", "A"}));
+        const RecordWidget *copy = view.itemAt(1)->recordWidget();
+        QVERIFY(copy->records(0) == row->recordWidget()->records(0));
+        QVERIFY(!copy->ownsRecords(0));
+        QVERIFY(copy->records(1) == nullptr);
+        QVERIFY(copy->recordScale(0) == nullptr);
+        QCOMPARE(*copy->recordScale(2), 0.25);
+        QCOMPARE(copy->recordLabel(2), QString("east"));
+        QCOMPARE(view.itemAt(1)->labelText(), row->labelText());
+        QCOMPARE(view.itemAt(1)->metaDataCount(), 5);
+    }
+
+    void copyOfWindowOwnsRecords()
+    {
+        TraceView view;
+        {
+            TraceView source;
+            Trace *row = makeRow("A");
+            for (int i = 0; i < 10; ++i)
+                feed(row, 0, makeRecord("XX.A..BHZ", 10 * i, 10 * i + 10));
+            source.addItem(row);
+            QVERIFY(!view.copyDataFrom(&source, window(100, 200)));
+            QCOMPARE(view.count(), 0);
+            QVERIFY(view.copyDataFrom(&source, window(25, 50)));
+        }
+        const RecordWidget *copy = view.itemAt(0)->recordWidget();
+        QVERIFY(copy->ownsRecords(0));
+        QVERIFY(copy->records(0)->timeWindow() == window(20, 50));
     }
 };
 

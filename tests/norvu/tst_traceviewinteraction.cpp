@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
 #include "pointer.h"
+#include "rowname.h"
 #include "traces.h"
 
 #include <QBoxLayout>
@@ -13,8 +14,6 @@
 using namespace Norvu::Gui;
 using namespace Traces;
 using Tellarix::Gui::RecordWidget;
-
-Q_DECLARE_METATYPE(QAbstractItemView::SelectionMode)
 
 namespace {
 
@@ -44,87 +43,60 @@ class TraceViewInteractionTest : public QObject
     Q_OBJECT
 
 private slots:
-    void clicksSelect_data()
+    void clicksSelect()
     {
-        QTest::addColumn<QAbstractItemView::SelectionMode>("mode");
-        QTest::addColumn<int>("row");
-        QTest::addColumn<int>("modifiers");
-        QTest::addColumn<QStringList>("selected");
-        QTest::addColumn<QStringList>("signalled");
         const auto extended = QAbstractItemView::ExtendedSelection;
         const auto single = QAbstractItemView::SingleSelection;
         const int none = Qt::NoModifier;
         const int control = Qt::ControlModifier;
         const int shift = Qt::ShiftModifier;
+        const QStringList changed{"current B>D", "selection"};
+        const std::tuple<const char *, QAbstractItemView::SelectionMode, int, int, QStringList,
+                         QStringList>
+            rows[] = {// B is selected and current at first.
+                      {"another row", extended, 3, none, {"D"}, changed},
+                      {"the same row", extended, 1, none, {"B"}, {}},
+                      {"Ctrl adds", extended, 3, control, {"B", "D"}, changed},
+                      {"Ctrl takes away", extended, 1, control, {}, {"selection"}},
+                      {"Shift down", extended, 3, shift, {"B", "C", "D"}, changed},
+                      {"Shift never deselects", extended, 1, shift, {"B"}, {}},
+                      {"single, Shift", single, 3, shift, {"D"}, changed},
+                      {"no selection", QAbstractItemView::NoSelection, 3, none, {"B"}, {}}};
+        for (const auto &[name, mode, row, modifiers, selected, signalled] : rows) {
+            const RowName shown(name);
+            TraceView view;
+            show(view, Rows);
+            view.setSelectionMode(mode);
+            view.select(view.itemAt(1));
+            SignalLog log(&view);
 
-        // B is selected and current at first.
-        QTest::newRow("another row") << extended << 3 << none << QStringList("D")
-                                     << QStringList({"current B>D", "selection"});
-        QTest::newRow("the same row") << extended << 1 << none << QStringList("B") << QStringList();
-        QTest::newRow("Ctrl adds") << extended << 3 << control << QStringList({"B", "D"})
-                                   << QStringList({"current B>D", "selection"});
-        QTest::newRow("Ctrl takes away")
-            << extended << 1 << control << QStringList() << QStringList("selection");
-        QTest::newRow("Shift down") << extended << 3 << shift << QStringList({"B", "C", "D"})
-                                    << QStringList({"current B>D", "selection"});
-        QTest::newRow("Shift never deselects")
-            << extended << 1 << shift << QStringList("B") << QStringList();
-        QTest::newRow("single, Shift") << single << 3 << shift << QStringList("D")
-                                       << QStringList({"current B>D", "selection"});
-        QTest::newRow("no selection")
-            << QAbstractItemView::NoSelection << 3 << none << QStringList("B") << QStringList();
-    }
-
-    void clicksSelect()
-    {
-        QFETCH(QAbstractItemView::SelectionMode, mode);
-        QFETCH(int, row);
-        QFETCH(int, modifiers);
-        QFETCH(QStringList, selected);
-        QFETCH(QStringList, signalled);
-        TraceView view;
-        show(view, Rows);
-        view.setSelectionMode(mode);
-        view.select(view.itemAt(1));
-        SignalLog log(&view);
-
-        click(view, row, Qt::KeyboardModifiers(modifiers));
-        QCOMPARE(labels(view.selectedItems()), selected);
-        QCOMPARE(log.take(), signalled);
-    }
-
-    void keysSelect_data()
-    {
-        QTest::addColumn<int>("current");
-        QTest::addColumn<int>("key");
-        QTest::addColumn<int>("modifiers");
-        QTest::addColumn<QStringList>("signalled");
-        const int none = Qt::NoModifier;
-
-        QTest::newRow("down from the last")
-            << 4 << int(Qt::Key_Down) << none << QStringList({"current E>A", "selection"});
-        QTest::newRow("end") << 3 << int(Qt::Key_End) << none
-                             << QStringList({"current D>E", "selection"});
-        QTest::newRow("end at the end") << 4 << int(Qt::Key_End) << none << QStringList();
-        QTest::newRow("space") << 2 << int(Qt::Key_Space) << none << QStringList("activated C");
-        QTest::newRow("Ctrl+A") << 2 << int(Qt::Key_A) << int(Qt::ControlModifier)
-                                << QStringList("selection");
-        QTest::newRow("Ctrl+Shift+A")
-            << 2 << int(Qt::Key_A) << int(Qt::ControlModifier | Qt::ShiftModifier) << QStringList();
+            click(view, row, Qt::KeyboardModifiers(modifiers));
+            QCOMPARE(labels(view.selectedItems()), selected);
+            QCOMPARE(log.take(), signalled);
+        }
     }
 
     void keysSelect()
     {
-        QFETCH(int, current);
-        QFETCH(int, key);
-        QFETCH(int, modifiers);
-        QFETCH(QStringList, signalled);
-        TraceView view;
-        show(view, Rows);
-        view.setCurrentItem(current);
-        SignalLog log(&view);
-        QTest::keyClick(&view, Qt::Key(key), Qt::KeyboardModifiers(modifiers));
-        QCOMPARE(log.take(), signalled);
+        const int none = Qt::NoModifier;
+        const std::tuple<const char *, int, int, int, QStringList> rows[] = {
+            {"down from the last", 4, int(Qt::Key_Down), none,
+             QStringList({"current E>A", "selection"})},
+            {"end", 3, int(Qt::Key_End), none, QStringList({"current D>E", "selection"})},
+            {"end at the end", 4, int(Qt::Key_End), none, QStringList()},
+            {"space", 2, int(Qt::Key_Space), none, QStringList("activated C")},
+            {"Ctrl+A", 2, int(Qt::Key_A), int(Qt::ControlModifier), QStringList("selection")},
+            {"Ctrl+Shift+A", 2, int(Qt::Key_A), int(Qt::ControlModifier | Qt::ShiftModifier),
+             QStringList()}};
+        for (const auto &[name, current, key, modifiers, signalled] : rows) {
+            const RowName shown(name);
+            TraceView view;
+            show(view, Rows);
+            view.setCurrentItem(current);
+            SignalLog log(&view);
+            QTest::keyClick(&view, Qt::Key(key), Qt::KeyboardModifiers(modifiers));
+            QCOMPARE(log.take(), signalled);
+        }
     }
 
     void selectsByPattern()
@@ -145,62 +117,50 @@ private slots:
         }
     }
 
-    void keysAskForPattern_data()
+    void keysAskForPattern()
     {
-        QTest::addColumn<QAbstractItemView::SelectionMode>("mode");
-        QTest::addColumn<int>("key");
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<int>("answer");
-        QTest::addColumn<QString>("title");
-        QTest::addColumn<QStringList>("selected");
         const auto extended = QAbstractItemView::ExtendedSelection;
         const int plus = Qt::Key_Plus;
         const int minus = Qt::Key_Minus;
-
-        // B is selected and current at first.
-        QTest::newRow("all as it comes")
-            << extended << plus << QString() << int(Qt::Key_Return) << "Select pattern" << Rows;
-        QTest::newRow("one more") << extended << plus << "D" << int(Qt::Key_Return)
-                                  << "Select pattern" << QStringList({"B", "D"});
-        QTest::newRow("one less") << extended << minus << "[AB]" << int(Qt::Key_Return)
-                                  << "Deselect pattern" << QStringList();
-        QTest::newRow("cancelled") << extended << plus << "D" << int(Qt::Key_Escape)
-                                   << "Select pattern" << QStringList("B");
-        QTest::newRow("single selection") << QAbstractItemView::SingleSelection << plus << QString()
-                                          << int(Qt::Key_Return) << QString() << QStringList("B");
-    }
-
-    void keysAskForPattern()
-    {
-        QFETCH(QAbstractItemView::SelectionMode, mode);
-        QFETCH(int, key);
-        QFETCH(QString, typed);
-        QFETCH(int, answer);
-        QFETCH(QStringList, selected);
-        TraceView view;
-        show(view, Rows);
-        view.setSelectionMode(mode);
-        view.select(view.itemAt(1));
-        SignalLog log(&view);
-
-        QString title;
-        QTimer timer;
-        connect(&timer, &QTimer::timeout, [&] {
-            // Keys reach the dialog as soon as its field has the focus.
-            auto *field = qobject_cast<QLineEdit *>(QApplication::focusWidget());
-            if (!field)
-                return;
-            timer.stop();
-            title = field->window()->windowTitle();
-            QTest::keyClicks(field, typed);
-            QTest::keyClick(field, Qt::Key(answer));
-        });
-        timer.start(1);
-        QTest::keyClick(&view, Qt::Key(key));
-        QTEST(title, "title");
-        QCOMPARE(labels(view.selectedItems()), selected);
-        QCOMPARE(log.take().count("selection"), selected == QStringList("B") ? 0 : 1);
-        QVERIFY(view.currentItem() == view.itemAt(1));
+        const std::tuple<const char *, QAbstractItemView::SelectionMode, int, QString, int, QString,
+                         QStringList>
+            rows[] = {// B is selected and current at first.
+                      {"all as it comes", extended, plus, QString(), int(Qt::Key_Return),
+                       "Select pattern", Rows},
+                      {"one more", extended, plus, "D", int(Qt::Key_Return), "Select pattern",
+                       QStringList({"B", "D"})},
+                      {"one less", extended, minus, "[AB]", int(Qt::Key_Return), "Deselect pattern",
+                       QStringList()},
+                      {"cancelled", extended, plus, "D", int(Qt::Key_Escape), "Select pattern",
+                       QStringList("B")},
+                      {"single selection", QAbstractItemView::SingleSelection, plus, QString(),
+                       int(Qt::Key_Return), QString(), QStringList("B")}};
+        for (const auto &[name, mode, key, typed, answer, title, selected] : rows) {
+            const RowName shown(name);
+            TraceView view;
+            show(view, Rows);
+            view.setSelectionMode(mode);
+            view.select(view.itemAt(1));
+            SignalLog log(&view);
+            QString told;
+            QTimer timer;
+            connect(&timer, &QTimer::timeout, [&] {
+                // Keys reach the dialog as soon as its field has the focus.
+                auto *field = qobject_cast<QLineEdit *>(QApplication::focusWidget());
+                if (!field)
+                    return;
+                timer.stop();
+                told = field->window()->windowTitle();
+                QTest::keyClicks(field, typed);
+                QTest::keyClick(field, Qt::Key(answer));
+            });
+            timer.start(1);
+            QTest::keyClick(&view, Qt::Key(key));
+            QCOMPARE(told, title);
+            QCOMPARE(labels(view.selectedItems()), selected);
+            QCOMPARE(log.take().count("selection"), selected == QStringList("B") ? 0 : 1);
+            QVERIFY(view.currentItem() == view.itemAt(1));
+        }
     }
 
     void viewMayGoWhileAskingForPattern()
@@ -278,31 +238,6 @@ private slots:
         QCOMPARE(log.take(), QStringList());
         view.setSelectedTrace(-1);
         QVERIFY(!view.itemAt(4)->visibleRegion().isEmpty());
-    }
-
-    void positionsWrapAround()
-    {
-        TraceView view;
-        view.selectNextRow();
-        view.selectPreviousRow();
-        view.setItems({makeRow("A"), makeRow("B"), makeRow("C")});
-        const QVector<QPair<int, int>> positions{{-1, 2}, {3, 0}, {-7, 2}, {301, 1}};
-        for (const auto &[position, row] : positions) {
-            view.setSelectedTrace(position);
-            QVERIFY(view.currentItem() == view.itemAt(row));
-        }
-    }
-
-    void doubleClickActivatesCurrentRow()
-    {
-        TraceView view;
-        show(view, Rows);
-        click(view, 2);
-        SignalLog log(&view);
-        QTest::mouseDClick(&view, Qt::RightButton, Qt::NoModifier, centerOf(view, 2));
-        QCOMPARE(log.take(), QStringList());
-        QTest::mouseDClick(view.itemAt(2)->recordWidget(), Qt::LeftButton);
-        QCOMPARE(log.take(), QStringList({"double C", "activated C"}));
     }
 
     void dragMovesSelectedRows()
