@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
+#include "rowname.h"
+
 #include <tellarix/qt/map/background.h>
 #include <tellarix/qt/map/backgroundshapes.h>
 #include <tellarix/qt/map/cities.h>
@@ -9,7 +11,6 @@
 #include <QImage>
 #include <QPainter>
 #include <QPainterPath>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <climits>
@@ -17,6 +18,7 @@
 #include <limits>
 #include <random>
 #include <thread>
+#include <tuple>
 
 using namespace Tellarix::Gui;
 using namespace Tellarix::Gui::Map;
@@ -242,24 +244,23 @@ private slots:
                 QCOMPARE(QLineF(from, to), clipped);
         }
     }
-
     /** All nodes through the projection, neither clipped nor thinned, three times side by side. */
-    void areasAreThoseOfAllNodes_data()
-    {
-        QTest::addColumn<QPointF>("center");
-        QTest::addColumn<double>("pixelPerDegree");
-        QTest::newRow("world") << QPointF(0, 0) << 1.2;
-        QTest::newRow("Pacific") << QPointF(-170, 20) << 1.2;
-        QTest::newRow("Europe") << QPointF(12, 50) << 9.0;
-        QTest::newRow("Chukotka") << QPointF(178, 67) << 13.0;
-        QTest::newRow("Antarctica") << QPointF(100, -80) << 4.0;
-        QTest::newRow("Naples") << QPointF(14.2, 40.8) << 400.0;
-        QTest::newRow("inland") << QPointF(100, 60) << 3000.0;
-    }
     void areasAreThoseOfAllNodes()
     {
-        QFETCH(QPointF, center);
-        QFETCH(double, pixelPerDegree);
+        const std::tuple<const char *, QPointF, double> rows[] = {
+            {"world", {0, 0}, 1.2},          {"Pacific", {-170, 20}, 1.2},
+            {"Europe", {12, 50}, 9.0},       {"Chukotka", {178, 67}, 13.0},
+            {"Antarctica", {100, -80}, 4.0}, {"Naples", {14.2, 40.8}, 400.0},
+            {"inland", {100, 60}, 3000.0}};
+        for (const auto &[name, center, pixelPerDegree] : rows) {
+            const RowName shown(name);
+            compareAreas(center, pixelPerDegree);
+        }
+    }
+
+private:
+    static void compareAreas(const QPointF &center, double pixelPerDegree)
+    {
         const QSize size(400, 260);
         const auto projection = viewed<Mercator>(size, center, pixelPerDegree);
         const double limit = projection.maximumLatitude();
@@ -301,7 +302,7 @@ private slots:
         QVERIFY2(different < 300, qPrintable(QString::number(different)));
         QVERIFY(ours.boundingRect().isEmpty() || ours.boundingRect().width() <= 407);
     }
-
+private slots:
     void ringAroundWindowFillsIt()
     {
         // Its sides have as many nodes each as are passed over at once: one goes north from 50 W
@@ -324,16 +325,15 @@ private slots:
         QCOMPARE(std::abs(areaOf(areas.toFillPolygon())), 10000.0);
         QVERIFY(edges.isEmpty());
     }
-
-    void cutsOfDataLeaveNoSeam_data()
-    {
-        QTest::addColumn<QPointF>("center");
-        for (const double longitude : {0.0, 180.0, -180.0, 77.0, 540.0})
-            QTest::addRow("centre %g", longitude) << QPointF(longitude, 0);
-    }
     void cutsOfDataLeaveNoSeam()
     {
-        QFETCH(QPointF, center);
+        for (const double longitude : {0.0, 180.0, -180.0, 77.0, 540.0})
+            lookForSeams(QPointF(longitude, 0));
+    }
+
+private:
+    static void lookForSeams(const QPointF &center)
+    {
         const Background background(plainColors(), world(), QFont(), NoLines);
         const auto projection = viewed<PlateCarree>(QSize(1448, 760), center, 4);
         const QImage image = painted(background, projection);
@@ -356,6 +356,7 @@ private slots:
         QCOMPARE(image.pixel(1, 300), OutsideColor);
     }
 
+private slots:
     void FijiIsWholeAtDateLine()
     {
         auto colors = plainColors();
@@ -372,18 +373,14 @@ private slots:
 
     void graticuleHasRoundLabels()
     {
-        const struct
-        {
-            double pixelPerDegree;
-            QPointF center;
-            const char *columns, *rows;
-        } cases[] = {{1.2, {0, 0}, "135°W 90°W 45°W 0° 45°E 90°E 135°E", "45°S 0° 45°N"},
-                     {20, {180, -12}, "175°E 180° 175°W", "15°S 10°S"},
-                     {500, {-0.1, 0}, "0.4°W 0.2°W 0.0° 0.2°E", "0.2°S 0.0° 0.2°N"},
-                     {50000,
-                      {11.401, 47.25},
-                      "11.398°E 11.400°E 11.402°E 11.404°E",
-                      "47.248°N 47.250°N 47.252°N"}};
+        const std::tuple<double, QPointF, const char *, const char *> cases[] = {
+            {1.2, {0, 0}, "135°W 90°W 45°W 0° 45°E 90°E 135°E", "45°S 0° 45°N"},
+            {20, {180, -12}, "175°E 180° 175°W", "15°S 10°S"},
+            {500, {-0.1, 0}, "0.4°W 0.2°W 0.0° 0.2°E", "0.2°S 0.0° 0.2°N"},
+            {50000,
+             {11.401, 47.25},
+             "11.398°E 11.400°E 11.402°E 11.404°E",
+             "47.248°N 47.250°N 47.252°N"}};
         const auto joined = [](const QVector<GraticuleLine> &lines) {
             QStringList labels;
             for (const GraticuleLine &line : lines)

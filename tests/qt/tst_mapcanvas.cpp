@@ -10,7 +10,6 @@
 
 #include <QMouseEvent>
 #include <QPainter>
-#include <QScopeGuard>
 #include <QSignalSpy>
 #include <QtTest>
 
@@ -174,14 +173,6 @@ private slots:
         emit f.lower.updateRequested(Layer::Repaint);
         f.picture();
         QCOMPARE(f.takeLog(), (QStringList{"lower buffer", "upper buffer"}));
-    }
-
-    void hiddenLayersLeaveNoTrace()
-    {
-        Fixture f;
-        QCOMPARE(Ink::rectOfColor(f.picture(), Qt::red), QRect(0, 0, 60, 5));
-        f.lower.hide();
-        QCOMPARE(Ink::rectOfColor(f.picture(), Qt::red), QRect(0, 0, 30, 5));
     }
 
     void fillsAnySize()

@@ -5,7 +5,6 @@
 #include <tellarix/core/datamodel/event.h>
 #include <tellarix/qt/map/canvas.h>
 #include <tellarix/qt/map/eventlayer.h>
-#include <tellarix/qt/map/symbolcollection.h>
 
 #include <QMouseEvent>
 #include <QPainter>
@@ -150,32 +149,27 @@ private slots:
 
     void showsWhatHasAPlace()
     {
-        struct Case
-        {
-            double longitude, latitude, magnitude;
-            int count;
-            QPoint pixel;
-        };
         const QPoint none(-1, -1);
-        for (const Case &expected : {Case{qQNaN(), 0, 5, 0, none},
-                                     {0, -Infinity, 5, 0, none},
-                                     {0, 91, 5, 1, none},
-                                     {0, 90, 5, 1, {180, 0}},
-                                     {180, 0, 5, 1, {0, 90}},
-                                     {370, 0, qQNaN(), 1, {190, 90}},
-                                     {10, 0, Infinity, 1, {190, 90}},
-                                     {10, 0, -3, 1, {190, 90}}}) {
+        const std::tuple<double, double, double, int, QPoint> rows[] = {
+            {qQNaN(), 0, 5, 0, none},
+            {0, -Infinity, 5, 0, none},
+            {0, 91, 5, 1, none},
+            {0, 90, 5, 1, {180, 0}},
+            {180, 0, 5, 1, {0, 90}},
+            {370, 0, qQNaN(), 1, {190, 90}},
+            {10, 0, Infinity, 1, {190, 90}},
+            {10, 0, -3, 1, {190, 90}}};
+        for (const auto &[longitude, latitude, magnitude, count, pixel] : rows) {
             Fixture f;
             const QImage before = f.picture();
             // An event that loses its place loses its symbol.
             f.layer.addEvent(makeEvent("a", 1, 2, 3).get(), false);
-            const DataModel::EventPtr event =
-                makeEvent("a", expected.longitude, expected.latitude, expected.magnitude);
+            const DataModel::EventPtr event = makeEvent("a", longitude, latitude, magnitude);
             f.layer.updateEvent(event.get());
-            QCOMPARE(f.layer.symbolCount(), expected.count);
+            QCOMPARE(f.layer.symbolCount(), count);
             const QRect ink = Ink::rectOfDifference(before, f.picture());
-            QCOMPARE(ink.isNull(), expected.pixel == none);
-            QVERIFY(ink.isNull() || (ink.contains(expected.pixel) && ink.width() < 26));
+            QCOMPARE(ink.isNull(), pixel == none);
+            QVERIFY(ink.isNull() || (ink.contains(pixel) && ink.width() < 26));
             event->origins.clear();
             f.layer.updateEvent(event.get());
             QCOMPARE(f.layer.symbolCount(), 0);
@@ -260,24 +254,6 @@ private slots:
         QCOMPARE(f.takeLog(), QStringList());
         f.layer.setSelectedEvent("a");
         QVERIFY(inkAt(0) > full);
-    }
-
-    void collectionPaintsByPriority()
-    {
-        Fixture f;
-        Map::SymbolCollection collection;
-        f.canvas.addLayer(&collection);
-        for (const double depth : {10, 600}) {
-            auto *symbol = new OriginSymbol(0, 0, depth);
-            symbol->setSelected(true); // opaque
-            symbol->setPriority(depth < 100 ? Map::Symbol::Highest : Map::Symbol::Low);
-            collection.addSymbol(symbol);
-        }
-        const QColor both = f.picture().pixelColor(180, 90);
-        QVERIFY(collection.removeSymbol(collection.symbols()[1]));
-        QCOMPARE(f.picture().pixelColor(180, 90), both);
-        collection.clear();
-        QVERIFY(f.picture().pixelColor(180, 90) != both);
     }
 
     void takesManyEventsOneByOne()

@@ -4,7 +4,6 @@
 #include <tellarix/qt/map/projection.h>
 #include <tellarix/qt/map/viewhistory.h>
 
-#include <QtMath>
 #include <QtTest>
 
 #include <cmath>

@@ -157,26 +157,20 @@ private slots:
 
     void keysMoveTheMap()
     {
-        struct Case
-        {
-            Qt::Key key;
-            double longitude, latitude, scale;
-        };
         const double step = std::sqrt(2.0);
-        for (const Case &expected : {Case{Qt::Key_Left, 15, 10, 10},
-                                     {Qt::Key_Right, 25, 10, 10},
-                                     {Qt::Key_Up, 20, 12.5, 10},
-                                     {Qt::Key_Down, 20, 7.5, 10},
-                                     {Qt::Key_Plus, 20, 10, 10 * step},
-                                     {Qt::Key_PageDown, 20, 10, 10 / step},
-                                     {Qt::Key_Home, 0, 0, 400.0 / 360}}) {
+        const std::tuple<Qt::Key, double, double, double> rows[] = {
+            {Qt::Key_Left, 15, 10, 10},        {Qt::Key_Right, 25, 10, 10},
+            {Qt::Key_Up, 20, 12.5, 10},        {Qt::Key_Down, 20, 7.5, 10},
+            {Qt::Key_Plus, 20, 10, 10 * step}, {Qt::Key_PageDown, 20, 10, 10 / step},
+            {Qt::Key_Home, 0, 0, 400.0 / 360}};
+        for (const auto &[key, longitude, latitude, scale] : rows) {
             Fixture f;
-            QTest::keyClick(&f.widget, expected.key);
-            QVERIFY(f.isAt(expected.longitude, expected.latitude, expected.scale));
+            QTest::keyClick(&f.widget, key);
+            QVERIFY(f.isAt(longitude, latitude, scale));
             QTest::keyClick(&f.widget, Qt::Key_Left, Qt::AltModifier);
             QVERIFY(f.isAt(20, 10, 10));
             f.corner.takes = true;
-            QTest::keyClick(&f.widget, expected.key);
+            QTest::keyClick(&f.widget, key);
             QVERIFY(f.isAt(20, 10, 10));
         }
     }
@@ -211,16 +205,6 @@ private slots:
         QVERIFY((f.view().center - QPointF(32.5, 7.5)).manhattanLength() < 0.2);
     }
 
-    void doubleClickCentres()
-    {
-        Fixture f;
-        for (const bool taken : {true, false}) {
-            f.corner.takes = taken;
-            QTest::mouseDClick(&f.widget, Qt::LeftButton, Qt::NoModifier, QPoint(300, 50));
-            QVERIFY(taken ? f.isAt(20, 10, 10) : f.isAt(30, 15, 10));
-        }
-    }
-
     void hostsAddToTheMenu()
     {
         qRegisterMetaType<QMenu *>();
@@ -242,22 +226,6 @@ private slots:
         QCOMPARE(requests[0][1].toPointF(), QPointF(25, 12));
         QCOMPARE(QApplication::activePopupWidget(), requests[0][0].value<QMenu *>());
         QApplication::activePopupWidget()->close();
-    }
-
-    void followsTheLayerUnderTheMouse()
-    {
-        Fixture f;
-        f.corner.setCursorShape(Qt::PointingHandCursor);
-        const Qt::CursorShape usual = f.widget.cursor().shape();
-        f.move(QPoint(5, 5));
-        QCOMPARE(f.widget.cursor().shape(), Qt::PointingHandCursor);
-        f.corner.unsetCursorShape();
-        f.move(QPoint(6, 5));
-        QCOMPARE(f.widget.cursor().shape(), usual);
-        QSignalSpy left(&f.widget, SIGNAL(placeLeft()));
-        Pointer::leave(f.widget);
-        QCOMPARE(f.widget.canvas()->layerUnderMouse(), nullptr);
-        QCOMPARE(left.size(), 1);
     }
 };
 

@@ -7,6 +7,7 @@
 
 #include <cmath>
 #include <limits>
+#include <tuple>
 
 using namespace Tellarix::Gui;
 using namespace TestUtils;
@@ -53,11 +54,7 @@ private slots:
 
     void placesTicks()
     {
-        const struct
-        {
-            double lower, upper, spacing, offset;
-            Values ticks;
-        } cases[] = {
+        const std::tuple<double, double, double, double, Values> cases[] = {
             {-1.5, 1.5, 1, 0, {-1, 0, 1}},
             {0, 10, 5, 2, {3, 8}},
             {0, 2, 1, 86399.25, {0.75, 1.75}},
@@ -67,8 +64,8 @@ private slots:
             {0, 1E9, 1E-3, 0, {}},
             {1E17, 1E17 + 64, 1, 0, {}}, // ticks are lost in rounding
         };
-        for (const auto &item : cases)
-            QCOMPARE(tickValues(item.lower, item.upper, item.spacing, item.offset), item.ticks);
+        for (const auto &[lower, upper, spacing, offset, ticks] : cases)
+            QCOMPARE(tickValues(lower, upper, spacing, offset), ticks);
     }
 
     void layoutLeavesOutWhatCollides()
@@ -149,26 +146,21 @@ private slots:
 
     void wheelKeepsTheValueUnderThePointer()
     {
-        const struct
-        {
-            Ruler::Position position;
-            int units;
-            double width;
-        } cases[] = {
+        const std::tuple<Ruler::Position, int, double> cases[] = {
             {Ruler::Bottom, 12, 100 / std::pow(1.25, 0.1)},
             {Ruler::Left, -120, 125},
             {Ruler::Right, 120 * 50, 1},
             {Ruler::Top, -120 * 50, 10000},
         };
-        for (const auto &item : cases) {
-            ServedRuler ruler(item.position);
+        for (const auto &[position, units, width] : cases) {
+            ServedRuler ruler(position);
             ruler.resize(400, 400);
             ruler.setRangeLimits(1, 10000);
             ruler.showRange(-20, 80);
             const double value = ruler.pixelToValue(70);
-            Pointer::turnWheel(ruler, {70, 70}, {0, item.units});
+            Pointer::turnWheel(ruler, {70, 70}, {0, units});
             QVERIFY(std::abs(ruler.pixelToValue(70) - value) < 1E-9);
-            QCOMPARE(ruler.upper() - ruler.lower(), item.width);
+            QCOMPARE(ruler.upper() - ruler.lower(), width);
         }
     }
 
