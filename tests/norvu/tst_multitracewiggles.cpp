@@ -15,7 +15,7 @@
 using namespace Norvu::Gui;
 using namespace RecordTesting;
 using Tellarix::Core::TimeWindow;
-using Tellarix::Gui::TraceSpans;
+using Tellarix::Gui::TraceBars;
 
 using Polygons = QVector<QPolygon>;
 
@@ -175,7 +175,7 @@ private slots:
                  QVector<QPolygonF>{QPolygonF({crossing, QPointF(3, 14), QPointF(3, 9.5)})});
     }
 
-    void spansFillWhatPolygonsFill()
+    void barsFillWhatPolygonsFill()
     {
         // Several points a column, one a column, and one in several.
         const QPair<int, int> densities[] = {{6, 1}, {1, 1}, {1, 12}};
@@ -189,8 +189,8 @@ private slots:
             for (Polygons &side : lobes) {
                 for (QPolygon &lobe : side)
                     lobe = isTurned ? turned(lobe, 100) : lobe;
-                const QImage spans = filled([&](QPainter &painter) {
-                    fillSpans(painter, lobeSpans(side, isTurned), isTurned);
+                const QImage bars = filled([&](QPainter &painter) {
+                    fillBars(painter, lobeBars(side, isTurned), isTurned);
                 });
                 const QImage polygons = filled([&](QPainter &painter) {
                     for (const QPolygon &lobe : qAsConst(side))
@@ -198,8 +198,8 @@ private slots:
                 });
                 // A centre right on a slanted edge may fall to either side.
                 int differing = 0;
-                for (int i = 0; i < spans.width() * spans.height(); ++i)
-                    differing += spans.pixel(i % 120, i / 120) != polygons.pixel(i % 120, i / 120);
+                for (int i = 0; i < bars.width() * bars.height(); ++i)
+                    differing += bars.pixel(i % 120, i / 120) != polygons.pixel(i % 120, i / 120);
                 QVERIFY(differing <= 10);
             }
         }

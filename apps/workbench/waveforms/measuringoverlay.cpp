@@ -23,7 +23,7 @@ constexpr int PointerDistance = 14;
 
 } // namespace
 
-QRect MeasuringMarks::stretch(int from, int to) const
+QRect MeasuringMarks::bandBetween(int from, int to) const
 {
     const int start = std::min(from, to);
     const int length = std::max(from, to) - start + 1;
@@ -50,8 +50,8 @@ MeasuringOverlay::MeasuringOverlay(QWidget *parent) : Overlay(parent)
 
 QRegion MeasuringOverlay::lines() const
 {
-    return QRegion(_marks.stretch(_marks.anchor, _marks.anchor)) +
-           _marks.stretch(_marks.end, _marks.end);
+    return QRegion(_marks.bandBetween(_marks.anchor, _marks.anchor)) +
+           _marks.bandBetween(_marks.end, _marks.end);
 }
 
 void MeasuringOverlay::setMarks(const MeasuringMarks &marks)

@@ -26,9 +26,9 @@ struct MeasuringMarks
 
     bool isEmpty() const { return area.isEmpty(); }
     /** From one line to the other, both included. */
-    QRect band() const { return stretch(anchor, end); }
+    QRect band() const { return bandBetween(anchor, end); }
     /** Across the whole area, from one place along the time axis to another. */
-    QRect stretch(int from, int to) const;
+    QRect bandBetween(int from, int to) const;
 };
 
 /**

@@ -46,13 +46,15 @@ TimeGestures::TimeGestures(Norvu::Gui::TraceView *view)
     _scrollArea->viewport()->installEventFilter(this);
     view->timeScale()->installEventFilter(this);
 
-    connect(_zoom, SIGNAL(triggered()), this, SLOT(zoomToSpan()));
-    connect(view->timeScale(), SIGNAL(selectionChanging(double, double)), this, SLOT(showSpan()));
-    connect(view->timeScale(), SIGNAL(selectionChanged(double, double)), this, SLOT(showSpan()));
-    connect(view, SIGNAL(layoutOrContentChanged()), this, SLOT(showSpan()));
-    connect(view, SIGNAL(alignmentChanged(Tellarix::Core::Time)), this, SLOT(showSpan()));
+    connect(_zoom, SIGNAL(triggered()), this, SLOT(zoomToSelected()));
+    connect(view->timeScale(), SIGNAL(selectionChanging(double, double)), this,
+            SLOT(showSelected()));
+    connect(view->timeScale(), SIGNAL(selectionChanged(double, double)), this,
+            SLOT(showSelected()));
+    connect(view, SIGNAL(layoutOrContentChanged()), this, SLOT(showSelected()));
+    connect(view, SIGNAL(alignmentChanged(Tellarix::Core::Time)), this, SLOT(showSelected()));
     connect(view, SIGNAL(displayChanged(double, double, double)), this, SLOT(placeLabel()));
-    connect(view, SIGNAL(itemSelectionCleared()), this, SLOT(clearSpan()));
+    connect(view, SIGNAL(itemSelectionCleared()), this, SLOT(clearSelected()));
 }
 
 void TimeGestures::watch(MultiTraceWidget *overview, Gui::TimeScale *turned)
@@ -70,7 +72,7 @@ Core::TimeWindow TimeGestures::span() const
                                  : Core::TimeWindow();
 }
 
-void TimeGestures::showSpan()
+void TimeGestures::showSelected()
 {
     const Core::TimeWindow window = span();
     if (window.isEmpty() && !_zoom->isEnabled())
@@ -99,19 +101,19 @@ void TimeGestures::placeLabel()
     _label->raise();
 }
 
-void TimeGestures::zoomToSpan()
+void TimeGestures::zoomToSelected()
 {
     const Core::TimeWindow window = span();
     if (window.isEmpty())
         return;
-    clearSpan();
+    clearSelected();
     emit zoomRequested(window);
 }
 
-void TimeGestures::clearSpan()
+void TimeGestures::clearSelected()
 {
     _view->timeScale()->setSelection(0, 0);
-    showSpan();
+    showSelected();
 }
 
 bool TimeGestures::eventFilter(QObject *watched, QEvent *event)
@@ -259,7 +261,7 @@ bool TimeGestures::doubleClick(const QMouseEvent &event)
     const double value = scale->pixelToValue(scale->mapFromGlobal(event.globalPos()).x());
     if (event.button() != Qt::LeftButton || !span().contains(scale->timeAt(value)))
         return false;
-    zoomToSpan();
+    zoomToSelected();
     return true;
 }
 

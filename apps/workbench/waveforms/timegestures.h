@@ -56,8 +56,8 @@ public:
     Tellarix::Core::TimeWindow span() const;
 
 public slots:
-    void zoomToSpan();
-    void clearSpan();
+    void zoomToSelected();
+    void clearSelected();
 
 signals:
     /** The view is to be zoomed to a span. */
@@ -67,7 +67,7 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private slots:
-    void showSpan();
+    void showSelected();
     void placeLabel();
 
 private:

@@ -16,7 +16,7 @@ using Tellarix::Record;
 using Tellarix::RecordSequence;
 using Tellarix::SampleSummary;
 using Tellarix::Core::TimeWindow;
-using Tellarix::Gui::TraceSpans;
+using Tellarix::Gui::TraceBars;
 
 namespace {
 
@@ -97,17 +97,17 @@ QPoint uprightPixel(const QPoint &point, bool turned)
 }
 
 /** Adds the pixels between a line of the trace and the line of the lobes at @p base. */
-void addSegment(TraceSpans &spans, const QPoint &from, const QPoint &to, int base)
+void addSegment(TraceBars &bars, const QPoint &from, const QPoint &to, int base)
 {
     const int64_t run = to.x() - from.x();
     const int64_t rise = to.y() - from.y();
     for (int x = from.x(); x < to.x(); ++x) {
         const double center =
             from.y() + static_cast<double>((2 * (x - from.x()) + 1) * rise) / (2 * run);
-        const auto i = static_cast<size_t>(x - spans.first);
+        const auto i = static_cast<size_t>(x - bars.first);
         const auto edge = static_cast<int>(std::floor(center + 0.5));
-        spans.low[i] = std::min(spans.low[i], std::min(edge, base));
-        spans.high[i] = std::max(spans.high[i], std::max(edge, base) - 1);
+        bars.low[i] = std::min(bars.low[i], std::min(edge, base));
+        bars.high[i] = std::max(bars.high[i], std::max(edge, base) - 1);
     }
 }
 
@@ -124,11 +124,11 @@ QRectF boundsOf(const QVector<QPolygonF> &polygons)
 
 } // namespace
 
-TraceSpans lobeSpans(const QVector<QPolygon> &lobes, bool turned)
+TraceBars lobeBars(const QVector<QPolygon> &lobes, bool turned)
 {
-    TraceSpans spans;
+    TraceBars bars;
     if (lobes.isEmpty())
-        return spans;
+        return bars;
 
     const auto column = [&](const QPoint &point) { return uprightPixel(point, turned).x(); };
     int first = column(lobes.first().first());
@@ -138,18 +138,18 @@ TraceSpans lobeSpans(const QVector<QPolygon> &lobes, bool turned)
         last = std::max(last, column(lobe.last()));
     }
     const int base = uprightPixel(lobes.first().first(), turned).y();
-    spans.first = first;
-    spans.low.assign(static_cast<size_t>(last - first), base);
-    spans.high.assign(static_cast<size_t>(last - first), base - 1);
+    bars.first = first;
+    bars.low.assign(static_cast<size_t>(last - first), base);
+    bars.high.assign(static_cast<size_t>(last - first), base - 1);
     for (const QPolygon &lobe : lobes) {
         QPoint previous = uprightPixel(lobe.first(), turned);
         for (const QPoint &point : lobe) {
             const QPoint pixel = uprightPixel(point, turned);
-            addSegment(spans, previous, pixel, base);
+            addSegment(bars, previous, pixel, base);
             previous = pixel;
         }
     }
-    return spans;
+    return bars;
 }
 
 LobePicture pictureOf(const QVector<QPolygonF> &above, const QVector<QPolygonF> &below,

@@ -6,7 +6,7 @@
 
 #include <tellarix/qt/records/recordpolyline.h>
 #include <tellarix/qt/records/recordwidget.h>
-#include <tellarix/qt/records/tracespans.h>
+#include <tellarix/qt/records/tracebars.h>
 
 #include <QColor>
 #include <QImage>
@@ -188,7 +188,7 @@ bool amplitudeAt(const QVector<Polygon> &polygons, int time, bool turned, double
  * @param lobes   made by generateWiggles() of one baseline, which then may have been turned
  * @param turned  time runs along y
  */
-NORVU_GUI_API Tellarix::Gui::TraceSpans lobeSpans(const QVector<QPolygon> &lobes, bool turned);
+NORVU_GUI_API Tellarix::Gui::TraceBars lobeBars(const QVector<QPolygon> &lobes, bool turned);
 
 /** Fills polygons one by one. */
 template <typename Polygon>
@@ -258,8 +258,8 @@ public:
         _aboveColor = above;
         _belowColor = below;
         if constexpr (std::is_same_v<Polygon, QPolygon>) {
-            _above = lobeSpans(positive, _turned);
-            _below = lobeSpans(negative, _turned);
+            _above = lobeBars(positive, _turned);
+            _below = lobeBars(negative, _turned);
         } else {
             _picture = isDense() ? pictureOf(positive, negative, above, below) : LobePicture();
         }
@@ -268,8 +268,8 @@ public:
     void drawLobes(QPainter &painter) const override
     {
         if constexpr (std::is_same_v<Polygon, QPolygon>) {
-            drawSpans(painter, positive, _above, _aboveColor);
-            drawSpans(painter, negative, _below, _belowColor);
+            drawBars(painter, positive, _above, _aboveColor);
+            drawBars(painter, negative, _below, _belowColor);
         } else if (!_picture.image.isNull() && painter.device()->devicePixelRatioF() == 1) {
             painter.drawImage(_picture.position, _picture.image);
         } else {
@@ -303,22 +303,22 @@ private:
         return points >= DensePoints * columns;
     }
 
-    void drawSpans(QPainter &painter, const QVector<Polygon> &lobes,
-                   const Tellarix::Gui::TraceSpans &spans, const QColor &color) const
+    void drawBars(QPainter &painter, const QVector<Polygon> &lobes,
+                  const Tellarix::Gui::TraceBars &bars, const QColor &color) const
     {
         if (lobes.isEmpty())
             return;
 
         painter.setPen(Qt::NoPen);
         painter.setBrush(color);
-        fillSpans(painter, spans, _turned);
+        fillBars(painter, bars, _turned);
     }
 
     bool _turned{false};
     QColor _aboveColor;
     QColor _belowColor;
-    Tellarix::Gui::TraceSpans _above;
-    Tellarix::Gui::TraceSpans _below;
+    Tellarix::Gui::TraceBars _above;
+    Tellarix::Gui::TraceBars _below;
     LobePicture _picture;
 };
 

@@ -44,8 +44,8 @@ public:
         QColor alternateForeground; /**< second and further overlaid traces */
         QColor background;          /**< canvas; usually the palette's base */
         QColor alignment;           /**< line at the alignment time */
-        QColor gap;                 /**< shade of stretches without data */
-        QColor overlap;             /**< shade of stretches with more than one record */
+        QColor gap;                 /**< shade of gaps */
+        QColor overlap;             /**< shade of overlaps */
         QColor selection;           /**< selected time range, translucent */
         QColor cursor;              /**< hover cursor */
         QColor marker;              /**< markers without a colour of their own */

@@ -120,7 +120,7 @@ bool CacheFolder::read(const std::string &name, Core::Time day, Core::Time now, 
         if (!isValid(segment, false, now))
             continue;
         segment.stretches.erase(std::remove_if(segment.stretches.begin(), segment.stretches.end(),
-                                               [&](const CacheStretch &stretch) {
+                                               [&](const AskedTime &stretch) {
                                                    return !isValid(segment, stretch.isEmpty, now);
                                                }),
                                 segment.stretches.end());

@@ -59,7 +59,7 @@ QByteArray headerOf(const CacheSegment &segment)
     QByteArray header;
     QDataStream stream(&header, QIODevice::WriteOnly);
     stream << segment.asked << static_cast<quint32>(segment.stretches.size());
-    for (const CacheStretch &stretch : segment.stretches)
+    for (const AskedTime &stretch : segment.stretches)
         stream << stretch.window.startTime() << stretch.window.endTime() << stretch.isEmpty;
     for (const std::string &id : segment.streams)
         stream << QByteArray::fromStdString(id);
@@ -74,7 +74,7 @@ bool readHeader(const QByteArray &header, CacheSegment &segment)
     for (; count > 0 && stream.status() == QDataStream::Ok; --count) {
         Core::Time start;
         Core::Time end;
-        CacheStretch stretch;
+        AskedTime stretch;
         stream >> start >> end >> stretch.isEmpty;
         stretch.window.set(start, end);
         segment.stretches.push_back(stretch);

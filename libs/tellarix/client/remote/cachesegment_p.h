@@ -17,7 +17,7 @@ namespace Tellarix {
 namespace IO {
 
 /** A stretch of time for which a source was asked. */
-struct CacheStretch
+struct AskedTime
 {
     Core::TimeWindow window;
     bool isEmpty{false}; /**< the source had nothing */
@@ -32,7 +32,7 @@ struct CacheStretch
 struct TELLARIX_CLIENT_API CacheSegment
 {
     Core::Time asked;
-    std::vector<CacheStretch> stretches;
+    std::vector<AskedTime> stretches;
     std::vector<std::string> streams; /**< ids that answered to a pattern */
     QByteArray records;               /**< as appendRecord() writes them */
 

@@ -64,8 +64,7 @@ void CacheVisit::ask(const CacheRequest &request)
         asked.streams.insert(request.pattern());
 
     for (const std::string &id : asked.streams) {
-        const JoinedStretches missing =
-            known(id, request.window, nullptr).missingIn(request.window);
+        const CoveredTime missing = known(id, request.window, nullptr).missingIn(request.window);
         for (const Core::TimeWindow &window : missing.windows())
             asked.missing.add(window, AskTolerance);
     }
@@ -169,16 +168,16 @@ void CacheVisit::finish()
  * which it starts.
  * @param streams  gets the streams of a pattern; null for a stream
  */
-JoinedStretches CacheVisit::known(const std::string &name, const Core::TimeWindow &window,
-                                  std::set<std::string> *streams)
+CoveredTime CacheVisit::known(const std::string &name, const Core::TimeWindow &window,
+                              std::set<std::string> *streams)
 {
-    JoinedStretches result;
+    CoveredTime result;
     forEachDay({window.startTime() - Day, window.endTime()}, [&](Core::Time day, auto) {
-        JoinedStretches ofDay;
+        CoveredTime ofDay;
         bool hasRecords = false;
         std::vector<std::string> ids;
         if (_closed || !_folder.read(name, day, _now, false, [&](const CacheSegment &segment) {
-                for (const CacheStretch &stretch : segment.stretches) {
+                for (const AskedTime &stretch : segment.stretches) {
                     ofDay.add(stretch.window);
                     hasRecords =
                         hasRecords || (!stretch.isEmpty && stretch.window.overlaps(window));
@@ -222,7 +221,7 @@ void CacheVisit::append(const DayName &name, CacheSegment &segment)
 
 void CacheVisit::finish(const Asked &asked)
 {
-    JoinedStretches missing;
+    CoveredTime missing;
     for (const Core::TimeWindow &window : asked.missing.windows())
         missing.add(settled(window));
     for (const std::string &id : asked.streams)
@@ -243,12 +242,12 @@ void CacheVisit::finish(const Asked &asked)
 }
 
 /** Writes down that a stream has nothing between what has come of it. */
-void CacheVisit::finishStream(const std::string &id, const JoinedStretches &missing)
+void CacheVisit::finishStream(const std::string &id, const CoveredTime &missing)
 {
-    const JoinedStretches &came = _arrivals[id].stretches;
+    const CoveredTime &came = _arrivals[id].stretches;
     std::map<Core::Time, CacheSegment> days;
     for (const Core::TimeWindow &window : missing.windows()) {
-        const JoinedStretches rests = came.missingIn(window);
+        const CoveredTime rests = came.missingIn(window);
         for (const Core::TimeWindow &rest : rests.windows()) {
             const bool isBetween =
                 window.startTime() < rest.startTime() && rest.endTime() < window.endTime();

@@ -4,7 +4,7 @@
 
 #include <tellarix/client/remote/cachefolder.h>
 #include <tellarix/client/remote/cachesegment_p.h>
-#include <tellarix/client/remote/joinedstretches_p.h>
+#include <tellarix/client/remote/coveredtime_p.h>
 
 #include <atomic>
 #include <deque>
@@ -63,27 +63,27 @@ private:
     struct Asked
     {
         CacheRequest request;
-        JoinedStretches missing;
+        CoveredTime missing;
         std::set<std::string> streams; /**< ids that are known to match */
     };
     struct Pending
     {
         CacheSegment segment;
-        JoinedStretches stretches;
+        CoveredTime stretches;
     };
     struct Arrival
     {
-        JoinedStretches stretches;
+        CoveredTime stretches;
         Core::Time end; /**< of the record that came last */
     };
 
-    JoinedStretches known(const std::string &name, const Core::TimeWindow &window,
-                          std::set<std::string> *streams);
+    CoveredTime known(const std::string &name, const Core::TimeWindow &window,
+                      std::set<std::string> *streams);
     void askAgain(const DayName &day);
     Core::TimeWindow settled(const Core::TimeWindow &window) const;
     void append(const DayName &name, CacheSegment &segment);
     void finish(const Asked &asked);
-    void finishStream(const std::string &id, const JoinedStretches &missing);
+    void finishStream(const std::string &id, const CoveredTime &missing);
 
     CacheFolder &_folder;
     const Core::Time _now;

@@ -2,8 +2,8 @@
 
 #include <tellarix/client/remote/joinedstream.h>
 
+#include <tellarix/client/remote/coveredtime_p.h>
 #include <tellarix/client/remote/joinedreader_p.h>
-#include <tellarix/client/remote/joinedstretches_p.h>
 #include <tellarix/core/strings.h>
 
 #include <QUrlQuery>

@@ -20,9 +20,9 @@ constexpr double DenseSamples = 2;
 constexpr double SnappedRecord = 0.5;
 /** Columns for which room is made beforehand. */
 constexpr int UsualColumns = 8192;
-/** How many records ahead a span, a record, its array and its samples are fetched into the cache.
+/** How many records ahead a digest, a record, its array and its samples are fetched into the cache.
  */
-constexpr int SpanAhead = 32;
+constexpr int DigestsAhead = 32;
 constexpr int RecordAhead = 8;
 constexpr int ArrayAhead = 5;
 constexpr int SamplesAhead = 3;
@@ -38,11 +38,11 @@ public:
 
 private:
     void addRecords(const RecordBlock &block, int begin, int end);
-    bool fitsColumn(const RecordSpan &span) const;
-    void addSpan(const RecordSpan &span);
+    bool fitsColumn(const RecordDigest &digest) const;
+    void addDigest(const RecordDigest &digest);
     void prefetch(const RecordBlock &block, int position, int end) const;
     const SampleGrid &gridOf(double samplingFrequency);
-    void addRecord(const Record *record, const RecordSpan &span);
+    void addRecord(const Record *record, const RecordDigest &digest);
 
     const RecordSequence &_records;
     Core::TimeWindow _window;
@@ -69,7 +69,7 @@ void EnvelopeBuilder::build()
     const int last = std::min(_records.size(), _records.firstStartingFrom(_window.endTime()) + 1);
     if (_detail == EnvelopeDetail::EverySample) {
         for (int i = first; i < last; ++i)
-            addRecord(_records.at(i), _records.span(i));
+            addRecord(_records.at(i), _records.digest(i));
     } else {
         _envelope.columns.reserve(static_cast<size_t>(std::min(_scale.columnCount, UsualColumns)) +
                                   2);
@@ -88,39 +88,39 @@ void EnvelopeBuilder::addRecords(const RecordBlock &block, int begin, int end)
 {
     const Core::TimeSpan longest(SnappedRecord / _scale.pixelsPerSecond);
     for (int i = begin, next; i < end; i = next) {
-        const RecordSpan &span = block.widestSpan(i, end, longest, next);
-        hwy::Prefetch(&span + SpanAhead);
-        if (_stretches.widen(span, _longestSnapped, _longestInterval))
+        const RecordDigest &digest = block.widestDigest(i, end, longest, next);
+        hwy::Prefetch(&digest + DigestsAhead);
+        if (_stretches.widen(digest, _longestSnapped, _longestInterval))
             continue;
-        if (fitsColumn(span)) {
-            addSpan(span);
+        if (fitsColumn(digest)) {
+            addDigest(digest);
             continue;
         }
         prefetch(block, i, end);
-        addRecord(block.record(i).get(), span);
+        addRecord(block.record(i).get(), digest);
     }
 }
 
-/** True if @p span can be drawn without a look at its samples. */
-bool EnvelopeBuilder::fitsColumn(const RecordSpan &span) const
+/** True if @p digest can be drawn without a look at its samples. */
+bool EnvelopeBuilder::fitsColumn(const RecordDigest &digest) const
 {
-    if (!span.isWhole || span.sampleInterval * _scale.pixelsPerSecond * DenseSamples > 1)
+    if (!digest.isWhole || digest.sampleInterval * _scale.pixelsPerSecond * DenseSamples > 1)
         return false;
-    const double begin = _scale.xOf(span.start);
-    const double end = _scale.xOf(span.end);
+    const double begin = _scale.xOf(digest.start);
+    const double end = _scale.xOf(digest.end);
     return end - begin <= SnappedRecord || (end - begin <= 1 && columnAt(begin) == columnAt(end));
 }
 
-void EnvelopeBuilder::addSpan(const RecordSpan &span)
+void EnvelopeBuilder::addDigest(const RecordDigest &digest)
 {
-    _stretches.join(span);
-    const double begin = _scale.xOf(span.start);
-    const double end = _scale.xOf(span.end);
+    _stretches.join(digest);
+    const double begin = _scale.xOf(digest.start);
+    const double end = _scale.xOf(digest.end);
     const int column = columnAt(0.5 * (begin + end));
-    const double last = std::max(begin, end - span.sampleInterval * _scale.pixelsPerSecond);
-    _stretches.add(
-        {column, begin, last, span.firstValue(), span.minimum, span.maximum, span.lastValue()},
-        true);
+    const double last = std::max(begin, end - digest.sampleInterval * _scale.pixelsPerSecond);
+    _stretches.add({column, begin, last, digest.firstValue(), digest.minimum, digest.maximum,
+                    digest.lastValue()},
+                   true);
 }
 
 /** Has what the records behind @p position need on the way by the time that it is read. */
@@ -137,7 +137,7 @@ void EnvelopeBuilder::prefetch(const RecordBlock &block, int position, int end) 
     const double spacing = record->samplingFrequency() / _scale.pixelsPerSecond;
     if (!record->data() || !(spacing >= DenseSamples))
         return;
-    const double x = _scale.xOf(block.span(position + SamplesAhead).start);
+    const double x = _scale.xOf(block.digest(position + SamplesAhead).start);
     record->data()->prefetchRuns((columnAt(x) + 1 - x) * spacing, spacing, _grid.alignment);
 }
 
@@ -149,13 +149,13 @@ const SampleGrid &EnvelopeBuilder::gridOf(double samplingFrequency)
     return _grid;
 }
 
-void EnvelopeBuilder::addRecord(const Record *record, const RecordSpan &span)
+void EnvelopeBuilder::addRecord(const Record *record, const RecordDigest &digest)
 {
-    if (span.end <= span.start || record->dataType() == DataType::Char)
+    if (digest.end <= digest.start || record->dataType() == DataType::Char)
         return;
 
     const NumericArray &data = *record->data();
-    const double x = _scale.xOf(span.start);
+    const double x = _scale.xOf(digest.start);
     const double step = gridOf(record->samplingFrequency()).step;
     if (!(step > 0))
         return;
@@ -169,11 +169,11 @@ void EnvelopeBuilder::addRecord(const Record *record, const RecordSpan &span)
         last = static_cast<int>(std::clamp(behind, first + 1.0, double(data.size())));
     }
 
-    _stretches.join(span);
+    _stretches.join(digest);
     if (_detail == EnvelopeDetail::EverySample || step * DenseSamples > 1 || last - first == 1)
         addSamples(_stretches, data, first, last, x, step);
     else
-        addColumns(_stretches, data, first, last, x, _grid, span.isWhole);
+        addColumns(_stretches, data, first, last, x, _grid, digest.isWhole);
 }
 
 } // namespace

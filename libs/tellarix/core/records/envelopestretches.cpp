@@ -31,22 +31,22 @@ EnvelopeStretches::EnvelopeStretches(const EnvelopeScale &scale, Envelope &envel
     : _scale(scale), _envelope(envelope)
 {}
 
-void EnvelopeStretches::join(const RecordSpan &span)
+void EnvelopeStretches::join(const RecordDigest &digest)
 {
     const Core::Time end = _end;
-    _end = span.end;
-    if (!end.valid() || span.continues(end))
+    _end = digest.end;
+    if (!end.valid() || digest.continues(end))
         return;
 
     if (!isOpenEmpty()) {
         const EnvelopeColumn &tail = _envelope.columns.back();
         _tails[_nextTail++ % RememberedTails] = {end, tail.lastX, tail.last};
     }
-    breakStretch(span.start < end ? EnvelopeStretch::Overlap : EnvelopeStretch::Gap);
+    breakStretch(digest.start < end ? EnvelopeStretch::Overlap : EnvelopeStretch::Gap);
 
     // A record that goes on behind another one than the last is joined to that by a point of it.
     const auto left = std::find_if(_tails.begin(), _tails.end(), [&](const Tail &tail) {
-        return tail.end.valid() && span.continues(tail.end);
+        return tail.end.valid() && digest.continues(tail.end);
     });
     if (left != _tails.end())
         add(pointAt(left->x, left->value), false);

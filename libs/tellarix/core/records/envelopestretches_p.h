@@ -54,8 +54,8 @@ class EnvelopeStretches
 public:
     EnvelopeStretches(const EnvelopeScale &scale, Envelope &envelope);
 
-    /** Begins a new stretch unless @p span goes on where the last record ended. */
-    void join(const RecordSpan &span);
+    /** Begins a new stretch unless @p digest goes on where the last record ended. */
+    void join(const RecordDigest &digest);
     void breakStretch(EnvelopeStretch::Cause cause);
     /** Ends the last stretch. */
     void close();
@@ -105,22 +105,22 @@ public:
      * @param longestSnapped   of such records in microseconds
      * @param longestInterval  of their samples in seconds
      */
-    bool widen(const RecordSpan &span, double longestSnapped, double longestInterval)
+    bool widen(const RecordDigest &digest, double longestSnapped, double longestInterval)
     {
-        const auto begin = static_cast<double>(span.start.usecs());
-        const auto end = static_cast<double>(span.end.usecs());
-        if (!span.isWhole || span.start != _end || isOpenEmpty() || !_openIsDense ||
+        const auto begin = static_cast<double>(digest.start.usecs());
+        const auto end = static_cast<double>(digest.end.usecs());
+        if (!digest.isWhole || digest.start != _end || isOpenEmpty() || !_openIsDense ||
             begin + end >= _doubleColumnEnd || end - begin > longestSnapped ||
-            span.sampleInterval > longestInterval)
+            digest.sampleInterval > longestInterval)
             return false;
 
-        _end = span.end;
+        _end = digest.end;
         EnvelopeColumn &open = _envelope.columns.back();
         open.lastX = (end - _scale.startUSecs) * _scale.pixelsPerUSec -
-                     span.sampleInterval * _scale.pixelsPerSecond;
-        open.minimum = std::min(open.minimum, span.minimum);
-        open.maximum = std::max(open.maximum, span.maximum);
-        open.last = span.lastValue();
+                     digest.sampleInterval * _scale.pixelsPerSecond;
+        open.minimum = std::min(open.minimum, digest.minimum);
+        open.maximum = std::max(open.maximum, digest.maximum);
+        open.last = digest.lastValue();
         return true;
     }
 

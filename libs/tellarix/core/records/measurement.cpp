@@ -55,13 +55,13 @@ bool isCovered(const RecordSequence &records, const Core::TimeWindow &window)
     Core::TimeSpan tolerance;
     const int last = records.firstStartingFrom(window.endTime());
     for (int i = records.firstEndingAfter(reach); i < last; ++i) {
-        const Core::TimeWindow span = records.at(i)->timeWindow();
-        if (span.isEmpty())
+        const Core::TimeWindow covered = records.at(i)->timeWindow();
+        if (covered.isEmpty())
             continue;
         tolerance = Core::TimeSpan(records.tolerance() / records.at(i)->samplingFrequency());
-        if (span.startTime() - reach > tolerance)
+        if (covered.startTime() - reach > tolerance)
             return false;
-        reach = std::max(reach, span.endTime());
+        reach = std::max(reach, covered.endTime());
     }
     return window.endTime() - reach <= tolerance;
 }

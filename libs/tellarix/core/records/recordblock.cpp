@@ -17,7 +17,7 @@ float rounded(double value)
 
 } // namespace
 
-RecordSpan::RecordSpan(const Record *record)
+RecordDigest::RecordDigest(const Record *record)
     : minimum(std::numeric_limits<double>::infinity()),
       maximum(-std::numeric_limits<double>::infinity())
 {
@@ -42,38 +42,38 @@ RecordBlock::RecordBlock(bool growsToFront) : _begin(growsToFront ? Capacity : 0
 {
     const auto free = static_cast<size_t>(_begin);
     _records.resize(free);
-    _spans.resize(free);
+    _digests.resize(free);
     _sums.resize(free);
     _reaches.resize(free);
     _runs.resize(free / RunLength);
     _holes.resize(free / RunLength);
 }
 
-const RecordSpan &RecordBlock::widestRun(int position, int last, Core::TimeSpan longest,
-                                         int &next) const
+const RecordDigest &RecordBlock::widestRun(int position, int last, Core::TimeSpan longest,
+                                           int &next) const
 {
-    const auto fits = [&](const RecordSpan &span, int behind) {
-        return behind <= last && span.isWhole && span.end - span.start <= longest;
+    const auto fits = [&](const RecordDigest &digest, int behind) {
+        return behind <= last && digest.isWhole && digest.end - digest.start <= longest;
     };
-    if (!fits(run(position).span, runEnd(position)))
-        return span(position);
-    const bool all = position == begin() && fits(_whole.span, end());
+    if (!fits(run(position).digest, runEnd(position)))
+        return digest(position);
+    const bool all = position == begin() && fits(_whole.digest, end());
     next = all ? end() : runEnd(position);
-    return all ? _whole.span : run(position).span;
+    return all ? _whole.digest : run(position).digest;
 }
 
 int RecordBlock::firstStartingFrom(Core::Time time) const
 {
-    const auto before = [](const RecordSpan &span, Core::Time t) { return span.start < t; };
-    const auto span = std::lower_bound(_spans.begin() + _begin, _spans.end(), time, before);
-    return static_cast<int>(span - _spans.begin());
+    const auto before = [](const RecordDigest &digest, Core::Time t) { return digest.start < t; };
+    const auto digest = std::lower_bound(_digests.begin() + _begin, _digests.end(), time, before);
+    return static_cast<int>(digest - _digests.begin());
 }
 
 int RecordBlock::firstStartingBehind(Core::Time time) const
 {
-    const auto after = [](Core::Time t, const RecordSpan &span) { return t < span.start; };
-    const auto span = std::upper_bound(_spans.begin() + _begin, _spans.end(), time, after);
-    return static_cast<int>(span - _spans.begin());
+    const auto after = [](Core::Time t, const RecordDigest &digest) { return t < digest.start; };
+    const auto digest = std::upper_bound(_digests.begin() + _begin, _digests.end(), time, after);
+    return static_cast<int>(digest - _digests.begin());
 }
 
 int RecordBlock::firstReachingBehind(Core::Time time) const
@@ -93,7 +93,7 @@ bool RecordBlock::extend(Core::Time &reach, int position, Core::TimeSpan toleran
             reach = std::max(reach, reachAt(position - 1));
             continue;
         }
-        const RecordSpan &next = span(position++);
+        const RecordDigest &next = digest(position++);
         if (!next.hasExtent())
             continue;
         if (next.start > reach + tolerance)
@@ -108,7 +108,7 @@ void RecordBlock::append(const RecordCPtr &record)
     Q_ASSERT(canAppend());
     const int position = end();
     _records.push_back(record);
-    _spans.emplace_back(record.get());
+    _digests.emplace_back(record.get());
     _sums.push_back({record->summary().sum, record->summary().count});
     _reaches.emplace_back();
 
@@ -135,14 +135,14 @@ void RecordBlock::insert(int position, const RecordCPtr &record)
     }
 
     const bool movesFront = _begin > 0;
-    const RecordSpan span(record.get());
+    const RecordDigest digest(record.get());
     const Sum sum{record->summary().sum, record->summary().count};
     insertInto(_records, position, record);
-    insertInto(_spans, position, span);
+    insertInto(_digests, position, digest);
     insertInto(_sums, position, sum);
     if (movesFront)
         --_begin;
-    _reaches.resize(_spans.size());
+    _reaches.resize(_digests.size());
     _runs.resize(static_cast<size_t>((end() + RunLength - 1) / RunLength));
     _holes.resize(_runs.size());
     update(movesFront ? _begin : position, movesFront ? position : end());
@@ -176,7 +176,7 @@ std::unique_ptr<RecordBlock> RecordBlock::split()
     for (size_t i = Middle; i < _records.size(); ++i)
         second->append(_records[i]);
     _records.resize(Middle);
-    _spans.resize(Middle);
+    _digests.resize(Middle);
     _sums.resize(Middle);
     _reaches.resize(Middle);
     _runs.resize(Middle / RunLength);
@@ -188,7 +188,7 @@ std::unique_ptr<RecordBlock> RecordBlock::split()
 size_t RecordBlock::memorySize() const
 {
     return sizeof(*this) + _records.capacity() * sizeof(RecordCPtr) +
-           _spans.capacity() * sizeof(RecordSpan) + _sums.capacity() * sizeof(Sum) +
+           _digests.capacity() * sizeof(RecordDigest) + _sums.capacity() * sizeof(Sum) +
            _reaches.capacity() * sizeof(Core::Time) +
            _runs.capacity() * (sizeof(RecordRun) + sizeof(Core::TimeSpan));
 }
@@ -229,7 +229,7 @@ void RecordBlock::updateWhole()
 /** Sets the reach up to @p position from the one before, and notes the hole between them. */
 void RecordBlock::addReach(int position)
 {
-    const RecordSpan &next = span(position);
+    const RecordDigest &next = digest(position);
     const Core::Time before = position > _begin ? reachAt(position - 1) : Core::Time();
     if (next.hasExtent() && before.valid() && next.start > before) {
         Core::TimeSpan &hole = _holes[static_cast<size_t>(position / RunLength)];

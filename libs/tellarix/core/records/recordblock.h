@@ -16,10 +16,10 @@ namespace Tellarix {
  * Where a record, or a run of neighbouring records, stands in time and between which values; kept
  * side by side in a sequence, so that a view need not look at the records themselves.
  */
-struct TELLARIX_CORE_API RecordSpan
+struct TELLARIX_CORE_API RecordDigest
 {
-    RecordSpan() = default;
-    explicit RecordSpan(const Record *record);
+    RecordDigest() = default;
+    explicit RecordDigest(const Record *record);
 
     Core::Time start;
     Core::Time end;    /**< the start for a record without an end */
@@ -34,7 +34,7 @@ struct TELLARIX_CORE_API RecordSpan
     bool hasExtent() const { return end > start; }
     double firstValue() const { return std::clamp<double>(first, minimum, maximum); }
     double lastValue() const { return std::clamp<double>(last, minimum, maximum); }
-    /** True if this span goes on where @p time is, to within half a sample. */
+    /** True if this digest goes on where @p time is, to within half a sample. */
     bool continues(Core::Time time) const
     {
         const Core::TimeSpan step = start - time;
@@ -46,30 +46,30 @@ struct TELLARIX_CORE_API RecordSpan
 /** What is known of a run of neighbouring records together. */
 struct RecordRun
 {
-    RecordSpan span;
+    RecordDigest digest;
     double sum{0};    /**< of the finite samples */
     int64_t count{0}; /**< of finite samples */
 
     SampleSummary summary() const
     {
-        return count ? SampleSummary{span.minimum, span.maximum, sum, count} : SampleSummary();
+        return count ? SampleSummary{digest.minimum, digest.maximum, sum, count} : SampleSummary();
     }
     /** Goes on with a run that begins behind this one. */
     void add(const RecordRun &next)
     {
-        span.isWhole = span.isWhole && next.span.isWhole && next.span.continues(span.end);
-        span.end = next.span.end;
-        span.minimum = std::min(span.minimum, next.span.minimum);
-        span.maximum = std::max(span.maximum, next.span.maximum);
-        span.last = next.span.last;
+        digest.isWhole = digest.isWhole && next.digest.isWhole && next.digest.continues(digest.end);
+        digest.end = next.digest.end;
+        digest.minimum = std::min(digest.minimum, next.digest.minimum);
+        digest.maximum = std::max(digest.maximum, next.digest.maximum);
+        digest.last = next.digest.last;
         sum += next.sum;
         count += next.count;
     }
 };
 
 /**
- * Up to Capacity neighbouring records of a sequence, by start time, with their spans and what each
- * RunLength of them have in common.
+ * Up to Capacity neighbouring records of a sequence, by start time, with their digests and what
+ * each RunLength of them have in common.
  *
  * Records have positions from begin() to end(); those before begin() are free. Everything that
  * changes a block costs at most a pass over it.
@@ -84,18 +84,21 @@ public:
     explicit RecordBlock(bool growsToFront = false);
 
     int begin() const { return _begin; }
-    int end() const { return static_cast<int>(_spans.size()); }
+    int end() const { return static_cast<int>(_digests.size()); }
     int size() const { return end() - begin(); }
     bool isFull() const { return size() == Capacity; }
     bool canAppend() const { return end() < Capacity; }
 
     const RecordCPtr &record(int position) const { return _records[static_cast<size_t>(position)]; }
-    const RecordSpan &span(int position) const { return _spans[static_cast<size_t>(position)]; }
+    const RecordDigest &digest(int position) const
+    {
+        return _digests[static_cast<size_t>(position)];
+    }
     /** The record at @p position alone. */
     RecordRun single(int position) const
     {
         const Sum &sum = _sums[static_cast<size_t>(position)];
-        return {span(position), sum.sum, sum.count};
+        return {digest(position), sum.sum, sum.count};
     }
     /** The records from @p position, a multiple of RunLength, to runEnd(). */
     const RecordRun &run(int position) const
@@ -106,17 +109,18 @@ public:
     /** All records of the block. */
     const RecordRun &whole() const { return _whole; }
     /**
-     * The span of the most records from @p position on, before position @p last, that is whole and
-     * not longer than @p longest; the span of the one record if there is no such run.
-     * @param next  set to the position behind the span
+     * The digest of the most records from @p position on, before position @p last, that is whole
+     * and not longer than @p longest; the digest of the one record if there is no such run.
+     * @param next  set to the position behind the digest
      */
-    const RecordSpan &widestSpan(int position, int last, Core::TimeSpan longest, int &next) const
+    const RecordDigest &widestDigest(int position, int last, Core::TimeSpan longest,
+                                     int &next) const
     {
         next = position + 1;
-        return position % RunLength ? span(position) : widestRun(position, last, longest, next);
+        return position % RunLength ? digest(position) : widestRun(position, last, longest, next);
     }
 
-    Core::Time start() const { return span(begin()).start; }
+    Core::Time start() const { return digest(begin()).start; }
     /** The latest end of the records with an extent; not valid without one. */
     Core::Time reach() const { return _reaches.back(); }
     /** The same of the records up to and with @p position. */
@@ -159,7 +163,7 @@ private:
     {
         return _holes[static_cast<size_t>(position / RunLength)];
     }
-    const RecordSpan &widestRun(int position, int last, Core::TimeSpan longest, int &next) const;
+    const RecordDigest &widestRun(int position, int last, Core::TimeSpan longest, int &next) const;
     template <typename T>
     void insertInto(std::vector<T> &items, int position, const T &item);
     void update(int first, int last);
@@ -168,8 +172,8 @@ private:
     void addReach(int position);
 
     std::vector<RecordCPtr> _records;
-    std::vector<RecordSpan> _spans;
-    std::vector<Sum> _sums;           /**< beside the spans, which views read one after the other */
+    std::vector<RecordDigest> _digests;
+    std::vector<Sum> _sums; /**< beside the digests, which views read one after the other */
     std::vector<Core::Time> _reaches; /**< latest end of the records with an extent up to here */
     std::vector<RecordRun> _runs;
     std::vector<Core::TimeSpan> _holes; /**< widest between records with an extent, for each run */

@@ -47,7 +47,7 @@ Core::TimeWindow RecordSequence::timeWindow() const
 {
     if (isEmpty())
         return {};
-    return {_slots.front().start, std::max(_slots.back().reach, span(size() - 1).start)};
+    return {_slots.front().start, std::max(_slots.back().reach, digest(size() - 1).start)};
 }
 
 int RecordSequence::firstEndingAfter(Core::Time time) const
@@ -108,10 +108,10 @@ void RecordSequence::walkWindow(const Core::TimeWindow *window, Inside inside,
         return;
 
     const auto single = [&](int index) {
-        const RecordSpan &span = this->span(index);
-        if (span.start >= window->startTime() && span.end <= window->endTime()) {
+        const RecordDigest &digest = this->digest(index);
+        if (digest.start >= window->startTime() && digest.end <= window->endTime()) {
             inside(index, index + 1);
-        } else if (span.end > window->startTime() || span.start >= window->startTime()) {
+        } else if (digest.end > window->startTime() || digest.start >= window->startTime()) {
             const Record *record = at(index);
             partial(record, record->sampleIndex(window->startTime()),
                     record->sampleIndex(window->endTime()));
@@ -164,7 +164,7 @@ bool RecordSequence::recordExtrema(int first, int last, double &minimum, double 
     constexpr double Infinity = std::numeric_limits<double>::infinity();
     std::pair<double, double> range(Infinity, -Infinity);
     walkRuns(first, last,
-             [&](const RecordRun &run) { widen(range, run.span.minimum, run.span.maximum); });
+             [&](const RecordRun &run) { widen(range, run.digest.minimum, run.digest.maximum); });
     if (range.first > range.second)
         return false;
     minimum = range.first;
@@ -215,12 +215,12 @@ std::vector<Core::TimeWindow> RecordSequence::gaps() const
     std::vector<Core::TimeWindow> result;
     Core::Time reach;
     for (int i = 0; i < size(); ++i) {
-        const RecordSpan &span = this->span(i);
-        if (!span.hasExtent())
+        const RecordDigest &digest = this->digest(i);
+        if (!digest.hasExtent())
             continue;
-        if (reach.valid() && span.start > reach && span.start - reach > toleranceOf(at(i)))
-            result.emplace_back(reach, span.start);
-        reach = std::max(reach, span.end);
+        if (reach.valid() && digest.start > reach && digest.start - reach > toleranceOf(at(i)))
+            result.emplace_back(reach, digest.start);
+        reach = std::max(reach, digest.end);
     }
     return result;
 }
@@ -230,15 +230,15 @@ std::vector<Core::TimeWindow> RecordSequence::overlaps() const
     std::vector<Core::TimeWindow> result;
     Core::Time reach;
     for (int i = 0; i < size(); ++i) {
-        const RecordSpan &span = this->span(i);
-        const Core::Time end = std::min(reach, span.end);
-        if (span.start < end && end - span.start > toleranceOf(at(i))) {
-            if (!result.empty() && span.start <= result.back().endTime())
+        const RecordDigest &digest = this->digest(i);
+        const Core::Time end = std::min(reach, digest.end);
+        if (digest.start < end && end - digest.start > toleranceOf(at(i))) {
+            if (!result.empty() && digest.start <= result.back().endTime())
                 result.back().setEndTime(std::max(result.back().endTime(), end));
             else
-                result.emplace_back(span.start, end);
+                result.emplace_back(digest.start, end);
         }
-        reach = std::max(reach, span.end);
+        reach = std::max(reach, digest.end);
     }
     return result;
 }
@@ -302,7 +302,7 @@ Core::Time RecordSequence::reachBefore(const Place &place) const
 bool RecordSequence::holdsTwinOf(const Record *record) const
 {
     const Core::Time start = record->startTime();
-    for (int i = firstStartingFrom(start); i < size() && span(i).start == start; ++i) {
+    for (int i = firstStartingFrom(start); i < size() && digest(i).start == start; ++i) {
         if (isSame(at(i), record))
             return true;
     }
@@ -321,7 +321,7 @@ bool RecordSequence::insert(const Record *record)
 
 void RecordSequence::place(const RecordCPtr &record)
 {
-    if (isEmpty() || span(size() - 1).start <= record->startTime())
+    if (isEmpty() || digest(size() - 1).start <= record->startTime())
         append(record);
     else
         insertAt(firstPlaceBehind(record->startTime()), record);

@@ -23,9 +23,9 @@ namespace Tellarix {
  * to its end minus the tolerance, without a hole above the tolerance. A record without samples or
  * without an end covers nothing, and is itself dropped if the sequence holds the same one.
  *
- * The records lie in blocks of a few hundred, each with the spans of its records and the summaries
- * of runs of them, so that a view over many days reads some entries per block and hardly a record.
- * All of it is kept up to date as records are fed and trimmed.
+ * The records lie in blocks of a few hundred, each with the digests of its records and the
+ * summaries of runs of them, so that a view over many days reads some entries per block and hardly
+ * a record. All of it is kept up to date as records are fed and trimmed.
  *
  * With n records, access by index costs O(1) as long as no record came late and O(log n) then, and
  * the searches by time O(log n), overlaps or not. Feeding at the end is amortised O(1), into the
@@ -100,11 +100,11 @@ public:
     const_iterator begin() const { return {this, 0}; }
     const_iterator end() const { return {this, _size}; }
 
-    /** Span of the record at @p index. */
-    const RecordSpan &span(int index) const
+    /** Digest of the record at @p index. */
+    const RecordDigest &digest(int index) const
     {
         const Place place = placeOf(index);
-        return blockAt(place).span(place.position);
+        return blockAt(place).digest(place.position);
     }
 
     /** From the start of the first record to the latest end; an invalid window if empty. */
@@ -125,7 +125,7 @@ public:
 
     /**
      * Extrema of the records from index @p first up to, but not including, @p last, from the
-     * spans and summaries alone.
+     * digests and summaries alone.
      * @return false, leaving the results alone, if there is no finite sample
      */
     bool recordExtrema(int first, int last, double &minimum, double &maximum) const;
@@ -143,9 +143,9 @@ public:
         return blockAt(place);
     }
 
-    /** Stretches between neighbouring records, above the tolerance, that no sample covers. */
+    /** Times between neighbouring records, above the tolerance, that no sample covers. */
     std::vector<Core::TimeWindow> gaps() const;
-    /** Stretches above the tolerance that more than one record covers, disjoint and ascending. */
+    /** Times above the tolerance that more than one record covers, disjoint and ascending. */
     std::vector<Core::TimeWindow> overlaps() const;
 
     /** Memory of the sequence's own arrays and its records in bytes, samples included. */

@@ -35,7 +35,7 @@ void RingBuffer::trimToLength()
     if (!first.valid())
         return;
     int count = 0;
-    while (span(count).end < first)
+    while (digest(count).end < first)
         ++count;
     removeFront(count);
 }

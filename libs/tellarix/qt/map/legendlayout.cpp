@@ -31,7 +31,7 @@ Place columnOf(Qt::Alignment alignment)
                                                 : Middle;
 }
 
-/** Start of a stretch of @p length in @p room from @p start. */
+/** Start of a box of @p length in @p room from @p start. */
 int startOf(Place place, int start, int room, int length)
 {
     return place == Near     ? start

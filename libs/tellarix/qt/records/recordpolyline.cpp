@@ -3,7 +3,7 @@
 #include <tellarix/qt/records/recordpolyline.h>
 
 #include <tellarix/core/records/envelope.h>
-#include <tellarix/qt/records/tracespans.h>
+#include <tellarix/qt/records/tracebars.h>
 
 #include <algorithm>
 #include <cmath>
@@ -150,7 +150,7 @@ void RecordPolyline::create(const RecordSequence *sequence, const Core::Time &st
 
 void RecordPolyline::draw(QPainter &painter)
 {
-    if (_ink && _ink->spans.size() == static_cast<size_t>(size()))
+    if (_ink && _ink->bars.size() == static_cast<size_t>(size()))
         drawTrace(painter, *this, *_ink);
     else
         drawTrace(painter, *this);
@@ -181,7 +181,7 @@ void RecordPolylineF::create(const RecordSequence *sequence, const Core::Time &s
 
 void RecordPolylineF::draw(QPainter &painter)
 {
-    if (_ink && _ink->spans.size() == static_cast<size_t>(size()))
+    if (_ink && _ink->bars.size() == static_cast<size_t>(size()))
         drawTrace(painter, *this, *_ink);
     else
         drawTrace(painter, *this);

@@ -29,7 +29,7 @@ public:
     virtual bool isEmpty() const = 0;
     /**
      * Draws the trace with the painter's pen. Where columns hold more than one value a vertical
-     * span stands for the zigzag between them: the same ink for a fraction of the time. Spans are
+     * bar stands for the zigzag between them: the same ink for a fraction of the time. Bars are
      * not antialiased. The points may have been turned by 90 degrees, so that y ascends in time.
      */
     virtual void draw(QPainter &painter) = 0;

@@ -181,7 +181,7 @@ Core::TimeWindow touchedWindow(const RecordSequence &raw, const Record &record)
     if (previous >= 0) {
         const Record *neighbour = raw.at(previous);
         window.setStartTime(std::min(
-            window.startTime(), std::min(neighbour->lastSampleTime(), raw.span(previous).end)));
+            window.startTime(), std::min(neighbour->lastSampleTime(), raw.digest(previous).end)));
     }
     for (int i = behind; i < raw.size(); ++i) {
         if (raw.at(i) == &record)

@@ -436,7 +436,7 @@ double Ruler::textDistance() const
     return Scheme::Current().rulers.majorTick + 2;
 }
 
-/** The stretch from one pixel to another along the ruler, over its whole breadth. */
+/** The area from one pixel to another along the ruler, over its whole breadth. */
 QRectF Ruler::bandRect(double from, double to) const
 {
     return isVertical() ? QRectF(0, from, width(), to - from)

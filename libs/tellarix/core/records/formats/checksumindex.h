@@ -18,11 +18,11 @@ constexpr uint32_t ChecksumStart = 0xFFFFFFFF;
 TELLARIX_CORE_API uint32_t addToChecksum(uint32_t checksum, std::string_view bytes);
 
 /**
- * CRC-32C of stretches of one run of bytes that overlap, as those of headers that all claim the
+ * CRC-32C of parts of one run of bytes that overlap, as those of headers that all claim the
  * rest of a file.
  *
- * Each byte is added up once and the sum kept for every 64 bytes; what a stretch needs beyond that
- * does not depend on its length. Cheapest when stretches come in the order of their beginnings.
+ * Each byte is added up once and the sum kept for every 64 bytes; what a part needs beyond that
+ * does not depend on its length. Cheapest when parts come in the order of their beginnings.
  */
 class TELLARIX_CORE_API ChecksumIndex
 {

@@ -16,10 +16,10 @@ namespace Formats {
 /**
  * Finds the miniSEED records of either version in a run of bytes that arrives in pieces.
  *
- * What is no record is skipped up to the next place that holds one; each such stretch is told once.
- * The scanner reads no payload beyond the check sum of version 3: the header of a found record is
- * sound, its samples may still turn out not to be. Time grows with the number of bytes, whatever
- * they are; memory is bounded by the longest record plus the pieces that are written.
+ * What is no record is skipped up to the next place that holds one; each such run of bytes is told
+ * once. The scanner reads no payload beyond the check sum of version 3: the header of a found
+ * record is sound, its samples may still turn out not to be. Time grows with the number of bytes,
+ * whatever they are; memory is bounded by the longest record plus the pieces that are written.
  */
 class TELLARIX_CORE_API RecordScanner
 {
@@ -59,7 +59,7 @@ public:
     const MiniSeedHeader &header() const { return _header; }
     /** All bytes of the record; valid until the next call of reserve(), append() or next(). */
     std::string_view record() const { return _record; }
-    /** Where the record or the stretch begins, counted from the first byte ever written. */
+    /** Where the record or the run begins, counted from the first byte ever written. */
     int64_t offset() const { return _stepOffset; }
     const std::string &cause() const { return _cause; }
     /** Bytes missing after NeedsBytes, at least 1. */

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
-#include <tellarix/qt/records/tracespans.h>
+#include <tellarix/qt/records/tracebars.h>
 
 #include <QImage>
 #include <QPaintEngine>
@@ -16,13 +16,13 @@ namespace Tellarix {
 namespace Gui {
 namespace {
 
-/** Points a column from which on spans are drawn. */
+/** Points a column from which on bars are drawn. */
 constexpr double DensePoints = 1.5;
 /** Widest pen in pixels; a column looks at as many neighbours. */
 constexpr int WidestPen = 64;
 
-/** The span of a column that is still being widened. */
-struct OpenSpan
+/** The bar of a column that is still being widened. */
+struct OpenBar
 {
     int low;
     int high;
@@ -34,10 +34,10 @@ struct OpenSpan
     }
 
     /** Closes the column and begins the next one at @p y. */
-    void next(TraceSpans &spans, int y)
+    void next(TraceBars &bars, int y)
     {
-        spans.low.push_back(low);
-        spans.high.push_back(high);
+        bars.low.push_back(low);
+        bars.high.push_back(high);
         low = high = y;
     }
 };
@@ -79,7 +79,7 @@ bool isDense(const Polygon &polygon, bool turned)
  * Adds the columns that a line from @p from, which is covered, to @p to passes: half of the way to
  * the next column belongs to each.
  */
-void addLine(TraceSpans &spans, OpenSpan &open, const QPoint &from, const QPoint &to)
+void addLine(TraceBars &bars, OpenBar &open, const QPoint &from, const QPoint &to)
 {
     const int64_t distance = to.x() - from.x();
     const int64_t rise = to.y() - from.y();
@@ -89,54 +89,54 @@ void addLine(TraceSpans &spans, OpenSpan &open, const QPoint &from, const QPoint
         const int64_t part = distance == 1 ? rise / 2 : (2 * i + 1) * rise / (2 * distance);
         const int border = from.y() + static_cast<int>(part);
         open.widen(border);
-        open.next(spans, border == to.y() ? border : border + step);
+        open.next(bars, border == to.y() ? border : border + step);
     }
     open.widen(to.y());
 }
 
 template <typename Polygon>
-void collectSpans(TraceSpans &spans, const Polygon &polygon, bool turned)
+void collectBars(TraceBars &bars, const Polygon &polygon, bool turned)
 {
     QPoint previous = uprightPixel(polygon.first(), turned);
     const int last = uprightPixel(polygon.last(), turned).x();
     const auto columns = static_cast<size_t>(std::max(0, last - previous.x())) + 1;
-    spans.first = previous.x();
-    spans.low.reserve(columns);
-    spans.high.reserve(columns);
-    OpenSpan open{previous.y(), previous.y()};
+    bars.first = previous.x();
+    bars.low.reserve(columns);
+    bars.high.reserve(columns);
+    OpenBar open{previous.y(), previous.y()};
     for (const auto &point : polygon) {
         const QPoint pixel = uprightPixel(point, turned);
         if (pixel.x() > previous.x()) {
-            addLine(spans, open, previous, pixel);
+            addLine(bars, open, previous, pixel);
             previous = pixel;
         } else {
             open.widen(pixel.y());
             previous.setY(pixel.y());
         }
     }
-    open.next(spans, 0);
+    open.next(bars, 0);
 }
 
-/** Thickens spans to the width of a pen, so that no pixel is covered twice. */
-void thicken(TraceSpans &spans, int width)
+/** Thickens bars to the width of a pen, so that no pixel is covered twice. */
+void thicken(TraceBars &bars, int width)
 {
     if (width <= 1)
         return;
 
     const int before = (width - 1) / 2;
     const int behind = width / 2;
-    const int n = spans.size();
-    TraceSpans thick;
-    thick.first = spans.first - before;
+    const int n = bars.size();
+    TraceBars thick;
+    thick.first = bars.first - before;
     for (int i = -before; i < n + behind; ++i) {
         const int from = std::clamp(i - behind, 0, n - 1);
         const int to = std::clamp(i + before, 0, n - 1) + 1;
-        const auto low = std::min_element(spans.low.begin() + from, spans.low.begin() + to);
-        const auto high = std::max_element(spans.high.begin() + from, spans.high.begin() + to);
+        const auto low = std::min_element(bars.low.begin() + from, bars.low.begin() + to);
+        const auto high = std::max_element(bars.high.begin() + from, bars.high.begin() + to);
         thick.low.push_back(*low - before);
         thick.high.push_back(*high + behind);
     }
-    std::swap(spans, thick);
+    std::swap(bars, thick);
 }
 
 /** True if the painter's engine ignores clipping, so that what lies outside must not be drawn. */
@@ -194,14 +194,14 @@ void drawClippedPolyline(QPainter &painter, const QPolygonF &polygon)
         painter.drawPolyline(part);
 }
 
-void drawRects(QPainter &painter, const TraceSpans &spans, bool turned)
+void drawRects(QPainter &painter, const TraceBars &bars, bool turned)
 {
     QVector<QRect> rects;
-    rects.reserve(spans.size());
-    for (size_t i = 0; i < spans.low.size(); ++i) {
-        const int x = spans.first + static_cast<int>(i);
-        const int low = spans.low[i];
-        const int length = spans.high[i] - low + 1;
+    rects.reserve(bars.size());
+    for (size_t i = 0; i < bars.low.size(); ++i) {
+        const int x = bars.first + static_cast<int>(i);
+        const int low = bars.low[i];
+        const int length = bars.high[i] - low + 1;
         if (length > 0)
             rects.append(turned ? QRect(low, x, length, 1) : QRect(x, low, 1, length));
     }
@@ -222,39 +222,39 @@ bool takesPixels(const QPainter &painter)
            painter.brush().style() == Qt::SolidPattern;
 }
 
-/** The area that spans fill, as far as it lies in @p limits. */
-QRect boundsOf(const TraceSpans &spans, const QRect &limits)
+/** The area that bars fill, as far as it lies in @p limits. */
+QRect boundsOf(const TraceBars &bars, const QRect &limits)
 {
-    const int low = *std::min_element(spans.low.begin(), spans.low.end());
-    const int high = *std::max_element(spans.high.begin(), spans.high.end());
-    const QRect bounds(QPoint(spans.first, low), QPoint(spans.first + spans.size() - 1, high));
+    const int low = *std::min_element(bars.low.begin(), bars.low.end());
+    const int high = *std::max_element(bars.high.begin(), bars.high.end());
+    const QRect bounds(QPoint(bars.first, low), QPoint(bars.first + bars.size() - 1, high));
     return bounds & limits;
 }
 
 /**
- * True if writing all pixels of @p bounds costs less than filling the spans one by one: a pixel
- * of an image costs about 0.2 ns, a span 10 ns and 1.7 ns a pixel, since each lies in another line.
+ * True if writing all pixels of @p bounds costs less than filling the bars one by one: a pixel
+ * of an image costs about 0.2 ns, a bar 10 ns and 1.7 ns a pixel, since each lies in another line.
  */
-bool isFilledWell(const TraceSpans &spans, const QRect &bounds)
+bool isFilledWell(const TraceBars &bars, const QRect &bounds)
 {
-    constexpr int64_t PixelsOfSpan = 40;
+    constexpr int64_t PixelsOfBar = 40;
     constexpr int64_t PixelsOfInk = 6;
     int64_t ink = 0;
-    for (size_t i = 0; i < spans.low.size(); ++i)
-        ink += std::max(0, spans.high[i] - spans.low[i] + 1);
+    for (size_t i = 0; i < bars.low.size(); ++i)
+        ink += std::max(0, bars.high[i] - bars.low[i] + 1);
     return int64_t(bounds.width()) * bounds.height() <
-           PixelsOfSpan * spans.size() + PixelsOfInk * ink;
+           PixelsOfBar * bars.size() + PixelsOfInk * ink;
 }
 
-/** Draws spans line by line, a few lines at a time so that these stay in the cache. */
-void drawImage(QPainter &painter, const TraceSpans &spans, const QRect &bounds)
+/** Draws bars line by line, a few lines at a time so that these stay in the cache. */
+void drawImage(QPainter &painter, const TraceBars &bars, const QRect &bounds)
 {
     constexpr int PixelsAtOnce = 1 << 16;
     const int lines = std::clamp(PixelsAtOnce / bounds.width(), 1, bounds.height());
     QImage image(bounds.width(), lines, QImage::Format_ARGB32_Premultiplied);
     const QRgb ink = qPremultiply(painter.brush().color().rgba());
-    const int *low = spans.low.data() + (bounds.left() - spans.first);
-    const int *high = spans.high.data() + (bounds.left() - spans.first);
+    const int *low = bars.low.data() + (bounds.left() - bars.first);
+    const int *high = bars.high.data() + (bounds.left() - bars.first);
     for (int top = bounds.top(); top <= bounds.bottom(); top += lines) {
         const int count = std::min(lines, bounds.bottom() + 1 - top);
         for (int y = 0; y < count; ++y) {
@@ -274,12 +274,12 @@ QRect visibleRect(const QPainter &painter)
     return painter.hasClipping() ? visible & painter.clipBoundingRect().toAlignedRect() : visible;
 }
 
-/** The spans under a pen of @p width pixels; @p thick is room for them. */
-const TraceSpans &thickened(const TraceSpans &spans, int width, TraceSpans &thick)
+/** The bars under a pen of @p width pixels; @p thick is room for them. */
+const TraceBars &thickened(const TraceBars &bars, int width, TraceBars &thick)
 {
     if (width <= 1)
-        return spans;
-    thick = spans;
+        return bars;
+    thick = bars;
     thicken(thick, width);
     return thick;
 }
@@ -294,10 +294,10 @@ void drawDense(QPainter &painter, const TraceInk &ink)
     painter.setPen(Qt::NoPen);
     painter.setBrush(pen.brush());
     painter.setRenderHint(QPainter::Antialiasing, false);
-    TraceSpans thick;
-    for (const TraceSpans &spans : ink.spans) {
-        if (spans.size() > 0)
-            fillSpans(painter, thickened(spans, width, thick), ink.turned);
+    TraceBars thick;
+    for (const TraceBars &bars : ink.bars) {
+        if (bars.size() > 0)
+            fillBars(painter, thickened(bars, width, thick), ink.turned);
     }
     painter.setRenderHint(QPainter::Antialiasing, smooth);
     painter.setBrush(brush);
@@ -309,10 +309,10 @@ TraceInk inkOf(const QVector<Polygon> &polygons)
 {
     TraceInk ink;
     ink.turned = !std::all_of(polygons.begin(), polygons.end(), ascendsInX<Polygon>);
-    ink.spans.resize(static_cast<size_t>(polygons.size()));
+    ink.bars.resize(static_cast<size_t>(polygons.size()));
     for (int i = 0; i < polygons.size(); ++i) {
         if (!polygons[i].isEmpty() && isDense(polygons[i], ink.turned))
-            collectSpans(ink.spans[static_cast<size_t>(i)], polygons[i], ink.turned);
+            collectBars(ink.bars[static_cast<size_t>(i)], polygons[i], ink.turned);
     }
     return ink;
 }
@@ -324,11 +324,11 @@ void drawPolygons(QPainter &painter, const QVector<Polygon> &polygons, const Tra
     if (style == Qt::NoPen)
         return;
 
-    bool hasSpans = false;
+    bool hasBars = false;
     for (int i = 0; i < polygons.size(); ++i) {
         const Polygon &polygon = polygons[i];
-        if (style == Qt::SolidLine && ink.spans[static_cast<size_t>(i)].size() > 0)
-            hasSpans = true;
+        if (style == Qt::SolidLine && ink.bars[static_cast<size_t>(i)].size() > 0)
+            hasBars = true;
         else if (polygon.size() == 1)
             painter.drawPoint(polygon.first());
         else if (!polygon.isEmpty() && ignoresClipping(painter))
@@ -336,27 +336,27 @@ void drawPolygons(QPainter &painter, const QVector<Polygon> &polygons, const Tra
         else if (!polygon.isEmpty())
             painter.drawPolyline(polygon);
     }
-    if (hasSpans)
+    if (hasBars)
         drawDense(painter, ink);
 }
 
 } // namespace
 
-void fillSpans(QPainter &painter, const TraceSpans &spans, bool turned)
+void fillBars(QPainter &painter, const TraceBars &bars, bool turned)
 {
-    if (spans.low.empty())
+    if (bars.low.empty())
         return;
     if (turned || !takesPixels(painter)) {
-        drawRects(painter, spans, turned);
+        drawRects(painter, bars, turned);
         return;
     }
-    const QRect bounds = boundsOf(spans, visibleRect(painter));
+    const QRect bounds = boundsOf(bars, visibleRect(painter));
     if (bounds.isEmpty())
         return;
-    if (isFilledWell(spans, bounds))
-        drawImage(painter, spans, bounds);
+    if (isFilledWell(bars, bounds))
+        drawImage(painter, bars, bounds);
     else
-        drawRects(painter, spans, turned);
+        drawRects(painter, bars, turned);
 }
 
 void drawTrace(QPainter &painter, const QVector<QPolygon> &polygons)

@@ -17,7 +17,7 @@ namespace Gui {
 
 /** Pixels of consecutive columns that are covered, from low to high, both included; a low above
  *  the high covers nothing. */
-struct TraceSpans
+struct TraceBars
 {
     int first{0}; /**< the first column */
     std::vector<int> low;
@@ -27,21 +27,21 @@ struct TraceSpans
 };
 
 /**
- * Fills spans with the painter's brush; painters draw them fastest without a pen and antialiasing.
+ * Fills bars with the painter's brush; painters draw them fastest without a pen and antialiasing.
  *
  * @param turned  columns are counted along y, and their pixels along x
  */
-TELLARIX_GUI_API void fillSpans(QPainter &painter, const TraceSpans &spans, bool turned);
+TELLARIX_GUI_API void fillBars(QPainter &painter, const TraceBars &bars, bool turned);
 
 /**
  * Draws polygons of a trace with the painter's pen.
  *
- * A polygon with clearly more points than pixel columns is drawn as one vertical span a column,
+ * A polygon with clearly more points than pixel columns is drawn as one vertical bar a column,
  * which covers the zigzag and its half of the way to the neighbouring columns, without
  * antialiasing; so is one that fits into a single column, so that it shows at all. Other polygons,
  * and all of them with a pen that is not solid, are drawn as polylines.
  *
- * @param polygons  with x ascending, or all with y ascending, where spans lie along x
+ * @param polygons  with x ascending, or all with y ascending, where bars lie along x
  */
 TELLARIX_GUI_API void drawTrace(QPainter &painter, const QVector<QPolygon> &polygons);
 TELLARIX_GUI_API void drawTrace(QPainter &painter, const QVector<QPolygonF> &polygons);
@@ -49,8 +49,8 @@ TELLARIX_GUI_API void drawTrace(QPainter &painter, const QVector<QPolygonF> &pol
 /** The pixels of a trace under a pen of one pixel. */
 struct TraceInk
 {
-    std::vector<TraceSpans> spans; /**< of each polygon; none of those drawn as polylines */
-    bool turned{false};            /**< time goes along y */
+    std::vector<TraceBars> bars; /**< of each polygon; none of those drawn as polylines */
+    bool turned{false};          /**< time goes along y */
 };
 
 /** Works out what drawTrace() would otherwise find out again for each picture. */

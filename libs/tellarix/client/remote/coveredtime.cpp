@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
-#include <tellarix/client/remote/joinedstretches_p.h>
+#include <tellarix/client/remote/coveredtime_p.h>
 
 #include <algorithm>
 
@@ -24,7 +24,7 @@ Core::TimeSpan halfSample(const Record &record)
 
 } // namespace
 
-void JoinedStretches::add(const Core::TimeWindow &window, Core::TimeSpan tolerance)
+void CoveredTime::add(const Core::TimeWindow &window, Core::TimeSpan tolerance)
 {
     if (window.isEmpty())
         return;
@@ -44,7 +44,7 @@ void JoinedStretches::add(const Core::TimeWindow &window, Core::TimeSpan toleran
     _windows.erase(first + 1, last);
 }
 
-bool JoinedStretches::covers(const Core::TimeWindow &window, Core::TimeSpan tolerance) const
+bool CoveredTime::covers(const Core::TimeWindow &window, Core::TimeSpan tolerance) const
 {
     const auto behind =
         std::upper_bound(_windows.begin(), _windows.end(), window.startTime() + tolerance,
@@ -54,9 +54,9 @@ bool JoinedStretches::covers(const Core::TimeWindow &window, Core::TimeSpan tole
     return behind != _windows.begin() && window.endTime() <= (behind - 1)->endTime() + tolerance;
 }
 
-JoinedStretches JoinedStretches::missingIn(const Core::TimeWindow &window) const
+CoveredTime CoveredTime::missingIn(const Core::TimeWindow &window) const
 {
-    JoinedStretches missing;
+    CoveredTime missing;
     Core::Time reached = window.startTime();
     for (const Core::TimeWindow &stretch : _windows) {
         missing.add({reached, std::min(stretch.startTime(), window.endTime())});

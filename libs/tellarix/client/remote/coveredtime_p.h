@@ -16,7 +16,7 @@ namespace Tellarix {
 namespace IO {
 
 /** Stretches of time, disjoint and in ascending order. */
-class TELLARIX_CLIENT_API JoinedStretches
+class TELLARIX_CLIENT_API CoveredTime
 {
 public:
     /** Adds a window that isn't empty; it is united with what lies nearer than @p tolerance. */
@@ -25,7 +25,7 @@ public:
     /** True if all of @p window, but for @p tolerance at both ends, lies in one stretch. */
     bool covers(const Core::TimeWindow &window, Core::TimeSpan tolerance = Core::TimeSpan()) const;
     /** The parts of @p window that no stretch covers. */
-    JoinedStretches missingIn(const Core::TimeWindow &window) const;
+    CoveredTime missingIn(const Core::TimeWindow &window) const;
 
     bool isEmpty() const { return _windows.empty(); }
     const std::vector<Core::TimeWindow> &windows() const { return _windows; }
@@ -48,7 +48,7 @@ public:
 private:
     struct Stream
     {
-        JoinedStretches stretches;
+        CoveredTime stretches;
         std::set<std::pair<Core::Time, int>> moments; /**< of records without an end */
     };
 
