@@ -48,7 +48,7 @@ QString WatchedStreams::add(const Record &record)
             news = tr("%1: gap of %2 from %3 on")
                        .arg(id, spanText(missing), QString::fromStdString(stream.end.iso()));
         }
-        const IO::JoinedStretches missingParts = stream.stretches.missingIn(window);
+        const IO::CoveredTime missingParts = stream.stretches.missingIn(window);
         double covered = window.length().length();
         for (const Core::TimeWindow &part : missingParts.windows())
             covered -= part.length().length();

@@ -2,7 +2,7 @@
 
 #pragma once
 
-#include <tellarix/client/remote/joinedstretches_p.h>
+#include <tellarix/client/remote/coveredtime_p.h>
 #include <tellarix/core/records/record.h>
 
 #include <QCoreApplication>
@@ -39,7 +39,7 @@ private:
         double samplingFrequency{0}; /**< of the last record */
         Core::Time lastSampleTime;
         Core::Time end; /**< of the latest record */
-        IO::JoinedStretches stretches;
+        IO::CoveredTime stretches;
 
         qint64 gaps() const;
     };

@@ -4,7 +4,7 @@
 
 #include <tellarix/client/io/dayfilename.h>
 #include <tellarix/client/io/filestream.h>
-#include <tellarix/client/remote/joinedstretches_p.h>
+#include <tellarix/client/remote/coveredtime_p.h>
 
 #include <QDir>
 #include <QFile>
@@ -145,7 +145,7 @@ struct ArchiveWriter::Stream
         return Core::TimeSpan(0.5 / record.samplingFrequency());
     }
 
-    JoinedStretches before;    /**< what was there before the writer came */
+    CoveredTime before;        /**< what was there before the writer came */
     std::set<Moment> moments;  /**< of records written since, and of all without an end */
     std::set<Core::Time> days; /**< whose files were read */
 };
