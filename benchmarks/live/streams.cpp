@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
 #include "client/seedlinkserver.h"
+#include "client/seedrecord.h"
 #include "mainwindow.h"
 #include "waveforms/livesources.h"
 #include "waveforms/waveforms.h"
@@ -59,9 +60,8 @@ int serve(int count, int seconds)
         for (int i = 0; i < count; ++i) {
             int &records = sent[static_cast<size_t>(i)];
             while (startOf(start, i, count, records + 1) <= now)
-                server.add(SeedLinkTesting::seedRecord(streamId(i),
-                                                       startOf(start, i, count, records++),
-                                                       RecordSamples, SamplingFrequency));
+                server.add(seedRecord(streamId(i), startOf(start, i, count, records++),
+                                      RecordSamples, SamplingFrequency));
         }
         if (!isServing) {
             if (!server.start())

@@ -102,6 +102,16 @@ public:
         packet.window = header.timeWindow();
         const std::lock_guard<std::mutex> lock(_mutex);
         _ring.push_back(packet);
+        if (_ring.size() <= _capacity)
+            return;
+        _ring.pop_front();
+        ++_first;
+    }
+
+    void setCapacity(size_t capacity)
+    {
+        const std::lock_guard<std::mutex> lock(_mutex);
+        _capacity = capacity;
     }
 
     /** Counts the packets that are there from @p number on; while it is stopped. */
@@ -434,6 +444,7 @@ private:
 
     mutable std::mutex _mutex;
     std::deque<Packet> _ring;
+    size_t _capacity{10000};
     size_t _first{0}; /**< of all packets ever, the first in the ring */
 
     uint32_t _shift{1};

@@ -267,7 +267,8 @@ private slots:
         QSettings().setValue("Workbench/exportFolder", folder.path());
 
         QMainWindow owner;
-        ExportActions exports(&view, &owner);
+        Bench bench;
+        ExportActions exports(&view, bench.rows(), &owner);
         QSignalSpy done(&exports, SIGNAL(done(QString)));
         // First the dialog for the folder, which it starts in, then the question.
         const auto answer = [&](const QString &buttonText) {

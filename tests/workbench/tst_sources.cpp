@@ -318,7 +318,7 @@ private slots:
         QVERIFY(live.start());
         const Core::Time now = Core::Time::GMT();
         for (const char *id : {"XX.ONE.00.BHZ", "XX.TWO..HHZ", "ZZ.NEW..EHZ"})
-            live.add(SeedLinkTesting::seedRecord(id, now));
+            live.add(seedRecord(id, now));
         const HttpServer past(stationService);
 
         Bench bench;

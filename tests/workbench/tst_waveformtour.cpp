@@ -625,7 +625,7 @@ void TestWaveformTour::componentsHaveColors()
     QCOMPARE(window.row(1)->recordPen(0), window.row(2)->recordPen(0));
     // They stand out from either background.
     const QColor onLight = window.row(1)->recordPen(0).color();
-    const auto *time = window.window.findChild<Norvu::Gui::DateTimeEdit *>();
+    auto *time = window.window.findChild<Norvu::Gui::DateTimeEdit *>();
     time->grab(); // with its own style sheet it has taken over the colours
     setDarkColors(true);
     QVERIFY(time->palette().color(QPalette::Base).lightness() < 128);
