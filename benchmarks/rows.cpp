@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
-// Rows added to a trace view that is shown already, from the first to the finished picture, as it is
-// when a folder of many streams is opened. The plain form is as many empty widgets of a fixed height
-// in a scroll area, with as many children as a row has.
+// Rows added to a trace view that is shown already, from the first to the finished picture, as it
+// is when a folder of many streams is opened. The plain form is as many empty widgets of a fixed
+// height in a scroll area, with as many children as a row has.
 
 #include "benchmarking.h"
 

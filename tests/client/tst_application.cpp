@@ -352,7 +352,6 @@ private:
         return target.fileName();
     }
 
-
 private slots:
     void leavesOutWhatDoesNotFit()
     {

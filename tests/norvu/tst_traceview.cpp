@@ -10,7 +10,6 @@
 #include <tellarix/core/datamodel/station.h>
 #include <tellarix/core/datamodel/stream.h>
 
-
 #include <limits>
 
 using namespace Norvu::Gui;

@@ -25,7 +25,8 @@ enum class WindowEnd
     Included
 };
 
-/** Reads --from and --to, times or "-6h" before now; false with the reason in @p error if they are no window. */
+/** Reads --from and --to, times or "-6h" before now; false with the reason in @p error if they are
+ * no window. */
 bool readWindow(const QCommandLineParser &parser, WindowEnd end, Core::TimeWindow *window,
                 QString *error);
 

@@ -4,8 +4,8 @@
 
 #include <tellarix/core/math/filter.h>
 #include <tellarix/core/records/forward.h>
-#include <tellarix/core/timewindow.h>
 #include <tellarix/core/records/slidingvector.h>
+#include <tellarix/core/timewindow.h>
 
 #include <atomic>
 #include <memory>

@@ -4,8 +4,8 @@
 
 #include <tellarix/core/records/record.h>
 #include <tellarix/core/records/recordsequence.h>
-#include <tellarix/qt/records/pacedupdate_p.h>
 #include <tellarix/qt/records/filteredrecords_p.h>
+#include <tellarix/qt/records/pacedupdate_p.h>
 #include <tellarix/qt/records/recordrow_p.h>
 
 #include <QPointer>
