@@ -49,6 +49,22 @@ class TraceViewTest : public QObject
     Q_OBJECT
 
 private slots:
+    /** The layout of the rows is held meanwhile. */
+    void rowsMayGoWhileManyAreChanged()
+    {
+        TraceView view;
+        for (const char *label : {"a", "b", "c"})
+            view.addItem(new Trace(label, Qt::black));
+        view.show();
+        view.changeItems([&] {
+            view.removeItem(view.itemAt(0));
+            delete view.itemAt(0);
+        });
+        view.grab();
+        QCOMPARE(view.count(), 1);
+        QVERIFY(view.itemAt(0)->isVisible());
+    }
+
     void refusesRangesThatAreNoNumbers()
     {
         TraceView view;

@@ -4,6 +4,7 @@
 
 #include <norvu/gui/trace.h>
 
+#include <QChildEvent>
 #include <QPointer>
 #include <QVBoxLayout>
 
@@ -53,6 +54,19 @@ void RowStack::changeTogether(const std::function<void()> &change)
     change();
     if (alive)
         _layout->setEnabled(wasEnabled);
+}
+
+/** A layout that is disabled overlooks rows that go, and would still lay them out later. */
+void RowStack::childEvent(QChildEvent *event)
+{
+    QWidget::childEvent(event);
+    if (!event->removed() || _layout->isEnabled())
+        return;
+    for (int i = _layout->count() - 1; i >= 0; --i) {
+        const QWidget *row = _layout->itemAt(i)->widget();
+        if (!row || row == event->child())
+            delete _layout->takeAt(i);
+    }
 }
 
 int RowStack::indexOf(const Trace *row) const

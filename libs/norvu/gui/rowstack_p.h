@@ -46,6 +46,9 @@ public:
     /** The row at a position in the stack's coordinates, null beside all of them. */
     Trace *rowAt(const QPoint &position) const;
 
+protected:
+    void childEvent(QChildEvent *event) override;
+
 private:
     QVBoxLayout *_layout;
 };
