@@ -7,6 +7,8 @@
 
 #include <tellarix/core/records/formats/miniseedwriter.h>
 #include <tellarix/core/records/formats/sac.h>
+#include <tellarix/core/records/record.h>
+#include <tellarix/core/records/streamcodes.h>
 #include <tellarix/core/records/typedarray.h>
 
 #include <QBuffer>
