@@ -2,7 +2,6 @@
 
 #pragma once
 
-#include <tellarix/core/memory.h>
 #include <tellarix/core/records/typedarray.h>
 #include <tellarix/core/time.h>
 
@@ -60,7 +59,6 @@ private:
 template <typename Application>
 int run(int argc, char **argv)
 {
-    Tellarix::Core::setUpMemory();
     qputenv("QT_QPA_PLATFORM", "offscreen");
     Application application(argc, argv);
     benchmark::Initialize(&argc, argv);

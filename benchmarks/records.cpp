@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
 #include <tellarix/client/io/recordstream.h>
-#include <tellarix/core/memory.h>
 #include <tellarix/core/records/formats/miniseedwriter.h>
 #include <tellarix/core/records/record.h>
 #include <tellarix/core/records/ringbuffer.h>
@@ -163,7 +162,6 @@ BENCHMARK(readMiniSeed)
 
 int main(int argc, char **argv)
 {
-    Core::setUpMemory();
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     return 0;

@@ -2,8 +2,6 @@
 
 #include "workbenchapplication.h"
 
-#include <tellarix/core/memory.h>
-
 #include <QtGlobal>
 
 #include <cstdio>
@@ -67,7 +65,6 @@ int main(int argc, char **argv)
                              "pictures by --snapshot DIR, which needs none.\n");
         return 2;
     }
-    Tellarix::Core::setUpMemory();
     QCoreApplication::setOrganizationName("norvu");
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
     WorkbenchApplication application(argc, argv, flags);
