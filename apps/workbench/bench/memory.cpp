@@ -2,6 +2,8 @@
 
 #include "memory.h"
 
+#include <tellarix/core/records/samplememory.h>
+
 #include <cstdlib>
 
 #ifdef __GLIBC__
@@ -12,6 +14,7 @@ namespace Workbench {
 
 void returnFreeMemory()
 {
+    Tellarix::SampleMemory::returnSpare();
 #ifdef __GLIBC__
     malloc_trim(0);
 #endif

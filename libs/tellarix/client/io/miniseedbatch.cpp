@@ -40,19 +40,19 @@ Core::PoolWork Waiting;
 void FoundRecord::clear()
 {
     message.clear();
-    cause.clear();
     codes.reset();
-    record.reset();
 }
 
-void FoundRecord::decode(std::string_view bytes)
+void FoundRecord::decode(std::string_view bytes, SampleMemory *memory, DecodedRecord &decoded) const
 {
+    decoded.record.reset();
+    decoded.cause.clear();
     if (!codes)
         return;
     if (header.sampleCount == 0)
-        cause = "record has no samples";
+        decoded.cause = "record has no samples";
     else
-        record = Formats::decodeMiniSeed(header, bytes, codes, cause);
+        decoded.record = Formats::decodeMiniSeed(header, bytes, codes, decoded.cause, memory);
 }
 
 MiniSeedBatch::MiniSeedBatch() : _content(std::make_shared<Content>())
@@ -88,6 +88,8 @@ bool MiniSeedBatch::isFull() const
 
 void MiniSeedBatch::begin()
 {
+    if (_content->decoded.size() < _content->count)
+        _content->decoded.resize(_content->found.size());
     const size_t chunks = (_content->count + ChunkRecords - 1) / ChunkRecords;
     _decoding = std::make_unique<Core::SharedCalls>(
         static_cast<int>(chunks), [content = _content](int chunk) { content->decode(chunk); });
@@ -119,7 +121,8 @@ void MiniSeedBatch::Content::decode(int chunk)
     const size_t last = std::min(count, first + ChunkRecords);
     const std::string_view all(bytes.data(), bytes.size());
     for (size_t i = first; i < last; ++i)
-        found[i].decode(all.substr(found[i].position, static_cast<size_t>(found[i].header.length)));
+        found[i].decode(all.substr(found[i].position, static_cast<size_t>(found[i].header.length)),
+                        found[i].memory.get(), decoded[i]);
 }
 
 } // namespace IO

@@ -16,12 +16,21 @@
 namespace Tellarix {
 namespace IO {
 
+/** What decoding gives. Apart from what was found, so that the threads that decode and the one that
+ *  reads share few lines of the cache. */
+struct DecodedRecord
+{
+    RecordPtr record;
+    std::string cause; /**< why there is no record, or what is doubtful about it */
+};
+
 /** A record that was found in a file, or something to tell, or both: then that is told first. */
 struct FoundRecord
 {
     void clear();
-    /** Decodes the record, if there is one, whose bytes @p bytes begin with. */
-    void decode(std::string_view bytes);
+    /** Decodes the record, if there is one, whose bytes @p bytes begin with.
+     *  @param memory  for its samples; null for memory of their own */
+    void decode(std::string_view bytes, SampleMemory *memory, DecodedRecord &decoded) const;
 
     int64_t offset{0};
     StreamMessage::Severity severity{StreamMessage::Severity::Fault};
@@ -29,10 +38,8 @@ struct FoundRecord
 
     Formats::MiniSeedHeader header; /**< without identifier */
     StreamCodesCPtr codes;          /**< null without a record */
+    SampleMemoryPtr memory;         /**< that records of the stream share */
     size_t position{0};             /**< of the record in the bytes of its batch */
-
-    RecordPtr record;
-    std::string cause; /**< why there is no record, or what is doubtful about it */
 };
 
 /**
@@ -65,6 +72,8 @@ public:
     /** The next one, decoded, in the order of add(); null at the end, and then the batch is empty
      *  again. After begin(). */
     FoundRecord *next();
+    /** What decoding the one of next() gave. */
+    DecodedRecord &decoded() { return _content->decoded[_next - 1]; }
 
 private:
     struct Content
@@ -73,6 +82,7 @@ private:
 
         std::vector<char> bytes;
         std::vector<FoundRecord> found; /**< with places that are not in use */
+        std::vector<DecodedRecord> decoded;
         size_t count{0};
     };
 

@@ -90,8 +90,8 @@ RecordPtr MiniSeedReader::nextAlone()
         _found.clear();
         if (!find(_found, pauses))
             continue;
-        _found.decode(_scanner.record());
-        if (const RecordPtr record = deliver(_found))
+        _found.decode(_scanner.record(), nullptr, _decoded);
+        if (const RecordPtr record = deliver(_found, _decoded))
             return record;
     }
     return RecordPtr();
@@ -109,7 +109,7 @@ RecordPtr MiniSeedReader::nextOfBatches()
         if (!_isFrontDone)
             finishFront();
         while (FoundRecord *found = _ahead.front()->next()) {
-            if (const RecordPtr record = deliver(*found))
+            if (const RecordPtr record = deliver(*found, _ahead.front()->decoded()))
                 return record;
             if (_input.isClosed())
                 return RecordPtr();
@@ -201,30 +201,31 @@ bool MiniSeedReader::find(FoundRecord &found, bool &pauses)
 bool MiniSeedReader::findRecord(FoundRecord &found)
 {
     const Formats::MiniSeedHeader &header = _scanner.header();
-    const StreamCodesCPtr &codes = _decoder.codes(header);
-    if (!_input.isRequested(*codes, header.timeWindow()))
+    const Formats::MiniSeedDecoder::Stream &stream = _decoder.stream(header);
+    if (!_input.isRequested(*stream.codes, header.timeWindow()))
         return false;
 
     found.header = header;
     found.header.identifier = {};
-    found.codes = codes;
+    found.codes = stream.codes;
+    found.memory = stream.memory;
     found.severity = Severity::Fault;
     if (!header.cause.empty())
-        found.message = codes->id() + ": " + header.cause;
+        found.message = stream.codes->id() + ": " + header.cause;
     return true;
 }
 
 /** Tells what there is to tell; null without a record. */
-RecordPtr MiniSeedReader::deliver(FoundRecord &found)
+RecordPtr MiniSeedReader::deliver(const FoundRecord &found, DecodedRecord &decoded)
 {
     if (!found.message.empty())
         _input.tell(found.severity, found.offset, found.message);
-    if (!found.cause.empty())
+    if (!decoded.cause.empty())
         _input.tell(found.header.sampleCount == 0 ? Severity::Note : Severity::Fault, found.offset,
-                    found.codes->id() + ": " + found.cause);
-    if (found.record)
+                    found.codes->id() + ": " + decoded.cause);
+    if (decoded.record)
         _originOffset = found.offset;
-    return std::move(found.record);
+    return std::move(decoded.record);
 }
 
 } // namespace IO

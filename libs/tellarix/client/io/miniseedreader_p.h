@@ -33,7 +33,7 @@ private:
     bool readMore();
     bool find(FoundRecord &found, bool &pauses);
     bool findRecord(FoundRecord &found);
-    RecordPtr deliver(FoundRecord &found);
+    RecordPtr deliver(const FoundRecord &found, DecodedRecord &decoded);
 
     RecordPtr nextAlone();
     RecordPtr nextOfBatches();
@@ -49,6 +49,7 @@ private:
     bool _atEnd{false}; /**< of what the scanner finds */
     int64_t _originOffset{-1};
     FoundRecord _found;
+    DecodedRecord _decoded;
     using Batches = std::deque<std::unique_ptr<MiniSeedBatch>>;
     Batches _ahead; /**< the first one is being delivered */
     bool _isFrontDone{false};

@@ -2,12 +2,19 @@
 
 #include <tellarix/core/records/record.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <utility>
 
 namespace Tellarix {
 namespace {
+
+float rounded(double value)
+{
+    constexpr double Limit = std::numeric_limits<float>::max();
+    return static_cast<float>(std::clamp(value, -Limit, Limit));
+}
 
 bool isUsableRate(double samplingFrequency)
 {
@@ -44,6 +51,10 @@ Record::Record(StreamCodesCPtr codes, Core::Time startTime, double samplingFrequ
     if (_data) {
         _data->buildPyramid();
         _summary = _data->summary();
+    }
+    if (!_summary.isEmpty()) {
+        _firstValue = rounded(_data->value(0));
+        _lastValue = rounded(_data->value(sampleCount() - 1));
     }
 }
 

@@ -68,6 +68,10 @@ public:
     ArrayCPtr dataArray() const { return _data; }
     /** Minimum, maximum and sum of all samples, known since the record was made. */
     const SampleSummary &summary() const { return _summary; }
+    /** First and last sample, rounded and cut to the range of float; 0 without samples. Known since
+     *  the record was made, so that what looks at a record need not look at its samples. */
+    float firstValue() const { return _firstValue; }
+    float lastValue() const { return _lastValue; }
 
     /** Time of a sample, rounded to microseconds; the start time without a usable rate. */
     Core::Time sampleTime(int index) const;
@@ -88,6 +92,8 @@ private:
     double _samplingFrequency;
     ArrayPtr _data;
     SampleSummary _summary;
+    float _firstValue{0};
+    float _lastValue{0};
 };
 
 using RecordPtr = Core::SmartPointer<Record>;

@@ -7,15 +7,6 @@
 #include <limits>
 
 namespace Tellarix {
-namespace {
-
-float rounded(double value)
-{
-    constexpr double Limit = std::numeric_limits<float>::max();
-    return static_cast<float>(std::clamp(value, -Limit, Limit));
-}
-
-} // namespace
 
 RecordDigest::RecordDigest(const Record *record)
     : minimum(std::numeric_limits<double>::infinity()),
@@ -32,10 +23,11 @@ RecordDigest::RecordDigest(const Record *record)
     minimum = summary.minimum;
     maximum = summary.maximum;
     isWhole = record->hasEndTime() && summary.count == n;
-    first = rounded(record->data()->value(0));
-    last = rounded(record->data()->value(n - 1));
+    first = record->firstValue();
+    last = record->lastValue();
     if (record->hasEndTime())
-        sampleInterval = rounded(1 / record->samplingFrequency());
+        sampleInterval = static_cast<float>(
+            std::min<double>(1 / record->samplingFrequency(), std::numeric_limits<float>::max()));
 }
 
 RecordBlock::RecordBlock(bool growsToFront) : _begin(growsToFront ? Capacity : 0)

@@ -75,18 +75,14 @@ size_t alignedToDouble(size_t bytes)
 template <typename T>
 size_t allocationSize(int size)
 {
+    if (size <= 0)
+        return 0;
     const size_t samples = static_cast<size_t>(size) * sizeof(T);
     if (!canHavePyramid<T>(size))
         return samples;
     const LevelOffsets offsets(size);
     return alignedToDouble(samples) + static_cast<size_t>(offsets.sums()) * sizeof(double) +
            static_cast<size_t>(offsets.total()) * 2 * sizeof(T);
-}
-
-template <typename T>
-T *allocate(int size)
-{
-    return size > 0 ? static_cast<T *>(::operator new(allocationSize<T>(size))) : nullptr;
 }
 
 template <typename Target, typename Source>
@@ -162,25 +158,30 @@ struct TypedArray<T>::Pyramid
 };
 
 template <typename T>
-TypedArray<T>::TypedArray(int size) : _size(std::max(0, size)), _samples(allocate<T>(_size))
+TypedArray<T>::TypedArray(int size) : _size(std::max(0, size)), _block(allocationSize<T>(_size))
+{}
+
+template <typename T>
+TypedArray<T>::TypedArray(int size, SampleMemory &memory)
+    : _size(std::max(0, size)), _block(memory.allocate(allocationSize<T>(_size)))
 {}
 
 template <typename T>
 TypedArray<T>::TypedArray(int size, const T *samples) : TypedArray(size)
 {
     if (_size)
-        std::memcpy(_samples, samples, static_cast<size_t>(_size) * sizeof(T));
+        std::memcpy(_block.data(), samples, static_cast<size_t>(_size) * sizeof(T));
 }
 
 template <typename T>
 TypedArray<T>::TypedArray(const TypedArray &other)
-    : NumericArray(other), _size(other._size), _samples(allocate<T>(_size)),
+    : NumericArray(other), _size(other._size), _block(allocationSize<T>(_size)),
       _hasPyramid(other._hasPyramid)
 {
     if (!_size)
         return;
     const size_t bytes = static_cast<size_t>(_size) * sizeof(T);
-    std::memcpy(_samples, other._samples, _hasPyramid ? allocationSize<T>(_size) : bytes);
+    std::memcpy(samples(), other.samples(), _hasPyramid ? allocationSize<T>(_size) : bytes);
     if (other._counts) {
         const int entries = LevelOffsets(_size).total();
         _counts.reset(new int[static_cast<size_t>(entries)]);
@@ -195,17 +196,14 @@ TypedArray<T> &TypedArray<T>::operator=(const TypedArray &other)
         return *this;
     TypedArray copy(other);
     std::swap(_size, copy._size);
-    std::swap(_samples, copy._samples);
+    std::swap(_block, copy._block);
     std::swap(_counts, copy._counts);
     std::swap(_hasPyramid, copy._hasPyramid);
     return *this;
 }
 
 template <typename T>
-TypedArray<T>::~TypedArray()
-{
-    ::operator delete(_samples);
-}
+TypedArray<T>::~TypedArray() = default;
 
 template <typename T>
 Core::SmartPointer<TypedArray<T>> TypedArray<T>::Convert(const NumericArray &other)
@@ -214,9 +212,9 @@ Core::SmartPointer<TypedArray<T>> TypedArray<T>::Convert(const NumericArray &oth
     Core::SmartPointer<TypedArray<T>> result(new TypedArray<T>(n));
     if constexpr (std::is_same_v<T, char>) {
         for (int i = 0; i < n; ++i)
-            result->_samples[i] = convertSample<T>(other.value(i));
+            result->samples()[i] = convertSample<T>(other.value(i));
     } else {
-        other.convert(0, n, result->_samples);
+        other.convert(0, n, result->samples());
     }
     return result;
 }
@@ -247,9 +245,9 @@ void TypedArray<T>::resize(int size)
     TypedArray<T> resized(size);
     const size_t kept = static_cast<size_t>(std::min(_size, resized._size));
     if (kept)
-        std::memcpy(resized._samples, _samples, kept * sizeof(T));
+        std::memcpy(resized.samples(), samples(), kept * sizeof(T));
     std::swap(_size, resized._size);
-    std::swap(_samples, resized._samples);
+    std::swap(_block, resized._block);
     dropPyramid();
 }
 
@@ -257,7 +255,7 @@ template <typename T>
 T *TypedArray<T>::typedData()
 {
     dropPyramid();
-    return _samples;
+    return samples();
 }
 
 template <typename T>
@@ -286,7 +284,7 @@ template <typename T>
 typename TypedArray<T>::Pyramid TypedArray<T>::pyramid() const
 {
     const LevelOffsets offsets(_size);
-    char *base = reinterpret_cast<char *>(_samples) +
+    char *base = reinterpret_cast<char *>(samples()) +
                  alignedToDouble(static_cast<size_t>(_size) * sizeof(T));
     auto *sums = reinterpret_cast<double *>(base);
     auto *minima = reinterpret_cast<T *>(sums + offsets.sums());
@@ -309,7 +307,7 @@ void TypedArray<T>::buildPyramid()
     if constexpr (HasSummary<T>) {
         const Pyramid to = pyramid();
         const bool allFinite =
-            Math::summarizeBlocks(_samples, static_cast<size_t>(_size), BlockSize, BlockRatio,
+            Math::summarizeBlocks(samples(), static_cast<size_t>(_size), BlockSize, BlockRatio,
                                   to.minima, to.maxima, to.sums);
         for (int level = 1; level < Levels; ++level)
             to.combine(level);
@@ -333,7 +331,7 @@ void TypedArray<T>::countFinite()
             if (offsets.entries(level) == 0)
                 return;
             for (int i = 0; i < children; ++i)
-                counts[i / ratio] += level ? below[i] : int(std::isfinite(_samples[i]));
+                counts[i / ratio] += level ? below[i] : int(std::isfinite(samples()[i]));
         }
     }
 }
@@ -386,7 +384,7 @@ SampleSummary TypedArray<T>::summary(int first, int last) const
     if constexpr (HasSummary<T>) {
         const auto scan = [&](int from, int to) {
             const auto n = static_cast<size_t>(to - from);
-            result.add(toSummary(Math::summarize(_samples + from, n)));
+            result.add(toSummary(Math::summarize(samples() + from, n)));
         };
         const auto merge = [&](int level, int from, int to) {
             const Pyramid p = pyramid();
@@ -411,7 +409,7 @@ bool TypedArray<T>::findExtrema(int first, int last, T &minimum, T &maximum) con
     if constexpr (HasSummary<T>) {
         const auto scan = [&](int from, int to) {
             T low, high;
-            Math::findExtrema(_samples + from, static_cast<size_t>(to - from), low, high);
+            Math::findExtrema(samples() + from, static_cast<size_t>(to - from), low, high);
             minimum = std::min(minimum, low);
             maximum = std::max(maximum, high);
         };
@@ -454,7 +452,7 @@ void TypedArray<T>::summarizeRuns(const int *edges, int count, SampleRun *runs) 
         while (count > 0) {
             const int n = std::min(Chunk, count);
             if (edges[n] - edges[0] < n * LongRun) {
-                Math::findRunExtrema(_samples, static_cast<size_t>(_size), edges,
+                Math::findRunExtrema(samples(), static_cast<size_t>(_size), edges,
                                      static_cast<size_t>(n), minima, maxima, blocks.minima,
                                      blocks.maxima);
             } else {
@@ -462,9 +460,9 @@ void TypedArray<T>::summarizeRuns(const int *edges, int count, SampleRun *runs) 
                     findExtrema(edges[i], edges[i + 1], minima[i], maxima[i]);
             }
             for (int i = 0; i < n; ++i) {
-                runs[i] = {static_cast<double>(_samples[edges[i]]), static_cast<double>(minima[i]),
+                runs[i] = {static_cast<double>(samples()[edges[i]]), static_cast<double>(minima[i]),
                            static_cast<double>(maxima[i]),
-                           static_cast<double>(_samples[edges[i + 1] - 1])};
+                           static_cast<double>(samples()[edges[i + 1] - 1])};
             }
             edges += n;
             runs += n;
@@ -483,15 +481,15 @@ void TypedArray<T>::prefetchRuns(double firstEdge, double spacing, int alignment
     const Pyramid blocks = pyramid();
     hwy::Prefetch(blocks.minima);
     hwy::Prefetch(blocks.maxima);
-    hwy::Prefetch(_samples);
-    hwy::Prefetch(_samples + _size - 1);
+    hwy::Prefetch(samples());
+    hwy::Prefetch(samples() + _size - 1);
     // Of whole blocks nothing but the first sample and the one before it is read.
     const bool isSnapped = alignment >= BlockSize;
     const double shift = isSnapped ? 0.5 * alignment : 0;
     const int multiple = isSnapped ? alignment : BlockSize;
     for (int i = 0; i < MostEdges && firstEdge + shift < _size; ++i, firstEdge += spacing) {
         const T *block =
-            _samples + static_cast<int>(std::max(0.0, firstEdge + shift)) / multiple * multiple;
+            samples() + static_cast<int>(std::max(0.0, firstEdge + shift)) / multiple * multiple;
         hwy::Prefetch(block);
         for (int k = Line; k < BlockSize && !isSnapped; k += Line)
             hwy::Prefetch(block + k);
@@ -513,7 +511,7 @@ int TypedArray<T>::firstNonFinite(int first, int last) const
                 first = std::min<int64_t>(last, (block + 1) * int64_t(BlockSize));
                 continue;
             }
-            if (!std::isfinite(_samples[first]))
+            if (!std::isfinite(samples()[first]))
                 return first;
             ++first;
         }
@@ -537,7 +535,7 @@ int TypedArray<T>::lastNonFinite(int first, int last) const
                 i = block * BlockSize;
                 continue;
             }
-            if (!std::isfinite(_samples[i]))
+            if (!std::isfinite(samples()[i]))
                 return i;
         }
     }
@@ -551,7 +549,7 @@ void TypedArray<T>::convertTo(int first, int last, Target *target) const
     first = std::max(0, first);
     last = std::min(_size, last);
     for (int i = first; i < last; ++i)
-        target[i - first] = convertSample<Target>(_samples[i]);
+        target[i - first] = convertSample<Target>(samples()[i]);
 }
 
 template <typename T>

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <tellarix/core/records/numericarray.h>
+#include <tellarix/core/records/samplememory.h>
 
 #include <memory>
 
@@ -25,6 +26,8 @@ public:
     TypedArray() = default;
     /** An array of @p size samples without a defined value. */
     explicit TypedArray(int size);
+    /** The same in a part of @p memory, which may be freed before the array. */
+    TypedArray(int size, SampleMemory &memory);
     TypedArray(int size, const T *samples);
     TypedArray(const TypedArray &other);
     TypedArray &operator=(const TypedArray &other);
@@ -41,19 +44,19 @@ public:
     /** Changes the size; samples that stay keep their value. Drops the pyramid. */
     void resize(int size);
 
-    const T *typedData() const { return _samples; }
+    const T *typedData() const { return samples(); }
     /** Writable samples; drops the pyramid. */
     T *typedData();
-    T operator[](int index) const { return _samples[index]; }
-    const T *begin() const { return _samples; }
-    const T *end() const { return _samples + _size; }
+    T operator[](int index) const { return samples()[index]; }
+    const T *begin() const { return samples(); }
+    const T *end() const { return samples() + _size; }
 
     DataType dataType() const override;
     int size() const override { return _size; }
-    const void *data() const override { return _samples; }
+    const void *data() const override { return samples(); }
     int elementSize() const override { return sizeof(T); }
     size_t memorySize() const override;
-    double value(int index) const override { return static_cast<double>(_samples[index]); }
+    double value(int index) const override { return static_cast<double>(samples()[index]); }
     void buildPyramid() override;
     SampleSummary summary(int first, int last) const override;
     using NumericArray::summary;
@@ -78,8 +81,10 @@ private:
     template <typename Target>
     void convertTo(int first, int last, Target *target) const;
 
+    T *samples() const { return static_cast<T *>(_block.data()); }
+
     int _size{0};
-    T *_samples{nullptr};
+    SampleBlock _block;
     /** Finite samples of each block, only where some sample is not finite. */
     std::unique_ptr<int[]> _counts;
     bool _hasPyramid{false};

@@ -16,6 +16,9 @@ namespace Gui {
 
 namespace {
 
+// So many at once share memory; those of a row that grows do not, as they come and go one by one.
+constexpr int ManyRecords = 64;
+
 bool canFilter(const Record &record)
 {
     return record.dataType() != DataType::Char && record.samplingFrequency() > 0 &&
@@ -121,6 +124,8 @@ Core::TimeWindow FilteredRecords::update(const RecordSequence &raw, const Record
             break;
         }
     }
+    if (raw.size() >= _entries.size() + ManyRecords)
+        _memory = new SampleMemory;
     Core::TimeWindow changed;
     for (int i = grewAtEnd ? size : 0; i < raw.size(); ++i) {
         if (cancelled != nullptr && cancelled->load(std::memory_order_relaxed))
@@ -128,6 +133,7 @@ Core::TimeWindow FilteredRecords::update(const RecordSequence &raw, const Record
         if (i >= _entries.size() || _entries[i].raw.get() != raw.at(i))
             changed = changed.united(insertAt(i, raw.at(i)));
     }
+    _memory.reset();
     return changed;
 }
 
@@ -237,7 +243,8 @@ RecordCPtr FilteredRecords::filtered(std::unique_ptr<Filter> &filter, const Reco
             filter = freshFilter(record, static_cast<int>(it - _samples.begin()));
     }
 
-    Core::SmartPointer<FloatArray> result(new FloatArray(count));
+    const Core::SmartPointer<FloatArray> result(_memory ? new FloatArray(count, *_memory)
+                                                        : new FloatArray(count));
     std::transform(_samples.begin(), _samples.end(), result->typedData(),
                    [](double sample) { return static_cast<float>(sample); });
     return record.withData(result);

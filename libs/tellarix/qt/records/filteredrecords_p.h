@@ -4,6 +4,7 @@
 
 #include <tellarix/core/math/filter.h>
 #include <tellarix/core/records/forward.h>
+#include <tellarix/core/records/samplememory.h>
 #include <tellarix/core/records/slidingvector.h>
 #include <tellarix/core/timewindow.h>
 
@@ -74,6 +75,7 @@ private:
     std::unique_ptr<Sequence> _sequence;
     SlidingVector<Entry> _entries;
     std::vector<double> _samples;
+    SampleMemoryPtr _memory; /**< while many records are filtered */
 };
 
 } // namespace Gui

@@ -4,6 +4,7 @@
 
 #include <tellarix/core/records/formats/checksumindex.h>
 #include <tellarix/core/records/forward.h>
+#include <tellarix/core/records/samplememory.h>
 #include <tellarix/core/timewindow.h>
 
 #include <cstdint>
@@ -113,25 +114,35 @@ TELLARIX_CORE_API StreamCodesCPtr codesFromSourceIdentifier(const std::string &i
  * @param record  all bytes of the record
  * @param codes   of the stream, not null
  * @param cause   why null is returned; with a result, what is doubtful about it or empty
+ * @param memory  for the samples of this stream; null for memory of their own
  */
 TELLARIX_CORE_API RecordPtr decodeMiniSeed(const MiniSeedHeader &header, std::string_view record,
-                                           const StreamCodesCPtr &codes, std::string &cause);
+                                           const StreamCodesCPtr &codes, std::string &cause,
+                                           SampleMemory *memory = nullptr);
 
 /** Turns records in memory into Record objects; records of a stream share their codes. Not to be
  *  used by two threads at once. */
 class TELLARIX_CORE_API MiniSeedDecoder
 {
 public:
-    /** The shared codes of a header's stream. */
-    const StreamCodesCPtr &codes(const MiniSeedHeader &header);
+    /** What the records of a stream share. */
+    struct Stream
+    {
+        StreamCodesCPtr codes;
+        SampleMemoryPtr memory; /**< for whoever reads many records at once */
+    };
 
-    /** decodeMiniSeed() with the shared codes. */
+    const Stream &stream(const MiniSeedHeader &header);
+    /** The shared codes of a header's stream. */
+    const StreamCodesCPtr &codes(const MiniSeedHeader &header) { return stream(header).codes; }
+
+    /** decodeMiniSeed() with the shared codes; the samples get memory of their own. */
     RecordPtr decode(const MiniSeedHeader &header, std::string_view record, std::string &cause);
 
 private:
-    std::unordered_map<std::string, StreamCodesCPtr> _codes;
+    std::unordered_map<std::string, Stream> _streams;
     std::string _lastIdentifier;
-    StreamCodesCPtr _lastCodes;
+    Stream _last;
 };
 
 } // namespace Formats

@@ -19,9 +19,16 @@ namespace Formats {
 namespace {
 
 template <typename T>
-ArrayPtr decodePlain(const char *payload, bool bigEndian, int64_t count)
+Core::SmartPointer<TypedArray<T>> makeSamples(int64_t count, SampleMemory *memory)
 {
-    Core::SmartPointer<TypedArray<T>> samples(new TypedArray<T>(static_cast<int>(count)));
+    const int size = static_cast<int>(count);
+    return memory ? new TypedArray<T>(size, *memory) : new TypedArray<T>(size);
+}
+
+template <typename T>
+ArrayPtr decodePlain(const char *payload, bool bigEndian, int64_t count, SampleMemory *memory)
+{
+    const auto samples = makeSamples<T>(count, memory);
     copyNumbers(payload, bigEndian, static_cast<size_t>(count), samples->typedData());
     return samples;
 }
@@ -101,11 +108,12 @@ ArrayPtr decodeOld(const MiniSeedHeader &header, std::string_view record, std::s
     return samples;
 }
 
-ArrayPtr decodeCompressed(const MiniSeedHeader &header, std::string_view record, std::string &cause)
+ArrayPtr decodeCompressed(const MiniSeedHeader &header, std::string_view record, std::string &cause,
+                          SampleMemory *memory)
 {
     const SteimPayload payload = steimPayload(header, record);
     const int wanted = static_cast<int>(header.sampleCount);
-    Core::SmartPointer<IntArray> samples(new IntArray(wanted));
+    const auto samples = makeSamples<int>(wanted, memory);
     const int count = static_cast<int>(decodeSteim(payload, wanted, samples->typedData()));
     if (count == 0) {
         cause = "compressed samples are damaged";
@@ -125,7 +133,8 @@ ArrayPtr decodeCompressed(const MiniSeedHeader &header, std::string_view record,
     return samples;
 }
 
-ArrayPtr decodeSamples(const MiniSeedHeader &header, std::string_view record, std::string &cause)
+ArrayPtr decodeSamples(const MiniSeedHeader &header, std::string_view record, std::string &cause,
+                       SampleMemory *memory)
 {
     const bool supported = isSteim(header.encoding) || sampleSize(header.encoding) > 0;
     if (!supported) {
@@ -146,18 +155,18 @@ ArrayPtr decodeSamples(const MiniSeedHeader &header, std::string_view record, st
     const char *payload = record.data() + header.dataOffset;
     switch (static_cast<MiniSeedEncoding>(header.encoding)) {
     case MiniSeedEncoding::Text:
-        return decodePlain<char>(payload, header.bigEndianData, header.sampleCount);
+        return decodePlain<char>(payload, header.bigEndianData, header.sampleCount, memory);
     case MiniSeedEncoding::Int16:
         return decodeShort(payload, header.bigEndianData, header.sampleCount);
     case MiniSeedEncoding::Int32:
-        return decodePlain<int>(payload, header.bigEndianData, header.sampleCount);
+        return decodePlain<int>(payload, header.bigEndianData, header.sampleCount, memory);
     case MiniSeedEncoding::Float32:
-        return decodePlain<float>(payload, header.bigEndianData, header.sampleCount);
+        return decodePlain<float>(payload, header.bigEndianData, header.sampleCount, memory);
     case MiniSeedEncoding::Float64:
-        return decodePlain<double>(payload, header.bigEndianData, header.sampleCount);
+        return decodePlain<double>(payload, header.bigEndianData, header.sampleCount, memory);
     case MiniSeedEncoding::Steim1:
     case MiniSeedEncoding::Steim2:
-        return decodeCompressed(header, record, cause);
+        return decodeCompressed(header, record, cause, memory);
     default:
         return decodeOld(header, record, cause);
     }
@@ -165,23 +174,25 @@ ArrayPtr decodeSamples(const MiniSeedHeader &header, std::string_view record, st
 
 } // namespace
 
-const StreamCodesCPtr &MiniSeedDecoder::codes(const MiniSeedHeader &header)
+const MiniSeedDecoder::Stream &MiniSeedDecoder::stream(const MiniSeedHeader &header)
 {
     // Neighbouring records are often of one stream.
-    if (_lastCodes && header.identifier == _lastIdentifier)
-        return _lastCodes;
+    if (_last.codes && header.identifier == _lastIdentifier)
+        return _last;
 
     // Damaged input may hold any number of streams.
     constexpr size_t MaxStreams = 100000;
-    if (_codes.size() >= MaxStreams)
-        _codes.clear();
+    if (_streams.size() >= MaxStreams)
+        _streams.clear();
     _lastIdentifier = header.identifier;
-    StreamCodesCPtr &codes = _codes[_lastIdentifier];
-    if (!codes)
-        codes = header.version == 2 ? codesFromFields(_lastIdentifier)
-                                    : codesFromSourceIdentifier(_lastIdentifier);
-    _lastCodes = codes;
-    return _lastCodes;
+    Stream &stream = _streams[_lastIdentifier];
+    if (!stream.codes) {
+        stream.codes = header.version == 2 ? codesFromFields(_lastIdentifier)
+                                           : codesFromSourceIdentifier(_lastIdentifier);
+        stream.memory = new SampleMemory;
+    }
+    _last = stream;
+    return _last;
 }
 
 RecordPtr MiniSeedDecoder::decode(const MiniSeedHeader &header, std::string_view record,
@@ -191,10 +202,10 @@ RecordPtr MiniSeedDecoder::decode(const MiniSeedHeader &header, std::string_view
 }
 
 RecordPtr decodeMiniSeed(const MiniSeedHeader &header, std::string_view record,
-                         const StreamCodesCPtr &codes, std::string &cause)
+                         const StreamCodesCPtr &codes, std::string &cause, SampleMemory *memory)
 {
     cause.clear();
-    const ArrayPtr samples = decodeSamples(header, record, cause);
+    const ArrayPtr samples = decodeSamples(header, record, cause, memory);
     if (!samples)
         return RecordPtr();
     return RecordPtr(new Record(codes, header.startTime, header.samplingFrequency, samples,
