@@ -9,6 +9,8 @@
 
 #include <algorithm>
 #include <functional>
+#include <memory>
+#include <thread>
 #include <tuple>
 
 using namespace RecordTesting;
@@ -437,6 +439,44 @@ private slots:
         QCOMPARE(array.maximum(), 5.0);
     }
 
+    /** Arrays of two streams from several threads: each keeps its samples, with its pyramid, also
+     *  when the memory itself and others in it are gone. */
+    void arraysShareMemory()
+    {
+        constexpr int Count = 4000;
+        std::vector<std::unique_ptr<IntArray>> arrays(Count);
+        {
+            SampleMemory one, two;
+            std::vector<std::thread> threads;
+            for (int part = 0; part < 4; ++part) {
+                threads.emplace_back([&, part] {
+                    for (int i = part; i < Count; i += 4) {
+                        // Now and then one that is as large as a chunk.
+                        const int size = i % 1000 == 5 ? 700000 : 300 + i % 500;
+                        auto array = std::make_unique<IntArray>(size, i % 3 ? one : two);
+                        std::fill_n(array->typedData(), size, i);
+                        array->buildPyramid();
+                        arrays[size_t(i)] = std::move(array);
+                    }
+                });
+            }
+            for (std::thread &thread : threads)
+                thread.join();
+        }
+        for (int i = 0; i < Count; i += 2)
+            arrays[size_t(i)].reset();
+        for (int i = 1; i < Count; i += 2) {
+            const SampleSummary summary = arrays[size_t(i)]->summary();
+            QCOMPARE(summary.minimum, double(i));
+            QCOMPARE(summary.maximum, double(i));
+            QCOMPARE(summary.count, int64_t(arrays[size_t(i)]->size()));
+        }
+        arrays[1]->resize(10);
+        QCOMPARE((*arrays[1])[9], 1);
+        QCOMPARE(IntArray(*arrays[3])[0], 3);
+        arrays.clear();
+        SampleMemory::returnSpare();
+    }
     void conversionsSaturate()
     {
         const std::vector<double> samples{0.0, -1.9, 1.9, 1E300, -1E300, Infinity, -Infinity, NaN};

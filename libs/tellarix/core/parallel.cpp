@@ -101,6 +101,13 @@ void PoolWork::start(QThreadPool *pool, std::function<void()> work)
     pool->start(this);
 }
 
+void PoolWork::startFirst(QThreadPool *pool, std::function<void()> work)
+{
+    const std::lock_guard<std::mutex> lock(_mutex);
+    _waiting.push_front(std::move(work));
+    pool->start(this);
+}
+
 bool PoolWork::tryStart(QThreadPool *pool, std::function<void()> work)
 {
     // The thread has to wait for the lock, and so finds what it was started for.

@@ -17,7 +17,7 @@ namespace Tellarix {
 namespace Core {
 
 /**
- * Work on its way to the threads of a pool, in the order of its start.
+ * Work on its way to the threads of a pool, in the order of its start unless told otherwise.
  *
  * What a thread has written before it starts some work is seen by that work: it is handed over
  * under a mutex of ours, so that nobody has to trust the insides of the pool. For objects of static
@@ -31,6 +31,8 @@ public:
 
     /** Calls @p work, which must not throw, in a thread of @p pool as soon as one is free. */
     void start(QThreadPool *pool, std::function<void()> work);
+    /** The same before all work that waits. */
+    void startFirst(QThreadPool *pool, std::function<void()> work);
     /** The same if a thread is free now; else gives false and does nothing. */
     bool tryStart(QThreadPool *pool, std::function<void()> work);
 

@@ -25,7 +25,13 @@ bool isUsableRate(double samplingFrequency)
  *  since 1970 in a double would lose part of a microsecond. */
 Core::Time timeOfSample(Core::Time start, int samples, double samplingFrequency)
 {
-    const long double span = roundl(samples * 1E6L / samplingFrequency);
+    // Most rates are whole numbers, for which whole numbers do, at a fraction of the time.
+    constexpr double MostWhole = 1E6;
+    const auto rate = static_cast<int64_t>(std::min(samplingFrequency, MostWhole));
+    const long double span =
+        static_cast<double>(rate) == samplingFrequency
+            ? static_cast<long double>((int64_t(samples) * 2000000 + rate) / (2 * rate))
+            : roundl(samples * 1E6L / samplingFrequency);
     const int64_t room = start.usecs() > 0 ? std::numeric_limits<int64_t>::max() - start.usecs()
                                            : std::numeric_limits<int64_t>::max();
     if (span > static_cast<long double>(room))

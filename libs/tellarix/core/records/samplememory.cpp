@@ -16,6 +16,9 @@ namespace {
 
 constexpr size_t LargePage = 2 << 20;
 constexpr size_t SmallestChunk = 64 << 10;
+// From here on straight from the system, and straight back to it: in the heap they would leave
+// holes that nothing else fills.
+constexpr size_t LeastMapped = 128 << 10;
 // At most a fifth of what is there is not in use yet.
 constexpr size_t Growth = 4;
 // Neighbouring arrays share no line of the cache.
@@ -118,8 +121,11 @@ SampleBlock::~SampleBlock()
 
 SampleBlock::Chunk *SampleBlock::makeChunk(size_t size)
 {
-    void *memory = size == LargePage ? largePages().take() : std::malloc(size);
-    if (!memory)
+    void *memory = size == LargePage     ? largePages().take()
+                   : size >= LeastMapped ? ::mmap(nullptr, size, PROT_READ | PROT_WRITE,
+                                                  MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)
+                                         : std::malloc(size);
+    if (!memory || memory == MAP_FAILED)
         throw std::bad_alloc();
     return new (memory) Chunk(size);
 }
@@ -132,6 +138,8 @@ void SampleBlock::release(Chunk *chunk)
     chunk->~Chunk();
     if (size == LargePage)
         largePages().giveBack(chunk);
+    else if (size >= LeastMapped)
+        ::munmap(chunk, size);
     else
         std::free(chunk);
 }

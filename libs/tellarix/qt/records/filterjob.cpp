@@ -30,8 +30,7 @@ class FilterJob::Task
 {
 public:
     Task(FilterJob *job, std::unique_ptr<FilteredRecords> filtered, std::vector<RecordCPtr> records)
-        : _job(job), _cancelled(job == nullptr), _filtered(std::move(filtered)),
-          _records(std::move(records))
+        : _job(job), _cancelled(false), _filtered(std::move(filtered)), _records(std::move(records))
     {}
 
     static void Start(const std::shared_ptr<Task> &task)
@@ -100,9 +99,11 @@ std::unique_ptr<FilteredRecords> FilterJob::takeResult()
 
 void FilterJob::Discard(std::unique_ptr<FilteredRecords> filtered)
 {
-    if (filtered != nullptr)
-        Task::Start(
-            std::make_shared<Task>(nullptr, std::move(filtered), std::vector<RecordCPtr>()));
+    if (filtered == nullptr)
+        return;
+    // Before all rows that wait: what they need is what is freed here.
+    std::shared_ptr<FilteredRecords> shared = std::move(filtered);
+    Waiting.startFirst(filterThreads(), [shared = std::move(shared)]() mutable { shared.reset(); });
 }
 
 } // namespace Gui
