@@ -6,6 +6,7 @@
 #include <tellarix/client/io/recordstream.h>
 #include <tellarix/core/records/record.h>
 
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <future>
@@ -32,12 +33,13 @@ const FdsnData &data()
     return all;
 }
 
-RecordStreamPtr streamOf(const HttpServer &server, const QString &words = QString())
+RecordStreamPtr streamOf(const HttpServer &server, const QString &words = QString(),
+                         const QString &prefix = QString())
 {
     std::string error;
     const RecordStreamPtr stream =
-        RecordStream::Create(QString("fdsnws+http://%1?pause=0.01&timeout=0.3%2")
-                                 .arg(server.host(), words)
+        RecordStream::Create(QString("%1fdsnws+http://%2?pause=0.01&timeout=0.3%3")
+                                 .arg(prefix, server.host(), words)
                                  .toStdString(),
                              &error);
     if (!stream)
@@ -70,9 +72,10 @@ Outcome readAll(RecordStream &stream)
     return outcome;
 }
 
-Outcome readThree(const HttpServer &server, const QString &words = QString())
+Outcome readThree(const HttpServer &server, const QString &words = QString(),
+                  const QString &prefix = QString())
 {
-    const RecordStreamPtr stream = streamOf(server, words);
+    const RecordStreamPtr stream = streamOf(server, words, prefix);
     stream->setTimeWindow(SixHours);
     stream->addStream("XX", "A", "", "BHZ");
     stream->addStream("XX", "B", "00", "BHZ");
@@ -147,6 +150,36 @@ private slots:
             QVERIFY(outcome.inOrder || words.startsWith("&hours=2"));
             for (const QString &message : outcome.messages)
                 QVERIFY2(message.endsWith("the rest is asked for again"), qPrintable(message));
+        }
+    }
+
+    /** However many requests come to nothing. */
+    void waitsForServerThatGoesAway()
+    {
+        const HttpReply hangsUp{"", HttpReply::Close};
+        const QString given = "has been away for 0 s; given up";
+        const std::tuple<const char *, HttpReply, QString, QString, QString> rows[] = {
+            {"hangs up", hangsUp, "", "", "is there again after"},
+            {"overloaded", HttpReply::Of(503), "", "", "is there again after"},
+            {"silent", HttpReply{}, "", "", "is there again after"},
+            {"behind a cache", hangsUp, "", "cached+", "is there again after"},
+            {"gone for good", hangsUp, "&patience=0.1", "", given}};
+        const QTemporaryDir folder;
+        qputenv("XDG_CACHE_HOME", folder.path().toLocal8Bit());
+        for (const auto &[name, reply, words, prefix, end] : rows) {
+            const RowName shown(name);
+            const bool isLost = end == given;
+            std::atomic<int> number{0};
+            HttpServer server([&, &reply = reply](const HttpAsked &asked) {
+                ++number;
+                return number < 4 || (number > 14 && !isLost) ? data().reply(asked) : reply;
+            });
+            const Outcome outcome =
+                readThree(server, "&tries=3&hours=1&parallel=2&longest-pause=0.05" + words, prefix);
+            QCOMPARE(outcome.records.size() == size_t(3 * 215), !isLost);
+            QCOMPARE(outcome.messages.size(), 2);
+            QVERIFY(outcome.messages[0].endsWith("; waiting for the server"));
+            QVERIFY2(outcome.messages[1].contains(end), qPrintable(outcome.messages[1]));
         }
     }
 
@@ -246,18 +279,23 @@ private slots:
         const std::pair<const char *, HttpReply> rows[] = {
             {"silent", HttpReply{}},
             {"overloaded", HttpReply::Of(503, "", "Retry-After: 500\r\n")},
+            {"away", HttpReply{"", HttpReply::Close}},
             {"endless headers", HttpReply{"HTTP/1.1 200 OK\r\n", HttpReply::Repeat, "X: y\r\n"}},
             {"endless garbage",
              HttpReply{HttpReply::head(200, ""), HttpReply::Repeat, QByteArray(100000, 'x')}}};
         for (const auto &[name, reply] : rows) {
             const RowName shown(name);
-            HttpServer server([&](const HttpAsked &) { return reply; });
-            const RecordStreamPtr stream = streamOf(server, "&timeout=60");
+            std::atomic<int> number{0};
+            HttpServer server([&, &reply = reply](const HttpAsked &) {
+                return ++number == 1 ? HttpReply::Of(204) : reply;
+            });
+            const RecordStreamPtr stream =
+                streamOf(server, "&timeout=60&pause=60&hours=1&parallel=1");
             stream->setMessageHandler([](const StreamMessage &) {});
             stream->addStream("XX", "A", "", "BHZ", SixHours);
             QVERIFY(stream->open());
             auto ended = std::async(std::launch::async, [&] { return !stream->next(); });
-            QTRY_VERIFY(!server.asked().isEmpty());
+            QTRY_VERIFY(server.asked().size() > 1);
             QElapsedTimer timer;
             timer.start();
             stream->close();

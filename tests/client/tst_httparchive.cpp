@@ -48,6 +48,8 @@ struct Manner
     bool hasRanges{true};
     int cutOffs{0};   /**< answers of more than 100 KB that end in the middle */
     int overloads{0}; /**< answers 503 in the beginning */
+    int answers{-1};  /**< before it goes away, if that isn't negative */
+    int absences{0};  /**< requests that it then hangs up on */
     bool isPage{false};
     bool isStalled{false};
     QByteArray lists; /**< "links", "objects", "buckets" or nothing */
@@ -136,6 +138,29 @@ private slots:
             QVERIFY2(_sent < most * size + 20000, QByteArray::number(_sent / size));
             if (station != QString("D"))
                 QCOMPARE(withoutNumbers(_messages), messages);
+        }
+    }
+
+    void waitsForServerThatGoesAway()
+    {
+        const std::tuple<const char *, const char *, int> rows[] = {
+            {"by name", "A", 2}, {"listing", "*", 2}, {"behind the lists", "*", 8}};
+        for (const auto &[name, station, answers] : rows) {
+            const RowName shown(name);
+            init();
+            const Request request{"XX", station, "", "BHZ", -1, 20};
+            const QStringList expected = sorted(read(local(), {request}));
+            _messages.clear();
+            Manner manner;
+            manner.lists = "links";
+            manner.answers = answers;
+            manner.absences = 8;
+            setManner(manner);
+            QCOMPARE(sorted(read(remote("?files=1&pause=0.01"), {request})), expected);
+            const QStringList told = _messages.filter(_server->host() + ": ");
+            QCOMPARE(told.size(), 2);
+            QVERIFY(told[0].endsWith("; waiting for the server"));
+            QVERIFY(told[1].contains(": is there again after "));
         }
     }
 
@@ -293,6 +318,10 @@ private:
                                  "Content-Type: text/html\r\n");
         if (_manner.overloads-- > 0)
             return HttpReply::Of(503);
+        if (_manner.answers >= 0 && --_manner.answers < 0 && _manner.absences-- > 0) {
+            _manner.answers = 0;
+            return {"", HttpReply::Close};
+        }
         const QUrl url = QUrl::fromEncoded(asked.target);
         if (url.hasQuery() || url.path().endsWith('/'))
             return listOf(url);

@@ -154,6 +154,7 @@ void RecordPump::readSource(Lane &lane, const QString &url)
         tell(QString::fromStdString(message.text()),
              message.severity == IO::StreamMessage::Severity::Fault);
     });
+    stream->setPersistent(_isPersistent);
     setStream(lane, stream);
     const bool isOpen = open(*stream);
     const bool hasCome = isOpen && readRecords(*stream);
@@ -161,6 +162,12 @@ void RecordPump::readSource(Lane &lane, const QString &url)
         tell(tr("%1: could not be opened in time").arg(shownUrl(url)), true);
     else if (!isOpen && !_isEnded)
         tell(failureText(url, stream->errorString()), true);
+    else if (_isTimedOut && !stream->outage().empty())
+        tell(tr("%1: nothing has come for %2 s: %3")
+                 .arg(shownUrl(url))
+                 .arg(_request.timeoutSeconds)
+                 .arg(QString::fromStdString(stream->outage())),
+             true);
     else if (!hasCome && _isTimedOut)
         tell(tr("%1: nothing has come for %2 s").arg(shownUrl(url)).arg(_request.timeoutSeconds),
              false);

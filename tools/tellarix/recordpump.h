@@ -53,6 +53,8 @@ public:
 
     void setRequest(SourceRequest request) { _request = std::move(request); }
     const SourceRequest &request() const { return _request; }
+    /** Whether live sources that can't be reached are waited for; they have failed otherwise. */
+    void setPersistent(bool persistent) { _isPersistent = persistent; }
 
     /** False if something could not be read. What has come until the end is delivered. */
     bool run(const Receiver &receiver);
@@ -95,6 +97,7 @@ private:
     void closeStreams();
 
     SourceRequest _request;
+    bool _isPersistent{false};
     std::atomic<bool> _isEnded{false};    /**< by end() or the receiver */
     std::atomic<bool> _isTimedOut{false}; /**< nothing has come for too long */
     bool _isRefused{false};               /**< the receiver takes no more */

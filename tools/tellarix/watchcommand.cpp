@@ -27,8 +27,9 @@ void WatchCommand::describe(QCommandLineParser &parser) const
         tr("Follows streams and has a line for each: rate, time of the last sample, delay behind "
            "now,\nrecords, gaps, and records that lie over others. On a terminal the table is "
            "shown anew each\nsecond. Elsewhere it is printed at the end, and new streams and gaps "
-           "are told on standard\nerror as they come. It ends with Ctrl+C, by --timeout or when "
-           "all sources have ended.\nStatus: 0, also behind Ctrl+C, 1 if something could not be "
+           "are told on standard\nerror as they come. Live sources whose server can't be reached "
+           "are waited for. It ends with\nCtrl+C, by --timeout or when all sources have ended. "
+           "Status: 0, also behind Ctrl+C, 1 if something could not be "
            "read, 2 if the command line is\nwrong."));
     addSourceOptions(parser);
     parser.addOptions({
@@ -53,6 +54,7 @@ bool WatchCommand::readArguments(const QCommandLineParser &parser, const QString
             _streams.expect(codes->id());
     }
     _pump.setRequest(std::move(request));
+    _pump.setPersistent(true);
     return true;
 }
 

@@ -77,6 +77,13 @@ public:
     /** True if it goes on with what comes in from now on: next() then waits instead of ending.
      * Asked once streams and window are set. */
     virtual bool isLive() const { return false; }
+    /**
+     * Whether open() of a live source succeeds although its server can't be reached: next() then
+     * waits for it. It fails if this isn't set before. A source that isn't live doesn't heed it: of
+     * a server that has never answered, the address may as well be wrong.
+     */
+    void setPersistent(bool persistent) { _isPersistent = persistent; }
+    bool isPersistent() const { return _isPersistent; }
     /** Opens the source; false with an errorString() if it can't be read at all. */
     virtual bool open() = 0;
     /** The next record; null at the end, after close() and when the source broke for good. */
@@ -91,6 +98,10 @@ public:
 
     /** Share of the source that has been read, 0 to 1; negative if unknown. Any thread may ask. */
     virtual double progress() const { return -1; }
+
+    /** Whom it waits for and why, e.g. "HOST:18000: Connection refused"; empty if the server is
+     *  there, as far as is known. Any thread may ask. */
+    virtual std::string outage() const { return std::string(); }
 
     /** Who is told about damage; without a handler it goes to the log "tellarix.io". */
     void setMessageHandler(MessageHandler handler) { _messageHandler = std::move(handler); }
@@ -134,6 +145,7 @@ private:
     Core::TimeWindow _timeWindow;
     MessageHandler _messageHandler;
     std::string _errorString;
+    bool _isPersistent{false};
 };
 
 /**

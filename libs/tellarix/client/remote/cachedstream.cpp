@@ -100,6 +100,12 @@ double CachedStream::progress() const
     return _source ? _source->progress() : -1;
 }
 
+std::string CachedStream::outage() const
+{
+    const std::lock_guard<std::mutex> lock(_sourceMutex);
+    return _source ? _source->outage() : std::string();
+}
+
 bool CachedStream::setOption(const std::string &name, const std::string &text)
 {
     if (name == "source") {
@@ -161,6 +167,7 @@ bool CachedStream::openSource()
         _hasFault = _hasFault || message.severity == StreamMessage::Severity::Fault;
         report(message);
     });
+    source->setPersistent(isPersistent());
     setSourceStream(source);
     if (!requestOf(*source) || !source->open()) {
         setSourceStream(nullptr);

@@ -56,6 +56,7 @@ public:
     std::string originName() const override;
     int64_t originOffset() const override;
     double progress() const override;
+    std::string outage() const override;
 
 private:
     bool setOption(const std::string &name, const std::string &text);

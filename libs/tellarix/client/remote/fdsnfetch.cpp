@@ -4,9 +4,6 @@
 
 #include <tellarix/core/records/record.h>
 
-#include <QDateTime>
-#include <QLocale>
-
 #include <algorithm>
 
 namespace Tellarix {
@@ -20,26 +17,9 @@ constexpr size_t BlockSize = 64 << 10;
 constexpr qint64 MaxErrorText = 16 << 10;
 // The longest record there may be, and some.
 constexpr int64_t MaxGarbage = 160 << 20;
-constexpr milliseconds MaxPause{60000};
-constexpr milliseconds MaxAskedPause{600000};
 constexpr size_t MaxTold = 1000;
 
 } // namespace
-
-milliseconds fdsnAskedPause(const QByteArray &header)
-{
-    bool isNumber = false;
-    const qlonglong seconds = header.toLongLong(&isNumber);
-    if (isNumber)
-        return std::clamp(milliseconds(std::min<qlonglong>(seconds, 3600) * 1000), milliseconds(0),
-                          MaxAskedPause);
-    QDateTime time = QLocale::c().toDateTime(header, "ddd, dd MMM yyyy hh:mm:ss 'GMT'");
-    time.setTimeSpec(Qt::UTC);
-    if (!time.isValid())
-        return milliseconds(-1);
-    return std::clamp(milliseconds(QDateTime::currentDateTimeUtc().msecsTo(time)), milliseconds(0),
-                      MaxAskedPause);
-}
 
 std::string fdsnRecordKey(const Record &record)
 {
@@ -47,43 +27,20 @@ std::string fdsnRecordKey(const Record &record)
            std::to_string(record.sampleCount());
 }
 
-bool FdsnExchange::waitForTurn()
+void FdsnExchange::open(const std::string &server, Tell tell)
 {
-    std::unique_lock<std::mutex> lock(_mutex);
-    // Another thread may be told to wait even longer meanwhile.
-    while (!_closed && std::chrono::steady_clock::now() < _resumption) {
-        const auto until = _resumption;
-        _changed.wait_until(lock, until);
+    {
+        const std::lock_guard<std::mutex> lock(_toldMutex);
+        _told.clear();
     }
-    return !_closed;
-}
-
-void FdsnExchange::pause(milliseconds length)
-{
-    const std::lock_guard<std::mutex> lock(_mutex);
-    _resumption = std::max(_resumption, std::chrono::steady_clock::now() + length);
+    hasAnswered = false;
+    ServerOutage::open(server, std::move(tell));
 }
 
 bool FdsnExchange::isNew(const std::string &text)
 {
-    const std::lock_guard<std::mutex> lock(_mutex);
+    const std::lock_guard<std::mutex> lock(_toldMutex);
     return _told.size() < MaxTold && _told.insert(text).second;
-}
-
-void FdsnExchange::open()
-{
-    const std::lock_guard<std::mutex> lock(_mutex);
-    _told.clear();
-    _closed = false;
-    _resumption = {};
-    hasAnswered = false;
-}
-
-void FdsnExchange::close()
-{
-    const std::lock_guard<std::mutex> lock(_mutex);
-    _closed = true;
-    _changed.notify_all();
 }
 
 FdsnFetch::FdsnFetch(const FdsnAddress &address, const FdsnSettings &settings,
@@ -129,12 +86,19 @@ FdsnFetch::Outcome FdsnFetch::ask(const FdsnLines &lines)
     HttpRequest request(_address.url("dataselect", _address.hasLogin() ? "queryauth" : "query"));
     request.method = HttpRequest::Method::Post;
     request.body = _settings.header + fdsnBody(lines);
-    if (!_client.open(request))
+    const ServerOutage::Turn turn = _exchange.begin();
+    const bool isAnswered = _client.open(request);
+    switch (_exchange.judge(turn, _client.answer())) {
+    case ServerOutage::Verdict::Wait:
+        return Outcome::Again;
+    case ServerOutage::Verdict::GiveUp:
+        return giveUpAll(_exchange.givenUpText());
+    case ServerOutage::Verdict::Fault:
+        break;
+    }
+    if (!isAnswered)
         return judgeFailure(lines);
-    const int status = _client.answer().status;
-    if (status != 200)
-        return judgeStatus(lines);
-    return readRecords(lines);
+    return _client.answer().status == 200 ? readRecords(lines) : judgeStatus(lines);
 }
 
 /** No answer came. */
@@ -188,7 +152,7 @@ FdsnFetch::Outcome FdsnFetch::judgeStatus(const FdsnLines &lines)
         return splitFdsnLines(lines).empty() ? giveUp(lines, cause) : Outcome::Split;
     case 429:
     case 503:
-        if (const milliseconds wanted = fdsnAskedPause(answer.header("Retry-After"));
+        if (const milliseconds wanted = askedPause(answer.header("Retry-After"));
             wanted.count() >= 0)
             _exchange.pause(wanted);
         else
@@ -206,8 +170,8 @@ FdsnFetch::Outcome FdsnFetch::judgeStatus(const FdsnLines &lines)
 milliseconds FdsnFetch::pauseLength() const
 {
     const double factor = static_cast<double>(1 << std::min(_failures, 16));
-    const double msecs = _settings.pause * 1000 * factor;
-    return milliseconds(static_cast<int64_t>(std::min(msecs, double(MaxPause.count()))));
+    const double seconds = std::min(_settings.outage.pause * factor, _settings.outage.longestPause);
+    return milliseconds(static_cast<int64_t>(seconds * 1000));
 }
 
 FdsnFetch::Outcome FdsnFetch::tryAgain(const FdsnLines &lines, const std::string &cause)

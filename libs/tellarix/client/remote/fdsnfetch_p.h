@@ -5,10 +5,10 @@
 #include <tellarix/client/io/recordstream.h>
 #include <tellarix/client/remote/fdsnaddress.h>
 #include <tellarix/client/remote/fdsnpieces_p.h>
+#include <tellarix/client/remote/serveroutage_p.h>
 #include <tellarix/core/records/formats/recordscanner.h>
 
 #include <chrono>
-#include <condition_variable>
 #include <deque>
 #include <mutex>
 #include <set>
@@ -23,43 +23,30 @@ namespace IO {
 struct FdsnSettings
 {
     int parallel{4};
-    int tries{8};      /**< of one request that brings nothing */
-    double pause{2};   /**< seconds before the second try; doubled for each further one */
+    int tries{8}; /**< of one request that brings nothing though the server is there */
+    OutageSettings outage;
     QByteArray header; /**< lines that come before those of the streams */
     HttpSettings http;
     FdsnPieceSizes sizes;
 };
 
-/** How long a server wants to be left alone by its header Retry-After; negative if it doesn't say.
- */
-std::chrono::milliseconds fdsnAskedPause(const QByteArray &header);
-
 /** A name of a record that is the same whenever a server sends it. */
 std::string fdsnRecordKey(const Record &record);
 
 /** What those who ask one server side by side have in common. */
-class FdsnExchange
+class FdsnExchange : public ServerOutage
 {
 public:
-    /** Waits until the server wants to be asked again; false after close(). */
-    bool waitForTurn();
-    /** Nobody asks for so long. */
-    void pause(std::chrono::milliseconds length);
+    void open(const std::string &server, Tell tell);
     /** Whether a text of some kind has not been told yet; false from the 1000th on. */
     bool isNew(const std::string &text);
-    void open();
-    void close();
-    bool isClosed() const { return _closed; }
 
     /** The server has answered, so that it is there and the address is right. */
     std::atomic<bool> hasAnswered{false};
 
 private:
-    std::mutex _mutex;
-    std::condition_variable _changed;
-    std::chrono::steady_clock::time_point _resumption;
+    std::mutex _toldMutex;
     std::set<std::string> _told;
-    std::atomic<bool> _closed{false};
 };
 
 /** Who takes what comes of a piece; called by the thread that fetches it. */

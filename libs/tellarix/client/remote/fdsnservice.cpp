@@ -181,7 +181,7 @@ bool FdsnService::mayTryAgain(int tries)
                            status == 504 || answer.failure == HttpFailure::BrokenOff;
     if (!isTrouble || tries >= MaxTries)
         return false;
-    const auto asked = fdsnAskedPause(answer.header("Retry-After"));
+    const auto asked = askedPause(answer.header("Retry-After"));
     _private->exchange.pause(asked.count() >= 0 ? asked : std::chrono::milliseconds(500 << tries));
     return _private->exchange.waitForTurn();
 }

@@ -48,8 +48,6 @@ bool readWord(const QString &name, const QString &text, FdsnSettings *settings)
         return readNumber(text, 1, 16, &settings->parallel);
     if (name == "tries")
         return readNumber(text, 1, 1000, &settings->tries);
-    if (name == "pause")
-        return readNumber(text, 0, 3600, &settings->pause);
     if (name == "timeout") {
         const bool isNumber = readNumber(text, 0.01, 86400, &number);
         settings->http.silenceMSecs = static_cast<int>(number * 1000);
@@ -69,7 +67,7 @@ bool readWord(const QString &name, const QString &text, FdsnSettings *settings)
         settings->header += "minimumlength=" + QByteArray::number(number) + '\n';
         return isNumber;
     }
-    return false;
+    return settings->outage.read(name, text);
 }
 
 } // namespace
@@ -97,6 +95,7 @@ public:
     void close();
     /** Waits for the next thing that has come; false at the end. */
     bool take(Item *item);
+    std::string outage() const { return _exchange.text(); }
 
     FdsnAddress address;
     FdsnSettings settings;
@@ -111,6 +110,7 @@ private:
     void run();
     bool claim(int64_t *index, FdsnLines *lines);
     bool add(int64_t index, Item item);
+    void tellAtOnce(const std::string &text);
 
     FdsnExchange _exchange;
     std::vector<std::thread> _threads;
@@ -118,6 +118,7 @@ private:
     std::condition_variable _changed;
     std::vector<FdsnFetch *> _fetches; /**< those that run */
     std::map<int64_t, Output> _outputs;
+    std::deque<Item> _notices; /**< messages that don't wait for the turn of a piece */
     int64_t _claimed{0};
     bool _closed{true};
     bool _hopeless{false};
@@ -131,8 +132,10 @@ void FdsnStream::Private::start(FdsnLines lines)
     stretch = Core::TimeWindow();
     crossing.clear();
     strangers.clear();
-    _exchange.open();
+    _exchange.setSettings(settings.outage);
+    _exchange.open(name, [this](const std::string &text) { tellAtOnce(text); });
     _outputs.clear();
+    _notices.clear();
     _claimed = 0;
     _closed = _hopeless = false;
     const int64_t count = std::min<int64_t>(settings.parallel, pieces.count());
@@ -215,10 +218,22 @@ bool FdsnStream::Private::add(int64_t index, Item item)
     return true;
 }
 
+void FdsnStream::Private::tellAtOnce(const std::string &text)
+{
+    const std::lock_guard<std::mutex> lock(_mutex);
+    _notices.push_back({nullptr, {StreamMessage::Severity::Note, name, -1, text}});
+    _changed.notify_all();
+}
+
 bool FdsnStream::Private::take(Item *item)
 {
     std::unique_lock<std::mutex> lock(_mutex);
     while (!_closed && current < pieces.count()) {
+        if (!_notices.empty()) {
+            *item = std::move(_notices.front());
+            _notices.pop_front();
+            return true;
+        }
         Output &output = _outputs[current];
         if (!output.items.empty()) {
             *item = std::move(output.items.front());
@@ -353,6 +368,11 @@ bool FdsnStream::accepts(const Record &record)
     if (record.timeWindow().endTime() > stretch.endTime())
         d.crossing.emplace(fdsnRecordKey(record), record.timeWindow().endTime());
     return true;
+}
+
+std::string FdsnStream::outage() const
+{
+    return _private->outage();
 }
 
 bool FdsnStream::isStranger(const Record &record) const

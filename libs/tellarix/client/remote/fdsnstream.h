@@ -25,12 +25,18 @@ namespace IO {
  * did so, and when the server is overloaded or in trouble there is a pause before each further try.
  * With a login the restricted data are asked for.
  *
+ * A server that can't be reached, keeps silent or is overloaded although it has answered before is
+ * waited for, whatever the number of tries; a line tells so, and another when it is back. One that
+ * has never answered since open() is tried again once only: the address may as well be wrong.
+ *
  * | word           | default | meaning                                                        |
  * |----------------|---------|----------------------------------------------------------------|
  * | parallel       | 4       | requests side by side, 1 to 16                                 |
  * | timeout        | 60      | seconds without a byte after which a request has failed        |
- * | tries          | 8       | of a request that brings nothing, before it is given up        |
+ * | tries          | 8       | of a request that brings nothing though the server is there    |
  * | pause          | 2       | seconds before the second try, doubled for each further one    |
+ * | longest-pause  | 60      | seconds up to which pauses grow                                |
+ * | patience       | 14400   | seconds after which a server that is away is given up          |
  * | hours          |         | length of all stretches, in place of the rule above            |
  * | quality        |         | D, R, Q, M or B (the best), if the server has several          |
  * | minimum-length |         | seconds; the server leaves out shorter continuous parts        |
@@ -55,6 +61,7 @@ public:
 
     std::string originName() const override;
     double progress() const override;
+    std::string outage() const override;
 
 private:
     class Private;

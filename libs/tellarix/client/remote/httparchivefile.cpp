@@ -28,7 +28,7 @@ const Core::TimeSpan Day = Core::TimeSpan::FromUSecs(int64_t(86400) * 1000000);
 constexpr int MostTries = 3;
 constexpr std::chrono::milliseconds FirstPause(250);
 constexpr int PauseFactor = 4;
-constexpr int MostRetrySeconds = 30;
+constexpr std::chrono::milliseconds LongestAskedPause(30000);
 constexpr int MostMessages = 100;
 constexpr qint64 MostErrorText = 4096;
 
@@ -53,8 +53,9 @@ bool parseContentRange(const QByteArray &text, qint64 &first, qint64 &size)
 
 } // namespace
 
-HttpArchiveFile::HttpArchiveFile(const QUrl &url, const HttpSettings &settings)
-    : _url(url), _settings(settings),
+HttpArchiveFile::HttpArchiveFile(const QUrl &url, const HttpSettings &settings,
+                                 ServerOutage &outage)
+    : _url(url), _settings(settings), _outage(outage),
       _name(url.toDisplayString(QUrl::RemoveUserInfo | QUrl::RemoveQuery).toStdString())
 {}
 
@@ -236,14 +237,21 @@ bool HttpArchiveFile::probe(qint64 offset, Probe &found)
 /** Asks for bytes, again if need be; false with an errorString(). */
 bool HttpArchiveFile::ask(qint64 first, qint64 last)
 {
-    for (int tries = 0; !_closed; ++tries) {
-        if (askOnce(first, last))
+    using Verdict = ServerOutage::Verdict;
+    Verdict verdict = Verdict::Fault;
+    for (int tries = 0; !_closed && _outage.waitForTurn();) {
+        const ServerOutage::Turn turn = _outage.begin();
+        const bool isDone = askOnce(first, last);
+        verdict = _outage.judge(turn, _client->answer());
+        if (isDone)
             return true;
-        if (tries + 1 >= MostTries || !isWorthRetrying())
+        if (verdict == Verdict::Wait)
+            continue;
+        if (verdict == Verdict::GiveUp || ++tries >= MostTries || !isWorthRetrying())
             break;
-        pause(tries);
+        pause(tries - 1);
     }
-    _isServerLost = !_closed && _client->answer().status == 0;
+    _isServerLost = !_closed && (verdict == Verdict::GiveUp || _client->answer().status == 0);
     return false;
 }
 
@@ -299,10 +307,8 @@ bool HttpArchiveFile::skip(qint64 size)
 bool HttpArchiveFile::isWorthRetrying() const
 {
     const HttpAnswer &answer = _client->answer();
-    if (answer.status == 0)
-        return answer.failure == HttpFailure::Unreachable ||
-               answer.failure == HttpFailure::TimedOut || answer.failure == HttpFailure::BrokenOff;
-    return answer.status == 429 || answer.status >= 500 || answer.failure == HttpFailure::BrokenOff;
+    return answer.failure == HttpFailure::Unreachable || answer.failure == HttpFailure::TimedOut ||
+           answer.failure == HttpFailure::BrokenOff || answer.status == 429 || answer.status >= 500;
 }
 
 /** Waits longer with each try, or as long as the server wishes; not beyond a close(). */
@@ -311,9 +317,8 @@ void HttpArchiveFile::pause(int tries)
     std::chrono::milliseconds time = FirstPause;
     for (int i = 0; i < tries; ++i)
         time *= PauseFactor;
-    const int wished = _client->answer().header("Retry-After").toInt();
-    time = std::max<std::chrono::milliseconds>(
-        time, std::chrono::seconds(std::clamp(wished, 0, MostRetrySeconds)));
+    const std::chrono::milliseconds asked = askedPause(_client->answer().header("Retry-After"));
+    time = std::max(time, std::min(asked, LongestAskedPause));
     std::unique_lock<std::mutex> lock(_clientMutex);
     _closing.wait_for(lock, time, [this] { return _closed.load(); });
 }

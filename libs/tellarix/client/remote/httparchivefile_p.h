@@ -4,6 +4,7 @@
 
 #include <tellarix/client/io/recordstream.h>
 #include <tellarix/client/remote/httpclient.h>
+#include <tellarix/client/remote/serveroutage_p.h>
 #include <tellarix/core/records/formats/miniseed.h>
 #include <tellarix/core/records/formats/recordscanner.h>
 
@@ -33,7 +34,8 @@ namespace IO {
 class HttpArchiveFile : public RecordStream
 {
 public:
-    HttpArchiveFile(const QUrl &url, const HttpSettings &settings);
+    /** @param outage  of the server; has to outlive the file */
+    HttpArchiveFile(const QUrl &url, const HttpSettings &settings, ServerOutage &outage);
     ~HttpArchiveFile() override;
 
     bool setSource(const std::string &) override { return true; }
@@ -82,6 +84,7 @@ private:
 
     const QUrl _url;
     const HttpSettings _settings;
+    ServerOutage &_outage;
     const std::string _name;
     std::unique_ptr<HttpClient> _client;
     std::mutex _clientMutex; /**< close() comes from any thread */

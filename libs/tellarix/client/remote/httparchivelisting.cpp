@@ -14,6 +14,7 @@ namespace {
 // A folder of 100,000 files has a page of about 20 MB.
 constexpr qint64 MostBytes = 32 * 1024 * 1024;
 constexpr size_t MostNames = 1000000;
+constexpr int MostBreaks = 3;
 
 void addName(const QString &name, HttpArchiveNames &names)
 {
@@ -162,10 +163,21 @@ HttpArchiveListing::Result HttpArchiveListing::listObjects(const QString &path,
 
 bool HttpArchiveListing::get(const QUrl &url, QByteArray &body)
 {
-    if (!_client.open(HttpRequest(url)) || _client.answer().status != 200)
-        return false;
-    body = _client.readUpTo(MostBytes);
-    return _client.answer().failure == HttpFailure::None;
+    int breaks = 0;
+    while (_outage.waitForTurn()) {
+        const ServerOutage::Turn turn = _outage.begin();
+        _client.open(HttpRequest(url));
+        if (_outage.judge(turn, _client.answer()) == ServerOutage::Verdict::Wait)
+            continue;
+        if (_client.answer().status != 200)
+            return false;
+        body = _client.readUpTo(MostBytes);
+        const HttpFailure failure = _client.answer().failure;
+        const bool isBroken = failure == HttpFailure::BrokenOff || failure == HttpFailure::TimedOut;
+        if (!isBroken || ++breaks >= MostBreaks)
+            return failure == HttpFailure::None;
+    }
+    return false;
 }
 
 HttpArchiveListing::Result HttpArchiveListing::fail(const QString &cause)

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <tellarix/client/remote/httpclient.h>
+#include <tellarix/client/remote/serveroutage_p.h>
 
 #include <QByteArray>
 #include <QString>
@@ -48,7 +49,9 @@ public:
     };
 
     /** @param root  without a slash at the end; may hold a login */
-    HttpArchiveListing(HttpClient &client, const QUrl &root) : _client(client), _root(root) {}
+    HttpArchiveListing(HttpClient &client, const QUrl &root, ServerOutage &outage)
+        : _client(client), _root(root), _outage(outage)
+    {}
 
     /** Lists the folder at @p path below the root, an empty one being the root. */
     Result list(const QString &path, HttpArchiveNames &names);
@@ -70,6 +73,7 @@ private:
 
     HttpClient &_client;
     const QUrl _root;
+    ServerOutage &_outage;
     Kind _kind{Kind::Unknown};
     QUrl _bucket;
     QString _prefix; /**< of the root in the bucket */

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <tuple>
+#include <utility>
 
 namespace Tellarix {
 namespace IO {
@@ -57,7 +58,8 @@ bool HttpArchiveStream::File::operator<(const File &other) const
 }
 
 HttpArchiveStream::HttpArchiveStream(const char *scheme)
-    : _scheme(QString::fromLatin1(scheme)), _monitor(std::make_shared<JoinedMonitor>())
+    : _scheme(QString::fromLatin1(scheme)), _outage(std::make_unique<ServerOutage>()),
+      _monitor(std::make_shared<JoinedMonitor>())
 {
     _monitor->closed = true;
 }
@@ -72,6 +74,7 @@ bool HttpArchiveStream::setSource(const std::string &source)
     const std::string prefix = "archive+" + _scheme.toStdString() + "://";
     _type = "D";
     _sideBySide = 4;
+    OutageSettings settings;
     _root = QUrl(_scheme + "://" + QString::fromStdString(source));
     if (!_root.isValid() || _root.host().isEmpty())
         return fail(prefix + ": the address is given as \"" + prefix + "HOST/PATH\"");
@@ -81,11 +84,13 @@ bool HttpArchiveStream::setSource(const std::string &source)
         const std::string value = item.second.toStdString();
         if (item.first == QLatin1String("type") && isDayFileType(value))
             _type = value;
-        else if (item.first != QLatin1String("files") || !Core::fromString(_sideBySide, value) ||
-                 _sideBySide < 1 || _sideBySide > MostSideBySide)
+        else if (!settings.read(item.first, item.second) &&
+                 (item.first != QLatin1String("files") || !Core::fromString(_sideBySide, value) ||
+                  _sideBySide < 1 || _sideBySide > MostSideBySide))
             return fail(prefix + _root.host().toStdString() + ": bad option \"" +
                         item.first.toStdString() + '=' + value + '"');
     }
+    _outage->setSettings(settings);
     _root.setQuery(QString());
     _root.setFragment(QString());
     QString path = _root.path();
@@ -101,8 +106,11 @@ bool HttpArchiveStream::open()
     _files.clear();
     _strangers.clear();
     _progress = 0;
+    _notices.clear();
+    _outage->open(httpServerName(_root).toStdString(),
+                  [this](const std::string &text) { tellOutage(text); });
     HttpClient client;
-    HttpArchiveListing listing(client, _root);
+    HttpArchiveListing listing(client, _root, *_outage);
     {
         const std::lock_guard<std::mutex> lock(_monitor->mutex);
         _monitor->closed = false;
@@ -128,7 +136,9 @@ RecordPtr HttpArchiveStream::next()
         if (_monitor->closed || _readings.empty())
             break;
         Reading &front = *_readings.front();
-        const std::vector<StreamMessage> messages = front.reader->takeMessages(lock);
+        std::vector<StreamMessage> messages = std::exchange(_notices, {});
+        for (StreamMessage &message : front.reader->takeMessages(lock))
+            messages.push_back(std::move(message));
         JoinedReader::Item item;
         const bool isTaken = messages.empty() && front.reader->take(item, lock);
         const bool isAtEnd = front.reader->isAtEnd(lock);
@@ -155,12 +165,18 @@ void HttpArchiveStream::close()
     JoinedReader::Lock lock(_monitor->mutex);
     _monitor->closed = true;
     _monitor->changed.notify_all();
+    _outage->close();
     if (_lister)
         _lister->cancel();
     const std::deque<std::shared_ptr<Reading>> readings = _readings;
     lock.unlock();
     for (const auto &reading : readings)
         reading->reader->close();
+}
+
+std::string HttpArchiveStream::outage() const
+{
+    return _outage->text();
 }
 
 /** Adds the files that may hold what is requested; false with an errorString(). */
@@ -294,7 +310,7 @@ void HttpArchiveStream::startReading()
         auto reading = std::make_shared<Reading>();
         reading->file = *_files.begin();
         _files.erase(_files.begin());
-        reading->stream.reset(new HttpArchiveFile(reading->file.url, HttpSettings()));
+        reading->stream.reset(new HttpArchiveFile(reading->file.url, HttpSettings(), *_outage));
         reading->stream->setTimeWindow(requestedWindow());
         // Records may carry other codes than the name of the file.
         for (const Request &request : requests()) {
@@ -314,8 +330,9 @@ bool HttpArchiveStream::endReading(Reading &reading)
     const bool isServerLost = reading.stream->isServerLost();
     const size_t left = _files.size() + _readings.size() - 1;
     if (isServerLost && left > 0)
-        report({StreamMessage::Severity::Fault, httpServerName(_root).toStdString(), -1,
-                "does not answer; " + std::to_string(left) + " further files are left out"});
+        report(messageOfServer(StreamMessage::Severity::Fault, "does not answer; " +
+                                                                   std::to_string(left) +
+                                                                   " further files are left out"));
     if (isServerLost) {
         _files.clear();
         endReaders();
@@ -351,6 +368,26 @@ bool HttpArchiveStream::accepts(const Record &record, const File &file)
                 "file holds records of " + record.streamID() + outcome});
     }
     return requested;
+}
+
+/** Called by whoever asks the server; open() asks in the thread that reports. */
+void HttpArchiveStream::tellOutage(const std::string &text)
+{
+    const StreamMessage message = messageOfServer(StreamMessage::Severity::Note, text);
+    JoinedReader::Lock lock(_monitor->mutex);
+    const bool isOpening = _lister != nullptr;
+    if (!isOpening)
+        _notices.push_back(message);
+    _monitor->changed.notify_all();
+    lock.unlock();
+    if (isOpening)
+        report(message);
+}
+
+StreamMessage HttpArchiveStream::messageOfServer(StreamMessage::Severity severity,
+                                                 const std::string &text) const
+{
+    return {severity, httpServerName(_root).toStdString(), -1, text};
 }
 
 } // namespace IO

@@ -21,6 +21,7 @@ namespace IO {
 class HttpArchiveListing;
 class HttpClient;
 class JoinedReader;
+class ServerOutage;
 struct JoinedMonitor;
 
 /**
@@ -28,16 +29,24 @@ struct JoinedMonitor;
  * "archive+https://[USER@]HOST[:PORT]/PATH" or "archive+http://...". The tree is that of
  * ArchiveStream.
  *
- * | option | default | meaning                            |
- * |--------|---------|------------------------------------|
- * | type   | D       | type of the day files: D, E, L ... |
- * | files  | 4       | files that are read side by side   |
+ * | option        | default | meaning                                                         |
+ * |---------------|---------|-----------------------------------------------------------------|
+ * | type          | D       | type of the day files: D, E, L ...                              |
+ * | files         | 4       | files that are read side by side                                |
+ * | pause         | 2       | seconds for which a server that is away is waited for first,    |
+ * |               |         | doubled for each further time                                   |
+ * | longest-pause | 60      | seconds up to which pauses grow                                 |
+ * | patience      | 14400   | seconds after which a server that is away is given up           |
  *
  * Files of streams without wildcards, in a window with both ends, are asked for by name. All else
  * needs folders that can be listed: as pages of links, or as the XML lists of object stores.
  * Streams are delivered one after another in the order of their ids, the files of each in the order
  * of time. Of large files only the part that is needed is fetched, if the server knows ranges. A
  * file that isn't there is no fault; what can't be read is told and left out.
+ *
+ * A server that can't be reached, keeps silent or is overloaded although it has answered before is
+ * waited for; a line tells so, and another when it is back. One that has never answered since
+ * open() is given up after a second or two: the address may as well be wrong.
  */
 class TELLARIX_CLIENT_API HttpArchiveStream : public RecordStream
 {
@@ -55,6 +64,7 @@ public:
     std::string originName() const override { return _originName; }
     int64_t originOffset() const override { return _originOffset; }
     double progress() const override { return _progress; }
+    std::string outage() const override;
 
 private:
     struct File
@@ -79,11 +89,15 @@ private:
     bool endReading(Reading &reading);
     void endReaders();
     bool accepts(const Record &record, const File &file);
+    void tellOutage(const std::string &text);
+    StreamMessage messageOfServer(StreamMessage::Severity severity, const std::string &text) const;
 
     const QString _scheme;
     QUrl _root;
     std::string _type;
     int _sideBySide{4};
+    std::unique_ptr<ServerOutage> _outage;
+    std::vector<StreamMessage> _notices; /**< of the server, not of a file */
 
     std::set<File> _files; /**< those that were not begun yet */
     size_t _fileCount{0};

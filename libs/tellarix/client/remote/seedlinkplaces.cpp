@@ -21,6 +21,20 @@ const char *const Heading = "seedlink places 1 ";
 
 } // namespace
 
+void SeedLinkPlaces::noteLoss()
+{
+    Core::Time latest;
+    for (const auto &[id, station] : _stations) {
+        for (const auto &[streamId, stream] : station.streams)
+            latest = std::max(latest, stream.latestEnd);
+    }
+    for (auto &[id, station] : _stations) {
+        for (auto &[streamId, stream] : station.streams)
+            stream.isInDoubt = stream.isInDoubt ||
+                               (stream.latestEnd.valid() && stream.latestEnd >= latest - Memory);
+    }
+}
+
 void SeedLinkPlaces::beginConnection()
 {
     for (auto &[id, station] : _stations) {
@@ -37,6 +51,7 @@ SeedLinkPlaces::Verdict SeedLinkPlaces::take(const std::string &stationId,
 {
     Station &station = _stations[stationId];
     Stream &stream = station.streams[streamId];
+    _lost = Core::TimeWindow();
     if (station.isResumed && !isAhead &&
         isDoubtful(station, stream, sequence, record, samplingFrequency)) {
         station.isByTime = true;
@@ -50,8 +65,13 @@ SeedLinkPlaces::Verdict SeedLinkPlaces::take(const std::string &stationId,
     station.isByTime = false;
     station.sequence = sequence;
     stream.isChecked = true;
+    // A server that still has what lies in front of a gap has lost nothing in it.
+    const bool isInDoubt = stream.isInDoubt && !isAhead;
+    stream.isInDoubt = stream.isInDoubt && isAhead;
     if (known)
         return Verdict::Known;
+    if (isInDoubt && isBehindGap(stream, record.startTime(), samplingFrequency))
+        _lost.set(stream.latestEnd, record.startTime());
     if (!isAhead)
         stream.latestEnd = std::max(stream.latestEnd, record.endTime());
     remember(stream, key);
@@ -145,6 +165,7 @@ bool SeedLinkPlaces::fromText(const std::string &text, const std::string &server
     }
     _stations = std::move(stations);
     _last = Undo();
+    noteLoss();
     if (lines.front().substr(heading.size()) != server)
         doubtAll();
     return true;
@@ -166,9 +187,14 @@ bool SeedLinkPlaces::isDoubtful(const Station &station, const Stream &stream, ui
         return true;
     if (stream.isChecked || !stream.latestEnd.valid())
         return false;
-    const double tolerance = samplingFrequency > 0 ? std::max(1.0, 2 / samplingFrequency) : 1;
-    return record.startTime() > stream.latestEnd + Core::TimeSpan(tolerance) ||
+    return isBehindGap(stream, record.startTime(), samplingFrequency) ||
            isKnown(stream, Key(record.startTime().usecs(), record.endTime().usecs()), false);
+}
+
+bool SeedLinkPlaces::isBehindGap(const Stream &stream, Core::Time start, double samplingFrequency)
+{
+    const double tolerance = samplingFrequency > 0 ? std::max(1.0, 2 / samplingFrequency) : 1;
+    return start > stream.latestEnd + Core::TimeSpan(tolerance);
 }
 
 void SeedLinkPlaces::remember(Stream &stream, Key key)

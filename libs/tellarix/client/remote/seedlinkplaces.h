@@ -32,6 +32,9 @@ public:
         Doubtful /**< the number didn't lead where it should: ask by time */
     };
 
+    /** A connection has been lost: what then comes first of each stream shows whether records were
+     *  lost with it. Streams that are far behind the others had ended before. */
+    void noteLoss();
     /** A connection begins; what the numbers of before are worth has to show. */
     void beginConnection();
     /**
@@ -40,6 +43,9 @@ public:
      */
     Verdict take(const std::string &station, const std::string &stream, uint32_t sequence,
                  const Core::TimeWindow &record, double samplingFrequency, bool isAhead);
+    /** What the server no longer had when it was asked to go on, between the stream's record
+     *  before and the one that was taken last; empty if nothing was lost. */
+    const Core::TimeWindow &lost() const { return _lost; }
 
     /** The number to go on behind, which then is expected to lead there; nothing if there is none,
      *  or it can't be relied on. */
@@ -71,6 +77,7 @@ private:
         Core::Time floor;       /**< what ends up to here and is not among the recent is known */
         std::deque<Key> recent; /**< those behind the floor, as they came */
         bool isChecked{false};  /**< against the place at which it should go on */
+        bool isInDoubt{false};  /**< since a loss nothing has come of it */
     };
 
     struct Station
@@ -85,6 +92,7 @@ private:
     static bool isKnown(const Stream &stream, Key key, bool isByTime);
     static bool isDoubtful(const Station &station, const Stream &stream, uint32_t sequence,
                            const Core::TimeWindow &record, double samplingFrequency);
+    static bool isBehindGap(const Stream &stream, Core::Time start, double samplingFrequency);
     static void remember(Stream &stream, Key key);
 
     /** What held before the last record was taken. */
@@ -98,6 +106,7 @@ private:
 
     std::map<std::string, Station> _stations;
     Undo _last;
+    Core::TimeWindow _lost;
 };
 
 } // namespace IO

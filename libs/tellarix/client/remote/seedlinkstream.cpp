@@ -97,12 +97,19 @@ bool SeedLinkStream::open()
     _pauseSeconds = std::min(FirstPause, _address.longestPause);
     _messages = 0;
     _told.clear();
+    setOutage(std::string());
     const std::vector<SeedLinkBlock> blocks = blocksOf(nullptr);
     setWindows(blocks);
     _progress = _allWindows.isEmpty() ? -1 : 0;
     _isAtEnd = blocks.empty();
     if (_isAtEnd || connect())
         return true;
+    // One that has greeted is there, and refuses.
+    if (isPersistent() && isLive() && _greeting.empty() && _address.longestPause > 0 && !_closed) {
+        _firstFlow = Core::Time::GMT();
+        lose();
+        return true;
+    }
     _session.connection().drop();
     return fail(_address.name() + ": " + _cause);
 }
@@ -216,6 +223,7 @@ bool SeedLinkStream::connect()
     if (!_firstFlow.valid())
         _firstFlow = Core::Time::GMT();
     _isFlowing = true;
+    setOutage(std::string());
     _isSilenceChecked = _isAsked = false;
     _hasAnswered = !isFirst;
     _sinceFlow.start();
@@ -371,6 +379,7 @@ SeedLinkStream::Step SeedLinkStream::takeRecord(const SeedLinkPacket &packet, Re
     case SeedLinkPlaces::Verdict::New:
         break;
     }
+    tellLost(codes);
     if (!isRequested(codes, window))
         return Step::Nothing;
 
@@ -496,9 +505,12 @@ void SeedLinkStream::lose()
     if (_closed)
         return;
     _isAtEnd = _address.longestPause == 0;
+    _places.noteLoss();
+    setOutage(_address.name() + ": " + _cause);
     if (!_isLossTold) {
-        tell(Severity::Fault,
-             "connection lost: " + _cause + (_isAtEnd ? "" : "; trying to connect again"));
+        tell(_isAtEnd ? Severity::Fault : Severity::Note,
+             (_greeting.empty() ? "no connection: " : "connection lost: ") + _cause +
+                 (_isAtEnd ? "" : "; trying to connect again"));
         _sinceLoss.start();
     }
     _isLossTold = true;
@@ -511,8 +523,28 @@ void SeedLinkStream::noteLife()
     if (!_isLossTold)
         return;
     _isLossTold = false;
-    tell(Severity::Note,
-         "connected again after " + std::to_string(_sinceLoss.elapsed() / 1000) + " s");
+    tell(Severity::Note, "connected after " + std::to_string(_sinceLoss.elapsed() / 1000) + " s");
+}
+
+std::string SeedLinkStream::outage() const
+{
+    const std::lock_guard<std::mutex> lock(_outageMutex);
+    return _outage;
+}
+
+void SeedLinkStream::setOutage(const std::string &cause)
+{
+    const std::lock_guard<std::mutex> lock(_outageMutex);
+    _outage = cause;
+}
+
+/** Tells what the server no longer had before the record that was taken last. */
+void SeedLinkStream::tellLost(const StreamCodes &codes)
+{
+    const Core::TimeWindow &lost = _places.lost();
+    if (!lost.isEmpty() && isRequested(codes, lost))
+        tell(Severity::Fault, codes.id() + ": the server no longer has what lies between " +
+                                  lost.startTime().iso() + " and " + lost.endTime().iso());
 }
 
 void SeedLinkStream::tell(Severity severity, const std::string &cause)

@@ -9,6 +9,7 @@
 #include <QElapsedTimer>
 
 #include <atomic>
+#include <mutex>
 #include <set>
 #include <string>
 #include <vector>
@@ -26,7 +27,8 @@ namespace IO {
  * what nobody asked for is left out, and told if it is of a foreign stream.
  *
  * A connection that is lost is told once, and made again after pauses that grow up to a limit and
- * begin anew when data have come. The stream goes on where it was: see SeedLinkPlaces. It ends when
+ * begin anew when data have come. The stream goes on where it was: see SeedLinkPlaces. That is a
+ * note; what the server no longer had then is a fault, told with stream and time. It ends when
  * all windows have an end that has passed and the server says that it has sent all, or has sent
  * nothing of them for some seconds although it answers; with `fetch=yes` when the server says so.
  *
@@ -47,8 +49,9 @@ public:
                    const Core::TimeWindow &window = Core::TimeWindow()) override;
     /** True if any window has no end, or one that is still to come. */
     bool isLive() const override;
-    /** Connects and asks for the streams; fails if the server can't be reached or takes none of
-     *  the requests. */
+    /** Connects and asks for the streams; fails if the server takes none of the requests, or can't
+     *  be reached, unless it is live and persistent. Records of the wait then come with the others,
+     *  if the server has them. */
     bool open() override;
     RecordPtr next() override;
     void close() override;
@@ -56,6 +59,7 @@ public:
     std::string originName() const override { return _address.name(); }
     /** Share of the windows that has come, if all have both ends. */
     double progress() const override { return _progress; }
+    std::string outage() const override;
 
 private:
     enum class Step
@@ -94,6 +98,8 @@ private:
 
     bool reconnect();
     void lose();
+    void setOutage(const std::string &cause);
+    void tellLost(const StreamCodes &codes);
     void noteLife();
     void tell(StreamMessage::Severity severity, const std::string &cause);
     void tellOnce(const std::string &subject, const std::string &cause);
@@ -131,6 +137,8 @@ private:
     std::set<std::string> _told; /**< what is told once */
     std::atomic<bool> _closed{false};
     std::atomic<double> _progress{-1};
+    mutable std::mutex _outageMutex;
+    std::string _outage;
 };
 
 } // namespace IO

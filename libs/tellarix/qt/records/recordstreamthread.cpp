@@ -215,6 +215,12 @@ void RecordStreamThread::setTimeWindow(const Core::TimeWindow &window)
         _stream->setTimeWindow(window);
 }
 
+void RecordStreamThread::setPersistent(bool persistent)
+{
+    if (_stream && !isRunning())
+        _stream->setPersistent(persistent);
+}
+
 bool RecordStreamThread::addStream(const std::string &network, const std::string &station,
                                    const std::string &location, const std::string &channel)
 {
@@ -250,6 +256,11 @@ void RecordStreamThread::stop(bool waitForTermination)
 double RecordStreamThread::progress() const
 {
     return _stream ? _stream->progress() : -1;
+}
+
+QString RecordStreamThread::outage() const
+{
+    return _stream ? QString::fromStdString(_stream->outage()) : QString();
 }
 
 bool RecordStreamThread::hasOpenFailed() const

@@ -49,6 +49,9 @@ public:
     const QString &errorString() const { return _errorString; }
     /** Limits the records to a window; between connect() and start(). */
     void setTimeWindow(const Core::TimeWindow &window);
+    /** Whether a live source whose server can't be reached is waited for; between connect() and
+     *  start(). It ends with a message otherwise. */
+    void setPersistent(bool persistent);
     /** Asks for a stream; between connect() and start(). False with an errorString() if the stream
      *  can't be had from such a source. */
     bool addStream(const std::string &network, const std::string &station,
@@ -63,6 +66,8 @@ public:
 
     /** Share of the source that has been read, 0 to 1; negative if unknown. */
     double progress() const;
+    /** Whom the stream waits for and why; empty if its server is there. */
+    QString outage() const;
     /** True if the source that was read last could not be opened; the messages tell why. */
     bool hasOpenFailed() const;
     /** Messages of the stream so far, faults and notes; the first 1000, then a line that counts the
