@@ -111,6 +111,58 @@ private slots:
         }
     }
 
+    void asksForTheSeamAgain()
+    {
+        using Pieces = QVector<Piece>;
+        const char *const a = "XX.A..BHZ";
+        const char *const b = "XX.B..BHZ";
+        const QString brought = "source of the past: has brought what was missing at the seam";
+        const QString again = "source of the past: lags behind; XX.A..BHZ from ";
+        // It believes at once that there is nothing.
+        const QTemporaryDir folder;
+        const QString cached =
+            "&past=" + QUrl::toPercentEncoding("cached://?source=fake%3A%2F%2Fpast&late=0&folder=" +
+                                               folder.path());
+        const std::tuple<const char *, QString, Pieces, QStringList, QString> rows[] = {
+            {"whole", "", {{a, 1000, 1000}}, {"A 1000 1000"}, brought},
+            {"over the borders",
+             "",
+             {{a, 900, 200}, {a, 1100, 950}},
+             {"A 900 200", "A 1100 950"},
+             brought},
+            {"behind a cache", cached, {{a, 1000, 1000}}, {"A 1000 1000"}, brought},
+            {"doubled",
+             "",
+             {{a, 1000, 500}, {a, 1000, 500}, {b, 1000, 1000}, {a, 1200, 800}},
+             {"A 1000 500", "A 1200 800"},
+             brought},
+            {"in part", "", {{a, 1500, 100}}, {"A 1500 100"}, again},
+            {"too old", "&lag=500", {}, {}, "has not come, and is not asked for any more"}};
+        for (const auto &[name, options, pieces, records, end] : rows) {
+            const RowName shown(name);
+            init();
+            put(*_past, {{a, 0, 1000}});
+            put(*_live, {{a, 2000, 10}, {a, 2010, 10}});
+            const RecordStreamPtr stream = made("&overlap=1000&again=0.01" + options.toStdString());
+            QVERIFY(stream->open());
+            for (const char *record : {"A 0 1000", "A 2000 10", "A 2010 10"})
+                QCOMPARE(describe(*stream->next()), QString(record));
+            auto next = std::async(std::launch::async, [&] { return stream->next(); });
+            QTRY_VERIFY(opens(*_past) > (options.contains("lag") ? 1 : 3));
+            put(*_past, pieces);
+            for (const QString &record : records) {
+                QCOMPARE(describe(*next.get()), record);
+                next = std::async(std::launch::async, [&] { return stream->next(); });
+            }
+            QTRY_VERIFY2(lastMessage().contains(end), qPrintable(lastMessage()));
+            const int count = opens(*_past);
+            if (end == again)
+                QTRY_VERIFY(opens(*_past) > count + 1);
+            stream->close();
+            QVERIFY(!next.get());
+        }
+    }
+
     void dividesWindows()
     {
         const double now = _base.toDouble() + 3000;
@@ -241,6 +293,7 @@ private:
         const RecordStreamPtr stream = RecordStream::Create(Url + options);
         stream->addStream("XX", "*", "*", "BHZ", {at(-9000), Core::Time()});
         stream->setMessageHandler([this](const IO::StreamMessage &message) {
+            const std::lock_guard<std::mutex> lock(_messagesMutex);
             _messages << QString::fromStdString(message.text());
         });
         return stream;
@@ -268,9 +321,16 @@ private:
         return records;
     }
 
+    QString lastMessage()
+    {
+        const std::lock_guard<std::mutex> lock(_messagesMutex);
+        return _messages.isEmpty() ? QString() : _messages.last();
+    }
+
     std::shared_ptr<FakeSource> _past;
     std::shared_ptr<FakeSource> _live;
     Core::Time _base;
+    std::mutex _messagesMutex;
     QStringList _messages;
 };
 

@@ -44,13 +44,16 @@ class Reader
 {
 public:
     Reader(const std::string &url, const std::vector<std::string> &streams,
-           const Core::TimeWindow &window = Core::TimeWindow())
+           const Core::TimeWindow &window = Core::TimeWindow(), bool isPersistent = false)
         : _stream(RecordStream::Create(url))
     {
         _stream->setMessageHandler([this](const StreamMessage &message) {
             const std::lock_guard<std::mutex> lock(_mutex);
             _messages << QString::fromStdString(message.cause);
+            if (message.severity == StreamMessage::Severity::Fault)
+                _faults << _messages.last();
         });
+        _stream->setPersistent(isPersistent);
         for (const std::string &id : streams) {
             const StreamCodesCPtr codes = StreamCodes::FromID(id);
             _stream->addStream(codes->network(), codes->station(), codes->location(),
@@ -90,7 +93,13 @@ public:
         const std::lock_guard<std::mutex> lock(_mutex);
         return _messages;
     }
+    QStringList faults() const
+    {
+        const std::lock_guard<std::mutex> lock(_mutex);
+        return _faults;
+    }
     double progress() const { return _stream->progress(); }
+    std::string outage() const { return _stream->outage(); }
 
 private:
     void read()
@@ -114,6 +123,7 @@ private:
     mutable std::mutex _mutex;
     std::map<std::string, QString> _indices;
     QStringList _messages;
+    QStringList _faults;
     std::atomic<int> _count{0};
     std::atomic<bool> _isOpen{false};
     std::atomic<bool> _isDone{false};
@@ -361,7 +371,66 @@ private slots:
                 expected << QString::fromStdString(id) + numbers(0, count);
             QTRY_COMPARE_WITH_TIMEOUT(reader.count(), total, 20000);
             QCOMPARE(reader.parts(), expected.join("; "));
+            QCOMPARE(reader.faults(), QStringList());
         }
+    }
+
+    /** A connection that was lost is no fault, nor is a gap that the server always had. */
+    void tellsWhatTheServerNoLongerHas()
+    {
+        const QString lost = "XX.ABC..HHZ: the server no longer has what lies between "
+                             "2024-03-01T00:02:30.000000Z and 2024-03-01T00:05:50.000000Z";
+        const std::tuple<const char *, size_t, int, QString> rows[] = {
+            {"nothing", 100, 3, ""}, {"gap", 100, 7, ""}, {"lost", 3, 3, lost}};
+        for (const auto &[name, capacity, first, fault] : rows) {
+            for (const int way : {0, 1, 2}) {
+                const RowName shown(name);
+                SeedLinkServer server;
+                QVERIFY(server.start());
+                server.setCapacity(capacity);
+                for (int i = 0; i < 3; ++i)
+                    server.add(part("XX.ABC..HHZ", i));
+                Reader reader(server.url() + Fast, {way == 1 ? "XX.*..HHZ" : "XX.ABC..HHZ"},
+                              {Begin, Core::Time()});
+                QTRY_COMPARE(reader.count(), 3);
+                server.stop();
+                for (int i = first; i < 10; ++i)
+                    server.add(part("XX.ABC..HHZ", i));
+                if (way == 2)
+                    server.setFirstNumber(1);
+                QTRY_VERIFY(!reader.outage().empty());
+                QVERIFY(server.start());
+                const int start = fault.isEmpty() ? first : 7;
+                QTRY_COMPARE(reader.parts(), "XX.ABC..HHZ" + numbers(0, 3) + numbers(start, 10));
+                QCOMPARE(reader.faults().join('\n'), fault);
+                QVERIFY(reader.outage().empty() && reader.messages().size() > 1);
+            }
+        }
+    }
+
+    void waitsForServerThatIsDown()
+    {
+        SeedLinkServer server;
+        QVERIFY(server.start());
+        server.stop();
+        Reader hasty(server.url() + Fast, {"XX.ABC..HHZ"});
+        QTRY_VERIFY(hasty.isDone() && !hasty.isOpen());
+        Reader past(server.url() + Fast, {"XX.ABC..HHZ"}, parts(0, 1), true);
+        QTRY_VERIFY(past.isDone() && !past.isOpen());
+
+        Reader closed(server.url(), {"XX.ABC..HHZ"}, {Begin, Core::Time()}, true);
+        Reader reader(server.url() + Fast, {"XX.ABC..HHZ"}, {Begin, Core::Time()}, true);
+        QTRY_VERIFY(reader.isOpen() && closed.isOpen());
+        QVERIFY(closed.finish() < 100);
+        QCOMPARE(reader.outage(), server.address() + ": Connection refused");
+        server.add(part("XX.ABC..HHZ", 0));
+        QVERIFY(server.start());
+        QTRY_COMPARE(reader.count(), 1);
+        QVERIFY(reader.outage().empty());
+        QCOMPARE(reader.faults(), QStringList());
+        QVERIFY2(reader.messages().size() == 2 &&
+                     reader.messages()[1].startsWith("connected after"),
+                 qPrintable(reader.messages().join('\n')));
     }
 
     void closesSoon()

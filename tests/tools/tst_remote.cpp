@@ -172,16 +172,58 @@ private slots:
                      qPrintable(result.errors));
         }
         QCOMPARE(run({"records", "--timeout", "0", path("past.mseed")}).status, 2);
+
+        // One that isn't there is waited for by watch alone.
+        silent.stop();
+        const QString url = QString::fromStdString(silent.url());
+        const Run refused = run({"records", url});
+        QVERIFY2(refused.status == 1 && refused.errors.contains("Connection refused"),
+                 qPrintable(refused.errors));
+        const Run awaited = run({"watch", "--timeout", "0.5", url});
+        QCOMPARE(awaited.status, 1);
+        QVERIFY2(awaited.errors.contains("nothing has come for 0.5 s: " +
+                                         QString::fromStdString(silent.address())),
+                 qPrintable(awaited.errors));
+    }
+
+    void lostConnectionIsNoFault()
+    {
+        SeedLinkServer server;
+        const auto addPart = [&](int i) {
+            server.add(seedRecord("XX.ABC..BHZ", Start + Core::TimeSpan(100.0 * i)));
+        };
+        addPart(0);
+        QVERIFY(server.start());
+        QProcess process;
+        process.start(program(), {"records", "--json", "--from", "2024-05-17", "--timeout", "2",
+                                  QString::fromStdString(server.url()) + "?retry=0.05"});
+        QTRY_VERIFY(!server.lines().empty() && server.lines().back() == "END");
+        server.stop();
+        QByteArray errors;
+        QTRY_VERIFY((errors += process.readAllStandardError()).contains("connection lost: "));
+        addPart(1);
+        QVERIFY(server.start());
+        QVERIFY(process.waitForFinished());
+        QVERIFY2(process.exitCode() == 0, errors + process.readAllStandardError());
+        const QJsonArray streams = QJsonDocument::fromJson(process.readAllStandardOutput()).array();
+        QCOMPARE(streams.first().toObject()["records"].toInt(), 2);
     }
 
     void watchEndsByInterrupt()
     {
+        SeedLinkServer server;
+        QVERIFY(server.start());
+        server.stop();
         QProcess process;
-        process.start(program(), {"watch", QString::fromStdString(_server.url()), "--streams",
+        process.start(program(), {"watch", QString::fromStdString(server.url()), "--streams",
                                   "XX.ABC..BHZ,XX.NONE..BHZ", "--from", "2024-05-17"});
         QByteArray errors;
+        QTRY_VERIFY((errors += process.readAllStandardError()).contains("no connection: "));
+        for (int i = 0; i < 3; ++i)
+            server.add(seedRecord("XX.ABC..BHZ", Start + Core::TimeSpan(100.0 * i)));
+        QVERIFY(server.start());
         QTRY_VERIFY((errors += process.readAllStandardError()).contains("new stream"));
-        _server.add(seedRecord("XX.ABC..BHZ", Start + Core::TimeSpan(7200.0)));
+        server.add(seedRecord("XX.ABC..BHZ", Start + Core::TimeSpan(7200.0)));
         QTRY_VERIFY((errors += process.readAllStandardError()).contains("gap of 1.9 h"));
         QCOMPARE(::kill(static_cast<pid_t>(process.processId()), SIGINT), 0);
         QVERIFY(process.waitForFinished(5000));

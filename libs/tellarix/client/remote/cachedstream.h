@@ -47,6 +47,8 @@ public:
     ~CachedStream() override;
 
     bool setSource(const std::string &source) override;
+    /** The URL of what it stands in front of. */
+    const std::string &sourceUrl() const { return _url; }
     /** Fails if nothing is known and the source can't be opened. */
     bool isLive() const override { return isLiveBy(_url); }
     bool open() override;

@@ -73,6 +73,7 @@ public:
     /** Makes the thread end soon; any thread may call it, without the lock. */
     void close() { _stream->close(); }
     double progress() const { return _stream->progress(); }
+    std::string outage() const { return _stream->outage(); }
 
 private:
     void run();
