@@ -2,10 +2,13 @@
 
 #include "bench/streamstates.h"
 #include "bench/tracerows.h"
+#include "client/seedlinkserver.h"
 #include "spectrograms/spectrogramrow.h"
 #include "spectrograms/spectrograms.h"
 #include "waveforms/livefollow.h"
+#include "waveforms/livemenu.h"
 #include "waveforms/livesources.h"
+#include "waveforms/outagenotice.h"
 #include "waveforms/rowfilters.h"
 #include "waveforms/rowlooks.h"
 #include "waveforms/rowname.h"
@@ -170,6 +173,7 @@ private slots:
     void keepsTheLastWhileOnly();
     void closedRowsStayAway();
     void endsAtOnce();
+    void waitsForServerThatIsDown();
     void spectrogramsAndFiltersGoOn();
 };
 
@@ -366,6 +370,47 @@ void TestLive::endsAtOnce()
     }
     QVERIFY(time.elapsed() < 1000); // with all of the panel
     QCOMPARE(line.readers.load(), 0);
+}
+
+void TestLive::waitsForServerThatIsDown()
+{
+    SeedLinkTesting::SeedLinkServer server;
+    QVERIFY(server.start());
+    server.stop();
+    const QString url = QString::fromStdString(server.url()) + "?retry=0.05";
+    Desk desk;
+    desk.now = Core::Time::GMT();
+    desk.send("XX.AAA..HHZ", 5);
+    QTRY_COMPARE(desk.panel.view()->count(), 1);
+    const LiveMenu menu(desk.panel.live(), desk.panel.follow(), nullptr);
+    const auto entryOf = [&] {
+        for (const QAction *action : menu.actions()) {
+            if (action->text().contains(url))
+                return action->text();
+        }
+        return QString();
+    };
+    const auto *notice = desk.panel.findChild<OutageNotice *>();
+    QVERIFY(notice && !notice->isVisible());
+
+    desk.panel.open({url});
+    QTRY_VERIFY(notice->isVisible());
+    QCOMPARE(notice->text(),
+             "Waiting for " + QString::fromStdString(server.address()) + ": Connection refused");
+    QCOMPARE(entryOf(), "End " + url + " (waiting)");
+    QVERIFY(server.start());
+    QTRY_VERIFY(!notice->isVisible());
+    QCOMPARE(entryOf(), "End " + url);
+    server.add(seedRecord("XX.BBB..HHZ", desk.now - Core::TimeSpan(100.0)));
+    QTRY_COMPARE(desk.panel.view()->count(), 2);
+
+    server.stop();
+    QTRY_VERIFY(notice->isVisible());
+    QElapsedTimer time;
+    time.start();
+    desk.panel.live()->end(url);
+    QVERIFY(time.elapsed() < 100);
+    QVERIFY(!notice->isVisible() && entryOf().isEmpty());
 }
 
 void TestLive::spectrogramsAndFiltersGoOn()

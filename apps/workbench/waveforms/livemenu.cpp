@@ -42,6 +42,7 @@ LiveMenu::LiveMenu(LiveSources *sources, LiveFollow *follow, QWidget *parent)
     _endAll = addAction(tr("&End all live sources"), _sources, SLOT(endAll()));
     fill();
     connect(_sources, SIGNAL(changed()), this, SLOT(fill()));
+    connect(_sources, SIGNAL(outagesChanged()), this, SLOT(fill()));
 }
 
 void LiveMenu::addLengths()
@@ -68,8 +69,12 @@ void LiveMenu::fill()
         removeAction(entry);
         entry->deleteLater(); // It may be the one that is telling that it was chosen.
     }
-    for (const QString &source : _sources->names()) {
-        auto *entry = new QAction(tr("End %1").arg(QString(source).replace('&', "&&")), this);
+    const QStringList names = _sources->names();
+    for (int i = 0; i < names.size(); ++i) {
+        const QString &source = names[i];
+        const bool isAway = !_sources->outages().value(i).isEmpty();
+        const QString text = isAway ? tr("End %1 (waiting)") : tr("End %1");
+        auto *entry = new QAction(text.arg(QString(source).replace('&', "&&")), this);
         connect(entry, &QAction::triggered, _sources,
                 [sources = _sources, source] { sources->end(source); });
         insertAction(_endAll, entry);

@@ -86,6 +86,7 @@ void LiveSource::start(Norvu::Gui::TraceView *view, const Core::TimeWindow &wind
 {
     _view = view;
     _stream->connect();
+    _stream->setPersistent(true);
     _stream->setTimeWindow(window);
     _stream->start(QThread::InheritPriority);
 }
@@ -93,6 +94,11 @@ void LiveSource::start(Norvu::Gui::TraceView *view, const Core::TimeWindow &wind
 void LiveSource::close()
 {
     _stream->stop(false);
+}
+
+QString LiveSource::outage() const
+{
+    return _stream->outage();
 }
 
 // Rows

@@ -26,6 +26,8 @@ using RowArrivals = QHash<const Norvu::Gui::Trace *, QVector<Tellarix::Core::Tim
  * A record stream that goes on with the present, read in a thread of its own into the rows of a
  * view: those of its streams, and new ones for streams that have none.
  *
+ * A server that can't be reached is waited for, also at the beginning.
+ *
  * Rows keep what has come in the last while. One whose row was closed stays away.
  */
 class LiveSource : public Norvu::Gui::TraceFileLoader
@@ -45,6 +47,9 @@ public:
     void start(Norvu::Gui::TraceView *view, const Tellarix::Core::TimeWindow &window);
     /** Has the stream end soon, without waiting for it. */
     void close();
+
+    /** Whom it waits for and why; empty if its server is there. */
+    QString outage() const;
 
     /** How long rows keep records; at least what the source was asked for. */
     Tellarix::Core::TimeSpan length() const { return _length; }

@@ -21,6 +21,7 @@ constexpr int ArrivalMilliseconds = 250;
 constexpr int MessageMilliseconds = 10000;
 /** Messages that come together are told together. */
 constexpr int FirstMessageMilliseconds = 100;
+constexpr int OutageMilliseconds = 500;
 
 } // namespace
 
@@ -32,6 +33,9 @@ LiveSources::LiveSources(Bench *bench, Norvu::Gui::TraceView *view, QObject *par
     _messageTimer.setSingleShot(true);
     connect(&_arrivalTimer, SIGNAL(timeout()), this, SIGNAL(arrived()));
     connect(&_messageTimer, SIGNAL(timeout()), this, SLOT(tell()));
+    connect(&_outageTimer, SIGNAL(timeout()), this, SLOT(lookForOutages()));
+    connect(this, SIGNAL(changed()), this, SLOT(lookForOutages()));
+    _outageTimer.setInterval(OutageMilliseconds);
 }
 
 LiveSources::~LiveSources()
@@ -128,6 +132,18 @@ void LiveSources::tell()
         return;
     _messageTimer.start(MessageMilliseconds);
     emit problems(messages);
+}
+
+void LiveSources::lookForOutages()
+{
+    QStringList outages;
+    for (const LiveSource *source : std::as_const(_sources))
+        outages.append(source->outage());
+    _sources.isEmpty() ? _outageTimer.stop() : _outageTimer.start();
+    if (outages == _outages)
+        return;
+    _outages = outages;
+    emit outagesChanged();
 }
 
 // End

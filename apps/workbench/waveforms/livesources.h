@@ -23,6 +23,9 @@ public:
     void add(const QString &source);
     bool isEmpty() const { return _sources.isEmpty(); }
     QStringList names() const;
+    /** Whom each source waits for and why, in the order of the names; empty texts for those whose
+     *  server is there. */
+    const QStringList &outages() const { return _outages; }
     /** All rows that are fed. */
     QSet<const Norvu::Gui::Trace *> rows() const;
 
@@ -50,11 +53,13 @@ signals:
     /** Records have come, perhaps in new rows; told a few times a second at most. */
     void arrived();
     void problems(const QStringList &messages);
+    void outagesChanged();
 
 private slots:
     void wait();
     void tell();
     void removeEnded();
+    void lookForOutages();
 
 private:
     void remove(const QList<LiveSource *> &sources);
@@ -65,6 +70,8 @@ private:
     QList<LiveSource *> _sources;
     QTimer _arrivalTimer;
     QTimer _messageTimer;
+    QTimer _outageTimer;
+    QStringList _outages;
 };
 
 } // namespace Workbench

@@ -67,6 +67,11 @@ double SourceLoader::progress() const
     return _stream->progress();
 }
 
+QString SourceLoader::outage() const
+{
+    return _stream->outage();
+}
+
 void SourceLoader::receivedRecords(const QVector<Tellarix::RecordPtr> &records)
 {
     for (const Tellarix::RecordPtr &record : records) {

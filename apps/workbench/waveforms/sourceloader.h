@@ -36,6 +36,8 @@ public:
     void stop();
     /** Share of the source that has been read, 0 to 1; negative if unknown. */
     double progress() const;
+    /** Whom it waits for and why; empty if the server is there. */
+    QString outage() const;
 
     /** Records with samples that arrived so far. */
     int waveformCount() const { return _waveformCount; }

@@ -38,6 +38,8 @@ public:
     /** Begins with what was added; does nothing while it is loading. */
     void begin();
     bool isLoading() const { return _loader != nullptr; }
+    /** Whom it waits for and why; empty if the server is there. */
+    QString outage() const { return _loader ? _loader->outage() : QString(); }
     /** Records that have arrived since it was idle. */
     int recordCount() const;
     /** Where they lie. */

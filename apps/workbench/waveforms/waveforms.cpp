@@ -14,6 +14,7 @@
 #include "livesources.h"
 #include "measuring.h"
 #include "navigation.h"
+#include "outagenotice.h"
 #include "pointerreport.h"
 #include "rowcolors.h"
 #include "rowcommands.h"
@@ -77,7 +78,7 @@ Waveforms::Waveforms(Bench *bench, QWidget *parent)
       _looks(new RowLooks(_view, _margins)), _filters(new RowFilters(bench, _view)),
       _navigation(new Navigation(bench, _view, &_coverage, _visibility)),
       _gestures(new TimeGestures(_view)), _strip(new DataStrip(_view, &_coverage, this)),
-      _hint(new QLabel(this))
+      _outages(new OutageNotice(_live, _queue, this)), _hint(new QLabel(this))
 {
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -86,8 +87,10 @@ Waveforms::Waveforms(Bench *bench, QWidget *parent)
     layout->addWidget(_strip);
     layout->addWidget(_visibility->notice(), 0, Qt::AlignCenter);
     layout->addWidget(_follow->notice(), 0, Qt::AlignCenter);
+    layout->addWidget(_outages);
     _hint->setAlignment(Qt::AlignCenter);
     _hint->setWordWrap(true);
+    _hint->setTextFormat(Qt::PlainText);
     _hint->setBackgroundRole(QPalette::Base);
     _hint->setAutoFillBackground(true);
     updateHint();
@@ -129,6 +132,7 @@ void Waveforms::connectLive()
     connect(_live, SIGNAL(arrived()), this, SLOT(showLiveArrivals()));
     connect(_live, SIGNAL(changed()), this, SLOT(followLiveSources()));
     connect(_live, SIGNAL(problems(QStringList)), this, SIGNAL(problems(QStringList)));
+    connect(_outages, SIGNAL(changed()), this, SLOT(updateHint()));
     connect(_follow, SIGNAL(changed()), this, SLOT(followPresent()));
     // Zooming out ends where there are data, or will be any.
     _navigation->setAwaitedWindow([this] {
@@ -140,7 +144,8 @@ void Waveforms::connectLive()
 
 void Waveforms::updateHint()
 {
-    _hint->setText(isLoading() ? tr("Loading…")
+    _hint->setText(!_outages->text().isEmpty() ? _outages->text()
+                   : isLoading()               ? tr("Loading…")
                    : !_live->isEmpty()
                        ? tr("Waiting for live data…")
                        : tr("Nothing is open.\n\nOpen files (Ctrl+O), a folder "

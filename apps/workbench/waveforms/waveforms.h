@@ -30,6 +30,7 @@ class LiveFollow;
 class LiveSources;
 class MeasuringTool;
 class Navigation;
+class OutageNotice;
 class PointerReport;
 class RowColors;
 class RowCommands;
@@ -114,6 +115,7 @@ private slots:
     void showLiveArrivals();
     void followLiveSources();
     void followPresent();
+    void updateHint();
 
 private:
     bool load(const QStringList &sources);
@@ -128,7 +130,6 @@ private:
     bool hasUserMoved() const;
     void connectTime();
     void connectRows();
-    void updateHint();
 
     Bench *_bench;
     Norvu::Gui::TraceView *_view;
@@ -148,6 +149,7 @@ private:
     TimeGestures *_gestures;
     DataStrip *_strip;
     PointerReport *_pointer;
+    OutageNotice *_outages;
     QLabel *_hint; /**< in the place of everything while there are no data */
     QStringList _sources;
     QList<QAction *> _rowActions;
