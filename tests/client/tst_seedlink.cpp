@@ -420,13 +420,18 @@ private slots:
 
         Reader closed(server.url(), {"XX.ABC..HHZ"}, {Begin, Core::Time()}, true);
         Reader reader(server.url() + Fast, {"XX.ABC..HHZ"}, {Begin, Core::Time()}, true);
-        QTRY_VERIFY(reader.isOpen() && closed.isOpen());
+        const QString live = QUrl::toPercentEncoding(QString::fromStdString(server.url() + Fast));
+        Reader joined("joined://?past=archive%3A%2F%2F%2F&live=" + live.toStdString(),
+                      {"XX.ABC..HHZ"}, {Begin, Core::Time()}, true);
+        QTRY_VERIFY(reader.isOpen() && closed.isOpen() && joined.isOpen());
         QVERIFY(closed.finish() < 100);
         QCOMPARE(reader.outage(), server.address() + ": Connection refused");
         server.add(part("XX.ABC..HHZ", 0));
         QVERIFY(server.start());
         QTRY_COMPARE(reader.count(), 1);
         QVERIFY(reader.outage().empty());
+        server.add(seedRecord("XX.ABC..HHZ", Core::Time::GMT()));
+        QTRY_COMPARE(joined.count(), 1);
         QCOMPARE(reader.faults(), QStringList());
         QVERIFY2(reader.messages().size() == 2 &&
                      reader.messages()[1].startsWith("connected after"),
