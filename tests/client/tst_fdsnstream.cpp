@@ -183,6 +183,20 @@ private slots:
         }
     }
 
+    void doesNotWaitWhereTheRequestIsTheTrouble()
+    {
+        HttpServer server([](const HttpAsked &asked) {
+            return asked.method == "GET" ? HttpReply::Of(200, "1.1")
+                   : asked.body.contains("BHZ 2024-01-05T05:00:00.")
+                       ? HttpReply{"", HttpReply::Close}
+                       : data().reply(asked);
+        });
+        const Outcome outcome = readThree(server, "&tries=3&hours=1");
+        QVERIFY(outcome.records.size() > 500);
+        QCOMPARE(outcome.messages.size(), 1);
+        QVERIFY(outcome.messages[0].endsWith("without an answer, after 3 tries"));
+    }
+
     void tellsWhatIsWrong()
     {
         const QString piece = "XX.A..BHZ and 2 others from 2024-01-05T00:00:00.000000Z to "

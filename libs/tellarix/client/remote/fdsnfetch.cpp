@@ -88,23 +88,37 @@ FdsnFetch::Outcome FdsnFetch::ask(const FdsnLines &lines)
     request.body = _settings.header + fdsnBody(lines);
     const ServerOutage::Turn turn = _exchange.begin();
     const bool isAnswered = _client.open(request);
+    const HttpAnswer failure = isAnswered ? HttpAnswer() : _client.answer();
     switch (_exchange.judge(turn, _client.answer())) {
     case ServerOutage::Verdict::Wait:
-        return Outcome::Again;
+        if (isAnswered || !isServerThere())
+            return Outcome::Again;
+        break;
     case ServerOutage::Verdict::GiveUp:
         return giveUpAll(_exchange.givenUpText());
     case ServerOutage::Verdict::Fault:
         break;
     }
     if (!isAnswered)
-        return judgeFailure(lines);
+        return judgeFailure(lines, failure);
     return _client.answer().status == 200 ? readRecords(lines) : judgeStatus(lines);
 }
 
-/** No answer came. */
-FdsnFetch::Outcome FdsnFetch::judgeFailure(const FdsnLines &lines)
+/** Asks for something that is no trouble: a request may be one that ends the server's process. */
+bool FdsnFetch::isServerThere()
 {
+    const ServerOutage::Turn turn = _exchange.begin();
     const HttpAnswer &answer = _client.answer();
+    if (!_client.open(HttpRequest(_address.url("dataselect", "version"))) || answer.status == 429 ||
+        answer.status >= 500)
+        return false;
+    _exchange.judge(turn, answer);
+    return true;
+}
+
+/** No answer came. */
+FdsnFetch::Outcome FdsnFetch::judgeFailure(const FdsnLines &lines, const HttpAnswer &answer)
+{
     const std::string cause = answer.cause.toStdString();
     switch (answer.failure) {
     case HttpFailure::Cancelled:

@@ -88,7 +88,8 @@ private:
     };
 
     Outcome ask(const FdsnLines &lines);
-    Outcome judgeFailure(const FdsnLines &lines);
+    bool isServerThere();
+    Outcome judgeFailure(const FdsnLines &lines, const HttpAnswer &answer);
     Outcome judgeStatus(const FdsnLines &lines);
     Outcome tryAgain(const FdsnLines &lines, const std::string &cause);
     Outcome giveUp(const FdsnLines &lines, const std::string &cause);

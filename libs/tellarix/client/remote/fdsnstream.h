@@ -26,8 +26,9 @@ namespace IO {
  * With a login the restricted data are asked for.
  *
  * A server that can't be reached, keeps silent or is overloaded although it has answered before is
- * waited for, whatever the number of tries; a line tells so, and another when it is back. One that
- * has never answered since open() is tried again once only: the address may as well be wrong.
+ * waited for, whatever the number of tries; a line tells so, and another when it is back. If it
+ * still gives its version, though, the request is the trouble, and the number of tries counts. One
+ * that has never answered since open() is tried again once only: the address may as well be wrong.
  *
  * | word           | default | meaning                                                        |
  * |----------------|---------|----------------------------------------------------------------|
