@@ -5,7 +5,6 @@
 #include <tellarix/core/strings.h>
 
 #include <QDateTime>
-#include <QLocale>
 
 #include <algorithm>
 #include <cmath>
@@ -58,8 +57,9 @@ milliseconds askedPause(const QByteArray &header)
     if (isNumber)
         return std::clamp(milliseconds(std::min<qlonglong>(seconds, 3600) * 1000), milliseconds(0),
                           MaxAskedPause);
-    QDateTime time = QLocale::c().toDateTime(header, "ddd, dd MMM yyyy hh:mm:ss 'GMT'");
-    time.setTimeSpec(Qt::UTC);
+    // Other forms would be read by way of the local time, whose zone all threads share.
+    const QString date = QString::fromLatin1(header).replace(" GMT", " +0000");
+    const QDateTime time = QDateTime::fromString(date, Qt::RFC2822Date);
     if (!time.isValid())
         return milliseconds(-1);
     return std::clamp(milliseconds(QDateTime::currentDateTimeUtc().msecsTo(time)), milliseconds(0),
