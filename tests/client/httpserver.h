@@ -39,14 +39,16 @@ struct HttpReply
 {
     enum Then
     {
-        Wait,  /**< for the next request */
-        Close, /**< the connection */
-        Repeat /**< the last bytes without end */
+        Wait,   /**< for the next request */
+        Close,  /**< the connection */
+        Repeat, /**< the last bytes without end */
+        Tunnel  /**< leads to a port of the loopback */
     };
 
     QByteArray bytes{};
     Then then{Wait};
     QByteArray repeated{};
+    quint16 port{0};
 
     /** An answer as it should be; @p headers are lines that end by CR LF. */
     static HttpReply Of(int status, const QByteArray &body = {}, const QByteArray &headers = {})
@@ -82,8 +84,8 @@ public:
         QProcess openssl;
         openssl.start("openssl",
                       {"req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "2", "-subj",
-                       "/CN=localhost", "-addext", "subjectAltName=DNS:localhost", "-keyout",
-                       file("key"), "-out", file("certificate")});
+                       "/CN=localhost", "-addext", "subjectAltName=DNS:localhost,DNS:service.test",
+                       "-keyout", file("key"), "-out", file("certificate")});
         openssl.waitForFinished();
         const QList<QSslCertificate> made = QSslCertificate::fromPath(file("certificate"));
         QFile keyFile(file("key"));
@@ -217,6 +219,8 @@ private:
                                : reply.bytes);
         if (reply.then == HttpReply::Close)
             socket->disconnectFromHost();
+        if (reply.then == HttpReply::Tunnel)
+            lead(socket, reply.port);
         if (reply.then != HttpReply::Repeat)
             return;
         const auto repeat = [socket, bytes = reply.repeated] {
@@ -225,6 +229,20 @@ private:
         };
         QObject::connect(socket, &QSslSocket::bytesWritten, socket, repeat);
         repeat();
+    }
+
+    /** Hands all bytes on, to and fro. */
+    static void lead(QSslSocket *socket, quint16 port)
+    {
+        socket->disconnect(socket);
+        auto *other = new QTcpSocket(socket);
+        other->connectToHost(QHostAddress::LocalHost, port);
+        const auto pipe = [](QTcpSocket *from, QTcpSocket *to) {
+            QObject::connect(from, &QTcpSocket::readyRead, to, [=] { to->write(from->readAll()); });
+            QObject::connect(from, &QTcpSocket::disconnected, to, &QTcpSocket::disconnectFromHost);
+        };
+        pipe(socket, other);
+        pipe(other, socket);
     }
 
     Answer _answer;

@@ -2,10 +2,11 @@
 
 #include <tellarix/client/remote/connection.h>
 
+#include <tellarix/client/remote/systemproxy_p.h>
+
 #include <QAbstractEventDispatcher>
+#include <QDeadlineTimer>
 #include <QEventLoop>
-#include <QHostAddress>
-#include <QNetworkProxy>
 #include <QTcpSocket>
 #include <QTimer>
 
@@ -17,11 +18,6 @@ namespace IO {
 namespace {
 
 constexpr qint64 PieceSize = 64 * 1024;
-
-bool isThisMachine(const QString &host)
-{
-    return host == QLatin1String("localhost") || QHostAddress(host).isLoopback();
-}
 
 } // namespace
 
@@ -54,17 +50,32 @@ Connection::~Connection() = default;
 
 Connection::Outcome Connection::open(const std::string &host, int port, int msecs)
 {
-    drop();
+    QUrl url;
+    url.setHost(QString::fromStdString(host));
+    url.setPort(port);
+    const QNetworkProxy proxy = systemProxy(url);
+    const QDeadlineTimer deadline(msecs);
     _error.clear();
+    Outcome outcome = open(url, proxy, msecs);
+    if (outcome == Outcome::Lost && proxy.type() != QNetworkProxy::NoProxy) {
+        const std::string cause = _error + ", by the proxy " + proxyName(proxy).toStdString();
+        if (isOfWebOnly(url))
+            outcome = open(url, QNetworkProxy::NoProxy, static_cast<int>(deadline.remainingTime()));
+        _error = isOfWebOnly(url) ? _error + " (" + cause + ')' : cause;
+    }
+    return outcome;
+}
+
+Connection::Outcome Connection::open(const QUrl &url, const QNetworkProxy &proxy, int msecs)
+{
+    drop();
     // Gives the thread what sockets are watched by, if it has never run an event loop.
     const QEventLoop loop;
-    const QString name = QString::fromStdString(host);
     _socket = std::make_unique<QTcpSocket>();
     _owner = std::this_thread::get_id();
     _socket->setReadBufferSize(PieceSize);
-    if (isThisMachine(name))
-        _socket->setProxy(QNetworkProxy::NoProxy);
-    _socket->connectToHost(name, static_cast<quint16>(port));
+    _socket->setProxy(proxy);
+    _socket->connectToHost(url.host(), static_cast<quint16>(url.port()));
     const Outcome outcome =
         wait([this] { return _socket->state() == QAbstractSocket::ConnectedState; }, msecs);
     if (outcome == Outcome::Done)

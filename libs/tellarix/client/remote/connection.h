@@ -16,7 +16,9 @@
 
 QT_BEGIN_NAMESPACE
 class QAbstractEventDispatcher;
+class QNetworkProxy;
 class QTcpSocket;
+class QUrl;
 QT_END_NAMESPACE
 
 namespace Tellarix {
@@ -24,7 +26,7 @@ namespace IO {
 
 /**
  * A TCP connection whose calls block up to a time, through the proxies of the system except to the
- * machine itself.
+ * machine itself. Where these are for the web only and refuse, the peer is reached directly.
  *
  * Everything belongs to the thread that opens the connection, but for end(): that may be called by
  * any thread and ends a wait at once, also one for a name or for a peer that stalls. Waiting runs
@@ -78,6 +80,7 @@ public:
 private:
     class Waiting;
 
+    Outcome open(const QUrl &url, const QNetworkProxy &proxy, int msecs);
     Outcome wait(const std::function<bool()> &isDone, int msecs);
     bool isLost();
 

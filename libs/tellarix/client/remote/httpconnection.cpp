@@ -2,6 +2,8 @@
 
 #include <tellarix/client/remote/httpconnection_p.h>
 
+#include <tellarix/client/remote/systemproxy_p.h>
+
 #include <QEventLoop>
 #include <QNetworkProxy>
 #include <QSslCertificate>
@@ -23,17 +25,6 @@ constexpr int BlockSize = 64 << 10;
 quint16 portOf(const QUrl &url)
 {
     return static_cast<quint16>(url.port(url.scheme() == QLatin1String("https") ? 443 : 80));
-}
-
-QNetworkProxy proxyFor(const QUrl &url)
-{
-    const QList<QNetworkProxy> proxies =
-        QNetworkProxyFactory::systemProxyForQuery(QNetworkProxyQuery(url));
-    for (const QNetworkProxy &proxy : proxies) {
-        if (proxy.type() == QNetworkProxy::NoProxy || !proxy.hostName().isEmpty())
-            return proxy;
-    }
-    return QNetworkProxy::NoProxy;
 }
 
 QString secondsText(int msecs)
@@ -146,7 +137,8 @@ bool HttpConnection::connectTo(const QUrl &url)
  *  and often refuse to do anything else. */
 void HttpConnection::setProxy(const QUrl &url, QString *host, quint16 *port)
 {
-    const QNetworkProxy proxy = proxyFor(url);
+    const QNetworkProxy proxy = systemProxy(url);
+    _proxyName = proxy.type() == QNetworkProxy::NoProxy ? QString() : proxyName(proxy);
     _relayed =
         url.scheme() == QLatin1String("http") && (proxy.type() == QNetworkProxy::HttpProxy ||
                                                   proxy.type() == QNetworkProxy::HttpCachingProxy);
@@ -172,7 +164,8 @@ bool HttpConnection::waitForConnection(bool encrypted)
         if (!wait(deadline)) {
             if (!isCancelled())
                 fail(HttpFailure::TimedOut,
-                     "no connection within " + secondsText(_settings.connectMSecs));
+                     "no connection within " + secondsText(_settings.connectMSecs) +
+                         (_proxyName.isEmpty() ? QString() : ", by the proxy " + _proxyName));
             return false;
         }
     }
@@ -186,7 +179,9 @@ bool HttpConnection::failToConnect()
         return fail(HttpFailure::Certificate,
                     "the certificate of the server does not hold: " + _io->faults.join("; "));
     }
-    const QString cause = lowered(_io->socket.errorString());
+    QString cause = lowered(_io->socket.errorString());
+    if (!_proxyName.isEmpty())
+        cause = QString("%1, by the proxy %2").arg(cause, _proxyName);
     if (_io->socket.error() == QAbstractSocket::SslHandshakeFailedError)
         return fail(HttpFailure::Certificate, "no encrypted connection: " + cause);
     return fail(HttpFailure::Unreachable, cause);

@@ -77,6 +77,7 @@ private:
     bool _used{false};
     bool _relayed{false};
     QByteArray _proxyLogin;
+    QString _proxyName;  /**< "HOST:PORT", empty without one */
     QByteArray _pending; /**< read from the socket, but by nobody yet */
     int _pendingBegin{0};
     HttpFailure _failure{HttpFailure::None};
