@@ -2,6 +2,8 @@
 
 #include <tellarix/client/remote/fdsnaddress.h>
 
+#include <tellarix/client/remote/httpaccounts.h>
+
 #include <QRegularExpression>
 #include <QUrlQuery>
 
@@ -47,6 +49,11 @@ QString FdsnAddress::name() const
 {
     QString path = _base.path() == DefaultBase ? QString() : _base.path();
     return Prefix + httpServerName(_base) + path;
+}
+
+bool FdsnAddress::hasLogin() const
+{
+    return !_base.userName().isEmpty() || !HttpAccounts::Instance().find(_base).isEmpty();
 }
 
 QUrl FdsnAddress::url(const QString &service, const QString &method) const

@@ -12,7 +12,7 @@ namespace Tellarix {
 namespace IO {
 
 /**
- * Address of a data centre's web services, "fdsnws+https://[USER:PASSWORD@]HOST[:PORT][/BASE]" or
+ * Address of a data centre's web services, "fdsnws+https://[USER[:PASSWORD]@]HOST[:PORT][/BASE]" or
  * the same with http, and words behind a "?". Services lie below BASE, which is "/fdsnws" if it is
  * not given; a method of a service behind it, "/event/1/query", is passed over.
  */
@@ -28,7 +28,8 @@ public:
     QString name() const;
     /** The address of a method, e.g. "dataselect" and "query"; with the login. */
     QUrl url(const QString &service, const QString &method) const;
-    bool hasLogin() const { return !_base.userName().isEmpty(); }
+    /** Whether a login is known, which stands in the address or is kept for its host. */
+    bool hasLogin() const;
     /** What stands behind the "?", decoded; names in lower case. */
     const QMap<QString, QString> &words() const { return _words; }
 

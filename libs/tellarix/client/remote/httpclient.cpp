@@ -2,6 +2,7 @@
 
 #include <tellarix/client/remote/httpclient.h>
 
+#include <tellarix/client/remote/httpaccounts.h>
 #include <tellarix/client/remote/httpconnection_p.h>
 #include <tellarix/client/remote/httplogin_p.h>
 #include <tellarix/core/version.h>
@@ -105,8 +106,27 @@ QByteArray HttpAnswer::header(const char *name) const
 
 QString HttpAnswer::statusText() const
 {
-    return QString("%1 %2").arg(status).arg(reason).trimmed();
+    const QString text = QString("%1 %2").arg(status).arg(reason).trimmed();
+    return loginProblem.isEmpty() ? text : QString("%1 (%2)").arg(text, loginProblem);
 }
+
+namespace {
+
+/** The login that stands in a URL or settings, or is kept for the URL. */
+HttpLogin loginFor(const QUrl &url, const HttpSettings &settings)
+{
+    const QString user = url.userName(QUrl::FullyDecoded);
+    const QString password = url.password(QUrl::FullyDecoded);
+    if (!user.isEmpty() && !password.isEmpty())
+        return HttpLogin(user, password);
+    if (user.isEmpty() && !settings.user.isEmpty())
+        return HttpLogin(settings.user, settings.password);
+    const HttpAccount account = HttpAccounts::Instance().find(url);
+    return account.isEmpty() ? HttpLogin(user, password)
+                             : HttpLogin(account.user, account.password);
+}
+
+} // namespace
 
 /** The exchange of one request and answer after another over one connection. */
 class HttpClient::Private
@@ -116,6 +136,9 @@ public:
         : settings(settings), connection(settings), answer(answer)
     {}
 
+    void setLogin(const QUrl &url, const HttpLogin &newLogin);
+    /** Whether there is a login for the server of a URL, after redirects perhaps another one. */
+    bool hasLoginFor(const QUrl &url);
     bool exchange(const HttpRequest &request);
     bool follow(HttpRequest &request);
     void drain();
@@ -160,6 +183,25 @@ private:
     bool keepsAlive{false};
     bool headBegun{false};
 };
+
+void HttpClient::Private::setLogin(const QUrl &url, const HttpLogin &newLogin)
+{
+    const QString server = httpServerName(url);
+    if (server == loginServer && newLogin.isOfSameUser(login))
+        return;
+    login = newLogin;
+    loginServer = server;
+}
+
+bool HttpClient::Private::hasLoginFor(const QUrl &url)
+{
+    if (httpServerName(url) != loginServer) {
+        const HttpAccount account = HttpAccounts::Instance().find(url);
+        if (!account.isEmpty())
+            setLogin(url, HttpLogin(account.user, account.password));
+    }
+    return httpServerName(url) == loginServer && !login.isEmpty();
+}
 
 bool HttpClient::Private::failed()
 {
@@ -449,27 +491,22 @@ bool HttpClient::open(const HttpRequest &request)
     if (!isKnownScheme(request.url))
         return d.fail(HttpFailure::Address, "no address of HTTP");
 
-    const QString server = httpServerName(request.url);
-    const bool hasLogin = !request.url.userName().isEmpty();
-    const HttpLogin login = hasLogin ? HttpLogin(request.url.userName(QUrl::FullyDecoded),
-                                                 request.url.password(QUrl::FullyDecoded))
-                                     : HttpLogin(d.settings.user, d.settings.password);
-    if (server != d.loginServer || !login.isOfSameUser(d.login)) {
-        d.login = login;
-        d.loginServer = server;
-    }
-
+    d.setLogin(request.url, loginFor(request.url, d.settings));
     bool loggedIn = false;
     for (;;) {
         if (!d.exchange(current))
             return false;
-        if (_answer.status == 401 && !loggedIn && !d.login.isEmpty() &&
-            httpServerName(current.url) == d.loginServer && d.login.take(_answer)) {
+        if (_answer.status == 401 && !loggedIn && d.hasLoginFor(current.url) &&
+            d.login.take(_answer)) {
             loggedIn = true;
             d.drain();
-        } else if (!isRedirect(_answer.status) || _answer.header("Location").isEmpty())
+            continue;
+        }
+        if (!isRedirect(_answer.status) || _answer.header("Location").isEmpty()) {
+            if ((_answer.status == 401 || _answer.status == 403) && !d.hasLoginFor(current.url))
+                _answer.loginProblem = HttpAccounts::Instance().problem();
             return true;
-        else if (!d.follow(current))
+        } else if (!d.follow(current))
             return false;
     }
 }

@@ -39,7 +39,9 @@ struct TELLARIX_CLIENT_API HttpRequest
     void setKnown(const QByteArray &entityTag, const QByteArray &lastModified);
 
     Method method{Method::Get};
-    QUrl url; /**< http or https; a login in it goes to this server only, and into no message */
+    /** http or https; a login in it goes to this server only, and into no message. Without a
+     *  password in it, HttpAccounts are asked for one. */
+    QUrl url;
     QByteArray body;
     QByteArray bodyType{"text/plain"};
     HttpHeaders headers; /**< beside those that a client sends itself */
@@ -64,7 +66,7 @@ struct TELLARIX_CLIENT_API HttpAnswer
 {
     /** The value of a header, whatever the case of its name; empty if there is none. */
     QByteArray header(const char *name) const;
-    /** "404 Not Found" */
+    /** "404 Not Found", with the loginProblem if there is one. */
     QString statusText() const;
 
     int status{0};  /**< 0 if there is no answer */
@@ -74,6 +76,8 @@ struct TELLARIX_CLIENT_API HttpAnswer
     qint64 length{-1}; /**< bytes of the body, -1 if the server doesn't tell */
     HttpFailure failure{HttpFailure::None};
     QString cause; /**< of the failure, e.g. "no answer within 60 s" */
+    QString
+        loginProblem; /**< why the logins that are kept could not be used, where one is wanted */
 };
 
 /** Bounds and login of a client. */
@@ -95,8 +99,9 @@ struct HttpSettings
  * A client belongs to the thread that uses it first, which also has to destroy it; it runs an event
  * loop of its own there, for which the program needs a QCoreApplication. Connections are kept for
  * the next request where the server allows it. A server gets the login by digest or in plain, as it
- * wants. Redirects are followed, also with a body, but never from https to http. Proxies,
- * certificates and trust are those of the system.
+ * wants; also one to which a request is redirected, but only its own of HttpAccounts. Redirects are
+ * followed, also with a body, but never from https to http. Proxies, certificates and trust are
+ * those of the system.
  */
 class TELLARIX_CLIENT_API HttpClient
 {
