@@ -37,10 +37,11 @@ enum class Fault
     WebPage,         /**< is another kind of server */
     RefusesAll,      /**< ERROR to each station */
     RefusesWildcards,
-    StallsInFlow, /**< says nothing any more once data flow, INFO neither */
-    CutsInPacket, /**< breaks off in the middle of the second packet of a connection */
-    Garbage,      /**< sends bytes that are no packet behind the first one */
-    DamagedRecord /**< a damaged record between two sound ones */
+    RefusesStreams, /**< to list them */
+    StallsInFlow,   /**< says nothing any more once data flow, INFO neither */
+    CutsInPacket,   /**< breaks off in the middle of the second packet of a connection */
+    Garbage,        /**< sends bytes that are no packet behind the first one */
+    DamagedRecord   /**< a damaged record between two sound ones */
 };
 
 /**
@@ -388,6 +389,7 @@ private:
     bool info(Client &client, const std::string &level)
     {
         std::string text = "<?xml version=\"1.0\"?><seedlink software=\"tests\">";
+        const bool isRefused = _fault == Fault::RefusesStreams && level == "STREAMS";
         if (level == "ID")
             ++_keepAlives;
         const std::lock_guard<std::mutex> lock(_mutex);
@@ -395,7 +397,8 @@ private:
         for (const Packet &packet : _ring) {
             const std::string names = " name=\"" + packet.codes->station() + "\" network=\"" +
                                       packet.codes->network() + '"';
-            if (level == "ID" || std::count(stations.begin(), stations.end(), names) > 0)
+            if (level == "ID" || isRefused ||
+                std::count(stations.begin(), stations.end(), names) > 0)
                 continue;
             stations.push_back(names);
             text += "<station" + names + " description=\"Station of tests\">";
@@ -408,16 +411,16 @@ private:
         text += "</seedlink>";
         for (size_t i = 0; i < text.size(); i += PieceSize) {
             const std::string mark = i + PieceSize < text.size() ? "*" : " ";
-            if (!send(client, "SLINFO " + mark + infoRecord(text.substr(i, PieceSize))))
+            if (!send(client, "SLINFO " + mark + infoRecord(text.substr(i, PieceSize), isRefused)))
                 return false;
         }
         return true;
     }
 
-    static std::string infoRecord(const std::string &text)
+    static std::string infoRecord(const std::string &text, bool isError)
     {
         BytesWriter record(512, true);
-        record.putText(0, "000000D INFO   INFSL");
+        record.putText(0, isError ? "000000D INFO   ERRSL" : "000000D INFO   INFSL");
         record.put<quint16>(20, 2024);
         record.put<quint16>(22, 1);
         record.put<quint16>(30, static_cast<quint16>(text.size()));

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
+#include "client/seedlinkserver.h"
 #include "toolrun.h"
 
 #include <QFile>
@@ -63,6 +64,38 @@ private slots:
         const QStringList table = run({"stations", _file}).output.split('\n');
         QCOMPARE(table.size(), 4);
         QCOMPARE(table[0].indexOf("Start"), table[2].indexOf("2021-01-01T00:00:00.123456Z"));
+    }
+
+    void listsWhatALiveServerHas()
+    {
+        SeedLinkTesting::SeedLinkServer server;
+        QVERIFY(server.start());
+        const QString url = QString::fromStdString(server.url()) + "?timeout=5";
+        const Tellarix::Core::Time begin(2024, 1, 5, 10, 0, 0);
+        for (const char *id : {"YY.B..EHZ", "XX.A.10.HHZ"})
+            server.add(seedRecord(id, begin));
+        const QJsonArray all = run({"stations", "--json", url}).json();
+        QCOMPARE(all.size(), 2);
+        const QJsonObject first = all[0].toObject();
+        QCOMPARE(first["id"].toString(), QString("XX.A.10.HHZ"));
+        QVERIFY(first["latitude"].isNull() && first["rate"].isNull());
+        QCOMPARE(first["start"].toString(), QString("2024-01-05T10:00:00.000000Z"));
+        const Run table = run({"stations", "--streams", "XX.*.1?.*", _file, url});
+        QCOMPARE(table.status, 0);
+        const QString line = table.output.section('\n', 1);
+        QVERIFY2(line.startsWith("XX.A.10.HHZ  ") && line.contains("2024-01-05T10:00:00"),
+                 qPrintable(table.output));
+        QCOMPARE(line.count('\n'), 1);
+
+        server.setFault(SeedLinkTesting::Fault::RefusesStreams);
+        const QJsonArray stations = run({"stations", "--json", "--streams", "*.B..*", url}).json();
+        QCOMPARE(stations.size(), 1);
+        QCOMPARE(stations[0].toObject()["id"].toString(), QString("YY.B.*.*"));
+        server.stop();
+        const Run gone = run({"stations", url});
+        QCOMPARE(gone.status, 1);
+        QVERIFY2(gone.errors.startsWith("tellarix: " + QString::fromStdString(server.address())),
+                 qPrintable(gone.errors));
     }
 
     void selectsByNameAndTime()

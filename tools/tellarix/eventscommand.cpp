@@ -280,7 +280,7 @@ IO::EventImportResult EventsCommand::importService(const IO::DatabaseInterfacePt
     query.words = address.words();
 
     IO::FdsnService service(address);
-    const RunningService::Guard guard(_service, service);
+    const RunningService::Guard guard(_service, [&] { service.cancel(); });
     const auto source = [&](const IO::EventReadHandler &handler, QString *error) {
         return service.readEvents(query, handler, error);
     };

@@ -2,32 +2,33 @@
 
 #pragma once
 
-#include <tellarix/client/remote/fdsnservice.h>
-
+#include <functional>
 #include <mutex>
+#include <utility>
 
 namespace Tellarix {
 namespace Tool {
 
-/** The web service that a command waits for, if any, and whether it was told to stop that. */
+/** The server that a command waits for, if any, and whether it was told to stop that. */
 class RunningService
 {
 public:
-    /** Makes a service the one that is waited for, as long as it lives. */
+    /** Makes a server the one that is waited for, as long as it lives. */
     class Guard
     {
     public:
-        Guard(RunningService &running, IO::FdsnService &service) : _running(running)
+        /** @param cancel  ends the wait, also one that is still to come; any thread calls it */
+        Guard(RunningService &running, std::function<void()> cancel) : _running(running)
         {
             const std::lock_guard<std::mutex> lock(_running._mutex);
-            _running._service = &service;
+            _running._cancel = std::move(cancel);
             if (_running._interrupted)
-                service.cancel();
+                _running._cancel();
         }
         ~Guard()
         {
             const std::lock_guard<std::mutex> lock(_running._mutex);
-            _running._service = nullptr;
+            _running._cancel = nullptr;
         }
         Guard(const Guard &) = delete;
         Guard &operator=(const Guard &) = delete;
@@ -41,13 +42,13 @@ public:
     {
         const std::lock_guard<std::mutex> lock(_mutex);
         _interrupted = true;
-        if (_service)
-            _service->cancel();
+        if (_cancel)
+            _cancel();
     }
 
 private:
     std::mutex _mutex;
-    IO::FdsnService *_service{nullptr};
+    std::function<void()> _cancel;
     bool _interrupted{false};
 };
 

@@ -6,8 +6,8 @@
 #include "windowoptions.h"
 
 #include <tellarix/client/io/channelsummary.h>
-#include <tellarix/client/io/inventoryreader.h>
 #include <tellarix/client/remote/fdsnservice.h>
+#include <tellarix/client/remote/seedlinkinventory.h>
 #include <tellarix/core/datamodel/inventory.h>
 #include <tellarix/core/datamodel/stream.h>
 #include <tellarix/core/datamodel/utils.h>
@@ -28,13 +28,16 @@ using Streams = std::vector<const DataModel::Stream *>;
 
 const auto JsonOption = QStringLiteral("json");
 const auto CsvOption = QStringLiteral("csv");
+const auto SeedLinkScheme = QStringLiteral("seedlink://");
 
 bool matches(const DataModel::WaveformStreamID &id, const StreamCodes &pattern)
 {
     return Core::wildcardMatch(pattern.network(), id.networkCode()) &&
            Core::wildcardMatch(pattern.station(), id.stationCode()) &&
-           Core::wildcardMatch(pattern.location(), id.locationCode()) &&
-           Core::wildcardMatch(pattern.channel(), id.channelCode());
+           // A server that doesn't tell its channels may well have those.
+           (id.channelCode() == "*" ||
+            (Core::wildcardMatch(pattern.location(), id.locationCode()) &&
+             Core::wildcardMatch(pattern.channel(), id.channelCode())));
 }
 
 bool printJson(const Streams &streams)
@@ -102,7 +105,7 @@ QString tableText(const Streams &streams)
 
 QString StationsCommand::summary() const
 {
-    return tr("List the channels of station files.");
+    return tr("List the channels of station files and of servers.");
 }
 
 void StationsCommand::describe(QCommandLineParser &parser) const
@@ -111,10 +114,12 @@ void StationsCommand::describe(QCommandLineParser &parser) const
         "Lists place, depth, orientation, rate, time of operation, gain and unit of each epoch of "
         "a\nchannel, by name and start. Files are StationXML 1.0 to 1.2 or tables of web services "
         "(text);\n\"fdsnws+https://HOST\" is the web service of a data centre, which is asked for "
-        "what the\noptions say.\nA channel without coordinates has those of its station. Status: "
-        "0, 1 if "
-        "something could not\nbe read, 2 if the command line is wrong."));
-    parser.addPositionalArgument(tr("FILE"), tr("Files of stations, or addresses of web services."),
+        "what the\noptions say. \"seedlink://HOST:PORT\" is a live server, which tells no more "
+        "than "
+        "codes and\nfrom when to when it holds data; * stands for channels that it doesn't tell.\n"
+        "A channel without coordinates has those of its station. Status: 0, 1 if something could "
+        "not\nbe read, 2 if the command line is wrong."));
+    parser.addPositionalArgument(tr("FILE"), tr("Files of stations, or addresses of servers."),
                                  tr("FILE..."));
     parser.addOptions({
         {FromOption, tr("Only epochs that end behind TIME, e.g. 2024-01-05T10:11:12."), tr("TIME")},
@@ -172,8 +177,9 @@ int StationsCommand::run()
 bool StationsCommand::read(const QString &name, std::vector<DataModel::NetworkPtr> *networks)
 {
     const IO::InventoryFile file =
-        IO::FdsnAddress::IsOne(name)
-            ? readService(name)
+        IO::FdsnAddress::IsOne(name) ? readService(name)
+        : name.startsWith(SeedLinkScheme)
+            ? readServer(name.mid(SeedLinkScheme.size()))
             : IO::readInventoryFile(name, [this](qint64, qint64) { return !_interrupted; });
     for (const QString &warning : file.warnings)
         printError(warning);
@@ -195,13 +201,31 @@ IO::InventoryFile StationsCommand::readService(const QString &url)
     query.words = address.words();
 
     IO::FdsnService service(address);
-    const RunningService::Guard guard(_service, service);
+    const RunningService::Guard guard(_service, [&] { service.cancel(); });
     IO::InventoryReadHandler handler;
     handler.progress = [this](qint64, qint64) { return !_interrupted; };
     handler.warn = [&](const QString &text) { result.addWarning(text); };
     result.ok = service.readInventory(query, &result.networks, handler, &result.error);
     if (!result.ok && result.error.isEmpty())
         result.error = tr("%1: interrupted").arg(service.name());
+    return result;
+}
+
+IO::InventoryFile StationsCommand::readServer(const QString &address)
+{
+    IO::InventoryFile result;
+    IO::SeedLinkStations server;
+    result.ok = server.setSource(address.toStdString());
+    if (result.ok) {
+        const RunningService::Guard guard(_service, [&] { server.close(); });
+        result.ok = server.readAll();
+    }
+    if (result.ok)
+        result.networks = IO::networksOf(server.stations());
+    else if (_interrupted)
+        result.error = tr("%1: interrupted").arg(SeedLinkScheme + address);
+    else
+        result.error = QString::fromStdString(server.errorString());
     return result;
 }
 

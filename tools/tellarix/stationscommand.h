@@ -5,6 +5,7 @@
 #include "command.h"
 #include "runningservice.h"
 
+#include <tellarix/client/io/inventoryreader.h>
 #include <tellarix/core/datamodel/network.h>
 #include <tellarix/core/records/streamcodes.h>
 #include <tellarix/core/timewindow.h>
@@ -23,7 +24,7 @@ class Stream;
 
 namespace Tool {
 
-/** Lists the channels of station files. */
+/** Lists the channels of station files and of servers. */
 class StationsCommand : public Command
 {
     Q_DECLARE_TR_FUNCTIONS(Tellarix::Tool::StationsCommand)
@@ -40,6 +41,7 @@ public:
 private:
     bool read(const QString &file, std::vector<DataModel::NetworkPtr> *networks);
     IO::InventoryFile readService(const QString &url);
+    IO::InventoryFile readServer(const QString &address);
     bool isWanted(const DataModel::Stream &stream) const;
 
     QStringList _files;

@@ -155,17 +155,25 @@ bool SeedLinkStations::read(bool withStreams)
         return true;
     };
     std::string cause;
-    bool done = _session.open() == SeedLinkSession::Outcome::Done;
-    if (!done)
+    _isConnected = _session.open() == SeedLinkSession::Outcome::Done;
+    if (!_isConnected)
         cause = _session.cause();
-    done =
-        done && readSeedLinkStations(_session, withStreams ? "STREAMS" : "STATIONS", keep, &cause);
+    const bool done =
+        _isConnected &&
+        readSeedLinkStations(_session, withStreams ? "STREAMS" : "STATIONS", keep, &cause);
     _session.connection().drop();
     if (done)
         _stations = std::move(stations);
     else
         _errorString = _address.name() + ": " + cause;
     return done;
+}
+
+bool SeedLinkStations::readAll()
+{
+    const bool isDone = read(true);
+    // Where there is no connection, another question is of no use.
+    return isDone || (_isConnected && !_session.connection().isEnded() && read(false));
 }
 
 } // namespace IO

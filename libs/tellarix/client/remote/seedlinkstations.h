@@ -49,6 +49,8 @@ public:
     bool setSource(const std::string &source);
     /** Connects and lists all stations, with their streams or without. */
     bool read(bool withStreams);
+    /** The same with streams, or without where the server tells none. */
+    bool readAll();
     /** Ends read() soon, also one that is still to come; any thread may call it. */
     void close() { _session.connection().end(); }
 
@@ -63,6 +65,7 @@ private:
     SeedLinkSession _session;
     std::vector<SeedLinkStation> _stations;
     std::string _errorString;
+    bool _isConnected{false}; /**< the last read() was */
 };
 
 } // namespace IO
