@@ -15,6 +15,9 @@
 #include "taskprogress.h"
 #include "widgetgallery.h"
 
+#include <tellarix/client/io/databaseaddress.h>
+#include <tellarix/client/remote/httpaccounts.h>
+
 #include <QAbstractSpinBox>
 #include <QAction>
 #include <QApplication>
@@ -105,6 +108,24 @@ Qt::DockWidgetArea areaOf(PanelPlace place)
     default:
         return Qt::RightDockWidgetArea;
     }
+}
+
+/** Texts that may be shown and stored: passwords for web services are known by these until the
+ *  program ends. */
+QStringList withoutPasswords(QStringList sources)
+{
+    for (QString &source : sources)
+        source = Tellarix::IO::takePasswords(source);
+    return sources;
+}
+
+/** What stands for a source among those that were opened last. */
+QString rememberedText(const QString &source)
+{
+    if (QFileInfo::exists(source))
+        return QFileInfo(source).absoluteFilePath();
+    const auto database = Tellarix::IO::DatabaseAddress::Read(source);
+    return database ? database->toString() : source;
 }
 
 } // namespace
@@ -355,8 +376,9 @@ bool MainWindow::haveAll(const QString &failure, const std::function<bool(Panel 
     return ok;
 }
 
-bool MainWindow::open(const QStringList &sources)
+bool MainWindow::open(const QStringList &given)
 {
+    const QStringList sources = withoutPasswords(given);
     if (_interactive)
         remember(sources);
     QHash<Panel *, QStringList> shares;
@@ -447,9 +469,9 @@ void MainWindow::remember(const QStringList &sources) const
     QSettings settings;
     settings.beginGroup(SettingsGroup);
     QStringList recent;
-    for (const QString &source : sources)
-        recent.append(QFileInfo::exists(source) ? QFileInfo(source).absoluteFilePath() : source);
-    recent += settings.value("recent").toStringList();
+    for (const QString &source :
+         withoutPasswords(sources + settings.value("recent").toStringList()))
+        recent.append(rememberedText(source));
     recent.removeDuplicates();
     settings.setValue("recent", QStringList(recent.mid(0, RecentCount)));
 }

@@ -5,6 +5,7 @@
 #include "bench/selection.h"
 #include "bench/shownevents.h"
 #include "bench/task.h"
+#include "client/httpserver.h"
 #include "events/emptyreason.h"
 #include "events/eventexport.h"
 #include "events/eventpanel.h"
@@ -247,6 +248,53 @@ private slots:
         QCOMPARE(desk.panel.list()->rowCount(), 2);
         QCOMPARE(desk.problems, QStringList());
         QVERIFY(clock.elapsed() < 10000);
+    }
+
+    void fetchesEventsOfServices()
+    {
+        QByteArray table("#EventID|Time|Latitude|Longitude|Depth/km|Author|Catalog|Contributor|"
+                         "ContributorID|MagType|Magnitude|MagAuthor|EventLocationName\n"
+                         "id1|2024-01-05T00:00:00|1|2|3|a|||||4.5||Sea\n");
+        std::atomic<int> status{200};
+        const HttpServer server([&](const HttpAsked &) {
+            return status == 0 ? HttpReply() : HttpReply::Of(status, status == 200 ? table : "no");
+        });
+        const QString name = "fdsnws+http://" + server.host();
+        const QString url = name + "/fdsnws/event/1/query?format=text&minmagnitude=4";
+        Desk desk;
+        QVERIFY(desk.panel.canOpen(url) && !desk.panel.canOpen(name));
+        QVERIFY(desk.panel.openSources({url, desk.table}));
+        QTRY_VERIFY(!desk.isBusy());
+        QCOMPARE(desk.panel.list()->rowCount(), 3);
+        QVERIFY(server.asked().last().target.contains("minmagnitude=4"));
+        QCOMPARE(desk.bench.eventStore(), QString());
+
+        // Into a database, once more, and with an error.
+        desk.panel.openSources({desk.write("stored.sqlite", "")});
+        QTRY_VERIFY(!desk.isBusy());
+        desk.panel.catalogue()->open(Catalogue::addressOf(desk.folder.filePath("stored.sqlite")),
+                                     Catalogue::Schema::Created);
+        QTRY_VERIFY(!desk.isBusy() && !desk.bench.eventStore().isEmpty());
+        desk.bench.importEvents({url});
+        QTRY_COMPARE(desk.panel.catalogue()->eventCount(), 1);
+        QTRY_VERIFY(!desk.isBusy());
+        desk.problems.clear();
+        status = 400;
+        desk.bench.importEvents({url});
+        QTRY_VERIFY(!desk.isBusy() && !desk.problems.isEmpty());
+        QCOMPARE(desk.problems.first(), name + ": 400 Reason: no");
+
+        // A server that says nothing is given up at once.
+        status = 0;
+        const int before = server.asked().size();
+        desk.bench.importEvents({url});
+        QTRY_VERIFY(server.asked().size() > before);
+        QElapsedTimer clock;
+        clock.start();
+        desk.bench.tasks()->running().last()->cancel();
+        QTRY_VERIFY(!desk.isBusy());
+        QVERIFY2(clock.elapsed() < 500, qPrintable(QString::number(clock.elapsed())));
+        QCOMPARE(desk.panel.catalogue()->eventCount(), 1);
     }
 
     void tellsWhyNothingIsThere_data()

@@ -4,18 +4,29 @@
 #include "bench/mapview.h"
 #include "bench/selection.h"
 #include "bench/stations.h"
-#include "client/httpserver.h"
+#include "client/fdsndata.h"
 #include "client/seedlinkserver.h"
+#include "openwindow.h"
+#include "rowname.h"
+#include "sources/eventrequestdialog.h"
+#include "sources/sourceeditor.h"
 #include "sources/sourcelist.h"
+#include "sources/sourcelogin.h"
 #include "sources/sourcepanel.h"
 #include "sources/sourcerequest.h"
 #include "sources/stationtree.h"
 #include "sources/timechooser.h"
 
 #include <tellarix/client/io/recordstream.h>
+#include <tellarix/client/remote/httpaccounts.h>
+#include <tellarix/core/environment.h>
 
+#include <QDateTimeEdit>
+#include <QDialogButtonBox>
+#include <QDirIterator>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QPushButton>
 #include <QSettings>
 #include <QToolButton>
@@ -44,6 +55,47 @@ HttpReply stationService(const HttpAsked &asked)
     if (asked.target.contains("version"))
         return HttpReply::Of(200, "1.1.50", "Content-Type: text/plain\r\n");
     return HttpReply::Of(200, asked.target.contains("level=station") ? StationTable : ChannelTable);
+}
+
+/** Of who has to log in as "anna" with the password "hush-hush". */
+HttpReply restricted(const HttpAsked &asked, const std::function<HttpReply()> &reply)
+{
+    return asked.header("Authorization") == "Basic " + QByteArray("anna:hush-hush").toBase64()
+               ? reply()
+               : HttpReply::Of(401, "", "WWW-Authenticate: Basic realm=x\r\n");
+}
+
+/** All texts that a person can see, or that are kept. */
+QStringList textsOf(const QString &folder)
+{
+    QStringList texts;
+    for (const QWidget *widget : QApplication::allWidgets()) {
+        texts << widget->windowTitle() << widget->toolTip() << widget->accessibleName();
+        for (const char *property : {"displayText", "currentText", "plainText", "title"})
+            texts.append(widget->property(property).toString());
+        if (!qobject_cast<const QLineEdit *>(widget)) // which may show dots
+            texts.append(widget->property("text").toString());
+        for (const QAction *action : widget->findChildren<QAction *>())
+            texts << action->text() << action->toolTip() << action->data().toString();
+        if (const auto *view = qobject_cast<const QAbstractItemView *>(widget);
+            view && view->model())
+            for (int row = 0; row < view->model()->rowCount(); ++row)
+                texts.append(view->model()->index(row, 0).data().toString());
+    }
+    QDirIterator files(folder, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    while (files.hasNext()) {
+        QFile file(files.next());
+        if (QFileInfo(file).fileName() != "logins.json" && file.open(QFile::ReadOnly))
+            texts.append(file.fileName() + ": " + QString::fromLatin1(file.readAll()));
+    }
+    return texts;
+}
+
+QStringList logged;
+
+void keepLog(QtMsgType, const QMessageLogContext &, const QString &text)
+{
+    logged.append(text);
 }
 
 ListedStation station(const char *network, const char *code, const char *site, double longitude,
@@ -91,6 +143,9 @@ private slots:
     {
         qputenv("XDG_CONFIG_HOME", _folder.path().toLocal8Bit());
         qputenv("XDG_CACHE_HOME", _folder.path().toLocal8Bit());
+        Environment::Instance()->refresh();
+        QCoreApplication::setOrganizationName("tests");
+        QCoreApplication::setApplicationName("sources");
     }
 
     void readsBuiltInSources()
@@ -422,6 +477,116 @@ private slots:
         QVERIFY2(lines[3].startsWith("Events: http://" + page.host() + ": a page"),
                  qPrintable(lines[3]));
         QCOMPARE(live.connections(), 0);
+    }
+
+    void keepsLoginsApartFromAddresses()
+    {
+        const HttpServer past([](const HttpAsked &asked) {
+            return restricted(asked, [&] { return stationService(asked); });
+        });
+        Bench bench;
+        SourcePanel panel(&bench);
+        DataSource source;
+        source.name = "Restricted";
+        source.past = "fdsnws+http://anna:hush-hush@" + past.host(); // as it was typed in the past
+        source.stations = "fdsnws+http://" + past.host() + "/base";
+        SourceEditor editor(panel.sources(), source);
+        const auto texts = [&] {
+            QStringList all;
+            for (const QLineEdit *line : editor.findChildren<QLineEdit *>())
+                all.append(line->displayText());
+            return all.join(' ');
+        };
+        QVERIFY2(texts().contains("anna") && !texts().contains("hush"), qPrintable(texts()));
+        editor.accept();
+        QCOMPARE(editor.result(), static_cast<int>(QDialog::Accepted));
+        source = panel.sources()->find("Restricted");
+        QCOMPARE(source.user + ' ' + source.past, "anna fdsnws+http://" + past.host());
+        panel.setSource(source);
+        panel.list();
+        QTRY_VERIFY(!panel.isBusy());
+        QVERIFY2(panel.statusText().startsWith("2 stations"), qPrintable(panel.statusText()));
+        panel.tree()->markShown();
+        QVERIFY2(panel.request().contains("fdsnws+http://anna@"), qPrintable(panel.request()));
+        for (const QString &text : textsOf(_folder.path()) + QStringList(panel.request()))
+            QVERIFY2(!text.contains("hush"), qPrintable(text));
+
+        // A wrong password is told, without it.
+        SourceEditor again(panel.sources(), source);
+        for (QLineEdit *line : again.findChildren<QLineEdit *>()) {
+            if (line->echoMode() == QLineEdit::Password)
+                line->setText("hush-wrong");
+        }
+        again.accept();
+        panel.list();
+        QTRY_VERIFY(!panel.isBusy());
+        QVERIFY2(panel.statusText().contains("401 Reason, the login failed") &&
+                     !panel.statusText().contains("hush"),
+                 qPrintable(panel.statusText()));
+        QString error;
+        QVERIFY(panel.sources()->remove("Restricted", &error));
+        QVERIFY(keepPassword(*panel.sources(), source, DataSource(), QString(), &error));
+        QVERIFY(!hasPassword(source));
+    }
+
+    /** Whoever types it into an address keeps it from all that is shown and kept. */
+    void showsPasswordsNowhere()
+    {
+        FdsnData data;
+        data.add("XX.ONE.00.BHZ", "2024-01-05T00:00:30Z", 20);
+        const HttpServer past([&](const HttpAsked &asked) {
+            return restricted(asked, [&] { return data.reply(asked); });
+        });
+        const QString rest = "@" + past.host() +
+                             "#streams=XX.ONE.00.BHZ,XX.TWO..HHZ"
+                             "&from=2024-01-05&to=2024-01-05T01:00:00";
+        const auto before = qInstallMessageHandler(keepLog);
+        {
+            WaveformTesting::OpenWindow window({});
+            window.window.setInteractive(true);
+            const QSignalSpy told(window.window.bench(), SIGNAL(problemsTold(QStringList)));
+            window.window.open({"cached+fdsnws+http://anna:hush-hush" + rest});
+            QTRY_VERIFY(window.isIdle() && window.view->items().size() > 0);
+            window.window.open({"fdsnws+http://anna:hush-wrong" + rest});
+            QTRY_VERIFY(!told.isEmpty() && window.isIdle());
+            QVERIFY(told[0][0].toStringList().join(' ').contains("401 Reason"));
+            for (QMenu *menu : window.window.findChildren<QMenu *>())
+                emit menu->aboutToShow();
+            QVERIFY(textsOf(_folder.path()).join(' ').contains("http://anna@" + past.host()));
+            for (const QString &text : textsOf(_folder.path()) + logged)
+                QVERIFY2(!text.contains("hush"), qPrintable(text));
+            window.window.setInteractive(false);
+        }
+        qInstallMessageHandler(before);
+        for (const QString &text : textsOf(_folder.path()))
+            QVERIFY2(!text.contains("hush"), qPrintable(text));
+    }
+
+    void asksForEvents()
+    {
+        Bench bench;
+        bench.mapView()->setRegion(Region::box(QRectF(170, -20, 30, 10)));
+        DataSource source;
+        source.name = "With events";
+        source.events = "fdsnws+https://b.org/base/event/1/query?catalog=A B&minmag=1";
+        source.past = "fdsnws+https://b.org";
+        source.user = "anna";
+        EventRequestDialog dialog(&bench, {DataSource(), source}, "Another");
+        dialog.findChild<QPushButton *>("mapRegion")->click();
+        const auto edits = dialog.findChildren<QDateTimeEdit *>();
+        QCOMPARE(edits.size(), 2);
+        edits[0]->setDateTime(QDateTime({2024, 1, 5}, {1, 2, 3}, Qt::UTC));
+        QCOMPARE(dialog.request().section('?', 0, 0),
+                 QString("fdsnws+https://anna@b.org/base/event/1/query"));
+        const QString words = dialog.request().section('?', 1);
+        for (const char *word :
+             {"catalog=A%20B", "minmagnitude=1&", "starttime=2024-01-05T01:02:03",
+              "minlatitude=-20", "maxlatitude=-10", "minlongitude=170", "maxlongitude=-160"})
+            QVERIFY2(words.contains(word), qPrintable(words));
+        auto *fetch = dialog.findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Ok);
+        QVERIFY(fetch->isEnabled() && !dialog.isStored());
+        edits[0]->setDateTime(edits[1]->dateTime());
+        QVERIFY(!fetch->isEnabled());
     }
 
     void endsAtOnceWhenItIsClosed()

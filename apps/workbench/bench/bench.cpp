@@ -32,6 +32,11 @@ void Bench::open(const QStringList &sources)
     emit openRequested(sources);
 }
 
+void Bench::importEvents(const QStringList &sources)
+{
+    emit eventImportRequested(sources);
+}
+
 void Bench::showStatus(const QString &text)
 {
     emit statusShown(text);

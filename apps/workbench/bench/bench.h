@@ -50,11 +50,17 @@ public:
     const Tellarix::Core::TimeWindow &dataWindow() const { return _dataWindow; }
     void setDataWindow(const Tellarix::Core::TimeWindow &window) { _dataWindow = window; }
 
+    /** What events are stored into, for the user; empty if they can only be looked at. */
+    const QString &eventStore() const { return _eventStore; }
+    void setEventStore(const QString &name) { _eventStore = name; }
+
 public slots:
     /** Lists problems for the user, each of which names the thing and the cause. */
     void tell(const QStringList &problems);
     /** Has sources opened as the user's own ones are, by whichever panels can. */
     void open(const QStringList &sources);
+    /** Has the events of files or services stored into the eventStore(). */
+    void importEvents(const QStringList &sources);
     /** Shows a line in the status bar for a while; an empty one takes the last one away. */
     void showStatus(const QString &text);
 
@@ -62,6 +68,7 @@ signals:
     void problemsTold(const QStringList &problems);
     void statusShown(const QString &text);
     void openRequested(const QStringList &sources);
+    void eventImportRequested(const QStringList &sources);
 
 private:
     Selection *_selection;
@@ -74,6 +81,7 @@ private:
     MapView *_mapView;
     Replay *_replay;
     Tellarix::Core::TimeWindow _dataWindow;
+    QString _eventStore;
 };
 
 } // namespace Workbench

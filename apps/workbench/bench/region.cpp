@@ -67,6 +67,17 @@ bool Region::contains(double latitude, double longitude) const
            fromLeft - 360 * std::floor(fromLeft / 360) <= _box.width();
 }
 
+QRectF Region::bounds() const
+{
+    if (_radiusKm <= 0)
+        return _box;
+    constexpr double KmPerDegree = 111.2;
+    const double height = _radiusKm / KmPerDegree;
+    const double cosine = std::cos(_box.y() * M_PI / 180);
+    const double width = cosine * 180 > height ? height / cosine : 180;
+    return {_box.x() - width, _box.y() - height, 2 * width, 2 * height};
+}
+
 QString Region::text() const
 {
     if (_radiusKm > 0)

@@ -18,6 +18,9 @@ public:
 
     /** False for coordinates that are no numbers. */
     bool contains(double latitude, double longitude) const;
+    /** The box, or that around a circle: longitude in x, latitude in y; longitudes may lie beyond
+     * 180 or -180. */
+    QRectF bounds() const;
     /** For the user. */
     QString text() const;
 

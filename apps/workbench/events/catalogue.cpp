@@ -3,17 +3,21 @@
 #include "catalogue.h"
 
 #include "bench/bench.h"
+#include "eventfetch.h"
 
 #include <tellarix/client/demo/democatalogue.h>
 #include <tellarix/client/io/databaseaddress.h>
 #include <tellarix/client/io/eventarchive.h>
 #include <tellarix/client/io/eventimport.h>
 #include <tellarix/client/io/eventreader.h>
+#include <tellarix/client/remote/fdsnaddress.h>
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
+
+#include <algorithm>
 
 using namespace Tellarix;
 
@@ -23,6 +27,13 @@ namespace {
 
 constexpr int HeadSize = 64 << 10;
 constexpr int ProgressSteps = 1000;
+
+/** Of a file or a service, for the user. */
+QString nameOf(const QString &source)
+{
+    IO::FdsnAddress address;
+    return address.parse(source) ? address.name() : QFileInfo(source).fileName();
+}
 
 } // namespace
 
@@ -45,6 +56,11 @@ bool Catalogue::isEventFile(const QString &name)
     // A pipe would lose what is looked at here.
     return QFileInfo(name).isFile() && file.open(QIODevice::ReadOnly) &&
            IO::eventFormatOf(file.peek(HeadSize)) != IO::EventFormat::Unknown;
+}
+
+bool Catalogue::isService(const QString &text)
+{
+    return IO::FdsnAddress::IsOne(text) && IO::FdsnAddress::ServiceOf(text) == "event";
 }
 
 QString Catalogue::addressOf(const QString &file)
@@ -188,33 +204,38 @@ void Catalogue::close()
 
 // Importing
 
-void Catalogue::look(const QStringList &files)
+void Catalogue::look(const QStringList &sources)
 {
     _waiting.emplace_back([=] {
         const bool hasFiles = _content.database && _content.origin == Origin::Files;
-        beginStoring(files, hasFiles ? _content : Content());
+        beginStoring(sources, hasFiles ? _content : Content());
     });
     startNext();
 }
 
-void Catalogue::import(const QStringList &files)
+void Catalogue::import(const QStringList &sources)
 {
-    if (!_content.database || files.isEmpty())
+    if (!_content.database || sources.isEmpty())
         return;
-    _waiting.emplace_back([this, files, content = _content] { beginStoring(files, content); });
+    _waiting.emplace_back([this, sources, content = _content] { beginStoring(sources, content); });
     startNext();
 }
 
-void Catalogue::beginStoring(const QStringList &files, const Content &content)
+void Catalogue::beginStoring(const QStringList &sources, const Content &content)
 {
+    const auto fetch = std::make_shared<EventFetch>();
     const auto work = [=, closeCount = _closeCount](TaskThreads::Reporter &reporter) {
-        const Outcome outcome = store(files, content, reporter);
+        const Outcome outcome = store(sources, content, *fetch, reporter);
         return [=] { return takeOver(outcome, closeCount); };
     };
-    begin(Step::Import, tr("Importing events"), TaskThreads::Canceling::WaitsForWork, work);
+    const bool isFetch = std::any_of(sources.begin(), sources.end(), isService);
+    begin(Step::Import, isFetch ? tr("Fetching events") : tr("Importing events"),
+          TaskThreads::Canceling::WaitsForWork, work);
+    // A wait for a server doesn't look whether it is still wanted.
+    connect(_task, &Task::cancelRequested, this, [fetch] { fetch->cancel(); });
 }
 
-Catalogue::Outcome Catalogue::store(const QStringList &files, Content content,
+Catalogue::Outcome Catalogue::store(const QStringList &sources, Content content, EventFetch &fetch,
                                     TaskThreads::Reporter &reporter)
 {
     Outcome outcome;
@@ -222,21 +243,25 @@ Catalogue::Outcome Catalogue::store(const QStringList &files, Content content,
     const bool canStore = content.database || makeTemporary(content, &error);
     if (!canStore)
         outcome.problems.append(error);
-    for (int i = 0; i < files.size(); ++i) {
+    for (int i = 0; i < sources.size(); ++i) {
+        const bool isFetch = isService(sources[i]);
         const auto progress = [&](qint64 done, qint64 total) {
             const int share = total > 0 ? static_cast<int>(done * ProgressSteps / total) : 0;
-            reporter.setProgress(i * ProgressSteps + share, files.size() * ProgressSteps);
+            // How much a server is going to send isn't known.
+            if (!isFetch)
+                reporter.setProgress(i * ProgressSteps + share, sources.size() * ProgressSteps);
             return !reporter.isCanceled();
         };
         IO::EventImportResult result;
         if (canStore && !reporter.isCanceled())
-            result = IO::importEvents(content.database, files[i], progress);
+            result = isFetch ? fetch.into(content.database, sources[i], progress)
+                             : IO::importEvents(content.database, sources[i], progress);
         outcome.problems += result.warnings;
         if (!result.error.isEmpty())
             outcome.problems.append(result.error);
         outcome.added += result.added;
         outcome.updated += result.updated;
-        (result.ok ? outcome.stored : outcome.left).append(QFileInfo(files[i]).fileName());
+        (result.ok ? outcome.stored : outcome.left).append(nameOf(sources[i]));
     }
     outcome.isCanceled = reporter.isCanceled();
     if (content.origin == Origin::Files) {

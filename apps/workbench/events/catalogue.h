@@ -20,6 +20,7 @@ class QTemporaryDir;
 namespace Workbench {
 
 class Bench;
+class EventFetch;
 
 /**
  * The event database that is open, and what is done with it in the background.
@@ -36,7 +37,8 @@ public:
     enum class Origin
     {
         Address,       /**< a database that the user named */
-        Files,         /**< a database that goes with the program, with the events of files */
+        Files,         /**< a database that goes with the program, with the events of files and of
+                            services */
         Demonstration, /**< the database of the demonstration */
     };
 
@@ -57,12 +59,16 @@ public:
     /** Whether a file holds events, by its first bytes. */
     static bool isEventFile(const QString &file);
 
+    /** Whether a text asks the event service of a data centre for events, as in
+     *  "fdsnws+https://HOST/fdsnws/event/1/query?minmagnitude=5". */
+    static bool isService(const QString &text);
+
     /** Null if none is open. */
     Tellarix::IO::DatabaseInterfacePtr database() const { return _content.database; }
     Origin origin() const { return _content.origin; }
     /** The address of the database without its password, for the user. */
     QString address() const;
-    /** Names of the files whose events are looked at. */
+    /** Names of the files and services whose events are looked at. */
     const QStringList &files() const { return _content.files; }
     /** From the first origin time to the last; not valid if there is none. */
     const Tellarix::Core::TimeWindow &extent() const { return _content.extent; }
@@ -77,10 +83,10 @@ public:
     void open(const QString &url, Schema schema);
     /** Opens the demonstration's database, which is made in this file if need be. */
     void openDemonstration(const QString &file);
-    /** Opens the events of files, beside those of the files that are looked at already. */
-    void look(const QStringList &files);
-    /** Stores files, each as a whole, into the database that is open. */
-    void import(const QStringList &files);
+    /** Opens the events of files and services, beside those that are looked at already. */
+    void look(const QStringList &sources);
+    /** Stores files and what services answer, each as a whole, into the database that is open. */
+    void import(const QStringList &sources);
     /** Cancels what is done, and closes. */
     void close();
 
@@ -119,7 +125,7 @@ private:
         QString summary() const;
 
         Content content;
-        QStringList stored; /**< names of files */
+        QStringList stored; /**< names of files and services */
         QStringList left;
         QStringList problems;
         int added{0};
@@ -130,12 +136,12 @@ private:
     static bool connectTo(const QString &url, Schema schema, Content &content, QString *error);
     static bool makeTemporary(Content &content, QString *error);
     static bool measure(Content &content, QString *error);
-    static Outcome store(const QStringList &files, Content content,
+    static Outcome store(const QStringList &sources, Content content, EventFetch &fetch,
                          TaskThreads::Reporter &reporter);
 
     void openNext(Origin origin, const QString &url, Schema schema);
     void beginOpening(Origin origin, const QString &url, Schema schema);
-    void beginStoring(const QStringList &files, const Content &content);
+    void beginStoring(const QStringList &sources, const Content &content);
     void begin(Step step, const QString &name, TaskThreads::Canceling canceling,
                const TaskThreads::Work &work);
     void startNext();

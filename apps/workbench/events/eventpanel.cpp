@@ -102,6 +102,7 @@ EventPanel::EventPanel(Bench *bench)
     connect(_catalogue, SIGNAL(opened()), this, SLOT(showDatabase()));
     connect(_catalogue, SIGNAL(imported()), this, SLOT(reload()));
     connect(_catalogue, SIGNAL(busyChanged()), this, SLOT(updateActions()));
+    connect(bench, &Bench::eventImportRequested, _catalogue, &Catalogue::import);
     connect(bench->selection(), SIGNAL(eventChanged()), this, SLOT(followSelection()));
     connect(bench->selection(), SIGNAL(regionChanged()), this, SLOT(followRegion()));
     showDatabase();
@@ -138,9 +139,10 @@ void EventPanel::updateActions()
 {
     const bool isOpen = _catalogue->database() != nullptr;
     const bool hasRows = _list && _list->rowCount() > 0;
-    _importAction->setEnabled(isOpen && !_catalogue->isBusy() &&
-                              !_catalogue->database()->isReadOnly() &&
-                              _catalogue->origin() != Catalogue::Origin::Files);
+    const bool canStore = isOpen && !_catalogue->database()->isReadOnly() &&
+                          _catalogue->origin() != Catalogue::Origin::Files;
+    _importAction->setEnabled(canStore && !_catalogue->isBusy());
+    bench()->setEventStore(canStore ? _catalogue->address() : QString());
     _exportAction->setEnabled(hasRows && !_exporting);
     _scriptAction->setEnabled(hasRows && !_exporting);
     _showAllAction->setEnabled(isOpen);
@@ -182,7 +184,7 @@ void EventPanel::showTitle()
     else if (files.size() == 1)
         text = tr("%1 (looked at, not stored)").arg(files.first());
     else if (!files.isEmpty())
-        text = tr("%1 files (looked at, not stored): %2").arg(files.size()).arg(files.join(", "));
+        text = tr("%1 sources (looked at, not stored): %2").arg(files.size()).arg(files.join(", "));
     _title->setText(text);
     _title->setToolTip(files.join('\n'));
 }
@@ -390,21 +392,23 @@ QStringList EventPanel::fileFilters() const
 
 bool EventPanel::canOpen(const QString &source) const
 {
-    if (Catalogue::isAddress(source))
+    if (Catalogue::isAddress(source) || Catalogue::isService(source))
         return true;
     const QString suffix = QFileInfo(source).suffix().toLower();
     return suffix == "sqlite" || suffix == "db" || Catalogue::isEventFile(source);
 }
 
-/** Files of events are looked at together, and it takes "Import" to store them; of databases there
- *  is one at a time, and of both what was named last. */
+/** Files and services of events are looked at together, and it takes "Import" to store them; of
+ * databases there is one at a time, and of both what was named last. */
 bool EventPanel::openSources(const QStringList &sources)
 {
     QStringList files;
     QStringList others;
-    for (const QString &source : sources)
-        (Catalogue::isAddress(source) || !Catalogue::isEventFile(source) ? others : files)
-            .append(source);
+    for (const QString &source : sources) {
+        const bool isLookedAt = Catalogue::isService(source) ||
+                                (!Catalogue::isAddress(source) && Catalogue::isEventFile(source));
+        (isLookedAt ? files : others).append(source);
+    }
     if (!others.isEmpty() && others.last() == sources.last()) {
         const QString last = others.takeLast();
         _catalogue->open(Catalogue::isAddress(last) ? last : Catalogue::addressOf(last),

@@ -66,6 +66,8 @@ QJsonObject objectOf(const DataSource &source)
         if (!(source.*service.address).isEmpty())
             object.insert(service.key, source.*service.address);
     }
+    if (!source.user.isEmpty())
+        object.insert("user", source.user);
     return object;
 }
 
@@ -75,7 +77,15 @@ DataSource sourceOf(const QJsonObject &object)
     source.name = object.value("name").toString().simplified();
     for (const Service &service : Services)
         source.*service.address = object.value(service.key).toString().trimmed();
+    source.user = object.value("user").toString().trimmed();
     return source;
+}
+
+/** Whether an address is one of the web, whose servers know users. */
+bool isWeb(const QString &address)
+{
+    const QString scheme = QUrl(address).scheme().section('+', -1);
+    return scheme == "http" || scheme == "https";
 }
 
 int lineOf(const QByteArray &text, int offset)
@@ -110,13 +120,57 @@ QString DataSource::hostsText() const
 
 QString DataSource::listingKey() const
 {
-    return live + '\n' + stationService();
+    const QString key = live + '\n' + stationService();
+    return user.isEmpty() ? key : key + '\n' + user;
+}
+
+QString DataSource::loginHost() const
+{
+    for (const QString &address : {past, stations, events}) {
+        if (isWeb(address))
+            return hostOf(address);
+    }
+    return QString();
+}
+
+DataSource DataSource::withUserInAddresses() const
+{
+    DataSource source = *this;
+    if (user.isEmpty())
+        return source;
+    for (const Service &service : Services) {
+        QString &address = source.*service.address;
+        QUrl url(address);
+        if (!isWeb(address) || hostOf(address) != loginHost() || !url.userInfo().isEmpty())
+            continue;
+        url.setUserName(user, QUrl::DecodedMode);
+        address = url.toString(QUrl::FullyEncoded);
+    }
+    return source;
+}
+
+QString DataSource::takeLogin()
+{
+    QString password;
+    for (const Service &service : Services) {
+        QString &address = this->*service.address;
+        QUrl url(address);
+        if (!isWeb(address) || url.userInfo().isEmpty())
+            continue;
+        if (user.isEmpty())
+            user = url.userName(QUrl::FullyDecoded);
+        if (password.isEmpty())
+            password = url.password(QUrl::FullyDecoded);
+        url.setUserInfo(QString());
+        address = url.toString(QUrl::FullyEncoded);
+    }
+    return password;
 }
 
 bool operator==(const DataSource &a, const DataSource &b)
 {
-    return std::tie(a.name, a.live, a.past, a.stations, a.events, a.isOwn, a.isHidden) ==
-           std::tie(b.name, b.live, b.past, b.stations, b.events, b.isOwn, b.isHidden);
+    return std::tie(a.name, a.live, a.past, a.stations, a.events, a.user, a.isOwn, a.isHidden) ==
+           std::tie(b.name, b.live, b.past, b.stations, b.events, b.user, b.isOwn, b.isHidden);
 }
 
 bool checkDataSource(const DataSource &source, QString *error)
@@ -132,6 +186,8 @@ bool checkDataSource(const DataSource &source, QString *error)
         if (error->isEmpty() && !address.isEmpty() && !checkService(service, address, &cause))
             *error = QString("%1: %2: %3").arg(source.name, service.key, cause);
     }
+    if (error->isEmpty() && !source.user.isEmpty() && source.loginHost().isEmpty())
+        *error = tr("%1: a user is known to web services only, and there is none").arg(source.name);
     return error->isEmpty();
 }
 

@@ -17,6 +17,7 @@ struct DataSource
     QString past;     /**< URL of a record stream for windows, fdsnws+https://HOST */
     QString stations; /**< address of the stations, where it isn't that of the past */
     QString events;
+    QString user;      /**< at the loginHost(); the password stands elsewhere */
     bool isOwn{false}; /**< of the user, perhaps in the stead of a built-in one */
     bool isHidden{false};
 
@@ -24,8 +25,15 @@ struct DataSource
     QString stationService() const;
     /** Hosts of live and past, for the user. */
     QString hostsText() const;
-    /** What listings of its stations are kept by: its addresses, not its name. */
+    /** What listings of its stations are kept by: its addresses and user, not its name. */
     QString listingKey() const;
+    /** "host" or "host:port" of the first web service that it has, to which the login belongs;
+     * empty if there is none. */
+    QString loginHost() const;
+    /** The same source with the name of the user in the addresses of the loginHost(). */
+    DataSource withUserInAddresses() const;
+    /** Takes a login out of the addresses, where none of it belongs. @return the password */
+    QString takeLogin();
 };
 
 bool operator==(const DataSource &a, const DataSource &b);

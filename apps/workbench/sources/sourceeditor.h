@@ -13,7 +13,8 @@ namespace Workbench {
 
 class SourceList;
 
-/** Asks for name and addresses of a source, and keeps it in a list. */
+/** Asks for name, addresses and login of a source, and keeps it in a list; the password elsewhere.
+ */
 class SourceEditor : public QDialog
 {
     Q_OBJECT
@@ -22,6 +23,7 @@ public:
     /** @param source  what is edited; a new one if it has no name */
     SourceEditor(SourceList *list, const DataSource &source, QWidget *parent = nullptr);
 
+    /** As typed; a login in the addresses is left out. */
     DataSource source() const;
 
 public slots:
@@ -29,15 +31,20 @@ public slots:
     void accept() override;
 
 private:
-    QLineEdit *makeLine(const QString &text, const QString &example);
+    QLineEdit *makeLine(const QString &example);
+    void show(DataSource source);
+    DataSource typed() const;
+    QString password() const;
 
     SourceList *_list;
-    QString _formerName;
+    DataSource _former;
     QLineEdit *_name;
     QLineEdit *_live;
     QLineEdit *_past;
     QLineEdit *_stations;
     QLineEdit *_events;
+    QLineEdit *_user;
+    QLineEdit *_password;
     QLabel *_problem;
 };
 

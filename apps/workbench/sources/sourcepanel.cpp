@@ -6,7 +6,9 @@
 #include "bench/mapview.h"
 #include "bench/selection.h"
 #include "bench/stations.h"
+#include "eventrequestdialog.h"
 #include "sourceeditor.h"
+#include "sourcelogin.h"
 #include "stationtree.h"
 #include "timechooser.h"
 
@@ -98,7 +100,10 @@ void SourcePanel::editSource()
 void SourcePanel::removeSource()
 {
     QString error;
-    tellOf(_sources.remove(_source.name, &error), error);
+    const DataSource former = _source;
+    tellOf(_sources.remove(former.name, &error) &&
+               keepPassword(_sources, former, _sources.find(former.name), QString(), &error),
+           error);
 }
 
 void SourcePanel::hideSource()
@@ -160,7 +165,7 @@ void SourcePanel::list()
         tr("Listing the stations of %1").arg(_source.name),
         [this, visit, window, source = _source](TaskThreads::Reporter &) -> TaskThreads::Finish {
             const auto findings = std::make_shared<SourceVisit::Findings>();
-            *findings = visit->list(source, window);
+            *findings = visit->list(source.withUserInAddresses(), window);
             return [this, source, findings] {
                 takeListing(source, findings);
                 return QString();
@@ -190,7 +195,7 @@ void SourcePanel::test()
     begin(
         tr("Testing the connection to %1").arg(_source.name),
         [this, visit, source = _source](TaskThreads::Reporter &) -> TaskThreads::Finish {
-            const auto answers = visit->test(source);
+            const auto answers = visit->test(source.withUserInAddresses());
             return [this, answers] {
                 takeAnswers(answers);
                 return QString();
@@ -352,8 +357,8 @@ void SourcePanel::updatePlaces()
 
 QString SourcePanel::request() const
 {
-    return requestText(_source, _tree->chosenStreams(), _times->times(), _cached->isChecked(),
-                       Core::Time::GMT());
+    return requestText(_source.withUserInAddresses(), _tree->chosenStreams(), _times->times(),
+                       _cached->isChecked(), Core::Time::GMT());
 }
 
 void SourcePanel::open()
@@ -371,6 +376,17 @@ void SourcePanel::open()
     window()->hide();
     bench()->stations()->add(places);
     bench()->open({text});
+}
+
+void SourcePanel::askForEvents()
+{
+    EventRequestDialog dialog(bench(), _sources.all(), _source.name, window());
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    if (dialog.isStored())
+        bench()->importEvents({dialog.request()});
+    else
+        bench()->open({dialog.request()});
 }
 
 void SourcePanel::closeAll()

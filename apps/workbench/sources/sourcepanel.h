@@ -72,6 +72,8 @@ public slots:
     /** Ends what a server was asked for. */
     void cancel();
     void open();
+    /** Asks which events of a source are wanted, and has them fetched. */
+    void askForEvents();
 
 protected:
     void showEvent(QShowEvent *event) override;
@@ -138,8 +140,10 @@ private:
     QAction *_removeAction{nullptr};
     QAction *_hideAction{nullptr};
     QAction *_showHiddenAction{nullptr};
+    QAction *_eventsAction{nullptr}; /**< stands in the window's menu */
     QPushButton *_listButton;
     QPushButton *_testButton;
+    QPushButton *_eventsButton;
     QLineEdit *_search;
     QLineEdit *_channels;
     QCheckBox *_vertical;

@@ -12,6 +12,7 @@
 #include "timechooser.h"
 
 #include <norvu/gui/fontawesome5.h>
+#include <tellarix/client/remote/httpaccounts.h>
 
 #include <QAction>
 #include <QCheckBox>
@@ -109,7 +110,9 @@ SourcePanel::SourcePanel(Bench *bench)
             [this] { _times->suggestWindow(this->bench()->selection()->timeWindow()); });
     connect(bench->mapView(), SIGNAL(regionChanged()), this, SLOT(followRegion()));
 
-    const QStringList problems = _sources.read();
+    QStringList problems = _sources.read();
+    problems.append(IO::HttpAccounts::Instance().problem());
+    problems.removeAll(QString());
     connect(&_sources, SIGNAL(changed()), this, SLOT(fillSources()));
     fillSources();
     updateFilter();
@@ -133,6 +136,8 @@ void SourcePanel::createSourceRow(QGridLayout *layout)
     _listButton->setToolTip(tr("Asks the source for its stations and channels"));
     _testButton = new QPushButton(iconSolid(chPlug), tr("&Test"), this);
     _testButton->setToolTip(tr("Tests the connection: asks each service for a sign of life"));
+    _eventsButton = new QPushButton(tr("E&vents…"), this);
+    _eventsAction = new QAction(tr("Fetch e&vents…"), this);
     auto *menuButton = new QToolButton(this);
     menuButton->setText(tr("Sources"));
     menuButton->setToolTip(tr("Adds, edits and hides sources"));
@@ -147,6 +152,7 @@ void SourcePanel::createSourceRow(QGridLayout *layout)
     line->addWidget(menuButton);
     line->addWidget(_listButton);
     line->addWidget(_testButton);
+    line->addWidget(_eventsButton);
     layout->addWidget(label, 0, 0);
     layout->addLayout(line, 0, 1);
     layout->addWidget(_hosts, 1, 1);
@@ -154,6 +160,8 @@ void SourcePanel::createSourceRow(QGridLayout *layout)
     connect(_sourceBox, SIGNAL(activated(int)), this, SLOT(chooseSource(int)));
     connect(_listButton, SIGNAL(clicked()), this, SLOT(list()));
     connect(_testButton, SIGNAL(clicked()), this, SLOT(test()));
+    connect(_eventsButton, SIGNAL(clicked()), this, SLOT(askForEvents()));
+    connect(_eventsAction, SIGNAL(triggered()), this, SLOT(askForEvents()));
 }
 
 void SourcePanel::createSourceMenu(QToolButton *button)
@@ -331,6 +339,10 @@ void SourcePanel::updateButtons()
     const bool isSource = !_source.name.isEmpty();
     _listButton->setEnabled(isSource && !isBusy());
     _testButton->setEnabled(isSource && !isBusy());
+    _eventsButton->setEnabled(!_source.events.isEmpty());
+    _eventsButton->setToolTip(_source.events.isEmpty()
+                                  ? tr("This source has no event service")
+                                  : tr("Fetches events of a time and region into the list"));
     _editAction->setEnabled(isSource);
     _removeAction->setEnabled(_source.isOwn);
     _removeAction->setText(_sources.isBuiltIn(_source.name) ? tr("&Back to the built-in one")
@@ -419,7 +431,8 @@ void SourcePanel::keyPressEvent(QKeyEvent *event)
 
 QList<QAction *> SourcePanel::menuActions(Menu menu) const
 {
-    return menu == Menu::Open ? QList<QAction *>{toggleAction()} : QList<QAction *>();
+    return menu == Menu::Open ? QList<QAction *>{toggleAction(), _eventsAction}
+                              : QList<QAction *>();
 }
 
 void SourcePanel::saveState(QSettings &settings) const

@@ -35,6 +35,7 @@
 #include <tellarix/client/demo/demonstration.h>
 #include <tellarix/client/demo/demostation.h>
 #include <tellarix/client/io/recordformat.h>
+#include <tellarix/client/remote/httpaccounts.h>
 
 #include <QAction>
 #include <QCoreApplication>
@@ -453,7 +454,9 @@ bool WaveformPanel::openDemonstration(const QString &folder)
 
 bool WaveformPanel::openRemembered()
 {
-    const QStringList sources = _liveMenu->rememberedSources();
+    QStringList sources = _liveMenu->rememberedSources();
+    for (QString &source : sources)
+        source = IO::takePasswords(source);
     if (!sources.isEmpty())
         openSources(sources);
     return !sources.isEmpty();

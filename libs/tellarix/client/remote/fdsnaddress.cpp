@@ -15,12 +15,23 @@ namespace {
 const auto Prefix = QStringLiteral("fdsnws+");
 const auto DefaultBase = QStringLiteral("/fdsnws");
 
+const QRegularExpression &method()
+{
+    static const QRegularExpression pattern("/(dataselect|event|station)/1(/\\w*)?$");
+    return pattern;
+}
+
 } // namespace
 
 bool FdsnAddress::IsOne(const QString &text)
 {
     return text.startsWith(QLatin1String("fdsnws+https://")) ||
            text.startsWith(QLatin1String("fdsnws+http://"));
+}
+
+QString FdsnAddress::ServiceOf(const QString &address)
+{
+    return method().match(QUrl(address).path()).captured(1);
 }
 
 bool FdsnAddress::parse(const QString &address, QString *error)
@@ -33,8 +44,7 @@ bool FdsnAddress::parse(const QString &address, QString *error)
         return false;
     }
     _base = url.adjusted(QUrl::RemoveQuery | QUrl::RemoveFragment | QUrl::StripTrailingSlash);
-    static const QRegularExpression method("/(dataselect|event|station)/1(/\\w*)?$");
-    _base.setPath(_base.path().remove(method));
+    _base.setPath(_base.path().remove(method()));
     if (_base.path().isEmpty() || _base.path() == QLatin1String("/"))
         _base.setPath(DefaultBase);
     _words.clear();

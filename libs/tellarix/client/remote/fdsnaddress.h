@@ -24,6 +24,10 @@ public:
     /** Whether a text begins like such an address. */
     static bool IsOne(const QString &text);
 
+    /** The service whose method an address names, e.g. "event" of "HOST/fdsnws/event/1/query";
+     * empty if it names none. */
+    static QString ServiceOf(const QString &address);
+
     /** The address for messages: without login and words. */
     QString name() const;
     /** The address of a method, e.g. "dataselect" and "query"; with the login. */
