@@ -5,6 +5,7 @@
 #include "toolrun.h"
 #include <tellarix/core/records/record.h>
 
+#include <QDirIterator>
 #include <QJsonObject>
 #include <QTemporaryDir>
 #include <QUrlQuery>
@@ -141,6 +142,24 @@ private slots:
         QVERIFY2(without.errors.contains("a time window with both ends is needed") &&
                      !without.errors.contains("secret"),
                  qPrintable(without.errors));
+
+        // Also where it is a source within a source, which is kept in full.
+        const QTemporaryDir cache;
+        const auto encoded = [](const QString &text) {
+            return QString::fromLatin1(QUrl::toPercentEncoding(text));
+        };
+        const QString cached =
+            "cached://?folder=" + encoded(cache.path()) + "&source=" +
+            encoded("joined://?live=seedlink%3A%2F%2F127.0.0.1%3A9%3Fretry%3D0&past=" +
+                    encoded(url));
+        run({"records", cached, "--streams", "XX.A..BHZ", "--from", "2024-01-05", "--to",
+             "2024-01-05T00:10:00"});
+        QDirIterator files(cache.path(), QDir::Files, QDirIterator::Subdirectories);
+        QVERIFY(files.hasNext());
+        while (files.hasNext()) {
+            QFile file(files.next());
+            QVERIFY(file.open(QFile::ReadOnly) && !file.readAll().contains("secret"));
+        }
     }
 
 private:

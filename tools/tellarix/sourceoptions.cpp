@@ -4,6 +4,8 @@
 
 #include "windowoptions.h"
 
+#include <tellarix/client/remote/httpaccounts.h>
+
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QRegularExpression>
@@ -59,7 +61,9 @@ bool readSources(const QCommandLineParser &parser, const QStringList &arguments,
         *error = tr("no file and no URL given");
         return false;
     }
-    request->urls = arguments;
+    // What is kept on disk and told names users at most.
+    for (const QString &url : arguments)
+        request->urls.append(isLocal(url) ? url : IO::takePasswords(url));
     return readWindow(parser, WindowEnd::Excluded, &request->window, error) &&
            readStreams(parser, &request->streams, error) &&
            readTimeout(parser, &request->timeoutSeconds, error);
