@@ -43,15 +43,7 @@ private slots:
     {
         const HttpServer proxy([](const HttpAsked &) { return HttpReply::Of(200, "x"); });
         const QByteArray host = proxy.host().toLatin1();
-        struct Row
-        {
-            const char *name;
-            const char *variable;
-            QByteArray value;
-            QByteArray excluded;
-            bool isUsed;
-        };
-        const Row rows[] = {
+        const std::tuple<const char *, const char *, QByteArray, QByteArray, bool> rows[] = {
             {"plain", "http_proxy", "http://" + host, "", true},
             {"without scheme", "http_proxy", host, "", true},
             {"for all", "ALL_PROXY", "http://" + host + '/', "", true},
@@ -62,16 +54,16 @@ private slots:
             {"everything excluded", "http_proxy", host, "*", false},
             {"end of a name", "http_proxy", host, "nvalid,*.org", true},
         };
-        for (const Row &row : rows) {
-            const RowName shown(row.name);
+        for (const auto &[name, variable, value, excluded, isUsed] : rows) {
+            const RowName shown(name);
             init();
-            qputenv(row.variable, row.value);
-            qputenv("NO_PROXY", row.excluded);
+            qputenv(variable, value);
+            qputenv("NO_PROXY", excluded);
             const int before = proxy.asked().size();
             HttpClient client(quick());
-            QCOMPARE(client.open(HttpRequest(QUrl("http://a.invalid:8080/x?y=z"))), row.isUsed);
-            QCOMPARE(proxy.asked().size() - before, row.isUsed ? 1 : 0);
-            if (row.isUsed)
+            QCOMPARE(client.open(HttpRequest(QUrl("http://a.invalid:8080/x?y=z"))), isUsed);
+            QCOMPARE(proxy.asked().size() - before, isUsed ? 1 : 0);
+            if (isUsed)
                 QCOMPARE(proxy.asked().last().target, QByteArray("http://a.invalid:8080/x?y=z"));
         }
         // The login of the proxy is none of the server's, and this machine needs no proxy.

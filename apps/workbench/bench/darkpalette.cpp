@@ -3,8 +3,10 @@
 #include "darkpalette.h"
 
 #include <QApplication>
-#include <QStyle>
+#include <QPainter>
+#include <QProxyStyle>
 #include <QStyleFactory>
+#include <QStyleOption>
 #include <QWidget>
 
 namespace Workbench {
@@ -19,6 +21,29 @@ const QColor Text(0xdd, 0xdf, 0xe2);
 const QColor FaintText(0x7d, 0x81, 0x87);
 const QColor Highlight(0x2f, 0x6f, 0xb0);
 const QColor Link(0x6c, 0xb2, 0xf0);
+constexpr int FrameAlpha = 120;
+
+/** Frames check boxes, whose edges are darker than dark windows and can't be seen there. */
+class FramingStyle : public QProxyStyle
+{
+public:
+    FramingStyle() : QProxyStyle("Fusion") {}
+
+    void drawPrimitive(PrimitiveElement element, const QStyleOption *option, QPainter *painter,
+                       const QWidget *widget) const override
+    {
+        QProxyStyle::drawPrimitive(element, option, painter, widget);
+        if (element != PE_IndicatorCheckBox)
+            return;
+        QColor color = option->palette.color(QPalette::WindowText);
+        color.setAlpha(FrameAlpha);
+        painter->save();
+        painter->setPen(color);
+        painter->setBrush(Qt::NoBrush);
+        painter->drawRect(option->rect.adjusted(0, 0, -1, -1));
+        painter->restore();
+    }
+};
 
 } // namespace
 
@@ -49,7 +74,7 @@ void setDarkColors(bool dark)
 {
     if (dark == hasDarkColors())
         return;
-    QApplication::setStyle(QStyleFactory::create("Fusion"));
+    QApplication::setStyle(dark ? new FramingStyle : QStyleFactory::create("Fusion"));
     QApplication::setPalette(dark ? darkPalette() : QApplication::style()->standardPalette());
     // Those with a style sheet keep the colours that they were polished with.
     for (QWidget *widget : QApplication::allWidgets()) {

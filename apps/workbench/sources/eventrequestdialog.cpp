@@ -12,13 +12,14 @@
 #include <QDialogButtonBox>
 #include <QDoubleSpinBox>
 #include <QFormLayout>
-#include <QGridLayout>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QUrlQuery>
 
 #include <algorithm>
 #include <cmath>
+#include <tuple>
 
 using namespace Tellarix;
 
@@ -140,6 +141,13 @@ QDoubleSpinBox *EventRequestDialog::makeMagnitudeBox(double value)
     return box;
 }
 
+QLabel *EventRequestDialog::labelOf(const QString &text, QWidget *buddy)
+{
+    auto *label = new QLabel(text, this);
+    label->setBuddy(buddy);
+    return label;
+}
+
 void EventRequestDialog::addTimes(QFormLayout *layout)
 {
     const Core::Time now = Core::Time::FromUSecs(Core::Time::GMT().seconds() * 1000000);
@@ -152,7 +160,7 @@ void EventRequestDialog::addTimes(QFormLayout *layout)
         line->addWidget(edit, 1);
         line->addWidget(new QLabel(edit == _from ? tr("to") : tr("UTC"), this));
     }
-    layout->addRow(tr("&Time:"), line);
+    layout->addRow(labelOf(tr("&Time:"), _from), line);
 
     auto *magnitudes = new QHBoxLayout;
     magnitudes->addWidget(_least);
@@ -160,7 +168,7 @@ void EventRequestDialog::addTimes(QFormLayout *layout)
     magnitudes->addWidget(_most);
     magnitudes->addStretch();
     _least->setSpecialValueText(tr("any"));
-    layout->addRow(tr("&Magnitude:"), magnitudes);
+    layout->addRow(labelOf(tr("&Magnitude:"), _least), magnitudes);
 }
 
 void EventRequestDialog::addRegion(QFormLayout *layout)
@@ -171,18 +179,18 @@ void EventRequestDialog::addRegion(QFormLayout *layout)
     map->setEnabled(_bench->mapView()->region().has_value());
     connect(world, SIGNAL(clicked()), this, SLOT(setWorld()));
     connect(map, SIGNAL(clicked()), this, SLOT(setMapRegion()));
-    auto *grid = new QGridLayout;
-    const std::pair<QString, std::pair<QDoubleSpinBox *, QDoubleSpinBox *>> rows[] = {
-        {tr("Latitude:"), {_south, _north}}, {tr("Longitude:"), {_west, _east}}};
-    for (int row = 0; row < 2; ++row) {
-        grid->addWidget(new QLabel(rows[row].first, this), row, 0);
-        grid->addWidget(rows[row].second.first, row, 1);
-        grid->addWidget(new QLabel(tr("to"), this), row, 2);
-        grid->addWidget(rows[row].second.second, row, 3);
-        grid->addWidget(row == 0 ? world : map, row, 4);
+    const std::tuple<QString, QDoubleSpinBox *, QDoubleSpinBox *, QPushButton *> rows[] = {
+        {tr("L&atitude:"), _south, _north, world}, {tr("L&ongitude:"), _west, _east, map}};
+    for (const auto &[text, from, to, button] : rows) {
+        auto *line = new QHBoxLayout;
+        line->addWidget(from);
+        line->addWidget(new QLabel(tr("to"), this));
+        line->addWidget(to);
+        line->addWidget(button);
+        line->addStretch();
+        button->setMinimumWidth(map->sizeHint().width());
+        layout->addRow(labelOf(text, from), line);
     }
-    grid->setColumnStretch(5, 1);
-    layout->addRow(tr("Region:"), grid);
 }
 
 void EventRequestDialog::setWorld()
@@ -216,6 +224,7 @@ void EventRequestDialog::check()
     else if (_south->value() >= _north->value())
         problem = tr("The southern latitude is not below the northern one.");
     _problem->setText(problem);
+    _problem->setVisible(!problem.isEmpty());
     _fetch->setEnabled(problem.isEmpty());
 }
 

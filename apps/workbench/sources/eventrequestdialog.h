@@ -52,6 +52,7 @@ private slots:
 private:
     QDoubleSpinBox *makeBox(double from, double to, double value);
     QDoubleSpinBox *makeMagnitudeBox(double value);
+    QLabel *labelOf(const QString &text, QWidget *buddy);
     void addTimes(QFormLayout *layout);
     void addRegion(QFormLayout *layout);
     Tellarix::IO::FdsnEventQuery query() const;

@@ -33,7 +33,7 @@ SourceEditor::SourceEditor(SourceList *list, const DataSource &source, QWidget *
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Save | QDialogButtonBox::Cancel, this);
     connect(buttons, SIGNAL(accepted()), this, SLOT(accept()));
     connect(buttons, SIGNAL(rejected()), this, SLOT(reject()));
-    show(source);
+    fill(source);
     _password->setEchoMode(QLineEdit::Password);
     _password->setToolTip(tr("Kept in %1, which nobody else can read; it is no part of an address")
                               .arg(Tellarix::IO::HttpAccounts::Instance().file()));
@@ -61,7 +61,7 @@ QLineEdit *SourceEditor::makeLine(const QString &example)
 }
 
 /** A password that stands in an address is taken out of it before anyone sees it. */
-void SourceEditor::show(DataSource source)
+void SourceEditor::fill(DataSource source)
 {
     _password->setText(source.takeLogin());
     _name->setText(source.name);

@@ -32,7 +32,7 @@ public slots:
 
 private:
     QLineEdit *makeLine(const QString &example);
-    void show(DataSource source);
+    void fill(DataSource source);
     DataSource typed() const;
     QString password() const;
 

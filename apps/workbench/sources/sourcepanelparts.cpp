@@ -470,6 +470,7 @@ void SourcePanel::showExample()
     source.name = tr("Stations at hand");
     source.live = "seedlink://localhost";
     source.past = "fdsnws+http://localhost";
+    source.events = source.past;
     _sourceBox->addItem(source.name, source.name);
     setSource(source);
     StationListing listing = listingOf(bench()->stations()->inventory().networks());
