@@ -4,6 +4,9 @@
 
 #include <tellarix/client/remote/fdsnservice.h>
 
+#include <algorithm>
+#include <vector>
+
 using namespace Tellarix;
 
 namespace Workbench {
@@ -17,14 +20,31 @@ IO::EventImportResult EventFetch::into(const IO::DatabaseInterfacePtr &database,
         return result;
     IO::FdsnEventQuery query;
     query.words = address.words();
+    // All of it first: a database must not be locked while a server is waited for.
+    std::vector<DataModel::EventPtr> events;
+    QStringList warnings;
+    IO::EventReadHandler collector;
+    collector.take = [&](const DataModel::EventPtr &event) {
+        events.push_back(event);
+        return true;
+    };
+    collector.progress = progress;
+    collector.warn = [&](const QString &text) { warnings.append(text); };
     IO::FdsnService service(address);
     setService(&service);
-    const auto source = [&](const IO::EventReadHandler &handler, QString *error) {
-        return service.readEvents(query, handler, error);
-    };
-    result = IO::importEvents(database, service.name(), source, progress);
+    const bool isComplete = service.readEvents(query, collector, &result.error);
     setService(nullptr);
-    return result;
+    if (!isComplete)
+        return result;
+
+    const auto source = [&](const IO::EventReadHandler &handler, QString *) {
+        for (const QString &warning : warnings)
+            handler.warn(warning);
+        return std::all_of(events.begin(), events.end(), [&](const DataModel::EventPtr &event) {
+            return handler.progress(0, 0) && handler.take(event);
+        });
+    };
+    return IO::importEvents(database, service.name(), source, progress);
 }
 
 void EventFetch::setService(IO::FdsnService *service)
