@@ -37,11 +37,12 @@ enum class Fault
     WebPage,         /**< is another kind of server */
     RefusesAll,      /**< ERROR to each station */
     RefusesWildcards,
-    RefusesStreams, /**< to list them */
-    StallsInFlow,   /**< says nothing any more once data flow, INFO neither */
-    CutsInPacket,   /**< breaks off in the middle of the second packet of a connection */
-    Garbage,        /**< sends bytes that are no packet behind the first one */
-    DamagedRecord   /**< a damaged record between two sound ones */
+    IgnoresWildcards, /**< takes them for names */
+    RefusesStreams,   /**< to list them */
+    StallsInFlow,     /**< says nothing any more once data flow, INFO neither */
+    CutsInPacket,     /**< breaks off in the middle of the second packet of a connection */
+    Garbage,          /**< sends bytes that are no packet behind the first one */
+    DamagedRecord     /**< a damaged record between two sound ones */
 };
 
 /**
@@ -354,8 +355,10 @@ private:
         return true;
     }
 
-    static bool matches(const Block &block, const StreamCodes &codes)
+    bool matches(const Block &block, const StreamCodes &codes) const
     {
+        if (_fault == Fault::IgnoresWildcards && block.station != codes.station())
+            return false;
         if (!Core::wildcardMatch(block.station, codes.station()) ||
             !Core::wildcardMatch(block.network, codes.network()))
             return false;

@@ -80,6 +80,7 @@ Outcome readThree(const HttpServer &server, const QString &words = QString(),
     stream->addStream("XX", "A", "", "BHZ");
     stream->addStream("XX", "B", "00", "BHZ");
     stream->addStream("XX", "C", "*", "BH?");
+    stream->addStream("XX", "C", "00", "BHZ"); // once more
     return readAll(*stream);
 }
 
@@ -124,6 +125,12 @@ private slots:
                        ? HttpReply{head + "FFFF\r\n" + bytes.left(1500), HttpReply::Close}
                        : data().reply(asked);
         };
+        const auto cutWithoutLength = [](const HttpAsked &asked, int number) {
+            const QByteArray bytes = data().asked(asked.body);
+            return number % 2 == 0
+                       ? HttpReply{HttpReply::head(200, "") + bytes.left(1500), HttpReply::Close}
+                       : data().reply(asked);
+        };
         const std::tuple<const char *, Answer, QString> rows[] = {
             {"one piece", good, "&hours=24&parallel=1"},
             {"many pieces", good, "&hours=0.1&parallel=16"},
@@ -138,7 +145,8 @@ private slots:
             {"too large in time", tooLarge, "&hours=1"},
             {"too many streams", tooMany, "&hours=1"},
             {"cut off in records", cutInRecords, "&hours=1"},
-            {"cut off in chunks", cutInChunks, "&hours=1"}};
+            {"cut off in chunks", cutInChunks, "&hours=1"},
+            {"cut off without a length", cutWithoutLength, "&hours=1"}};
         for (const auto &row : rows) {
             const RowName shown(std::get<0>(row));
             const QString words = std::get<2>(row);
@@ -219,6 +227,10 @@ private slots:
              piece + "503 Reason: sleeping, after 3 tries"},
             {"page", HttpReply::Of(200, "<!DOCTYPE html><title>Login</title>Please"),
              piece + "a text instead of data: Login: Please"},
+            {"page behind a comment",
+             HttpReply::Of(200, "<!-- " + QByteArray(60, '-') + " --><html>Please"),
+             piece + "a text instead of data: Please"},
+            {"too large for good", HttpReply::Of(413), "413 Reason"},
             {"text", HttpReply::Of(200, "out of order", "Content-Type: text/plain\r\n"),
              piece + "a text instead of data: out of order"},
             {"garbage", HttpReply::Of(200, QByteArray(5000, 'x')),
@@ -260,19 +272,22 @@ private slots:
 
     void leavesOutWhatWasNotAskedFor()
     {
-        HttpServer server([](const HttpAsked &) {
-            return HttpReply::Of(200, data().asked("XX * * * 2024-01-05 2024-01-06"),
-                                 FdsnData::Type);
+        const QByteArray future = seedRecord("XX.B.00.BHZ", Core::Time(2200, 1, 1));
+        HttpServer server([&](const HttpAsked &) {
+            const QByteArray all = data().asked("XX * * * 2024-01-05 2024-01-06");
+            return HttpReply::Of(200, all + future, FdsnData::Type);
         });
         const RecordStreamPtr stream = streamOf(server);
         stream->addStream("XX", "B", "00", "BHZ",
                           Core::TimeWindow(Core::Time(2024, 1, 5, 1), Core::Time(2024, 1, 5, 2)));
         const Outcome outcome = readAll(*stream);
         QCOMPARE(outcome.records.size(), size_t(37));
-        QCOMPARE(outcome.messages.size(), 2);
-        QVERIFY2(
-            outcome.messages[0].endsWith("sends records of XX.A..BHZ, which were not asked for"),
-            qPrintable(outcome.messages[0]));
+        QCOMPARE(outcome.messages.size(), 3);
+        const char *const told[] = {"sends records of XX.A..BHZ, which were not asked for",
+                                    "sends records of XX.C.00.BHZ, which were not asked for",
+                                    "the first of 2200-01-01T00:00:00.000000Z"};
+        for (int i = 0; i < 3; ++i)
+            QVERIFY2(outcome.messages[i].endsWith(told[i]), qPrintable(outcome.messages[i]));
     }
 
     void deliversBeforeTheBodyEnds()

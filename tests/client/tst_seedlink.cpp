@@ -301,7 +301,8 @@ private slots:
             {"cuts", Fault::CutsInPacket, "connection lost: The remote host closed"},
             {"garbage", Fault::Garbage, "\"xxxxxxxx\" is no header of a packet"},
             {"damaged record", Fault::DamagedRecord, "damaged record: start time"},
-            {"no wildcards", Fault::RefusesWildcards, ""}};
+            {"no wildcards", Fault::RefusesWildcards, ""},
+            {"wildcards are names", Fault::IgnoresWildcards, ""}};
         for (const auto &[name, fault, message] : rows) {
             const RowName shown(name);
             const char *const id = "XX.ABC..HHZ";

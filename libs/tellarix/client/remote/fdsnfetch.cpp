@@ -33,7 +33,7 @@ void FdsnExchange::open(const std::string &server, Tell tell)
         const std::lock_guard<std::mutex> lock(_toldMutex);
         _told.clear();
     }
-    hasAnswered = false;
+    hasAnswered = hasServed = false;
     ServerOutage::open(server, std::move(tell));
 }
 
@@ -145,8 +145,10 @@ FdsnFetch::Outcome FdsnFetch::judgeStatus(const FdsnLines &lines)
     // A copy, since reading the body may change it.
     const HttpAnswer answer = _client.answer();
     _exchange.hasAnswered = true;
-    if (answer.status == 204)
+    if (answer.status == 204) {
+        _exchange.hasServed = true;
         return Outcome::Done;
+    }
     const QByteArray body = _client.readUpTo(MaxErrorText);
     if (_exchange.isClosed())
         return Outcome::Ended;
@@ -156,6 +158,7 @@ FdsnFetch::Outcome FdsnFetch::judgeStatus(const FdsnLines &lines)
         // Where there is a page for people, there is no such service.
         if (isHtml(answer.header("Content-Type"), body))
             return giveUp(lines, cause);
+        _exchange.hasServed = true;
         return Outcome::Done;
     case 401:
         return giveUpAll(cause);
@@ -163,7 +166,10 @@ FdsnFetch::Outcome FdsnFetch::judgeStatus(const FdsnLines &lines)
         return lines.size() > 1 ? Outcome::SplitStreams : giveUp(lines, cause);
     case 413:
     case 414:
-        return splitFdsnLines(lines).empty() ? giveUp(lines, cause) : Outcome::Split;
+        if (!splitFdsnLines(lines).empty())
+            return Outcome::Split;
+        // Others would go the same long way down.
+        return _exchange.hasServed ? giveUp(lines, cause) : giveUpAll(cause);
     case 429:
     case 503:
         if (const milliseconds wanted = askedPause(answer.header("Retry-After"));
@@ -225,9 +231,23 @@ void FdsnFetch::tellOfBytes(const FdsnLines &lines)
 bool FdsnFetch::isPage(const QByteArray &head) const
 {
     const QByteArray type = _client.answer().header("Content-Type").toLower();
-    return isHtml(type, head) ||
+    return isHtml(type, head) || head.trimmed().startsWith('<') ||
            (type.startsWith("text/") &&
             !Formats::beginsLikeMiniSeed({head.constData(), static_cast<size_t>(head.size())}));
+}
+
+/** Whether a body that ends with the connection can't be all of it. */
+bool FdsnFetch::isCutInRecord() const
+{
+    const std::string_view bytes = _scanner.pending();
+    if (_client.answer().length >= 0 || !_client.answer().header("Transfer-Encoding").isEmpty() ||
+        bytes.empty())
+        return false;
+    Formats::MiniSeedHeader header;
+    const Formats::Finding finding = Formats::parseMiniSeedHeader(bytes, false, header);
+    return finding == Formats::Finding::Incomplete ||
+           (finding == Formats::Finding::Record &&
+            header.length > static_cast<int64_t>(bytes.size()));
 }
 
 FdsnFetch::Outcome FdsnFetch::readRecords(const FdsnLines &lines)
@@ -240,6 +260,7 @@ FdsnFetch::Outcome FdsnFetch::readRecords(const FdsnLines &lines)
         return giveUp(lines, "a text instead of data: " + httpBodyText(body).toStdString());
     }
 
+    _exchange.hasServed = true;
     _scanner.reset();
     _scanner.append({head.constData(), static_cast<size_t>(head.size())});
     bool broken = false;
@@ -269,7 +290,7 @@ FdsnFetch::Outcome FdsnFetch::readRecords(const FdsnLines &lines)
                 received += size;
                 break;
             }
-            broken = size < 0;
+            broken = size < 0 || isCutInRecord();
             _scanner.finish();
             break;
         }
@@ -278,7 +299,8 @@ FdsnFetch::Outcome FdsnFetch::readRecords(const FdsnLines &lines)
         case Step::End: {
             if (!broken)
                 return Outcome::Done;
-            const std::string cause = _client.answer().cause.toStdString();
+            const std::string answered = _client.answer().cause.toStdString();
+            const std::string cause = answered.empty() ? "broken off in a record" : answered;
             const Outcome outcome = tryAgain(lines, cause);
             if (outcome == Outcome::Again)
                 _receiver->tell(Severity::Note, fdsnLinesText(lines) + ": " + cause +

@@ -43,6 +43,8 @@ public:
 
     /** The server has answered, so that it is there and the address is right. */
     std::atomic<bool> hasAnswered{false};
+    /** It has taken a request. */
+    std::atomic<bool> hasServed{false};
 
 private:
     std::mutex _toldMutex;
@@ -97,6 +99,7 @@ private:
     void tellOfBytes(const FdsnLines &lines);
     Outcome readRecords(const FdsnLines &lines);
     bool isPage(const QByteArray &head) const;
+    bool isCutInRecord() const;
     bool takeRecord();
     FdsnLines restOf(const FdsnLines &lines) const;
     std::chrono::milliseconds pauseLength() const;

@@ -2,8 +2,12 @@
 
 #include <tellarix/client/remote/fdsnpieces_p.h>
 
+#include <tellarix/core/strings.h>
+
 #include <algorithm>
 #include <cmath>
+#include <iterator>
+#include <set>
 
 namespace Tellarix {
 namespace IO {
@@ -18,6 +22,24 @@ constexpr double ShortestWindow = 10;
 bool hasWildcard(const std::string &code)
 {
     return code.find_first_of("*?") != std::string::npos;
+}
+
+/** True if all codes that @p pattern lets through are let through by @p wider as well. */
+bool isWithin(const std::string &pattern, const std::string &wider)
+{
+    // One character of the pattern stands for any number then.
+    const bool isOpen = pattern.find('*') != std::string::npos;
+    return pattern == wider || ((!isOpen || wider.find('?') == std::string::npos) &&
+                                Core::wildcardMatch(wider, pattern));
+}
+
+bool isWithin(const FdsnLine &line, const FdsnLine &wider)
+{
+    const StreamCodes &codes = line.codes;
+    return wider.window.contains(line.window) && isWithin(codes.network(), wider.codes.network()) &&
+           isWithin(codes.station(), wider.codes.station()) &&
+           isWithin(codes.location(), wider.codes.location()) &&
+           isWithin(codes.channel(), wider.codes.channel());
 }
 
 Core::TimeWindow coverOf(const FdsnLines &lines)
@@ -78,6 +100,24 @@ FdsnLines FdsnPieces::at(int64_t index) const
     return clipped(group, stretch(index));
 }
 
+FdsnLines withoutCoveredFdsnLines(const FdsnLines &lines)
+{
+    FdsnLines patterns;
+    std::copy_if(lines.begin(), lines.end(), std::back_inserter(patterns),
+                 [](const FdsnLine &line) { return line.isPattern(); });
+    FdsnLines result;
+    std::set<std::string> known;
+    for (const FdsnLine &line : lines) {
+        const bool isCovered =
+            std::any_of(patterns.begin(), patterns.end(), [&](const FdsnLine &wider) {
+                return isWithin(line, wider) && !isWithin(wider, line);
+            });
+        if (!isCovered && known.insert(fdsnLinesText({line})).second)
+            result.push_back(line);
+    }
+    return result;
+}
+
 std::vector<FdsnLines> splitFdsnStreams(const FdsnLines &lines)
 {
     if (lines.size() < 2)
@@ -121,8 +161,9 @@ std::string fdsnLinesText(const FdsnLines &lines)
     if (lines.empty())
         return "nothing";
     const Core::TimeWindow cover = coverOf(lines);
+    const size_t count = lines.size() - 1;
     const std::string others =
-        lines.size() == 1 ? "" : " and " + std::to_string(lines.size() - 1) + " others";
+        count == 0 ? "" : " and " + std::to_string(count) + (count == 1 ? " other" : " others");
     return lines.front().codes.id() + others + " from " + cover.startTime().iso() + " to " +
            cover.endTime().iso();
 }

@@ -60,6 +60,9 @@ private:
     size_t _groupSize{1};
 };
 
+/** The lines without those of which others ask for all that they do. */
+FdsnLines withoutCoveredFdsnLines(const FdsnLines &lines);
+
 /** Two smaller requests in place of one that is too large, by time down to ten minutes, then by
  *  streams, then by time again; none if it can't be smaller. */
 std::vector<FdsnLines> splitFdsnLines(const FdsnLines &lines);

@@ -23,6 +23,8 @@ const RecordStreamScheme plainScheme("fdsnws+http", [] { return new FdsnStream("
 constexpr int64_t MaxWaitingBytes = 8 << 20;
 constexpr int64_t BytesBesideSamples = 200;
 constexpr size_t MaxStrangers = 100;
+// Clocks of stations are seldom as wrong as that.
+const Core::TimeSpan FarAhead(3600.0);
 
 int64_t sizeOf(const Record &record)
 {
@@ -312,7 +314,7 @@ bool FdsnStream::open()
     }
     if (lines.empty())
         return fail(_private->name + ": the time window is empty");
-    _private->start(std::move(lines));
+    _private->start(withoutCoveredFdsnLines(lines));
     return true;
 }
 
@@ -349,12 +351,7 @@ bool FdsnStream::accepts(const Record &record)
 {
     Private &d = *_private;
     if (!isRequested(*record.codes(), record.timeWindow())) {
-        if (isStranger(record) && d.strangers.size() < MaxStrangers &&
-            d.strangers.insert(record.streamID()).second)
-            report({StreamMessage::Severity::Note, d.name, -1,
-                    "sends records of " + record.streamID() +
-                        (d.strangers.size() == MaxStrangers ? " and other streams" : "") +
-                        ", which were not asked for"});
+        noteStranger(record);
         return false;
     }
     const Core::TimeWindow stretch = d.pieces.stretch(d.current);
@@ -373,6 +370,25 @@ bool FdsnStream::accepts(const Record &record)
 std::string FdsnStream::outage() const
 {
     return _private->outage();
+}
+
+/** Tells once of a stream that was not asked for, or that has records of the future. Those that
+ *  merely lie beside the window are common. */
+void FdsnStream::noteStranger(const Record &record)
+{
+    const bool isForeign = isStranger(record);
+    if (!isForeign && record.startTime() <= Core::Time::GMT() + FarAhead)
+        return;
+    std::set<std::string> &strangers = _private->strangers;
+    if (strangers.size() >= MaxStrangers || !strangers.insert(record.streamID()).second)
+        return;
+    const std::string subject =
+        record.streamID() + (strangers.size() == MaxStrangers ? " and other streams" : "");
+    report({StreamMessage::Severity::Note, _private->name, -1,
+            isForeign
+                ? "sends records of " + subject + ", which were not asked for"
+                : subject + ": sends records of the future, which are left out, the first of " +
+                      record.startTime().iso()});
 }
 
 bool FdsnStream::isStranger(const Record &record) const

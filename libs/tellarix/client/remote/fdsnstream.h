@@ -69,6 +69,7 @@ private:
 
     bool isStranger(const Record &record) const;
     bool accepts(const Record &record);
+    void noteStranger(const Record &record);
 
     const std::string _scheme;
     std::unique_ptr<Private> _private;

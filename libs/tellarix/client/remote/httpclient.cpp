@@ -570,9 +570,10 @@ QString httpServerName(const QUrl &url)
 
 bool isHtml(const QByteArray &contentType, const QByteArray &head)
 {
-    const QByteArray text = head.trimmed().left(20).toLower();
-    return contentType.toLower().contains("html") || text.startsWith("<!doctype html") ||
-           text.startsWith("<html");
+    // Comments and the like may stand before it.
+    const QByteArray text = head.trimmed().left(1000).toLower();
+    return contentType.toLower().contains("html") ||
+           (text.startsWith('<') && (text.contains("<!doctype html") || text.contains("<html")));
 }
 
 QString httpBodyText(const QByteArray &body, int maxLength)

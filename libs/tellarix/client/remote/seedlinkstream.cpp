@@ -92,6 +92,7 @@ bool SeedLinkStream::open()
     _wasOpened = true;
     _places = SeedLinkPlaces();
     _arePlacesLoaded = _isResolving = _isFlowing = _isLossTold = _isPauseSkipped = false;
+    _isDoubtingWildcards = false;
     _greeting.clear();
     _firstFlow = Core::Time();
     _pauseSeconds = std::min(FirstPause, _address.longestPause);
@@ -100,6 +101,8 @@ bool SeedLinkStream::open()
     setOutage(std::string());
     const std::vector<SeedLinkBlock> blocks = blocksOf(nullptr);
     setWindows(blocks);
+    _areWildcardsHeard = std::none_of(blocks.begin(), blocks.end(),
+                                      [](const auto &block) { return block.hasWildcards(); });
     _progress = _allWindows.isEmpty() ? -1 : 0;
     _isAtEnd = blocks.empty();
     if (_isAtEnd || connect())
@@ -170,7 +173,7 @@ std::vector<SeedLinkBlock> SeedLinkStream::blocksOf(const std::vector<Station> *
         const SeedLinkBlock pattern{request.network, request.station, {}, window};
         if (window.valid() && window.isEmpty())
             continue;
-        if (!known || !pattern.hasWildcards())
+        if (!known || !pattern.hasWildcards() || _isDoubtingWildcards)
             addToSeedLinkBlocks(blocks, pattern, request.location, request.channel, _address.type);
         for (const Station &station :
              known &&pattern.hasWildcards() ? *known : std::vector<Station>()) {
@@ -211,7 +214,7 @@ bool SeedLinkStream::connect()
     _places.beginConnection();
 
     std::vector<Station> stations;
-    if (_isResolving && !listStations(stations))
+    if (_isResolving && !listStations(stations) && !_isDoubtingWildcards)
         return false;
     const bool wasResolving = _isResolving;
     if (!request(blocksOf(_isResolving ? &stations : nullptr)))
@@ -308,7 +311,7 @@ SeedLinkStream::Step SeedLinkStream::step(RecordPtr &record)
     const auto settleMSecs = static_cast<qint64>(_address.settle * 1000);
     if (!_isSilenceChecked && _sinceFlow.elapsed() >= settleMSecs) {
         _isSilenceChecked = true;
-        if (_places.doubtSilent())
+        if (_places.doubtSilent() || doubtWildcards())
             return Step::Again;
     }
     if (!_address.fetch && arePast() && _sinceWanted.elapsed() >= settleMSecs) {
@@ -367,6 +370,7 @@ SeedLinkStream::Step SeedLinkStream::takeRecord(const SeedLinkPacket &packet, Re
         return Step::Nothing;
     }
 
+    _areWildcardsHeard = _areWildcardsHeard || isOfWildcards(codes);
     const Core::TimeWindow window = header.timeWindow();
     const bool ahead = isAhead(codes, header.startTime);
     switch (_places.take(stationOf(codes), codes.id(), packet.sequence, window,
@@ -425,9 +429,28 @@ SeedLinkStream::Step SeedLinkStream::takeSilence()
 SeedLinkStream::Step SeedLinkStream::takeEnd()
 {
     // A server that counts anew has nothing by the numbers of before.
-    if (_places.doubtSilent())
+    if (_places.doubtSilent() || doubtWildcards())
         return Step::Again;
     return _address.fetch || arePast() ? Step::End : lost("the server has ended the flow");
+}
+
+/** Servers that know no wildcards may take them for names that they don't have, without a word: if
+ *  nothing has come by them, they are asked for by name as well, once. */
+bool SeedLinkStream::doubtWildcards()
+{
+    if (_areWildcardsHeard || _isResolving)
+        return false;
+    _isResolving = _isDoubtingWildcards = true;
+    return true;
+}
+
+bool SeedLinkStream::isOfWildcards(const StreamCodes &codes) const
+{
+    return requests().empty() ||
+           std::any_of(requests().begin(), requests().end(), [&](const Request &request) {
+               return SeedLinkBlock{request.network, request.station, {}, {}}.hasWildcards() &&
+                      matches(request, codes);
+           });
 }
 
 SeedLinkStream::Step SeedLinkStream::lost(const std::string &cause)

@@ -21,6 +21,9 @@ namespace IO {
  * Live records of a SeedLink server, and those of the past that it still holds:
  * "seedlink://HOST[:PORT][?OPTION=VALUE&...]"; SeedLinkAddress lists the options.
  *
+ * Wildcards in the codes of stations are left to the server; one that refuses them, or sends
+ * nothing by them, is asked for the stations that it lists.
+ *
  * Without a window, or with an end alone that is still to come, records are delivered from now on.
  * A window with a beginning brings those that the server holds of it, and without an end goes on
  * with the present. Streams of one station are asked for in one window that holds all of theirs;
@@ -89,6 +92,8 @@ private:
     Step takeRecord(const SeedLinkPacket &packet, RecordPtr &record);
     Step takeSilence();
     Step takeEnd();
+    bool doubtWildcards();
+    bool isOfWildcards(const StreamCodes &codes) const;
     Step lost(const std::string &cause);
     RecordPtr decode(const SeedLinkPacket &packet, const StreamCodes &codes);
     int msecsToWait() const;
@@ -109,9 +114,11 @@ private:
 
     SeedLinkAddress _address;
     SeedLinkSession _session;
-    std::string _greeting;        /**< of the connection before */
-    bool _isResolving{false};     /**< the server takes no wildcards for stations */
-    Core::TimeWindow _allWindows; /**< an end is set if all have one */
+    std::string _greeting;            /**< of the connection before */
+    bool _isResolving{false};         /**< the server takes no wildcards for stations */
+    bool _isDoubtingWildcards{false}; /**< it does, but nothing has come by them */
+    bool _areWildcardsHeard{false};   /**< something has come by wildcards, or there are none */
+    Core::TimeWindow _allWindows;     /**< an end is set if all have one */
     SeedLinkPlaces _places;
     bool _arePlacesLoaded{false}; /**< from a file: they are none of this run */
     Formats::MiniSeedDecoder _decoder;
