@@ -46,6 +46,7 @@ QByteArray hours(const char *id, double begin, double end)
 struct Manner
 {
     bool hasRanges{true};
+    bool tellsLength{true};
     int cutOffs{0};   /**< answers of more than 100 KB that end in the middle */
     int overloads{0}; /**< answers 503 in the beginning */
     int answers{-1};  /**< before it goes away, if that isn't negative */
@@ -102,6 +103,8 @@ private slots:
         cut.cutOffs = 2;
         Manner cutWhole = whole;
         cutWhole.cutOffs = 1;
+        Manner cutEndless = cutWhole;
+        cutEndless.tellsLength = false;
         Manner overload;
         overload.overloads = 2;
         const Manner good;
@@ -119,6 +122,13 @@ private slots:
                       {"damaged", "D", 13, 13.5, 1.5, good, {}},
                       {"cut off", "A", 0, 24, 1.6, cut, again + again},
                       {"cut off without ranges", "A", 0, 24, 2.4, cutWhole, again},
+                      {"cut off without a length",
+                       "A",
+                       0,
+                       24,
+                       2.4,
+                       cutEndless,
+                       {"broken off in a record, asked for the rest"}},
                       {"overloaded for a while", "A", 12, 13, 0.5, overload, {}},
                       {"no file", "A", 28, 30, 1.4, good, {}},
                       {"empty file", "A", 48, 72, 0.01, good, {}},
@@ -240,9 +250,11 @@ private slots:
         manner.isPage = true;
         setManner(manner);
         QCOMPARE(read(remote(), {byName}), QStringList());
-        QCOMPARE(_messages.size(), 3);
+        QCOMPARE(_messages.size(), 2);
         QVERIFY2(_messages[0].endsWith("a page in its place: Sorry: maintenance"),
                  qPrintable(_messages[0]));
+        QVERIFY2(_messages[1].endsWith("2 further files could not be read, as others before"),
+                 qPrintable(_messages[1]));
 
         _messages.clear();
         const std::string url = remote();
@@ -351,8 +363,10 @@ private:
                       QByteArray::number(bytes.size()) + "\r\n";
         }
         HttpReply reply = HttpReply::Of(status, body, headers);
+        if (!_manner.tellsLength)
+            reply = {HttpReply::head(status, headers) + body, HttpReply::Close};
         if (body.size() > 100000 && _manner.cutOffs-- > 0) {
-            reply.bytes.chop(body.size() / 2);
+            reply.bytes.chop(body.size() / 2 + 100);
             reply.then = HttpReply::Close;
         }
         return reply;

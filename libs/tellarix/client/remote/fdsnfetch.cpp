@@ -236,20 +236,6 @@ bool FdsnFetch::isPage(const QByteArray &head) const
             !Formats::beginsLikeMiniSeed({head.constData(), static_cast<size_t>(head.size())}));
 }
 
-/** Whether a body that ends with the connection can't be all of it. */
-bool FdsnFetch::isCutInRecord() const
-{
-    const std::string_view bytes = _scanner.pending();
-    if (_client.answer().length >= 0 || !_client.answer().header("Transfer-Encoding").isEmpty() ||
-        bytes.empty())
-        return false;
-    Formats::MiniSeedHeader header;
-    const Formats::Finding finding = Formats::parseMiniSeedHeader(bytes, false, header);
-    return finding == Formats::Finding::Incomplete ||
-           (finding == Formats::Finding::Record &&
-            header.length > static_cast<int64_t>(bytes.size()));
-}
-
 FdsnFetch::Outcome FdsnFetch::readRecords(const FdsnLines &lines)
 {
     using Step = Formats::RecordScanner::Step;
@@ -290,7 +276,7 @@ FdsnFetch::Outcome FdsnFetch::readRecords(const FdsnLines &lines)
                 received += size;
                 break;
             }
-            broken = size < 0 || isCutInRecord();
+            broken = size < 0 || (!_client.answer().isBounded() && _scanner.isInsideRecord());
             _scanner.finish();
             break;
         }

@@ -99,7 +99,6 @@ private:
     void tellOfBytes(const FdsnLines &lines);
     Outcome readRecords(const FdsnLines &lines);
     bool isPage(const QByteArray &head) const;
-    bool isCutInRecord() const;
     bool takeRecord();
     FdsnLines restOf(const FdsnLines &lines) const;
     std::chrono::milliseconds pauseLength() const;

@@ -339,15 +339,18 @@ bool HttpArchiveFile::readMore()
                 _progress = static_cast<double>(_position) / static_cast<double>(_size);
             return true;
         }
-        if (_closed || (count == 0 && !_hasRanges))
+        const bool isCut =
+            count == 0 && !_client->answer().isBounded() && _scanner.isInsideRecord();
+        if (_closed || (count == 0 && !_hasRanges && !isCut))
             return false;
         if (++tries >= MostTries) {
             tell(StreamMessage::Severity::Fault, _position, "broken off again and again");
             return false;
         }
-        if (count < 0)
+        if (count < 0 || isCut)
             tell(StreamMessage::Severity::Note, _position,
-                 _client->answer().cause.toStdString() + ", asked for the rest");
+                 (isCut ? "broken off in a record" : _client->answer().cause.toStdString()) +
+                     ", asked for the rest");
         _asked = _position;
     }
     return false;

@@ -105,6 +105,8 @@ bool HttpArchiveStream::open()
     endReaders();
     _files.clear();
     _strangers.clear();
+    _causes.clear();
+    _alike = 0;
     _progress = 0;
     _notices.clear();
     _outage->open(httpServerName(_root).toStdString(),
@@ -133,8 +135,13 @@ RecordPtr HttpArchiveStream::next()
     for (;;) {
         startReading();
         JoinedReader::Lock lock(_monitor->mutex);
-        if (_monitor->closed || _readings.empty())
+        if (_monitor->closed || _readings.empty()) {
+            const bool isClosed = _monitor->closed;
+            lock.unlock();
+            if (!isClosed)
+                tellAlike();
             break;
+        }
         Reading &front = *_readings.front();
         std::vector<StreamMessage> messages = std::exchange(_notices, {});
         for (StreamMessage &message : front.reader->takeMessages(lock))
@@ -147,7 +154,7 @@ RecordPtr HttpArchiveStream::next()
         lock.unlock();
 
         for (const StreamMessage &message : messages)
-            report(message);
+            pass(message);
         if (isTaken) {
             _originName = std::move(item.originName);
             _originOffset = item.originOffset;
@@ -322,6 +329,24 @@ void HttpArchiveStream::startReading()
         const std::lock_guard<std::mutex> lock(_monitor->mutex);
         _readings.push_back(std::move(reading));
     }
+}
+
+/** Files that can't be read for the same reason as one before are counted only. */
+void HttpArchiveStream::pass(const StreamMessage &message)
+{
+    const bool isOfFile = message.severity == StreamMessage::Severity::Fault && message.offset < 0;
+    if (isOfFile && !_causes.insert(message.cause).second)
+        ++_alike;
+    else
+        report(message);
+}
+
+void HttpArchiveStream::tellAlike()
+{
+    if (_alike > 0)
+        report({StreamMessage::Severity::Fault, httpServerName(_root).toStdString(), -1,
+                std::to_string(_alike) + " further files could not be read, as others before"});
+    _alike = 0;
 }
 
 /** Lets go of a file that was read; false if it makes no sense to go on. */

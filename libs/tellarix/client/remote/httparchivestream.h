@@ -88,6 +88,8 @@ private:
     void startReading();
     bool endReading(Reading &reading);
     void endReaders();
+    void pass(const StreamMessage &message);
+    void tellAlike();
     bool accepts(const Record &record, const File &file);
     void tellOutage(const std::string &text);
     StreamMessage messageOfServer(StreamMessage::Severity severity, const std::string &text) const;
@@ -105,6 +107,8 @@ private:
     std::deque<std::shared_ptr<Reading>> _readings; /**< in the order of the files */
     HttpClient *_lister{nullptr};                   /**< while open() needs it */
     std::set<std::string> _strangers; /**< foreign streams of the file that were told */
+    std::set<std::string> _causes;    /**< why files could not be read */
+    size_t _alike{0};                 /**< files that could not be read for one of these */
     std::string _originName;
     int64_t _originOffset{-1};
     std::atomic<double> _progress{-1};

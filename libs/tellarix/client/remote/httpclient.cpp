@@ -128,6 +128,11 @@ HttpLogin loginFor(const QUrl &url, const HttpSettings &settings)
 
 } // namespace
 
+bool HttpAnswer::isBounded() const
+{
+    return length >= 0 || header("Transfer-Encoding").toLower() == "chunked";
+}
+
 /** The exchange of one request and answer after another over one connection. */
 class HttpClient::Private
 {

@@ -69,6 +69,10 @@ struct TELLARIX_CLIENT_API HttpAnswer
     /** "404 Not Found", with the loginProblem if there is one. */
     QString statusText() const;
 
+    /** Whether the body tells where it ends. Otherwise it does so with the connection, and nothing
+     *  shows if that was lost. */
+    bool isBounded() const;
+
     int status{0};  /**< 0 if there is no answer */
     QString reason; /**< the server's own words for the status, if any */
     QUrl url;       /**< where it came from, after redirects; without login */

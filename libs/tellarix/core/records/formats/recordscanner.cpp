@@ -96,6 +96,15 @@ std::string_view RecordScanner::pending() const
     return std::string_view(_buffer.data() + _begin, _end - _begin);
 }
 
+bool RecordScanner::isInsideRecord() const
+{
+    MiniSeedHeader header;
+    const Finding finding = parseMiniSeedHeader(pending(), false, header);
+    const bool isCut =
+        finding == Finding::Record && header.length > static_cast<int64_t>(pending().size());
+    return !pending().empty() && (isCut || finding == Finding::Incomplete);
+}
+
 RecordScanner::Step RecordScanner::next()
 {
     consume(_used);

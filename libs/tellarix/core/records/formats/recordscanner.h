@@ -67,6 +67,8 @@ public:
 
     /** The bytes that are not used up yet. */
     std::string_view pending() const;
+    /** Whether these are the beginning of a record and no more. */
+    bool isInsideRecord() const;
 
 private:
     // Nothing means: go on from where the scanner stands now.
