@@ -52,7 +52,6 @@ struct Manner
     int answers{-1};  /**< before it goes away, if that isn't negative */
     int absences{0};  /**< requests that it then hangs up on */
     bool isPage{false};
-    bool isStalled{false};
     QByteArray lists; /**< "links", "objects", "buckets" or nothing */
 };
 
@@ -265,38 +264,6 @@ private slots:
                  qPrintable(_messages[1]));
     }
 
-    void closesSoon()
-    {
-        const std::tuple<const char *, QString, int> rows[] = {
-            {"by name", "A", 0}, {"listing", "*", 0}, {"away", "A", 2}, {"away, listing", "*", 2}};
-        for (const auto &[name, station, answers] : rows) {
-            const RowName shown(name);
-            init();
-            Manner manner;
-            manner.isStalled = answers == 0;
-            manner.answers = answers;
-            manner.absences = 1000;
-            manner.lists = "links";
-            setManner(manner);
-            RecordStreamPtr stream =
-                made(remote("?pause=60"), {{"XX", station.toStdString(), "", "BHZ", -20, 20}});
-            auto blocked = std::async(std::launch::async, [&] {
-                for (bool goesOn = stream->open(); goesOn;)
-                    goesOn = stream->next() != nullptr;
-            });
-            QTRY_VERIFY(_server->asked().size() > answers);
-            QElapsedTimer timer;
-            timer.start();
-            stream->close();
-            const bool ended =
-                blocked.wait_for(std::chrono::seconds(5)) == std::future_status::ready;
-            stream.reset();
-            const qint64 elapsed = timer.elapsed();
-            QVERIFY(ended);
-            QVERIFY2(elapsed < 100, qPrintable(QString::number(elapsed)));
-        }
-    }
-
 private:
     static constexpr double NoTime = 1e9;
 
@@ -328,8 +295,6 @@ private:
 
     HttpReply answer(const HttpAsked &asked)
     {
-        if (_manner.isStalled)
-            return {};
         if (_manner.isPage)
             return HttpReply::Of(200, "<html><title>Sorry</title>maintenance",
                                  "Content-Type: text/html\r\n");

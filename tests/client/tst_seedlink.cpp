@@ -439,34 +439,6 @@ private slots:
                  qPrintable(reader.messages().join('\n')));
     }
 
-    void closesSoon()
-    {
-        const std::tuple<const char *, Fault, QString> rows[] = {
-            {"waiting for a greeting", Fault::SilentFromStart, ""},
-            {"waiting for data", Fault::None, ""},
-            {"in a pause", Fault::Garbage, ""},
-            {"looking for a name", Fault::None, "no.such.host.example"},
-            {"connecting", Fault::None, "192.0.2.1"}};
-        for (const auto &[name, fault, host] : rows) {
-            const RowName shown(name);
-            SeedLinkServer server;
-            QVERIFY(server.start());
-            server.add(part("XX.ABC..HHZ", 0));
-            server.add(part("XX.ABC..HHZ", 1));
-            server.setFault(fault);
-            Reader reader(host.isEmpty() ? server.url() : "seedlink://" + host.toStdString(),
-                          {"XX.ABC..HHZ"}, {Begin, Core::Time()});
-            if (fault == Fault::SilentFromStart)
-                QTRY_VERIFY(!server.lines().empty());
-            else if (fault == Fault::Garbage)
-                QTRY_COMPARE(reader.messages().size(), 1);
-            else if (host.isEmpty())
-                QTRY_COMPARE(reader.count(), 2);
-            const qint64 msecs = reader.finish();
-            QVERIFY2(msecs < 100, qPrintable(QString("%1 ms").arg(msecs)));
-        }
-    }
-
     void leavesOutForeignStreamsAndTellsOfTheFuture()
     {
         SeedLinkServer server;

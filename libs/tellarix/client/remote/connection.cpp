@@ -3,6 +3,7 @@
 #include <tellarix/client/remote/connection.h>
 
 #include <tellarix/client/remote/systemproxy_p.h>
+#include <tellarix/client/system/namelookups.h>
 
 #include <QAbstractEventDispatcher>
 #include <QDeadlineTimer>
@@ -119,8 +120,11 @@ Connection::Outcome Connection::pause(int msecs)
 
 void Connection::drop()
 {
-    if (_socket)
+    if (_socket) {
+        if (_socket->state() == QAbstractSocket::HostLookupState)
+            System::NameLookups::Abandon();
         _socket->abort();
+    }
     _socket.reset();
     _owner = std::thread::id();
     _bytes.clear();

@@ -3,6 +3,7 @@
 #include <tellarix/client/remote/httpconnection_p.h>
 
 #include <tellarix/client/remote/systemproxy_p.h>
+#include <tellarix/client/system/namelookups.h>
 
 #include <QEventLoop>
 #include <QNetworkProxy>
@@ -84,8 +85,11 @@ HttpConnection::~HttpConnection()
 void HttpConnection::close()
 {
     const std::lock_guard<std::mutex> lock(_ioMutex);
-    if (_io)
+    if (_io) {
+        if (_io->socket.state() == QAbstractSocket::HostLookupState)
+            System::NameLookups::Abandon();
         _io->socket.abort();
+    }
     _io.reset();
     _server.clear();
     _pending.clear();

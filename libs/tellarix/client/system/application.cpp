@@ -3,6 +3,7 @@
 #include <tellarix/client/system/application.h>
 
 #include <tellarix/client/system/interruptwatch_p.h>
+#include <tellarix/client/system/namelookups.h>
 #include <tellarix/core/logging.h>
 
 #include <QCoreApplication>
@@ -57,6 +58,7 @@ int Application::exec()
     _interrupts->dispatch();
     done();
     _interrupts.reset();
+    NameLookups::SetExitStatus(_returnCode);
     return _returnCode;
 }
 
