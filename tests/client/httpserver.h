@@ -17,6 +17,7 @@
 #include <memory>
 #include <mutex>
 #include <thread>
+#include <vector>
 
 /** A request as it came. */
 struct HttpAsked
@@ -136,7 +137,7 @@ public:
     QVector<HttpAsked> asked() const
     {
         const std::lock_guard<std::mutex> lock(_mutex);
-        return _asked;
+        return QVector<HttpAsked>(_asked.begin(), _asked.end());
     }
     int connections() const
     {
@@ -209,7 +210,7 @@ private:
         asked.body = received.mid(end + 4, bodySize);
         received.remove(0, end + 4 + bodySize);
         const std::lock_guard<std::mutex> lock(_mutex);
-        _asked.append(asked);
+        _asked.push_back(asked);
         return true;
     }
 
@@ -251,7 +252,7 @@ private:
     QEventLoop *_loop{nullptr};
     quint16 _port{0};
     mutable std::mutex _mutex;
-    QVector<HttpAsked> _asked;
+    std::vector<HttpAsked> _asked;
     int _connections{0};
 };
 

@@ -9,7 +9,6 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <future>
 #include <set>
 
 using namespace Tellarix;

@@ -12,7 +12,6 @@
 
 #include <QtTest>
 
-#include <future>
 #include <mutex>
 #include <random>
 
@@ -108,6 +107,7 @@ private slots:
         overload.overloads = 2;
         const Manner good;
         const QStringList again({"broken off, asked for the rest"});
+        const QStringList inRecord({"broken off in a record, asked for the rest"});
         // Station, hours, at most so much of the file of the day, and what is told.
         const std::tuple<const char *, const char *, double, double, double, Manner, QStringList>
             rows[] = {{"an hour", "A", 12, 13, 0.25, good, {}},
@@ -121,13 +121,7 @@ private slots:
                       {"damaged", "D", 13, 13.5, 1.5, good, {}},
                       {"cut off", "A", 0, 24, 1.6, cut, again + again},
                       {"cut off without ranges", "A", 0, 24, 2.4, cutWhole, again},
-                      {"cut off without a length",
-                       "A",
-                       0,
-                       24,
-                       2.4,
-                       cutEndless,
-                       {"broken off in a record, asked for the rest"}},
+                      {"cut off without a length", "A", 0, 24, 2.4, cutEndless, inRecord},
                       {"overloaded for a while", "A", 12, 13, 0.5, overload, {}},
                       {"no file", "A", 28, 30, 1.4, good, {}},
                       {"empty file", "A", 48, 72, 0.01, good, {}},

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
+#include "fulldisk.h"
 #include "rowname.h"
 #include "seedlinkserver.h"
 
@@ -496,6 +497,32 @@ private slots:
         QTRY_COMPARE(reader.count(), 4);
         QVERIFY(reader.messages().join("").contains("state: is damaged and not used"));
         QVERIFY(QFile::exists(path + ".damaged"));
+    }
+
+    void goesOnWithoutAFile()
+    {
+        const std::pair<const char *, bool> rows[] = {{"no folder", false}, {"full disk", true}};
+        for (const auto &[name, isFull] : rows) {
+            const RowName shown(name);
+            const QTemporaryDir folder;
+            const QString path = folder.filePath(isFull ? "state" : "missing/state");
+            SeedLinkServer server;
+            QVERIFY(server.start());
+            const std::string url = server.url() + Fast + "&state=" + path.toStdString();
+            const auto readAnother = [&](int number) {
+                server.add(part("XX.ABC..HHZ", number));
+                Reader reader(url, {"XX.ABC..HHZ"}, {Begin, Core::Time()});
+                [&] { QTRY_COMPARE(reader.count(), isFull ? 1 : number + 1); }();
+                reader.finish();
+                return reader.messages().join("");
+            };
+            const QString before = readAnother(0);
+            const FullDisk disk(isFull ? 10 : 1000000);
+            const QString told = isFull ? readAnother(1) : before;
+            QVERIFY2(told.contains(path + ": "), qPrintable(told));
+            // What stood there is better than nothing.
+            QCOMPARE(QFileInfo(path).size() > 10, isFull);
+        }
     }
 
     void listsStations()

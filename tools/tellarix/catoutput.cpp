@@ -2,6 +2,8 @@
 
 #include "catoutput.h"
 
+#include <tellarix/client/io/savefile.h>
+
 #include <vector>
 
 namespace Tellarix {
@@ -48,7 +50,7 @@ bool FileOutput::finish()
 {
     if (!write())
         return false;
-    if (_appends || _size == 0 || _file.commit())
+    if (_appends || _size == 0 || IO::commitWhole(_file))
         return true;
     _errorString = tr("%1: %2").arg(_path, _file.errorString());
     return false;
@@ -69,7 +71,7 @@ bool FileOutput::write()
         _errorString = QString::fromStdString(error);
         return false;
     }
-    if (!_appends && _file.write(_pending) != _pending.size()) {
+    if (!_appends && !IO::writeWhole(_file, _pending)) {
         _errorString = tr("%1: %2").arg(_path, _file.errorString());
         return false;
     }

@@ -2,6 +2,8 @@
 
 #include "picture.h"
 
+#include <tellarix/client/io/savefile.h>
+
 #include <QBuffer>
 #include <QCoreApplication>
 #include <QFileInfo>
@@ -90,7 +92,8 @@ Writer writerFor(const QString &suffix)
 bool replaceFile(const QString &path, const QByteArray &content, QString *error)
 {
     QSaveFile file(path);
-    if (file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.commit())
+    if (file.open(QIODevice::WriteOnly) && Tellarix::IO::writeWhole(file, content) &&
+        Tellarix::IO::commitWhole(file))
         return true;
     return fail(error, file.errorString());
 }

@@ -2,6 +2,8 @@
 
 #include "listingstore.h"
 
+#include <tellarix/client/io/savefile.h>
+
 #include <QCryptographicHash>
 #include <QDir>
 #include <QSaveFile>
@@ -52,8 +54,8 @@ void ListingStore::set(const QString &key, const ListingPtr &listing)
     _listings.insert(key, listing);
     QDir().mkpath(_folder);
     QSaveFile file(pathOf(key));
-    if (file.open(QSaveFile::WriteOnly) && file.write(listingBytes(*listing)) > 0)
-        file.commit();
+    if (file.open(QSaveFile::WriteOnly) && IO::writeWhole(file, listingBytes(*listing)))
+        IO::commitWhole(file);
 }
 
 } // namespace Workbench

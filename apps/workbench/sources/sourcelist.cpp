@@ -2,6 +2,7 @@
 
 #include "sourcelist.h"
 
+#include <tellarix/client/io/savefile.h>
 #include <tellarix/core/environment.h>
 
 #include <QDir>
@@ -156,8 +157,8 @@ bool SourceList::write(const DataSourceFile &file, QString *error)
     QDir().mkpath(QFileInfo(_userFile).path());
     QSaveFile device(_userFile);
     const QByteArray text = dataSourcesText(file);
-    if (!device.open(QSaveFile::WriteOnly) || device.write(text) != text.size() ||
-        !device.commit()) {
+    if (!device.open(QSaveFile::WriteOnly) || !IO::writeWhole(device, text) ||
+        !IO::commitWhole(device)) {
         *error = QString("%1: %2").arg(_userFile, device.errorString());
         return false;
     }

@@ -4,6 +4,7 @@
 
 #include <norvu/gui/trace.h>
 #include <norvu/gui/traceview.h>
+#include <tellarix/client/io/savefile.h>
 #include <tellarix/core/records/cut.h>
 #include <tellarix/core/records/formats/miniseedwriter.h>
 #include <tellarix/core/records/formats/sac.h>
@@ -201,7 +202,7 @@ ExportOutcome DataExport::writeMiniSeed(const QString &path, const Progress &pro
         }
     }
     const int64_t bytes = file.pos();
-    if (!file.commit())
+    if (!IO::commitWhole(file))
         return fail(file.errorString());
 
     outcome.ok = true;
@@ -260,7 +261,7 @@ ExportOutcome DataExport::writeSac(const QString &folder, const Progress &progre
         if (!Formats::writeSac(file, *record, error))
             return fail(path, QString::fromStdString(error));
         const int64_t bytes = file.pos();
-        if (!file.commit())
+        if (!IO::commitWhole(file))
             return fail(path, file.errorString());
 
         ids.insert(record->streamID());

@@ -3,6 +3,7 @@
 #include <tellarix/client/demo/demonstration.h>
 
 #include <tellarix/client/demo/seismogram_p.h>
+#include <tellarix/client/io/savefile.h>
 #include <tellarix/client/io/stationxmlwriter.h>
 #include <tellarix/core/parallel.h>
 #include <tellarix/core/records/formats/miniseedwriter.h>
@@ -120,7 +121,7 @@ bool save(const QString &path, QString *error,
         return failed(QStringLiteral("%1: %2").arg(path, file.errorString()), error);
     if (!write(file, &reason))
         return failed(QStringLiteral("%1: %2").arg(path, reason), error);
-    if (!file.commit())
+    if (!IO::commitWhole(file))
         return failed(QStringLiteral("%1: %2").arg(path, file.errorString()), error);
     return true;
 }

@@ -4,6 +4,7 @@
 
 #include <tellarix/client/io/dayfilename.h>
 #include <tellarix/client/io/filestream.h>
+#include <tellarix/client/io/savefile.h>
 #include <tellarix/client/remote/coveredtime_p.h>
 
 #include <QDir>
@@ -57,7 +58,7 @@ bool canBePath(const StreamCodes &codes)
 bool replaceFile(const QString &path, const QByteArray &bytes, std::string *error)
 {
     QSaveFile file(path);
-    if (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit())
+    if (file.open(QIODevice::WriteOnly) && writeWhole(file, bytes) && commitWhole(file))
         return true;
     *error = path.toStdString() + ": " + file.errorString().toStdString();
     return false;

@@ -3,6 +3,7 @@
 #include <tellarix/client/io/eventexport.h>
 
 #include <tellarix/client/io/eventwriter.h>
+#include <tellarix/client/io/savefile.h>
 
 #include <QFile>
 #include <QFileInfo>
@@ -72,16 +73,17 @@ EventExportResult exportEvents(const DatabaseInterfacePtr &database,
     // A device or a pipe would be replaced by a file of its name.
     if (info.exists() && !info.isFile()) {
         QFile device(file);
-        return device.open(QIODevice::WriteOnly)
-                   ? exportEvents(database, selection, form, device, handler)
-                   : failed(device.errorString());
+        if (!device.open(QIODevice::WriteOnly))
+            return failed(device.errorString());
+        const EventExportResult result = exportEvents(database, selection, form, device, handler);
+        return result.ok && !device.flush() ? failed(device.errorString()) : result;
     }
 
     QSaveFile device(file);
     if (!device.open(QIODevice::WriteOnly))
         return failed(device.errorString());
     EventExportResult result = exportEvents(database, selection, form, device, handler);
-    if (result.ok && !device.commit()) {
+    if (result.ok && !commitWhole(device)) {
         result.ok = false;
         result.error = device.errorString();
     }

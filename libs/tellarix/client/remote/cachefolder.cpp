@@ -2,6 +2,7 @@
 
 #include <tellarix/client/remote/cachefolder.h>
 
+#include <tellarix/client/io/savefile.h>
 #include <tellarix/client/remote/cachesegment_p.h>
 
 #include <QCryptographicHash>
@@ -59,7 +60,7 @@ bool lockFile(const QFile &file, int tries)
 bool appendWhole(QFile &file, const QByteArray &bytes, QString &reason)
 {
     const qint64 size = file.size();
-    if (file.seek(size) && file.write(bytes) == bytes.size() && file.flush())
+    if (file.seek(size) && writeWhole(file, bytes) && file.flush())
         return true;
     reason = file.errorString();
     file.resize(size);
@@ -216,7 +217,7 @@ bool CacheFolder::prepare(const QString &path)
     QFile::setPermissions(_folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     QSaveFile source(_folder + QStringLiteral("/source"));
     return (source.open(QIODevice::WriteOnly) &&
-            source.write(QByteArray::fromStdString(_source + '\n')) > 0 && source.commit()) ||
+            writeWhole(source, QByteArray::fromStdString(_source + '\n')) && commitWhole(source)) ||
            fail(source.fileName(), source.errorString());
 }
 

@@ -2,6 +2,7 @@
 
 #include <tellarix/client/remote/seedlinkstream.h>
 
+#include <tellarix/client/io/savefile.h>
 #include <tellarix/client/remote/seedlinkstations.h>
 #include <tellarix/core/records/record.h>
 #include <tellarix/core/records/streamcodes.h>
@@ -614,8 +615,8 @@ void SeedLinkStream::savePlaces()
         return;
     QSaveFile file(fileName(_address.stateFile));
     const std::string text = _places.toText(_address.name() + ' ' + _greeting);
-    if (!file.open(QIODevice::WriteOnly) || file.write(text.data(), qint64(text.size())) < 0 ||
-        !file.commit())
+    if (!file.open(QIODevice::WriteOnly) || !writeWhole(file, QByteArray::fromStdString(text)) ||
+        !commitWhole(file))
         tellOnce("state", _address.stateFile + ": " + file.errorString().toStdString());
 }
 
