@@ -6,28 +6,22 @@
 
 #include <sys/resource.h>
 
-/** Lets no file of the process grow beyond a size, as on a disk that is full, as long as it lives.
- */
+/** While it lives, files can't grow beyond a size, like on a full disk. */
 class FullDisk
 {
 public:
-    explicit FullDisk(unsigned bytes) : _handler(std::signal(SIGXFSZ, SIG_IGN))
+    explicit FullDisk(rlim_t bytes)
     {
-        ::getrlimit(RLIMIT_FSIZE, &_before);
-        rlimit limit = _before;
-        limit.rlim_cur = bytes;
-        ::setrlimit(RLIMIT_FSIZE, &limit);
+        std::signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &_before);
+        const rlimit limit{bytes, _before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
     }
-    ~FullDisk()
-    {
-        ::setrlimit(RLIMIT_FSIZE, &_before);
-        std::signal(SIGXFSZ, _handler);
-    }
+    ~FullDisk() { setrlimit(RLIMIT_FSIZE, &_before); }
 
     FullDisk(const FullDisk &) = delete;
     FullDisk &operator=(const FullDisk &) = delete;
 
 private:
-    void (*_handler)(int);
-    rlimit _before{};
+    rlimit _before;
 };

@@ -137,6 +137,13 @@ private slots:
             for (const Kind &kind : webKinds())
                 close(state, kind, server.host(), false);
         }
+        for (const Kind &kind : webKinds()) {
+            std::atomic<int> asked{0};
+            HttpServer server([&](const HttpAsked &) {
+                return ++asked == 1 ? HttpReply::Of(404) : HttpReply{"", HttpReply::Close};
+            });
+            close("while the server is away", kind, server.host(), false);
+        }
     }
 
     void inAFlow()

@@ -12,6 +12,7 @@
 #include "waveforms/rowfilters.h"
 #include "waveforms/rowlooks.h"
 #include "waveforms/rowname.h"
+#include "waveforms/waveformpanel.h"
 #include "waveforms/waveforms.h"
 #include "waveformtesting.h"
 
@@ -174,6 +175,7 @@ private slots:
     void closedRowsStayAway();
     void endsAtOnce();
     void waitsForServerThatIsDown();
+    void opensSourcesAgain();
     void spectrogramsAndFiltersGoOn();
 };
 
@@ -411,6 +413,34 @@ void TestLive::waitsForServerThatIsDown()
     desk.panel.live()->end(url);
     QVERIFY(time.elapsed() < 100);
     QVERIFY(!notice->isVisible() && entryOf().isEmpty());
+}
+
+void TestLive::opensSourcesAgain()
+{
+    const QTemporaryDir folder;
+    QSettings settings(folder.filePath("settings.ini"), QSettings::IniFormat);
+    for (const bool isWanted : {true, false}) {
+        {
+            Bench bench;
+            WaveformPanel panel(&bench);
+            panel.openSources({Source});
+            QTRY_COMPARE(line.readers.load(), 1);
+            for (QAction *action : panel.findChildren<QAction *>()) {
+                const QString text = action->text().remove('&');
+                if (text == "1 hour" ||
+                    (text == "Open live sources again at the start" && isWanted))
+                    action->trigger();
+            }
+            panel.saveState(settings);
+        }
+        QCOMPARE(line.readers.load(), 0);
+        Bench bench;
+        WaveformPanel panel(&bench);
+        panel.restoreState(settings);
+        QCOMPARE(panel.waveforms()->live()->length(), Core::TimeSpan(3600));
+        QCOMPARE(panel.openRemembered(), isWanted);
+        QTRY_COMPARE(line.readers.load(), isWanted ? 1 : 0);
+    }
 }
 
 void TestLive::spectrogramsAndFiltersGoOn()

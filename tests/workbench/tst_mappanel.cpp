@@ -4,6 +4,8 @@
 #include "bench/selection.h"
 #include "bench/shownevents.h"
 #include "bench/stations.h"
+#include "bench/streamstates.h"
+#include "map/delaylegend.h"
 #include "map/eventmaplayer.h"
 #include "map/eventsonmap.h"
 #include "map/mappanel.h"
@@ -116,6 +118,7 @@ private slots:
     void choosesEvents();
     void showsWhatWasChosen();
     void choosesStations();
+    void coloursStationsByDelay();
     void labelsWhatIsUnderTheMouse();
     void labelsWhatIsUnderTheMouseElsewhere();
     void limitsListToWhatIsShown();
@@ -163,6 +166,42 @@ void TestMapPanel::choosesStations()
     QCOMPARE(map.bench.selection()->stations(), QStringList({"XX.ONE", "XX.TWO"}));
     map.click(map.pixel(20, 45) + body, Qt::ControlModifier);
     QCOMPARE(map.bench.selection()->stations(), QStringList{"XX.TWO"});
+}
+
+void TestMapPanel::coloursStationsByDelay()
+{
+    Map map;
+    StreamStates *states = map.bench.streamStates();
+    const Core::Time last(2024, 1, 5);
+    Core::Time now = last;
+    states->setClock([&now] { return now; });
+    states->note("XX.ONE..HHZ", {last - Core::TimeSpan(10), last});
+    map.trigger("Colour stations by delay");
+    const auto color = [&map](double longitude) {
+        const QPoint body = map.pixel(longitude, 45) + QPoint(0, -8);
+        return map.panel.map()->grab().toImage().pixelColor(body);
+    };
+    const auto hovered = [&map] {
+        map.move(map.pixel(10, 50));
+        map.move(map.pixel(20, 45) + QPoint(0, -8));
+        return map.panel.hoveredText();
+    };
+    const std::tuple<double, DelayGrade, QString> rows[] = {
+        {5, DelayGrade::Fresh, "XX.ONE, last sample 5 s ago"},
+        {61, DelayGrade::Late, "XX.ONE, last sample 1 min ago"},
+        {599, DelayGrade::Late, "XX.ONE, last sample 9 min ago"},
+        {601, DelayGrade::Stale, "XX.ONE, last sample 10 min ago"}};
+    for (const auto &[age, grade, text] : rows) {
+        now = last + Core::TimeSpan(age);
+        QTRY_COMPARE(color(20), colorOf(grade));
+        QTRY_VERIFY2(hovered().endsWith(text), qPrintable(map.panel.hoveredText()));
+    }
+    QCOMPARE(color(15), colorOf(DelayGrade::Never));
+    // One of its streams is enough.
+    states->note("XX.ONE..HHN", {now - Core::TimeSpan(10), now});
+    QTRY_COMPARE(color(20), colorOf(DelayGrade::Fresh));
+    map.trigger("Colour stations by delay");
+    QCOMPARE(color(20), color(15));
 }
 
 void TestMapPanel::labelsWhatIsUnderTheMouse()

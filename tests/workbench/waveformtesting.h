@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include "fulldisk.h"
+
 #include "bench/bench.h"
 #include "bench/task.h"
 
@@ -17,10 +19,7 @@
 #include <QFile>
 #include <QtTest>
 
-#include <sys/resource.h>
-
 #include <algorithm>
-#include <csignal>
 #include <string>
 #include <vector>
 
@@ -97,25 +96,5 @@ inline QString writeText(const QString &path, const QByteArray &text)
     QFile file(path);
     return file.open(QIODevice::WriteOnly) && file.write(text) == text.size() ? path : QString();
 }
-
-/** While it lives, files can't grow beyond a size, like on a full disk. */
-class FullDisk
-{
-public:
-    explicit FullDisk(rlim_t bytes)
-    {
-        std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &_before);
-        const rlimit limit{bytes, _before.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FullDisk() { setrlimit(RLIMIT_FSIZE, &_before); }
-
-    FullDisk(const FullDisk &) = delete;
-    FullDisk &operator=(const FullDisk &) = delete;
-
-private:
-    rlimit _before;
-};
 
 } // namespace WaveformTesting

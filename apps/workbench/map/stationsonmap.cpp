@@ -160,6 +160,8 @@ void StationsOnMap::updateDelays()
     }
     if (hasChanged)
         emit _layer->updateRequested({});
+    if (_hovered)
+        emit hoveredChanged();
 }
 
 QColor StationsOnMap::colorOf(State state)
