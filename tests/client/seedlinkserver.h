@@ -40,6 +40,7 @@ enum class Fault
     IgnoresWildcards, /**< takes them for names */
     RefusesStreams,   /**< to list them */
     StallsInFlow,     /**< says nothing any more once data flow, INFO neither */
+    Drips,            /**< sends the second packet of a connection byte by byte */
     CutsInPacket,     /**< breaks off in the middle of the second packet of a connection */
     Garbage,          /**< sends bytes that are no packet behind the first one */
     DamagedRecord     /**< a damaged record between two sound ones */
@@ -377,6 +378,11 @@ private:
         if (_fault == Fault::StallsInFlow && client.sent > 0)
             return true;
         ++client.sent;
+        for (size_t i = 0; _fault == Fault::Drips && client.sent == 2 && i < bytes.size(); ++i) {
+            if (!send(client, bytes.substr(i, 1)))
+                return false;
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        }
         if (_fault == Fault::CutsInPacket && client.sent == 2)
             return send(client, bytes.substr(0, 200)) && false;
         if (_fault == Fault::Garbage && client.sent == 2)

@@ -299,6 +299,7 @@ private slots:
             {"web page", Fault::WebPage, "no greeting of a SeedLink server"},
             {"refuses", Fault::RefusesAll, "refuses the request: not taken"},
             {"stalls", Fault::StallsInFlow, "silent for 1 s"},
+            {"drips", Fault::Drips, "connection lost: silent for 1 s"},
             {"cuts", Fault::CutsInPacket, "connection lost: The remote host closed"},
             {"garbage", Fault::Garbage, "\"xxxxxxxx\" is no header of a packet"},
             {"damaged record", Fault::DamagedRecord, "damaged record: start time"},

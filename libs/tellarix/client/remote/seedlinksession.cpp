@@ -95,13 +95,16 @@ SeedLinkSession::Outcome SeedLinkSession::next(SeedLinkPacket &packet, int msecs
     if (_packetSize > 0)
         _connection.consume(_packetSize);
     _packetSize = 0;
+    // A packet that comes byte by byte is late, too.
+    const QDeadlineTimer deadline(msecs);
     for (;;) {
         packet = parseSeedLinkPacket(_connection.bytes(), _lastLength);
         if (packet.kind == SeedLinkPacket::Kind::Lost)
             return fail(packet.cause);
         if (packet.kind != SeedLinkPacket::Kind::NeedsBytes)
             break;
-        const Connection::Outcome outcome = _connection.read(msecs);
+        const Connection::Outcome outcome =
+            _connection.read(static_cast<int>(deadline.remainingTime()));
         if (outcome == Connection::Outcome::TimedOut)
             return Outcome::TimedOut;
         if (outcome != Connection::Outcome::Done)

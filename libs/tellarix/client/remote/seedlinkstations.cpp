@@ -15,6 +15,8 @@ namespace IO {
 namespace {
 
 constexpr size_t MostEntries = 1000000;
+// About 200 MB of text.
+constexpr size_t MostPieces = 400000;
 
 /** The text of an answer, whose pieces are fetched as they are read. */
 class AnswerDevice : public QIODevice
@@ -26,17 +28,28 @@ public:
     }
 
     bool hasFailed() const { return _failed; }
-    bool isAtLast() const { return _isLast; }
+    /** Reads up to the end of the answer, which needn't be that of the text. */
+    bool finish()
+    {
+        while (!_isLast) {
+            if (!fetch())
+                return false;
+        }
+        return true;
+    }
+    /** Why it has failed. */
+    std::string cause() const
+    {
+        return _pieces > MostPieces ? "the list has no end" : _session.cause();
+    }
     bool isSequential() const override { return true; }
 
 protected:
     qint64 readData(char *data, qint64 maxSize) override
     {
         while (_piece.empty() && !_isLast) {
-            if (_failed || _session.readInfo(_piece, _isLast) != SeedLinkSession::Outcome::Done) {
-                _failed = true;
+            if (!fetch())
                 return -1;
-            }
         }
         const size_t size = std::min(_piece.size(), static_cast<size_t>(maxSize));
         std::memcpy(data, _piece.data(), size);
@@ -46,8 +59,16 @@ protected:
     qint64 writeData(const char *, qint64) override { return -1; }
 
 private:
+    bool fetch()
+    {
+        _failed = _failed || ++_pieces > MostPieces ||
+                  _session.readInfo(_piece, _isLast) != SeedLinkSession::Outcome::Done;
+        return !_failed;
+    }
+
     SeedLinkSession &_session;
     std::string _piece;
+    size_t _pieces{0};
     bool _isLast{false};
     bool _failed{false};
 };
@@ -127,15 +148,10 @@ bool readSeedLinkStations(SeedLinkSession &session, const std::string &level,
     AnswerDevice device(session);
     const bool sent = session.send("INFO " + level);
     const bool read = sent && ListReader(device, handler).read(&fault);
-    // The end of the text and that of the answer needn't be the same.
-    std::string rest;
-    bool isLast = device.isAtLast();
-    while (read && !isLast && session.readInfo(rest, isLast) == SeedLinkSession::Outcome::Done) {
-    }
-    if (read && isLast)
+    if (read && device.finish())
         return true;
     if (error)
-        *error = !sent || device.hasFailed() || read ? session.cause() : fault.toStdString();
+        *error = !sent || device.hasFailed() ? device.cause() : fault.toStdString();
     return false;
 }
 
