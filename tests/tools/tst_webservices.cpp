@@ -87,6 +87,9 @@ private slots:
         QTest::newRow("overloaded") << HttpReply::Of(503, "", "Retry-After: 0\r\n") << "503 Reason";
         QTest::newRow("hangs up") << HttpReply{"", HttpReply::Close}
                                   << "connection closed without an answer";
+        QTest::newRow("garbage without end")
+            << HttpReply{HttpReply::head(200, ""), HttpReply::Repeat, QByteArray(100000, 'x')}
+            << "more than 1 MB that are neither XML nor a table";
         QTest::newRow("half a table")
             << HttpReply::CutOff("#EventID|Time|Latitude", 5, "Retry-After: 0\r\n")
             << "broken off after 5 of 22 bytes";

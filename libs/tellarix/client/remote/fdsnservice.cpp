@@ -17,6 +17,9 @@ namespace {
 constexpr int MaxTries = 5;
 constexpr qint64 MaxErrorText = 16 << 10;
 constexpr size_t LinesAtOnce = 500;
+constexpr qint64 MaxAnswer = qint64(4) << 30;
+// Enough for whoever reads it to tell what is wrong.
+constexpr qint64 MaxForeign = 1 << 20;
 const auto AnyTime =
     std::make_pair(QByteArray("1900-01-01T00:00:00"), QByteArray("2599-12-31T23:59:59"));
 
@@ -128,6 +131,15 @@ QByteArray stationBody(const FdsnWords &words, const FdsnStationQuery &query, si
     return body;
 }
 
+/** Whether it begins as XML does, or a table. */
+bool mayBeAnswer(const QByteArray &head)
+{
+    const QByteArray text = head.left(1000).trimmed();
+    const bool hasMark = text.startsWith("\xEF\xBB\xBF");
+    const char first = text.size() > (hasMark ? 3 : 0) ? text[hasMark ? 3 : 0] : '<';
+    return first == '<' || first == '#';
+}
+
 } // namespace
 
 std::vector<FdsnWords> fdsnWords(const FdsnEventQuery &query)
@@ -192,14 +204,26 @@ FdsnService::Arrival FdsnService::fetch(const HttpRequest &request, QFile &file,
     HttpClient &client = _private->client;
     for (int tries = 1;; ++tries) {
         bool ended = false;
+        bool isForeign = false;
+        bool isTooLong = false;
         bool stored = file.resize(0) && file.seek(0);
         const bool complete = client.fetch(request, [&](const char *data, qint64 size) {
+            isForeign = isForeign || (file.pos() == 0 && !mayBeAnswer({data, int(size)}));
             stored = stored && file.write(data, size) == size;
             ended = progress && !progress(file.pos(), client.answer().length);
-            return stored && !ended;
+            isTooLong = file.pos() > (isForeign ? MaxForeign : MaxAnswer);
+            return stored && !ended && !isTooLong;
         });
+        const qint64 size = file.pos();
         stored = stored && file.flush() && file.seek(0);
         const HttpAnswer answer = client.answer();
+        if (isTooLong) {
+            *error = QString("%1: more than %2 MB %3")
+                         .arg(name())
+                         .arg(size >> 20)
+                         .arg(isForeign ? "that are neither XML nor a table" : "in one answer");
+            return Arrival::Failed;
+        }
         if (complete && stored)
             return file.size() > 0 ? Arrival::Body : Arrival::Nothing;
         if (ended || _private->exchange.isClosed())
