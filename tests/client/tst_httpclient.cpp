@@ -12,7 +12,6 @@
 #include <QSslConfiguration>
 #include <QTest>
 
-#include <future>
 
 using namespace Tellarix::IO;
 
@@ -339,39 +338,6 @@ private slots:
             HttpRequest(QUrl(server.url("/").toString().replace("localhost", "127.0.0.1")))));
         QCOMPARE(client.answer().failure, HttpFailure::Certificate);
         QSslConfiguration::setDefaultConfiguration(before);
-    }
-
-    void isEndedByAnotherThread()
-    {
-        const QByteArray header = QByteArray(1000, 'x') + ": y\r\n";
-        const QByteArray chunked = HttpReply::head(200, "Transfer-Encoding: chunked\r\n");
-        const std::pair<const char *, HttpReply> rows[] = {
-            {"silent", HttpReply{}},
-            {"stalled", HttpReply{chunked + "5\r\n01"}},
-            {"endless headers", HttpReply{"HTTP/1.1 200 OK\r\n", HttpReply::Repeat, header}},
-            {"endless body",
-             HttpReply{HttpReply::head(200, ""), HttpReply::Repeat, QByteArray(100000, 'x')}}};
-        for (const auto &[name, reply] : rows) {
-            const RowName shown(name);
-            HttpServer server([&](const HttpAsked &) { return reply; });
-            HttpSettings settings;
-            settings.maxHeadSize = 1 << 30;
-            std::atomic<HttpClient *> running{nullptr};
-            auto ended = std::async(std::launch::async, [&] {
-                HttpClient client(settings);
-                running = &client;
-                while (client.fetch(HttpRequest(server.url("/")),
-                                    [](const char *, qint64) { return true; })) {
-                }
-                return client.answer().failure;
-            });
-            QTRY_COMPARE(server.asked().size(), 1);
-            QElapsedTimer timer;
-            timer.start();
-            running.load()->cancel();
-            QCOMPARE(ended.get(), HttpFailure::Cancelled);
-            QVERIFY2(timer.elapsed() < 100, qPrintable(QString::number(timer.elapsed())));
-        }
     }
 
     void shortensBodiesForPeople()

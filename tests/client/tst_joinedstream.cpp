@@ -229,34 +229,6 @@ private slots:
         QCOMPARE(begin + readAll(*stream), records);
     }
 
-    void closesSoon()
-    {
-        const std::tuple<const char *, bool, bool> rows[] = {
-            {"opening", true, false}, {"in the past", false, false}, {"live", false, true}};
-        for (const auto &[name, stalls, pastEnds] : rows) {
-            const RowName shown(name);
-            init();
-            _past->stallsOpening = _live->stallsOpening = stalls;
-            _past->isLive = !pastEnds;
-            RecordStreamPtr stream = made();
-            auto blocked = std::async(std::launch::async, [&] {
-                stream->open();
-                return stream->next();
-            });
-            QTRY_VERIFY(opens(*_past) > 0 && opens(*_live) > 0);
-            QCOMPARE(blocked.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
-            QElapsedTimer timer;
-            timer.start();
-            stream->close();
-            const bool ended =
-                blocked.wait_for(std::chrono::seconds(5)) == std::future_status::ready;
-            stream.reset();
-            const qint64 elapsed = timer.elapsed();
-            QVERIFY(ended && !blocked.get());
-            QVERIFY2(elapsed < 100, qPrintable(QString::number(elapsed)));
-        }
-    }
-
 private:
     Core::Time at(double seconds) const { return _base + Core::TimeSpan(seconds); }
 
