@@ -26,7 +26,6 @@ struct FakeSource
     std::vector<Tellarix::RecordPtr> records;
     bool isLive{false}; /**< waits for more records behind the last one */
     bool ignoresWindows{false};
-    bool stallsOpening{false};
     std::string openError;
     std::string fault; /**< told behind the last record */
     int opened{0};
@@ -57,7 +56,7 @@ struct FakeSource
         const std::shared_ptr<FakeSource> source = Named(name);
         source->change([](FakeSource &old) {
             old.records.clear();
-            old.isLive = old.ignoresWindows = old.stallsOpening = false;
+            old.isLive = old.ignoresWindows = false;
             old.openError = old.fault = std::string();
             old.opened = 0;
             old.taken = 0;
@@ -84,7 +83,7 @@ public:
 
     bool open() override
     {
-        std::unique_lock<std::mutex> lock(_source->mutex);
+        const std::lock_guard<std::mutex> lock(_source->mutex);
         _closed = false;
         _next = 0;
         ++_source->opened;
@@ -97,7 +96,6 @@ public:
                                   .arg(window.startTime().toDouble(), 0, 'f', 0)
                                   .arg(window.endTime().toDouble(), 0, 'f', 0);
         }
-        _source->changed.wait(lock, [this] { return _closed || !_source->stallsOpening; });
         return _source->openError.empty() || fail(_source->openError);
     }
 
