@@ -142,7 +142,7 @@ private slots:
             HttpServer server([&](const HttpAsked &) {
                 return ++asked == 1 ? HttpReply::Of(404) : HttpReply{"", HttpReply::Close};
             });
-            close("while the server is away", kind, server.host(), false);
+            close("while it is away", kind, server.host(), false);
         }
     }
 
