@@ -89,6 +89,20 @@ private slots:
         QCOMPARE(trace.waveformID(-1).id(), trace.waveformID(7).id());
     }
 
+    void descriptionGivesWay()
+    {
+        ShownTrace trace(QSize(300, 120));
+        trace.setLabel(QStringLiteral("XX.AAA..HHZ"));
+        const QSize least = trace.minimumSizeHint();
+        const QImage before = trace.grab().toImage();
+        trace.setDescription(QString(200, 'x'));
+        QCOMPARE(trace.minimumSizeHint(), least);
+        QTRY_VERIFY(trace.grab().toImage() != before);
+        QCOMPARE(trace.labelText(), "<b>XX.AAA..HHZ</b> " + QString(200, 'x'));
+        trace.setDescription(QStringLiteral("<i>slanted</i>"));
+        QVERIFY(trace.minimumSizeHint().width() >= least.width());
+    }
+
     void showsRecord()
     {
         ShownTrace trace(QSize(600, 120));

@@ -450,6 +450,21 @@ private slots:
         QCOMPARE(view.itemAt(1)->metaDataCount(), 5);
     }
 
+    void laysOutRowsOfAnySize()
+    {
+        TraceView view;
+        view.show();
+        view.addItem(Traces::makeRow("A"));
+        QCoreApplication::processEvents();
+        // What a widget has by itself is no change.
+        view.resize(view.size() + QSize(640, 480) - view.itemAt(0)->size());
+        QTRY_COMPARE(view.itemAt(0)->size(), QSize(640, 480));
+        view.clear();
+        view.addItem(Traces::makeRow("B"));
+        QTRY_COMPARE(view.itemAt(0)->size(), QSize(640, 480));
+        QTRY_VERIFY(view.itemAt(0)->recordWidget()->y() > 10); // below its name
+    }
+
     void copyOfWindowOwnsRecords()
     {
         TraceView view;

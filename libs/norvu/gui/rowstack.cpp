@@ -13,6 +13,21 @@
 namespace Norvu {
 namespace Gui {
 
+namespace {
+
+/** Shows a row that gets its size later: what is in it isn't laid out for the one it has now. */
+void showUnarranged(Trace *row)
+{
+    const QPointer<QLayout> layout(row->layout());
+    layout->setEnabled(false);
+    row->resize(0, 0); // whatever it gets is another size
+    row->show();
+    if (layout)
+        layout->setEnabled(true);
+}
+
+} // namespace
+
 RowStack::RowStack(QWidget *parent) : QWidget(parent), _layout(new QVBoxLayout(this))
 {
     _layout->setContentsMargins(0, 0, 0, 0);
@@ -30,7 +45,7 @@ void RowStack::insert(int index, Trace *row)
     const bool isShown = isNew && isVisible() && !row->isTakenOut();
     _layout->insertWidget(std::min(index, _layout->count()), row);
     if (isShown)
-        changeTogether([row] { row->show(); });
+        changeTogether([row] { showUnarranged(row); });
 }
 
 void RowStack::remove(Trace *row)

@@ -3,6 +3,7 @@
 #include "trace.h"
 
 #include "colorbar_p.h"
+#include "rowlabel_p.h"
 #include "rowtimescale_p.h"
 
 #include <norvu/gui/traceview.h>
@@ -12,9 +13,9 @@
 #include <tellarix/qt/records/recordwidget.h>
 
 #include <QApplication>
+#include <QEvent>
 #include <QGridLayout>
 #include <QHBoxLayout>
-#include <QLabel>
 #include <QPointer>
 
 #include <algorithm>
@@ -126,7 +127,7 @@ void Trace::init(const QColor &color)
     _axisSpacer->setFixedWidth(axisTextWidth() + Padding());
 
     _header = new QWidget(this);
-    _labelWidget = new QLabel(_header);
+    _labelWidget = new RowLabel(_header);
     _labelWidget->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
     _labelWidget->setTextInteractionFlags(Qt::NoTextInteraction);
     if (!_label.isEmpty())
@@ -153,10 +154,11 @@ void Trace::initRecordWidget()
 
 void Trace::initLayout()
 {
-    auto *headerLayout = new QHBoxLayout(_header);
+    auto *headerLayout = new QHBoxLayout;
     headerLayout->setContentsMargins(0, 0, 0, 0);
     headerLayout->addWidget(_labelWidget);
     headerLayout->addStretch();
+    _header->setLayout(headerLayout);
 
     QSizePolicy policy = _recordWidget->sizePolicy();
     policy.setVerticalPolicy(QSizePolicy::MinimumExpanding);
@@ -164,10 +166,11 @@ void Trace::initLayout()
     addGrid();
 }
 
-/** Lays the cells out, also anew: a grid never gives up a column that it once had. */
+/** Lays the cells out, also anew: a grid never gives up a column that it once had. One that gets
+ * its widget only when it is filled posts no event, among which Qt searches for each row anew. */
 void Trace::addGrid()
 {
-    auto *layout = new QGridLayout(this);
+    auto *layout = new QGridLayout;
     layout->setSpacing(Spacing());
     layout->setContentsMargins(Padding(), Padding(), Padding(), Padding());
     layout->addWidget(_colorBar, HeaderRow, BarColumn, rowBelowUpper(RecordRow) + 1, 1);
@@ -181,6 +184,7 @@ void Trace::addGrid()
         layout->addWidget(_upperWidget, RecordRow, AxisColumn, 1, 2);
     if (_extraWidget)
         addExtraWidget(layout);
+    setLayout(layout);
     if (_timeAxis)
         addTimeAxis();
     if (_heading)
@@ -268,6 +272,7 @@ void Trace::renewGrid()
     addGrid();
     grid()->setVerticalSpacing(spacing);
     grid()->setContentsMargins(margins);
+    QApplication::postEvent(this, new QEvent(QEvent::LayoutRequest));
 }
 
 void Trace::setHeading(QWidget *heading)

@@ -14,7 +14,6 @@
 #include <QWidget>
 
 class QGridLayout;
-class QLabel;
 class QPainter;
 
 namespace Tellarix {
@@ -36,6 +35,7 @@ namespace Norvu {
 namespace Gui {
 
 class ColorBar;
+class RowLabel;
 class TraceView;
 
 /** Keys of Trace::setData() that rows and views use themselves; hosts take others from 5 on. */
@@ -211,7 +211,7 @@ private:
 
     TraceView *_view{nullptr}; /**< that the row stands in */
     ColorBar *_colorBar{nullptr};
-    QLabel *_labelWidget{nullptr};
+    RowLabel *_labelWidget{nullptr};
     Tellarix::Gui::TimeScale *_timeAxis{nullptr};
     Tellarix::Gui::RecordWidget *_recordWidget{nullptr};
     QWidget *_axisSpacer{nullptr};

@@ -3,29 +3,19 @@
 #include "trace.h"
 
 #include "colorbar_p.h"
+#include "rowlabel_p.h"
 
 #include <tellarix/core/datamodel/utils.h>
-
-#include <QLabel>
 
 #include <algorithm>
 
 namespace Norvu {
 namespace Gui {
 
-namespace {
-
-QString boldLabel(const QString &label)
-{
-    return QStringLiteral("<b>%1</b>").arg(label);
-}
-
-} // namespace
-
 void Trace::setLabel(const QString &label)
 {
     _label = label;
-    _labelWidget->setText(boldLabel(_label));
+    _labelWidget->setTexts(QStringLiteral("<b>%1</b>").arg(_label), _label, QString());
 }
 
 void Trace::setLabelPale(bool pale)
@@ -36,9 +26,10 @@ void Trace::setLabelPale(bool pale)
 void Trace::setDescription(const QString &description)
 {
     if (_label.isEmpty())
-        _labelWidget->setText(description);
+        _labelWidget->setTexts(description, QString(), description);
     else
-        _labelWidget->setText(QStringLiteral("<b>%1</b> %2").arg(_label, description));
+        _labelWidget->setTexts(QStringLiteral("<b>%1</b> %2").arg(_label, description), _label,
+                               ' ' + description);
 }
 
 QString Trace::labelText() const

@@ -2,6 +2,7 @@
 
 #include "traceview.h"
 
+#include "rowlabel_p.h"
 #include "streambindings_p.h"
 #include "tracetoolbar_p.h"
 
@@ -12,7 +13,6 @@
 #include <tellarix/qt/records/recordwidget.h>
 
 #include <QAction>
-#include <QLabel>
 
 #include <memory>
 
@@ -241,7 +241,7 @@ Trace *TraceView::copyWithoutRecords(const Trace *source)
     Trace *copy = source->clone();
     for (int slot = 0; slot < source->metaDataCount(); ++slot)
         copy->setMetaData(slot, source->metaData(slot));
-    copy->_labelWidget->setText(source->labelText());
+    copy->_labelWidget->copyTexts(*source->_labelWidget);
     return copy;
 }
 
