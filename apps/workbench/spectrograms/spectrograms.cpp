@@ -59,7 +59,10 @@ Spectrograms::Spectrograms(TraceView *view)
     setAxis(DefaultAxis);
     _timer.setSingleShot(true);
     connect(&_timer, SIGNAL(timeout()), this, SLOT(workOn()));
-    connect(view, SIGNAL(layoutOrContentChanged()), this, SLOT(updateRows()));
+    // Once for any number of rows that are added one by one.
+    _rowsTimer.setSingleShot(true);
+    connect(&_rowsTimer, SIGNAL(timeout()), this, SLOT(updateRows()));
+    connect(view, SIGNAL(layoutOrContentChanged()), &_rowsTimer, SLOT(start()));
     for (const char *signal : {SIGNAL(shownChanged()), SIGNAL(axisChanged()),
                                SIGNAL(colorsChanged()), SIGNAL(placeChanged())})
         connect(this, signal, this, SIGNAL(changed()));
@@ -155,7 +158,9 @@ bool Spectrograms::isShown(const Trace *trace) const
 
 bool Spectrograms::isAnyShown() const
 {
-    return !wantedRows().isEmpty();
+    const QList<Trace *> traces = _view->items();
+    return std::any_of(traces.begin(), traces.end(),
+                       [this](const Trace *trace) { return isShown(trace); });
 }
 
 bool Spectrograms::areAllShown() const

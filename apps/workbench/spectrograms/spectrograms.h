@@ -121,6 +121,7 @@ private:
     SpectrogramPlace _place{SpectrogramPlace::Behind};
     bool _filtered{false};
     QTimer _timer; /**< runs while rows have something to work out */
+    QTimer _rowsTimer;
 };
 
 } // namespace Workbench
