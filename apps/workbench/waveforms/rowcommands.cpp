@@ -18,6 +18,18 @@ using Norvu::Gui::TraceView;
 
 namespace Workbench {
 
+namespace {
+
+QStringList labelsOf(const QList<Trace *> &rows)
+{
+    QStringList labels;
+    for (const Trace *row : rows)
+        labels.append(row->label());
+    return labels;
+}
+
+} // namespace
+
 RowCommands::RowCommands(TraceView *view, RowVisibility *visibility)
     : QObject(view), _view(view), _visibility(visibility),
       _copy(addAction(tr("Copy stream &id"), tr("Ctrl+C"), SLOT(copyIds()))),
@@ -48,9 +60,7 @@ QList<Trace *> RowCommands::shownSelection() const
 
 void RowCommands::copyIds()
 {
-    QStringList ids;
-    for (const Trace *row : shownSelection())
-        ids.append(row->label());
+    const QStringList ids = labelsOf(shownSelection());
     if (!ids.isEmpty())
         QGuiApplication::clipboard()->setText(ids.join('\n'));
 }
@@ -65,12 +75,13 @@ void RowCommands::hideSelected()
 void RowCommands::closeSelected()
 {
     const QList<Trace *> rows = shownSelection();
+    const QStringList streams = labelsOf(rows);
     _view->changeItems([&] {
         for (Trace *row : rows)
             _view->removeItem(row);
     });
     if (!rows.isEmpty())
-        emit closed();
+        emit closed(streams);
 }
 
 } // namespace Workbench

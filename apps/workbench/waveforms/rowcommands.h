@@ -33,7 +33,7 @@ public:
 
 signals:
     /** Rows were taken away. */
-    void closed();
+    void closed(const QStringList &streams);
 
 private slots:
     void copyIds();

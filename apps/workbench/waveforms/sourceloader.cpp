@@ -11,6 +11,9 @@
 #include <tellarix/qt/records/recordstreamthread.h>
 #include <tellarix/qt/records/recordwidget.h>
 
+#include <algorithm>
+#include <iterator>
+
 namespace Workbench {
 
 namespace {
@@ -82,7 +85,18 @@ void SourceLoader::receivedRecords(const QVector<Tellarix::RecordPtr> &records)
         ++_waveformCount;
         noteArrival(record->timeWindow());
     }
-    placeAll(records);
+    placeAll(_skipped.isEmpty() ? records : withoutSkipped(records));
+}
+
+QVector<Tellarix::RecordPtr>
+SourceLoader::withoutSkipped(const QVector<Tellarix::RecordPtr> &records) const
+{
+    QVector<Tellarix::RecordPtr> kept;
+    std::copy_if(records.begin(), records.end(), std::back_inserter(kept),
+                 [this](const Tellarix::RecordPtr &record) {
+                     return !_skipped.contains(QString::fromStdString(record->streamID()));
+                 });
+    return kept;
 }
 
 void SourceLoader::tell(const QString &)

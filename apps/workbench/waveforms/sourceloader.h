@@ -5,6 +5,7 @@
 #include <norvu/gui/tracefileloader.h>
 #include <tellarix/core/timewindow.h>
 
+#include <QSet>
 #include <QVector>
 
 #include <string>
@@ -28,6 +29,9 @@ public:
 
     /** False, with the reason, if a source can't be opened. */
     static bool isUsable(const std::string &source, QString *error);
+
+    /** Streams that get no rows. */
+    void setSkipped(const QSet<QString> &streams) { _skipped = streams; }
 
     const QString &source() const { return _source; }
     /** Begins to load, and returns; the dialog of load() would take the keyboard along. */
@@ -62,9 +66,11 @@ private slots:
     void finish();
 
 private:
+    QVector<Tellarix::RecordPtr> withoutSkipped(const QVector<Tellarix::RecordPtr> &records) const;
     void noteArrival(const Tellarix::Core::TimeWindow &window);
 
     QString _source;
+    QSet<QString> _skipped;
     const RowAddition *_addition;
     int _waveformCount{0};
     int _textCount{0};

@@ -62,6 +62,7 @@ void SourceQueue::startNext()
 {
     _loader = new SourceLoader(_waiting.takeFirst(), _bench->rows()->addition(), this);
     connect(_loader, SIGNAL(ended()), this, SLOT(endSource()));
+    _loader->setSkipped(_skipped);
     _loader->start(_view, _bench->dataWindow());
     advance();
 }

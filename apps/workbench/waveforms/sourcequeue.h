@@ -35,6 +35,8 @@ public:
     /** Puts a source at the end.
      *  @return false, with the reason, if it can't be opened */
     bool add(const QString &source, QString *error);
+    /** Streams for which no rows are made, from the next source on. */
+    void setSkipped(const QSet<QString> &streams) { _skipped = streams; }
     /** Begins with what was added; does nothing while it is loading. */
     void begin();
     bool isLoading() const { return _loader != nullptr; }
@@ -68,6 +70,7 @@ private:
     Bench *_bench;
     Norvu::Gui::TraceView *_view;
     QStringList _waiting;
+    QSet<QString> _skipped;
     QPointer<SourceLoader> _loader;
     QPointer<Task> _task;
     QTimer _timer;

@@ -121,7 +121,7 @@ void Waveforms::connectTime()
 void Waveforms::connectRows()
 {
     connect(_order->groupAction(), SIGNAL(toggled(bool)), _groups, SLOT(setOn(bool)));
-    connect(_commands, SIGNAL(closed()), this, SLOT(forgetClosedRows()));
+    connect(_commands, SIGNAL(closed(QStringList)), this, SLOT(forgetClosedRows(QStringList)));
     connect(_filters, SIGNAL(fitted(Norvu::Gui::Trace *)), _looks,
             SLOT(dress(Norvu::Gui::Trace *)));
 }
@@ -180,6 +180,7 @@ bool Waveforms::open(const QStringList &sources)
     if (!isLoading())
         _load = Load();
     _load.isShown = true;
+    _queue->setSkipped({}); // whoever opens something wants to see all of it
     return load(ending);
 }
 
@@ -317,6 +318,8 @@ void Waveforms::endLoad(const QStringList &messages)
 {
     const QList<Trace *> rows = dressNewRows();
     markLoaded();
+    for (const Trace *row : rows)
+        _closed.remove(row->label());
     if (_bench->rows()->addition())
         _bench->rows()->addition()->adopt(rows);
     _filters->update();
@@ -352,8 +355,10 @@ QList<Trace *> Waveforms::dressNewRows()
         _filters->fit(row);
         _load.dressed.insert(row);
     }
-    if (_load.dressed.size() != before)
+    if (_load.dressed.size() != before) {
         _margins->update();
+        _looks->followCount();
+    }
     return newRows;
 }
 
@@ -377,6 +382,7 @@ void Waveforms::alignTo(const Core::Time &time)
 void Waveforms::reload()
 {
     prepareResetRows();
+    _queue->setSkipped(_closed);
     load(_sources);
 }
 
@@ -408,6 +414,7 @@ void Waveforms::clear()
     _live->endAll();
     _isLiveAwaited = false;
     _sources.clear();
+    _closed.clear();
     _view->clear();
     returnFreeMemory();
     _coverage.clear();
@@ -428,8 +435,9 @@ void Waveforms::setRulersShown(bool show)
     _margins->setRulersShown(show);
 }
 
-void Waveforms::forgetClosedRows()
+void Waveforms::forgetClosedRows(const QStringList &streams)
 {
+    _closed += QSet<QString>(streams.begin(), streams.end());
     _live->endWithoutRows();
     collectCoverage();
     _navigation->updateRangeText();

@@ -111,7 +111,7 @@ private slots:
     void showArrivals();
     void endLoad(const QStringList &messages);
     void collectCoverage();
-    void forgetClosedRows();
+    void forgetClosedRows(const QStringList &streams);
     void showLiveArrivals();
     void followLiveSources();
     void followPresent();
@@ -152,6 +152,7 @@ private:
     OutageNotice *_outages;
     QLabel *_hint; /**< in the place of everything while there are no data */
     QStringList _sources;
+    QSet<QString> _closed; /**< streams whose rows the user has closed */
     QList<QAction *> _rowActions;
     Coverage _coverage;
     bool _isLiveAwaited{false}; /**< the first data of live sources come into view */
