@@ -8,6 +8,8 @@
 #include "rownames.h"
 
 #include <norvu/gui/traceview.h>
+#include <tellarix/core/records/record.h>
+#include <tellarix/core/records/recordsequence.h>
 #include <tellarix/qt/records/recordwidget.h>
 
 #include <QStringList>
@@ -23,6 +25,15 @@ namespace {
 constexpr int ManyRows = 12;
 constexpr int CompactPadding = 1;
 constexpr int NormalRowHeight = 48;
+
+/** Why a filter doesn't suit a row, in as few words as a name has room for. */
+QString misfitText(const Trace &row)
+{
+    const Tellarix::RecordSequence *records = row.recordWidget()->records(0);
+    return records && !records->isEmpty()
+               ? RowLooks::tr("raw: Nyquist %1 Hz").arg(records->front()->samplingFrequency() / 2)
+               : RowLooks::tr("raw");
+}
 
 } // namespace
 
@@ -70,8 +81,7 @@ void RowLooks::dress(Trace *row)
         name += "  " + distance;
     }
 
-    // Rows without a header have no place for it that isn't taken by the traces, which are pale
-    // then: the pointer asks them why.
+    // Rows without a header have room for the reason alone; the pointer asks for the rest.
     const QString misfit = row->data(MisfitKey).toString();
     if (!misfit.isEmpty())
         texts.append(misfit);
@@ -80,7 +90,7 @@ void RowLooks::dress(Trace *row)
         row->setDescription(texts.join("  ·  "));
     row->recordWidget()->setToolTip(_compact ? misfit : QString());
 
-    _names->setName(row, name);
+    _names->setName(row, misfit.isEmpty() ? name : row->label() + "  " + misfitText(*row));
     row->setHeaderVisible(!_compact);
     if (_compact)
         row->setVerticalPadding(CompactPadding, 0);

@@ -45,7 +45,6 @@ RowVisibility::RowVisibility(TraceView *view, const Coverage *coverage, RowGroup
     _hideEmpty->setShortcut(tr("Ctrl+D"));
     _notice->setFocusPolicy(Qt::NoFocus);
     _notice->setAutoRaise(true);
-    _notice->setPopupMode(QToolButton::MenuButtonPopup);
     _notice->hide();
     _timer.setSingleShot(true);
     connect(&_timer, SIGNAL(timeout()), this, SLOT(update()));
@@ -205,6 +204,8 @@ void RowVisibility::updateNotice(int emptyCount, int hiddenCount)
     if (!_notice)
         return;
     _notice->setMenu(hiddenCount > 0 ? _hiddenMenu : nullptr);
+    _notice->setPopupMode(hiddenCount > 0 ? QToolButton::MenuButtonPopup
+                                          : QToolButton::DelayedPopup);
     _notice->setText(texts.join(", ") + tr(" – show"));
     _notice->setVisible(!texts.isEmpty());
 }
