@@ -9,6 +9,8 @@
 #include <norvu/gui/trace.h>
 #include <norvu/gui/traceview.h>
 
+#include <QEvent>
+
 #include <algorithm>
 #include <utility>
 
@@ -18,6 +20,8 @@ namespace Workbench {
 
 namespace {
 
+/** In a narrow view scales give way to the traces. */
+constexpr int LeastTraceWidth = 160;
 /** A ruler with less has room for no number but 0. */
 constexpr int RulerLines = 5;
 
@@ -28,7 +32,18 @@ RowMargins::RowMargins(Norvu::Gui::TraceView *view, TraceRows *rows)
 {
     connect(_view, SIGNAL(layoutOrContentChanged()), this, SLOT(updateRest()));
     connect(_rows, SIGNAL(additionChanged()), this, SLOT(followAddition()));
+    _timer.setSingleShot(true);
+    connect(&_timer, SIGNAL(timeout()), this, SLOT(updateWidths()));
+    connect(view, SIGNAL(rulerSpacingChanged(int)), &_timer, SLOT(start()));
+    view->installEventFilter(this);
     followAddition();
+}
+
+bool RowMargins::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::Resize && _hasAdditions)
+        _timer.start();
+    return QObject::eventFilter(watched, event);
 }
 
 void RowMargins::followAddition()
@@ -118,6 +133,8 @@ void RowMargins::updateWidths()
         if (const auto *margin = static_cast<RowMargin *>(row->extraWidget()))
             scaleWidth = std::max(scaleWidth, margin->scaleWidth());
     }
+    if (_view->width() - _view->rulerSpacing() - scaleWidth < LeastTraceWidth)
+        scaleWidth = 0;
     int width = 0;
     for (Trace *row : _view->items()) {
         if (auto *margin = static_cast<RowMargin *>(row->extraWidget())) {

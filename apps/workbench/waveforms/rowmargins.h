@@ -3,6 +3,7 @@
 #pragma once
 
 #include <QObject>
+#include <QTimer>
 
 namespace Norvu {
 namespace Gui {
@@ -34,6 +35,9 @@ public slots:
     /** To be called when there are other rows. */
     void update();
 
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private slots:
     void followAddition();
     void updateRest();
@@ -47,6 +51,7 @@ private:
 
     Norvu::Gui::TraceView *_view;
     TraceRows *_rows;
+    QTimer _timer; /**< other widths settle until it ends */
     bool _rulersShown{false};
     bool _hasAdditions{false};
     bool _isRaised{false}; /**< rows are higher for what stands beside them */

@@ -8,6 +8,8 @@
 #include <norvu/gui/traceview.h>
 #include <tellarix/qt/records/recordwidget.h>
 
+#include <QEvent>
+
 #include <algorithm>
 
 using Norvu::Gui::Trace;
@@ -20,6 +22,9 @@ RowName *nameOf(const Trace *row)
 {
     return row->recordWidget()->findChild<RowName *>(QString(), Qt::FindDirectChildrenOnly);
 }
+
+/** Of the view's width, what names may take. */
+constexpr int ViewShare = 4;
 
 /** What the numbers at the axes of rows leave free. */
 int unusedAxisWidth(const Norvu::Gui::TraceView &view)
@@ -35,6 +40,7 @@ RowNames::RowNames(Norvu::Gui::TraceView *view) : QObject(view), _view(view)
     _timer.setSingleShot(true);
     connect(&_timer, SIGNAL(timeout()), this, SLOT(updateWidth()));
     connect(view, SIGNAL(layoutOrContentChanged()), &_timer, SLOT(start()));
+    view->installEventFilter(this);
 }
 
 void RowNames::setShown(bool show)
@@ -76,6 +82,13 @@ void RowNames::setDelay(Trace *row, const QString &delay, bool isPale)
         _timer.start();
 }
 
+bool RowNames::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::Resize)
+        _timer.start();
+    return QObject::eventFilter(watched, event);
+}
+
 void RowNames::updateWidth()
 {
     _timer.stop();
@@ -84,6 +97,7 @@ void RowNames::updateWidth()
         const RowName *name = _isShown ? nameOf(row) : nullptr;
         width = std::max(width, name ? name->sizeHint().width() : 0);
     }
+    width = std::min(width, _view->width() / ViewShare);
     const int added =
         _foreignWidth < 0 ? std::max(0, width - unusedAxisWidth(*_view)) : _foreignWidth;
     const bool isOther = added != _view->nameWidth();

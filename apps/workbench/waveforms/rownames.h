@@ -36,6 +36,9 @@ public:
      * is too late. */
     void setDelay(Norvu::Gui::Trace *row, const QString &delay, bool isPale);
 
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private slots:
     void updateWidth();
 
