@@ -7,6 +7,7 @@
 #include <norvu/gui/map/annotationlayer.h>
 #include <norvu/gui/map/labelbins_p.h>
 #include <norvu/gui/map/symbollayer.h>
+#include <tellarix/qt/map/legend.h>
 
 #include <QtTest>
 
@@ -89,6 +90,12 @@ QVector<bool> placedPlainly(const QVector<QRect> &rects, const QSize &canvas, in
 }
 
 /** Writes down whom it paints. */
+struct Plate : Tellarix::Gui::Map::Legend
+{
+    explicit Plate(const QSize &size) { setSize(size); }
+    void draw(const QRect &, QPainter &) override {}
+};
+
 class Writer : public AnnotationStyle
 {
 public:
@@ -270,7 +277,9 @@ private slots:
         add("nowhere", 0)->rect = QRect();
         add("without a style", 0)->style = nullptr;
         add("last", 0);
+        add("below the legend", 250);
         Map::AnnotationLayer layer(nullptr, &pool);
+        layer.addLegend(new Plate({40, 60}));
         TenPerDegree canvas;
         canvas.addLayer(&layer);
         canvas.picture();

@@ -23,6 +23,9 @@ void AnnotationLayer::draw(const Tellarix::Gui::Map::Canvas *canvas, QPainter &p
 
     painter.save();
     LabelBins bins(canvas->buffer().size(), painter.fontMetrics().height());
+    // Below a legend a label is but a smudge.
+    for (const QRect &frame : canvas->legendFrames())
+        bins.place(frame);
     const QList<AnnotationItem *> items = _annotations->items();
     for (const AnnotationItem *item : items) {
         // An item without a place or a style would leave a mark in the corner, or end the process.

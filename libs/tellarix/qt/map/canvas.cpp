@@ -406,6 +406,8 @@ void Canvas::draw(QPainter &painter)
     placeSymbols();
     renderBuffer();
     drawBuffer(painter);
+    if (_legendsOutdated)
+        layOutLegends();
     visitFromBottom([&](Layer *layer) {
         painter.save();
         painter.setRenderHint(QPainter::Antialiasing);

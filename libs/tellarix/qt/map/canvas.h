@@ -107,6 +107,8 @@ public:
 
     /** The legend whose frame is at a pixel; null without one. */
     Legend *legendAt(const QPoint &position);
+    /** What legends cover while draw() has layers paint themselves. */
+    QVector<QRect> legendFrames() const;
 
 public slots:
     /** Makes the buffer anew, background included, before the next draw(). */

@@ -139,6 +139,14 @@ void Canvas::drawLegends(QPainter &painter)
     }
 }
 
+QVector<QRect> Canvas::legendFrames() const
+{
+    QVector<QRect> frames;
+    for (const PlacedLegend &placed : _placedLegends)
+        frames.append(placed.frame);
+    return frames;
+}
+
 Legend *Canvas::legendAt(const QPoint &position)
 {
     if (_legendsOutdated)
