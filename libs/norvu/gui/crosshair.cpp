@@ -19,17 +19,30 @@ namespace {
 
 constexpr int LineStart = 100;
 
-void drawTexts(QPainter &painter, const QPoint &position, const QString &value, const QString &time)
+/** Traces below a text would make it hard to read. */
+constexpr int PlateAlpha = 208;
+
+void drawText(QPainter &painter, const QRect &rect, const QString &text, QColor plate)
+{
+    const QPainter::CompositionMode mode = painter.compositionMode();
+    plate.setAlpha(PlateAlpha);
+    painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
+    painter.fillRect(rect, plate);
+    painter.setCompositionMode(mode);
+    painter.drawText(rect, Qt::AlignCenter | Qt::TextDontClip, text);
+}
+
+void drawTexts(QPainter &painter, const QPoint &position, const QString &value, const QString &time,
+               const QColor &plate)
 {
     const QSize valueSize = painter.fontMetrics().boundingRect(value).size() - QSize(1, 1);
     const QSize timeSize = painter.fontMetrics().boundingRect(time).size() - QSize(1, 1);
     const QPoint valueEnd = position - QPoint(16, 4);
     const QPoint timeStart = position + QPoint(4, 16);
-    const int flags = Qt::AlignCenter | Qt::TextDontClip;
-    painter.drawText(QRect(valueEnd - QPoint(valueSize.width(), valueSize.height()), valueEnd),
-                     flags, value);
-    painter.drawText(QRect(timeStart, timeStart + QPoint(timeSize.width(), timeSize.height())),
-                     flags, time);
+    drawText(painter, QRect(valueEnd - QPoint(valueSize.width(), valueSize.height()), valueEnd),
+             value, plate);
+    drawText(painter, QRect(timeStart, timeStart + QPoint(timeSize.width(), timeSize.height())),
+             time, plate);
 }
 
 } // namespace
@@ -92,7 +105,7 @@ void Crosshair::paintEvent(QPaintEvent *)
                                       : QPainter::CompositionMode_Multiply);
     painter.drawLine(LineStart, _position.y(), parentWidget()->width(), _position.y());
     painter.drawLine(_position.x(), 0, _position.x(), parentWidget()->height());
-    drawTexts(painter, _position, valueText(), timeText());
+    drawTexts(painter, _position, valueText(), timeText(), palette.color(QPalette::Base));
 }
 
 QString Crosshair::timeText() const
