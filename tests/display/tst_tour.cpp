@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
-#include "../workbench/waveformtesting.h"
+#include "../workbench/openwindow.h"
 #include "bench/historybox.h"
 #include "mainwindow.h"
 #include "user.h"
@@ -24,7 +24,6 @@ using namespace Workbench;
 namespace {
 
 constexpr int Rounds = 50;
-constexpr double Year = 365 * 86400;
 
 /** A window that shows nothing yet, and what steps look at in it. */
 struct Desk
@@ -68,19 +67,11 @@ void openByUrl(User &user, Desk &desk, const QString &file, int rows)
 } // namespace
 
 /** The ways of an analyst, with keys and mouse of a real display under a window manager. */
-class TestTour : public QObject
+class TestTour : public QObject, private Recordings
 {
     Q_OBJECT
 
 private slots:
-    void initTestCase()
-    {
-        qputenv("XDG_CONFIG_HOME", _folder.path().toLocal8Bit());
-        _first = write("first.mseed", {"XX.AAA..HHZ", "XX.BBB..HHZ"}, {0, Year});
-        _second = write("second.mseed", {"XX.CCC..HHZ"}, {0, Year});
-        _elsewhere = write("elsewhere.mseed", {"XX.DDD..HHZ"}, {-Year});
-        QVERIFY(!_first.isEmpty() && !_second.isEmpty() && !_elsewhere.isEmpty());
-    }
     void init() { QSettings().clear(); }
 
     /** However often it is started: no dialog takes the activation along. */
@@ -218,16 +209,6 @@ private slots:
     }
 
 private:
-    QString write(const QString &name, const QStringList &streams, const QVector<double> &starts)
-    {
-        std::vector<RecordCPtr> records;
-        for (const QString &stream : streams) {
-            for (const double start : starts)
-                records.push_back(sawTooth(stream.toStdString(), start, 20, 2400));
-        }
-        return writeRecords(_folder.filePath(name), records);
-    }
-
     static void verify(const std::function<void(User &, Desk &)> &steps)
     {
         Desk desk;
@@ -238,10 +219,9 @@ private:
         QVERIFY2(missed.isEmpty(), qPrintable(missed.join(", ")));
     }
 
-    QTemporaryDir _folder;
-    QString _first;
-    QString _second;
-    QString _elsewhere;
+    const QString _first = first();
+    const QString _second = write("second.mseed", {"XX.CCC..HHZ"}, {0, Year});
+    const QString _elsewhere = write("elsewhere.mseed", {"XX.DDD..HHZ"}, {-Year});
 };
 
 QTEST_MAIN(TestTour)
