@@ -321,6 +321,8 @@ private slots:
             const QRect ink = Ink::rectOfColor(overview.repaint().copy(start), Qt::green);
             QCOMPARE(ink.top() > 20, isCommon);
         }
+        overview.view.itemAt(0)->recordWidget()->setTracesPale(true);
+        QVERIFY(Ink::rectOfColor(overview.repaint(), Qt::green).isNull());
     }
 
     void fillsLobesOnlyWithWiggles()

@@ -269,6 +269,8 @@ void WaveformPanel::fillStatusBar(QStatusBar *bar)
     _pointerLabel = new QLabel(bar);
     _rangeLabel = new QLabel(bar);
     _measurementLabel = new QLabel(bar);
+    const int gap = 2 * fontMetrics().averageCharWidth();
+    _pointerLabel->setContentsMargins(gap / 2, 0, gap, 0);
     // A long text must not keep the window from being made narrow.
     _measurementLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     _measurementLabel->setTextInteractionFlags(Qt::TextSelectableByMouse);

@@ -34,6 +34,8 @@ namespace {
 
 constexpr QRgb DisabledColor = 0xffa0a0a0;
 constexpr int MoveCopyAlpha = 0x40;
+/** Of what is left raw while the other rows are filtered. */
+constexpr double PaleOpacity = 0.3;
 // No view has room for more lines; spacings that ask for more are no spacings.
 constexpr double MostGridLines = 16384;
 // Farther away a line is nowhere near the picture.
@@ -256,12 +258,15 @@ void MultiTraceWidget::drawRow(QPainter &painter, const Trace *row) const
     if (!info->poly)
         return;
     painter.setBrush(Qt::NoBrush);
+    if (row->recordWidget()->areTracesPale())
+        painter.setOpacity(PaleOpacity);
     info->poly->draw(painter);
     if (_wiggles) {
         if (const auto *trace = dynamic_cast<const WiggledTrace *>(info->poly.get()))
             trace->drawLobes(painter);
         painter.setPen(pen);
     }
+    painter.setOpacity(1);
 }
 
 /** Placed rows whose labels find room, selected ones first. */
