@@ -125,6 +125,15 @@ void TestWaveforms::keepsCurrentRowInSight()
     Desk desk(_file);
     auto *view = desk.panel.view();
     const int low = view->minimumRowHeight();
+    auto *bar = view->findChild<QScrollArea *>()->verticalScrollBar();
+    view->setMinimumRowHeight(view->height());
+    QTRY_VERIFY(view->itemAt(1)->y() > view->height());
+    bar->setValue(view->itemAt(1)->y() + 5);
+    QCoreApplication::processEvents();
+    view->setMinimumRowHeight(2 * view->height());
+    QTRY_VERIFY(view->itemAt(1)->y() > 2 * view->height());
+    QTRY_COMPARE(bar->value(), view->itemAt(1)->y() + 5);
+
     view->setMinimumRowHeight(20);
     view->select(view->itemAt(2));
     QCoreApplication::processEvents();
@@ -144,7 +153,6 @@ void TestWaveforms::keepsCurrentRowInSight()
     QTRY_VERIFY(!isWhole(0));
     QTRY_VERIFY(isWhole(2));
     // What the user has scrolled away stays away.
-    auto *bar = view->findChild<QScrollArea *>()->verticalScrollBar();
     bar->setValue(0);
     QCoreApplication::processEvents();
     view->setMinimumRowHeight(view->height());

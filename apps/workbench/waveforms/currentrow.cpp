@@ -9,6 +9,7 @@
 #include <QScrollArea>
 #include <QScrollBar>
 
+#include <algorithm>
 #include <utility>
 
 using Norvu::Gui::Trace;
@@ -25,6 +26,7 @@ CurrentRow::CurrentRow(TraceView *view)
     connect(&_timer, SIGNAL(timeout()), this, SLOT(look()));
     connect(_area->verticalScrollBar(), SIGNAL(valueChanged(int)), &_timer, SLOT(start()));
     connect(view, &TraceView::currentItemChanged, this, &CurrentRow::watch);
+    _area->widget()->installEventFilter(this);
 }
 
 void CurrentRow::watch(Trace *old, Trace *row)
@@ -39,7 +41,9 @@ void CurrentRow::watch(Trace *old, Trace *row)
 
 bool CurrentRow::eventFilter(QObject *watched, QEvent *event)
 {
-    if (event->type() == QEvent::Move || event->type() == QEvent::Resize) {
+    // All rows together also move as they are scrolled.
+    const bool isRow = watched == _view->currentItem();
+    if (event->type() == QEvent::Resize || (isRow && event->type() == QEvent::Move)) {
         _hasMoved = true;
         _timer.start();
     }
@@ -48,18 +52,44 @@ bool CurrentRow::eventFilter(QObject *watched, QEvent *event)
 
 void CurrentRow::look()
 {
-    if (std::exchange(_hasMoved, false) && _wasInSight)
-        _view->ensureVisible(_view->currentItem());
-    _wasInSight = isInSight();
+    if (std::exchange(_hasMoved, false)) {
+        if (_wasInSight)
+            _view->ensureVisible(_view->currentItem());
+        else
+            restoreFirst();
+    }
+    const Trace *current = _view->currentItem();
+    _wasInSight = current && isInSight(*current);
+    noteFirst();
 }
 
-bool CurrentRow::isInSight() const
+bool CurrentRow::isInSight(const Trace &row) const
 {
-    const Trace *row = _view->currentItem();
-    if (!row || row->isHidden())
+    if (row.isHidden() || !_area->widget()->isAncestorOf(&row))
         return false;
-    const QPoint place = row->mapTo(_area->widget(), QPoint()) + _area->widget()->pos();
-    return QRect(place, row->size()).intersects(_area->viewport()->rect());
+    return QRect(QPoint(0, topOf(row)), row.size()).intersects(_area->viewport()->rect());
+}
+
+int CurrentRow::topOf(const Trace &row) const
+{
+    return row.mapTo(_area->widget(), QPoint()).y() + _area->widget()->y();
+}
+
+void CurrentRow::noteFirst()
+{
+    const QList<Trace *> rows = _view->items();
+    const auto first = std::find_if(rows.begin(), rows.end(),
+                                    [this](const Trace *row) { return isInSight(*row); });
+    _first = first == rows.end() ? nullptr : *first;
+    _firstTop = _first ? topOf(*_first) : 0;
+}
+
+/** Whoever is at the top stays there, whatever comes first. */
+void CurrentRow::restoreFirst()
+{
+    QScrollBar *bar = _area->verticalScrollBar();
+    if (_first && !_first->isHidden() && _area->widget()->isAncestorOf(_first) && bar->value() > 0)
+        bar->setValue(bar->value() + topOf(*_first) - _firstTop);
 }
 
 } // namespace Workbench

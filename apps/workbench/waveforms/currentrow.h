@@ -3,6 +3,7 @@
 #pragma once
 
 #include <QObject>
+#include <QPointer>
 #include <QTimer>
 
 class QScrollArea;
@@ -16,8 +17,8 @@ class TraceView;
 
 namespace Workbench {
 
-/** Keeps the current row in sight where rows are sorted, grouped, or made higher. Only the user
- *  scrolls it away. */
+/** Keeps the current row in sight where rows are sorted, grouped, or made higher, and else the
+ * first one that is in sight at its place. Only the user scrolls them away. */
 class CurrentRow : public QObject
 {
     Q_OBJECT
@@ -34,13 +35,18 @@ private slots:
     void look();
 
 private:
-    bool isInSight() const;
+    bool isInSight(const Norvu::Gui::Trace &row) const;
+    int topOf(const Norvu::Gui::Trace &row) const;
+    void noteFirst();
+    void restoreFirst();
 
     Norvu::Gui::TraceView *_view;
     QScrollArea *_area;
     QTimer _timer;
     bool _hasMoved{false}; /**< among the rows, since look() */
     bool _wasInSight{false};
+    QPointer<Norvu::Gui::Trace> _first; /**< of those in sight */
+    int _firstTop{0};                   /**< in the view port */
 };
 
 } // namespace Workbench

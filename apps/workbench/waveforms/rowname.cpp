@@ -13,7 +13,7 @@ namespace {
 
 constexpr int Margin = 4;
 /** Longer names end in dots. */
-constexpr int MostCharacters = 32;
+constexpr int MostCharacters = 36;
 
 } // namespace
 

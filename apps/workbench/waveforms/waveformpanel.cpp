@@ -48,6 +48,8 @@
 #include <QToolBar>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 using namespace Tellarix;
 
 namespace Workbench {
@@ -277,6 +279,7 @@ void WaveformPanel::fillStatusBar(QStatusBar *bar)
     bar->addWidget(_pointerLabel);
     bar->addWidget(_measurementLabel, 1);
     bar->addPermanentWidget(_rangeLabel);
+    connect(bar, SIGNAL(messageChanged(QString)), this, SLOT(updateRangeLabel()));
     connect(_waveforms, SIGNAL(pointerText(QString)), this, SLOT(showPointer(QString)));
     connect(_waveforms->navigation(), SIGNAL(rangeText(QString)), _rangeLabel,
             SLOT(setText(QString)));
@@ -298,12 +301,16 @@ void WaveformPanel::showPointer(const QString &text)
     updateRangeLabel();
 }
 
-/** What is under the pointer and what is measured go before the range, which the time scale tells
- *  too. */
+/** What is under the pointer, what is measured and what is told for a while go before the range,
+ *  which the time scale tells too. */
 void WaveformPanel::updateRangeLabel()
 {
-    const int before = _pointerLabel->sizeHint().width() + _measurementLabel->sizeHint().width();
-    const bool isAlone = _pointerLabel->text().isEmpty() && _measurementLabel->text().isEmpty();
+    const QString told = static_cast<const QStatusBar *>(_rangeLabel->parent())->currentMessage();
+    const int before =
+        std::max(fontMetrics().horizontalAdvance(told),
+                 _pointerLabel->sizeHint().width() + _measurementLabel->sizeHint().width());
+    const bool isAlone =
+        told.isEmpty() && _pointerLabel->text().isEmpty() && _measurementLabel->text().isEmpty();
     const int spare = 4 * fontMetrics().averageCharWidth();
     _rangeLabel->setVisible(isAlone || before + _rangeLabel->sizeHint().width() + spare <=
                                            _rangeLabel->parentWidget()->width());

@@ -56,6 +56,7 @@ private slots:
     void showFilteringProgress(int done, int total);
     void showMeasurement(const QString &text);
     void showPointer(const QString &text);
+    void updateRangeLabel();
 
 private:
     void createFilterBar();
@@ -68,7 +69,6 @@ private:
     void createExports();
     QAction *makeSeparator();
     QPixmap overviewPicture(bool horizontal);
-    void updateRangeLabel();
     QPixmap livePicture();
 
     Waveforms *_waveforms;
