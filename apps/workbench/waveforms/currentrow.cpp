@@ -18,7 +18,7 @@ using Norvu::Gui::TraceView;
 namespace Workbench {
 
 CurrentRow::CurrentRow(TraceView *view)
-    : QObject(view), _view(view), _area(view->findChild<QScrollArea *>())
+    : QObject(view), _view(view), _area(view->findChild<QScrollArea *>()), _rows(_area->widget())
 {
     // A layout is done in steps, in the midst of which the scroll bar moves too.
     _timer.setSingleShot(true);
@@ -26,7 +26,7 @@ CurrentRow::CurrentRow(TraceView *view)
     connect(&_timer, SIGNAL(timeout()), this, SLOT(look()));
     connect(_area->verticalScrollBar(), SIGNAL(valueChanged(int)), &_timer, SLOT(start()));
     connect(view, &TraceView::currentItemChanged, this, &CurrentRow::watch);
-    _area->widget()->installEventFilter(this);
+    _rows->installEventFilter(this);
 }
 
 void CurrentRow::watch(Trace *old, Trace *row)
@@ -43,7 +43,8 @@ bool CurrentRow::eventFilter(QObject *watched, QEvent *event)
 {
     // All rows together also move as they are scrolled.
     const bool isRow = watched == _view->currentItem();
-    if (event->type() == QEvent::Resize || (isRow && event->type() == QEvent::Move)) {
+    const bool isShown = watched == _rows && event->type() == QEvent::Show;
+    if (isShown || event->type() == QEvent::Resize || (isRow && event->type() == QEvent::Move)) {
         _hasMoved = true;
         _timer.start();
     }
@@ -52,6 +53,8 @@ bool CurrentRow::eventFilter(QObject *watched, QEvent *event)
 
 void CurrentRow::look()
 {
+    if (_area->widget() != _rows)
+        return; // the overview is in their place
     if (std::exchange(_hasMoved, false)) {
         if (_wasInSight)
             _view->ensureVisible(_view->currentItem());
@@ -65,14 +68,14 @@ void CurrentRow::look()
 
 bool CurrentRow::isInSight(const Trace &row) const
 {
-    if (row.isHidden() || !_area->widget()->isAncestorOf(&row))
+    if (row.isHidden())
         return false;
     return QRect(QPoint(0, topOf(row)), row.size()).intersects(_area->viewport()->rect());
 }
 
 int CurrentRow::topOf(const Trace &row) const
 {
-    return row.mapTo(_area->widget(), QPoint()).y() + _area->widget()->y();
+    return row.mapTo(_rows, QPoint()).y() + _rows->y();
 }
 
 void CurrentRow::noteFirst()
@@ -80,15 +83,16 @@ void CurrentRow::noteFirst()
     const QList<Trace *> rows = _view->items();
     const auto first = std::find_if(rows.begin(), rows.end(),
                                     [this](const Trace *row) { return isInSight(*row); });
-    _first = first == rows.end() ? nullptr : *first;
+    // Whoever is at the top stays there, whatever comes first.
+    const bool isAtTop = _area->verticalScrollBar()->value() == 0;
+    _first = isAtTop || first == rows.end() ? nullptr : *first;
     _firstTop = _first ? topOf(*_first) : 0;
 }
 
-/** Whoever is at the top stays there, whatever comes first. */
 void CurrentRow::restoreFirst()
 {
     QScrollBar *bar = _area->verticalScrollBar();
-    if (_first && !_first->isHidden() && _area->widget()->isAncestorOf(_first) && bar->value() > 0)
+    if (_first && !_first->isHidden())
         bar->setValue(bar->value() + topOf(*_first) - _firstTop);
 }
 

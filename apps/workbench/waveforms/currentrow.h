@@ -42,10 +42,11 @@ private:
 
     Norvu::Gui::TraceView *_view;
     QScrollArea *_area;
+    QWidget *_rows; /**< what is scrolled */
     QTimer _timer;
     bool _hasMoved{false}; /**< among the rows, since look() */
     bool _wasInSight{false};
-    QPointer<Norvu::Gui::Trace> _first; /**< of those in sight */
+    QPointer<Norvu::Gui::Trace> _first; /**< of those in sight, unless nothing is scrolled */
     int _firstTop{0};                   /**< in the view port */
 };
 
