@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cstdint>
 #include <cstdlib>
+#include <map>
 #include <new>
 #include <vector>
 
@@ -16,11 +17,11 @@ namespace {
 
 constexpr size_t LargePage = 2 << 20;
 constexpr size_t SmallestChunk = 64 << 10;
-// From here on straight from the system, and straight back to it: in the heap they would leave
-// holes that nothing else fills.
-constexpr size_t LeastMapped = 128 << 10;
-// At most a fifth of what is there is not in use yet.
-constexpr size_t Growth = 4;
+// Larger ones come straight from the system, and go straight back to it: in the heap they would
+// leave holes that nothing else fills.
+constexpr size_t LargestInHeap = SmallestChunk;
+// At most a third of what is there is not in use yet.
+constexpr size_t Growth = 2;
 // Neighbouring arrays share no line of the cache.
 constexpr size_t Alignment = 64;
 
@@ -29,52 +30,74 @@ size_t roundedUp(size_t size, size_t unit)
     return (size + unit - 1) / unit * unit;
 }
 
-/** Pages of LargePage bytes from the system. Some that were given back wait for the next to ask: to
+/** The chunk that follows @p total bytes of others: a power of two, up to a large page. */
+size_t nextChunkSize(size_t total)
+{
+    size_t size = SmallestChunk;
+    while (size < LargePage && size * 2 * Growth <= total)
+        size *= 2;
+    return size;
+}
+
+/** Chunks above the largest in the heap. Some that were given back wait for the next to ask: to
  *  clear memory again and again costs more than to decode what goes there. */
-class LargePages
+class ChunkStore
 {
 public:
-    /** Null if there is none. Without large pages in the system it consists of small ones, which
-     *  cost more to get. */
-    void *take()
+    /** Null if there is no memory. */
+    void *take(size_t size)
     {
         std::unique_lock<std::mutex> lock(_mutex);
-        if (_spare.empty()) {
+        std::vector<void *> &spare = spareOf(size);
+        if (spare.empty()) {
             lock.unlock();
-            return map();
+            return size == LargePage ? mapLargePage() : map(size);
         }
-        void *page = _spare.back();
-        _spare.pop_back();
-        return page;
+        void *chunk = spare.back();
+        spare.pop_back();
+        _spareBytes -= size;
+        return chunk;
     }
 
-    void giveBack(void *page)
+    void giveBack(void *chunk, size_t size)
     {
-        const std::lock_guard<std::mutex> lock(_mutex);
-        if (_spare.size() < MostSpare)
-            _spare.push_back(page);
-        else
-            ::munmap(page, LargePage);
+        std::unique_lock<std::mutex> lock(_mutex);
+        if (_spareBytes + size <= MostSpareBytes) {
+            spareOf(size).push_back(chunk);
+            _spareBytes += size;
+            return;
+        }
+        lock.unlock();
+        ::munmap(chunk, size);
     }
 
     void returnSpare()
     {
         const std::lock_guard<std::mutex> lock(_mutex);
-        for (void *page : _spare)
-            ::munmap(page, LargePage);
-        _spare.clear();
+        for (size_t size = LargePage; size > LargestInHeap; size /= 2) {
+            for (void *chunk : spareOf(size))
+                ::munmap(chunk, size);
+            spareOf(size).clear();
+        }
+        _spareBytes = 0;
     }
 
 private:
-    static constexpr size_t MostSpare = 128;
+    static constexpr size_t MostSpareBytes = 256 << 20;
 
-    static void *map()
+    static void *map(size_t size)
     {
-        void *mapping = ::mmap(nullptr, 2 * LargePage, PROT_READ | PROT_WRITE,
-                               MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-        if (mapping == MAP_FAILED)
+        void *chunk =
+            ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        return chunk == MAP_FAILED ? nullptr : chunk;
+    }
+
+    /** Without large pages in the system it consists of small ones, which cost more to get. */
+    static void *mapLargePage()
+    {
+        char *begin = static_cast<char *>(map(2 * LargePage));
+        if (!begin)
             return nullptr;
-        char *begin = static_cast<char *>(mapping);
         const size_t before = LargePage - reinterpret_cast<uintptr_t>(begin) % LargePage;
         ::munmap(begin, before);
         if (before < LargePage)
@@ -85,15 +108,21 @@ private:
         return begin + before;
     }
 
+    std::vector<void *> &spareOf(size_t size)
+    {
+        return _spare[size];
+    }
+
     std::mutex _mutex;
-    std::vector<void *> _spare;
+    std::map<size_t, std::vector<void *>> _spare; /**< by size */
+    size_t _spareBytes{0};
 };
 
 /** Never destroyed: samples may be freed at the very end. */
-LargePages &largePages()
+ChunkStore &chunkStore()
 {
-    static LargePages &pages = *new LargePages;
-    return pages;
+    static ChunkStore &store = *new ChunkStore;
+    return store;
 }
 
 } // namespace
@@ -121,11 +150,8 @@ SampleBlock::~SampleBlock()
 
 SampleBlock::Chunk *SampleBlock::makeChunk(size_t size)
 {
-    void *memory = size == LargePage     ? largePages().take()
-                   : size >= LeastMapped ? ::mmap(nullptr, size, PROT_READ | PROT_WRITE,
-                                                  MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)
-                                         : std::malloc(size);
-    if (!memory || memory == MAP_FAILED)
+    void *memory = size > LargestInHeap ? chunkStore().take(size) : std::malloc(size);
+    if (!memory)
         throw std::bad_alloc();
     return new (memory) Chunk(size);
 }
@@ -136,10 +162,8 @@ void SampleBlock::release(Chunk *chunk)
         return;
     const size_t size = chunk->size;
     chunk->~Chunk();
-    if (size == LargePage)
-        largePages().giveBack(chunk);
-    else if (size >= LeastMapped)
-        ::munmap(chunk, size);
+    if (size > LargestInHeap)
+        chunkStore().giveBack(chunk, size);
     else
         std::free(chunk);
 }
@@ -152,7 +176,7 @@ SampleMemory::~SampleMemory()
 
 void SampleMemory::returnSpare()
 {
-    largePages().returnSpare();
+    chunkStore().returnSpare();
 }
 
 SampleBlock SampleMemory::allocate(size_t bytes)
@@ -162,10 +186,9 @@ SampleBlock SampleMemory::allocate(size_t bytes)
     const size_t size = roundedUp(bytes, Alignment);
     const std::lock_guard<std::mutex> lock(_mutex);
     if (!_chunk || _used + size > _size) {
-        const size_t wanted = std::clamp(_total / Growth, SmallestChunk, LargePage);
-        if (size > wanted / 4)
+        const size_t chunkSize = nextChunkSize(_total);
+        if (size > chunkSize / 4)
             return SampleBlock(bytes);
-        const size_t chunkSize = roundedUp(wanted, Alignment);
         SampleBlock::Chunk *chunk = SampleBlock::makeChunk(chunkSize);
         if (_chunk)
             SampleBlock::release(_chunk);
