@@ -39,6 +39,7 @@
 #include <QContextMenuEvent>
 #include <QLabel>
 #include <QMenu>
+#include <QTimer>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -417,6 +418,8 @@ void Waveforms::clear()
     _closed.clear();
     _view->clear();
     returnFreeMemory();
+    // What threads still held for rows is free a bit later.
+    QTimer::singleShot(1000, this, [] { returnFreeMemory(); });
     _coverage.clear();
     _strip->update();
     updateHint();

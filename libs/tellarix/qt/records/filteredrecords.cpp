@@ -137,6 +137,20 @@ Core::TimeWindow FilteredRecords::update(const RecordSequence &raw, const Record
     return changed;
 }
 
+void FilteredRecords::fill(const std::vector<RecordCPtr> &records,
+                           const std::atomic<bool> &cancelled)
+{
+    Q_ASSERT(isEmpty());
+    if (records.size() >= ManyRecords)
+        _memory = new SampleMemory;
+    for (const RecordCPtr &record : records) {
+        if (cancelled.load(std::memory_order_relaxed))
+            break;
+        insertAt(_entries.size(), record.get());
+    }
+    _memory.reset();
+}
+
 void FilteredRecords::dropFront(const RecordSequence &raw)
 {
     int dropped = 0;

@@ -43,6 +43,10 @@ public:
      */
     Core::TimeWindow update(const RecordSequence &raw, const Record *fed = nullptr,
                             const std::atomic<bool> *cancelled = nullptr);
+    /** The same for what holds nothing yet, from the records of a sequence in its order, which need
+     *  not be put into one of their own first. */
+    void fill(const std::vector<RecordCPtr> &records, const std::atomic<bool> &cancelled);
+    bool isEmpty() const { return _entries.size() == 0; }
     /**
      * Number of samples that update() would have to filter if @p raw got records at its end only;
      * -1 if it got others as well, so that records would have to be filtered again.

@@ -59,7 +59,10 @@ private:
         std::vector<RecordCPtr> records = std::move(_records);
         lock.unlock();
 
-        if (!_cancelled) {
+        // A job that was cancelled before has nothing any more.
+        if (!_cancelled && filtered->isEmpty()) {
+            filtered->fill(records, _cancelled);
+        } else if (!_cancelled) {
             const auto raw = FilteredRecords::Copy(std::move(records));
             filtered->update(*raw, nullptr, &_cancelled);
         }
