@@ -12,7 +12,6 @@
 #include <QSslConfiguration>
 #include <QTest>
 
-
 using namespace Tellarix::IO;
 
 namespace {
