@@ -260,12 +260,17 @@ private slots:
         QCOMPARE(file.permissions() & (QFile::ReadGroup | QFile::ReadOther), QFile::Permissions());
         const QString refused = file.fileName() + ": no login is taken from it, since others than "
                                                   "you can read or write it (chmod 600)";
-        QTest::ignoreMessage(QtWarningMsg, qPrintable(refused));
-        QVERIFY(file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup));
+        // One change follows the other faster than the clock of the file system ticks.
+        const QFile::Permissions own = QFile::ReadOwner | QFile::WriteOwner;
+        for (int time = 0; time < 5; ++time) {
+            QVERIFY(file.setPermissions(own) && accounts.problem().isEmpty());
+            QTest::ignoreMessage(QtWarningMsg, qPrintable(refused));
+            QVERIFY(file.setPermissions(own | QFile::ReadGroup));
+            QCOMPARE(accounts.problem(), refused);
+        }
         QCOMPARE(statusOf(server.url("/")), QString("401 Reason (%1)").arg(refused));
         QVERIFY(!accounts.remove(server.host(), "user", &error) && error == refused);
-        QVERIFY(file.setPermissions(QFile::ReadOwner | QFile::WriteOwner));
-        QVERIFY(accounts.remove(server.host(), "user", &error));
+        QVERIFY(file.setPermissions(own) && accounts.remove(server.host(), "user", &error));
         QCOMPARE(accounts.find(server.url("/")).password, QString("wrong"));
         QVERIFY(file.open(QFile::WriteOnly) && file.write("{'logins': 5}") > 0);
         file.close();

@@ -14,6 +14,7 @@
 #include <QSaveFile>
 
 #include <algorithm>
+#include <utility>
 
 namespace Tellarix {
 namespace IO {
@@ -25,6 +26,7 @@ constexpr int DeepestUrl = 2; // a source within one within a third one
 constexpr QFile::Permissions OfOwner = QFile::ReadOwner | QFile::WriteOwner;
 constexpr QFile::Permissions OfOthers =
     QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther;
+constexpr int CoarsestClockMs = 2000; // of all file systems
 
 /** Reads the text of a file; false if it isn't of its form. */
 bool parse(const QByteArray &text, QVector<HttpAccount> *accounts)
@@ -150,10 +152,11 @@ QString HttpAccounts::file() const
                      .filePath(FileName);
 }
 
-/** Reads the file if it has changed. */
+/** Reads the file if it has changed, or if that can't be told. */
 void HttpAccounts::refresh()
 {
     const QString name = file();
+    const QDateTime before = QDateTime::currentDateTimeUtc();
     const QFileInfo info(name);
     // Where only the rights have changed, only the second one tells.
     const QDateTime time = std::max(info.lastModified(), info.metadataChangeTime());
@@ -161,8 +164,11 @@ void HttpAccounts::refresh()
         return;
     _readFile = name;
     _readTime = time;
+    // The next change may come within the same tick of the file system's clock, and leave no trace.
+    if (time.isValid() && time.msecsTo(before) < CoarsestClockMs)
+        _readTime.reset();
+    const QString knownProblem = std::exchange(_problem, QString());
     _stored.clear();
-    _problem.clear();
     if (!info.exists())
         return;
     QFile device(name);
@@ -174,7 +180,7 @@ void HttpAccounts::refresh()
         _problem = QString("%1: %2").arg(name, device.errorString());
     else if (!parse(device.readAll(), &_stored))
         _problem = QString("%1: not a list of logins with host, user and password").arg(name);
-    if (!_problem.isEmpty())
+    if (!_problem.isEmpty() && _problem != knownProblem)
         qCWarning(Log::io).noquote() << _problem;
 }
 
@@ -244,7 +250,7 @@ bool HttpAccounts::write(const QVector<HttpAccount> &accounts, QString *error)
         *error = QString("%1: %2").arg(name, device.errorString());
         return false;
     }
-    _readTime = QDateTime();
+    _readTime.reset();
     return true;
 }
 

@@ -10,6 +10,7 @@
 #include <QVector>
 
 #include <mutex>
+#include <optional>
 
 namespace Tellarix {
 namespace IO {
@@ -69,7 +70,8 @@ private:
     QVector<HttpAccount> _stored;
     QString _problem;
     QString _readFile;
-    QDateTime _readTime; /**< of the file's last change, when it was read */
+    /** Of the file's last change, when it was read; none to read it again in any case. */
+    std::optional<QDateTime> _readTime;
 };
 
 /**
