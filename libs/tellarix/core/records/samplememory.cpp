@@ -12,6 +12,14 @@
 
 #include <sys/mman.h>
 
+// The sanitizer of addresses is told what of a chunk is in use; for others this is nothing.
+#if __has_include(<sanitizer/asan_interface.h>)
+#include <sanitizer/asan_interface.h>
+#else
+#define ASAN_POISON_MEMORY_REGION(begin, size) ((void)(begin), (void)(size))
+#define ASAN_UNPOISON_MEMORY_REGION(begin, size) ((void)(begin), (void)(size))
+#endif
+
 namespace Tellarix {
 namespace {
 
@@ -56,6 +64,7 @@ public:
         void *chunk = spare.back();
         spare.pop_back();
         _spareBytes -= size;
+        ASAN_UNPOISON_MEMORY_REGION(chunk, size);
         return chunk;
     }
 
@@ -63,6 +72,7 @@ public:
     {
         std::unique_lock<std::mutex> lock(_mutex);
         if (_spareBytes + size <= MostSpareBytes) {
+            ASAN_POISON_MEMORY_REGION(chunk, size);
             spareOf(size).push_back(chunk);
             _spareBytes += size;
             return;
@@ -75,8 +85,10 @@ public:
     {
         const std::lock_guard<std::mutex> lock(_mutex);
         for (size_t size = LargePage; size > LargestInHeap; size /= 2) {
-            for (void *chunk : spareOf(size))
+            for (void *chunk : spareOf(size)) {
+                ASAN_UNPOISON_MEMORY_REGION(chunk, size);
                 ::munmap(chunk, size);
+            }
             spareOf(size).clear();
         }
         _spareBytes = 0;
@@ -162,6 +174,7 @@ void SampleBlock::release(Chunk *chunk)
         return;
     const size_t size = chunk->size;
     chunk->~Chunk();
+    ASAN_UNPOISON_MEMORY_REGION(chunk, size);
     if (size > LargestInHeap)
         chunkStore().giveBack(chunk, size);
     else
@@ -195,10 +208,12 @@ SampleBlock SampleMemory::allocate(size_t bytes)
         _chunk = chunk;
         _size = chunkSize;
         _used = roundedUp(sizeof(SampleBlock::Chunk), Alignment);
+        ASAN_POISON_MEMORY_REGION(reinterpret_cast<char *>(_chunk) + _used, _size - _used);
         _total += chunkSize;
     }
     char *data = reinterpret_cast<char *>(_chunk) + _used;
     _used += size;
+    ASAN_UNPOISON_MEMORY_REGION(data, bytes);
     _chunk->owners.fetch_add(1, std::memory_order_relaxed);
     return {data, _chunk};
 }
