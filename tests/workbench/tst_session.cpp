@@ -11,6 +11,7 @@
 #include <QDockWidget>
 #include <QLabel>
 #include <QMenu>
+#include <QMenuBar>
 #include <QSettings>
 #include <QStatusBar>
 
@@ -30,6 +31,11 @@ private slots:
             MainWindow window;
             window.show();
             QVERIFY(QTest::qWaitForWindowActive(&window));
+            // Entries of panels stand where they belong, and once.
+            const QList<QAction *> menus = window.menuBar()->actions();
+            QVERIFY(menus[1]->menu()->actions().size() > 10);
+            for (QAction *entry : menus[1]->menu()->actions())
+                QVERIFY2(!menus[0]->menu()->actions().contains(entry), qPrintable(entry->text()));
             auto *waveforms = window.findChild<Waveforms *>();
             for (const char *keys : {"Ctrl+K", "Ctrl+R", "Ctrl+D"})
                 QTest::keySequence(waveforms->view(), QKeySequence(keys));

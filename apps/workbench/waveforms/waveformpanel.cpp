@@ -108,7 +108,15 @@ WaveformPanel::WaveformPanel(Bench *bench)
 
 QList<QAction *> WaveformPanel::menuActions(Menu menu) const
 {
-    return menu == Menu::File ? _exports->actions() : _viewActions;
+    switch (menu) {
+    case Menu::File:
+        return _exports->actions();
+    case Menu::View:
+        return _viewActions;
+    case Menu::Open:
+        break;
+    }
+    return {};
 }
 
 QList<QMenu *> WaveformPanel::menus() const
