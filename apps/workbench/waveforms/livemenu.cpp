@@ -29,6 +29,9 @@ constexpr Length Lengths[] = {{QT_TR_NOOP("10 minutes"), 600},
                               {QT_TR_NOOP("1 day"), 86400},
                               {QT_TR_NOOP("7 days"), 7 * 86400}};
 
+/** In characters. Of longer ones the middle is left out, and told by the tool tip. */
+constexpr int NameLength = 90;
+
 } // namespace
 
 LiveMenu::LiveMenu(LiveSources *sources, LiveFollow *follow, QWidget *parent)
@@ -40,6 +43,7 @@ LiveMenu::LiveMenu(LiveSources *sources, LiveFollow *follow, QWidget *parent)
     _again->setCheckable(true);
     addSeparator();
     _endAll = addAction(tr("&End all live sources"), _sources, SLOT(endAll()));
+    setToolTipsVisible(true);
     fill();
     connect(_sources, SIGNAL(changed()), this, SLOT(fill()));
     connect(_sources, SIGNAL(outagesChanged()), this, SLOT(fill()));
@@ -70,11 +74,14 @@ void LiveMenu::fill()
         entry->deleteLater(); // It may be the one that is telling that it was chosen.
     }
     const QStringList names = _sources->names();
+    const int width = fontMetrics().averageCharWidth() * NameLength;
     for (int i = 0; i < names.size(); ++i) {
         const QString &source = names[i];
         const bool isAway = !_sources->outages().value(i).isEmpty();
         const QString text = isAway ? tr("End %1 (waiting)") : tr("End %1");
-        auto *entry = new QAction(text.arg(QString(source).replace('&', "&&")), this);
+        QString name = fontMetrics().elidedText(source, Qt::ElideMiddle, width);
+        auto *entry = new QAction(text.arg(name.replace('&', "&&")), this);
+        entry->setToolTip(source);
         connect(entry, &QAction::triggered, _sources,
                 [sources = _sources, source] { sources->end(source); });
         insertAction(_endAll, entry);
