@@ -86,12 +86,13 @@ const QString Source("fake://line");
 /** Rows that follow a fake source, at a time that stands still unless it is moved on. */
 struct Desk
 {
-    Desk() : panel((bench.streamStates()->setClock([this] { return now; }), &bench))
+    explicit Desk(const QString &source = Source)
+        : panel((bench.streamStates()->setClock([this] { return now; }), &bench))
     {
         bench.rows()->setAddition(new Spectrograms(panel.view()));
         panel.resize(900, 500);
         panel.show();
-        panel.open({Source});
+        panel.open({source});
     }
 
     /** Sends @p seconds of a stream up to now. */
@@ -168,6 +169,7 @@ private slots:
     void tellsZoomFromLookBack_data();
     void tellsZoomFromLookBack();
     void followsPausesAndFollowsAgain();
+    void showsWhatWasAskedFor();
     void showsDelays_data();
     void showsDelays();
     void delaysLeaveTracesAlone();
@@ -239,6 +241,23 @@ void TestLive::followsPausesAndFollowsAgain()
     QCOMPARE(desk.behind(), 0);
     desk.panel.clear();
     QVERIFY(!desk.panel.follow()->isFollowing() && !desk.panel.follow()->action()->isEnabled());
+}
+
+void TestLive::showsWhatWasAskedFor()
+{
+    const QString source =
+        Source + "#from=-2h&streams=XX.AAA..HHZ" + QString(",XX.B..HHZ").repeated(30);
+    Desk desk(source);
+    desk.send("XX.AAA..HHZ", 5);
+    QTRY_VERIFY(desk.panel.follow()->isFollowing());
+    QCOMPARE(desk.length(), 7200);
+
+    // Many streams make no menu as wide as the screen.
+    const LiveMenu menu(desk.panel.live(), desk.panel.follow(), nullptr);
+    const auto actions = menu.actions();
+    const auto entry = std::find_if(actions.begin(), actions.end(),
+                                    [&](const QAction *some) { return some->toolTip() == source; });
+    QVERIFY(entry != actions.end() && (*entry)->text().size() < source.size() / 2);
 }
 
 void TestLive::showsDelays_data()

@@ -51,6 +51,8 @@ public:
     /** Whom it waits for and why; empty if its server is there. */
     QString outage() const;
 
+    /** Of the past, that the source was asked for. */
+    Tellarix::Core::TimeSpan askedLength() const { return _askedLength; }
     /** How long rows keep records; at least what the source was asked for. */
     Tellarix::Core::TimeSpan length() const { return _length; }
     void setLength(Tellarix::Core::TimeSpan length);
@@ -90,7 +92,7 @@ private:
 
     QString _source;
     Bench *_bench;
-    Tellarix::Core::TimeSpan _askedLength; /**< of the past */
+    Tellarix::Core::TimeSpan _askedLength;
     Tellarix::Core::TimeSpan _length;
     QHash<QString, QPointer<Norvu::Gui::Trace>> _rows; /**< by stream id */
     QList<QPointer<Norvu::Gui::Trace>> _newRows;

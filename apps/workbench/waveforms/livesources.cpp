@@ -89,6 +89,11 @@ Core::TimeSpan LiveSources::longestLength() const
     return longest;
 }
 
+Core::TimeSpan LiveSources::askedLength() const
+{
+    return _sources.isEmpty() ? Core::TimeSpan() : _sources.last()->askedLength();
+}
+
 bool LiveSources::restoreRow(Trace *row)
 {
     return std::any_of(_sources.begin(), _sources.end(),

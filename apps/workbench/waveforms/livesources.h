@@ -34,6 +34,8 @@ public:
     void setLength(Tellarix::Core::TimeSpan length);
     /** Longest length of the sources that there are. */
     Tellarix::Core::TimeSpan longestLength() const;
+    /** Of the past, that the newest source was asked for; 0 without one. */
+    Tellarix::Core::TimeSpan askedLength() const;
     /** False for a row that no source feeds. */
     bool restoreRow(Norvu::Gui::Trace *row);
 

@@ -53,7 +53,7 @@ namespace Workbench {
 
 namespace {
 
-/** Of live data, what is shown at first. */
+/** Of live data, what is shown at first where no past is asked for. */
 const Core::TimeSpan LiveWindow(600.0);
 /** From the present, in s. */
 constexpr double FarAlignment = 30 * 86400.0;
@@ -258,7 +258,8 @@ void Waveforms::showLiveArrivals()
     _navigation->history()->keep();
     if (std::abs((_view->timeScale()->alignment() - now).length()) > FarAlignment)
         _view->setAlignment(dayBefore(now));
-    _follow->start(std::min(LiveWindow, _live->longestLength()));
+    const Core::TimeSpan asked = _live->askedLength();
+    _follow->start(asked > Core::TimeSpan() ? asked : std::min(LiveWindow, _live->longestLength()));
     updateHint();
 }
 
