@@ -149,8 +149,8 @@ void Waveforms::updateHint()
                    : isLoading()               ? tr("Loading…")
                    : !_live->isEmpty()
                        ? tr("Waiting for live data…")
-                       : tr("Nothing is open.\n\nOpen files (Ctrl+O), a folder "
-                            "(Ctrl+Shift+O) or a URL (Ctrl+L), drop files here,\nor look at "
+                       : tr("Nothing is open.\n\nOpen files (Ctrl+O), a folder (Ctrl+Shift+O), "
+                            "a source (Ctrl+U) or a URL (Ctrl+L),\ndrop files here, or look at "
                             "the demonstration in the menu File."));
     _hint->setVisible(stretches().isEmpty());
     _hint->raise();
