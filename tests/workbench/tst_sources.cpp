@@ -177,6 +177,8 @@ private slots:
             QVERIFY(!list.remove("A", &error) && error.contains("hidden"));
             source.live = "seedlink://host:none";
             QVERIFY(!list.set(source, "B", &error) && error.startsWith("B: live: "));
+            source.live = "host:18000";
+            QVERIFY(!list.set(source, "B", &error) && error.contains("is no URL"));
         }
         SourceList list(builtIn, own);
         QCOMPARE(list.read(), QStringList());

@@ -44,7 +44,10 @@ bool isStreamOf(const QString &address, QString *error)
         return true;
     if (IO::RecordStream::Create(address.toStdString(), &reason))
         return true;
-    *error = QString::fromStdString(reason);
+    // A host alone would be looked for as a file.
+    *error = address.contains("://")
+                 ? QString::fromStdString(reason)
+                 : tr("%1 is no URL, such as seedlink://HOST or fdsnws+https://HOST").arg(address);
     return false;
 }
 
