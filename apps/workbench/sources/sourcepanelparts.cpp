@@ -325,7 +325,7 @@ void SourcePanel::updateHint()
     if (!_tree->listing() && !isBusy())
         text = _source.name.isEmpty()
                    ? tr("There is no source: add one")
-                   : tr("%1 has not been asked yet.\nList its stations to choose from them.")
+                   : tr("The stations of %1 are not known yet.\nList them to choose from them.")
                          .arg(_source.name);
     else if (_tree->listing() && _tree->shownCount() == 0)
         text = _tree->listing()->stations.empty() ? tr("The source has no stations")
