@@ -53,7 +53,8 @@ int RowName::delayWidth() const
 
 QSize RowName::sizeHint() const
 {
-    const int width = fontMetrics().horizontalAdvance(_text);
+    // Texts are cut by fractions of a pixel, which the advance is rounded to.
+    const int width = fontMetrics().horizontalAdvance(_text) + 1;
     return {std::min(width, MostCharacters * fontMetrics().averageCharWidth()) + delayWidth() +
                 2 * Margin,
             fontMetrics().height()};
