@@ -484,7 +484,8 @@ private slots:
     void keepsLoginsApartFromAddresses()
     {
         const HttpServer past([](const HttpAsked &asked) {
-            return restricted(asked, [&] { return stationService(asked); });
+            const auto reply = [&] { return stationService(asked); };
+            return asked.target.contains("version") ? reply() : restricted(asked, reply);
         });
         Bench bench;
         SourcePanel panel(&bench);
@@ -509,7 +510,10 @@ private slots:
 
         // A wrong password is told, without it.
         QString error;
+        const auto tested = [&] { return SourceVisit().test(source.withUserInAddresses()).at(0); };
+        QVERIFY2(tested().ok, qPrintable(tested().text));
         QVERIFY(keepPassword(*panel.sources(), source, source, "hush-wrong", &error));
+        QVERIFY2(!tested().ok && tested().text.contains("login failed"), qPrintable(tested().text));
         panel.list();
         QTRY_VERIFY(!panel.isBusy());
         QVERIFY2(panel.statusText().contains("401 Reason, the login failed") &&

@@ -247,8 +247,31 @@ SourceVisit::Answer SourceVisit::testWeb(const QString &service, const QString &
     if (!url.scheme().startsWith("http"))
         answer.text = tr("%1: only web services can be tested").arg(address.section(':', 0, 0));
     else
-        answer.ok = ask(url, address, &answer.text);
+        answer.ok = ask(url, address, &answer.text) &&
+                    (service != "dataselect" || askWithLogin(address, &answer.text));
     return answer;
+}
+
+/** Whether a login that is known for a service of records is taken there; asks for records that
+ *  nobody has, since a service tells its version to everybody. */
+bool SourceVisit::askWithLogin(const QString &address, QString *text)
+{
+    IO::FdsnAddress web;
+    if (!web.parse(address) || !web.hasLogin())
+        return true;
+    QUrl url = web.url("dataselect", "queryauth");
+    url.setQuery("network=XX&station=NONE&location=--&channel=XXX"
+                 "&starttime=1970-01-01T00:00:00&endtime=1970-01-01T00:00:01");
+    IO::HttpClient client(settingsFor(TestMSecs));
+    const Part part(*this, [&] { client.cancel(); });
+    const bool answered = client.open(IO::HttpRequest(url));
+    const IO::HttpAnswer answer = client.answer();
+    if (answered && answer.status != 401 && answer.status != 403)
+        return true;
+    *text =
+        QString("%1: %2").arg(IO::httpServerName(url),
+                              answered ? IO::fdsnStatusText(answer, QByteArray()) : answer.cause);
+    return false;
 }
 
 bool SourceVisit::ask(const QUrl &url, const QString &address, QString *text)

@@ -45,7 +45,7 @@ public:
     /** Lists stations and channels; @p window is that in which channels of the past have to be in
      *  force, those of today if it is unset. */
     Findings list(const DataSource &source, const Tellarix::Core::TimeWindow &window);
-    /** Asks every service of a source. */
+    /** Asks every service of a source, and whether the login is taken where one is known. */
     std::vector<Answer> test(const DataSource &source);
 
     /** Ends what goes on, and what is begun later. Any thread may call it. */
@@ -78,6 +78,7 @@ private:
                      StationListing *listing, QString *error);
     Answer testLive(const QString &address);
     Answer testWeb(const QString &service, const QString &address);
+    bool askWithLogin(const QString &address, QString *text);
     bool ask(const QUrl &url, const QString &address, QString *text);
 
     std::mutex _mutex;
