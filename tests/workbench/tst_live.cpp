@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LGPL-3.0-or-later
 
+#include "bench/stations.h"
 #include "bench/streamstates.h"
 #include "bench/tracerows.h"
 #include "client/seedlinkserver.h"
@@ -444,6 +445,9 @@ void TestLive::opensSourcesAgain()
             WaveformPanel panel(&bench);
             panel.openSources({Source});
             QTRY_COMPARE(line.readers.load(), 1);
+            line.send(sawTooth("XX.AAA..HHZ", 0, Rate, 100));
+            QTRY_COMPARE(panel.waveforms()->view()->count(), 1);
+            bench.stations()->add({{"XX.AAA", {48.5, -9.1}}, {"XX.OFF", {1, 2}}});
             for (QAction *action : panel.findChildren<QAction *>()) {
                 const QString text = action->text().remove('&');
                 if (text == "1 hour" ||
@@ -459,6 +463,9 @@ void TestLive::opensSourcesAgain()
         QCOMPARE(panel.waveforms()->live()->length(), Core::TimeSpan(3600));
         QCOMPARE(panel.openRemembered(), isWanted);
         QTRY_COMPARE(line.readers.load(), isWanted ? 1 : 0);
+        const auto &places = bench.stations()->all();
+        QCOMPARE(places.keys(), isWanted ? QStringList("XX.AAA") : QStringList());
+        QCOMPARE(places.value("XX.AAA").longitude, isWanted ? -9.1 : 0.0);
     }
 }
 

@@ -94,7 +94,12 @@ void LiveMenu::saveState(QSettings &settings) const
 {
     settings.setValue("liveSeconds", _sources->length().length());
     settings.setValue("liveAgain", _again->isChecked());
-    settings.setValue("liveSources", _again->isChecked() ? _sources->names() : QStringList());
+    settings.setValue("liveSources", sourcesToRemember());
+}
+
+QStringList LiveMenu::sourcesToRemember() const
+{
+    return _again->isChecked() ? _sources->names() : QStringList();
 }
 
 void LiveMenu::restoreState(QSettings &settings)

@@ -24,6 +24,8 @@ public:
 
     void saveState(QSettings &settings) const;
     void restoreState(QSettings &settings);
+    /** Those that are to be opened again in the next session. */
+    QStringList sourcesToRemember() const;
     /** Those that were to be opened again, as restoreState() has found them. */
     const QStringList &rememberedSources() const { return _remembered; }
 

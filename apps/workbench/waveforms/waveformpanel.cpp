@@ -3,8 +3,10 @@
 #include "waveformpanel.h"
 
 #include "bench/bench.h"
+#include "bench/stations.h"
 #include "bench/streamstates.h"
 #include "bench/task.h"
+#include "bench/tracerows.h"
 #include "exportactions.h"
 #include "filterbox.h"
 #include "filtertuning.h"
@@ -43,6 +45,7 @@
 #include <QElapsedTimer>
 #include <QLabel>
 #include <QMenu>
+#include <QPointF>
 #include <QSettings>
 #include <QStatusBar>
 #include <QToolBar>
@@ -362,7 +365,23 @@ void WaveformPanel::saveState(QSettings &settings) const
     settings.setValue("filter", _filterBox->appliedText());
     settings.setValue("filtered", _filterBox->isFilterEnabled());
     _liveMenu->saveState(settings);
+    settings.setValue("livePlaces", livePlaces());
     settings.endGroup();
+}
+
+/** Where the stations of the rows stand, if live sources are to be opened again: these tell records
+ *  and nothing else. Longitude and latitude by "NET.STA". */
+QVariantMap WaveformPanel::livePlaces() const
+{
+    QVariantMap places;
+    if (_liveMenu->sourcesToRemember().isEmpty())
+        return places;
+    for (const Norvu::Gui::Trace *row : _waveforms->view()->items()) {
+        const QString station = stationOf(*row);
+        if (const auto place = bench()->stations()->find(station))
+            places.insert(station, QPointF(place->longitude, place->latitude));
+    }
+    return places;
 }
 
 void WaveformPanel::restoreState(QSettings &settings)
@@ -381,6 +400,7 @@ void WaveformPanel::restoreState(QSettings &settings)
         _filterBox->toggleAction()->setChecked(settings.value("filtered").toBool());
     }
     _liveMenu->restoreState(settings);
+    _livePlaces = settings.value("livePlaces").toMap();
     settings.endGroup();
 }
 
@@ -474,8 +494,15 @@ bool WaveformPanel::openRemembered()
     QStringList sources = _liveMenu->rememberedSources();
     for (QString &source : sources)
         source = IO::takePasswords(source);
-    if (!sources.isEmpty())
+    QHash<QString, StationPlace> places;
+    for (auto place = _livePlaces.cbegin(); place != _livePlaces.cend(); ++place) {
+        const QPointF degrees = place.value().toPointF();
+        places.insert(place.key(), {degrees.y(), degrees.x()});
+    }
+    if (!sources.isEmpty()) {
+        bench()->stations()->add(places);
         openSources(sources);
+    }
     return !sources.isEmpty();
 }
 

@@ -6,6 +6,7 @@
 
 #include <QHash>
 #include <QPointer>
+#include <QVariantMap>
 
 class QLabel;
 
@@ -70,6 +71,7 @@ private:
     QAction *makeSeparator();
     QPixmap overviewPicture(bool horizontal);
     QPixmap livePicture();
+    QVariantMap livePlaces() const;
 
     Waveforms *_waveforms;
     QList<QAction *> _viewActions;
@@ -83,6 +85,7 @@ private:
     ExportActions *_exports{nullptr};
     QLabel *_pointerLabel{nullptr};
     LiveMenu *_liveMenu{nullptr};
+    QVariantMap _livePlaces; /**< of the last session */
     QLabel *_measurementLabel{nullptr};
     QLabel *_rangeLabel{nullptr};
     QPointer<Task> _filtering;
