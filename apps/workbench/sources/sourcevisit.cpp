@@ -260,7 +260,7 @@ bool SourceVisit::askWithLogin(const QString &address, QString *text)
     if (!web.parse(address) || !web.hasLogin())
         return true;
     QUrl url = web.url("dataselect", "queryauth");
-    url.setQuery("network=XX&station=NONE&location=--&channel=XXX"
+    url.setQuery("network=XX&station=NONE&location=--&channel=BHZ"
                  "&starttime=1970-01-01T00:00:00&endtime=1970-01-01T00:00:01");
     IO::HttpClient client(settingsFor(TestMSecs));
     const Part part(*this, [&] { client.cancel(); });

@@ -68,17 +68,10 @@ public:
         return chunk;
     }
 
-    void giveBack(void *chunk, size_t size)
+    void giveBack(void *chunk, size_t size) noexcept
     {
-        std::unique_lock<std::mutex> lock(_mutex);
-        if (_spareBytes + size <= MostSpareBytes) {
-            ASAN_POISON_MEMORY_REGION(chunk, size);
-            spareOf(size).push_back(chunk);
-            _spareBytes += size;
-            return;
-        }
-        lock.unlock();
-        ::munmap(chunk, size);
+        if (!keep(chunk, size))
+            ::munmap(chunk, size);
     }
 
     void returnSpare()
@@ -96,6 +89,20 @@ public:
 
 private:
     static constexpr size_t MostSpareBytes = 256 << 20;
+
+    /** False if there is enough, or no memory to note it. */
+    bool keep(void *chunk, size_t size) noexcept
+    try {
+        const std::lock_guard<std::mutex> lock(_mutex);
+        if (_spareBytes + size > MostSpareBytes)
+            return false;
+        spareOf(size).push_back(chunk);
+        _spareBytes += size;
+        ASAN_POISON_MEMORY_REGION(chunk, size);
+        return true;
+    } catch (const std::bad_alloc &) {
+        return false;
+    }
 
     static void *map(size_t size)
     {
@@ -162,7 +169,8 @@ SampleBlock::~SampleBlock()
 
 SampleBlock::Chunk *SampleBlock::makeChunk(size_t size)
 {
-    void *memory = size > LargestInHeap ? chunkStore().take(size) : std::malloc(size);
+    void *memory =
+        size > LargestInHeap ? chunkStore().take(size) : std::aligned_alloc(Alignment, size);
     if (!memory)
         throw std::bad_alloc();
     return new (memory) Chunk(size);
